@@ -1,0 +1,73 @@
+# Settings that every target of the project shares, and the one way a shared library is declared.
+
+find_program(CCACHE_PROGRAM ccache)
+if(CCACHE_PROGRAM)
+    # Without these, ccache passes over everything that uses a precompiled header.
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${CMAKE_COMMAND} -E env CCACHE_SLOPPINESS=pch_defines,time_macros
+        ${CCACHE_PROGRAM})
+    add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+endif()
+
+set(OZ_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
+
+add_library(oz_settings INTERFACE)
+target_compile_definitions(oz_settings INTERFACE QT_NO_KEYWORDS)
+target_compile_options(oz_settings INTERFACE -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor
+    -Woverloaded-virtual -Wcast-qual -Wformat=2
+    $<$<BOOL:${OZ_WARNINGS_AS_ERRORS}>:-Werror>)
+if(OZ_SANITIZE)
+    target_compile_options(oz_settings INTERFACE -fsanitize=${OZ_SANITIZE} -fno-omit-frame-pointer
+        -fno-sanitize-recover=all)
+    target_link_options(oz_settings INTERFACE -fsanitize=${OZ_SANITIZE})
+endif()
+
+# What is shipped states the encoding of every text; tests may write plain literals.
+add_library(oz_product INTERFACE)
+target_link_libraries(oz_product INTERFACE oz_settings)
+target_compile_definitions(oz_product INTERFACE QT_NO_CAST_FROM_ASCII QT_NO_CAST_TO_ASCII QT_USE_QSTRINGBUILDER)
+
+# oz_precompiled(TARGET): uses the precompiled headers that the libraries and programs share.
+function(oz_precompiled target)
+    if(NOT TARGET oz_pch)
+        file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/oz_pch.cpp CONTENT "// Holds the shared precompiled headers.\n")
+        add_library(oz_pch OBJECT ${PROJECT_BINARY_DIR}/oz_pch.cpp)
+        set_target_properties(oz_pch PROPERTIES AUTOMOC OFF)
+        target_link_libraries(oz_pch PRIVATE oz_product Qt6::Core)
+        target_precompile_headers(oz_pch PRIVATE
+            <QByteArray> <QObject> <QPointer> <QString> <QVariantMap>
+            <algorithm> <functional> <map> <memory> <optional> <vector>)
+    endif()
+    target_precompile_headers(${target} REUSE_FROM oz_pch)
+endfunction()
+
+# oz_public_headers(TARGET PREFIX HEADER...): makes each header reachable in the tree under the name it is
+# installed with, <PREFIX/HEADER>. A header that is not named here cannot be included that way.
+function(oz_public_headers target prefix)
+    foreach(header IN LISTS ARGN)
+        get_filename_component(name ${header} NAME)
+        file(MAKE_DIRECTORY ${OZ_INCLUDE_DIR}/${prefix})
+        file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${OZ_INCLUDE_DIR}/${prefix}/${name} SYMBOLIC)
+        set_property(GLOBAL APPEND PROPERTY OZ_PUBLIC_HEADERS ${prefix}/${name})
+    endforeach()
+    install(FILES ${ARGN} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${prefix} COMPONENT Development)
+endfunction()
+
+# oz_shared_library(TARGET EXPORT_NAME): a versioned shared library with the project's settings.
+function(oz_shared_library target export_name)
+    add_library(${target} SHARED)
+    add_library(oz::${export_name} ALIAS ${target})
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${export_name}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR})
+    target_link_libraries(${target} PRIVATE oz_product)
+    oz_precompiled(${target})
+    target_link_options(${target} PRIVATE $<$<NOT:$<BOOL:${OZ_SANITIZE}>>:-Wl,--no-undefined>)
+    target_include_directories(${target} PUBLIC
+        $<BUILD_INTERFACE:${OZ_INCLUDE_DIR}>
+        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    install(TARGETS ${target} EXPORT OzDeviceTargets
+        LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+        NAMELINK_COMPONENT Development)
+endfunction()

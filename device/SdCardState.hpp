@@ -1,0 +1,26 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! Whether an SD card is mounted. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT SdCardState
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0, //!< no successful reading yet
+        Mounted = 1, //!< the card is mounted
+        Unmounted = 2, //!< no card is mounted, or the system does not say
+        Busy = 3, //!< declared for clients; SdCardInfo never reports it, see SdCardActivity
+    };
+    Q_ENUM(Type)
+
+    SdCardState() = delete;
+};
+
+} // namespace oz::device

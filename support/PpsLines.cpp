@@ -1,0 +1,166 @@
+#include "PpsLines.hpp"
+
+#include <algorithm>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace oz {
+
+namespace {
+
+std::string_view key(QByteArrayView view)
+{
+    return {view.data(), std::size_t(view.size())};
+}
+
+void appendLine(QByteArray *out, QByteArrayView line)
+{
+    out->append(line.data(), line.size());
+    out->append('\n');
+}
+
+void appendHeader(QByteArray *out, QByteArrayView name)
+{
+    out->append('@');
+    appendLine(out, name);
+}
+
+// The lines of a message by name; the last of a name counts.
+class LineIndex
+{
+public:
+    explicit LineIndex(QByteArrayView message)
+    {
+        PpsLines lines(message);
+        for (PpsLine line; lines.next(&line);) {
+            const auto [place, isNew] = m_places.try_emplace(key(line.name), m_lines.size());
+            if (isNew)
+                m_lines.push_back(line);
+            else
+                m_lines[place->second] = line;
+        }
+    }
+    [[nodiscard]] const std::vector<PpsLine> &lines() const { return m_lines; }
+    [[nodiscard]] const PpsLine *find(QByteArrayView name) const
+    {
+        const auto place = m_places.find(key(name));
+        return place == m_places.end() ? nullptr : &m_lines[place->second];
+    }
+
+private:
+    std::vector<PpsLine> m_lines;
+    std::unordered_map<std::string_view, std::size_t> m_places;
+};
+
+} // namespace
+
+PpsLines::PpsLines(QByteArrayView message) : m_rest(message)
+{
+    if (m_rest.startsWith('@')) {
+        m_header = takeLine().sliced(1);
+        m_lineNumber = 1;
+    }
+}
+
+QByteArrayView PpsLines::takeLine()
+{
+    const qsizetype end = m_rest.indexOf('\n');
+    const QByteArrayView line = end < 0 ? m_rest : m_rest.first(end);
+    m_rest = end < 0 ? QByteArrayView() : m_rest.sliced(end + 1);
+    return line;
+}
+
+bool PpsLines::next(PpsLine *line)
+{
+    if (m_rest.isEmpty())
+        return false;
+    ++m_lineNumber;
+    *line = {};
+    line->text = takeLine();
+    if (line->text.startsWith('-')) {
+        line->removal = true;
+        line->name = line->text.sliced(1);
+        line->malformed = line->name.isEmpty() || line->name.contains(':');
+        if (line->malformed)
+            line->name = line->text;
+        return true;
+    }
+    const qsizetype first = line->text.indexOf(':');
+    const qsizetype second = first < 0 ? -1 : line->text.indexOf(':', first + 1);
+    line->malformed = first <= 0 || second < 0 || line->text.startsWith('@');
+    if (line->malformed) {
+        line->name = line->text;
+        return true;
+    }
+    line->name = line->text.first(first);
+    line->qualifier = line->text.sliced(first + 1, second - first - 1);
+    line->value = line->text.sliced(second + 1);
+    return true;
+}
+
+QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter)
+{
+    const bool complete = content.startsWith('@') && (content.endsWith('\n'));
+    if (filter.isEmpty() && complete)
+        return content;
+    QByteArray out;
+    out.reserve(content.size() + name.size() + 2);
+    PpsLines lines(content);
+    appendHeader(&out, lines.header().isNull() ? name : lines.header());
+    for (PpsLine line; lines.next(&line);) {
+        const auto wanted = [&] {
+            return filter.contains(QByteArray::fromRawData(line.name.data(), line.name.size()));
+        };
+        if (line.malformed || filter.isEmpty() || wanted())
+            appendLine(&out, line.text);
+    }
+    return out;
+}
+
+QByteArray deltaLines(const QByteArray &before, const QByteArray &after)
+{
+    const LineIndex old(before);
+    const LineIndex current(after);
+    QByteArray out;
+    if (const QByteArrayView name = PpsLines(after).header(); !name.isNull())
+        appendHeader(&out, name);
+    for (const PpsLine &line : current.lines()) {
+        const PpsLine *was = old.find(line.name);
+        if (!was || was->text != line.text)
+            appendLine(&out, line.text);
+    }
+    for (const PpsLine &line : old.lines()) {
+        if (line.malformed || line.removal || current.find(line.name))
+            continue;
+        out.append('-');
+        appendLine(&out, line.name);
+    }
+    return out;
+}
+
+QByteArray mergeLines(
+    const QByteArray &content, const QByteArray &update, QByteArrayView name, PpsMerge merge)
+{
+    const LineIndex changes(update);
+    QByteArray out;
+    out.reserve(content.size() + update.size() + name.size() + 2);
+    appendHeader(&out, name);
+    const LineIndex old(merge == PpsMerge::Keep ? QByteArrayView(content) : QByteArrayView());
+    for (const PpsLine &line : old.lines()) {
+        if (line.malformed || line.removal)
+            continue;
+        const PpsLine *change = changes.find(line.name);
+        if (!change)
+            appendLine(&out, line.text);
+        else if (!change->removal)
+            appendLine(&out, change->text);
+    }
+    for (const PpsLine &line : changes.lines()) {
+        if (!line.removal && !line.malformed && !old.find(line.name))
+            appendLine(&out, line.text);
+    }
+    return out;
+}
+
+} // namespace oz

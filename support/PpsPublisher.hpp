@@ -1,0 +1,58 @@
+#pragma once
+
+#include <oz/OzSupportGlobal.hpp>
+
+#include <QString>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <memory>
+#include <sys/types.h>
+
+namespace oz {
+
+class PpsPublisherPrivate;
+
+/*!
+ * Publishes one state object of the tree, as the service that owns it. Any number of processes may publish
+ * attributes of one object; none is lost. Each operation replaces the object in one step: readers see it
+ * before or after, never between, whatever happens to the publisher.
+ *
+ * All operations return false on failure, with the errno in error(): EINVAL for a path or attributes that
+ * have no text form, EMSGSIZE for an object over 1 MiB, and what the file system says. An instance is used by
+ * one thread at a time.
+ */
+class OZ_SUPPORT_EXPORT PpsPublisher
+{
+public:
+    /*!
+     * Binds to the object at the device path \a path ("/pps/...", without options), which is made, with its
+     * directories and the file mode \a mode, by the first publish or replace where it is not there. The modes
+     * are the only guard of what is private: 0640 for what only its group may read.
+     */
+    explicit PpsPublisher(const QString &path, mode_t mode = 0644);
+    ~PpsPublisher();
+    PpsPublisher(const PpsPublisher &) = delete;
+    PpsPublisher &operator=(const PpsPublisher &) = delete;
+
+    [[nodiscard]] QString path() const;
+
+    /*! Sets these attributes and keeps all others. What is there already wakes no subscriber. */
+    bool publish(const QVariantMap &attributes);
+    /*! Makes these attributes the object's only ones. */
+    bool replace(const QVariantMap &attributes);
+    /*! Takes these attributes away; those that are not there are none. ENOENT where the object is not there.
+     */
+    bool removeAttributes(const QStringList &names);
+    /*! Takes the object away. ENOENT where it is not there. */
+    bool remove();
+
+    [[nodiscard]] int error() const;
+    /*! error() as text, with the attribute that has no text form where that is the reason. */
+    [[nodiscard]] QString errorString() const;
+
+private:
+    std::unique_ptr<PpsPublisherPrivate> d;
+};
+
+} // namespace oz

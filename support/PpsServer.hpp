@@ -1,0 +1,78 @@
+#pragma once
+
+#include <oz/OzSupportGlobal.hpp>
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+#include <QVariantMap>
+
+#include <memory>
+#include <sys/types.h>
+
+namespace oz {
+
+class PpsServerPrivate;
+
+/*!
+ * Serves one control object of the tree, as the service behind it: each client that opens the object is a
+ * connection of its own, whose messages arrive in order, and which alone hears what is sent to it.
+ *
+ * Clients cannot harm it: a message over 1 MiB, or a client that leaves so many answers unread that its queue
+ * is full, ends that client's connection; while more than 1,000 clients are connected, further ones wait.
+ *
+ * An instance belongs to the thread that it lives on, which needs an event loop.
+ */
+class OZ_SUPPORT_EXPORT PpsServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! A connected client. The ids of a server are never used twice. */
+    struct Client
+    {
+        quint64 id = 0;
+        pid_t pid = 0; //!< of the process that opened the object, as the kernel vouches
+        uid_t uid = 0;
+        gid_t gid = 0;
+    };
+
+    /*! Binds to the device path \a path ("/pps/...", without options). */
+    explicit PpsServer(const QString &path, QObject *parent = nullptr);
+    /*! Ends all connections; the object is gone from the tree. */
+    ~PpsServer() override;
+
+    [[nodiscard]] QString path() const;
+
+    /*!
+     * Puts the object into the tree, with the file mode \a mode (who may write may connect); the directories
+     * are made, and what a dead service left there is replaced. False on failure, with the errno in error():
+     * EADDRINUSE where a living service has it, EEXIST where the path is taken by a state object, EINVAL for
+     * no path.
+     */
+    bool listen(mode_t mode = 0666);
+    [[nodiscard]] bool isListening() const;
+
+    /*! Sends \a message to the client; false where it is not connected any more, or does not read. */
+    bool send(quint64 client, const QByteArray &message);
+    /*! Encodes and sends \a attributes, headed by the object's name; false also where they have no text form.
+     */
+    bool send(quint64 client, const QVariantMap &attributes);
+    /*! Ends the connection. What was sent before still arrives. */
+    void disconnectClient(quint64 client);
+    [[nodiscard]] int clientCount() const;
+
+    [[nodiscard]] int error() const;
+    [[nodiscard]] QString errorString() const;
+
+Q_SIGNALS:
+    void received(const oz::PpsServer::Client &client, const QByteArray &message);
+    /*! The client is gone, whoever ended the connection. */
+    void disconnected(const oz::PpsServer::Client &client);
+
+private:
+    friend class PpsServerPrivate;
+    std::unique_ptr<PpsServerPrivate> d;
+};
+
+} // namespace oz

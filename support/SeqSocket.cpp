@@ -1,0 +1,145 @@
+#include "SeqSocket.hpp"
+
+#include "PpsStateFile.hpp"
+
+#include <oz/PpsText.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+namespace oz::SeqSocket {
+
+namespace {
+
+// A socket address holds 107 bytes; a longer path is reached through a descriptor of its directory.
+class Address
+{
+public:
+    explicit Address(const QByteArray &path)
+    {
+        m_address.sun_family = AF_UNIX;
+        QByteArray text = path;
+        if (text.size() >= qsizetype(sizeof m_address.sun_path)) {
+            const qsizetype slash = path.lastIndexOf('/');
+            m_directory =
+                UniqueFd(::open(path.first(slash + 1).constData(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+            if (!m_directory) {
+                m_error = errno;
+                return;
+            }
+            text = "/proc/self/fd/" + QByteArray::number(m_directory.get()) + path.sliced(slash);
+        }
+        if (text.size() >= qsizetype(sizeof m_address.sun_path))
+            m_error = ENAMETOOLONG;
+        else
+            std::memcpy(m_address.sun_path, text.constData(), std::size_t(text.size()));
+    }
+    [[nodiscard]] int error() const { return m_error; }
+    [[nodiscard]] const sockaddr *get() const { return reinterpret_cast<const sockaddr *>(&m_address); }
+    [[nodiscard]] static socklen_t size() { return sizeof(sockaddr_un); }
+
+private:
+    sockaddr_un m_address{};
+    UniqueFd m_directory;
+    int m_error = 0;
+};
+
+int makeSocket(UniqueFd *socket)
+{
+    *socket = UniqueFd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    if (!*socket)
+        return errno;
+    // One message has to fit the send buffer; the kernel grants what its limit allows.
+    const int wanted = int(PpsText::MaxMessageSize);
+    ::setsockopt(socket->get(), SOL_SOCKET, SO_SNDBUF, &wanted, sizeof wanted);
+    return 0;
+}
+
+} // namespace
+
+int connect(const QByteArray &path, UniqueFd *socket)
+{
+    const Address address(path);
+    if (address.error())
+        return address.error();
+    if (const int error = makeSocket(socket))
+        return error;
+    while (::connect(socket->get(), address.get(), Address::size()) < 0) {
+        if (errno != EINTR) {
+            const int error = errno;
+            socket->reset();
+            return error;
+        }
+    }
+    return 0;
+}
+
+int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
+{
+    struct stat status;
+    if (::lstat(path.constData(), &status) == 0) {
+        UniqueFd probe;
+        if (!S_ISSOCK(status.st_mode))
+            return EEXIST;
+        if (connect(path, &probe) == 0)
+            return EADDRINUSE;
+    } else if (const int error = PpsStateFile::makeDirectoryOf(path)) {
+        return error;
+    }
+    // It listens before it has its name, so nobody ever meets it half made.
+    const QByteArray temporary = PpsStateFile::temporaryPath(path);
+    if (::unlink(temporary.constData()) < 0 && errno != ENOENT)
+        return errno;
+    const Address address(temporary);
+    if (address.error())
+        return address.error();
+    if (const int error = makeSocket(socket))
+        return error;
+    int error = 0;
+    if (::bind(socket->get(), address.get(), Address::size()) < 0)
+        error = errno;
+    else if (::chmod(temporary.constData(), mode) < 0 || ::listen(socket->get(), SOMAXCONN) < 0
+        || ::rename(temporary.constData(), path.constData()) < 0) {
+        error = errno;
+        ::unlink(temporary.constData());
+    }
+    if (error)
+        socket->reset();
+    return error;
+}
+
+int send(int socket, const QByteArray &message, Wait wait)
+{
+    // An empty message could not be told from the end of the connection.
+    if (message.isEmpty())
+        return EINVAL;
+    const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
+    while (::send(socket, message.constData(), std::size_t(message.size()), flags) < 0) {
+        if (errno != EINTR)
+            return errno;
+    }
+    return 0;
+}
+
+int receive(int socket, QByteArray *message, Wait wait)
+{
+    const int flags = wait == Wait::Yes ? 0 : MSG_DONTWAIT;
+    ssize_t size = 0;
+    while ((size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags)) < 0) {
+        if (errno != EINTR)
+            return errno;
+    }
+    if (size == 0)
+        return ECONNRESET;
+    message->resize(std::min<ssize_t>(size, PpsText::MaxMessageSize));
+    if (::recv(socket, message->data(), std::size_t(message->size()), MSG_DONTWAIT) < 0)
+        return errno;
+    return size > PpsText::MaxMessageSize ? EMSGSIZE : 0;
+}
+
+} // namespace oz::SeqSocket

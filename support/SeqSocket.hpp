@@ -1,0 +1,32 @@
+#pragma once
+
+#include "UniqueFd.hpp"
+
+#include <QByteArray>
+
+#include <sys/types.h>
+
+/*!
+ * Message sockets (AF_UNIX, SOCK_SEQPACKET) at paths of any length. All functions return 0 or an errno.
+ */
+namespace oz::SeqSocket {
+
+/*! Connects to the service that listens at \a path. */
+[[nodiscard]] int connect(const QByteArray &path, UniqueFd *socket);
+
+/*!
+ * Listens at \a path, whose directories are made, with the file mode \a mode. What a dead service left there
+ * is replaced in one step; a living one is EADDRINUSE, anything else at the path EEXIST.
+ */
+[[nodiscard]] int listen(const QByteArray &path, mode_t mode, UniqueFd *socket);
+
+enum class Wait { No, Yes };
+
+/*! Sends one message. Without waiting, a receiver whose queue is full is EAGAIN; no receiver any more is
+ * EPIPE. */
+[[nodiscard]] int send(int socket, const QByteArray &message, Wait wait);
+
+/*! Receives one message. Without waiting, none there is EAGAIN; a peer that is gone is ECONNRESET. */
+[[nodiscard]] int receive(int socket, QByteArray *message, Wait wait);
+
+} // namespace oz::SeqSocket

@@ -1,0 +1,143 @@
+#include "Testing.hpp"
+
+#include "meta/MetaText.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QMetaEnum>
+#include <QTest>
+
+#include <cstdio>
+
+void PrintTo(const QString &text, std::ostream *out)
+{
+    *out << '"' << text.toStdString() << '"';
+}
+
+void PrintTo(const QByteArray &bytes, std::ostream *out)
+{
+    *out << '"' << bytes.toStdString() << '"';
+}
+
+void PrintTo(const QVariant &value, std::ostream *out)
+{
+    *out << (value.typeName() ? value.typeName() : "invalid") << ' '
+         << oz::meta::valueText(value).toStdString();
+}
+
+namespace oz::testing {
+
+namespace {
+LogCapture *s_capture = nullptr;
+}
+
+DeviceRoot::DeviceRoot() : m_before(qgetenv("OZ_DEVICE_ROOT"))
+{
+    qputenv("OZ_DEVICE_ROOT", QFile::encodeName(m_directory.path()));
+}
+
+DeviceRoot::~DeviceRoot()
+{
+    m_before.isNull() ? qunsetenv("OZ_DEVICE_ROOT") : qputenv("OZ_DEVICE_ROOT", m_before);
+}
+
+QString DeviceRoot::file(const QString &path) const
+{
+    return m_directory.path() + path;
+}
+
+void DeviceRoot::place(const QString &path, const QByteArray &content) const
+{
+    const QString target = file(path);
+    QDir().mkpath(QFileInfo(target).path());
+    QFile made(target + QLatin1String(".placing"));
+    ASSERT_TRUE(made.open(QIODevice::WriteOnly));
+    ASSERT_EQ(made.write(content), content.size());
+    made.close();
+    ASSERT_EQ(
+        std::rename(QFile::encodeName(made.fileName()).constData(), QFile::encodeName(target).constData()),
+        0);
+}
+
+void DeviceRoot::remove(const QString &path) const
+{
+    ASSERT_TRUE(QFile::remove(file(path)));
+}
+
+LogCapture::LogCapture() : m_before(qInstallMessageHandler(&LogCapture::handle))
+{
+    s_capture = this;
+}
+
+LogCapture::~LogCapture()
+{
+    s_capture = nullptr;
+    qInstallMessageHandler(m_before);
+}
+
+QStringList LogCapture::take()
+{
+    return std::exchange(m_warnings, {});
+}
+
+void LogCapture::handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (type == QtWarningMsg && s_capture) {
+        s_capture->m_warnings.append(text);
+        s_capture->m_categories.append(QLatin1String(context.category));
+    }
+}
+
+SignalLog::SignalLog(QObject *sender)
+    : m_tap(sender, [this](const QMetaMethod &signal, const QVariantList &arguments) {
+          QStringList texts;
+          for (const QVariant &argument : arguments)
+              texts.append(meta::valueText(argument));
+          m_heard.append(QString::fromLatin1(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')');
+      })
+{
+}
+
+QStringList SignalLog::take()
+{
+    return std::exchange(m_heard, {});
+}
+
+QStringList SignalLog::waitFor(int count)
+{
+    EXPECT_TRUE(waitUntil([&] { return m_heard.size() >= count; })) << "fewer than " << count << " signals";
+    settle();
+    return take();
+}
+
+bool waitUntil(const std::function<bool()> &condition, int milliseconds)
+{
+    return QTest::qWaitFor(condition, milliseconds);
+}
+
+void settle()
+{
+    // A change of an object of our own comes through the same queue as all that was published before it.
+    static int s_round = 0;
+    const QString path = QStringLiteral("/pps/testing/settle");
+    PpsPublisher publisher(path);
+    ASSERT_TRUE(publisher.publish({{QStringLiteral("round"), ++s_round}}))
+        << publisher.errorString().toStdString();
+    PpsObject object(path);
+    bool heard = false;
+    QObject::connect(&object, &PpsObject::readyRead, [&] { heard = true; });
+    ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
+    (void)object.read();
+    QCoreApplication::processEvents();
+    heard = false;
+    ASSERT_TRUE(publisher.publish({{QStringLiteral("round"), ++s_round}}));
+    ASSERT_TRUE(waitUntil([&] { return heard; }));
+    QCoreApplication::processEvents();
+}
+
+} // namespace oz::testing

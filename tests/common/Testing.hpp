@@ -1,0 +1,83 @@
+#pragma once
+
+#include "meta/SignalTap.hpp"
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+#include <QVariantMap>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <ostream>
+
+// Lets GoogleTest print Qt's types in a failure.
+void PrintTo(const QString &text, std::ostream *out);
+void PrintTo(const QByteArray &bytes, std::ostream *out);
+void PrintTo(const QVariant &value, std::ostream *out);
+
+namespace oz::testing {
+
+/*! A device root of the test's own, in force for the life of the instance. */
+class DeviceRoot
+{
+public:
+    DeviceRoot();
+    ~DeviceRoot();
+
+    /*! The file of the device path \a path. */
+    [[nodiscard]] QString file(const QString &path) const;
+    /*! Puts \a content at \a path in one step, past every check, as a broken publisher might. */
+    void place(const QString &path, const QByteArray &content) const;
+    void remove(const QString &path) const;
+
+private:
+    QTemporaryDir m_directory;
+    QByteArray m_before;
+};
+
+/*! The warnings that were logged for the life of the instance, instead of their output. */
+class LogCapture
+{
+public:
+    LogCapture();
+    ~LogCapture();
+    /*! The warnings since the last call. */
+    QStringList take();
+    /*! The categories of those warnings, in their order. */
+    [[nodiscard]] const QStringList &categories() const { return m_categories; }
+
+private:
+    static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);
+    QtMessageHandler m_before;
+    QStringList m_warnings;
+    QStringList m_categories;
+};
+
+/*! The signals of one object in the order of emission, each as "name(argument, argument)" with values as
+ * text. */
+class SignalLog
+{
+public:
+    explicit SignalLog(QObject *sender);
+    /*! The signals since the last call. */
+    QStringList take();
+    /*! take() once at least \a count signals came; fails the test where they do not. */
+    QStringList waitFor(int count);
+    [[nodiscard]] int count() const { return int(m_heard.size()); }
+
+private:
+    QStringList m_heard;
+    meta::SignalTap m_tap;
+};
+
+/*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
+[[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
+
+/*! Runs the event loop until everything that is under way now has been delivered. */
+void settle();
+
+} // namespace oz::testing

@@ -1,0 +1,193 @@
+#include "common/Testing.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/device/SdCardInfo.hpp>
+
+#include <QMetaProperty>
+#include <QTimer>
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+const QString Path = "/pps/system/filesystem/removable/sdcard";
+
+class SdCardInfoTest : public ::testing::Test
+{
+protected:
+    void publish(bool mounted, bool busy)
+    {
+        ASSERT_TRUE(publisher.publish({{"mounted", mounted}, {"busy", busy}}));
+    }
+
+    LogCapture log;
+    DeviceRoot root;
+    PpsPublisher publisher{Path};
+};
+
+TEST_F(SdCardInfoTest, AnswersAtOnceWithTheCardThatIsThereAndSignalsNothing)
+{
+    publish(true, true);
+    SdCardInfo card;
+    SignalLog heard(&card);
+    EXPECT_EQ(card.state(), SdCardState::Mounted);
+    EXPECT_EQ(card.activity(), SdCardActivity::Busy);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(SdCardInfoTest, EachChangeIsSignalledTypedThenAsNumberStateBeforeActivity)
+{
+    publish(false, false);
+    SdCardInfo card;
+    SignalLog heard(&card);
+
+    publish(true, true);
+    EXPECT_EQ(heard.waitFor(4),
+        (QStringList{
+            "stateChanged(Mounted)", "stateChanged(1)", "activityChanged(Busy)", "activityChanged(2)"}));
+    publish(true, false);
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"activityChanged(Idle)", "activityChanged(1)"}));
+    publish(false, false);
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"stateChanged(Unmounted)", "stateChanged(2)"}));
+    // A neighbour of the two attributes, and the same values again, are no news.
+    ASSERT_TRUE(publisher.publish({{"mountedAt", 5}, {"busy", false}}));
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(SdCardInfoTest, ASlotSeesTheWholeNewStateAndMayDestroyTheObject)
+{
+    publish(false, false);
+    auto *card = new SdCardInfo;
+    QStringList seen;
+    QObject::connect(card, qOverload<SdCardState::Type>(&SdCardInfo::stateChanged), [&] {
+        EXPECT_EQ(card->activity(), SdCardActivity::Busy);
+        seen.append("typed");
+        delete card;
+    });
+    QObject::connect(card, qOverload<int>(&SdCardInfo::stateChanged), [&] { seen.append("int"); });
+    publish(true, true);
+    ASSERT_TRUE(waitUntil([&] { return !seen.isEmpty(); }));
+    settle();
+    EXPECT_EQ(seen, QStringList{"typed"});
+}
+
+struct Message
+{
+    const char *text;
+    SdCardState::Type state;
+    SdCardActivity::Type activity;
+};
+
+TEST_F(SdCardInfoTest, ReadsWhateverIsPublishedByTheRulesOfBooleans)
+{
+    const Message rows[] = {
+        {"@sdcard\nmounted:b:true\nbusy:b:true\n", SdCardState::Mounted, SdCardActivity::Busy},
+        {"mounted:b:true\nbusy:b:true\n", SdCardState::Mounted, SdCardActivity::Busy},
+        {"@sdcard\nbusy:b:true\n", SdCardState::Unmounted, SdCardActivity::Busy},
+        {"@sdcard\nmounted:b:true\n", SdCardState::Mounted, SdCardActivity::Idle},
+        {"@other\nmounted:b:true\nbusy:b:true\n", SdCardState::Unmounted, SdCardActivity::Idle},
+        {"@sdcard\nmounted::yes\nbusy::False\n", SdCardState::Mounted, SdCardActivity::Idle},
+        {"@sdcard\nmounted::0\nbusy::no\n", SdCardState::Unmounted, SdCardActivity::Busy},
+        {"@sdcard\nmounted:n:2\nbusy:n:0\n", SdCardState::Mounted, SdCardActivity::Idle},
+        {"", SdCardState::Unmounted, SdCardActivity::Idle},
+    };
+    for (const Message &row : rows) {
+        root.place(Path, row.text);
+        SdCardInfo card;
+        EXPECT_EQ(card.state(), row.state) << row.text;
+        EXPECT_EQ(card.activity(), row.activity) << row.text;
+    }
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(SdCardInfoTest, AReadingThatFailsLeavesTheStateAndLogsOnce)
+{
+    publish(true, true);
+    SdCardInfo card;
+    SignalLog heard(&card);
+
+    root.place(Path, "@sdcard\nmounted:b:perhaps\n");
+    ASSERT_TRUE(waitUntil([&] { return !log.categories().isEmpty(); }));
+    root.remove(Path);
+    ASSERT_TRUE(waitUntil([&] { return log.categories().size() > 1; }));
+    settle();
+    EXPECT_EQ(log.take(),
+        (QStringList{
+            "SdCardInfo failed to parse pps data.", "SdCardInfo failed to read pps data, error 2 ."}));
+    EXPECT_EQ(log.categories(), (QStringList{"oz.device", "oz.device"}));
+    EXPECT_EQ(card.state(), SdCardState::Mounted);
+    EXPECT_EQ(card.activity(), SdCardActivity::Busy);
+    EXPECT_EQ(heard.take(), QStringList());
+
+    // The next good reading goes on from there.
+    publish(true, false);
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"activityChanged(Idle)", "activityChanged(1)"}));
+}
+
+TEST_F(SdCardInfoTest, WithoutItsObjectItStaysUnknownForGood)
+{
+    SdCardInfo card;
+    SignalLog heard(&card);
+    EXPECT_EQ(log.take(), QStringList{"SdCardInfo failed to open pps, error 2 ."});
+    publish(true, true);
+    settle();
+    EXPECT_EQ(card.state(), SdCardState::Unknown);
+    EXPECT_EQ(card.activity(), SdCardActivity::Unknown);
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST_F(SdCardInfoTest, TheSlotTakesAnyPpsObjectAndRefusesEverythingElse)
+{
+    publish(false, false);
+    SdCardInfo card;
+    SignalLog heard(&card);
+    QObject *half = card.children().value(0);
+    ASSERT_TRUE(half);
+    ASSERT_STREQ(half->metaObject()->className(), "oz::device::SdCardInfoPrivate");
+
+    QTimer stranger;
+    QObject::connect(&stranger, SIGNAL(timeout()), half, SLOT(onReadyRead()));
+    stranger.start(0);
+    ASSERT_TRUE(waitUntil([&] { return !log.categories().isEmpty(); }));
+    stranger.stop();
+    EXPECT_EQ(log.take().value(0), "SdCardinfo internal error: unexpected sender.");
+
+    root.place("/pps/other", "@sdcard\nmounted:b:true\n");
+    PpsObject other("/pps/other");
+    QObject::connect(&other, SIGNAL(readyRead()), half, SLOT(onReadyRead()));
+    ASSERT_TRUE(other.open(PpsOpenMode::Subscribe));
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"stateChanged(Mounted)", "stateChanged(1)"}));
+}
+
+TEST(SdCardInfoMetaObject, ListsTheSignalsPropertiesAndEnumeratorsInOrder)
+{
+    const QMetaObject &type = SdCardInfo::staticMetaObject;
+    QStringList declared;
+    for (int i = type.methodOffset(); i < type.methodCount(); ++i)
+        declared.append(QString::fromLatin1(type.method(i).methodSignature()));
+    EXPECT_EQ(declared,
+        (QStringList{"stateChanged(oz::device::SdCardState::Type)",
+            "activityChanged(oz::device::SdCardActivity::Type)", "stateChanged(int)",
+            "activityChanged(int)"}));
+    ASSERT_EQ(type.propertyCount() - type.propertyOffset(), 2);
+    for (int i = 0; i < 2; ++i) {
+        const QMetaProperty property = type.property(type.propertyOffset() + i);
+        EXPECT_STREQ(property.name(), i == 0 ? "state" : "activity");
+        EXPECT_EQ(property.notifySignal().methodSignature(), declared[i].toLatin1());
+        EXPECT_TRUE(property.isFinal() && !property.isWritable() && !property.isConstant());
+        EXPECT_EQ(property.revision(), 0);
+    }
+    const QMetaEnum state = SdCardState::staticMetaObject.enumerator(0);
+    EXPECT_EQ(state.keyToValue("Unmounted"), 2);
+    EXPECT_EQ(state.keyToValue("Busy"), 3);
+    EXPECT_EQ(SdCardActivity::staticMetaObject.enumerator(0).keyToValue("Busy"), 2);
+}
+
+} // namespace

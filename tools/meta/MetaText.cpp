@@ -1,0 +1,217 @@
+#include "MetaText.hpp"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSize>
+#include <QStringList>
+
+namespace oz::meta {
+
+namespace {
+
+qint64 enumNumber(const QVariant &value)
+{
+    // A flag set has no conversion of its own; it is an int in memory, as every enumeration here.
+    const QMetaType type = value.metaType();
+    if (type.sizeOf() == sizeof(int))
+        return *static_cast<const int *>(value.constData());
+    return value.toLongLong();
+}
+
+QStringList enumNames(const QMetaEnum &type)
+{
+    QStringList names;
+    for (int i = 0; i < type.keyCount(); ++i)
+        names.append(QLatin1String(type.key(i)));
+    return names;
+}
+
+QStringList flagNames(const QMetaEnum &type, qint64 number)
+{
+    QStringList names;
+    qint64 rest = number;
+    for (int i = 0; i < type.keyCount(); ++i) {
+        const int flag = type.value(i);
+        if (flag != 0 && (number & flag) == flag) {
+            names.append(QLatin1String(type.key(i)));
+            rest &= ~qint64(flag);
+        }
+    }
+    if (rest)
+        names.append(QLatin1String("0x") + QString::number(rest, 16));
+    return names;
+}
+
+QString jsonText(const QVariant &value)
+{
+    const QJsonValue json = QJsonValue::fromVariant(value);
+    const QJsonDocument document =
+        json.isArray() ? QJsonDocument(json.toArray()) : QJsonDocument(json.toObject());
+    return QString::fromUtf8(document.toJson(QJsonDocument::Compact));
+}
+
+bool isMapOrList(QMetaType type)
+{
+    return type.id() == QMetaType::QVariantMap || type.id() == QMetaType::QVariantList;
+}
+
+} // namespace
+
+QMetaEnum enumOf(QMetaType type)
+{
+    const QMetaObject *scope = type.metaObject();
+    const QByteArray name(type.name());
+    if (!scope)
+        return {};
+    // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>.
+    const bool isFlags = name.startsWith("QFlags<");
+    const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
+    if (!isFlags && !(type.flags() & QMetaType::IsEnumeration))
+        return {};
+    const QByteArray local = plain.sliced(plain.lastIndexOf(':') + 1);
+    for (int i = 0; i < scope->enumeratorCount(); ++i) {
+        const QMetaEnum candidate = scope->enumerator(i);
+        if (local == candidate.enumName() || local == candidate.name())
+            return candidate;
+    }
+    return {};
+}
+
+QString typeText(QMetaType type)
+{
+    const QMetaEnum enumeration = enumOf(type);
+    if (!enumeration.isValid())
+        return QLatin1String(type.name());
+    const QByteArray scope(enumeration.scope());
+    return QString::fromLatin1(scope.sliced(scope.lastIndexOf(':') + 1))
+        + (enumeration.isFlag() ? QStringLiteral(" flags") : QString());
+}
+
+QString valueText(const QVariant &value)
+{
+    const QMetaType type = value.metaType();
+    if (const QMetaEnum enumeration = enumOf(type); enumeration.isValid()) {
+        const qint64 number = enumNumber(value);
+        if (enumeration.isFlag()) {
+            const QStringList names = flagNames(enumeration, number);
+            return names.isEmpty() ? QStringLiteral("None") : names.join(u'|');
+        }
+        const char *key = enumeration.valueToKey(int(number));
+        return key ? QString::fromLatin1(key) : QString::number(number);
+    }
+    switch (type.id()) {
+    case QMetaType::QString:
+        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
+    case QMetaType::QSize: {
+        const QSize size = value.toSize();
+        return QString::number(size.width()) + QLatin1Char('x') + QString::number(size.height());
+    }
+    case QMetaType::QSizeF: {
+        const QSizeF size = value.toSizeF();
+        return QString::number(size.width()) + QLatin1Char('x') + QString::number(size.height());
+    }
+    case QMetaType::QStringList:
+    case QMetaType::QVariantList:
+    case QMetaType::QVariantMap:
+        return jsonText(value);
+    default:
+        return value.toString();
+    }
+}
+
+QJsonValue valueJson(const QVariant &value)
+{
+    const QMetaType type = value.metaType();
+    if (const QMetaEnum enumeration = enumOf(type); enumeration.isValid()) {
+        const qint64 number = enumNumber(value);
+        if (enumeration.isFlag())
+            return QJsonArray::fromStringList(flagNames(enumeration, number));
+        const char *key = enumeration.valueToKey(int(number));
+        return key ? QJsonValue(QLatin1String(key)) : QJsonValue(number);
+    }
+    switch (type.id()) {
+    case QMetaType::QSize: {
+        const QSize size = value.toSize();
+        return QJsonObject{
+            {QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}};
+    }
+    case QMetaType::QSizeF: {
+        const QSizeF size = value.toSizeF();
+        return QJsonObject{
+            {QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}};
+    }
+    case QMetaType::QByteArray:
+        return QString::fromLatin1(value.toByteArray().toBase64());
+    default:
+        return QJsonValue::fromVariant(value);
+    }
+}
+
+std::optional<QVariant> parseValue(const QString &text, QMetaType type)
+{
+    if (const QMetaEnum enumeration = enumOf(type); enumeration.isValid()) {
+        bool ok = false;
+        int number = text.toInt(&ok, 0);
+        const QByteArray name = text.toLatin1();
+        if (!ok)
+            number =
+                enumeration.isFlag() ? enumeration.keysToValue(name, &ok) : enumeration.keyToValue(name, &ok);
+        if (!ok)
+            return std::nullopt;
+        return QVariant(type, &number);
+    }
+    if (isMapOrList(type)) {
+        const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8());
+        const QVariant value = document.toVariant();
+        return value.metaType() == type ? std::optional(value) : std::nullopt;
+    }
+    switch (type.id()) {
+    case QMetaType::QString:
+        return text;
+    case QMetaType::QStringList:
+        return text.split(u',', Qt::SkipEmptyParts);
+    case QMetaType::Bool:
+        if (text == u"true" || text == u"false")
+            return text == u"true";
+        return std::nullopt;
+    default:
+        break;
+    }
+    if (type.flags() & QMetaType::IsPointer)
+        return std::nullopt;
+    QVariant value(text);
+    // The numeric conversions of QVariant check the range; what does not convert is refused.
+    if (!value.convert(type))
+        return std::nullopt;
+    return value;
+}
+
+QString expectation(QMetaType type)
+{
+    if (const QMetaEnum enumeration = enumOf(type); enumeration.isValid()) {
+        const QString names = enumNames(enumeration).join(QLatin1String(", "));
+        return (enumeration.isFlag() ? QLatin1String("any of ") : QLatin1String("one of ")) + names
+            + (enumeration.isFlag() ? QLatin1String(" joined with '|'") : QLatin1String(""));
+    }
+    switch (type.id()) {
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+        return QStringLiteral("a whole number (") + QLatin1String(type.name()) + u')';
+    case QMetaType::Float:
+    case QMetaType::Double:
+        return QStringLiteral("a number");
+    case QMetaType::Bool:
+        return QStringLiteral("true or false");
+    case QMetaType::QVariantMap:
+        return QStringLiteral("a JSON map");
+    case QMetaType::QVariantList:
+        return QStringLiteral("a JSON list");
+    default:
+        return typeText(type);
+    }
+}
+
+} // namespace oz::meta

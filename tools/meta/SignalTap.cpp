@@ -1,0 +1,32 @@
+#include "SignalTap.hpp"
+
+namespace oz::meta {
+
+SignalTap::SignalTap(QObject *sender, Heard heard) : m_heard(std::move(heard))
+{
+    const QMetaObject *type = sender->metaObject();
+    for (int index = QObject::staticMetaObject.methodCount(); index < type->methodCount(); ++index) {
+        const QMetaMethod method = type->method(index);
+        if (method.methodType() != QMetaMethod::Signal)
+            continue;
+        // Slots without a declaration: their numbers follow those of QObject, see qt_metacall().
+        const int slot = QObject::staticMetaObject.methodCount() + int(m_signals.size());
+        if (QMetaObject::connect(sender, index, this, slot, Qt::DirectConnection))
+            m_signals.push_back(method);
+    }
+}
+
+int SignalTap::qt_metacall(QMetaObject::Call call, int id, void **arguments)
+{
+    const int slot = QObject::qt_metacall(call, id, arguments);
+    if (slot < 0 || call != QMetaObject::InvokeMetaMethod || std::size_t(slot) >= m_signals.size())
+        return slot;
+    const QMetaMethod signal = m_signals[std::size_t(slot)];
+    QVariantList values;
+    for (int i = 0; i < signal.parameterCount(); ++i)
+        values.append(QVariant(signal.parameterMetaType(i), arguments[i + 1]));
+    m_heard(signal, values);
+    return -1;
+}
+
+} // namespace oz::meta
