@@ -62,7 +62,9 @@ function(oz_shared_library target export_name)
         SOVERSION ${PROJECT_VERSION_MAJOR})
     target_link_libraries(${target} PRIVATE oz_product)
     oz_precompiled(${target})
-    target_link_options(${target} PRIVATE $<$<NOT:$<BOOL:${OZ_SANITIZE}>>:-Wl,--no-undefined>)
+    if(NOT OZ_SANITIZE) # a sanitizer's runtime is found only when the program starts
+        target_link_options(${target} PRIVATE -Wl,--no-undefined)
+    endif()
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${OZ_INCLUDE_DIR}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)

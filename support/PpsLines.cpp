@@ -26,7 +26,8 @@ void appendHeader(QByteArray *out, QByteArrayView name)
     appendLine(out, name);
 }
 
-// The lines of a message by name; the last of a name counts.
+// The lines of a message, those of attributes by name; the last of a name counts. A malformed line has no
+// name.
 class LineIndex
 {
 public:
@@ -34,11 +35,14 @@ public:
     {
         PpsLines lines(message);
         for (PpsLine line; lines.next(&line);) {
-            const auto [place, isNew] = m_places.try_emplace(key(line.name), m_lines.size());
-            if (isNew)
-                m_lines.push_back(line);
-            else
+            const auto place = line.malformed ? m_places.end() : m_places.find(key(line.name));
+            if (place != m_places.end()) {
                 m_lines[place->second] = line;
+                continue;
+            }
+            if (!line.malformed)
+                m_places.emplace(key(line.name), m_lines.size());
+            m_lines.push_back(line);
         }
     }
     [[nodiscard]] const std::vector<PpsLine> &lines() const { return m_lines; }
@@ -81,7 +85,8 @@ bool PpsLines::next(PpsLine *line)
     if (line->text.startsWith('-')) {
         line->removal = true;
         line->name = line->text.sliced(1);
-        line->malformed = line->name.isEmpty() || line->name.contains(':');
+        line->malformed = line->name.isEmpty() || line->name.contains(':') || line->name.startsWith('@')
+            || line->name.startsWith('-');
         if (line->malformed)
             line->name = line->text;
         return true;
@@ -126,7 +131,7 @@ QByteArray deltaLines(const QByteArray &before, const QByteArray &after)
     if (const QByteArrayView name = PpsLines(after).header(); !name.isNull())
         appendHeader(&out, name);
     for (const PpsLine &line : current.lines()) {
-        const PpsLine *was = old.find(line.name);
+        const PpsLine *was = line.malformed ? nullptr : old.find(line.name);
         if (!was || was->text != line.text)
             appendLine(&out, line.text);
     }
@@ -157,7 +162,9 @@ QByteArray mergeLines(
             appendLine(&out, change->text);
     }
     for (const PpsLine &line : changes.lines()) {
-        if (!line.removal && !line.malformed && !old.find(line.name))
+        if (line.removal || line.malformed)
+            continue;
+        if (const PpsLine *was = old.find(line.name); !was || was->removal)
             appendLine(&out, line.text);
     }
     return out;

@@ -115,15 +115,11 @@ public:
 
     bool Null() { return add(QVariant::fromValue(nullptr)); }
     bool Bool(bool value) { return add(value); }
-    bool Int(int value) { return add(value); }
-    bool Uint(unsigned value) { return add(integerVariant(value)); }
-    bool Int64(std::int64_t value) { return add(qlonglong(value)); }
-    bool Uint64(std::uint64_t value)
+    bool RawNumber(const char *text, rapidjson::SizeType size, bool)
     {
-        return add(value > std::uint64_t(std::numeric_limits<qint64>::max()) ? QVariant(qulonglong(value))
-                                                                             : QVariant(qlonglong(value)));
+        QVariant number = parseNumber({text, qsizetype(size)});
+        return number.isValid() && add(std::move(number));
     }
-    bool Double(double value) { return add(value); }
     bool String(const char *text, rapidjson::SizeType size, bool)
     {
         return add(textFrom({text, qsizetype(size)}));
@@ -181,7 +177,8 @@ private:
 
 std::optional<QVariant> parseJson(QByteArrayView text)
 {
-    constexpr unsigned flags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseFullPrecisionFlag;
+    // Numbers are converted here as everywhere else, exactly and with a check of their range.
+    constexpr unsigned flags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.data(), std::size_t(text.size()));
     rapidjson::Reader reader;
     VariantBuilder builder;

@@ -118,6 +118,8 @@ int send(int socket, const QByteArray &message, Wait wait)
     // An empty message could not be told from the end of the connection.
     if (message.isEmpty())
         return EINVAL;
+    if (message.size() > PpsText::MaxMessageSize)
+        return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
     while (::send(socket, message.constData(), std::size_t(message.size()), flags) < 0) {
         if (errno != EINTR)

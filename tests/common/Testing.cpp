@@ -13,6 +13,9 @@
 #include <QTest>
 
 #include <cstdio>
+#include <grp.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 void PrintTo(const QString &text, std::ostream *out)
 {
@@ -36,9 +39,15 @@ namespace {
 LogCapture *s_capture = nullptr;
 }
 
-DeviceRoot::DeviceRoot() : m_before(qgetenv("OZ_DEVICE_ROOT"))
+// In memory where possible, as on a device.
+DeviceRoot::DeviceRoot()
+    : m_directory((QFileInfo("/dev/shm").isWritable() ? "/dev/shm" : QDir::tempPath()) + "/oz-test-XXXXXX"),
+      m_before(qgetenv("OZ_DEVICE_ROOT"))
 {
     qputenv("OZ_DEVICE_ROOT", QFile::encodeName(m_directory.path()));
+    // Other users get in, see runWithoutRights().
+    QFile::setPermissions(
+        m_directory.path(), QFile::permissions(m_directory.path()) | QFile::ReadOther | QFile::ExeOther);
 }
 
 DeviceRoot::~DeviceRoot()
@@ -118,6 +127,23 @@ QStringList SignalLog::waitFor(int count)
 bool waitUntil(const std::function<bool()> &condition, int milliseconds)
 {
     return QTest::qWaitFor(condition, milliseconds);
+}
+
+int runWithoutRights(const std::function<int()> &body)
+{
+    constexpr uid_t nobody = 65534;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        if (::geteuid() == 0
+            && (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0
+                || ::setresuid(nobody, nobody, nobody) != 0))
+            ::_exit(255);
+        ::_exit(body());
+    }
+    int status = 0;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 255);
+    return WEXITSTATUS(status);
 }
 
 void settle()

@@ -77,6 +77,12 @@ private:
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
 
+/*!
+ * The result of \a body (0 to 254) in a child process without any rights to what is not for everybody: one
+ * that root runs becomes another user first.
+ */
+[[nodiscard]] int runWithoutRights(const std::function<int()> &body);
+
 /*! Runs the event loop until everything that is under way now has been delivered. */
 void settle();
 

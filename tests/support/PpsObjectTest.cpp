@@ -1,0 +1,359 @@
+#include "common/Testing.hpp"
+
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+
+#include <QDir>
+#include <QFile>
+#include <QThread>
+
+#include <cerrno>
+#include <filesystem>
+#include <sys/inotify.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace oz;
+using namespace oz::testing;
+
+namespace {
+
+const QString Path = "/pps/services/box/status";
+
+// A subscriber that counts its notifications and reads on each.
+class Subscriber
+{
+public:
+    explicit Subscriber(const QString &path, bool reads = true) : object(path)
+    {
+        QObject::connect(&object, &PpsObject::readyRead, [this, reads] {
+            ++wakes;
+            thread = QThread::currentThread();
+            if (reads)
+                read();
+        });
+        EXPECT_TRUE(object.open(PpsOpenMode::Subscribe)) << object.errorString().toStdString();
+        if (reads)
+            read();
+    }
+    QByteArray read()
+    {
+        bool ok = false;
+        last = object.read(&ok);
+        return last = ok ? last : "errno " + QByteArray::number(object.error());
+    }
+
+    PpsObject object;
+    int wakes = 0;
+    QByteArray last;
+    QThread *thread = nullptr;
+};
+
+class PpsObjectTest : public ::testing::Test
+{
+protected:
+    void publish(const QVariantMap &attributes)
+    {
+        ASSERT_TRUE(publisher.publish(attributes)) << publisher.errorString().toStdString();
+        settle();
+    }
+
+    DeviceRoot root;
+    PpsPublisher publisher{Path};
+};
+
+TEST_F(PpsObjectTest, OnePublishWakesOnceAndWhatIsAlreadyThereWakesNobody)
+{
+    publish({{"a", 1}, {"b", "x"}});
+    Subscriber subscriber(Path);
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\nb::x\n");
+    settle();
+    EXPECT_EQ(subscriber.wakes, 0) << "what was read right after open is no news";
+
+    publish({{"b", "y"}, {"c", true}});
+    EXPECT_EQ(subscriber.wakes, 1);
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\nb::y\nc:b:true\n");
+
+    // Nothing at all happens in the directory, so nothing could wake anybody.
+    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(),
+                  IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE),
+        0);
+    publish({{"c", true}});
+    publish({});
+    char buffer[256];
+    EXPECT_EQ(::read(inotify, buffer, sizeof buffer), -1);
+    EXPECT_EQ(errno, EAGAIN);
+    ::close(inotify);
+    EXPECT_EQ(subscriber.wakes, 1);
+}
+
+TEST_F(PpsObjectTest, WhatIsNotReadAfterOpenIsAnnouncedOnceFromTheEventLoop)
+{
+    publish({{"a", 1}});
+    Subscriber subscriber(Path, false);
+    EXPECT_EQ(subscriber.wakes, 0);
+    settle();
+    EXPECT_EQ(subscriber.wakes, 1);
+    publish({{"a", 2}});
+    EXPECT_EQ(subscriber.wakes, 2);
+    EXPECT_EQ(subscriber.read(), "@status\na:n:2\n");
+    EXPECT_EQ(subscriber.read(), "@status\na:n:2\n") << "with nothing new the whole object comes again";
+}
+
+TEST_F(PpsObjectTest, AChangeBetweenTheReadAndTheFirstReceiverIsNotMissed)
+{
+    publish({{"a", 1}});
+    PpsObject object(Path);
+    ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
+    (void)object.read();
+    publish({{"a", 2}});
+    int wakes = 0;
+    QObject::connect(&object, &PpsObject::readyRead, [&] { ++wakes; });
+    settle();
+    EXPECT_EQ(wakes, 1);
+}
+
+TEST_F(PpsObjectTest, AFilterDeliversAndNotifiesOnlyItsWholeNames)
+{
+    publish({{"a", 1}, {"ab", 1}, {"b", 1}, {"c", 1}});
+    Subscriber subscriber(Path + "?f=a+c");
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\nc:n:1\n");
+    publish({{"ab", 2}, {"b", 2}, {"A", 2}});
+    EXPECT_EQ(subscriber.wakes, 0);
+    publish({{"c", 2}, {"b", 3}});
+    EXPECT_EQ(subscriber.wakes, 1);
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\nc:n:2\n");
+    ASSERT_TRUE(publisher.removeAttributes({"a"}));
+    settle();
+    EXPECT_EQ(subscriber.wakes, 2);
+    EXPECT_EQ(subscriber.last, "@status\nc:n:2\n");
+}
+
+TEST_F(PpsObjectTest, ADeltaIsWhatChangedSinceThisObjectsLastRead)
+{
+    publish({{"a", 1}, {"b", 1}, {"c", 1}});
+    Subscriber subscriber(Path + "?delta");
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\nb:n:1\nc:n:1\n");
+    EXPECT_EQ(subscriber.read(), "@status\n");
+    publish({{"b", 2}, {"d", 1}});
+    EXPECT_EQ(subscriber.last, "@status\nb:n:2\nd:n:1\n");
+    ASSERT_TRUE(publisher.removeAttributes({"c"}));
+    settle();
+    EXPECT_EQ(subscriber.last, "@status\n-c\n");
+    EXPECT_EQ(subscriber.wakes, 2);
+
+    Subscriber both(Path + "?delta,f=a+d");
+    EXPECT_EQ(both.last, "@status\na:n:1\nd:n:1\n");
+    publish({{"b", 3}, {"d", 2}});
+    EXPECT_EQ(both.last, "@status\nd:n:2\n");
+    EXPECT_EQ(both.wakes, 1);
+}
+
+TEST_F(PpsObjectTest, ASubscriberSurvivesRemovalAndReturnOfItsObjectAndOfItsDirectory)
+{
+    publish({{"a", 1}});
+    Subscriber subscriber(Path + "?delta");
+    ASSERT_TRUE(publisher.remove());
+    settle();
+    EXPECT_EQ(subscriber.last, "errno 2");
+    EXPECT_EQ(subscriber.wakes, 1);
+    publish({{"a", 1}});
+    EXPECT_EQ(subscriber.wakes, 2);
+    EXPECT_EQ(subscriber.last, "@status\na:n:1\n") << "all of it: the object is a new one";
+
+    ASSERT_TRUE(QDir(root.file("/pps/services")).removeRecursively());
+    ASSERT_TRUE(waitUntil([&] { return subscriber.last == "errno 2"; }));
+    publish({{"a", 2}});
+    ASSERT_TRUE(waitUntil([&] { return subscriber.last == "@status\na:n:2\n"; }));
+    publish({{"a", 3}});
+    EXPECT_EQ(subscriber.last, "@status\na:n:3\n");
+}
+
+TEST_F(PpsObjectTest, AnOverflowOfTheKernelsQueueLosesNothingForGood)
+{
+    publish({{"a", 0}});
+    Subscriber subscriber(Path);
+    PpsPublisher neighbour("/pps/services/box/other");
+    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+    ASSERT_GE(
+        ::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(), IN_MOVED_TO),
+        0);
+    QFile limit("/proc/sys/fs/inotify/max_queued_events");
+    ASSERT_TRUE(limit.open(QIODevice::ReadOnly));
+    for (int i = limit.readAll().toInt() / 2 + 10; i > 0; --i)
+        ASSERT_TRUE(publisher.publish({{"a", i}}) && neighbour.publish({{"a", i}}));
+    // A second queue on the same directory tells that the subscriber's must have overflowed.
+    bool overflowed = false;
+    alignas(inotify_event) char buffer[64 * 1024];
+    for (ssize_t size; (size = ::read(inotify, buffer, sizeof buffer)) > 0;) {
+        for (ssize_t at = 0; at < size;) {
+            const auto *event = reinterpret_cast<const inotify_event *>(buffer + at);
+            overflowed = overflowed || (event->mask & IN_Q_OVERFLOW);
+            at += ssize_t(sizeof *event + event->len);
+        }
+    }
+    ::close(inotify);
+    ASSERT_TRUE(overflowed);
+    publish({{"a", -1}}); // its event is among the lost ones
+    ASSERT_TRUE(waitUntil([&] { return subscriber.last == "@status\na:n:-1\n"; }));
+    publish({{"a", -2}});
+    EXPECT_EQ(subscriber.last, "@status\na:n:-2\n");
+}
+
+TEST_F(PpsObjectTest, ThousandsOfSubscribersShareOneDescriptorAndNeighboursStayAsleep)
+{
+    const auto name = [](int i) { return "/pps/many/object" + QString::number(i); };
+    std::vector<std::unique_ptr<Subscriber>> subscribers;
+    for (int i = 0; i < 3000; ++i) {
+        ASSERT_TRUE(PpsPublisher(name(i % 30)).publish({{"a", 0}}));
+        subscribers.push_back(std::make_unique<Subscriber>(name(i % 30)));
+    }
+    int descriptors = 0;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code gone;
+        descriptors += std::filesystem::read_symlink(entry, gone) == "anon_inode:inotify";
+    }
+    EXPECT_EQ(descriptors, 1);
+    ASSERT_TRUE(PpsPublisher(name(2)).publish({{"a", 1}}));
+    settle();
+    for (int i = 0; i < 3000; ++i)
+        ASSERT_EQ(subscribers[std::size_t(i)]->wakes, i % 30 == 2 ? 1 : 0) << i;
+}
+
+TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
+{
+    publish({{"a", 1}});
+    const struct
+    {
+        QString path;
+        PpsOpenMode::Types mode;
+        int error;
+    } rows[] = {
+        {"/pps/services/box/nothing", PpsOpenMode::Subscribe, ENOENT},
+        {"/pps/services/box/nothing", PpsOpenMode::Publish, ENOENT},
+        {"/pps/services/box", PpsOpenMode::Subscribe, EISDIR},
+        {"pps/relative", PpsOpenMode::Subscribe, EINVAL},
+        {"/pps/../etc/passwd", PpsOpenMode::Subscribe, EINVAL},
+        {"/pps/services/box/.status.tmp", PpsOpenMode::Subscribe, EINVAL},
+        {Path + "?what", PpsOpenMode::Subscribe, EINVAL},
+        {Path + "?f=", PpsOpenMode::Subscribe, EINVAL},
+        {Path, {}, EINVAL},
+        {Path, PpsOpenMode::PublishSubscribe, 0},
+    };
+    for (const auto &row : rows) {
+        PpsObject object(row.path);
+        EXPECT_EQ(object.open(row.mode), row.error == 0) << row.path.toStdString();
+        EXPECT_EQ(object.error(), row.error) << row.path.toStdString();
+        EXPECT_EQ(object.isOpen(), row.error == 0);
+        EXPECT_EQ(object.errorString().isEmpty(), row.error == 0);
+    }
+    PpsObject object(Path);
+    bool ok = true;
+    EXPECT_TRUE(object.read(&ok).isEmpty());
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(object.error(), EBADF);
+    ASSERT_TRUE(object.open(PpsOpenMode::Publish));
+    EXPECT_TRUE(object.read(&ok).isEmpty() && !ok && object.error() == EBADF);
+    for (const char *bad : {"no colons\n", "@other\na::1\n", "a:n:x\n"}) {
+        EXPECT_FALSE(object.write(bad));
+        EXPECT_EQ(object.error(), EINVAL);
+    }
+    EXPECT_TRUE(object.write("b::new\n-a\n"));
+    Subscriber reader(Path);
+    EXPECT_EQ(reader.last, "@status\nb::new\n");
+    EXPECT_FALSE(reader.object.write("a::1\n"));
+    EXPECT_EQ(reader.object.error(), EBADF);
+}
+
+TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
+{
+    ASSERT_TRUE(PpsPublisher("/pps/private", 0640).publish({{"a", 1}}));
+    ASSERT_TRUE(PpsPublisher("/pps/public", 0644).publish({{"a", 1}}));
+    struct stat status;
+    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u);
+    ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
+    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0640u) << "a publish keeps the mode";
+
+    const auto openError = [](const QString &path, PpsOpenMode::Types mode) {
+        return runWithoutRights([&] {
+            PpsObject object(path);
+            return object.open(mode) ? 0 : object.error();
+        });
+    };
+    ::chmod(root.file("/pps/private").toLocal8Bit().constData(), 0);
+    ::chmod(root.file("/pps/public").toLocal8Bit().constData(), 0444);
+    EXPECT_EQ(openError("/pps/private", PpsOpenMode::Subscribe), EACCES);
+    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Subscribe), 0);
+    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Publish), EACCES);
+}
+
+TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
+{
+    publish({{"a", 1}});
+    PpsObject object(Path + "?wait,delta");
+    ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
+    EXPECT_EQ(object.read(), "@status\na:n:1\n");
+    const std::unique_ptr<QThread> other(QThread::create([] {
+        PpsPublisher(Path).publish({{"a", 1}}); // no news
+        QThread::msleep(50);
+        PpsPublisher(Path).publish({{"a", 2}});
+    }));
+    other->start();
+    EXPECT_EQ(object.read(), "@status\na:n:2\n");
+    other->wait();
+    const std::unique_ptr<QThread> remover(QThread::create([] {
+        QThread::msleep(50);
+        PpsPublisher(Path).remove();
+    }));
+    remover->start();
+    bool ok = true;
+    (void)object.read(&ok);
+    EXPECT_FALSE(ok);
+    EXPECT_EQ(object.error(), ENOENT);
+    remover->wait();
+}
+
+TEST_F(PpsObjectTest, NotifiesOnTheThreadThatItLivesOnAlsoAfterAMove)
+{
+    publish({{"a", 1}});
+    auto subscriber = std::make_unique<Subscriber>(Path);
+    QThread other;
+    other.start();
+    subscriber->object.moveToThread(&other);
+    ASSERT_TRUE(publisher.publish({{"a", 2}}));
+    std::atomic<QThread *> seen = nullptr;
+    QMetaObject::invokeMethod(&subscriber->object, [&] {
+        QObject::connect(&subscriber->object, &PpsObject::readyRead, &subscriber->object,
+            [&] { seen = QThread::currentThread(); });
+    });
+    ASSERT_TRUE(waitUntil([&] {
+        static int round = 2;
+        EXPECT_TRUE(publisher.publish({{"a", ++round}}));
+        return seen == &other;
+    }));
+    QMetaObject::invokeMethod(
+        &subscriber->object, [&] { subscriber.reset(); }, Qt::BlockingQueuedConnection);
+    other.quit();
+    other.wait();
+}
+
+TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)
+{
+    qputenv("OZ_DEVICE_ROOT", "/tmp/some//root/");
+    EXPECT_EQ(devicePath("/pps/x"), "/tmp/some/root/pps/x");
+    qputenv("OZ_DEVICE_ROOT", "relative");
+    EXPECT_EQ(deviceRoot(), QDir::currentPath() + "/relative");
+    qunsetenv("OZ_DEVICE_ROOT");
+    if (QDir("/pps").exists())
+        GTEST_SKIP() << "this machine has a tree of its own at /pps";
+    qputenv("XDG_RUNTIME_DIR", "/tmp/runtime");
+    EXPECT_EQ(deviceRoot(), "/tmp/runtime/ozdevice");
+    qunsetenv("XDG_RUNTIME_DIR");
+    EXPECT_EQ(deviceRoot(), "/run/user/" + QString::number(::geteuid()) + "/ozdevice");
+}
+
+} // namespace

@@ -1,0 +1,232 @@
+#include "common/Testing.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/PpsServer.hpp>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QEventLoop>
+#include <QThread>
+
+#include <cerrno>
+#include <csignal>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using namespace oz;
+using namespace oz::testing;
+
+namespace {
+
+const QString Path = "/pps/services/box/control";
+
+// A service in a process of its own, which answers "echo" and does what other messages say.
+class ServiceProcess
+{
+public:
+    ServiceProcess() : m_pid(::fork())
+    {
+        if (m_pid == 0)
+            ::_exit(serve());
+        EXPECT_TRUE(waitUntil([] {
+            PpsObject probe(Path);
+            return probe.open(PpsOpenMode::PublishSubscribe);
+        }));
+    }
+    ~ServiceProcess() { stop(); }
+    void stop()
+    {
+        if (m_pid > 0) {
+            ::kill(m_pid, SIGKILL);
+            ::waitpid(std::exchange(m_pid, 0), nullptr, 0);
+        }
+    }
+
+private:
+    static int serve()
+    {
+        PpsServer server(Path);
+        QObject::connect(
+            &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
+                if (message == "die")
+                    ::_exit(0);
+                if (message == "who")
+                    server.send(client.id, QVariantMap{{"pid", int(client.pid)}, {"uid", int(client.uid)}});
+                else if (message == "leave")
+                    server.disconnectClient(client.id);
+                else if (message != "silence")
+                    server.send(client.id, "echo " + message);
+            });
+        if (!server.listen())
+            return 1;
+        for (;;)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+
+    pid_t m_pid;
+};
+
+TEST(PpsServer, AnswersEachClientAloneInOrderAndKnowsWhoItIs)
+{
+    const DeviceRoot root;
+    ServiceProcess service;
+    PpsObject first(Path + "?wait");
+    PpsObject second(Path + "?wait");
+    ASSERT_TRUE(first.open(PpsOpenMode::PublishSubscribe) && second.open(PpsOpenMode::PublishSubscribe));
+    for (const char *message : {"a", "b", "a"})
+        EXPECT_TRUE(first.write(message));
+    EXPECT_TRUE(second.write("who"));
+    EXPECT_EQ(first.read(), "echo a");
+    EXPECT_EQ(first.read(), "echo b");
+    EXPECT_EQ(first.read(), "echo a");
+    EXPECT_EQ(second.read(),
+        "@control\npid:n:" + QByteArray::number(::getpid()) + "\nuid:n:" + QByteArray::number(::getuid())
+            + '\n');
+    const QByteArray large(200'000, 'x');
+    EXPECT_TRUE(first.write(large));
+    EXPECT_EQ(first.read().size(), 5 + large.size());
+    EXPECT_FALSE(first.write("")) << "an empty message could not be told from the end";
+    EXPECT_EQ(first.error(), EINVAL);
+    EXPECT_FALSE(first.write(QByteArray(2'000'000, 'x')));
+    EXPECT_EQ(first.error(), EMSGSIZE);
+    EXPECT_TRUE(first.write("still there"));
+    EXPECT_EQ(first.read(), "echo still there");
+}
+
+TEST(PpsServer, AWaitingReadEndsWhenTheServiceGoesAway)
+{
+    const DeviceRoot root;
+    for (const char *order : {"die", "leave"}) {
+        ServiceProcess service;
+        PpsObject client(Path + "?wait");
+        ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+        ASSERT_TRUE(client.write("silence"));
+        ASSERT_TRUE(client.write(order));
+        bool ok = true;
+        EXPECT_EQ(client.read(&ok), QByteArray());
+        EXPECT_FALSE(ok);
+        EXPECT_EQ(client.error(), ECONNRESET) << order;
+    }
+    PpsObject client(Path);
+    EXPECT_FALSE(client.open(PpsOpenMode::PublishSubscribe));
+    EXPECT_EQ(client.error(), ECONNREFUSED) << "the socket of a killed service stays";
+    ServiceProcess next;
+    EXPECT_TRUE(client.open(PpsOpenMode::PublishSubscribe)) << "and is replaced by the next";
+}
+
+TEST(PpsServer, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
+{
+    const DeviceRoot root;
+    ServiceProcess service;
+    PpsObject client(Path);
+    QList<QByteArray> heard;
+    int wakes = 0;
+    QObject::connect(&client, &PpsObject::readyRead, [&] {
+        ++wakes;
+        bool ok = false;
+        const QByteArray message = client.read(&ok);
+        heard.append(ok ? message : "errno " + QByteArray::number(client.error()));
+    });
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    bool ok = true;
+    EXPECT_EQ(client.read(&ok), QByteArray());
+    EXPECT_TRUE(!ok && client.error() == EAGAIN);
+    EXPECT_TRUE(client.write("a") && client.write("b"));
+    ASSERT_TRUE(waitUntil([&] { return heard.size() == 2; }));
+    service.stop();
+    ASSERT_TRUE(waitUntil([&] { return heard.size() == 3; }));
+    settle();
+    EXPECT_EQ(heard, (QList<QByteArray>{"echo a", "echo b", "errno 104"}));
+    EXPECT_EQ(wakes, 3);
+    EXPECT_FALSE(client.write("c"));
+    EXPECT_EQ(client.error(), EPIPE);
+}
+
+TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen(0600));
+    PpsServer rival(Path);
+    EXPECT_FALSE(rival.listen());
+    EXPECT_EQ(rival.error(), EADDRINUSE);
+    ASSERT_TRUE(PpsPublisher("/pps/services/box/status").publish({{"a", 1}}));
+    PpsServer onState("/pps/services/box/status");
+    EXPECT_FALSE(onState.listen());
+    EXPECT_EQ(onState.error(), EEXIST);
+    EXPECT_EQ(runWithoutRights([] {
+        PpsObject client(Path);
+        return client.open(PpsOpenMode::PublishSubscribe) ? 0 : client.error();
+    }),
+        EACCES);
+
+    const QString deep = "/pps/" + QString("directory-with-a-long-name/").repeated(8) + "control";
+    PpsServer far(deep);
+    ASSERT_TRUE(far.listen()) << far.errorString().toStdString();
+    PpsObject client(deep);
+    EXPECT_TRUE(client.open(PpsOpenMode::PublishSubscribe)) << "paths longer than a socket address";
+}
+
+TEST(PpsServer, TheObjectIsGoneWithItsServer)
+{
+    const DeviceRoot root;
+    {
+        PpsServer server(Path);
+        ASSERT_TRUE(server.listen());
+    }
+    EXPECT_EQ(QDir(root.file("/pps/services/box"))
+                  .entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
+        QStringList());
+}
+
+TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    int received = 0;
+    int gone = 0;
+    QObject::connect(&server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &) {
+        ++received;
+        server.send(client.id, QByteArray(100'000, 'y'));
+    });
+    QObject::connect(&server, &PpsServer::disconnected, [&] { ++gone; });
+    ASSERT_TRUE(server.listen());
+
+    PpsObject deaf(Path); // asks and asks, and reads no answer
+    PpsObject good(Path);
+    ASSERT_TRUE(deaf.open(PpsOpenMode::PublishSubscribe) && good.open(PpsOpenMode::PublishSubscribe));
+    for (int i = 0; i < 20; ++i)
+        (void)deaf.write("more");
+    ASSERT_TRUE(waitUntil([&] { return gone == 1; }));
+    received = 0;
+    QByteArray answer;
+    ASSERT_TRUE(good.write("hello"));
+    ASSERT_TRUE(waitUntil([&] { return !(answer = good.read()).isEmpty(); }));
+    EXPECT_EQ(received, 1);
+    EXPECT_EQ(answer.size(), 100'000);
+    good.close();
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 0; }));
+    EXPECT_FALSE(server.send(1, QByteArray("x")));
+    EXPECT_EQ(server.error(), ENOTCONN);
+}
+
+TEST(PpsServer, MoreClientsThanDescriptorsWaitUntilOthersLeave)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    std::vector<std::unique_ptr<PpsObject>> clients;
+    for (int i = 0; i < 1200; ++i) {
+        clients.push_back(std::make_unique<PpsObject>(Path));
+        ASSERT_TRUE(clients.back()->open(PpsOpenMode::PublishSubscribe)) << clients.back()->error();
+        QCoreApplication::processEvents();
+    }
+    EXPECT_EQ(server.clientCount(), 1000);
+    clients.erase(clients.begin(), clients.begin() + 500);
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 700; }));
+}
+
+} // namespace
