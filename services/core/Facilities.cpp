@@ -1,0 +1,32 @@
+#include "core/Facilities.hpp"
+
+#include "core/SimulatedPhone.hpp"
+#include "core/SourceConfig.hpp"
+#include "sdcard/SdCardPublisher.hpp"
+#include "sdcard/SimulatedSdCard.hpp"
+
+namespace oz::services {
+
+namespace {
+
+// A facility whose publisher is a Publisher over the part of the simulated phone that is a Simulated.
+template <typename Publisher, typename Simulated>
+Facility::Start simulated()
+{
+    return [](SimulatedPhone &phone) -> std::unique_ptr<QObject> {
+        return std::make_unique<Publisher>(phone.part<Simulated>());
+    };
+}
+
+} // namespace
+
+const std::vector<Facility> &facilities()
+{
+    static const QString simulatedSource = QLatin1String(SourceConfig::Simulated);
+    static const std::vector<Facility> all{
+        {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
+    };
+    return all;
+}
+
+} // namespace oz::services

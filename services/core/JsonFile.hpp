@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+#include <QVariant>
+
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace oz::services {
+
+/*!
+ * A value in a commented JSON file, which knows its line and its key, so that whatever is wrong with it can
+ * be told exactly. Everything that reads throws Error, with text such as "phone.json:12: sdcard.mounted:
+ * expected true or false, found 3". A value that is not there reads as the given default.
+ */
+class JsonNode
+{
+public:
+    /*! Reads \a file; comments of both forms are allowed. */
+    static JsonNode parseFile(const QString &file);
+    /*! Reads \a text, calling it \a file in errors. */
+    static JsonNode parse(const QByteArray &text, const QString &file);
+    /*! A map without members. */
+    static JsonNode emptyMap();
+
+    /*! The member \a key of this map, an empty map where it is not there. */
+    [[nodiscard]] JsonNode map(const QString &key) const;
+    /*! The elements of the list \a key, none where it is not there. */
+    [[nodiscard]] std::vector<JsonNode> list(const QString &key) const;
+    /*! The members of this map in the order of the file. */
+    [[nodiscard]] std::vector<std::pair<QString, JsonNode>> members() const;
+
+    [[nodiscard]] bool boolean(const QString &key, bool fallback) const;
+    [[nodiscard]] int integer(const QString &key, int fallback, int least, int most) const;
+    [[nodiscard]] double number(const QString &key, double fallback, double least, double most) const;
+    [[nodiscard]] QString text(const QString &key, const QString &fallback) const;
+    /*! One of \a words. */
+    [[nodiscard]] QString word(const QString &key, const QString &fallback, const QStringList &words) const;
+    [[nodiscard]] QStringList texts(const QString &key, const QStringList &fallback) const;
+    [[nodiscard]] bool contains(const QString &key) const;
+
+    /*! Refuses members that are not in \a known: a misspelt key would otherwise do nothing, silently. */
+    void allowOnly(const QStringList &known) const;
+
+    /*! Throws \a reason about this value; \a key names a member of it. */
+    [[noreturn]] void fail(const QString &reason, const QString &key = {}) const;
+
+private:
+    struct Data;
+    friend class JsonBuilder;
+
+    explicit JsonNode(std::shared_ptr<Data> data) : d(std::move(data)) { }
+    [[nodiscard]] const Data *find(const QString &key) const;
+    void expectMap() const;
+    [[noreturn]] static void failAt(const Data &data, const QString &reason);
+
+    std::shared_ptr<Data> d;
+};
+
+} // namespace oz::services

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <oz/PpsPublisher.hpp>
+
+#include <QVariantMap>
+
+#include <sys/types.h>
+
+namespace oz::services {
+
+/*!
+ * A state object of a service. The first publish replaces whatever a former daemon left, in one step, so
+ * nobody sees anything in between; each later one gives the whole state again, of which only changes reach
+ * subscribers.
+ */
+class StatePublisher
+{
+public:
+    explicit StatePublisher(const QString &path, mode_t mode = 0644);
+
+    /*! Publishes the object's attributes; where the first time fails, throws Error, later it warns. */
+    void publish(const QVariantMap &attributes);
+
+private:
+    PpsPublisher m_publisher;
+    bool m_published = false;
+};
+
+} // namespace oz::services

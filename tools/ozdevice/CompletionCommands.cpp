@@ -1,0 +1,169 @@
+// completion: the shell asks this program itself what can follow, so that new verbs and facilities complete
+// at once.
+
+#include "meta/MetaText.hpp"
+#include "meta/MethodCall.hpp"
+#include "ozdevice/Command.hpp"
+#include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/PrivatePhone.hpp"
+
+#include <oz/DeviceRoot.hpp>
+
+#include <CLI/CLI.hpp>
+
+#include <QDir>
+#include <QMetaProperty>
+#include <QVariantMap>
+
+namespace oz::tools {
+
+namespace {
+
+constexpr const char *BashScript = R"bash(# bash completion for ozdevice
+_ozdevice()
+{
+    local IFS=$'\n'
+    COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" complete -- "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)" \
+        -- "${COMP_WORDS[COMP_CWORD]}"))
+    [[ ${COMPREPLY[0]-} == */ ]] && compopt -o nospace
+    return 0
+}
+complete -o default -F _ozdevice ozdevice
+)bash";
+
+QStringList facilityNames()
+{
+    QStringList names;
+    for (const FacilityEntry &entry : facilityTable())
+        names.append(entry.name);
+    return names;
+}
+
+const FacilityEntry *find(const QString &name)
+{
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (entry.name == name)
+            return &entry;
+    }
+    return nullptr;
+}
+
+QStringList enumeratorsOf(QMetaType type)
+{
+    QStringList names;
+    const QMetaEnum enumeration = meta::enumOf(type);
+    for (int i = 0; enumeration.isValid() && i < enumeration.keyCount(); ++i)
+        names.append(QLatin1String(enumeration.key(i)));
+    return names;
+}
+
+QStringList treePaths(const QString &begun)
+{
+    const QString directory =
+        begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : QStringLiteral("/pps/");
+    const QString place =
+        devicePath(directory.startsWith(u'/') ? directory : QString(QLatin1String("/pps/") + directory));
+    QStringList paths;
+    for (const QFileInfo &entry :
+        QDir(place).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
+        paths.append(directory + entry.fileName() + (entry.isDir() ? QStringLiteral("/") : QString()));
+    return paths;
+}
+
+QStringList simWords(const QStringList &before)
+{
+    const QVariantMap parts =
+        askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
+    if (before.isEmpty())
+        return parts.keys();
+    QStringList verbs;
+    for (const QVariant &verb : parts.value(before.first()).toList())
+        verbs.append(verb.toMap().value(QStringLiteral("name")).toString());
+    return before.size() == 1 ? verbs : QStringList();
+}
+
+// What can stand at the place of \a word, after the verb and the words \a before.
+QStringList candidates(const QString &verb, const QStringList &before, const QString &word)
+{
+    if (verb == u"show" || verb == u"watch")
+        return facilityNames();
+    if (verb == u"call" || verb == u"set") {
+        const FacilityEntry *entry = find(before.value(0));
+        if (before.isEmpty() || !entry)
+            return before.isEmpty() ? facilityNames() : QStringList();
+        if (verb == u"call")
+            return before.size() == 1 ? meta::MethodCall::namesOf(entry->type) : QStringList();
+        QStringList names;
+        for (int i = QObject::staticMetaObject.propertyCount(); i < entry->type->propertyCount(); ++i) {
+            const QMetaProperty property = entry->type->property(i);
+            if (property.isWritable() && before.value(1) == QLatin1String(property.name()))
+                return enumeratorsOf(property.metaType());
+            if (property.isWritable())
+                names.append(QLatin1String(property.name()));
+        }
+        return before.size() == 1 ? names : QStringList();
+    }
+    if (verb == u"pps" && before.size() == 1)
+        return treePaths(word);
+    if (verb == u"sim")
+        return simWords(before);
+    return {};
+}
+
+} // namespace
+
+void addCompletionCommands(CLI::App &parser, Action &action)
+{
+    CLI::App *completion = parser.add_subcommand("completion", "Print the completion script for bash");
+    auto shell = std::make_shared<std::string>("bash");
+    completion->add_option("SHELL", *shell)->check(CLI::IsMember({"bash"}))->default_str("bash");
+    completion->callback([&action, shell] {
+        action = [] {
+            printLine(QString::fromLatin1(BashScript).chopped(1));
+            return int(Success);
+        };
+    });
+
+    CLI::App *complete = parser.add_subcommand("complete", "")->group("");
+    auto words = std::make_shared<std::vector<std::string>>();
+    complete->add_option("WORD", *words);
+    complete->callback([&parser, &action, words] {
+        action = [&parser, words] {
+            const QString word = words->empty() ? QString() : QString::fromStdString(words->back());
+            // The deepest verb that is there; what follows it are its words.
+            const CLI::App *verb = &parser;
+            QStringList before;
+            for (std::size_t i = 0; i + 1 < words->size(); ++i) {
+                const auto named = verb->get_subcommands(
+                    [&](const CLI::App *sub) { return before.isEmpty() && sub->get_name() == (*words)[i]; });
+                const CLI::App *next = named.empty() ? nullptr : named.front();
+                if (next)
+                    verb = next;
+                else if ((*words)[i].rfind('-', 0) != 0)
+                    before.append(QString::fromStdString((*words)[i]));
+            }
+            QStringList found;
+            if (word.startsWith(u'-')) {
+                for (const CLI::Option *option : verb->get_options()) {
+                    for (const std::string &name : option->get_lnames())
+                        found.append(QString::fromStdString("--" + name));
+                }
+            } else {
+                for (const CLI::App *sub :
+                    verb->get_subcommands([](const CLI::App *app) { return !app->get_group().empty(); }))
+                    found.append(QString::fromStdString(sub->get_name()));
+                QString name = QString::fromStdString(verb->get_name());
+                if (verb->get_parent() && verb->get_parent() != &parser) {
+                    before.prepend(name);
+                    name = QString::fromStdString(verb->get_parent()->get_name());
+                }
+                found += candidates(name, before, word);
+            }
+            for (const QString &candidate : found)
+                printLine(candidate);
+            return int(Success);
+        };
+    });
+}
+
+} // namespace oz::tools

@@ -1,0 +1,341 @@
+// list, show, watch, call and set: everything that works over the meta-objects of the facilities.
+
+#include "meta/MetaText.hpp"
+#include "meta/MethodCall.hpp"
+#include "meta/SignalTap.hpp"
+#include "ozdevice/Command.hpp"
+#include "ozdevice/FacilityTable.hpp"
+
+#include <oz/PpsObject.hpp>
+
+#include <CLI/CLI.hpp>
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMetaProperty>
+#include <QTimer>
+
+#include <cstdio>
+#include <map>
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    std::vector<std::string> facilities;
+    std::string facility;
+    std::string member;
+    std::vector<std::string> words;
+    std::map<QString, std::string> selected;
+    bool json = false;
+    bool names = false;
+    bool typed = false;
+    int count = 0;
+    std::string duration;
+};
+
+const FacilityEntry &entryOf(const QString &name)
+{
+    QStringList names;
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (entry.name == name)
+            return entry;
+        names.append(entry.name);
+    }
+    throw CommandError(WrongUse,
+        QLatin1String("unknown facility '") + name + QLatin1String("'; known are ") + enumerated(names));
+}
+
+// An instance of a facility that lives as long as the command looks at it.
+class Instance
+{
+public:
+    Instance(const FacilityEntry &entry, const Options &options) : m_entry(entry)
+    {
+        const auto selected = options.selected.find(entry.selector);
+        m_object = entry.make(
+            selected == options.selected.end() ? QString() : QString::fromStdString(selected->second));
+    }
+    [[nodiscard]] QObject *object() const { return m_object.get(); }
+    [[nodiscard]] const FacilityEntry &entry() const { return m_entry; }
+
+    // Says on standard error which of the facility's objects could not be opened; whether all could.
+    [[nodiscard]] bool reportUnavailable() const
+    {
+        bool available = true;
+        for (const PpsObject *pps : m_object->findChildren<PpsObject *>()) {
+            if (pps->isOpen())
+                continue;
+            available = false;
+            std::fprintf(stderr, "ozdevice: %s: %s: %s%s\n", qUtf8Printable(m_entry.name),
+                qUtf8Printable(pps->path()), qUtf8Printable(pps->errorString()),
+                pps->error() == ENOENT ? " (is ozdeviced running? try: ozdevice run -- COMMAND)" : "");
+        }
+        return available;
+    }
+
+private:
+    const FacilityEntry &m_entry;
+    std::unique_ptr<QObject> m_object;
+};
+
+std::vector<const FacilityEntry *> chosen(const Options &options)
+{
+    std::vector<const FacilityEntry *> entries;
+    for (const std::string &name : options.facilities)
+        entries.push_back(&entryOf(QString::fromStdString(name)));
+    if (entries.empty()) {
+        for (const FacilityEntry &entry : facilityTable())
+            entries.push_back(&entry);
+    }
+    return entries;
+}
+
+std::vector<QMetaProperty> propertiesOf(const QObject *object)
+{
+    std::vector<QMetaProperty> properties;
+    const QMetaObject *type = object->metaObject();
+    for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i)
+        properties.push_back(type->property(i));
+    return properties;
+}
+
+void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format)
+{
+    printLine(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());
+}
+
+int list(const Options &options)
+{
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (options.names) {
+            printLine(entry.name);
+            continue;
+        }
+        const QString selector =
+            entry.selector.isEmpty() ? QString() : QLatin1String(" (--") + entry.selector + u')';
+        printLine(painted(Paint::Bold, entry.name.leftJustified(12)) + u' '
+            + QLatin1String(entry.type->className())
+                  .sliced(int(qstrlen("oz::device::")))
+                  .toString()
+                  .leftJustified(22)
+            + u' ' + entry.help + selector);
+    }
+    return Success;
+}
+
+int show(const Options &options)
+{
+    bool available = true;
+    QJsonObject all;
+    for (const FacilityEntry *entry : chosen(options)) {
+        const Instance instance(*entry, options);
+        available = instance.reportUnavailable() && available;
+        const auto properties = propertiesOf(instance.object());
+        if (options.json) {
+            QJsonObject values;
+            for (const QMetaProperty &property : properties) {
+                values.insert(QLatin1String(property.name()),
+                    QJsonObject{{QStringLiteral("type"), meta::typeText(property.metaType())},
+                        {QStringLiteral("value"), meta::valueJson(property.read(instance.object()))}});
+            }
+            all.insert(entry->name, values);
+            continue;
+        }
+        qsizetype nameWidth = 0;
+        qsizetype typeWidth = 0;
+        for (const QMetaProperty &property : properties) {
+            nameWidth = std::max(nameWidth, qsizetype(qstrlen(property.name())));
+            typeWidth = std::max(typeWidth, meta::typeText(property.metaType()).size());
+        }
+        printLine(painted(Paint::Bold, entry->name));
+        for (const QMetaProperty &property : properties) {
+            printLine(QLatin1String("  ") + QString::fromLatin1(property.name()).leftJustified(nameWidth)
+                + QLatin1String("  ")
+                + painted(Paint::Dim, meta::typeText(property.metaType()).leftJustified(typeWidth))
+                + QLatin1String("  ")
+                + painted(Paint::Value, meta::valueText(property.read(instance.object()))));
+        }
+    }
+    if (options.json)
+        printJson(all, QJsonDocument::Indented);
+    return available ? Success : Unavailable;
+}
+
+void printSignal(
+    const FacilityEntry &entry, const QMetaMethod &signal, const QVariantList &arguments, bool asJson)
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    if (asJson) {
+        QJsonArray values;
+        for (const QVariant &argument : arguments)
+            values.append(meta::valueJson(argument));
+        printJson({{QStringLiteral("time"), now.toUTC().toString(Qt::ISODateWithMs)},
+                      {QStringLiteral("facility"), entry.name},
+                      {QStringLiteral("signal"), QLatin1String(signal.name())},
+                      {QStringLiteral("signature"), QLatin1String(signal.methodSignature())},
+                      {QStringLiteral("arguments"), values}},
+            QJsonDocument::Compact);
+        return;
+    }
+    QStringList texts;
+    for (const QVariant &argument : arguments)
+        texts.append(painted(Paint::Value, meta::valueText(argument)));
+    printLine(painted(Paint::Dim, now.toString(QStringLiteral("HH:mm:ss.zzz"))) + QLatin1String("  ")
+        + painted(Paint::Bold, entry.name) + QLatin1String("  ") + QLatin1String(signal.name()) + u'('
+        + texts.join(QLatin1String(", ")) + u')');
+}
+
+// The second form of a signal that carries an enumeration, with numbers in its place.
+bool isNumericTwin(const QMetaMethod &signal)
+{
+    const QMetaObject *type = signal.enclosingMetaObject();
+    for (int i = type->methodOffset(); i < signal.methodIndex(); ++i) {
+        const QMetaMethod other = type->method(i);
+        if (other.methodType() == QMetaMethod::Signal && other.name() == signal.name()
+            && other.parameterCount() == signal.parameterCount())
+            return true;
+    }
+    return false;
+}
+
+int watch(const Options &options)
+{
+    std::vector<std::unique_ptr<Instance>> instances;
+    std::vector<std::unique_ptr<meta::SignalTap>> taps;
+    bool available = true;
+    int remaining = options.count;
+    for (const FacilityEntry *entry : chosen(options)) {
+        instances.push_back(std::make_unique<Instance>(*entry, options));
+        available = instances.back()->reportUnavailable() && available;
+        taps.push_back(std::make_unique<meta::SignalTap>(
+            instances.back()->object(), [&, entry](const QMetaMethod &signal, const QVariantList &arguments) {
+                if ((options.typed && isNumericTwin(signal)) || (options.count && remaining == 0))
+                    return;
+                printSignal(*entry, signal, arguments, options.json);
+                if (options.count && --remaining == 0)
+                    QCoreApplication::quit();
+            }));
+    }
+    if (!available)
+        return Unavailable;
+    if (!options.duration.empty())
+        QTimer::singleShot(
+            milliseconds(QString::fromStdString(options.duration)), qApp, &QCoreApplication::quit);
+    return QCoreApplication::exec();
+}
+
+int call(const Options &options)
+{
+    const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
+    const QString name = QString::fromStdString(options.member);
+    QStringList words;
+    for (const std::string &word : options.words)
+        words.append(QString::fromStdString(word));
+    QString problem;
+    const auto method = meta::MethodCall::find(entry.type, name, words, &problem);
+    if (!method)
+        throw CommandError(WrongUse, entry.name + QLatin1String(": ") + problem);
+    const Instance instance(entry, options);
+    if (!instance.reportUnavailable())
+        return Unavailable;
+    const QVariant result = method->invoke(instance.object());
+    if (result.isValid())
+        printLine(meta::valueText(result));
+    return Success;
+}
+
+int set(const Options &options)
+{
+    const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
+    const QString name = QString::fromStdString(options.member);
+    const int index = entry.type->indexOfProperty(options.member.c_str());
+    if (index < QObject::staticMetaObject.propertyCount()) {
+        QStringList names;
+        for (int i = QObject::staticMetaObject.propertyCount(); i < entry.type->propertyCount(); ++i)
+            names.append(QLatin1String(entry.type->property(i).name()));
+        throw CommandError(WrongUse,
+            entry.name + QLatin1String(" has no property '") + name + QLatin1String("'; it has ")
+                + enumerated(names));
+    }
+    const QMetaProperty property = entry.type->property(index);
+    if (!property.isWritable())
+        throw CommandError(WrongUse,
+            entry.name + QLatin1String(": the property '") + name + QLatin1String("' is read-only"));
+    const QString text = QString::fromStdString(options.words.front());
+    const auto value = meta::parseValue(text, property.metaType());
+    if (!value) {
+        throw CommandError(WrongUse,
+            entry.name + QLatin1String(": ") + name + QLatin1String(" is ")
+                + meta::expectation(property.metaType()) + QLatin1String(", not '") + text + u'\'');
+    }
+    const Instance instance(entry, options);
+    if (!instance.reportUnavailable())
+        return Unavailable;
+    if (!property.write(instance.object(), *value))
+        throw CommandError(Failed, entry.name + QLatin1String(": ") + name + QLatin1String(" was not set"));
+    printLine(name + QLatin1String(" = ") + meta::valueText(property.read(instance.object())));
+    return Success;
+}
+
+// The options that tell which display, network or profile is meant.
+void addSelectors(CLI::App *verb, Options &options)
+{
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (entry.selector.isEmpty() || options.selected.contains(entry.selector))
+            continue;
+        verb->add_option("--" + entry.selector.toStdString(), options.selected[entry.selector],
+            "Which " + entry.name.toStdString());
+    }
+}
+
+} // namespace
+
+void addFacilityCommands(CLI::App &parser, Action &action)
+{
+    // Each verb has options of its own, which live as long as the program.
+    const auto verb = [&](const char *name, const char *help, int (*run)(const Options &)) {
+        auto options = std::make_shared<Options>();
+        CLI::App *added = parser.add_subcommand(name, help);
+        added->callback([&action, options, run] { action = [options, run] { return run(*options); }; });
+        return std::pair(added, options);
+    };
+
+    const auto [lister, listOptions] = verb("list", "List the facilities", list);
+    lister->add_flag("--names", listOptions->names, "Names only");
+
+    const auto [shower, showOptions] = verb("show", "Show every property of facilities, with its type", show);
+    shower->add_option("FACILITY", showOptions->facilities, "Which ones (all)");
+    shower->add_flag("--json", showOptions->json, "As JSON, enumerators by name");
+    addSelectors(shower, *showOptions);
+
+    const auto [watcher, watchOptions] = verb("watch", "Print each signal of facilities as it comes", watch);
+    watcher->add_option("FACILITY", watchOptions->facilities, "Which ones (all)");
+    watcher->add_flag("--json", watchOptions->json, "One JSON object a line");
+    watcher->add_flag(
+        "--typed", watchOptions->typed, "Leave out the second, numeric form of enumeration signals");
+    watcher->add_option("--count", watchOptions->count, "End after so many signals")
+        ->check(CLI::PositiveNumber);
+    watcher->add_option("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
+    addSelectors(watcher, *watchOptions);
+
+    const auto [caller, callOptions] =
+        verb("call", "Call a method of a facility and print what it returns", call);
+    caller->add_option("FACILITY", callOptions->facility)->required();
+    caller->add_option("METHOD", callOptions->member)->required();
+    caller->add_option("ARGUMENT", callOptions->words, "Enumerators by name; a negative number after --");
+    addSelectors(caller, *callOptions);
+
+    const auto [setter, setOptions] = verb("set", "Set a writable property of a facility", set);
+    setter->add_option("FACILITY", setOptions->facility)->required();
+    setter->add_option("PROPERTY", setOptions->member)->required();
+    setter->add_option("VALUE", setOptions->words)->required()->expected(1);
+    addSelectors(setter, *setOptions);
+}
+
+} // namespace oz::tools

@@ -1,0 +1,27 @@
+#include "ozdevice/FacilityTable.hpp"
+
+#include <oz/device/SdCardInfo.hpp>
+
+namespace oz::tools {
+
+namespace {
+
+template <typename Facility>
+FacilityEntry facility(const char *name, const char *help)
+{
+    return {QLatin1String(name), QLatin1String(help), &Facility::staticMetaObject, {},
+        [](const QString &) { return std::make_unique<Facility>(); }};
+}
+
+} // namespace
+
+const std::vector<FacilityEntry> &facilityTable()
+{
+    using namespace oz::device;
+    static const std::vector<FacilityEntry> table{
+        facility<SdCardInfo>("sdcard", "the removable SD card"),
+    };
+    return table;
+}
+
+} // namespace oz::tools
