@@ -1,0 +1,16 @@
+# The CMake package, the pkg-config file and what else an installation has beside its targets.
+include(CMakePackageConfigHelpers)
+
+set(OZ_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OzDevice)
+install(EXPORT OzDeviceTargets NAMESPACE oz:: DESTINATION ${OZ_PACKAGE_DIR})
+configure_package_config_file(cmake/OzDeviceConfig.cmake.in ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake
+    INSTALL_DESTINATION ${OZ_PACKAGE_DIR})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake
+    DESTINATION ${OZ_PACKAGE_DIR})
+
+configure_file(cmake/ozdevice.pc.in ${PROJECT_BINARY_DIR}/ozdevice.pc @ONLY)
+install(FILES ${PROJECT_BINARY_DIR}/ozdevice.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -5,17 +5,21 @@
 #include <oz/PpsPublisher.hpp>
 
 #include <QDir>
+#include <QEventLoop>
 #include <QFile>
 #include <QThread>
 
 #include <cerrno>
 #include <filesystem>
+#include <future>
 #include <sys/inotify.h>
 #include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace oz;
 using namespace oz::testing;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -297,48 +301,45 @@ TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
     PpsObject object(Path + "?wait,delta");
     ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
     EXPECT_EQ(object.read(), "@status\na:n:1\n");
-    const std::unique_ptr<QThread> other(QThread::create([] {
+    std::thread other([] {
         PpsPublisher(Path).publish({{"a", 1}}); // no news
-        QThread::msleep(50);
+        std::this_thread::sleep_for(50ms);
         PpsPublisher(Path).publish({{"a", 2}});
-    }));
-    other->start();
+    });
     EXPECT_EQ(object.read(), "@status\na:n:2\n");
-    other->wait();
-    const std::unique_ptr<QThread> remover(QThread::create([] {
-        QThread::msleep(50);
+    other.join();
+    std::thread remover([] {
+        std::this_thread::sleep_for(50ms);
         PpsPublisher(Path).remove();
-    }));
-    remover->start();
+    });
     bool ok = true;
     (void)object.read(&ok);
     EXPECT_FALSE(ok);
     EXPECT_EQ(object.error(), ENOENT);
-    remover->wait();
+    remover.join();
 }
 
-TEST_F(PpsObjectTest, NotifiesOnTheThreadThatItLivesOnAlsoAfterAMove)
+TEST_F(PpsObjectTest, NotifiesOnTheThreadThatItMovedTo)
 {
     publish({{"a", 1}});
-    auto subscriber = std::make_unique<Subscriber>(Path);
-    QThread other;
-    other.start();
-    subscriber->object.moveToThread(&other);
-    ASSERT_TRUE(publisher.publish({{"a", 2}}));
-    std::atomic<QThread *> seen = nullptr;
-    QMetaObject::invokeMethod(&subscriber->object, [&] {
-        QObject::connect(&subscriber->object, &PpsObject::readyRead, &subscriber->object,
-            [&] { seen = QThread::currentThread(); });
+    Subscriber subscriber(Path);
+    std::promise<QThread *> started;
+    std::atomic<QEventLoop *> running = nullptr;
+    std::thread other([&] {
+        QEventLoop loop;
+        running = &loop;
+        started.set_value(QThread::currentThread());
+        loop.exec();
+        EXPECT_EQ(subscriber.last, "@status\na:n:2\n");
+        EXPECT_EQ(subscriber.wakes, 1);
+        EXPECT_EQ(subscriber.thread, QThread::currentThread());
+        subscriber.object.close();
     });
-    ASSERT_TRUE(waitUntil([&] {
-        static int round = 2;
-        EXPECT_TRUE(publisher.publish({{"a", ++round}}));
-        return seen == &other;
-    }));
-    QMetaObject::invokeMethod(
-        &subscriber->object, [&] { subscriber.reset(); }, Qt::BlockingQueuedConnection);
-    other.quit();
-    other.wait();
+    QObject::connect(
+        &subscriber.object, &PpsObject::readyRead, &subscriber.object, [&] { running.load()->quit(); });
+    subscriber.object.moveToThread(started.get_future().get());
+    ASSERT_TRUE(publisher.publish({{"a", 2}}));
+    other.join();
 }
 
 TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)
