@@ -1,0 +1,185 @@
+// What things cost within one process: decoding and encoding beside Qt's JSON, construction, memory, many
+// subscribers.
+
+#include "Report.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/device/SdCardInfo.hpp>
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+
+#include <cstdio>
+#include <fstream>
+#include <map>
+#include <memory>
+#include <unistd.h>
+
+using namespace oz;
+using namespace oz::bench;
+
+namespace {
+
+const QString SdCard = "/pps/system/filesystem/removable/sdcard";
+
+// The message of each facility, as its service publishes it.
+std::map<std::string, QVariantMap> messages()
+{
+    return {{"sdcard", {{"mounted", true}, {"busy", false}}}};
+}
+
+void registerCodec(const std::string &name, const QVariantMap &attributes)
+{
+    const QByteArray text = "@status\n" + PpsObject::encode(attributes);
+    const QByteArray json =
+        QJsonDocument(QJsonObject::fromVariantMap(attributes)).toJson(QJsonDocument::Compact);
+    const auto add = [&](const char *what, const auto &body) {
+        benchmark::RegisterBenchmark(
+            (std::string(what) + '/' + name).c_str(), [body](benchmark::State &state) {
+                for (auto _ : state)
+                    body();
+            });
+    };
+    add("decode", [text] { benchmark::DoNotOptimize(PpsObject::decode(text)); });
+    add("json-decode",
+        [json] { benchmark::DoNotOptimize(QJsonDocument::fromJson(json).toVariant().toMap()); });
+    add("json-parse", [json] { benchmark::DoNotOptimize(QJsonDocument::fromJson(json)); });
+    add("encode", [attributes] { benchmark::DoNotOptimize(PpsObject::encode(attributes)); });
+    add("json-encode", [attributes] {
+        benchmark::DoNotOptimize(
+            QJsonDocument(QJsonObject::fromVariantMap(attributes)).toJson(QJsonDocument::Compact));
+    });
+}
+
+template <typename Facility>
+void construct(benchmark::State &state)
+{
+    for (auto _ : state) {
+        const Facility facility;
+        benchmark::DoNotOptimize(&facility);
+    }
+}
+
+// One publish to so many subscribers of this process, until the last has had its signal.
+void fanOut(benchmark::State &state)
+{
+    std::vector<std::unique_ptr<device::SdCardInfo>> cards;
+    std::int64_t heard = 0;
+    for (std::int64_t i = 0; i < state.range(0); ++i) {
+        cards.push_back(std::make_unique<device::SdCardInfo>());
+        QObject::connect(cards.back().get(),
+            qOverload<device::SdCardState::Type>(&device::SdCardInfo::stateChanged), [&] { ++heard; });
+    }
+    PpsPublisher publisher(SdCard);
+    bool mounted = cards.front()->state() == device::SdCardState::Mounted;
+    for (auto _ : state) {
+        heard = 0;
+        publisher.publish({{"mounted", mounted = !mounted}, {"busy", false}});
+        while (heard < state.range(0))
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    }
+    state.counters["per-subscriber"] = benchmark::Counter(
+        double(state.range(0)), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
+}
+
+// Resident memory of this process in bytes.
+double residentMemory()
+{
+    long total = 0;
+    long resident = 0;
+    std::ifstream("/proc/self/statm") >> total >> resident;
+    return double(resident) * double(::sysconf(_SC_PAGESIZE));
+}
+
+double memoryOfOne()
+{
+    constexpr int count = 1000;
+    std::vector<std::unique_ptr<device::SdCardInfo>> cards;
+    cards.push_back(std::make_unique<device::SdCardInfo>()); // what the first one loads is not its own
+    const double before = residentMemory();
+    for (int i = 0; i < count; ++i)
+        cards.push_back(std::make_unique<device::SdCardInfo>());
+    return (residentMemory() - before) / count;
+}
+
+// Prints as usual, and keeps the times for the ratios.
+class Keeper : public benchmark::ConsoleReporter
+{
+public:
+    void ReportRuns(const std::vector<Run> &runs) override
+    {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run &run : runs) {
+            if (run.run_type == Run::RT_Iteration)
+                times[run.benchmark_name()].values.push_back(run.GetAdjustedRealTime());
+        }
+    }
+    [[nodiscard]] double median(const std::string &name) const
+    {
+        const auto found = times.find(name);
+        return found == times.end() ? 0 : found->second.median();
+    }
+    std::map<std::string, Samples> times;
+};
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    std::string json;
+    if (argc > 2 && std::string(argv[1]) == "--json") {
+        json = argv[2];
+        argv[2] = argv[0];
+        argv += 2;
+        argc -= 2;
+    }
+    const QCoreApplication application(argc, argv);
+    const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
+    qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
+    PpsPublisher(SdCard).publish({{"mounted", true}, {"busy", false}});
+    std::printf("Memory of one live SdCardInfo among 1,000: %.0f bytes\n", memoryOfOne());
+
+    for (const auto &[name, attributes] : messages())
+        registerCodec(name, attributes);
+    benchmark::RegisterBenchmark("construct/SdCardInfo", construct<device::SdCardInfo>);
+    benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
+    benchmark::Initialize(&argc, argv);
+    Keeper keeper;
+    benchmark::RunSpecifiedBenchmarks(&keeper);
+
+    std::vector<Ratio> ratios;
+    const auto add = [&](const std::string &over, const std::string &under, double aim) {
+        if (keeper.median(under) > 0)
+            ratios.push_back({over + " / " + under, keeper.median(over) / keeper.median(under), aim});
+    };
+    for (const auto &[name, attributes] : messages()) {
+        add("decode/" + name, "json-decode/" + name, 1.5);
+        add("decode/" + name, "json-parse/" + name, 0);
+        add("encode/" + name, "json-encode/" + name, 1.5);
+    }
+    const auto perSubscriber = [&](int more, int fewer) {
+        const double difference = keeper.median("publish-to/" + std::to_string(more) + "/real_time")
+            - keeper.median("publish-to/" + std::to_string(fewer) + "/real_time");
+        return difference / (more - fewer);
+    };
+    if (perSubscriber(100, 10) > 0) {
+        ratios.push_back({"cost of a further subscriber, of 1,000 / of 100",
+            perSubscriber(1000, 100) / perSubscriber(100, 10), 1.5});
+    }
+    print(ratios);
+    if (!json.empty()) {
+        std::vector<Samples> samples;
+        for (auto &[name, one] : keeper.times) {
+            one.name = name;
+            samples.push_back(one);
+        }
+        writeJson(json, "ns", samples, ratios);
+    }
+    return 0;
+}
