@@ -10,7 +10,9 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QMetaEnum>
+#include <QMetaProperty>
 #include <QTest>
+#include <QTypeRevision>
 
 #include <cstdio>
 #include <grp.h>
@@ -122,6 +124,58 @@ QStringList SignalLog::waitFor(int count)
     EXPECT_TRUE(waitUntil([&] { return m_heard.size() >= count; })) << "fewer than " << count << " signals";
     settle();
     return take();
+}
+
+QString valuesOf(const QObject &object)
+{
+    QStringList values;
+    const QMetaObject *type = object.metaObject();
+    for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
+        const QMetaProperty property = type->property(i);
+        values.append(QLatin1String(property.name()) + u'=' + meta::valueText(property.read(&object)));
+    }
+    return values.join(u' ');
+}
+
+QStringList declarationsOf(const QMetaObject &type)
+{
+    const auto revision = [](int number) {
+        return number ? QLatin1String(" revision ")
+                + QString::number(QTypeRevision::fromEncodedVersion(number).minorVersion())
+                      : QString();
+    };
+    QStringList lines;
+    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
+        const QMetaMethod method = type.method(i);
+        const char *kind = method.methodType() == QMetaMethod::Signal ? "signal "
+            : method.methodType() == QMetaMethod::Slot                ? "slot "
+                                                                      : "method ";
+        lines.append(
+            QLatin1String(kind) + QLatin1String(method.methodSignature()) + revision(method.revision()));
+    }
+    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
+        const QMetaProperty property = type.property(i);
+        QString line = QLatin1String("property ") + QLatin1String(property.name()) + QLatin1String(": ")
+            + QLatin1String(property.typeName());
+        if (property.isConstant())
+            line += QLatin1String(" constant");
+        if (property.isWritable())
+            line += QLatin1String(" writable");
+        if (property.hasNotifySignal())
+            line += QLatin1String(" notify ") + QLatin1String(property.notifySignal().methodSignature());
+        EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
+        lines.append(line + revision(property.revision()));
+    }
+    return lines;
+}
+
+QString enumeratorsOf(const QMetaObject &holder, const char *name)
+{
+    const QMetaEnum type = holder.enumerator(holder.indexOfEnumerator(name));
+    QStringList names;
+    for (int i = 0; i < type.keyCount(); ++i)
+        names.append(QLatin1String(type.key(i)) + u'=' + QString::number(type.value(i)));
+    return names.join(u' ');
 }
 
 bool waitUntil(const std::function<bool()> &condition, int milliseconds)

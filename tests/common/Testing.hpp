@@ -74,6 +74,18 @@ private:
     meta::SignalTap m_tap;
 };
 
+/*! All properties that the classes of \a object below QObject declare: "name=value name=value". */
+[[nodiscard]] QString valuesOf(const QObject &object);
+
+/*!
+ * What a class itself declares, in order: "signal name(types)", "slot ..." or "method ...", with " revision
+ * n" where it has one; then "property name: type" and what holds for it. Properties are expected to be FINAL.
+ */
+[[nodiscard]] QStringList declarationsOf(const QMetaObject &type);
+
+/*! The enumeration \a name of a holder: "Unknown=0 OK=1". */
+[[nodiscard]] QString enumeratorsOf(const QMetaObject &holder, const char *name = "Type");
+
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
 

@@ -1,0 +1,240 @@
+#include "common/Testing.hpp"
+
+#include <oz/device/BatteryInfo.hpp>
+
+#include <cmath>
+
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+const QString Path = "/pps/system/BattMgr/status";
+
+// Where a name occurs twice the last line counts, so a test appends the lines that matter to it.
+const QByteArray Good = R"(@status
+SystemInfo:json:{"ChargingState":"CC"}
+ChargerInfo:json:{"NumOfSource":1}
+BatteryInfo:json:{"ActiveBattery":1,"BatteryStatus":[{},{"StateOfCharge":80,"BatteryPresent":"YES","StateOfBattery":"OK","FullChargeCap":2900,"CycleCount":120,"Temperature":2550}]}
+WlcSourceInfo:json:{"WlcSrcParameters":[{"RxID":"7F01"},{"RxID":"other"}]}
+)";
+
+const QString GoodValues =
+    "level=80 chargingState=Charging present=true condition=OK fullChargeCapacity=2900 "
+    "cycleCount=120 temperature=25.5 rxid=\"7F01\"";
+const QString NoValues = "level=-1 chargingState=Unknown present=false condition=Unknown "
+                         "fullChargeCapacity=-1 cycleCount=-1 temperature=nan rxid=\"\"";
+
+class BatteryInfoTest : public ::testing::Test
+{
+protected:
+    void publish(const QByteArray &lines) { root.place(Path, Good + lines); }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+TEST_F(BatteryInfoTest, AnswersAtOnceWithTheActiveBatteryAndSignalsNothing)
+{
+    publish("");
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    EXPECT_EQ(valuesOf(battery), GoodValues);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)
+{
+    const struct
+    {
+        const char *system;
+        const char *charger;
+        BatteryChargingState::Type state;
+    } rows[] = {
+        {R"({"ChargingState":"TC"})", "{}", BatteryChargingState::Charging},
+        {R"({"ChargingState":"CV"})", "{}", BatteryChargingState::Charging},
+        {R"({"ChargingState":"DC"})", "{}", BatteryChargingState::Full},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":0})", BatteryChargingState::Discharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":"-1"})", BatteryChargingState::Discharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":1})", BatteryChargingState::NotCharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":"none"})", BatteryChargingState::NotCharging},
+        {R"({"ChargingState":"NC"})", "{}", BatteryChargingState::NotCharging},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("SystemInfo:json:") + row.system + "\nChargerInfo:json:" + row.charger + "\n");
+        EXPECT_EQ(BatteryInfo().chargingState(), row.state) << row.system << row.charger;
+    }
+    EXPECT_EQ(log.take(), QStringList());
+
+    for (const char *system : {R"({"ChargingState":"cc"})", R"({"Other":"CC"})", R"("CC")", "[]"}) {
+        publish(QByteArray("SystemInfo:json:") + system + "\n");
+        EXPECT_EQ(BatteryInfo().chargingState(), BatteryChargingState::Unknown) << system;
+        EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Could not find ChargingState in SystemInfo"});
+    }
+}
+
+TEST_F(BatteryInfoTest, WhatTheBatteryDoesNotSayIsUnknown)
+{
+    const QString unknown = "level=-1 chargingState=Charging present=false condition=Unknown "
+                            "fullChargeCapacity=-1 cycleCount=-1 temperature=nan rxid=\"7F01\"";
+    const QStringList fourMissing{"[BatteryInfo] Could not find StateOfCharge in BatteryStatus",
+        "[BatteryInfo] Could not find FullChargeCap in BatteryStatus",
+        "[BatteryInfo] Could not find CycleCount in BatteryStatus",
+        "[BatteryInfo] Could not find Temperature in BatteryStatus"};
+    const QStringList notActive{"[BatteryInfo] Could not find ActiveBattery in BatteryInfo"};
+    const struct
+    {
+        const char *batteries;
+        QString values;
+        QStringList warnings;
+    } rows[] = {
+        {R"({"ActiveBattery":2,"BatteryStatus":[{},{"StateOfCharge":80}]})", unknown, fourMissing},
+        {R"({"ActiveBattery":-1,"BatteryStatus":[{"StateOfCharge":80}]})", unknown, fourMissing},
+        {R"({"ActiveBattery":0,"BatteryStatus":["full"]})", unknown, fourMissing},
+        {R"({"ActiveBattery":0})", unknown, fourMissing},
+        {R"({"BatteryStatus":[{"StateOfCharge":80}]})", unknown, notActive},
+        {R"({"ActiveBattery":"first","BatteryStatus":[{"StateOfCharge":80}]})", unknown, notActive},
+        {R"("none")", unknown, notActive},
+        {R"({"ActiveBattery":0,"BatteryStatus":[{"StateOfCharge":80000000,"FullChargeCap":80000000,)"
+         R"("CycleCount":80000000,"Temperature":80000000,"BatteryPresent":"yes","StateOfBattery":"ok"}]})",
+            unknown, {}},
+        {R"({"ActiveBattery":"0","BatteryStatus":[{"StateOfCharge":"7","FullChargeCap":0,"CycleCount":0,)"
+         R"("Temperature":-550,"BatteryPresent":"YES","StateOfBattery":"BAD"}]})",
+            "level=7 chargingState=Charging present=true condition=Bad fullChargeCapacity=0 cycleCount=0 "
+            "temperature=-5.5 rxid=\"7F01\"",
+            {}},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("BatteryInfo:json:") + row.batteries + "\n");
+        EXPECT_EQ(valuesOf(BatteryInfo()), row.values) << row.batteries;
+        EXPECT_EQ(log.take(), row.warnings) << row.batteries;
+    }
+}
+
+TEST_F(BatteryInfoTest, TheTemperatureIsInDegrees)
+{
+    publish(R"(BatteryInfo:json:{"ActiveBattery":0,"BatteryStatus":[{"Temperature":2534}]})");
+    EXPECT_EQ(BatteryInfo().temperature(), 25.34f);
+}
+
+TEST_F(BatteryInfoTest, ReadsTheReceiverOfTheFirstWirelessSource)
+{
+    const QString noList = "[BatteryInfo] Could not find list of WlcSrcParameters";
+    const QString noId = "[BatteryInfo] RxID not present";
+    const struct
+    {
+        const char *source;
+        QStringList warnings;
+    } rows[] = {
+        {R"({"WlcSrcParameters":[{"RxID":"null"}]})", {}},
+        {R"({"WlcSrcParameters":[{"RxID":""}]})", {noId}},
+        {R"({"WlcSrcParameters":[{},{"RxID":"second"}]})", {noId}},
+        {R"({"WlcSrcParameters":["7F01"]})", {noId}},
+        {R"({"WlcSrcParameters":[]})", {noList}},
+        {R"({"WlcSrcParameters":{"RxID":"7F01"}})", {noList}},
+        {R"("")", {noList}},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("WlcSourceInfo:json:") + row.source + "\n");
+        EXPECT_EQ(BatteryInfo().rxid(), "") << row.source;
+        EXPECT_EQ(log.take(), row.warnings) << row.source;
+    }
+}
+
+TEST_F(BatteryInfoTest, AChangeOfLevelOrStateIsOnePairOfSignals)
+{
+    publish("");
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    publish("SystemInfo:json:{\"ChargingState\":\"DC\"}\n");
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"levelChanged(80, Full)", "levelChanged(80, 4)"}));
+    publish("SystemInfo:json:{\"ChargingState\":\"DC\"}\nBatteryInfo:json:{\"ActiveBattery\":0,"
+            "\"BatteryStatus\":[{\"StateOfCharge\":79,\"BatteryPresent\":\"YES\",\"StateOfBattery\":\"OK\","
+            "\"FullChargeCap\":2900,\"CycleCount\":120,\"Temperature\":2550}]}\n");
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"levelChanged(79, Full)", "levelChanged(79, 4)"}));
+    // An attribute that is not read here is no news.
+    publish("SystemInfo:json:{\"ChargingState\":\"DC\"}\nBatteryInfo:json:{\"ActiveBattery\":0,"
+            "\"BatteryStatus\":[{\"StateOfCharge\":79,\"BatteryPresent\":\"YES\",\"StateOfBattery\":\"OK\","
+            "\"FullChargeCap\":2900,\"CycleCount\":120,\"Temperature\":2550}]}\nOther::1\n");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST_F(BatteryInfoTest, AReadingThatFailsMakesEverythingUnknownAndTheNextGoodOneBringsItBack)
+{
+    const QStringList lost{"levelChanged(-1, Unknown)", "levelChanged(-1, 0)", "presentChanged(false)",
+        "conditionChanged(Unknown)", "conditionChanged(0)", "fullChargeCapacityChanged(-1)",
+        "cycleCountChanged(-1)", "temperatureChanged(nan)", "rxidChanged(\"\")"};
+    const QStringList back{"levelChanged(80, Charging)", "levelChanged(80, 2)", "presentChanged(true)",
+        "conditionChanged(OK)", "conditionChanged(1)", "fullChargeCapacityChanged(2900)",
+        "cycleCountChanged(120)", "temperatureChanged(25.5)", "rxidChanged(\"7F01\")"};
+    publish("");
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+
+    root.remove(Path);
+    EXPECT_EQ(heard.waitFor(9), lost);
+    EXPECT_EQ(valuesOf(battery), NoValues);
+    EXPECT_EQ(
+        log.take(), QStringList{"[BatteryInfo] Could not read pps. error: \"No such file or directory\""});
+    publish("");
+    EXPECT_EQ(heard.waitFor(9), back);
+    publish("neither a name nor a value\n");
+    EXPECT_EQ(heard.waitFor(9), lost);
+    EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Could read, but not decode pps"});
+    // While the temperature is unknown, it is announced with each reading.
+    publish("still neither\n");
+    EXPECT_EQ(heard.waitFor(1), QStringList{"temperatureChanged(nan)"});
+    publish("");
+    EXPECT_EQ(heard.waitFor(9), back);
+    EXPECT_EQ(valuesOf(battery), GoodValues);
+}
+
+TEST_F(BatteryInfoTest, AnObjectOfAnotherNameHasNoAttributes)
+{
+    root.place(Path, QByteArray(Good).replace("@status", "@state"));
+    EXPECT_EQ(valuesOf(BatteryInfo()), NoValues);
+    EXPECT_EQ(log.take(),
+        (QStringList{"[BatteryInfo] Could not find ChargingState in SystemInfo",
+            "[BatteryInfo] Could not find ActiveBattery in BatteryInfo",
+            "[BatteryInfo] Could not find list of WlcSrcParameters"}));
+}
+
+TEST_F(BatteryInfoTest, WithoutItsObjectItStaysUnknownForGood)
+{
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Unable to open battery manager PPS channel"});
+    publish("");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(valuesOf(battery), NoValues);
+    EXPECT_TRUE(std::isnan(battery.temperature()));
+}
+
+TEST(BatteryInfoMetaObject, DeclaresWhatItAnnouncesInOrder)
+{
+    EXPECT_EQ(declarationsOf(BatteryInfo::staticMetaObject),
+        (QStringList{"signal levelChanged(int,oz::device::BatteryChargingState::Type)",
+            "signal presentChanged(bool)", "signal conditionChanged(oz::device::BatteryCondition::Type)",
+            "signal fullChargeCapacityChanged(int)", "signal cycleCountChanged(int)",
+            "signal temperatureChanged(float)", "signal rxidChanged(QString)", "signal levelChanged(int,int)",
+            "signal conditionChanged(int)",
+            "property level: int notify levelChanged(int,oz::device::BatteryChargingState::Type)",
+            "property chargingState: oz::device::BatteryChargingState::Type notify "
+            "levelChanged(int,oz::device::BatteryChargingState::Type)",
+            "property present: bool notify presentChanged(bool)",
+            "property condition: oz::device::BatteryCondition::Type notify "
+            "conditionChanged(oz::device::BatteryCondition::Type)",
+            "property fullChargeCapacity: int notify fullChargeCapacityChanged(int)",
+            "property cycleCount: int notify cycleCountChanged(int)",
+            "property temperature: float notify temperatureChanged(float)",
+            "property rxid: QString notify rxidChanged(QString)"}));
+    EXPECT_EQ(enumeratorsOf(BatteryChargingState::staticMetaObject),
+        "Unknown=0 NotCharging=1 Charging=2 Discharging=3 Full=4");
+    EXPECT_EQ(enumeratorsOf(BatteryCondition::staticMetaObject), "Unknown=0 OK=1 Bad=2");
+}
+
+} // namespace
