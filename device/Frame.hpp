@@ -152,8 +152,7 @@ struct ChangeTable
     /*!
      * Compares \a fresh with \a cache, stores the whole of it, and then emits what changed on \a q. A slot
      * sees the new record through the getters; it may destroy \a q, which ends the announcements. Where a
-     * slot has a newer record stored meanwhile, what is left to emit tells that one's values: no listener is
-     * left with a value that was overtaken.
+     * slot has a newer record stored meanwhile, the signals that are left tell that one's values.
      */
     template <typename Public, typename Record>
     static void storeAndEmit(Public *q, Record *cache, const Record &fresh)
