@@ -9,6 +9,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QMetaEnum>
 #include <QMetaProperty>
 #include <QTest>
@@ -137,36 +138,39 @@ QString valuesOf(const QObject &object)
     return values.join(u' ');
 }
 
-QStringList declarationsOf(const QMetaObject &type)
+QString declarationsOf(const QMetaObject &type)
 {
-    const auto revision = [](int number) {
-        return number ? QLatin1String(" revision ")
-                + QString::number(QTypeRevision::fromEncodedVersion(number).minorVersion())
-                      : QString();
+    QStringList words;
+    const auto add = [&](const QByteArray &declaration, int revision) {
+        words.append(QString::fromLatin1(declaration).replace("oz::device::", "~"));
+        if (revision)
+            words.last() += QStringLiteral("(revision %1)")
+                                .arg(QTypeRevision::fromEncodedVersion(revision).minorVersion());
     };
-    QStringList lines;
+    QHash<QByteArray, QByteArray> signatures; // of the first signal of each name
     for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
         const QMetaMethod method = type.method(i);
-        const char *kind = method.methodType() == QMetaMethod::Signal ? "signal "
-            : method.methodType() == QMetaMethod::Slot                ? "slot "
-                                                                      : "method ";
-        lines.append(
-            QLatin1String(kind) + QLatin1String(method.methodSignature()) + revision(method.revision()));
+        if (!signatures.contains(method.name()))
+            signatures.insert(method.name(), method.methodSignature());
+        const char *mark = method.methodType() == QMetaMethod::Signal ? ""
+            : method.methodType() == QMetaMethod::Slot                ? "(slot)"
+                                                                      : "(method)";
+        add(method.methodSignature() + mark, method.revision());
     }
     for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
         const QMetaProperty property = type.property(i);
-        QString line = QLatin1String("property ") + QLatin1String(property.name()) + QLatin1String(": ")
-            + QLatin1String(property.typeName());
-        if (property.isConstant())
-            line += QLatin1String(" constant");
-        if (property.isWritable())
-            line += QLatin1String(" writable");
-        if (property.hasNotifySignal())
-            line += QLatin1String(" notify ") + QLatin1String(property.notifySignal().methodSignature());
         EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
-        lines.append(line + revision(property.revision()));
+        EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
+        const QByteArray notify = property.notifySignal().methodSignature();
+        const bool usual = notify == signatures.value(QByteArray(property.name()) + "Changed");
+        add(QByteArray(property.typeName()) + " " + property.name()
+                + (property.isConstant() ? "(constant)"
+                        : usual          ? ""
+                                         : "(" + notify + ")")
+                + (property.isWritable() ? "(writable)" : ""),
+            property.revision());
     }
-    return lines;
+    return words.join(u' ');
 }
 
 QString enumeratorsOf(const QMetaObject &holder, const char *name)

@@ -78,10 +78,13 @@ private:
 [[nodiscard]] QString valuesOf(const QObject &object);
 
 /*!
- * What a class itself declares, in order: "signal name(types)", "slot ..." or "method ...", with " revision
- * n" where it has one; then "property name: type" and what holds for it. Properties are expected to be FINAL.
+ * What a class itself declares, in order and in one line: its methods, then its properties as "type name",
+ * with
+ * "~" for "oz::device::". A mark follows where it holds: "(slot)" and "(method)" for what is no signal,
+ * "(constant)", "(writable)", "(revision n)", and "(signal)" for a property whose notify signal is not the
+ * first one named after it. Properties are expected to be FINAL.
  */
-[[nodiscard]] QStringList declarationsOf(const QMetaObject &type);
+[[nodiscard]] QString declarationsOf(const QMetaObject &type);
 
 /*! The enumeration \a name of a holder: "Unknown=0 OK=1". */
 [[nodiscard]] QString enumeratorsOf(const QMetaObject &holder, const char *name = "Type");

@@ -2,8 +2,6 @@
 
 #include <oz/device/BatteryInfo.hpp>
 
-#include <cmath>
-
 using namespace oz::device;
 using namespace oz::testing;
 
@@ -19,9 +17,6 @@ BatteryInfo:json:{"ActiveBattery":1,"BatteryStatus":[{},{"StateOfCharge":80,"Bat
 WlcSourceInfo:json:{"WlcSrcParameters":[{"RxID":"7F01"},{"RxID":"other"}]}
 )";
 
-const QString GoodValues =
-    "level=80 chargingState=Charging present=true condition=OK fullChargeCapacity=2900 "
-    "cycleCount=120 temperature=25.5 rxid=\"7F01\"";
 const QString NoValues = "level=-1 chargingState=Unknown present=false condition=Unknown "
                          "fullChargeCapacity=-1 cycleCount=-1 temperature=nan rxid=\"\"";
 
@@ -33,17 +28,6 @@ protected:
     LogCapture log;
     DeviceRoot root;
 };
-
-TEST_F(BatteryInfoTest, AnswersAtOnceWithTheActiveBatteryAndSignalsNothing)
-{
-    publish("");
-    BatteryInfo battery;
-    SignalLog heard(&battery);
-    EXPECT_EQ(valuesOf(battery), GoodValues);
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-    EXPECT_EQ(log.take(), QStringList());
-}
 
 TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)
 {
@@ -162,36 +146,6 @@ TEST_F(BatteryInfoTest, AChangeOfLevelOrStateIsOnePairOfSignals)
     EXPECT_EQ(heard.take(), QStringList());
 }
 
-TEST_F(BatteryInfoTest, AReadingThatFailsMakesEverythingUnknownAndTheNextGoodOneBringsItBack)
-{
-    const QStringList lost{"levelChanged(-1, Unknown)", "levelChanged(-1, 0)", "presentChanged(false)",
-        "conditionChanged(Unknown)", "conditionChanged(0)", "fullChargeCapacityChanged(-1)",
-        "cycleCountChanged(-1)", "temperatureChanged(nan)", "rxidChanged(\"\")"};
-    const QStringList back{"levelChanged(80, Charging)", "levelChanged(80, 2)", "presentChanged(true)",
-        "conditionChanged(OK)", "conditionChanged(1)", "fullChargeCapacityChanged(2900)",
-        "cycleCountChanged(120)", "temperatureChanged(25.5)", "rxidChanged(\"7F01\")"};
-    publish("");
-    BatteryInfo battery;
-    SignalLog heard(&battery);
-
-    root.remove(Path);
-    EXPECT_EQ(heard.waitFor(9), lost);
-    EXPECT_EQ(valuesOf(battery), NoValues);
-    EXPECT_EQ(
-        log.take(), QStringList{"[BatteryInfo] Could not read pps. error: \"No such file or directory\""});
-    publish("");
-    EXPECT_EQ(heard.waitFor(9), back);
-    publish("neither a name nor a value\n");
-    EXPECT_EQ(heard.waitFor(9), lost);
-    EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Could read, but not decode pps"});
-    // While the temperature is unknown, it is announced with each reading.
-    publish("still neither\n");
-    EXPECT_EQ(heard.waitFor(1), QStringList{"temperatureChanged(nan)"});
-    publish("");
-    EXPECT_EQ(heard.waitFor(9), back);
-    EXPECT_EQ(valuesOf(battery), GoodValues);
-}
-
 TEST_F(BatteryInfoTest, AnObjectOfAnotherNameHasNoAttributes)
 {
     root.place(Path, QByteArray(Good).replace("@status", "@state"));
@@ -202,36 +156,8 @@ TEST_F(BatteryInfoTest, AnObjectOfAnotherNameHasNoAttributes)
             "[BatteryInfo] Could not find list of WlcSrcParameters"}));
 }
 
-TEST_F(BatteryInfoTest, WithoutItsObjectItStaysUnknownForGood)
+TEST(BatteryInfoEnumerations, AreKnownByName)
 {
-    BatteryInfo battery;
-    SignalLog heard(&battery);
-    EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Unable to open battery manager PPS channel"});
-    publish("");
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-    EXPECT_EQ(valuesOf(battery), NoValues);
-    EXPECT_TRUE(std::isnan(battery.temperature()));
-}
-
-TEST(BatteryInfoMetaObject, DeclaresWhatItAnnouncesInOrder)
-{
-    EXPECT_EQ(declarationsOf(BatteryInfo::staticMetaObject),
-        (QStringList{"signal levelChanged(int,oz::device::BatteryChargingState::Type)",
-            "signal presentChanged(bool)", "signal conditionChanged(oz::device::BatteryCondition::Type)",
-            "signal fullChargeCapacityChanged(int)", "signal cycleCountChanged(int)",
-            "signal temperatureChanged(float)", "signal rxidChanged(QString)", "signal levelChanged(int,int)",
-            "signal conditionChanged(int)",
-            "property level: int notify levelChanged(int,oz::device::BatteryChargingState::Type)",
-            "property chargingState: oz::device::BatteryChargingState::Type notify "
-            "levelChanged(int,oz::device::BatteryChargingState::Type)",
-            "property present: bool notify presentChanged(bool)",
-            "property condition: oz::device::BatteryCondition::Type notify "
-            "conditionChanged(oz::device::BatteryCondition::Type)",
-            "property fullChargeCapacity: int notify fullChargeCapacityChanged(int)",
-            "property cycleCount: int notify cycleCountChanged(int)",
-            "property temperature: float notify temperatureChanged(float)",
-            "property rxid: QString notify rxidChanged(QString)"}));
     EXPECT_EQ(enumeratorsOf(BatteryChargingState::staticMetaObject),
         "Unknown=0 NotCharging=1 Charging=2 Discharging=3 Full=4");
     EXPECT_EQ(enumeratorsOf(BatteryCondition::staticMetaObject), "Unknown=0 OK=1 Bad=2");

@@ -224,40 +224,6 @@ TEST_F(CellularNetworkInfoTest, ASlotMayDestroyTheObjectWhateverIsStillToFollow)
     }
 }
 
-TEST_F(CellularNetworkInfoTest, ReadingsThatFailGiveTheDefaults)
-{
-    CellularNetworkInfo network;
-    SignalLog heard(&network);
-    const struct
-    {
-        QString path;
-        QStringList lost;
-        QStringList warnings;
-    } rows[] = {
-        {Control + "status_cell_public",
-            {"servicesChanged(None)", "servicesChanged(0)", "nameChanged(\"\")",
-                "mobileCountryCodeChanged(\"\")", "mobileNetworkCodeChanged(\"\")",
-                "signalStrengthChanged(0)", "roamingChanged(false)"},
-            {"CellularNetworkInfo - failed to read public PPS data:  \"No such file or directory\"",
-                "CellularNetworkInfo - failed to decode public PPS data"}},
-        {Control + "status_cell_private",
-            {"cellIdChanged(0)", "locationAreaCodeChanged(0)", "trackingAreaCodeChanged(0)"},
-            {"CellularNetworkInfo - failed to read private PPS data:  \"No such file or directory\"",
-                "CellularNetworkInfo - failed to decode private PPS data"}},
-        {Settings, {"displayNameChanged(\"\")"},
-            {"failed to read raw data:  \"No such file or directory\"", "failed to decode data"}},
-    };
-    for (const auto &row : rows) {
-        root.remove(row.path);
-        EXPECT_EQ(heard.waitFor(int(row.lost.size())), row.lost);
-        root.place(row.path, "malformed\n");
-        ASSERT_TRUE(waitUntil([&] { return log.categories().size() % 2 == 0; }));
-        EXPECT_EQ(log.take(), row.warnings);
-        EXPECT_EQ(heard.take(), QStringList());
-    }
-    EXPECT_EQ(valuesOf(network), QString(NoValues).replace("technology=None", "technology=Gsm"));
-}
-
 TEST_F(CellularNetworkInfoTest, ObjectsThatDoNotOpenLeaveTheDefaultsUntilTheTechnologyChanges)
 {
     root.remove(Settings);
@@ -290,44 +256,6 @@ TEST_F(CellularNetworkInfoTest, WithoutATechnologyTheDisplayNameComesFromTheEven
     SignalLog heard(&network);
     EXPECT_EQ(valuesOf(network), NoValues);
     EXPECT_EQ(heard.waitFor(1), QStringList{"displayNameChanged(\"North Mobile\")"});
-}
-
-TEST(CellularNetworkInfoMetaObject, DeclaresWhatItAnnouncesInOrder)
-{
-    EXPECT_EQ(declarationsOf(CellularNetworkInfo::staticMetaObject).join('\n').toStdString(),
-        R"(signal indexChanged(int)
-signal technologyChanged(oz::device::CellularTechnology::Type)
-signal servicesChanged(oz::device::CellularService::Types)
-signal nameChanged(QString)
-signal mobileCountryCodeChanged(QString)
-signal mobileNetworkCodeChanged(QString)
-signal signalStrengthChanged(int)
-signal roamingChanged(bool)
-signal cellIdChanged(int)
-signal locationAreaCodeChanged(int)
-signal trackingAreaCodeChanged(int)
-signal baseStationIdChanged(int)
-signal networkIdChanged(int)
-signal systemIdChanged(int)
-signal displayNameChanged(QString)
-signal technologyChanged(int)
-signal servicesChanged(int)
-slot setIndex(int)
-property index: int writable notify indexChanged(int)
-property technology: oz::device::CellularTechnology::Type notify technologyChanged(oz::device::CellularTechnology::Type)
-property services: QFlags<oz::device::CellularService::Type> notify servicesChanged(oz::device::CellularService::Types)
-property name: QString notify nameChanged(QString)
-property mobileCountryCode: QString notify mobileCountryCodeChanged(QString)
-property mobileNetworkCode: QString notify mobileNetworkCodeChanged(QString)
-property signalStrength: int notify signalStrengthChanged(int)
-property roaming: bool notify roamingChanged(bool)
-property cellId: int notify cellIdChanged(int)
-property locationAreaCode: int notify locationAreaCodeChanged(int)
-property trackingAreaCode: int notify trackingAreaCodeChanged(int)
-property baseStationId: int notify baseStationIdChanged(int)
-property networkId: int notify networkIdChanged(int)
-property systemId: int notify systemIdChanged(int)
-property displayName: QString notify displayNameChanged(QString))");
 }
 
 } // namespace

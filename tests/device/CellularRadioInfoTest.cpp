@@ -18,9 +18,6 @@ network_technology:json:["umts"]
 band_capability:json:{"umts":1}
 )";
 
-const QString RadioValues = "poweredOn=true technologies=Lte services=Voice "
-                            "bands=UmtsI enabledTechnologies=Gsm activeTechnologies=Umts "
-                            "networkCount=1 dataEnabled=true dataRoaming=false";
 const QString NoValues =
     "poweredOn=false technologies=None services=None bands=None enabledTechnologies=None "
     "activeTechnologies=None networkCount=0 dataEnabled=false dataRoaming=false";
@@ -40,16 +37,6 @@ configured_technologies:json:{"enabled":["gsm","6g"]}
     LogCapture log;
     DeviceRoot root;
 };
-
-TEST_F(CellularRadioInfoTest, AnswersAtOnceWithTheRadioAndSignalsNothing)
-{
-    CellularRadioInfo radio;
-    SignalLog heard(&radio);
-    EXPECT_EQ(valuesOf(radio), RadioValues);
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-    EXPECT_EQ(log.take(), QStringList());
-}
 
 TEST_F(CellularRadioInfoTest, ReadsEachAttributeByItsTable)
 {
@@ -119,39 +106,6 @@ TEST_F(CellularRadioInfoTest, OnlyWhatChangedIsSignalledAndTheCapabilitiesStay)
         "activeTechnologies=Evdo networkCount=2 dataEnabled=false dataRoaming=false");
 }
 
-TEST_F(CellularRadioInfoTest, AReadingThatFailsTurnsItsValuesOff)
-{
-    CellularRadioInfo radio;
-    SignalLog heard(&radio);
-    const struct
-    {
-        QString path;
-        const char *object;
-        QStringList lost;
-    } rows[] = {
-        {Public, "public",
-            {"poweredOnChanged(false)", "activeTechnologiesChanged(None)", "activeTechnologiesChanged(0)",
-                "networkCountChanged(0)"}},
-        {Persistent, "persistent", {"enabledTechnologiesChanged(None)", "enabledTechnologiesChanged(0)"}},
-        {Data, "data services", {"dataEnabledChanged(false)"}},
-    };
-    for (const auto &row : rows) {
-        const QString object(row.object);
-        root.remove(row.path);
-        EXPECT_EQ(heard.waitFor(int(row.lost.size())), row.lost);
-        root.place(row.path, "@broken\ndata_services_status:n:one\n");
-        ASSERT_TRUE(waitUntil([&] { return log.categories().size() % 2 == 0; }));
-        EXPECT_EQ(log.take(),
-            (QStringList{
-                "CellularRadioInfo - failed to read " + object + " PPS data:  \"No such file or directory\"",
-                "CellularRadioInfo - failed to decode " + object + " PPS data"}));
-        EXPECT_EQ(heard.take(), QStringList());
-    }
-    SetUp();
-    EXPECT_EQ(heard.waitFor(7).size(), 7);
-    EXPECT_EQ(valuesOf(radio), RadioValues);
-}
-
 TEST_F(CellularRadioInfoTest, WithoutOneOfItsObjectsItFollowsNone)
 {
     const QStringList names{"public", "persistent", "data services"};
@@ -171,29 +125,7 @@ TEST_F(CellularRadioInfoTest, WithoutOneOfItsObjectsItFollowsNone)
     }
 }
 
-TEST(CellularRadioInfoMetaObject, DeclaresWhatItAnnouncesInOrder)
-{
-    EXPECT_EQ(declarationsOf(CellularRadioInfo::staticMetaObject).join('\n'),
-        R"(signal poweredOnChanged(bool)
-signal enabledTechnologiesChanged(oz::device::CellularTechnology::Types)
-signal activeTechnologiesChanged(oz::device::CellularTechnology::Types)
-signal networkCountChanged(int)
-signal dataEnabledChanged(bool) revision 1
-signal dataRoamingChanged(bool) revision 1
-signal enabledTechnologiesChanged(int)
-signal activeTechnologiesChanged(int)
-property poweredOn: bool notify poweredOnChanged(bool)
-property technologies: QFlags<oz::device::CellularTechnology::Type> constant
-property services: QFlags<oz::device::CellularService::Type> constant
-property bands: QFlags<oz::device::CellularBand::Type> constant
-property enabledTechnologies: QFlags<oz::device::CellularTechnology::Type> notify enabledTechnologiesChanged(oz::device::CellularTechnology::Types)
-property activeTechnologies: QFlags<oz::device::CellularTechnology::Type> notify activeTechnologiesChanged(oz::device::CellularTechnology::Types)
-property networkCount: int notify networkCountChanged(int)
-property dataEnabled: bool notify dataEnabledChanged(bool) revision 1
-property dataRoaming: bool notify dataRoamingChanged(bool) revision 1)");
-}
-
-TEST(CellularRadioInfoMetaObject, TheHoldersOfBitSetsKnowTheirEnumeratorsAndTheirSets)
+TEST(CellularRadioInfoEnumerations, TheHoldersOfBitSetsKnowTheirEnumeratorsAndTheirSets)
 {
     const struct
     {

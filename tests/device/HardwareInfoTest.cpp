@@ -135,21 +135,14 @@ TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
 
 TEST(HardwareInfoMetaObject, DeclaresConstantsInOrder)
 {
-    EXPECT_EQ(declarationsOf(HardwareInfo::staticMetaObject).join('\n').toStdString(),
-        R"(property pin: QString constant
-property serialNumber: QString constant
-property imei: QString constant
-property meid: QString constant
-property hardwareId: QString constant
-property deviceName: QString constant
-property modelName: QString constant
-property modelNumber: QString constant
-property isPhysicalKeyboardDevice: bool constant
-property hdmiConnector: oz::device::HdmiConnector::Type constant revision 1
-property isTrackpadDevice: bool constant revision 2
-property hasPhysicalPhoneKeys: bool constant revision 2
-property hasPhysicalBackButton: bool constant revision 2
-property hasPhysicalMenuButton: bool constant revision 2)");
+    EXPECT_EQ(declarationsOf(HardwareInfo::staticMetaObject),
+        "QString pin(constant) QString serialNumber(constant) QString imei(constant) QString meid(constant) "
+        "QString hardwareId(constant) QString deviceName(constant) QString modelName(constant) "
+        "QString modelNumber(constant) bool isPhysicalKeyboardDevice(constant) "
+        "~HdmiConnector::Type hdmiConnector(constant)(revision 1) bool isTrackpadDevice(constant)(revision "
+        "2) "
+        "bool hasPhysicalPhoneKeys(constant)(revision 2) bool hasPhysicalBackButton(constant)(revision 2) "
+        "bool hasPhysicalMenuButton(constant)(revision 2)");
     EXPECT_EQ(enumeratorsOf(HdmiConnector::staticMetaObject), "Unknown=0 None=1 Micro=2");
 }
 
