@@ -55,8 +55,10 @@ public:
     ~CellularDataInterface() override;
 
     [[nodiscard]] QString name() const;
-    /*! Turns to another profile, after disconnecting what this object had connected. What differs there is
-     * announced first, nameChanged last. */
+    /*!
+     * Turns to another profile, after disconnecting what this object had connected. What differs there is
+     * announced first, nameChanged last.
+     */
     void setName(const QString &name);
     [[nodiscard]] bool isValid() const;
     [[nodiscard]] bool isAlwaysOn() const;

@@ -59,8 +59,10 @@ class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
     Q_PROPERTY(int networkId READ networkId NOTIFY networkIdChanged FINAL)
     /*! Of CDMA networks; 0 for unknown. */
     Q_PROPERTY(int systemId READ systemId NOTIFY systemIdChanged FINAL)
-    /*! The name to show to the user, of whatever index; empty for unknown. Where the index has no technology
-     * at construction, it is first read from the event loop. */
+    /*!
+     * The name to show to the user, of whatever index; empty for unknown. Where the index has no technology
+     * at construction, it is first read from the event loop.
+     */
     Q_PROPERTY(QString displayName READ displayName NOTIFY displayNameChanged FINAL)
 
 public:

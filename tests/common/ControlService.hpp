@@ -15,11 +15,19 @@ namespace oz::testing {
 class ControlService
 {
 public:
-    /*! Called for each request, on the service's thread. */
-    using Serve = std::function<void(PpsServer &server, quint64 client, const QVariantMap &request)>;
+    /*! What the service does with each request, on its thread. */
+    using Serve = std::function<void(PpsServer &server, quint64 client)>;
 
-    ControlService(const QString &path, Serve serve);
+    ControlService(const QString &path, const Serve &serve);
     ~ControlService();
+
+    /*! Sends \a message. */
+    [[nodiscard]] static Serve answer(const QByteArray &message);
+    /*! Ends the connection. */
+    static void hangUp(PpsServer &server, quint64 client) { server.disconnectClient(client); }
+
+    /*! From the next request on. */
+    void serveWith(const Serve &serve);
 
     /*! The attributes of the requests since the last call. */
     QList<QVariantMap> take();
@@ -28,6 +36,7 @@ private:
     QThread m_thread;
     QPointer<PpsServer> m_server;
     QMutex m_mutex;
+    Serve m_serve;
     QList<QVariantMap> m_requests;
 };
 

@@ -129,8 +129,7 @@ TEST_F(CellularDataInterfaceTest, ASlotMayDestroyTheObjectBeforeItsNewNameIsAnno
 
 TEST_F(CellularDataInterfaceTest, ConnectsOnceAndDisconnectsWhatItConnected)
 {
-    ControlService service(Control,
-        [](PpsServer &server, quint64 client, const QVariantMap &) { server.send(client, Connected); });
+    ControlService service(Control, ControlService::answer(Connected));
     {
         CellularDataInterface web("web");
         EXPECT_EQ(web.requestDisconnect(), Result::NotPossible);
@@ -174,25 +173,19 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
         {"rubbish", Result::InternalError, Result::InternalError, {undecodable}},
         {nullptr, Result::InternalError, Result::InternalError, {unread}},
     };
-    QByteArray answer;
-    bool hangUp = false;
-    ControlService service(Control, [&](PpsServer &server, quint64 client, const QVariantMap &) {
-        hangUp ? server.disconnectClient(client) : void(server.send(client, answer));
-    });
+    ControlService service(Control, ControlService::hangUp);
     for (const auto &row : rows) {
+        const auto serve = row.answer ? ControlService::answer(row.answer) : ControlService::hangUp;
         CellularDataInterface web("web");
-        hangUp = !row.answer;
-        answer = row.answer;
+        service.serveWith(serve);
         EXPECT_EQ(web.requestConnect(), row.connect) << row.answer;
         EXPECT_EQ(log.take(), row.warnings) << row.answer;
-        // There is no connection to end: a refusal names none, and an acceptance here neither.
+        // Without a connection's id there is none to end.
         EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
 
-        hangUp = false;
-        answer = Connected;
+        service.serveWith(ControlService::answer(Connected));
         ASSERT_EQ(web.requestConnect(), Result::Requested);
-        hangUp = !row.answer;
-        answer = row.answer;
+        service.serveWith(serve);
         EXPECT_EQ(web.requestDisconnect(), row.disconnect) << row.answer;
         EXPECT_EQ(log.take(), row.warnings) << row.answer;
         EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
@@ -202,7 +195,7 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
 TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerAndNotForAServiceThatDies)
 {
     CellularDataInterface web("web");
-    ControlService late(Control, [](PpsServer &server, quint64 client, const QVariantMap &) {
+    ControlService late(Control, [](PpsServer &server, quint64 client) {
         QTimer::singleShot(120, &server, [&server, client] { server.send(client, Connected); });
     });
     QElapsedTimer waited;
@@ -211,8 +204,7 @@ TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerAndNotForAServiceThatDies)
     EXPECT_GE(waited.elapsed(), 110);
 
     const QString MmsControl = "/pps/services/cds/cnice/mms_control";
-    ControlService dying(
-        MmsControl, [](PpsServer &server, quint64, const QVariantMap &) { server.deleteLater(); });
+    ControlService dying(MmsControl, [](PpsServer &server, quint64) { server.deleteLater(); });
     CellularDataInterface mms("mms");
     EXPECT_EQ(mms.requestConnect(), Result::InternalError);
     EXPECT_EQ(log.take().size(), 1);
@@ -244,19 +236,19 @@ TEST_F(CellularDataInterfaceTest, AControlObjectThatMayNotBeOpenedIsPermissionDe
 TEST_F(CellularDataInterfaceTest, NoExchangeLeavesADescriptorOpen)
 {
     const auto descriptors = [] {
-        return QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size();
+        return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
     };
     CellularDataInterface web("web");
-    int round = 0;
-    ControlService service(Control, [&](PpsServer &server, quint64 client, const QVariantMap &) {
-        if (++round % 4 == 0)
-            return server.disconnectClient(client);
-        server.send(client, round % 4 == 1 ? Connected : round % 4 == 2 ? QByteArray("err:n:1") : "rubbish");
-    });
+    ControlService service(Control, ControlService::hangUp);
     const auto before = descriptors();
-    for (int i = 0; i < 100; ++i) {
-        web.requestConnect();
-        web.requestDisconnect();
+    ASSERT_GT(before, 5);
+    for (int i = 0; i < 30; ++i) {
+        for (const char *message : {Connected.constData(), "err:n:1\n", "rubbish"}) {
+            service.serveWith(ControlService::answer(message));
+            web.requestConnect();
+            service.serveWith(ControlService::hangUp);
+            web.requestDisconnect();
+        }
     }
     EXPECT_TRUE(waitUntil([&] { return descriptors() == before; }));
 }

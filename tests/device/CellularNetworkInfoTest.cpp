@@ -3,7 +3,6 @@
 #include <oz/device/CellularNetworkInfo.hpp>
 
 #include <QHash>
-#include <QPointer>
 
 using namespace oz::device;
 using namespace oz::testing;
@@ -21,11 +20,6 @@ signal_strength:json:{"RSSI":-71}
 roaming:json:{"state":"ROAMING","suppress":false}
 )";
 
-const QString CellValues =
-    "index=0 technology=Gsm services=Emergency name=\"North\" mobileCountryCode=\"310\" "
-    "mobileNetworkCode=\"26\" "
-    "signalStrength=-71 roaming=true cellId=1 locationAreaCode=2 trackingAreaCode=3 baseStationId=0 "
-    "networkId=0 systemId=0 displayName=\"North Mobile\"";
 const QString NoValues =
     "index=0 technology=None services=None name=\"\" mobileCountryCode=\"\" mobileNetworkCode=\"\" "
     "signalStrength=0 roaming=false cellId=0 locationAreaCode=0 trackingAreaCode=0 baseStationId=0 "
@@ -63,22 +57,6 @@ roaming:json:{"state":"HOME"}
     DeviceRoot root;
 };
 
-TEST_F(CellularNetworkInfoTest, AnswersAtOnceWithItsNetworkAndSignalsNothing)
-{
-    CellularNetworkInfo primary;
-    CellularNetworkInfo second(1);
-    SignalLog heard(&primary);
-    EXPECT_EQ(valuesOf(primary), CellValues);
-    EXPECT_EQ(valuesOf(second),
-        "index=1 technology=Cdma1X services=Voice name=\"East\" mobileCountryCode=\"310\" "
-        "mobileNetworkCode=\"\" "
-        "signalStrength=-80 roaming=false cellId=0 locationAreaCode=0 trackingAreaCode=0 baseStationId=4 "
-        "networkId=5 systemId=6 displayName=\"North Mobile\"");
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-    EXPECT_EQ(log.take(), QStringList());
-}
-
 TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)
 {
     const struct
@@ -104,10 +82,7 @@ TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)
         activate(row.active);
         const CellularNetworkInfo network(row.index);
         EXPECT_EQ(network.technology(), row.technology) << row.active << row.index;
-        EXPECT_EQ(network.name(),
-            row.technology == CellularTechnology::Cdma1X     ? "East"
-                : row.technology == CellularTechnology::None ? ""
-                                                             : "North");
+        EXPECT_EQ(network.name() == "East", row.technology == CellularTechnology::Cdma1X) << row.active;
     }
 }
 
@@ -208,19 +183,15 @@ TEST_F(CellularNetworkInfoTest, ASlotMayTurnToAnotherNetworkAndTheSignalsThatAre
 
 TEST_F(CellularNetworkInfoTest, ASlotMayDestroyTheObjectWhateverIsStillToFollow)
 {
-    root.place(Settings, "network_name::Old\n");
-    for (const char *signal : {"displayNameChanged(QString)", "nameChanged(QString)", "cellIdChanged(int)",
-             "technologyChanged(oz::device::CellularTechnology::Type)"}) {
+    for (int last = 1; last <= 15; ++last) {
         auto *network = new CellularNetworkInfo;
-        root.place(Settings, QByteArray("network_name::Before ") + signal + "\n");
-        const QMetaObject &type = CellularNetworkInfo::staticMetaObject;
-        const QPointer<CellularNetworkInfo> alive(network);
-        oz::meta::SignalTap tap(network, [&](const QMetaMethod &heard, const QVariantList &) {
-            if (heard.methodIndex() == type.indexOfSignal(signal))
+        int heard = 0;
+        oz::meta::SignalTap tap(network, [&](const QMetaMethod &, const QVariantList &) {
+            if (++heard == last)
                 delete network;
         });
         network->setIndex(1);
-        EXPECT_FALSE(alive) << signal;
+        EXPECT_EQ(heard, last);
     }
 }
 
