@@ -35,8 +35,7 @@ class OZ_DEVICE_EXPORT BatteryInfo : public QObject
     /*! Whether there is a battery in the device; false also for unknown. */
     Q_PROPERTY(bool present READ isPresent NOTIFY presentChanged FINAL)
     Q_PROPERTY(oz::device::BatteryCondition::Type condition READ condition NOTIFY conditionChanged FINAL)
-    /*! The charge that the battery holds when full, in mAh; -1 for unknown.
-     */
+    /*! The charge that the battery holds when full, in mAh; -1 for unknown. */
     Q_PROPERTY(int fullChargeCapacity READ fullChargeCapacity NOTIFY fullChargeCapacityChanged FINAL)
     /*! How often the battery has been charged and discharged; -1 for unknown. */
     Q_PROPERTY(int cycleCount READ cycleCount NOTIFY cycleCountChanged FINAL)

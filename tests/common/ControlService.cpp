@@ -2,34 +2,49 @@
 
 #include <oz/PpsObject.hpp>
 
+#include <QEventLoop>
+#include <QSocketNotifier>
+
 #include <gtest/gtest.h>
+
+#include <future>
+#include <sys/eventfd.h>
+#include <unistd.h>
 
 namespace oz::testing {
 
 ControlService::ControlService(const QString &path, const Serve &serve)
-    : m_server(new PpsServer(path)), m_serve(serve)
+    : m_stop(::eventfd(0, EFD_CLOEXEC)), m_serve(serve)
 {
-    const auto onReceived = [this](const PpsServer::Client &client, const QByteArray &message) {
-        QMutexLocker lock(&m_mutex);
-        m_requests.append(PpsObject::decode(message).value(QStringLiteral("@")).toMap());
-        const Serve current = m_serve;
-        lock.unlock();
-        current(*m_server, client.id);
-    };
-    QObject::connect(m_server, &PpsServer::received, m_server, onReceived);
-    QObject::connect(&m_thread, &QThread::finished, m_server, &QObject::deleteLater);
-    m_server->moveToThread(&m_thread);
-    m_thread.start();
-    bool listening = false;
-    QMetaObject::invokeMethod(
-        m_server, [&] { listening = m_server->listen(); }, Qt::BlockingQueuedConnection);
-    EXPECT_TRUE(listening) << m_server->errorString().toStdString();
+    std::promise<bool> listening;
+    m_thread = std::thread([&] { run(path, [&](bool started) { listening.set_value(started); }); });
+    EXPECT_TRUE(listening.get_future().get());
 }
 
 ControlService::~ControlService()
 {
-    m_thread.quit();
-    m_thread.wait();
+    ::eventfd_write(m_stop, 1);
+    m_thread.join();
+    ::close(m_stop);
+}
+
+void ControlService::run(const QString &path, const std::function<void(bool listening)> &started)
+{
+    QEventLoop loop;
+    QSocketNotifier stop(m_stop, QSocketNotifier::Read);
+    QObject::connect(&stop, &QSocketNotifier::activated, &loop, &QEventLoop::quit);
+    // Destroyed by the event loop where the service dies early.
+    auto *server = new PpsServer(path, &loop);
+    const auto onReceived = [&](const PpsServer::Client &client, const QByteArray &message) {
+        std::unique_lock lock(m_mutex);
+        m_requests.append(PpsObject::decode(message).value(QStringLiteral("@")).toMap());
+        const Serve serve = m_serve;
+        lock.unlock();
+        serve(*server, client.id);
+    };
+    QObject::connect(server, &PpsServer::received, server, onReceived);
+    started(server->listen());
+    loop.exec();
 }
 
 ControlService::Serve ControlService::answer(const QByteArray &message)
@@ -39,13 +54,13 @@ ControlService::Serve ControlService::answer(const QByteArray &message)
 
 void ControlService::serveWith(const Serve &serve)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     m_serve = serve;
 }
 
 QList<QVariantMap> ControlService::take()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::lock_guard lock(m_mutex);
     return std::exchange(m_requests, {});
 }
 
