@@ -55,6 +55,19 @@ QVariantMap attributesOf(const QVariantMap &message)
     return message.isEmpty() ? QVariantMap() : message.first().toMap();
 }
 
+QVariantMap attributesOrLog(PpsObject *pps, const ReadTexts &texts)
+{
+    if (!pps || !pps->isOpen())
+        return {};
+    const auto message = readOrLog(pps, texts);
+    return message ? attributesOf(*message) : QVariantMap();
+}
+
+QVariant memberOf(const QVariantMap &attributes, const QString &attribute, const QString &member)
+{
+    return attributes.value(attribute).toMap().value(member);
+}
+
 ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
 {
     PpsObject control(request.path);

@@ -57,6 +57,36 @@ bool openOrLog(oz::PpsObject *pps, oz::PpsOpenMode::Type mode, const LogText &op
 /*! The attributes of a decoded message's only object, whatever its name. */
 [[nodiscard]] QVariantMap attributesOf(const QVariantMap &message);
 
+/*!
+ * The attributes of the only object in the next message of \a pps. None where \a pps is null or not open,
+ * and, after a warning, where reading or decoding fails: so a class that takes none for its defaults falls
+ * back to them.
+ */
+[[nodiscard]] QVariantMap attributesOrLog(oz::PpsObject *pps, const ReadTexts &texts);
+
+/*! The member \a member of the attribute \a attribute, which is a map; invalid where either is missing. */
+[[nodiscard]] QVariant memberOf(
+    const QVariantMap &attributes, const QString &attribute, const QString &member);
+
+/*! A text that a service publishes, and what it stands for. */
+template <typename Value>
+struct NamedValue
+{
+    const char *name;
+    Value value;
+};
+
+/*! What \a name stands for, compared exactly; nothing where the table does not have it. */
+template <typename Value, std::size_t Size>
+[[nodiscard]] std::optional<Value> valueNamed(const NamedValue<Value> (&table)[Size], const QString &name)
+{
+    for (const NamedValue<Value> &entry : table) {
+        if (name == QLatin1String(entry.name))
+            return entry.value;
+    }
+    return std::nullopt;
+}
+
 /*! One request to a control object. */
 struct ControlRequest
 {
@@ -107,6 +137,7 @@ struct Change<Fields<Members...>, Signals...>
         return (... || (before.*Members != after.*Members));
     }
 
+    /*! Emits with what \a record holds by then; it may go together with \a q. */
     template <typename Public, typename Record>
     static void emitOn(const QPointer<Public> &q, const Record &record)
     {
@@ -120,7 +151,8 @@ struct ChangeTable
 {
     /*!
      * Compares \a fresh with \a cache, stores the whole of it, and then emits what changed on \a q. A slot
-     * sees the new record through the getters; it may destroy \a q, which ends the announcements.
+     * sees the new record through the getters; it may destroy \a q, which ends the announcements. Where a
+     * slot has a newer record stored meanwhile, the signals that are left tell that one's values.
      */
     template <typename Public, typename Record>
     static void storeAndEmit(Public *q, Record *cache, const Record &fresh)
@@ -129,7 +161,7 @@ struct ChangeTable
         *cache = fresh;
         const QPointer<Public> alive(q);
         auto next = changed.begin();
-        (..., (*next++ ? Changes::emitOn(alive, fresh) : void()));
+        (..., (*next++ ? Changes::emitOn(alive, *cache) : void()));
     }
 };
 

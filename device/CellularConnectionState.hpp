@@ -1,0 +1,25 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! How far a cellular data profile is connected. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT CellularConnectionState
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Disconnected = 0, //!< the profile is not in use
+        PendingConnect = 1, //!< the profile is being connected
+        Connected = 2, //!< the profile is connected
+    };
+    Q_ENUM(Type)
+
+    CellularConnectionState() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,10 @@
+#pragma once
+
+namespace oz::device {
+
+/*! Empty: everything is read where it is asked for. */
+class HardwareInfoPrivate
+{
+};
+
+} // namespace oz::device

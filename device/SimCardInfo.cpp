@@ -1,0 +1,40 @@
+#include <oz/device/SimCardInfo.hpp>
+
+#include "SimCardInfoPrivate.hpp"
+
+namespace oz::device {
+
+SimCardInfo::SimCardInfo(QObject *parent) : QObject(parent), d(new SimCardInfoPrivate(this)) { }
+
+SimCardInfo::~SimCardInfo()
+{
+    delete d;
+    d = nullptr;
+}
+
+SimCardState::Type SimCardInfo::state() const
+{
+    return d->values().state;
+}
+
+QString SimCardInfo::mobileCountryCode() const
+{
+    return d->values().mobileCountryCode;
+}
+
+QString SimCardInfo::mobileNetworkCode() const
+{
+    return d->values().mobileNetworkCode;
+}
+
+QString SimCardInfo::serialNumber() const
+{
+    return d->values().serialNumber;
+}
+
+QString SimCardInfo::subscriberIdentifier() const
+{
+    return d->values().subscriberIdentifier;
+}
+
+} // namespace oz::device

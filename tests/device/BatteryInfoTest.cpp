@@ -1,0 +1,158 @@
+#include "common/Testing.hpp"
+
+#include <oz/device/BatteryInfo.hpp>
+
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+const QString Path = "/pps/system/BattMgr/status";
+
+// Where a name occurs twice the last line counts, so a test appends the lines that matter to it.
+const QByteArray Good = R"(@status
+SystemInfo:json:{"ChargingState":"CC"}
+ChargerInfo:json:{"NumOfSource":1}
+BatteryInfo:json:{"ActiveBattery":1,"BatteryStatus":[{},{"StateOfCharge":80,"BatteryPresent":"YES","StateOfBattery":"OK","FullChargeCap":2900,"CycleCount":120,"Temperature":2550}]}
+WlcSourceInfo:json:{"WlcSrcParameters":[{"RxID":"7F01"},{"RxID":"other"}]}
+)";
+
+const QString NoValues = "level=-1 chargingState=Unknown present=false condition=Unknown "
+                         "fullChargeCapacity=-1 cycleCount=-1 temperature=nan rxid=\"\"";
+
+class BatteryInfoTest : public ::testing::Test
+{
+protected:
+    void publish(const QByteArray &lines) { root.place(Path, Good + lines); }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)
+{
+    const struct
+    {
+        const char *system;
+        const char *charger;
+        BatteryChargingState::Type state;
+    } rows[] = {
+        {R"({"ChargingState":"TC"})", "{}", BatteryChargingState::Charging},
+        {R"({"ChargingState":"CV"})", "{}", BatteryChargingState::Charging},
+        {R"({"ChargingState":"DC"})", "{}", BatteryChargingState::Full},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":0})", BatteryChargingState::Discharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":"-1"})", BatteryChargingState::Discharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":1})", BatteryChargingState::NotCharging},
+        {R"({"ChargingState":"NC"})", R"({"NumOfSource":"none"})", BatteryChargingState::NotCharging},
+        {R"({"ChargingState":"NC"})", "{}", BatteryChargingState::NotCharging},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("SystemInfo:json:") + row.system + "\nChargerInfo:json:" + row.charger + "\n");
+        EXPECT_EQ(BatteryInfo().chargingState(), row.state) << row.system << row.charger;
+    }
+    EXPECT_EQ(log.take(), QStringList());
+
+    for (const char *system : {R"({"ChargingState":"cc"})", R"({"Other":"CC"})", R"("CC")", "[]"}) {
+        publish(QByteArray("SystemInfo:json:") + system + "\n");
+        EXPECT_EQ(BatteryInfo().chargingState(), BatteryChargingState::Unknown) << system;
+        EXPECT_EQ(log.take(), QStringList{"[BatteryInfo] Could not find ChargingState in SystemInfo"});
+    }
+}
+
+TEST_F(BatteryInfoTest, WhatTheBatteryDoesNotSayIsUnknown)
+{
+    const QString unknown = "level=-1 chargingState=Charging present=false condition=Unknown "
+                            "fullChargeCapacity=-1 cycleCount=-1 temperature=nan rxid=\"7F01\"";
+    const QStringList noNumbers{"[BatteryInfo] Could not find StateOfCharge in BatteryStatus",
+        "[BatteryInfo] Could not find FullChargeCap in BatteryStatus",
+        "[BatteryInfo] Could not find CycleCount in BatteryStatus",
+        "[BatteryInfo] Could not find Temperature in BatteryStatus"};
+    const QStringList notActive{"[BatteryInfo] Could not find ActiveBattery in BatteryInfo"};
+    const struct
+    {
+        const char *batteries;
+        QString values;
+        QStringList warnings;
+    } rows[] = {
+        {R"({"ActiveBattery":2,"BatteryStatus":[{},{"StateOfCharge":80}]})", unknown, noNumbers},
+        {R"({"ActiveBattery":-1,"BatteryStatus":[{"StateOfCharge":80}]})", unknown, noNumbers},
+        {R"({"ActiveBattery":0,"BatteryStatus":["full"]})", unknown, noNumbers},
+        {R"({"ActiveBattery":0})", unknown, noNumbers},
+        {R"({"BatteryStatus":[{"StateOfCharge":80}]})", unknown, notActive},
+        {R"({"ActiveBattery":"first","BatteryStatus":[{"StateOfCharge":80}]})", unknown, notActive},
+        {R"("none")", unknown, notActive},
+        {R"({"ActiveBattery":0,"BatteryStatus":[{"StateOfCharge":80000000,"FullChargeCap":80000000,)"
+         R"("CycleCount":80000000,"Temperature":80000000,"BatteryPresent":"yes","StateOfBattery":"ok"}]})",
+            unknown, {}},
+        {R"({"ActiveBattery":"0","BatteryStatus":[{"StateOfCharge":"7","FullChargeCap":0,"CycleCount":0,)"
+         R"("Temperature":-550,"BatteryPresent":"YES","StateOfBattery":"BAD"}]})",
+            "level=7 chargingState=Charging present=true condition=Bad fullChargeCapacity=0 cycleCount=0 "
+            "temperature=-5.5 rxid=\"7F01\"",
+            {}},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("BatteryInfo:json:") + row.batteries + "\n");
+        EXPECT_EQ(valuesOf(BatteryInfo()), row.values) << row.batteries;
+        EXPECT_EQ(log.take(), row.warnings) << row.batteries;
+    }
+}
+
+TEST_F(BatteryInfoTest, TheTemperatureIsInDegrees)
+{
+    publish(R"(BatteryInfo:json:{"ActiveBattery":0,"BatteryStatus":[{"Temperature":2534}]})");
+    EXPECT_EQ(BatteryInfo().temperature(), 25.34f);
+}
+
+TEST_F(BatteryInfoTest, ReadsTheReceiverOfTheFirstWirelessSource)
+{
+    const QString noList = "[BatteryInfo] Could not find list of WlcSrcParameters";
+    const QString noId = "[BatteryInfo] RxID not present";
+    const struct
+    {
+        const char *source;
+        QStringList warnings;
+    } rows[] = {
+        {R"({"WlcSrcParameters":[{"RxID":"null"}]})", {}},
+        {R"({"WlcSrcParameters":[{"RxID":""}]})", {noId}},
+        {R"({"WlcSrcParameters":[{},{"RxID":"second"}]})", {noId}},
+        {R"({"WlcSrcParameters":["7F01"]})", {noId}},
+        {R"({"WlcSrcParameters":[]})", {noList}},
+        {R"({"WlcSrcParameters":{"RxID":"7F01"}})", {noList}},
+        {R"("")", {noList}},
+    };
+    for (const auto &row : rows) {
+        publish(QByteArray("WlcSourceInfo:json:") + row.source + "\n");
+        EXPECT_EQ(BatteryInfo().rxid(), "") << row.source;
+        EXPECT_EQ(log.take(), row.warnings) << row.source;
+    }
+}
+
+TEST_F(BatteryInfoTest, AChangeOfLevelOrStateIsOnePairOfSignals)
+{
+    publish("");
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    root.place(Path, QByteArray(Good).replace("Charge\":80", "Charge\":79"));
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"levelChanged(79, Charging)", "levelChanged(79, 2)"}));
+    root.place(Path, QByteArray(Good).replace("Charge\":80", "Charge\":79").replace("CC", "DC"));
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"levelChanged(79, Full)", "levelChanged(79, 4)"}));
+}
+
+TEST_F(BatteryInfoTest, AnObjectOfAnotherNameHasNoAttributes)
+{
+    root.place(Path, QByteArray(Good).replace("@status", "@state"));
+    EXPECT_EQ(valuesOf(BatteryInfo()), NoValues);
+    EXPECT_EQ(log.take(),
+        (QStringList{"[BatteryInfo] Could not find ChargingState in SystemInfo",
+            "[BatteryInfo] Could not find ActiveBattery in BatteryInfo",
+            "[BatteryInfo] Could not find list of WlcSrcParameters"}));
+}
+
+TEST(BatteryInfoEnumerations, AreKnownByName)
+{
+    EXPECT_EQ(enumeratorsOf(BatteryChargingState::staticMetaObject),
+        "Unknown=0 NotCharging=1 Charging=2 Discharging=3 Full=4");
+    EXPECT_EQ(enumeratorsOf(BatteryCondition::staticMetaObject), "Unknown=0 OK=1 Bad=2");
+}
+
+} // namespace

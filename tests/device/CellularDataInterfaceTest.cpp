@@ -1,0 +1,264 @@
+#include "common/ControlService.hpp"
+#include "common/Testing.hpp"
+
+#include <oz/device/CellularDataInterface.hpp>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QPointer>
+#include <QTimer>
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+using Result = CellularConnectionRequestResult;
+
+const QString Status = "/pps/services/cds/cnice/status";
+const QString Control = "/pps/services/cds/cnice/web_control";
+
+const QByteArray Service = R"(@status
+data_services_status::ON
+data_roaming_status::HOME
+user_enabled_data_roaming:b:false
+)";
+const QByteArray Web = Service
+    + R"(web:json:{"enabled":true,"always_on":true,"access_controlled":true,)"
+      R"("active":true,"connected":true,"net_if":"rmnet0","apn":"internet"}
+mms:json:{"enabled":true,"active":true,"connected":false,"apn":"mms"}
+)";
+const QString NoState = "valid=false alwaysOn=false accessControlled=false networkInterfaceName=\"\" "
+                        "accessPointName=\"\" connectionState=Disconnected";
+
+const QByteArray Connected = "res::connect\nid::123\ndat:json:{\"connect_id\":\"c7\"}\n";
+const QVariantMap ConnectRequest{{"msg", "connect"}, {"id", "123"}};
+const QVariantMap DisconnectRequest{
+    {"msg", "disconnect"}, {"id", "123"}, {"dat", QVariantMap{{"connect_id", "c7"}}}};
+
+class CellularDataInterfaceTest : public ::testing::Test
+{
+protected:
+    void SetUp() override { root.place(Status, Web); }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+TEST_F(CellularDataInterfaceTest, ListsTheProfilesWithoutTheServicesOwnAttributes)
+{
+    const CellularDataInterface none;
+    EXPECT_EQ(none.allNames(), (QStringList{"mms", "web"}));
+    root.place(Status, Service);
+    EXPECT_EQ(none.allNames(), QStringList());
+    EXPECT_EQ(log.take(), QStringList());
+    root.place(Status, "web\n");
+    EXPECT_EQ(none.allNames(), QStringList());
+    root.remove(Status);
+    EXPECT_EQ(none.allNames(), QStringList());
+    EXPECT_EQ(log.take(),
+        (QStringList{"CellularDataInterface - failed to decode status PPS data",
+            "CellularDataInterface - failed to open status PPS object:  \"No such file or directory\""}));
+}
+
+TEST_F(CellularDataInterfaceTest, ReadsItsProfileAndSignalsOnlyWhatChangesThere)
+{
+    CellularDataInterface web("web");
+    SignalLog heard(&web);
+    EXPECT_EQ(valuesOf(web),
+        "name=\"web\" valid=true alwaysOn=true accessControlled=true networkInterfaceName=\"rmnet0\" "
+        "accessPointName=\"internet\" connectionState=Connected");
+    root.place(Status, Web + "web:json:{\"enabled\":true,\"always_on\":true,\"active\":true}\n");
+    EXPECT_EQ(heard.waitFor(5),
+        (QStringList{"accessControlledChanged(false)", "connectionStateChanged(PendingConnect)",
+            "connectionStateChanged(1)", "networkInterfaceNameChanged(\"\")",
+            "accessPointNameChanged(\"\")"}));
+    root.place(Status, Web + "web:json:{\"connected\":true}\n");
+    EXPECT_EQ(heard.waitFor(4),
+        (QStringList{"validChanged(false)", "alwaysOnChanged(false)", "connectionStateChanged(Disconnected)",
+            "connectionStateChanged(0)"}));
+    // A profile that is no map, or not there, has no attributes either; other profiles are no news.
+    root.place(Status, Web + "web::enabled\n");
+    root.place(Status, Service + "web2:json:{\"enabled\":true}\n");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(valuesOf(web), "name=\"web\" " + NoState);
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(CellularDataInterfaceTest, AnotherNameIsAnnouncedAfterWhatDiffersThere)
+{
+    CellularDataInterface profile;
+    SignalLog heard(&profile);
+    EXPECT_EQ(valuesOf(profile), "name=\"\" " + NoState);
+    profile.setName("");
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_TRUE(profile.setProperty("name", "mms"));
+    EXPECT_EQ(heard.take(),
+        (QStringList{"validChanged(true)", "connectionStateChanged(PendingConnect)",
+            "connectionStateChanged(1)", "accessPointNameChanged(\"mms\")", "nameChanged(\"mms\")"}));
+    profile.setName("mms");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    profile.setName("");
+    EXPECT_EQ(heard.take().last(), "nameChanged(\"\")");
+    EXPECT_EQ(valuesOf(profile), "name=\"\" " + NoState);
+    EXPECT_EQ(log.take(), QStringList());
+
+    root.remove(Status);
+    profile.setName("web");
+    EXPECT_EQ(heard.take(), QStringList{"nameChanged(\"web\")"});
+    EXPECT_EQ(log.take(),
+        QStringList{
+            "CellularDataInterface - failed to open status PPS object:  \"No such file or directory\""});
+    SetUp();
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST_F(CellularDataInterfaceTest, ASlotMayDestroyTheObjectBeforeItsNewNameIsAnnounced)
+{
+    auto *profile = new CellularDataInterface;
+    const QPointer<CellularDataInterface> alive(profile);
+    QObject::connect(profile, &CellularDataInterface::validChanged, [&] { delete profile; });
+    profile->setName("web");
+    EXPECT_FALSE(alive);
+}
+
+TEST_F(CellularDataInterfaceTest, ConnectsOnceAndDisconnectsWhatItConnected)
+{
+    ControlService service(Control, ControlService::answer(Connected));
+    {
+        CellularDataInterface web("web");
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible);
+        EXPECT_EQ(service.take(), QList<QVariantMap>());
+        int result = -1;
+        EXPECT_TRUE(QMetaObject::invokeMethod(&web, "requestConnect", Q_RETURN_ARG(int, result)));
+        EXPECT_EQ(result, Result::Requested);
+        EXPECT_EQ(web.requestConnect(), Result::NotPossible);
+        EXPECT_EQ(service.take(), QList<QVariantMap>{ConnectRequest});
+        EXPECT_EQ(web.requestDisconnect(), Result::Requested);
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible);
+        EXPECT_EQ(service.take(), QList<QVariantMap>{DisconnectRequest});
+
+        EXPECT_EQ(web.requestConnect(), Result::Requested);
+        web.setName("mms");
+        EXPECT_EQ(service.take(), (QList<QVariantMap>{ConnectRequest, DisconnectRequest}));
+        web.setName("web");
+        EXPECT_EQ(web.requestConnect(), Result::Requested);
+    }
+    EXPECT_EQ(service.take(), (QList<QVariantMap>{ConnectRequest, DisconnectRequest}));
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
+{
+    const QString undecodable = "CellularDataInterface - failed to decode control PPS data";
+    const QString unread =
+        "CellularDataInterface - failed to read control PPS data:  \"Connection reset by peer\"";
+    const struct
+    {
+        const char *answer; // none: the service hangs up
+        Result::Type connect;
+        Result::Type disconnect;
+        QStringList warnings;
+    } rows[] = {
+        {"@web_control\nerr:n:0\n", Result::Requested, Result::Requested, {}},
+        {"@web_control\nerr:n:13\n", Result::NotPossible, Result::InternalError, {}},
+        {"err::13\n", Result::NotPossible, Result::InternalError, {}},
+        {"err:n:5\nerrstr::busy\ndat:json:{\"connect_id\":\"c8\"}\n", Result::InternalError,
+            Result::InternalError, {}},
+        {"rubbish", Result::InternalError, Result::InternalError, {undecodable}},
+        {nullptr, Result::InternalError, Result::InternalError, {unread}},
+    };
+    ControlService service(Control, ControlService::hangUp);
+    for (const auto &row : rows) {
+        const auto serve = row.answer ? ControlService::answer(row.answer) : ControlService::hangUp;
+        CellularDataInterface web("web");
+        service.serveWith(serve);
+        EXPECT_EQ(web.requestConnect(), row.connect) << row.answer;
+        EXPECT_EQ(log.take(), row.warnings) << row.answer;
+        // Without a connection's id there is none to end.
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
+
+        service.serveWith(ControlService::answer(Connected));
+        ASSERT_EQ(web.requestConnect(), Result::Requested);
+        service.serveWith(serve);
+        EXPECT_EQ(web.requestDisconnect(), row.disconnect) << row.answer;
+        EXPECT_EQ(log.take(), row.warnings) << row.answer;
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
+    }
+}
+
+TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerAndNotForAServiceThatDies)
+{
+    CellularDataInterface web("web");
+    ControlService late(Control, [](PpsServer &server, quint64 client) {
+        QTimer::singleShot(120, &server, [&server, client] { server.send(client, Connected); });
+    });
+    QElapsedTimer waited;
+    waited.start();
+    EXPECT_EQ(web.requestConnect(), Result::Requested);
+    EXPECT_GE(waited.elapsed(), 110);
+
+    const QString MmsControl = "/pps/services/cds/cnice/mms_control";
+    ControlService dying(MmsControl, [](PpsServer &server, quint64) { server.deleteLater(); });
+    CellularDataInterface mms("mms");
+    EXPECT_EQ(mms.requestConnect(), Result::InternalError);
+    EXPECT_EQ(log.take().size(), 1);
+    ASSERT_TRUE(waitUntil([&] { return !QFile::exists(root.file(MmsControl)); }));
+    EXPECT_EQ(mms.requestConnect(), Result::InvalidInterface);
+}
+
+TEST_F(CellularDataInterfaceTest, AControlObjectThatDoesNotOpenIsToldWithoutAWarning)
+{
+    EXPECT_EQ(CellularDataInterface().requestConnect(), Result::InvalidInterface);
+    EXPECT_EQ(CellularDataInterface().requestDisconnect(), Result::InvalidInterface);
+    EXPECT_EQ(CellularDataInterface("web").requestConnect(), Result::InvalidInterface);
+    EXPECT_EQ(CellularDataInterface("../web").requestConnect(), Result::InvalidInterface);
+    EXPECT_EQ(log.take(), QStringList());
+}
+
+TEST_F(CellularDataInterfaceTest, AControlObjectThatMayNotBeOpenedIsPermissionDenied)
+{
+    CellularDataInterface web("web");
+    PpsServer server(Control);
+    ASSERT_TRUE(server.listen(0));
+    const auto request = [&] {
+        const int result = web.requestConnect();
+        return log.take().isEmpty() ? result : 100;
+    };
+    EXPECT_EQ(runWithoutRights(request), Result::PermissionDenied);
+}
+
+TEST_F(CellularDataInterfaceTest, NoExchangeLeavesADescriptorOpen)
+{
+    const auto descriptors = [] {
+        return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
+    };
+    CellularDataInterface web("web");
+    ControlService service(Control, ControlService::hangUp);
+    const auto before = descriptors();
+    ASSERT_GT(before, 5);
+    for (int i = 0; i < 30; ++i) {
+        for (const char *message : {Connected.constData(), "err:n:1\n", "rubbish"}) {
+            service.serveWith(ControlService::answer(message));
+            web.requestConnect();
+            service.serveWith(ControlService::hangUp);
+            web.requestDisconnect();
+        }
+    }
+    EXPECT_TRUE(waitUntil([&] { return descriptors() == before; }));
+}
+
+TEST(CellularDataInterfaceEnumerations, AreKnownByName)
+{
+    EXPECT_EQ(enumeratorsOf(CellularConnectionState::staticMetaObject),
+        "Disconnected=0 PendingConnect=1 Connected=2");
+    EXPECT_EQ(enumeratorsOf(Result::staticMetaObject),
+        "Requested=0 InternalError=1 InvalidInterface=2 PermissionDenied=3 NotPossible=4");
+}
+
+} // namespace

@@ -1,0 +1,232 @@
+#include "common/Testing.hpp"
+
+#include <oz/device/CellularNetworkInfo.hpp>
+
+#include <QHash>
+
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+const QString Control = "/pps/services/cellular/radioctrl/";
+const QString Settings = "/pps/services/rum/csm/status_public";
+
+const QByteArray Cell = R"(@status_cell_public
+network_service:n:1
+network_name:json:{"name":"North"}
+serving_network:json:{"mcc":"310","mnc":"26"}
+signal_strength:json:{"RSSI":-71}
+roaming:json:{"state":"ROAMING","suppress":false}
+)";
+
+const QString NoValues =
+    "index=0 technology=None services=None name=\"\" mobileCountryCode=\"\" mobileNetworkCode=\"\" "
+    "signalStrength=0 roaming=false cellId=0 locationAreaCode=0 trackingAreaCode=0 baseStationId=0 "
+    "networkId=0 systemId=0 displayName=\"\"";
+const QStringList CdmaSignals{"servicesChanged(Voice)", "servicesChanged(2)", "nameChanged(\"East\")",
+    "mobileNetworkCodeChanged(\"\")", "signalStrengthChanged(-80)", "roamingChanged(false)",
+    "cellIdChanged(0)", "locationAreaCodeChanged(0)", "trackingAreaCodeChanged(0)", "baseStationIdChanged(4)",
+    "networkIdChanged(5)", "systemIdChanged(6)", "technologyChanged(Cdma1X)", "technologyChanged(4)"};
+
+class CellularNetworkInfoTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        root.place(Control + "status_persistent", "");
+        root.place("/pps/services/cds/cnice/status", "");
+        root.place(Settings, "@status_public\nnetwork_name::North Mobile\n");
+        root.place(Control + "status_cell_public", Cell);
+        root.place(Control + "status_cell_private", R"(serving_network:json:{"cell_id":1,"lac":2,"tac":3})");
+        root.place(Control + "status_cell_cdma_public", R"(network_service:n:2
+network_name:json:{"name":"East"}
+serving_network:json:{"mcc":"310"}
+signal_strength:json:{"RSSI":-80}
+roaming:json:{"state":"HOME"}
+)");
+        root.place(Control + "status_cell_cdma_private", R"(serving_network:json:{"bid":4,"nid":5,"sid":6})");
+        activate(R"(["gsm","cdma_1x"])");
+    }
+    void activate(const QByteArray &technologies)
+    {
+        root.place(Control + "status_public", "network_technology:json:" + technologies + "\n");
+    }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)
+{
+    const struct
+    {
+        const char *active;
+        int index;
+        CellularTechnology::Type technology;
+    } rows[] = {
+        {R"(["cdma_1x","lte","evdo","umts","gsm"])", 0, CellularTechnology::Gsm},
+        {R"(["cdma_1x","lte","evdo","umts"])", 0, CellularTechnology::Umts},
+        {R"(["cdma_1x","lte","evdo"])", 0, CellularTechnology::Evdo},
+        {R"(["cdma_1x","lte"])", 0, CellularTechnology::Lte},
+        {R"(["cdma_1x"])", 0, CellularTechnology::Cdma1X},
+        {"[]", 0, CellularTechnology::None},
+        {R"(["cdma_1x","evdo"])", 1, CellularTechnology::Cdma1X},
+        {R"(["umts","lte"])", 1, CellularTechnology::Cdma1X},
+        {R"(["evdo"])", 1, CellularTechnology::Cdma1X},
+        {R"(["gsm","umts"])", 1, CellularTechnology::None},
+        {R"(["gsm","cdma_1x"])", 2, CellularTechnology::None},
+        {R"(["gsm","cdma_1x"])", -1, CellularTechnology::None},
+    };
+    for (const auto &row : rows) {
+        activate(row.active);
+        const CellularNetworkInfo network(row.index);
+        EXPECT_EQ(network.technology(), row.technology) << row.active << row.index;
+        EXPECT_EQ(network.name() == "East", row.technology == CellularTechnology::Cdma1X) << row.active;
+    }
+}
+
+TEST_F(CellularNetworkInfoTest, ServicesAreTakenBitByBitAsPublished)
+{
+    root.place(Control + "status_cell_public", "network_service:n:1073742080\n");
+    EXPECT_EQ(CellularNetworkInfo().services().toInt(), 0x40000100u);
+}
+
+TEST_F(CellularNetworkInfoTest, OnlyWhatChangedIsSignalledInItsOrder)
+{
+    CellularNetworkInfo network;
+    SignalLog heard(&network);
+    root.place(Control + "status_cell_public",
+        Cell
+            + "roaming:json:{\"state\":\"ROAMING\",\"suppress\":true}\n"
+              "serving_network:json:{\"mcc\":\"262\",\"mnc\":\"26\"}\nnetwork_service:n:2097152\n");
+    EXPECT_EQ(heard.waitFor(4),
+        (QStringList{"servicesChanged(DataLte)", "servicesChanged(2097152)",
+            "mobileCountryCodeChanged(\"262\")", "roamingChanged(false)"}));
+    root.place(Control + "status_cell_private", R"(serving_network:json:{"cell_id":"9","lac":2,"tac":8})");
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"cellIdChanged(9)", "trackingAreaCodeChanged(8)"}));
+    root.place(Settings, "network_name::North+\n");
+    EXPECT_EQ(heard.waitFor(1), QStringList{"displayNameChanged(\"North+\")"});
+    // Texts in place of maps have no members.
+    root.place(Control + "status_cell_private", "serving_network::cell_id\n");
+    EXPECT_EQ(heard.waitFor(3),
+        (QStringList{"cellIdChanged(0)", "locationAreaCodeChanged(0)", "trackingAreaCodeChanged(0)"}));
+    root.place(Control + "status_cell_public",
+        "network_service:n:2097152\nsignal_strength::-71\n"
+        "serving_network::262\nnetwork_name::North\n");
+    EXPECT_EQ(heard.waitFor(4),
+        (QStringList{"nameChanged(\"\")", "mobileCountryCodeChanged(\"\")", "mobileNetworkCodeChanged(\"\")",
+            "signalStrengthChanged(0)"}));
+}
+
+TEST_F(CellularNetworkInfoTest, AChangeOfTechnologyReadsEverythingAndFollowsTheNewObjectsOnly)
+{
+    CellularNetworkInfo network;
+    SignalLog heard(&network);
+    // The replaced object changes in the same turn: nothing of that may be heard.
+    activate(R"(["cdma_1x"])");
+    root.place(Control + "status_cell_public", Cell + "signal_strength:json:{\"RSSI\":-99}\n");
+    EXPECT_EQ(heard.waitFor(14), CdmaSignals);
+    root.place(Control + "status_cell_public", Cell + "signal_strength:json:{\"RSSI\":-98}\n");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    root.place(Control + "status_cell_cdma_private", R"(serving_network:json:{"bid":7,"nid":5,"sid":6})");
+    EXPECT_EQ(heard.waitFor(1), QStringList{"baseStationIdChanged(7)"});
+    // Index 0 stays with Cdma1X, so nothing is opened or read.
+    root.remove(Control + "status_cell_cdma_public");
+    EXPECT_EQ(heard.waitFor(5).size(), 5);
+    log.take();
+    activate(R"(["cdma_1x","cdma_1x"])");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(log.take(), QStringList());
+    activate("[]");
+    EXPECT_EQ(heard.waitFor(5),
+        (QStringList{"baseStationIdChanged(0)", "networkIdChanged(0)", "systemIdChanged(0)",
+            "technologyChanged(None)", "technologyChanged(0)"}));
+}
+
+TEST_F(CellularNetworkInfoTest, AnotherIndexIsAnnouncedAfterWhatDiffersThere)
+{
+    CellularNetworkInfo network;
+    SignalLog heard(&network);
+    network.setIndex(0);
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_TRUE(network.setProperty("index", 1));
+    EXPECT_EQ(heard.take(), CdmaSignals + QStringList{"indexChanged(1)"});
+    network.setIndex(7);
+    EXPECT_EQ(heard.take().last(3),
+        (QStringList{"technologyChanged(None)", "technologyChanged(0)", "indexChanged(7)"}));
+    EXPECT_EQ(valuesOf(network).replace("displayName=\"North Mobile\"", "displayName=\"\""),
+        QString(NoValues).replace("index=0", "index=7"));
+}
+
+TEST_F(CellularNetworkInfoTest, ASlotMayTurnToAnotherNetworkAndTheSignalsThatAreLeftTellOfIt)
+{
+    root.place(Control + "status_cell_public", Cell + "roaming::no\n");
+    CellularNetworkInfo network;
+    SignalLog heard(&network);
+    QObject::connect(&network, &CellularNetworkInfo::signalStrengthChanged, &network, [&](int rssi) {
+        if (rssi == -60)
+            network.setIndex(2);
+    });
+    root.place(Control + "status_cell_public", Cell + "signal_strength:json:{\"RSSI\":-60}\n");
+    ASSERT_TRUE(waitUntil([&] { return network.index() == 2; }));
+    settle();
+    QHash<QString, QString> last;
+    for (const QString &signal : heard.take())
+        last.insert(signal.section('(', 0, 0), signal);
+    EXPECT_EQ(last["signalStrengthChanged"], "signalStrengthChanged(0)");
+    EXPECT_EQ(last["roamingChanged"], "roamingChanged(false)");
+    EXPECT_EQ(last["technologyChanged"], "technologyChanged(0)");
+}
+
+TEST_F(CellularNetworkInfoTest, ASlotMayDestroyTheObjectWhateverIsStillToFollow)
+{
+    for (int last = 1; last <= 15; ++last) {
+        auto *network = new CellularNetworkInfo;
+        int heard = 0;
+        oz::meta::SignalTap tap(network, [&](const QMetaMethod &, const QVariantList &) {
+            if (++heard == last)
+                delete network;
+        });
+        network->setIndex(1);
+        EXPECT_EQ(heard, last);
+    }
+}
+
+TEST_F(CellularNetworkInfoTest, ObjectsThatDoNotOpenLeaveTheDefaultsUntilTheTechnologyChanges)
+{
+    root.remove(Settings);
+    root.remove(Control + "status_cell_public");
+    CellularNetworkInfo network;
+    // The private object is there, but goes with the public one.
+    EXPECT_EQ(log.take(),
+        (QStringList{
+            "CellularNetworkInfo - failed to open settings PPS object:  \"No such file or directory\"",
+            "CellularNetworkInfo - failed to open public PPS object:  \"No such file or directory\""}));
+    EXPECT_EQ(valuesOf(network), QString(NoValues).replace("technology=None", "technology=Gsm"));
+    SignalLog heard(&network);
+    root.place(Control + "status_cell_public", Cell);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+
+    root.remove(Control + "status_cell_private");
+    activate(R"(["umts"])");
+    EXPECT_EQ(heard.waitFor(9).last(2), (QStringList{"technologyChanged(Umts)", "technologyChanged(2)"}));
+    EXPECT_EQ(log.take(),
+        QStringList{
+            "CellularNetworkInfo - failed to open private PPS object:  \"No such file or directory\""});
+    EXPECT_EQ(network.name(), "North");
+}
+
+TEST_F(CellularNetworkInfoTest, WithoutATechnologyTheDisplayNameComesFromTheEventLoop)
+{
+    activate("[]");
+    CellularNetworkInfo network;
+    SignalLog heard(&network);
+    EXPECT_EQ(valuesOf(network), NoValues);
+    EXPECT_EQ(heard.waitFor(1), QStringList{"displayNameChanged(\"North Mobile\")"});
+}
+
+} // namespace

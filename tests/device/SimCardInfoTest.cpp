@@ -1,0 +1,97 @@
+#include "common/Testing.hpp"
+
+#include <oz/device/SimCardInfo.hpp>
+
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+const QString Private = "/pps/services/cellular/uicc/card0/status_private";
+const QString Restricted = "/pps/services/cellular/uicc/card0/status_restricted";
+
+const QByteArray Ready = R"(@status_private
+uicc_state:json:{"state":"READY"}
+hplmn:json:{"mcc":"310","mnc":"26"}
+iccid::8944500102
+)";
+
+class SimCardInfoTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        root.place(Private, Ready);
+        root.place(Restricted, "@status_restricted\nimsi::31026012345\n");
+    }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
+{
+    const struct
+    {
+        const char *lines;
+        const char *values;
+    } rows[] = {
+        {R"(uicc_state:json:{"state":"INVALID_SIM"})", "Incompatible 310 26"},
+        {R"(uicc_state:json:{"state":"NOT_PROVISIONED"})", "NotProvisioned 310 26"},
+        {R"(uicc_state:json:{"state":"CARD_ERROR"})", "ReadError 310 26"},
+        {R"(uicc_state:json:{"state":"CHV_REQUESTED"})", "PinRequired 310 26"},
+        {R"(uicc_state:json:{"state":"ready"})", "NotDetected 310 26"},
+        {R"(uicc_state:json:{"substate":"READY"})", "NotDetected 310 26"},
+        {R"(uicc_state::READY)", "NotDetected 310 26"},
+        {"-uicc_state", "NotDetected 310 26"},
+        {R"(hplmn:json:{"mcc":" 1","mnc":"00260"})", "Ready  1 00260"},
+        {R"(hplmn:json:{"mcc":310})", "Ready 310 "},
+        {"hplmn::310", "Ready  "},
+        {"-hplmn", "Ready  "},
+    };
+    for (const auto &row : rows) {
+        root.place(Private, Ready + row.lines + "\n");
+        const SimCardInfo card;
+        EXPECT_EQ(card.property("state").toString() + " " + card.mobileCountryCode() + " "
+                + card.mobileNetworkCode(),
+            row.values)
+            << row.lines;
+    }
+}
+
+TEST_F(SimCardInfoTest, OnlyWhatChangedIsSignalledInItsOrder)
+{
+    SimCardInfo card;
+    SignalLog heard(&card);
+    root.place(Private, Ready + "uicc_state:json:{\"state\":\"CHV_REQUESTED\"}\n");
+    EXPECT_EQ(heard.waitFor(2), (QStringList{"stateChanged(PinRequired)", "stateChanged(4)"}));
+    root.place(Private, Ready + "hplmn:json:{\"mcc\":\"262\",\"mnc\":\"26\"}\niccid::1\n");
+    EXPECT_EQ(heard.waitFor(4),
+        (QStringList{"stateChanged(Ready)", "stateChanged(5)", "mobileCountryCodeChanged(\"262\")",
+            "serialNumberChanged(\"1\")"}));
+    root.place(Restricted, "@status_restricted\nimsi::262\n");
+    EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
+    root.place(Restricted, "@status_restricted\nimsi::262\nother::1\n");
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
+{
+    root.remove(Private);
+    SimCardInfo card;
+    EXPECT_EQ(log.take().size(), 1);
+    EXPECT_EQ(card.state(), SimCardState::NotDetected);
+    SignalLog heard(&card);
+    root.place(Private, Ready);
+    root.place(Restricted, "imsi::262\n");
+    EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
+}
+
+TEST(SimCardInfoEnumerations, AreKnownByName)
+{
+    EXPECT_EQ(enumeratorsOf(SimCardState::staticMetaObject),
+        "NotDetected=0 Incompatible=1 NotProvisioned=2 ReadError=3 PinRequired=4 Ready=5");
+}
+
+} // namespace
