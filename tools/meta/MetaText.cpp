@@ -72,7 +72,7 @@ QMetaEnum enumOf(QMetaType type)
     const QByteArray local = plain.sliced(plain.lastIndexOf(':') + 1);
     for (int i = 0; i < scope->enumeratorCount(); ++i) {
         const QMetaEnum candidate = scope->enumerator(i);
-        if (local == candidate.enumName() || local == candidate.name())
+        if (candidate.isFlag() == isFlags && (local == candidate.enumName() || local == candidate.name()))
             return candidate;
     }
     return {};
@@ -101,6 +101,9 @@ QString valueText(const QVariant &value)
         return key ? QString::fromLatin1(key) : QString::number(number);
     }
     switch (type.id()) {
+    // As many digits as tell the value from its neighbours: 25.34f is not 25.34000015.
+    case QMetaType::Float:
+        return QString::number(value.toDouble(), 'g', 7);
     case QMetaType::QString:
         return QLatin1Char('"') + value.toString() + QLatin1Char('"');
     case QMetaType::QSize: {
@@ -143,6 +146,8 @@ QJsonValue valueJson(const QVariant &value)
     }
     case QMetaType::QByteArray:
         return QString::fromLatin1(value.toByteArray().toBase64());
+    case QMetaType::Float:
+        return QString::number(value.toDouble(), 'g', 7).toDouble();
     default:
         return QJsonValue::fromVariant(value);
     }
@@ -181,8 +186,12 @@ std::optional<QVariant> parseValue(const QString &text, QMetaType type)
     if (type.flags() & QMetaType::IsPointer)
         return std::nullopt;
     QVariant value(text);
-    // The numeric conversions of QVariant check the range; what does not convert is refused.
     if (!value.convert(type))
+        return std::nullopt;
+    // QVariant cuts a number that is too large for the type; then it does not come back as it was.
+    bool isInteger = false;
+    const qlonglong integer = text.toLongLong(&isInteger);
+    if (isInteger && value.toLongLong() != integer && value.toDouble() != double(integer))
         return std::nullopt;
     return value;
 }

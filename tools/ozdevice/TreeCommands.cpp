@@ -59,6 +59,8 @@ CommandError failure(const PpsObject &object)
 // The lines of one message, checked, so that a mistake is told with its reason.
 QVariantMap parseLines(const Options &options)
 {
+    if (options.words.empty())
+        throw CommandError(WrongUse, QStringLiteral("an attribute is wanted, for example name::text"));
     QByteArray text;
     for (const std::string &word : options.words)
         text += QByteArray::fromStdString(word) + '\n';
@@ -228,7 +230,12 @@ void addTreeCommands(CLI::App &parser, Action &action)
     const auto verb = [&](const char *name, const char *help, int (*run)(const Options &)) {
         auto options = std::make_shared<Options>();
         CLI::App *added = pps->add_subcommand(name, help);
-        added->callback([&action, options, run] { action = [options, run] { return run(*options); }; });
+        added->callback([&action, options, added, run] {
+            // "-name" looks like an option to the parser.
+            for (const std::string &word : added->remaining())
+                options->words.push_back(word);
+            action = [options, run] { return run(*options); };
+        });
         return std::pair(added, options);
     };
 
@@ -244,7 +251,8 @@ void addTreeCommands(CLI::App &parser, Action &action)
     const auto [setter, setOptions] =
         verb("set", "Publish attributes of a state object, which is made if need be", set);
     setter->add_option("PATH", setOptions->path)->required();
-    setter->add_option("ATTRIBUTE", setOptions->words)->required();
+    setter->add_option("ATTRIBUTE", setOptions->words);
+    setter->allow_extras();
     setter->add_flag("--replace", setOptions->replace, "Take all other attributes away");
     setter->add_option("--mode", setOptions->mode, "The file mode of an object that is made")
         ->default_str("644");
@@ -262,7 +270,8 @@ void addTreeCommands(CLI::App &parser, Action &action)
 
     const auto [sender, sendOptions] = verb("send", "Send one message to a served object", send);
     sender->add_option("PATH", sendOptions->path)->required();
-    sender->add_option("ATTRIBUTE", sendOptions->words)->required();
+    sender->add_option("ATTRIBUTE", sendOptions->words);
+    sender->allow_extras();
     sender->add_flag("--wait", sendOptions->wait, "Wait for the answer and print it");
     sender->add_flag("--json", sendOptions->json, "Print the answer as JSON");
 }

@@ -1,0 +1,183 @@
+#include "common/Testing.hpp"
+
+#include "core/Daemon.hpp"
+#include "core/Error.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/device/SdCardInfo.hpp>
+
+#include <QFile>
+#include <QProcess>
+
+#include <csignal>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+using namespace oz;
+using namespace oz::services;
+using namespace oz::testing;
+
+namespace {
+
+const QString CardPath = "/pps/system/filesystem/removable/sdcard";
+
+QString problemOf(const std::function<void()> &body)
+{
+    try {
+        body();
+    } catch (const Error &error) {
+        return error.what();
+    }
+    return {};
+}
+
+TEST(PhoneFile, WhatIsWrongIsToldWithFileLineAndKey)
+{
+    const struct
+    {
+        QByteArray text;
+        const char *problem;
+    } rows[] = {
+        {"{\n  // a comment\n  \"sdcard\": {\n    \"mounted\": 3 /* another */\n  }\n}",
+            "phone.json:4: sdcard.mounted: expected true or false, found 3"},
+        {"{\"sdcard\": {\"mountd\": true}}",
+            "phone.json:1: sdcard.mountd: unknown key; known here are mounted, busy"},
+        {"{\"sdcard\": []}", "phone.json:1: sdcard: expected a map, found a list"},
+        {"{\"sdcard\": {\"mounted\": false,\n\"busy\": true}}",
+            "phone.json:2: sdcard.busy: a card that is not mounted cannot be busy"},
+        {"{\"sdcard\": {\"busy\": true,\n\"busy\": true}}",
+            "phone.json:2: sdcard.busy: stands twice, first in line 1"},
+        {"{\n\n\"sdcard\" 1}", "phone.json:3: Missing a colon after a name of object member."},
+        {"", "phone.json:1: The document is empty."},
+        {"[]", "phone.json:1: expected a map, found a list"},
+        {"{} {}", "phone.json:1: The document root must not be followed by other values."},
+    };
+    for (const auto &row : rows)
+        EXPECT_EQ(
+            problemOf([&] { SimulatedPhone phone(JsonNode::parse(row.text, "phone.json")); }), row.problem);
+    EXPECT_TRUE(problemOf([] { (void)JsonNode::parseFile("/no/file.json"); }).startsWith("/no/file.json: "));
+    EXPECT_EQ(problemOf([] { SimulatedPhone phone(JsonNode::parseFile(OZ_PHONE_FILE)); }), QString());
+}
+
+TEST(SourceConfig, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
+{
+    const DeviceRoot root;
+    const auto parse = [&](const QByteArray &text) {
+        root.place("/conf", text);
+        return problemOf([&] { (void)SourceConfig::parseFile(root.file("/conf")); }).remove(root.file(""));
+    };
+    EXPECT_EQ(parse("# all simulated\n\nsdcard = simulated # as it is\nphone = /my/phone.json\n"), QString());
+    EXPECT_EQ(SourceConfig::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
+    EXPECT_EQ(
+        parse("\nsdcard simulated\n"), "/conf:2: expected 'FACILITY = SOURCE', found 'sdcard simulated'");
+    EXPECT_EQ(parse("sdcard = real\n"), "/conf:1: sdcard has no source 'real'; it has simulated");
+    EXPECT_TRUE(
+        parse("toaster = simulated\n").startsWith("/conf:1: unknown facility 'toaster'; known are sdcard"));
+}
+
+TEST(Daemon, ARestartShowsNothingInBetween)
+{
+    const DeviceRoot root;
+    const JsonNode phone = JsonNode::parse("{\"sdcard\": {\"busy\": true}}", "phone.json");
+    auto daemon = std::make_unique<Daemon>(SourceConfig(), phone);
+    const device::SdCardInfo card;
+    EXPECT_EQ(card.state(), device::SdCardState::Mounted);
+    EXPECT_EQ(card.activity(), device::SdCardActivity::Busy);
+    SignalLog heard(const_cast<device::SdCardInfo *>(&card));
+    daemon.reset();
+    daemon = std::make_unique<Daemon>(SourceConfig(), phone);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST(Daemon, OneServesARootAndAKilledOneIsReplaced)
+{
+    const DeviceRoot root;
+    QProcess first;
+    first.start(OZ_DAEMON, {"--config", "/dev/null"});
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    control.close();
+
+    QProcess second;
+    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    ASSERT_TRUE(second.waitForFinished());
+    EXPECT_EQ(second.exitCode(), 1);
+    EXPECT_EQ(second.readAllStandardError(),
+        "ozdeviced: another ozdeviced (process " + QByteArray::number(first.processId()) + ") serves "
+            + root.file("/pps").toLocal8Bit() + '\n');
+
+    first.kill();
+    first.waitForFinished();
+    EXPECT_FALSE(control.open(PpsOpenMode::Publish));
+    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    second.terminate();
+    ASSERT_TRUE(second.waitForFinished());
+    EXPECT_EQ(second.exitCode(), 0);
+    PpsObject card(CardPath);
+    EXPECT_TRUE(card.open(PpsOpenMode::Subscribe)) << "what was published stays";
+    EXPECT_FALSE(QFile::exists(root.file("/pps/system/ozdeviced/status")));
+}
+
+TEST(Daemon, TellsTheServiceManagerWhenEverythingIsPublished)
+{
+    const DeviceRoot root;
+    const QByteArray socketPath = root.file("/notify").toLocal8Bit();
+    const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    ASSERT_LT(socketPath.size(), qsizetype(sizeof address.sun_path));
+    std::copy(socketPath.begin(), socketPath.end(), address.sun_path);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    QProcess daemon;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("NOTIFY_SOCKET", QString::fromLocal8Bit(socketPath));
+    daemon.setProcessEnvironment(environment);
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null"});
+    ASSERT_TRUE(daemon.waitForStarted());
+    char message[64] = "";
+    ASSERT_GT(::recv(socket, message, sizeof message - 1, 0), 0);
+    EXPECT_STREQ(message, "READY=1");
+    PpsObject control("/pps/system/ozdeviced/control");
+    EXPECT_TRUE(control.open(PpsOpenMode::Publish));
+    daemon.terminate();
+    daemon.waitForFinished();
+    ::close(socket);
+}
+
+TEST(Daemon, SurvivesMalformedRequestsAndRefusesStrangers)
+{
+    const DeviceRoot root;
+    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
+    const struct
+    {
+        QByteArray request;
+        const char *answer;
+    } rows[] = {
+        {"garbage",
+            "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},
+        {"id:n:1\n", "@control\nerr:n:22\nerrstr::the request has no 'msg'\nid:n:1\nres::\n"},
+        {"msg::sim\ndat::none\n", "@control\nerr:n:22\nerrstr::the simulated phone has no ''; it has "},
+        {"msg::sim\nid::x\ndat:json:{\"facility\":\"sdcard\",\"verb\":\"busy\"}\n",
+            "@control\nid::x\nres::sim\n"},
+    };
+    for (const auto &row : rows) {
+        ASSERT_TRUE(control.write(row.request));
+        QByteArray answer;
+        ASSERT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); }));
+        EXPECT_TRUE(answer.startsWith(row.answer)) << answer.toStdString();
+    }
+    EXPECT_EQ(device::SdCardInfo().activity(), device::SdCardActivity::Busy);
+    EXPECT_EQ(runWithoutRights([] {
+        PpsObject stranger("/pps/system/ozdeviced/control");
+        return stranger.open(PpsOpenMode::Publish) ? 0 : stranger.error();
+    }),
+        EACCES);
+}
+
+} // namespace

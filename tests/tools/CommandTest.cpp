@@ -1,0 +1,254 @@
+// The installed programs as a user has them: the command, and the daemon that it starts.
+
+#include "common/Testing.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/device/SdCardInfo.hpp>
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <csignal>
+
+using namespace oz;
+using namespace oz::testing;
+
+namespace {
+
+const QString Command = OZ_COMMAND;
+const QString Daemon = OZ_DAEMON;
+
+struct Result
+{
+    int status;
+    QString output;
+    QString errors;
+};
+
+Result run(const QStringList &words)
+{
+    QProcess process;
+    process.start(Command, words);
+    EXPECT_TRUE(process.waitForFinished(60'000)) << words.join(' ').toStdString();
+    return {process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1,
+        QString::fromUtf8(process.readAllStandardOutput()),
+        QString::fromUtf8(process.readAllStandardError())};
+}
+
+// A daemon on the test's own device root.
+class Phone
+{
+public:
+    explicit Phone(const QStringList &words = {})
+    {
+        m_process.start(Daemon, QStringList{"--config", "/dev/null"} + words);
+        EXPECT_TRUE(m_process.waitForStarted());
+        EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
+    }
+    ~Phone()
+    {
+        m_process.terminate();
+        EXPECT_TRUE(m_process.waitForFinished());
+        EXPECT_EQ(m_process.exitCode(), 0);
+    }
+
+private:
+    QProcess m_process;
+};
+
+class CommandTest : public ::testing::Test
+{
+protected:
+    DeviceRoot root;
+};
+
+TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
+{
+    const Phone phone;
+    EXPECT_TRUE(run({"list", "--names"}).output.startsWith("sdcard\n"));
+    EXPECT_EQ(run({"show", "sdcard"}).output,
+        "sdcard\n  state     SdCardState     Mounted\n  activity  SdCardActivity  Idle\n");
+    EXPECT_EQ(QJsonDocument::fromJson(run({"show", "sdcard", "--json"}).output.toUtf8()).object(),
+        (QJsonObject{{"sdcard",
+            QJsonObject{{"state", QJsonObject{{"type", "SdCardState"}, {"value", "Mounted"}}},
+                {"activity", QJsonObject{{"type", "SdCardActivity"}, {"value", "Idle"}}}}}}));
+
+    QProcess watching;
+    watching.start(Command, {"watch", "sdcard", "--count", "4"});
+    QProcess watchingJson;
+    watchingJson.start(Command, {"watch", "sdcard", "--json", "--typed", "--count", "2"});
+    const auto signalled = [&] {
+        return watching.state() == QProcess::NotRunning && watchingJson.state() == QProcess::NotRunning;
+    };
+    // Until both have opened the object, and then once more, the card comes and goes.
+    ASSERT_TRUE(waitUntil([&] {
+        EXPECT_EQ(run({"sim", "sdcard", "busy"}).status, 0);
+        EXPECT_EQ(run({"sim", "sdcard", "unmount"}).status, 0);
+        EXPECT_EQ(run({"sim", "sdcard", "mount"}).status, 0);
+        return signalled();
+    }));
+    EXPECT_EQ(watching.exitCode(), 0);
+    const QStringList lines = QString::fromUtf8(watching.readAll()).split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 4);
+    for (const QString &line : lines)
+        EXPECT_TRUE(line.contains("  sdcard  stateChanged(") || line.contains("  sdcard  activityChanged("))
+            << line.toStdString();
+    const QJsonObject first = QJsonDocument::fromJson(watchingJson.readLine()).object();
+    EXPECT_EQ(first.keys(), (QStringList{"arguments", "facility", "signal", "signature", "time"}));
+    EXPECT_TRUE(first.value("signature").toString().contains("oz::device::"));
+}
+
+TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
+{
+    const Phone phone;
+    const struct
+    {
+        QStringList words;
+        int status;
+        const char *error;
+    } rows[] = {
+        {{"show", "sdkard"}, 2, "ozdevice: unknown facility 'sdkard'; known are sdcard"},
+        {{"call", "sdcard", "eject"}, 2, "ozdevice: sdcard: no method 'eject'; it has none"},
+        {{"set", "sdcard", "size", "1"}, 2,
+            "ozdevice: sdcard has no property 'size'; it has state and activity"},
+        {{"set", "sdcard", "state", "Busy"}, 2, "ozdevice: sdcard: the property 'state' is read-only"},
+        {{"watch", "--for", "soon"}, 2, "ozdevice: 'soon' is no time; expected 500ms, 10s, 2m or seconds"},
+        {{"sim", "sdcard", "eject"}, 1, "ozdevice: sdcard has no 'eject'; it has mount, unmount, busy, idle"},
+        {{"sim", "sdcard", "mount", "now"}, 1, "ozdevice: sdcard mount takes no arguments, not 1 arguments"},
+        {{"sim", "toaster", "on"}, 1, "ozdevice: the simulated phone has no 'toaster'; it has sdcard"},
+        {{"pps", "get", "nothing/there"}, 3, "ozdevice: /pps/nothing/there: No such file or directory"},
+        {{"pps", "get", "system/filesystem/removable/sdcard", "size"}, 3,
+            "ozdevice: /pps/system/filesystem/removable/sdcard: no attribute 'size'; it has busy and "
+            "mounted"},
+        {{"pps", "get", "system/filesystem/removable/sdcard?g=a"}, 1,
+            "ozdevice: /pps/system/filesystem/removable/sdcard?g=a: no path of an object, or an unknown "
+            "option"},
+        {{"pps", "set", "x", "a:n:one"}, 2,
+            "ozdevice: attribute line 1: the value of 'a' is not a number in range"},
+        {{"frobnicate"}, 2, "ozdevice: "},
+        {{"run", "--", "/no/such/program"}, 127, "ozdevice: /no/such/program: "},
+        {{"run", "--phone", "/no/such/file", "--", "true"}, 1,
+            "ozdeviced: /no/such/file: No such file or directory"},
+    };
+    for (const auto &row : rows) {
+        const Result result = run(row.words);
+        EXPECT_EQ(result.status, row.status) << row.words.join(' ').toStdString();
+        EXPECT_EQ(result.output, QString()) << row.words.join(' ').toStdString();
+        EXPECT_TRUE(result.errors.startsWith(row.error)) << result.errors.toStdString();
+    }
+}
+
+TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
+{
+    const Result absent = run({"show", "sdcard"});
+    EXPECT_EQ(absent.status, 3);
+    EXPECT_EQ(absent.errors,
+        "ozdevice: sdcard: /pps/system/filesystem/removable/sdcard?f=mounted+busy: No such file or directory"
+        " (is ozdeviced running? try: ozdevice run -- COMMAND)\n");
+    EXPECT_EQ(run({"watch", "sdcard"}).status, 3);
+    EXPECT_EQ(run({"sim", "sdcard", "mount"}).status, 3);
+    EXPECT_EQ(run({"wait-ready", "--timeout", "20ms"}).status, 3);
+
+    root.place("/pps/system/filesystem/removable/sdcard", "@sdcard\n");
+    QFile::setPermissions(root.file("/pps/system/filesystem/removable/sdcard"), QFile::WriteOwner);
+    EXPECT_EQ(runWithoutRights([] {
+        return run({"show", "sdcard"}).errors.contains("Permission denied") ? 3 : 0;
+    }),
+        3);
+}
+
+TEST_F(CommandTest, WorksOnTheTreeItself)
+{
+    EXPECT_EQ(run({"pps", "set", "box/one", "a::text", "b:n:2", "--mode", "600"}).status, 0);
+    EXPECT_EQ(run({"pps", "set", "/pps/box/one", "b:n:3", "c:json:[1]", "-a"}).status, 0);
+    EXPECT_EQ(run({"pps", "ls", "box"}).output, "one\n");
+    EXPECT_EQ(run({"pps", "ls"}).output, "box/\n");
+    EXPECT_EQ(run({"pps", "get", "box/one"}).output, "@one\nb:n:3\nc:json:[1]\n");
+    EXPECT_EQ(run({"pps", "get", "box/one?f=b"}).output, "@one\nb:n:3\n");
+    EXPECT_EQ(run({"pps", "get", "box/one", "b"}).output, "3\n");
+    EXPECT_EQ(
+        run({"pps", "watch", "box/one?f=c", "--count", "1", "--json"}).output, "{\"@one\":{\"c\":[1]}}\n");
+    EXPECT_EQ(run({"pps", "rm", "box/one", "c"}).status, 0);
+    EXPECT_EQ(run({"pps", "set", "box/one", "d::x", "--replace"}).status, 0);
+    EXPECT_EQ(run({"pps", "get", "box/one"}).output, "@one\nd::x\n");
+    EXPECT_EQ(run({"pps", "rm", "box/one"}).status, 0);
+    EXPECT_EQ(run({"pps", "rm", "box/one"}).status, 3);
+    const Phone phone;
+    EXPECT_EQ(run({"pps", "send", "system/ozdeviced/control", "msg::nonsense", "id:n:7", "--wait"}).output,
+        "@control\nerr:n:22\nerrstr::unknown request 'nonsense'; known are describe, "
+        "sim\nid:n:7\nres::nonsense\n");
+}
+
+TEST_F(CommandTest, RunGivesACommandAPhoneOfItsOwnAndItsExitStatus)
+{
+    const QString script =
+        QString("test \"$(%1 pps get system/filesystem/removable/sdcard mounted)\" = true || exit 1; "
+                "echo \"$OZ_DEVICE_ROOT\"; exit 7")
+            .arg(Command);
+    const Result result = run({"run", "--", "sh", "-c", script});
+    EXPECT_EQ(result.status, 7) << result.errors.toStdString();
+    EXPECT_FALSE(QDir(result.output.trimmed()).exists()) << "the phone's root is gone with it";
+    EXPECT_EQ(run({"run", "--", "sh", "-c", "kill -KILL $$"}).status, 128 + SIGKILL);
+
+    QProcess interrupted;
+    interrupted.start(Command, {"run", "--", "sh", "-c", "echo \"$OZ_DEVICE_ROOT\"; exec sleep 60"});
+    ASSERT_TRUE(waitUntil([&] { return interrupted.canReadLine(); }));
+    const QString ownRoot = QString::fromUtf8(interrupted.readLine()).trimmed();
+    EXPECT_TRUE(QDir(ownRoot).exists());
+    interrupted.terminate();
+    ASSERT_TRUE(interrupted.waitForFinished());
+    EXPECT_EQ(interrupted.exitCode(), 128 + SIGTERM);
+    EXPECT_FALSE(QDir(ownRoot).exists());
+}
+
+TEST_F(CommandTest, TheDemoToursEveryChangeWithoutATerminalAndCleansUpWhenInterrupted)
+{
+    qputenv("XDG_RUNTIME_DIR", root.file("").toLocal8Bit());
+    const Result tour = run({"demo", "--pace", "50ms"});
+    EXPECT_EQ(tour.status, 0);
+    QStringList changes;
+    for (const QString &line : tour.output.split('\n')) {
+        if (line.startsWith("      "))
+            changes.append(line.simplified());
+    }
+    EXPECT_EQ(changes,
+        (QStringList{"state() Unmounted", "activity() Idle", "stateChanged Mounted", "activityChanged Busy",
+            "activityChanged Idle", "stateChanged Unmounted"}));
+    QProcess interrupted;
+    interrupted.start(Command, {"demo", "--pace", "60s"});
+    ASSERT_TRUE(waitUntil([&] { return interrupted.canReadLine(); }));
+    ::kill(pid_t(interrupted.processId()), SIGINT);
+    ASSERT_TRUE(interrupted.waitForFinished());
+    EXPECT_EQ(interrupted.exitCode(), 128 + SIGINT);
+    EXPECT_EQ(QDir(root.file("")).entryList({"ozdevice-run-*"}), QStringList());
+}
+
+TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
+{
+    const Phone phone;
+    const auto complete = [](QStringList words) {
+        return run(QStringList{"complete", "--"} + words).output.split('\n', Qt::SkipEmptyParts);
+    };
+    EXPECT_TRUE(complete({"wa"}).contains("watch"));
+    EXPECT_TRUE(complete({"pps", ""}).contains("send"));
+    EXPECT_TRUE(complete({"show", ""}).contains("sdcard"));
+    EXPECT_TRUE(complete({"show", "--"}).contains("--json"));
+    EXPECT_EQ(complete({"sim", "sdcard", ""}), (QStringList{"mount", "unmount", "busy", "idle"}));
+    EXPECT_EQ(complete({"pps", "get", "/pps/system/filesystem/removable/"}),
+        QStringList{"/pps/system/filesystem/removable/sdcard"});
+    const QString script = run({"completion", "bash"}).output;
+    QProcess bash;
+    bash.start("bash",
+        {"-c",
+            script + "COMP_WORDS=(" + Command
+                + " sim sdcard un); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"});
+    ASSERT_TRUE(bash.waitForFinished());
+    EXPECT_EQ(bash.readAllStandardOutput(), "unmount\n");
+}
+
+} // namespace
