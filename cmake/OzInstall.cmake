@@ -9,6 +9,8 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cma
 install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake
     DESTINATION ${OZ_PACKAGE_DIR})
 
+# Found from its own place, so that an installation can be moved.
+file(RELATIVE_PATH OZ_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/ozdevice.pc.in ${PROJECT_BINARY_DIR}/ozdevice.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/ozdevice.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
