@@ -1,5 +1,7 @@
 #include "core/Facilities.hpp"
 
+#include "battery/BatteryPublisher.hpp"
+#include "battery/SimulatedBattery.hpp"
 #include "core/SimulatedPhone.hpp"
 #include "core/SourceConfig.hpp"
 #include "sdcard/SdCardPublisher.hpp"
@@ -25,6 +27,7 @@ const std::vector<Facility> &facilities()
     static const QString simulatedSource = QLatin1String(SourceConfig::Simulated);
     static const std::vector<Facility> all{
         {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
+        {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
     };
     return all;
 }

@@ -1,5 +1,6 @@
 #include "ozdevice/FacilityTable.hpp"
 
+#include <oz/device/BatteryInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 
 namespace oz::tools {
@@ -20,6 +21,7 @@ const std::vector<FacilityEntry> &facilityTable()
     using namespace oz::device;
     static const std::vector<FacilityEntry> table{
         facility<SdCardInfo>("sdcard", "the removable SD card"),
+        facility<BatteryInfo>("battery", "the battery and its chargers"),
     };
     return table;
 }
