@@ -4,8 +4,12 @@
 #include "battery/SimulatedBattery.hpp"
 #include "core/SimulatedPhone.hpp"
 #include "core/SourceConfig.hpp"
+#include "hardware/HardwarePublisher.hpp"
+#include "hardware/SimulatedHardware.hpp"
 #include "sdcard/SdCardPublisher.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
+#include "simcard/SimCardPublisher.hpp"
+#include "simcard/SimulatedSimCard.hpp"
 
 namespace oz::services {
 
@@ -28,6 +32,8 @@ const std::vector<Facility> &facilities()
     static const std::vector<Facility> all{
         {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
         {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
+        {QStringLiteral("hardware"), {{simulatedSource, simulated<HardwarePublisher, SimulatedHardware>()}}},
+        {QStringLiteral("simcard"), {{simulatedSource, simulated<SimCardPublisher, SimulatedSimCard>()}}},
     };
     return all;
 }

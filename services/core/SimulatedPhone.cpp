@@ -2,7 +2,9 @@
 
 #include "battery/SimulatedBattery.hpp"
 #include "core/Error.hpp"
+#include "hardware/SimulatedHardware.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
+#include "simcard/SimulatedSimCard.hpp"
 
 namespace oz::services {
 
@@ -85,6 +87,8 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
 {
     m_parts.push_back(std::make_unique<SimulatedSdCard>(file.map(QStringLiteral("sdcard"))));
     m_parts.push_back(std::make_unique<SimulatedBattery>(file.map(QStringLiteral("battery"))));
+    m_parts.push_back(std::make_unique<SimulatedHardware>(file.map(QStringLiteral("hardware"))));
+    m_parts.push_back(std::make_unique<SimulatedSimCard>(file.map(QStringLiteral("simcard"))));
 
     QStringList names;
     for (const auto &part : m_parts)

@@ -1,7 +1,9 @@
 #include "ozdevice/FacilityTable.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
 
 namespace oz::tools {
 
@@ -22,6 +24,8 @@ const std::vector<FacilityEntry> &facilityTable()
     static const std::vector<FacilityEntry> table{
         facility<SdCardInfo>("sdcard", "the removable SD card"),
         facility<BatteryInfo>("battery", "the battery and its chargers"),
+        facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts"),
+        facility<SimCardInfo>("simcard", "the SIM card"),
     };
     return table;
 }
