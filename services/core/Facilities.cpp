@@ -2,10 +2,16 @@
 
 #include "battery/BatteryPublisher.hpp"
 #include "battery/SimulatedBattery.hpp"
+#include "cellularnetwork/CellularNetworkPublisher.hpp"
+#include "cellularnetwork/SimulatedNetworks.hpp"
 #include "core/SimulatedPhone.hpp"
 #include "core/SourceConfig.hpp"
+#include "dataprofile/DataProfilePublisher.hpp"
+#include "dataprofile/SimulatedDataProfiles.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "radio/RadioPublisher.hpp"
+#include "radio/SimulatedRadio.hpp"
 #include "sdcard/SdCardPublisher.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimCardPublisher.hpp"
@@ -34,6 +40,11 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
         {QStringLiteral("hardware"), {{simulatedSource, simulated<HardwarePublisher, SimulatedHardware>()}}},
         {QStringLiteral("simcard"), {{simulatedSource, simulated<SimCardPublisher, SimulatedSimCard>()}}},
+        {QStringLiteral("cellular-network"),
+            {{simulatedSource, simulated<CellularNetworkPublisher, SimulatedNetworks>()}}},
+        {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
+        {QStringLiteral("data-profile"),
+            {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
     };
     return all;
 }

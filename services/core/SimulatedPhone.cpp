@@ -1,8 +1,11 @@
 #include "core/SimulatedPhone.hpp"
 
 #include "battery/SimulatedBattery.hpp"
+#include "cellularnetwork/SimulatedNetworks.hpp"
 #include "core/Error.hpp"
+#include "dataprofile/SimulatedDataProfiles.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
 
@@ -40,7 +43,9 @@ void runVerb(const QString &title, const SimVerb &verb, const QStringList &argum
 // Takes the next word, which is one of \a known; throws with \a title where it is not.
 QString takeWord(const QString &title, const QStringList &known, QStringList *words)
 {
-    const QString word = words->value(0);
+    if (words->isEmpty())
+        throw Error(title + QLatin1String(" wants one of ") + known.join(u", "));
+    const QString word = words->first();
     if (!known.contains(word)) {
         throw Error(
             title + QLatin1String(" has no '") + word + QLatin1String("'; it has ") + known.join(u", "));
@@ -53,9 +58,9 @@ QString takeWord(const QString &title, const QStringList &known, QStringList *wo
 
 SimVerb SimVerb::onOff(const QString &name, const QString &help, const std::function<void(bool on)> &turn)
 {
-    static const QStringList words{QStringLiteral("off"), QStringLiteral("on")};
+    static const QStringList words{QStringLiteral("on"), QStringLiteral("off")};
     return {name, {QStringLiteral("on|off")}, help,
-        [turn](const QStringList &arguments) { turn(SimArgument::oneOf(arguments[0], words) == 1); }};
+        [turn](const QStringList &arguments) { turn(SimArgument::oneOf(arguments[0], words) == 0); }};
 }
 
 int SimArgument::integer(const QString &word, int least, int most)
@@ -79,16 +84,22 @@ double SimArgument::number(const QString &word, double least, double most)
 int SimArgument::oneOf(const QString &word, const QStringList &words)
 {
     if (!words.contains(word))
-        failExpecting(words.join(QLatin1String(" or ")), word);
+        failExpecting(QLatin1String("one of ") + words.join(QLatin1String(", ")), word);
     return int(words.indexOf(word));
 }
 
 SimulatedPhone::SimulatedPhone(const JsonNode &file)
 {
-    m_parts.push_back(std::make_unique<SimulatedSdCard>(file.map(QStringLiteral("sdcard"))));
-    m_parts.push_back(std::make_unique<SimulatedBattery>(file.map(QStringLiteral("battery"))));
-    m_parts.push_back(std::make_unique<SimulatedHardware>(file.map(QStringLiteral("hardware"))));
-    m_parts.push_back(std::make_unique<SimulatedSimCard>(file.map(QStringLiteral("simcard"))));
+    const auto section = [&](const char *name) { return file.map(QLatin1String(name)); };
+    m_parts.push_back(std::make_unique<SimulatedSdCard>(section("sdcard")));
+    m_parts.push_back(std::make_unique<SimulatedBattery>(section("battery")));
+    m_parts.push_back(std::make_unique<SimulatedHardware>(section("hardware")));
+    m_parts.push_back(std::make_unique<SimulatedSimCard>(section("simcard")));
+    m_parts.push_back(
+        std::make_unique<SimulatedNetworks>(section("cellular-network"), part<SimulatedSimCard>()));
+    m_parts.push_back(std::make_unique<SimulatedRadio>(section("radio"), part<SimulatedNetworks>()));
+    m_parts.push_back(
+        std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
 
     QStringList names;
     for (const auto &part : m_parts)
