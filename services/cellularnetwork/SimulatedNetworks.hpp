@@ -11,7 +11,7 @@ class SimulatedSimCard;
  * The networks around the phone: the section "cellular-network". The phone uses one CDMA 1X network and one
  * of any other technology at most. Without a ready SIM card they offer emergency calls alone.
  */
-class SimulatedNetworks : public CellularNetworkSource, public SimulatedPart
+class SimulatedNetworks final : public CellularNetworkSource, public SimulatedPart
 {
     Q_OBJECT
 

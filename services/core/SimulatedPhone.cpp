@@ -56,11 +56,12 @@ QString takeWord(const QString &title, const QStringList &known, QStringList *wo
 
 } // namespace
 
-SimVerb SimVerb::onOff(const QString &name, const QString &help, const std::function<void(bool on)> &turn)
+SimVerb SimVerb::onOff(
+    const QString &verb, const QString &description, const std::function<void(bool on)> &turn)
 {
     static const QStringList words{QStringLiteral("on"), QStringLiteral("off")};
-    return {name, {QStringLiteral("on|off")}, help,
-        [turn](const QStringList &arguments) { turn(SimArgument::oneOf(arguments[0], words) == 0); }};
+    return {verb, {QStringLiteral("on|off")}, description,
+        [turn](const QStringList &given) { turn(SimArgument::oneOf(given[0], words) == 0); }};
 }
 
 int SimArgument::integer(const QString &word, int least, int most)

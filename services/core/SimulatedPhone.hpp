@@ -24,7 +24,8 @@ struct SimVerb
     std::function<void(const QStringList &arguments)> run;
 
     /*! A verb that switches something, with the argument "on" or "off". */
-    static SimVerb onOff(const QString &name, const QString &help, const std::function<void(bool on)> &turn);
+    static SimVerb onOff(
+        const QString &verb, const QString &description, const std::function<void(bool on)> &turn);
 };
 
 /*! What the arguments of verbs mean. Each throws Error, which says what was expected. */

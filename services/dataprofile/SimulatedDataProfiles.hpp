@@ -16,7 +16,7 @@ class SimulatedRadio;
  * The phone's data profiles: the section "data-profile". They are connected while there is mobile data and
  * somebody, or their being always on, wants them to be. Where mobile data ends, all connections end.
  */
-class SimulatedDataProfiles : public DataProfileSource, public SimulatedPart
+class SimulatedDataProfiles final : public DataProfileSource, public SimulatedPart
 {
 public:
     SimulatedDataProfiles(const JsonNode &section, const SimulatedRadio &radio);

@@ -13,8 +13,8 @@ const QList<int> GsmBands{900, 1800, 1900, 850};
 int maskByPlace(const QList<int> &bands, const QList<int> &order)
 {
     int mask = 0;
-    for (const int band : bands)
-        mask |= order.contains(band) ? 1 << order.indexOf(band) : 0;
+    for (qsizetype place = 0; place < order.size(); ++place)
+        mask |= bands.contains(order[place]) ? 1 << place : 0;
     return mask;
 }
 
