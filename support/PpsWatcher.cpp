@@ -70,7 +70,7 @@ std::shared_ptr<PpsWatcher> PpsWatcher::forThisThread()
 {
     if (!s_watchers.hasLocalData())
         s_watchers.setLocalData(std::shared_ptr<PpsWatcher>(new PpsWatcher));
-    const std::shared_ptr<PpsWatcher> watcher = s_watchers.localData();
+    std::shared_ptr<PpsWatcher> watcher = s_watchers.localData();
     watcher->attachToEventLoop();
     return watcher;
 }
