@@ -90,7 +90,7 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
             << property.name();
         if (const QMetaEnum enumeration = meta::enumOf(property.metaType()); enumeration.isValid()) {
             const QString holder = QString(enumeration.scope()).section("::", -1);
-            EXPECT_TRUE(unwrapped.contains(enumerationText(enumeration, holder, page)))
+            EXPECT_TRUE(unwrapped.contains(enumerationText(enumeration, holder, unwrapped)))
                 << holder.toStdString();
         }
     }
