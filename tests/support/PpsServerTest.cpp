@@ -13,6 +13,7 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -157,6 +158,11 @@ TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
     PpsServer onState("/pps/services/box/status");
     EXPECT_FALSE(onState.listen());
     EXPECT_EQ(onState.error(), EEXIST);
+    struct stat status;
+    const QByteArray file = root.file(Path).toLocal8Bit();
+    ASSERT_EQ(::stat(file.constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    ::chmod(file.constData(), 0);
     EXPECT_EQ(runWithoutRights([] {
         PpsObject client(Path);
         return client.open(PpsOpenMode::PublishSubscribe) ? 0 : client.error();
