@@ -60,6 +60,19 @@ int makeSocket(UniqueFd *socket)
     return 0;
 }
 
+// What attempt comes to in the end. A peer that leaves without reading everything is reported once, ahead of
+// the messages that it had sent before; those count first.
+template <typename Attempt>
+int pastReset(const Attempt &attempt)
+{
+    bool reset = false;
+    for (;;) {
+        const int error = attempt();
+        if (error != EINTR && (error != ECONNRESET || std::exchange(reset, true)))
+            return error;
+    }
+}
+
 } // namespace
 
 int connect(const QByteArray &path, UniqueFd *socket)
@@ -121,21 +134,22 @@ int send(int socket, const QByteArray &message, Wait wait)
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
-    while (::send(socket, message.constData(), std::size_t(message.size()), flags) < 0) {
-        if (errno != EINTR)
-            return errno;
-    }
-    return 0;
+    const auto attempt = [&] {
+        return ::send(socket, message.constData(), std::size_t(message.size()), flags) < 0 ? errno : 0;
+    };
+    return pastReset(attempt);
 }
 
 int receive(int socket, QByteArray *message, Wait wait)
 {
     const int flags = wait == Wait::Yes ? 0 : MSG_DONTWAIT;
     ssize_t size = 0;
-    while ((size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags)) < 0) {
-        if (errno != EINTR)
-            return errno;
-    }
+    const auto attempt = [&] {
+        size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags);
+        return size < 0 ? errno : 0;
+    };
+    if (const int error = pastReset(attempt))
+        return error;
     if (size == 0)
         return ECONNRESET;
     message->resize(std::min<ssize_t>(size, PpsText::MaxMessageSize));

@@ -7,12 +7,9 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
-#include <QThread>
 
 #include <cerrno>
 #include <csignal>
-#include <sys/resource.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -142,6 +139,38 @@ TEST(PpsServer, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
     EXPECT_EQ(heard, (QList<QByteArray>{"echo a", "echo b", "errno 104"}));
     EXPECT_EQ(wakes, 3);
     EXPECT_FALSE(client.write("c"));
+    EXPECT_EQ(client.error(), EPIPE);
+}
+
+TEST(PpsServer, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    QList<QByteArray> received;
+    QObject::connect(
+        &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
+            received.append(message);
+            server.send(client.id, "answer");
+            if (message == "leave")
+                server.disconnectClient(client.id);
+        });
+    ASSERT_TRUE(server.listen());
+    PpsObject client(Path);
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(client.write("first"));
+    ASSERT_TRUE(waitUntil([&] { return received.size() == 1; }));
+    ASSERT_TRUE(client.write("second"));
+    client.close();
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 0; }));
+    EXPECT_EQ(received, (QList<QByteArray>{"first", "second"}));
+
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(client.write("leave") && client.write("never read"));
+    ASSERT_TRUE(waitUntil([&] { return received.size() == 3 && server.clientCount() == 0; }));
+    EXPECT_EQ(client.read(), "answer");
+    EXPECT_EQ(client.read(), QByteArray());
+    EXPECT_EQ(client.error(), ECONNRESET);
+    EXPECT_FALSE(client.write("more"));
     EXPECT_EQ(client.error(), EPIPE);
 }
 
