@@ -60,10 +60,11 @@ public:
         if (!notifier)
             return;
         notifier.reset();
-        connections.clear();
+        // Before any client hears of the end: one that then looks whether the object is there finds it gone.
         struct stat status;
         if (::lstat(file.constData(), &status) == 0 && status.st_ino == inode)
             ::unlink(file.constData());
+        connections.clear();
     }
 
     void acceptClient()
