@@ -7,9 +7,12 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QPointer>
+#include <QTimer>
 
 #include <cerrno>
 #include <csignal>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -242,7 +245,43 @@ TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
     EXPECT_EQ(server.error(), ENOTCONN);
 }
 
-TEST(PpsServer, MoreClientsThanDescriptorsWaitUntilOthersLeave)
+TEST(PpsServer, ASlotMayDestroyTheServerThatDropsAClient)
+{
+    const DeviceRoot root;
+    QPointer<PpsServer> server = new PpsServer(Path);
+    QObject::connect(server, &PpsServer::disconnected, [&] { delete server; });
+    ASSERT_TRUE(server->listen());
+    PpsObject deaf(Path);
+    ASSERT_TRUE(deaf.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(waitUntil([&] { return server->clientCount() == 1; }));
+    while (server)
+        server->send(1, QByteArray(100'000, 'y'));
+}
+
+TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    PpsObject client(Path);
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{3, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    int turns = 0;
+    QTimer ended;
+    ended.setSingleShot(true);
+    ended.start(50);
+    for (; ended.isActive(); ++turns)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_LT(turns, 20) << "it does not spin meanwhile";
+    EXPECT_EQ(server.clientCount(), 0);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
+}
+
+TEST(PpsServer, MoreClientsThanItServesWaitUntilOthersLeave)
 {
     const DeviceRoot root;
     PpsServer server(Path);
