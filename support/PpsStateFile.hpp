@@ -62,7 +62,28 @@ enum class Create { No, Yes };
 /*! Makes the directory of \a path and those above it; 0 or the errno. */
 [[nodiscard]] int makeDirectoryOf(const QByteArray &path);
 
-/*! The file under construction beside \a path. */
-[[nodiscard]] QByteArray temporaryPath(const QByteArray &path);
+/*! ".NAME" and \a suffix beside \a path, which no reader can open: what is under construction there. */
+[[nodiscard]] QByteArray hiddenPath(const QByteArray &path, const char *suffix);
+
+/*! The right to decide what lies at the path of an object, for the life of the instance; see above. */
+class PublishLock
+{
+public:
+    explicit PublishLock(const QByteArray &objectPath);
+    ~PublishLock();
+    PublishLock(const PublishLock &) = delete;
+    PublishLock &operator=(const PublishLock &) = delete;
+
+    /*! Waits for the lock; 0 or the errno. */
+    [[nodiscard]] int acquire();
+    /*! Puts \a content in the place of the object and gives the lock up; 0 or the errno. */
+    [[nodiscard]] int commit(
+        const QByteArray &objectPath, const QByteArray &content, mode_t mode, gid_t group);
+
+private:
+    QByteArray m_path;
+    UniqueFd m_fd;
+    bool m_leftover = false;
+};
 
 } // namespace oz::PpsStateFile

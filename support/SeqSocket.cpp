@@ -94,6 +94,12 @@ int connect(const QByteArray &path, UniqueFd *socket)
 
 int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
 {
+    if (const int error = PpsStateFile::makeDirectoryOf(path))
+        return error;
+    // Of two services that start at once, one comes second.
+    PpsStateFile::PublishLock lock(path);
+    if (const int error = lock.acquire())
+        return error;
     struct stat status;
     if (::lstat(path.constData(), &status) == 0) {
         UniqueFd probe;
@@ -101,14 +107,12 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
             return EEXIST;
         if (connect(path, &probe) == 0)
             return EADDRINUSE;
-    } else if (const int error = PpsStateFile::makeDirectoryOf(path)) {
-        return error;
     }
     // It listens before it has its name, so nobody ever meets it half made.
-    const QByteArray temporary = PpsStateFile::temporaryPath(path);
-    if (::unlink(temporary.constData()) < 0 && errno != ENOENT)
+    const QByteArray hidden = PpsStateFile::hiddenPath(path, ".sock");
+    if (::unlink(hidden.constData()) < 0 && errno != ENOENT)
         return errno;
-    const Address address(temporary);
+    const Address address(hidden);
     if (address.error())
         return address.error();
     if (const int error = makeSocket(socket))
@@ -116,10 +120,10 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
     int error = 0;
     if (::bind(socket->get(), address.get(), Address::size()) < 0)
         error = errno;
-    else if (::chmod(temporary.constData(), mode) < 0 || ::listen(socket->get(), SOMAXCONN) < 0
-        || ::rename(temporary.constData(), path.constData()) < 0) {
+    else if (::chmod(hidden.constData(), mode) < 0 || ::listen(socket->get(), SOMAXCONN) < 0
+        || ::rename(hidden.constData(), path.constData()) < 0) {
         error = errno;
-        ::unlink(temporary.constData());
+        ::unlink(hidden.constData());
     }
     if (error)
         socket->reset();

@@ -10,10 +10,12 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <barrier>
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace oz;
@@ -256,6 +258,35 @@ TEST(PpsServer, ASlotMayDestroyTheServerThatDropsAClient)
     ASSERT_TRUE(waitUntil([&] { return server->clientCount() == 1; }));
     while (server)
         server->send(1, QByteArray(100'000, 'y'));
+}
+
+TEST(PpsServer, OfManyServicesThatStartAtOnceOneServes)
+{
+    const DeviceRoot root;
+    for (int round = 0; round < 100; ++round) {
+        constexpr int count = 4;
+        std::barrier start(count);
+        std::barrier looked(count);
+        std::atomic<int> serving = 0;
+        std::vector<std::thread> services;
+        for (int i = 0; i < count; ++i) {
+            services.emplace_back([&] {
+                QEventLoop loop;
+                PpsServer server(Path);
+                start.arrive_and_wait();
+                if (server.listen())
+                    ++serving;
+                else
+                    EXPECT_EQ(server.error(), EADDRINUSE);
+                looked.arrive_and_wait();
+                EXPECT_TRUE(PpsObject(Path).open(PpsOpenMode::PublishSubscribe));
+                looked.arrive_and_wait();
+            });
+        }
+        for (std::thread &service : services)
+            service.join();
+        ASSERT_EQ(serving, 1) << round;
+    }
 }
 
 TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
