@@ -54,8 +54,10 @@ public:
 
     int write(const QByteArray &message) override
     {
-        if (const QByteArrayView header = PpsLines(message).header();
-            !header.isNull() && header != m_path.name)
+        if (message.size() > PpsText::MaxMessageSize)
+            return EMSGSIZE;
+        const QByteArrayView header = PpsLines(message).header();
+        if (message.isEmpty() || (!header.isNull() && header != m_path.name))
             return EINVAL;
         QString malformed;
         (void)PpsText::decode(message, &malformed);

@@ -260,10 +260,12 @@ TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
     EXPECT_EQ(object.error(), EBADF);
     ASSERT_TRUE(object.open(PpsOpenMode::Publish));
     EXPECT_TRUE(object.read(&ok).isEmpty() && !ok && object.error() == EBADF);
-    for (const char *bad : {"no colons\n", "@other\na::1\n", "a:n:x\n"}) {
+    for (const char *bad : {"no colons\n", "@other\na::1\n", "a:n:x\n", ""}) {
         EXPECT_FALSE(object.write(bad));
         EXPECT_EQ(object.error(), EINVAL);
     }
+    EXPECT_FALSE(object.write("a::" + QByteArray(1 << 20, 'x')));
+    EXPECT_EQ(object.error(), EMSGSIZE);
     EXPECT_TRUE(object.write("b::new\n-a\n"));
     Subscriber reader(Path);
     EXPECT_EQ(reader.last, "@status\nb::new\n");
