@@ -65,7 +65,7 @@ int PublishLock::acquire()
     }
 }
 
-int PublishLock::commit(const QByteArray &objectPath, const QByteArray &content, mode_t mode, gid_t group)
+int PublishLock::commit(const QByteArray &objectPath, const QByteArray &content, const Rights &rights)
 {
     if (m_leftover && ::ftruncate(m_fd.get(), 0) < 0)
         return errno;
@@ -76,10 +76,13 @@ int PublishLock::commit(const QByteArray &objectPath, const QByteArray &content,
             return errno;
         written += std::max<ssize_t>(count, 0);
     }
-    // A publisher outside the object's group cannot keep the group; the object is published all the same.
-    if (group != gid_t(-1) && ::fchown(m_fd.get(), uid_t(-1), group) < 0 && errno != EPERM)
+    // Root keeps the owner, who could not publish any more else. A publisher outside the object's group
+    // cannot keep the group; the object is published all the same.
+    if ((rights.owner != ::geteuid() || rights.group != ::getegid())
+        && ::fchown(m_fd.get(), rights.owner, rights.group) < 0
+        && ::fchown(m_fd.get(), uid_t(-1), rights.group) < 0 && errno != EPERM)
         return errno;
-    if (::fchmod(m_fd.get(), mode) < 0 || ::rename(m_path.constData(), objectPath.constData()) < 0)
+    if (::fchmod(m_fd.get(), rights.mode) < 0 || ::rename(m_path.constData(), objectPath.constData()) < 0)
         return errno;
     m_fd.reset();
     return 0;
@@ -163,14 +166,11 @@ int publish(const QByteArray &path, const QByteArray &update, PpsMerge merge, Cr
         if (isThere(old))
             return 0;
     }
-    gid_t group = gid_t(-1);
+    PublishLock::Rights rights{::geteuid(), ::getegid(), mode};
     struct stat status;
-    if (old.error == 0 && ::fstat(held.get(), &status) == 0) {
-        mode = status.st_mode & 07777;
-        if (status.st_gid != ::getegid())
-            group = status.st_gid;
-    }
-    return lock.commit(path, content, mode, group);
+    if (old.error == 0 && ::fstat(held.get(), &status) == 0)
+        rights = {status.st_uid, status.st_gid, mode_t(status.st_mode & 07777)};
+    return lock.commit(path, content, rights);
 }
 
 int remove(const QByteArray &path)

@@ -51,7 +51,7 @@ enum class Create { No, Yes };
 /*!
  * Publishes the lines of \a update onto the object at \a path; 0 or the errno. Where nothing changes, nothing
  * is written and nobody is woken. A new object gets \a mode, and its directories are made; a present one
- * keeps its own.
+ * keeps its own, and its owner and group where the publisher may give them.
  */
 [[nodiscard]] int publish(
     const QByteArray &path, const QByteArray &update, PpsMerge merge, Create create, mode_t mode);
@@ -74,11 +74,18 @@ public:
     PublishLock(const PublishLock &) = delete;
     PublishLock &operator=(const PublishLock &) = delete;
 
+    /*! Whose an object is, and who may do what with it. */
+    struct Rights
+    {
+        uid_t owner;
+        gid_t group;
+        mode_t mode;
+    };
+
     /*! Waits for the lock; 0 or the errno. */
     [[nodiscard]] int acquire();
     /*! Puts \a content in the place of the object and gives the lock up; 0 or the errno. */
-    [[nodiscard]] int commit(
-        const QByteArray &objectPath, const QByteArray &content, mode_t mode, gid_t group);
+    [[nodiscard]] int commit(const QByteArray &objectPath, const QByteArray &content, const Rights &rights);
 
 private:
     QByteArray m_path;

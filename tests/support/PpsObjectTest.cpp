@@ -283,6 +283,13 @@ TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
     ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
     ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u) << "a publish keeps the mode";
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(root.file("/pps/private").toLocal8Bit().constData(), 1234, 5678), 0);
+        ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 3}}));
+        ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
+        EXPECT_EQ(status.st_uid, 1234u) << "and the owner, whom root would lock out else";
+        EXPECT_EQ(status.st_gid, 5678u);
+    }
 
     const auto openError = [](const QString &path, PpsOpenMode::Types mode) {
         return runWithoutRights([&] {
