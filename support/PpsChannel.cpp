@@ -68,10 +68,11 @@ public:
 
     int listen() override
     {
+        const auto watcher = PpsWatcher::forThisThread();
         if (m_watched)
             return 0;
         int error = 0;
-        m_watcher = PpsWatcher::forThisThread();
+        m_watcher = watcher;
         m_watched = m_watcher->watch(m_file, this, &error);
         if (!m_watched)
             return error;

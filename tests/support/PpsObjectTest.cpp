@@ -3,6 +3,7 @@
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/PpsServer.hpp>
 
 #include <QDir>
 #include <QEventLoop>
@@ -13,6 +14,7 @@
 #include <filesystem>
 #include <future>
 #include <sys/inotify.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
@@ -349,6 +351,48 @@ TEST_F(PpsObjectTest, NotifiesOnTheThreadThatItMovedTo)
     subscriber.object.moveToThread(started.get_future().get());
     ASSERT_TRUE(publisher.publish({{"a", 2}}));
     other.join();
+}
+
+TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
+{
+    publish({{"a", 1}});
+    PpsServer server("/pps/services/box/control");
+    ASSERT_TRUE(server.listen());
+    std::thread other([&] {
+        Subscriber status(Path + "?wait");
+        Subscriber control("/pps/services/box/control", false);
+        std::thread([&] { EXPECT_TRUE(publisher.publish({{"a", 2}})); }).join();
+        EXPECT_EQ(status.read(), "@status\na:n:2\n") << "which watches, without a loop";
+        QEventLoop loop;
+        std::thread([&] { EXPECT_TRUE(publisher.publish({{"a", 3}})); }).join();
+        while (status.wakes == 0 || control.wakes == 0)
+            loop.processEvents(QEventLoop::WaitForMoreEvents);
+        EXPECT_EQ(status.last, "@status\na:n:3\n");
+    });
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
+    EXPECT_TRUE(server.send(1, QByteArray("hello")));
+    other.join();
+}
+
+TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
+{
+    publish({{"a", 1}});
+    LogCapture log;
+    std::thread([] {
+        PpsObject object(Path);
+        EXPECT_TRUE(object.open(PpsOpenMode::Subscribe));
+        rlimit before;
+        ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+        const rlimit none{3, before.rlim_max};
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+        QObject::connect(&object, &PpsObject::readyRead, [] {});
+        ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+        EXPECT_EQ(object.error(), EMFILE);
+    }).join();
+    EXPECT_EQ(log.take(),
+        QStringList{"\"/pps/services/box/status\" is open, but its changes will not be heard: \"Too many "
+                    "open files\""});
+    EXPECT_EQ(log.categories(), QStringList{"oz.support"});
 }
 
 TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)
