@@ -301,10 +301,9 @@ TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     const rlimit none{3, before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
     int turns = 0;
-    QTimer ended;
-    ended.setSingleShot(true);
-    ended.start(50);
-    for (; ended.isActive(); ++turns)
+    bool ended = false;
+    QTimer::singleShot(50, [&] { ended = true; });
+    for (; !ended; ++turns)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_LT(turns, 20) << "it does not spin meanwhile";
     EXPECT_EQ(server.clientCount(), 0);
