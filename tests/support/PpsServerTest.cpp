@@ -294,7 +294,10 @@ TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     const DeviceRoot root;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
+    PpsObject served(Path);
     PpsObject client(Path);
+    ASSERT_TRUE(served.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
     ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
@@ -306,9 +309,9 @@ TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     for (; !ended; ++turns)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_LT(turns, 20) << "it does not spin meanwhile";
-    EXPECT_EQ(server.clientCount(), 0);
+    EXPECT_EQ(server.clientCount(), 1);
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
-    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 
 TEST(PpsServer, MoreClientsThanItServesWaitUntilOthersLeave)
