@@ -13,7 +13,7 @@
  * and renamed over it. That file is also the publishers' lock: whoever holds the flock on what lies at
  * ".NAME.tmp" may publish, and the rename takes the lock away together with the name. A publisher that is
  * killed leaves at most an unlocked ".NAME.tmp", which the next one takes over. Readers need no lock, and
- * cannot open the temporary file.
+ * cannot open the temporary file. A service that puts a socket at the path takes the same lock.
  */
 namespace oz::PpsStateFile {
 
