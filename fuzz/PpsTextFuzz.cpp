@@ -1,4 +1,5 @@
-// Feeds arbitrary bytes to everything that reads a message. What decodes must encode again, and come back equal.
+// Feeds arbitrary bytes to everything that reads a message. What decodes must encode again, and come back
+// equal.
 
 #include <oz/PpsText.hpp>
 

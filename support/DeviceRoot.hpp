@@ -12,9 +12,8 @@ namespace oz {
  *
  * It is, in this order: the environment variable OZ_DEVICE_ROOT where it is set and not empty (ignored in
  * set-uid and set-gid programs); "/" where the directory "/pps" exists; else "$XDG_RUNTIME_DIR/ozdevice",
- * with
- * "/run/user/UID" for an XDG_RUNTIME_DIR that is not set. A relative OZ_DEVICE_ROOT counts from the current
- * directory.
+ * with "/run/user/UID" for an XDG_RUNTIME_DIR that is not set. A relative OZ_DEVICE_ROOT counts from the
+ * current directory.
  *
  * The environment is read at each call, so a program that changes it does so before it starts a second
  * thread.

@@ -54,8 +54,10 @@ public:
 
     int write(const QByteArray &message) override
     {
-        if (const QByteArrayView header = PpsLines(message).header();
-            !header.isNull() && header != m_path.name)
+        if (message.size() > PpsText::MaxMessageSize)
+            return EMSGSIZE;
+        const QByteArrayView header = PpsLines(message).header();
+        if (message.isEmpty() || (!header.isNull() && header != m_path.name))
             return EINVAL;
         QString malformed;
         (void)PpsText::decode(message, &malformed);
@@ -66,10 +68,11 @@ public:
 
     int listen() override
     {
+        const auto watcher = PpsWatcher::forThisThread();
         if (m_watched)
             return 0;
         int error = 0;
-        m_watcher = PpsWatcher::forThisThread();
+        m_watcher = watcher;
         m_watched = m_watcher->watch(m_file, this, &error);
         if (!m_watched)
             return error;
@@ -181,7 +184,8 @@ int PpsChannel::open(const PpsPath &path, PpsOpenMode::Types mode, bool blocking
         return errno;
     if (S_ISSOCK(status.st_mode)) {
         UniqueFd socket;
-        if (const int error = SeqSocket::connect(file, &socket))
+        if (const int error =
+                SeqSocket::connect(file, blocking ? SeqSocket::Wait::Yes : SeqSocket::Wait::No, &socket))
             return error;
         *channel = std::make_unique<ServedChannel>(path, std::move(socket), blocking, std::move(ready));
         return 0;

@@ -4,7 +4,9 @@
 
 #include <oz/PpsText.hpp>
 
+#include <QAbstractEventDispatcher>
 #include <QEvent>
+#include <QLoggingCategory>
 #include <QMetaMethod>
 #include <QThread>
 
@@ -12,6 +14,10 @@
 #include <system_error>
 
 namespace oz {
+
+namespace {
+Q_LOGGING_CATEGORY(logSupport, "oz.support")
+}
 
 class PpsObjectPrivate
 {
@@ -24,7 +30,24 @@ public:
         static const QMetaMethod readyRead = QMetaMethod::fromSignal(&PpsObject::readyRead);
         if (!channel || !(mode & PpsOpenMode::Subscribe) || !q->isSignalConnected(readyRead))
             return 0;
+        // An object may be opened before its thread's event loop, or the application object, is there.
+        if (!QAbstractEventDispatcher::instance())
+            listenLater();
         return channel->listen();
+    }
+
+    void listenLater()
+    {
+        QMetaObject::invokeMethod(
+            q, [this] { listenOrLog(); }, Qt::QueuedConnection);
+    }
+
+    // For an object that is open already: nobody asks for a result.
+    void listenOrLog()
+    {
+        if (!done(listenWhereWanted()))
+            qCWarning(logSupport) << path
+                                  << "is open, but its changes will not be heard:" << q->errorString();
     }
 
     bool done(int result)
@@ -136,8 +159,7 @@ bool PpsObject::event(QEvent *event)
     // Sent on the old thread, right before the object moves to the new one.
     if (event->type() == QEvent::ThreadChange && d->channel) {
         d->channel->stopListening();
-        QMetaObject::invokeMethod(
-            this, [this] { d->done(d->listenWhereWanted()); }, Qt::QueuedConnection);
+        d->listenLater();
     }
     return QObject::event(event);
 }
@@ -146,11 +168,10 @@ void PpsObject::connectNotify(const QMetaMethod &signal)
 {
     if (signal != QMetaMethod::fromSignal(&PpsObject::readyRead))
         return;
-    const auto listen = [this] { d->done(d->listenWhereWanted()); };
     if (QThread::currentThread() == thread())
-        listen();
+        d->listenOrLog();
     else
-        QMetaObject::invokeMethod(this, listen, Qt::QueuedConnection);
+        d->listenLater();
 }
 
 } // namespace oz

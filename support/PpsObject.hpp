@@ -39,7 +39,9 @@ class PpsObjectPrivate;
  * EMSGSIZE; a service that does not take messages is EAGAIN.
  *
  * An instance belongs to the thread that it lives on, like any QObject; different instances are independent.
- * It notifies in threads with an event loop; in others it can be opened, read and written.
+ * It notifies in threads with an event loop, from when there is one; in others it can be opened, read and
+ * written. Where a receiver connects after open() and the object cannot be watched, a warning of the category
+ * "oz.support" says so.
  */
 class OZ_SUPPORT_EXPORT PpsObject : public QObject
 {

@@ -7,8 +7,10 @@
 
 #include <QPointer>
 #include <QSocketNotifier>
+#include <QTimer>
 
 #include <cerrno>
+#include <chrono>
 #include <map>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -20,6 +22,7 @@ namespace {
 
 constexpr std::size_t MaxClients = 1000;
 constexpr int MessagesPerTurn = 16; // of one client, before the others have their turn
+constexpr std::chrono::milliseconds AcceptRetryInterval(100);
 
 struct Connection
 {
@@ -60,19 +63,24 @@ public:
         if (!notifier)
             return;
         notifier.reset();
-        connections.clear();
+        // Before any client hears of the end: one that then looks whether the object is there finds it gone.
         struct stat status;
         if (::lstat(file.constData(), &status) == 0 && status.st_ino == inode)
             ::unlink(file.constData());
+        connections.clear();
     }
 
     void acceptClient()
     {
         UniqueFd accepted(::accept4(socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
         if (!accepted) {
-            // Out of descriptors: a client has to leave before the next can come.
-            if (errno == EMFILE || errno == ENFILE)
-                notifier->setEnabled(connections.empty());
+            // Out of descriptors or memory: nothing tells when there is more, so it is tried from time to
+            // time.
+            if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
+                notifier->setEnabled(false);
+                const auto retry = [this] { notifier->setEnabled(connections.size() < MaxClients); };
+                QTimer::singleShot(AcceptRetryInterval, notifier.get(), retry);
+            }
             return;
         }
         ucred credentials{};
@@ -124,10 +132,10 @@ public:
         const auto found = connections.find(id);
         if (found == connections.end())
             return done(ENOTCONN);
-        const int failure = SeqSocket::send(found->second.socket.get(), message, SeqSocket::Wait::No);
-        if (failure == EAGAIN)
-            drop(id);
-        return done(failure);
+        const bool sent = done(SeqSocket::send(found->second.socket.get(), message, SeqSocket::Wait::No));
+        if (error == EAGAIN)
+            drop(id); // whose slots may destroy all this
+        return sent;
     }
 
     bool done(int result)

@@ -16,70 +16,6 @@ QByteArrayView nameOf(const QByteArray &path)
     return QByteArrayView(path).sliced(path.lastIndexOf('/') + 1);
 }
 
-// The right to publish one object, for the life of this instance; see the header.
-class PublishLock
-{
-public:
-    explicit PublishLock(const QByteArray &objectPath) : m_path(temporaryPath(objectPath)) { }
-    ~PublishLock()
-    {
-        if (m_fd)
-            ::unlink(m_path.constData());
-    }
-    PublishLock(const PublishLock &) = delete;
-    PublishLock &operator=(const PublishLock &) = delete;
-
-    [[nodiscard]] int acquire()
-    {
-        for (;;) {
-            UniqueFd fd(
-                ::open(m_path.constData(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
-            if (!fd)
-                return errno;
-            while (::flock(fd.get(), LOCK_EX) < 0) {
-                if (errno != EINTR)
-                    return errno;
-            }
-            // Whoever held the lock before may have renamed or removed what was locked here.
-            struct stat locked;
-            struct stat present;
-            if (::fstat(fd.get(), &locked) == 0 && ::lstat(m_path.constData(), &present) == 0
-                && locked.st_dev == present.st_dev && locked.st_ino == present.st_ino) {
-                m_leftover = locked.st_size > 0;
-                m_fd = std::move(fd);
-                return 0;
-            }
-        }
-    }
-
-    // Puts \a content in the place of the object and gives the lock up.
-    [[nodiscard]] int commit(
-        const QByteArray &objectPath, const QByteArray &content, mode_t mode, gid_t group)
-    {
-        if (m_leftover && ::ftruncate(m_fd.get(), 0) < 0)
-            return errno;
-        for (qsizetype written = 0; written < content.size();) {
-            const ssize_t count = ::pwrite(
-                m_fd.get(), content.constData() + written, std::size_t(content.size() - written), written);
-            if (count < 0 && errno != EINTR)
-                return errno;
-            written += std::max<ssize_t>(count, 0);
-        }
-        // A publisher outside the object's group cannot keep the group; the object is published all the same.
-        if (group != gid_t(-1) && ::fchown(m_fd.get(), uid_t(-1), group) < 0 && errno != EPERM)
-            return errno;
-        if (::fchmod(m_fd.get(), mode) < 0 || ::rename(m_path.constData(), objectPath.constData()) < 0)
-            return errno;
-        m_fd.reset();
-        return 0;
-    }
-
-private:
-    QByteArray m_path;
-    UniqueFd m_fd;
-    bool m_leftover = false;
-};
-
 } // namespace
 
 Identity::Identity(const struct stat &status)
@@ -93,10 +29,63 @@ bool Identity::operator==(const Identity &other) const
         && changed.tv_sec == other.changed.tv_sec && changed.tv_nsec == other.changed.tv_nsec;
 }
 
-QByteArray temporaryPath(const QByteArray &path)
+QByteArray hiddenPath(const QByteArray &path, const char *suffix)
 {
     const QByteArrayView name = nameOf(path);
-    return path.first(path.size() - name.size()) + '.' + name.toByteArray() + ".tmp";
+    return path.first(path.size() - name.size()) + '.' + name.toByteArray() + suffix;
+}
+
+PublishLock::PublishLock(const QByteArray &objectPath) : m_path(hiddenPath(objectPath, ".tmp")) { }
+
+PublishLock::~PublishLock()
+{
+    if (m_fd)
+        ::unlink(m_path.constData());
+}
+
+int PublishLock::acquire()
+{
+    for (;;) {
+        UniqueFd fd(::open(m_path.constData(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600));
+        if (!fd)
+            return errno;
+        while (::flock(fd.get(), LOCK_EX) < 0) {
+            if (errno != EINTR)
+                return errno;
+        }
+        // Whoever held the lock before may have renamed or removed what was locked here.
+        struct stat locked;
+        struct stat present;
+        if (::fstat(fd.get(), &locked) == 0 && ::lstat(m_path.constData(), &present) == 0
+            && locked.st_dev == present.st_dev && locked.st_ino == present.st_ino) {
+            m_leftover = locked.st_size > 0;
+            m_fd = std::move(fd);
+            return 0;
+        }
+    }
+}
+
+int PublishLock::commit(const QByteArray &objectPath, const QByteArray &content, const Rights &rights)
+{
+    if (m_leftover && ::ftruncate(m_fd.get(), 0) < 0)
+        return errno;
+    for (qsizetype written = 0; written < content.size();) {
+        const ssize_t count = ::pwrite(
+            m_fd.get(), content.constData() + written, std::size_t(content.size() - written), written);
+        if (count < 0 && errno != EINTR)
+            return errno;
+        written += std::max<ssize_t>(count, 0);
+    }
+    // Root keeps the owner, who could not publish any more else. A publisher outside the object's group
+    // cannot keep the group; the object is published all the same.
+    if ((rights.owner != ::geteuid() || rights.group != ::getegid())
+        && ::fchown(m_fd.get(), rights.owner, rights.group) < 0
+        && ::fchown(m_fd.get(), uid_t(-1), rights.group) < 0 && errno != EPERM)
+        return errno;
+    if (::fchmod(m_fd.get(), rights.mode) < 0 || ::rename(m_path.constData(), objectPath.constData()) < 0)
+        return errno;
+    m_fd.reset();
+    return 0;
 }
 
 Snapshot load(const QByteArray &path, UniqueFd *keepOpen)
@@ -177,14 +166,11 @@ int publish(const QByteArray &path, const QByteArray &update, PpsMerge merge, Cr
         if (isThere(old))
             return 0;
     }
-    gid_t group = gid_t(-1);
+    PublishLock::Rights rights{::geteuid(), ::getegid(), mode};
     struct stat status;
-    if (old.error == 0 && ::fstat(held.get(), &status) == 0) {
-        mode = status.st_mode & 07777;
-        if (status.st_gid != ::getegid())
-            group = status.st_gid;
-    }
-    return lock.commit(path, content, mode, group);
+    if (old.error == 0 && ::fstat(held.get(), &status) == 0)
+        rights = {status.st_uid, status.st_gid, mode_t(status.st_mode & 07777)};
+    return lock.commit(path, content, rights);
 }
 
 int remove(const QByteArray &path)

@@ -13,7 +13,7 @@
  * and renamed over it. That file is also the publishers' lock: whoever holds the flock on what lies at
  * ".NAME.tmp" may publish, and the rename takes the lock away together with the name. A publisher that is
  * killed leaves at most an unlocked ".NAME.tmp", which the next one takes over. Readers need no lock, and
- * cannot open the temporary file.
+ * cannot open the temporary file. A service that puts a socket at the path takes the same lock.
  */
 namespace oz::PpsStateFile {
 
@@ -51,7 +51,7 @@ enum class Create { No, Yes };
 /*!
  * Publishes the lines of \a update onto the object at \a path; 0 or the errno. Where nothing changes, nothing
  * is written and nobody is woken. A new object gets \a mode, and its directories are made; a present one
- * keeps its own.
+ * keeps its own, and its owner and group where the publisher may give them.
  */
 [[nodiscard]] int publish(
     const QByteArray &path, const QByteArray &update, PpsMerge merge, Create create, mode_t mode);
@@ -62,7 +62,35 @@ enum class Create { No, Yes };
 /*! Makes the directory of \a path and those above it; 0 or the errno. */
 [[nodiscard]] int makeDirectoryOf(const QByteArray &path);
 
-/*! The file under construction beside \a path. */
-[[nodiscard]] QByteArray temporaryPath(const QByteArray &path);
+/*! ".NAME" and \a suffix beside \a path, which no reader can open: what is under construction there. */
+[[nodiscard]] QByteArray hiddenPath(const QByteArray &path, const char *suffix);
+
+/*! The right to decide what lies at the path of an object, for the life of the instance; see above. */
+class PublishLock
+{
+public:
+    explicit PublishLock(const QByteArray &objectPath);
+    ~PublishLock();
+    PublishLock(const PublishLock &) = delete;
+    PublishLock &operator=(const PublishLock &) = delete;
+
+    /*! Whose an object is, and who may do what with it. */
+    struct Rights
+    {
+        uid_t owner;
+        gid_t group;
+        mode_t mode;
+    };
+
+    /*! Waits for the lock; 0 or the errno. */
+    [[nodiscard]] int acquire();
+    /*! Puts \a content in the place of the object and gives the lock up; 0 or the errno. */
+    [[nodiscard]] int commit(const QByteArray &objectPath, const QByteArray &content, const Rights &rights);
+
+private:
+    QByteArray m_path;
+    UniqueFd m_fd;
+    bool m_leftover = false;
+};
 
 } // namespace oz::PpsStateFile

@@ -133,13 +133,13 @@ public:
     bool StartArray() { return enter(false); }
     bool EndObject(rapidjson::SizeType)
     {
-        QVariant map = std::move(m_levels.back().map);
+        QVariant map = m_levels.back().map;
         m_levels.pop_back();
         return add(std::move(map));
     }
     bool EndArray(rapidjson::SizeType)
     {
-        QVariant list = std::move(m_levels.back().list);
+        QVariant list = m_levels.back().list;
         m_levels.pop_back();
         return add(std::move(list));
     }
@@ -165,7 +165,7 @@ private:
         if (m_levels.empty())
             m_root = std::move(value);
         else if (Level &level = m_levels.back(); level.isMap)
-            level.map.insert(level.key, std::move(value));
+            level.map.insert(level.key, value);
         else
             level.list.append(std::move(value));
         return true;

@@ -43,10 +43,9 @@ inline constexpr int MaxDepth = 64; //!< maps and lists in one another; a deeper
  * Text, integers up to 64 bits, float and double, bool, QByteArray, QVariantList (and QStringList, which
  * decodes as a QVariantList), QVariantMap, nullptr (JSON's null) and the invalid QVariant ("-name") have a
  * form. Refused, with an empty result and \a error naming the attribute: a name that is empty, holds ':' or
- * LF, or begins with '@' or
- * '-'; a value of any other type; a number that is not finite; bytes inside a list or a map; text that is no
- * valid UTF-16; more than MaxDepth levels; more than MaxMessageSize bytes in all. What is not refused decodes
- * to an equal map.
+ * LF, or begins with '@' or '-'; a value of any other type; a number that is not finite; bytes inside a list
+ * or a map; text that is no valid UTF-16; more than MaxDepth levels; more than MaxMessageSize bytes in all.
+ * What is not refused decodes to an equal map.
  */
 [[nodiscard]] OZ_SUPPORT_EXPORT QByteArray encode(const QVariantMap &attributes, QString *error = nullptr);
 

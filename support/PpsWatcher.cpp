@@ -1,7 +1,6 @@
 #include "PpsWatcher.hpp"
 
 #include <QAbstractEventDispatcher>
-#include <QCoreApplication>
 #include <QSocketNotifier>
 #include <QThreadStorage>
 
@@ -20,14 +19,6 @@ constexpr std::uint32_t DirectoryEvents =
     IN_MOVED_TO | IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
 
 QThreadStorage<std::shared_ptr<PpsWatcher>> s_watchers;
-
-// Objects may be opened before the application object, and with it the main thread's event loop, exists.
-void attachWatcherOfMainThread()
-{
-    if (s_watchers.hasLocalData())
-        s_watchers.localData()->attachToEventLoop();
-}
-Q_COREAPP_STARTUP_FUNCTION(attachWatcherOfMainThread)
 
 QByteArray parentOf(const QByteArray &path)
 {
@@ -70,7 +61,7 @@ std::shared_ptr<PpsWatcher> PpsWatcher::forThisThread()
 {
     if (!s_watchers.hasLocalData())
         s_watchers.setLocalData(std::shared_ptr<PpsWatcher>(new PpsWatcher));
-    const std::shared_ptr<PpsWatcher> watcher = s_watchers.localData();
+    std::shared_ptr<PpsWatcher> watcher = s_watchers.localData();
     watcher->attachToEventLoop();
     return watcher;
 }

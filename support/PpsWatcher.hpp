@@ -65,7 +65,9 @@ class PpsWatcher : public QObject
 public:
     ~PpsWatcher() override;
 
-    /*! The watcher of the calling thread. Whoever watches keeps it alive. */
+    /*! The watcher of the calling thread, in its event loop where there is one. Whoever watches keeps it
+     * alive.
+     */
     [[nodiscard]] static std::shared_ptr<PpsWatcher> forThisThread();
 
     /*! Watches the file at \a path for \a subscriber; nothing, with \a error set to the errno, where that
@@ -79,13 +81,11 @@ public:
     /*! Waits until something happened to a watched file; 0 or the errno. */
     [[nodiscard]] int wait();
 
-    /*! Takes part in the calling thread's event loop, from when there is one. */
-    void attachToEventLoop();
-
 private:
     friend class WatchedDirectory;
 
     PpsWatcher() = default;
+    void attachToEventLoop();
     void onReadable();
     void announceAll();
     void readEvents();

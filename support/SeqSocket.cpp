@@ -49,9 +49,10 @@ private:
     int m_error = 0;
 };
 
-int makeSocket(UniqueFd *socket)
+int makeSocket(UniqueFd *socket, Wait wait = Wait::Yes)
 {
-    *socket = UniqueFd(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+    const int flags = SOCK_CLOEXEC | (wait == Wait::No ? SOCK_NONBLOCK : 0);
+    *socket = UniqueFd(::socket(AF_UNIX, SOCK_SEQPACKET | flags, 0));
     if (!*socket)
         return errno;
     // One message has to fit the send buffer; the kernel grants what its limit allows.
@@ -60,14 +61,27 @@ int makeSocket(UniqueFd *socket)
     return 0;
 }
 
+// What attempt comes to in the end. A peer that leaves without reading everything is reported once, ahead of
+// the messages that it had sent before; those count first.
+template <typename Attempt>
+int pastReset(const Attempt &attempt)
+{
+    bool reset = false;
+    for (;;) {
+        const int error = attempt();
+        if (error != EINTR && (error != ECONNRESET || std::exchange(reset, true)))
+            return error;
+    }
+}
+
 } // namespace
 
-int connect(const QByteArray &path, UniqueFd *socket)
+int connect(const QByteArray &path, Wait wait, UniqueFd *socket)
 {
     const Address address(path);
     if (address.error())
         return address.error();
-    if (const int error = makeSocket(socket))
+    if (const int error = makeSocket(socket, wait))
         return error;
     while (::connect(socket->get(), address.get(), Address::size()) < 0) {
         if (errno != EINTR) {
@@ -81,21 +95,25 @@ int connect(const QByteArray &path, UniqueFd *socket)
 
 int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
 {
+    if (const int error = PpsStateFile::makeDirectoryOf(path))
+        return error;
+    // Of two services that start at once, one comes second.
+    PpsStateFile::PublishLock lock(path);
+    if (const int error = lock.acquire())
+        return error;
     struct stat status;
     if (::lstat(path.constData(), &status) == 0) {
         UniqueFd probe;
         if (!S_ISSOCK(status.st_mode))
             return EEXIST;
-        if (connect(path, &probe) == 0)
+        if (const int error = connect(path, Wait::No, &probe); error == 0 || error == EAGAIN)
             return EADDRINUSE;
-    } else if (const int error = PpsStateFile::makeDirectoryOf(path)) {
-        return error;
     }
     // It listens before it has its name, so nobody ever meets it half made.
-    const QByteArray temporary = PpsStateFile::temporaryPath(path);
-    if (::unlink(temporary.constData()) < 0 && errno != ENOENT)
+    const QByteArray hidden = PpsStateFile::hiddenPath(path, ".sock");
+    if (::unlink(hidden.constData()) < 0 && errno != ENOENT)
         return errno;
-    const Address address(temporary);
+    const Address address(hidden);
     if (address.error())
         return address.error();
     if (const int error = makeSocket(socket))
@@ -103,10 +121,10 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
     int error = 0;
     if (::bind(socket->get(), address.get(), Address::size()) < 0)
         error = errno;
-    else if (::chmod(temporary.constData(), mode) < 0 || ::listen(socket->get(), SOMAXCONN) < 0
-        || ::rename(temporary.constData(), path.constData()) < 0) {
+    else if (::chmod(hidden.constData(), mode) < 0 || ::listen(socket->get(), SOMAXCONN) < 0
+        || ::rename(hidden.constData(), path.constData()) < 0) {
         error = errno;
-        ::unlink(temporary.constData());
+        ::unlink(hidden.constData());
     }
     if (error)
         socket->reset();
@@ -121,21 +139,22 @@ int send(int socket, const QByteArray &message, Wait wait)
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
-    while (::send(socket, message.constData(), std::size_t(message.size()), flags) < 0) {
-        if (errno != EINTR)
-            return errno;
-    }
-    return 0;
+    const auto attempt = [&] {
+        return ::send(socket, message.constData(), std::size_t(message.size()), flags) < 0 ? errno : 0;
+    };
+    return pastReset(attempt);
 }
 
 int receive(int socket, QByteArray *message, Wait wait)
 {
     const int flags = wait == Wait::Yes ? 0 : MSG_DONTWAIT;
     ssize_t size = 0;
-    while ((size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags)) < 0) {
-        if (errno != EINTR)
-            return errno;
-    }
+    const auto attempt = [&] {
+        size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags);
+        return size < 0 ? errno : 0;
+    };
+    if (const int error = pastReset(attempt))
+        return error;
     if (size == 0)
         return ECONNRESET;
     message->resize(std::min<ssize_t>(size, PpsText::MaxMessageSize));

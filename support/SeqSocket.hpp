@@ -11,16 +11,17 @@
  */
 namespace oz::SeqSocket {
 
-/*! Connects to the service that listens at \a path. */
-[[nodiscard]] int connect(const QByteArray &path, UniqueFd *socket);
+enum class Wait { No, Yes };
+
+/*! Connects to the service that listens at \a path. Without waiting, one that has too many to accept is
+ * EAGAIN. */
+[[nodiscard]] int connect(const QByteArray &path, Wait wait, UniqueFd *socket);
 
 /*!
  * Listens at \a path, whose directories are made, with the file mode \a mode. What a dead service left there
  * is replaced in one step; a living one is EADDRINUSE, anything else at the path EEXIST.
  */
 [[nodiscard]] int listen(const QByteArray &path, mode_t mode, UniqueFd *socket);
-
-enum class Wait { No, Yes };
 
 /*! Sends one message. Without waiting, a receiver whose queue is full is EAGAIN; no receiver any more is
  * EPIPE. */

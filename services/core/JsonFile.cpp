@@ -283,7 +283,7 @@ QString JsonNode::text(const QString &key, const QString &fallback) const
 
 QString JsonNode::word(const QString &key, const QString &fallback, const QStringList &words) const
 {
-    const QString value = text(key, fallback);
+    QString value = text(key, fallback);
     if (!words.contains(value)) {
         fail(QLatin1String("expected one of ") + words.join(QLatin1String(", ")) + QLatin1String(", found \"")
                 + value + u'"',

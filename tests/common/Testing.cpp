@@ -17,6 +17,10 @@
 
 #include <cstdio>
 #include <grp.h>
+#include <linux/capability.h>
+#include <linux/securebits.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -187,21 +191,42 @@ bool waitUntil(const std::function<bool()> &condition, int milliseconds)
     return QTest::qWaitFor(condition, milliseconds);
 }
 
-int runWithoutRights(const std::function<int()> &body)
+namespace {
+
+int runInChild(const std::function<bool()> &prepare, const std::function<int()> &body)
 {
-    constexpr uid_t nobody = 65534;
     const pid_t child = ::fork();
-    if (child == 0) {
-        if (::geteuid() == 0
-            && (::setgroups(0, nullptr) != 0 || ::setresgid(nobody, nobody, nobody) != 0
-                || ::setresuid(nobody, nobody, nobody) != 0))
-            ::_exit(255);
-        ::_exit(body());
-    }
+    if (child == 0)
+        ::_exit(::geteuid() != 0 || prepare() ? body() : 255);
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 255);
     return WEXITSTATUS(status);
+}
+
+} // namespace
+
+int runWithoutRights(const std::function<int()> &body)
+{
+    return runInChild(
+        [] {
+            constexpr uid_t nobody = 65534;
+            return ::setgroups(0, nullptr) == 0 && ::setresgid(nobody, nobody, nobody) == 0
+                && ::setresuid(nobody, nobody, nobody) == 0;
+        },
+        body);
+}
+
+int runWithoutPrivileges(const std::function<int()> &body)
+{
+    return runInChild(
+        [] {
+            __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+            const __user_cap_data_struct none[2] = {};
+            return ::prctl(PR_SET_SECUREBITS, SECBIT_NOROOT) == 0
+                && ::syscall(SYS_capset, &header, none) == 0;
+        },
+        body);
 }
 
 void settle()

@@ -98,6 +98,10 @@ private:
  */
 [[nodiscard]] int runWithoutRights(const std::function<int()> &body);
 
+/*! As above, but the same user without what root may do beyond file modes, also in programs that it starts.
+ */
+[[nodiscard]] int runWithoutPrivileges(const std::function<int()> &body);
+
 /*! Runs the event loop until everything that is under way now has been delivered. */
 void settle();
 

@@ -4,13 +4,17 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/HdmiConnector.hpp>
+#include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+
+#include <QRegularExpression>
+#include <QSet>
 
 using namespace oz::device;
 using namespace oz::testing;
 
-// What holds for each facility whose values come from state objects and whose failed readings give the
-// defaults.
+// What holds for each facility that keeps the values of state objects.
 
 namespace {
 
@@ -44,6 +48,12 @@ const QString Missing = "  \"No such file or directory\"";
 const QString Radio = "/pps/services/cellular/radioctrl/";
 
 const Facility Facilities[] = {
+    {"SdCardInfo", [] { return new SdCardInfo; }, "state=Mounted activity=Busy",
+        "state=Unknown activity=Unknown", {"SdCardInfo failed to open pps, error 2 ."},
+        // A reading that fails changes nothing here.
+        {{"/pps/system/filesystem/removable/sdcard", "mounted:b:true\nbusy:b:true\n", {}, {}}},
+        "stateChanged(~SdCardState::Type) activityChanged(~SdCardActivity::Type) stateChanged(int) "
+        "activityChanged(int) ~SdCardState::Type state ~SdCardActivity::Type activity"},
     {"BatteryInfo", [] { return new BatteryInfo; },
         "level=80 chargingState=Charging present=true condition=OK fullChargeCapacity=2900 cycleCount=120 "
         "temperature=25.5 rxid=\"7F01\"",
@@ -240,8 +250,19 @@ TEST_P(FacilityTest, AReadingThatFailsGivesTheDefaultsAndTheNextGoodOneBringsAll
         EXPECT_EQ(log.take(), source.warnings);
         EXPECT_EQ(heard.take(), source.stillLost);
         root.place(source.path, source.text);
-        EXPECT_EQ(heard.waitFor(int(source.lost.size())).size(), source.lost.size());
+        const QStringList found = heard.waitFor(int(source.lost.size()));
+        EXPECT_EQ(found.size(), source.lost.size());
         EXPECT_EQ(valuesOf(*facility), GetParam().values);
+        // Each signal, but for the integer twins, tells the value of its own property.
+        static const QRegularExpression parts(R"(^(\w+)Changed\(([^,]*?)(, .*)?\)$)");
+        QSet<QString> told;
+        for (const QString &signal : found) {
+            const QRegularExpressionMatch match = parts.match(signal);
+            const bool isTwin =
+                std::exchange(told, told | QSet{match.captured(1)}).contains(match.captured(1));
+            EXPECT_TRUE(isTwin || GetParam().values.contains(match.captured(1) + "=" + match.captured(2)))
+                << signal.toStdString();
+        }
     }
 }
 
@@ -272,5 +293,43 @@ TEST_P(FacilityTest, DeclaresItsSignalsMethodsAndPropertiesInOrder)
 
 INSTANTIATE_TEST_SUITE_P(Each, FacilityTest, ::testing::ValuesIn(Facilities),
     [](const auto &facility) { return std::string(facility.param.name); });
+
+TEST(Enumerations, AreKnownByName)
+{
+    const struct
+    {
+        const QMetaObject &holder;
+        const char *enumerators;
+        bool isSet = false;
+    } rows[] = {
+        {SdCardState::staticMetaObject, "Unknown=0 Mounted=1 Unmounted=2 Busy=3"},
+        {SdCardActivity::staticMetaObject, "Unknown=0 Idle=1 Busy=2"},
+        {BatteryChargingState::staticMetaObject, "Unknown=0 NotCharging=1 Charging=2 Discharging=3 Full=4"},
+        {BatteryCondition::staticMetaObject, "Unknown=0 OK=1 Bad=2"},
+        {HdmiConnector::staticMetaObject, "Unknown=0 None=1 Micro=2"},
+        {SimCardState::staticMetaObject,
+            "NotDetected=0 Incompatible=1 NotProvisioned=2 ReadError=3 PinRequired=4 Ready=5"},
+        {CellularConnectionState::staticMetaObject, "Disconnected=0 PendingConnect=1 Connected=2"},
+        {CellularConnectionRequestResult::staticMetaObject,
+            "Requested=0 InternalError=1 InvalidInterface=2 PermissionDenied=3 NotPossible=4"},
+        {CellularTechnology::staticMetaObject, "None=0 Gsm=1 Umts=2 Cdma1X=4 Evdo=8 Lte=16", true},
+        {CellularService::staticMetaObject,
+            "None=0 Emergency=1 Voice=2 E911Callback=4 Data=256 GenericAccessNetwork=512 "
+            "ConcurrentVoiceData=1024 DataGprs=4096 DataEdge=8192 DataUmts=16384 DataHspa=32768 "
+            "DataHspaP=65536 DataCdma=131072 DataEvdo0=262144 DataEvdoA=524288 DataEhrpd=1048576 "
+            "DataLte=2097152",
+            true},
+        {CellularBand::staticMetaObject,
+            "None=0 Cdma0=1 CdmaI=2 CdmaXV=4 Gsm850=8 Gsm900=16 Gsm1800=32 Gsm1900=64 UmtsI=128 UmtsII=256 "
+            "UmtsIII=512 UmtsIV=1024 UmtsV=2048 UmtsVI=4096 UmtsVII=8192 UmtsVIII=16384 UmtsIX=32768 "
+            "UmtsX=65536 LteII=131072 LteIII=262144 LteIV=524288 LteV=1048576 LteVII=2097152 "
+            "LteVIII=4194304 LteXIII=8388608 LteXVII=16777216 LteXX=33554432",
+            true},
+    };
+    for (const auto &row : rows) {
+        EXPECT_EQ(enumeratorsOf(row.holder), row.enumerators);
+        EXPECT_EQ(enumeratorsOf(row.holder, "Types"), row.isSet ? row.enumerators : "");
+    }
+}
 
 } // namespace

@@ -4,7 +4,6 @@
 #include <oz/PpsPublisher.hpp>
 #include <oz/device/SdCardInfo.hpp>
 
-#include <QMetaProperty>
 #include <QTimer>
 
 using namespace oz;
@@ -27,18 +26,6 @@ protected:
     DeviceRoot root;
     PpsPublisher publisher{Path};
 };
-
-TEST_F(SdCardInfoTest, AnswersAtOnceWithTheCardThatIsThereAndSignalsNothing)
-{
-    publish(true, true);
-    SdCardInfo card;
-    SignalLog heard(&card);
-    EXPECT_EQ(card.state(), SdCardState::Mounted);
-    EXPECT_EQ(card.activity(), SdCardActivity::Busy);
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-    EXPECT_EQ(log.take(), QStringList());
-}
 
 TEST_F(SdCardInfoTest, EachChangeIsSignalledTypedThenAsNumberStateBeforeActivity)
 {
@@ -131,18 +118,6 @@ TEST_F(SdCardInfoTest, AReadingThatFailsLeavesTheStateAndLogsOnce)
     EXPECT_EQ(heard.waitFor(2), (QStringList{"activityChanged(Idle)", "activityChanged(1)"}));
 }
 
-TEST_F(SdCardInfoTest, WithoutItsObjectItStaysUnknownForGood)
-{
-    SdCardInfo card;
-    SignalLog heard(&card);
-    EXPECT_EQ(log.take(), QStringList{"SdCardInfo failed to open pps, error 2 ."});
-    publish(true, true);
-    settle();
-    EXPECT_EQ(card.state(), SdCardState::Unknown);
-    EXPECT_EQ(card.activity(), SdCardActivity::Unknown);
-    EXPECT_EQ(heard.take(), QStringList());
-}
-
 TEST_F(SdCardInfoTest, TheSlotTakesAnyPpsObjectAndRefusesEverythingElse)
 {
     publish(false, false);
@@ -164,30 +139,6 @@ TEST_F(SdCardInfoTest, TheSlotTakesAnyPpsObjectAndRefusesEverythingElse)
     QObject::connect(&other, SIGNAL(readyRead()), half, SLOT(onReadyRead()));
     ASSERT_TRUE(other.open(PpsOpenMode::Subscribe));
     EXPECT_EQ(heard.waitFor(2), (QStringList{"stateChanged(Mounted)", "stateChanged(1)"}));
-}
-
-TEST(SdCardInfoMetaObject, ListsTheSignalsPropertiesAndEnumeratorsInOrder)
-{
-    const QMetaObject &type = SdCardInfo::staticMetaObject;
-    QStringList declared;
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i)
-        declared.append(QString::fromLatin1(type.method(i).methodSignature()));
-    EXPECT_EQ(declared,
-        (QStringList{"stateChanged(oz::device::SdCardState::Type)",
-            "activityChanged(oz::device::SdCardActivity::Type)", "stateChanged(int)",
-            "activityChanged(int)"}));
-    ASSERT_EQ(type.propertyCount() - type.propertyOffset(), 2);
-    for (int i = 0; i < 2; ++i) {
-        const QMetaProperty property = type.property(type.propertyOffset() + i);
-        EXPECT_STREQ(property.name(), i == 0 ? "state" : "activity");
-        EXPECT_EQ(property.notifySignal().methodSignature(), declared[i].toLatin1());
-        EXPECT_TRUE(property.isFinal() && !property.isWritable() && !property.isConstant());
-        EXPECT_EQ(property.revision(), 0);
-    }
-    const QMetaEnum state = SdCardState::staticMetaObject.enumerator(0);
-    EXPECT_EQ(state.keyToValue("Unmounted"), 2);
-    EXPECT_EQ(state.keyToValue("Busy"), 3);
-    EXPECT_EQ(SdCardActivity::staticMetaObject.enumerator(0).keyToValue("Busy"), 2);
 }
 
 } // namespace

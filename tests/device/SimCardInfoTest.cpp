@@ -59,23 +59,6 @@ TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
     }
 }
 
-TEST_F(SimCardInfoTest, OnlyWhatChangedIsSignalledInItsOrder)
-{
-    SimCardInfo card;
-    SignalLog heard(&card);
-    root.place(Private, Ready + "uicc_state:json:{\"state\":\"CHV_REQUESTED\"}\n");
-    EXPECT_EQ(heard.waitFor(2), (QStringList{"stateChanged(PinRequired)", "stateChanged(4)"}));
-    root.place(Private, Ready + "hplmn:json:{\"mcc\":\"262\",\"mnc\":\"26\"}\niccid::1\n");
-    EXPECT_EQ(heard.waitFor(4),
-        (QStringList{"stateChanged(Ready)", "stateChanged(5)", "mobileCountryCodeChanged(\"262\")",
-            "serialNumberChanged(\"1\")"}));
-    root.place(Restricted, "@status_restricted\nimsi::262\n");
-    EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
-    root.place(Restricted, "@status_restricted\nimsi::262\nother::1\n");
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-}
-
 TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
 {
     root.remove(Private);
@@ -86,12 +69,6 @@ TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
     root.place(Private, Ready);
     root.place(Restricted, "imsi::262\n");
     EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
-}
-
-TEST(SimCardInfoEnumerations, AreKnownByName)
-{
-    EXPECT_EQ(enumeratorsOf(SimCardState::staticMetaObject),
-        "NotDetected=0 Incompatible=1 NotProvisioned=2 ReadError=3 PinRequired=4 Ready=5");
 }
 
 } // namespace

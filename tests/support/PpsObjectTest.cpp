@@ -3,6 +3,7 @@
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/PpsServer.hpp>
 
 #include <QDir>
 #include <QEventLoop>
@@ -260,10 +261,12 @@ TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
     EXPECT_EQ(object.error(), EBADF);
     ASSERT_TRUE(object.open(PpsOpenMode::Publish));
     EXPECT_TRUE(object.read(&ok).isEmpty() && !ok && object.error() == EBADF);
-    for (const char *bad : {"no colons\n", "@other\na::1\n", "a:n:x\n"}) {
+    for (const char *bad : {"no colons\n", "@other\na::1\n", "a:n:x\n", ""}) {
         EXPECT_FALSE(object.write(bad));
         EXPECT_EQ(object.error(), EINVAL);
     }
+    EXPECT_FALSE(object.write("a::" + QByteArray(1 << 20, 'x')));
+    EXPECT_EQ(object.error(), EMSGSIZE);
     EXPECT_TRUE(object.write("b::new\n-a\n"));
     Subscriber reader(Path);
     EXPECT_EQ(reader.last, "@status\nb::new\n");
@@ -281,6 +284,13 @@ TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
     ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
     ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0640u) << "a publish keeps the mode";
+    if (::geteuid() == 0) {
+        ASSERT_EQ(::chown(root.file("/pps/private").toLocal8Bit().constData(), 1234, 5678), 0);
+        ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 3}}));
+        ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
+        EXPECT_EQ(status.st_uid, 1234u) << "and the owner, whom root would lock out else";
+        EXPECT_EQ(status.st_gid, 5678u);
+    }
 
     const auto openError = [](const QString &path, PpsOpenMode::Types mode) {
         return runWithoutRights([&] {
@@ -340,6 +350,46 @@ TEST_F(PpsObjectTest, NotifiesOnTheThreadThatItMovedTo)
     subscriber.object.moveToThread(started.get_future().get());
     ASSERT_TRUE(publisher.publish({{"a", 2}}));
     other.join();
+}
+
+TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
+{
+    publish({{"a", 1}});
+    PpsServer server("/pps/services/box/control");
+    ASSERT_TRUE(server.listen());
+    std::thread other([&] {
+        Subscriber status(Path + "?wait");
+        Subscriber control("/pps/services/box/control", false);
+        std::thread([&] { EXPECT_TRUE(publisher.publish({{"a", 2}})); }).join();
+        EXPECT_EQ(status.read(), "@status\na:n:2\n") << "which watches, without a loop";
+        QEventLoop loop;
+        std::thread([&] { EXPECT_TRUE(publisher.publish({{"a", 3}})); }).join();
+        while (status.wakes == 0 || control.wakes == 0)
+            loop.processEvents(QEventLoop::WaitForMoreEvents);
+        EXPECT_EQ(status.last, "@status\na:n:3\n");
+    });
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
+    EXPECT_TRUE(server.send(1, QByteArray("hello")));
+    other.join();
+}
+
+TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
+{
+    publish({{"a", 1}});
+    ASSERT_EQ(::chmod(root.file("/pps/services/box").toLocal8Bit().constData(), 0711), 0);
+    const auto connectLate = [] {
+        LogCapture log;
+        PpsObject object(Path);
+        if (!object.open(PpsOpenMode::Subscribe))
+            return 1;
+        QObject::connect(&object, &PpsObject::readyRead, [] {});
+        EXPECT_EQ(log.take(),
+            QStringList{"\"/pps/services/box/status\" is open, but its changes will not be heard: "
+                        "\"Permission denied\""});
+        EXPECT_EQ(log.categories(), QStringList{"oz.support"});
+        return HasFailure() ? 2 : 0;
+    };
+    EXPECT_EQ(runWithoutRights(connectLate), 0);
 }
 
 TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)

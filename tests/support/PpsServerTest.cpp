@@ -7,13 +7,17 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QEventLoop>
-#include <QThread>
+#include <QPointer>
+#include <QTimer>
 
+#include <barrier>
 #include <cerrno>
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace oz;
@@ -145,6 +149,38 @@ TEST(PpsServer, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
     EXPECT_EQ(client.error(), EPIPE);
 }
 
+TEST(PpsServer, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    QList<QByteArray> received;
+    QObject::connect(
+        &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
+            received.append(message);
+            server.send(client.id, "answer");
+            if (message == "leave")
+                server.disconnectClient(client.id);
+        });
+    ASSERT_TRUE(server.listen());
+    PpsObject client(Path);
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(client.write("first"));
+    ASSERT_TRUE(waitUntil([&] { return received.size() == 1; }));
+    ASSERT_TRUE(client.write("second"));
+    client.close();
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 0; }));
+    EXPECT_EQ(received, (QList<QByteArray>{"first", "second"}));
+
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(client.write("leave") && client.write("never read"));
+    ASSERT_TRUE(waitUntil([&] { return received.size() == 3 && server.clientCount() == 0; }));
+    EXPECT_EQ(client.read(), "answer");
+    EXPECT_EQ(client.read(), QByteArray());
+    EXPECT_EQ(client.error(), ECONNRESET);
+    EXPECT_FALSE(client.write("more"));
+    EXPECT_EQ(client.error(), EPIPE);
+}
+
 TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
 {
     const DeviceRoot root;
@@ -157,6 +193,11 @@ TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
     PpsServer onState("/pps/services/box/status");
     EXPECT_FALSE(onState.listen());
     EXPECT_EQ(onState.error(), EEXIST);
+    struct stat status;
+    const QByteArray file = root.file(Path).toLocal8Bit();
+    ASSERT_EQ(::stat(file.constData(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    ::chmod(file.constData(), 0);
     EXPECT_EQ(runWithoutRights([] {
         PpsObject client(Path);
         return client.open(PpsOpenMode::PublishSubscribe) ? 0 : client.error();
@@ -213,7 +254,74 @@ TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
     EXPECT_EQ(server.error(), ENOTCONN);
 }
 
-TEST(PpsServer, MoreClientsThanDescriptorsWaitUntilOthersLeave)
+TEST(PpsServer, ASlotMayDestroyTheServerThatDropsAClient)
+{
+    const DeviceRoot root;
+    QPointer<PpsServer> server = new PpsServer(Path);
+    QObject::connect(server, &PpsServer::disconnected, [&] { delete server; });
+    ASSERT_TRUE(server->listen());
+    PpsObject deaf(Path);
+    ASSERT_TRUE(deaf.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(waitUntil([&] { return server->clientCount() == 1; }));
+    while (server)
+        server->send(1, QByteArray(100'000, 'y'));
+}
+
+TEST(PpsServer, OfManyServicesThatStartAtOnceOneServes)
+{
+    const DeviceRoot root;
+    for (int round = 0; round < 100; ++round) {
+        constexpr int count = 4;
+        std::barrier start(count);
+        std::barrier looked(count);
+        std::atomic<int> serving = 0;
+        std::vector<std::thread> services;
+        for (int i = 0; i < count; ++i) {
+            services.emplace_back([&] {
+                QEventLoop loop;
+                PpsServer server(Path);
+                start.arrive_and_wait();
+                if (server.listen())
+                    ++serving;
+                else
+                    EXPECT_EQ(server.error(), EADDRINUSE);
+                looked.arrive_and_wait();
+                EXPECT_TRUE(PpsObject(Path).open(PpsOpenMode::PublishSubscribe));
+                looked.arrive_and_wait();
+            });
+        }
+        for (std::thread &service : services)
+            service.join();
+        ASSERT_EQ(serving, 1) << round;
+    }
+}
+
+TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
+{
+    const DeviceRoot root;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    PpsObject served(Path);
+    PpsObject client(Path);
+    ASSERT_TRUE(served.open(PpsOpenMode::PublishSubscribe));
+    ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
+    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    rlimit before;
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
+    const rlimit none{3, before.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    int turns = 0;
+    bool ended = false;
+    QTimer::singleShot(50, [&] { ended = true; });
+    for (; !ended; ++turns)
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    EXPECT_LT(turns, 20) << "it does not spin meanwhile";
+    EXPECT_EQ(server.clientCount(), 1);
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
+}
+
+TEST(PpsServer, MoreClientsThanItServesWaitUntilOthersLeave)
 {
     const DeviceRoot root;
     PpsServer server(Path);

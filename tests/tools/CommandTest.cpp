@@ -156,7 +156,7 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
 
     root.place("/pps/system/filesystem/removable/sdcard", "@sdcard\n");
     QFile::setPermissions(root.file("/pps/system/filesystem/removable/sdcard"), QFile::WriteOwner);
-    EXPECT_EQ(runWithoutRights([] {
+    EXPECT_EQ(runWithoutPrivileges([] {
         return run({"show", "sdcard"}).errors.contains("Permission denied") ? 3 : 0;
     }),
         3);

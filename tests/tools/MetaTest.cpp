@@ -46,7 +46,6 @@ TEST(MetaText, WritesValuesAsPeopleReadThem)
         QJsonValue json;
     } rows[] = {
         {QVariant::fromValue(SdCardState::Mounted), "Mounted", "Mounted"},
-        {QVariant::fromValue(SdCardState::Type(77)), "77", 77},
         {QVariant::fromValue(CellularTechnology::Types(CellularTechnology::Gsm | CellularTechnology::Lte)),
             "Gsm|Lte", QJsonArray{"Gsm", "Lte"}},
         {QVariant::fromValue(

@@ -2,6 +2,9 @@
 
 #include <QProcess>
 #include <QString>
+#include <QVariant>
+
+#include <functional>
 
 #include <memory>
 

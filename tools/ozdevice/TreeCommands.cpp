@@ -93,7 +93,7 @@ void print(const QByteArray &message, const Options &options)
 QByteArray readOrThrow(PpsObject &object)
 {
     bool ok = false;
-    const QByteArray message = object.read(&ok);
+    QByteArray message = object.read(&ok);
     if (!ok)
         throw failure(object);
     return message;
