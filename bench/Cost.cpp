@@ -1,11 +1,18 @@
 // What things cost within one process: decoding and encoding beside Qt's JSON, construction, memory, many
 // subscribers.
 
+#include "Messages.hpp"
 #include "Report.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
 
 #include <benchmark/benchmark.h>
 
@@ -27,12 +34,6 @@ using namespace oz::bench;
 namespace {
 
 const QString SdCard = "/pps/system/filesystem/removable/sdcard";
-
-// The message of each facility, as its service publishes it.
-std::map<std::string, QVariantMap> messages()
-{
-    return {{"sdcard", {{"mounted", true}, {"busy", false}}}};
-}
 
 void registerCodec(const std::string &name, const QVariantMap &attributes)
 {
@@ -57,13 +58,15 @@ void registerCodec(const std::string &name, const QVariantMap &attributes)
     });
 }
 
-template <typename Facility>
-void construct(benchmark::State &state)
+template <typename Facility, typename... Arguments>
+void registerConstruct(const char *name, const Arguments &...arguments)
 {
-    for (auto _ : state) {
-        const Facility facility;
-        benchmark::DoNotOptimize(&facility);
-    }
+    benchmark::RegisterBenchmark(name, [arguments...](benchmark::State &state) {
+        for (auto _ : state) {
+            const Facility facility(arguments...);
+            benchmark::DoNotOptimize(&facility);
+        }
+    });
 }
 
 // One publish to so many subscribers of this process, until the last has had its signal.
@@ -142,12 +145,19 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
-    PpsPublisher(SdCard).publish({{"mounted", true}, {"busy", false}});
+    publishAll();
     std::printf("Memory of one live SdCardInfo among 1,000: %.0f bytes\n", memoryOfOne());
 
-    for (const auto &[name, attributes] : messages())
-        registerCodec(name, attributes);
-    benchmark::RegisterBenchmark("construct/SdCardInfo", construct<device::SdCardInfo>);
+    for (const Message &message : messages())
+        registerCodec(message.facility, message.attributes);
+    registerConstruct<device::SdCardInfo>("construct/SdCardInfo");
+    registerConstruct<device::BatteryInfo>("construct/BatteryInfo");
+    registerConstruct<device::HardwareInfo>("construct/HardwareInfo");
+    registerConstruct<device::SimCardInfo>("construct/SimCardInfo");
+    registerConstruct<device::CellularRadioInfo>("construct/CellularRadioInfo");
+    registerConstruct<device::CellularNetworkInfo>("construct/CellularNetworkInfo");
+    registerConstruct<device::CellularDataInterface>(
+        "construct/CellularDataInterface", QStringLiteral("internet"));
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
     benchmark::Initialize(&argc, argv);
     Keeper keeper;
@@ -158,7 +168,8 @@ int main(int argc, char **argv)
         if (keeper.median(under) > 0)
             ratios.push_back({over + " / " + under, keeper.median(over) / keeper.median(under), aim});
     };
-    for (const auto &[name, attributes] : messages()) {
+    for (const Message &message : messages()) {
+        const std::string &name = message.facility;
         add("decode/" + name, "json-decode/" + name, 1.5);
         add("decode/" + name, "json-parse/" + name, 0);
         add("encode/" + name, "json-encode/" + name, 1.5);

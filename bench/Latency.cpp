@@ -2,13 +2,21 @@
 // one run.
 
 #include "BareFiles.hpp"
+#include "Messages.hpp"
 #include "Report.hpp"
 
 #include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
 
 #include <QCoreApplication>
+#include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QFile>
@@ -20,6 +28,7 @@
 #include <cstring>
 #include <ctime>
 #include <functional>
+#include <map>
 #include <memory>
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -31,7 +40,7 @@ using namespace oz::bench;
 
 namespace {
 
-const char *const BusPath = "/sdcard";
+const char *const BusPath = "/facility";
 const char *const BusInterface = "org.freedesktop.DBus.Properties";
 
 double now()
@@ -61,7 +70,7 @@ private:
 class Listener
 {
 public:
-    Listener(const char *program, const char *role)
+    Listener(const char *program, const char *role, const std::string &facility)
     {
         int ends[2];
         if (::pipe(ends) < 0)
@@ -69,7 +78,8 @@ public:
         m_pid = ::fork();
         if (m_pid == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            ::execl(program, program, "--role", role, std::to_string(ends[1]).c_str(), nullptr);
+            ::execl(
+                program, program, "--role", role, std::to_string(ends[1]).c_str(), facility.c_str(), nullptr);
             ::_exit(127);
         }
         ::close(ends[1]);
@@ -98,43 +108,97 @@ private:
     int m_bell = -1;
 };
 
-// Hears a property change on the bus, and makes of it what the facility does: two values.
-class BusCard : public QObject
+// What came over the bus as plain values, which is what a client makes of it.
+QVariant plain(const QVariant &value)
+{
+    if (value.userType() != qMetaTypeId<QDBusArgument>())
+        return value;
+    const auto argument = value.value<QDBusArgument>();
+    if (argument.currentType() == QDBusArgument::MapType) {
+        QVariantMap map = qdbus_cast<QVariantMap>(argument);
+        for (QVariant &member : map)
+            member = plain(member);
+        return map;
+    }
+    QVariantList list = qdbus_cast<QVariantList>(argument);
+    for (QVariant &element : list)
+        element = plain(element);
+    return list;
+}
+
+// Hears a property change on the bus, and makes of it what a facility does: values, compared with those
+// before.
+class BusFacility : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit BusCard(Bell bell) : m_bell(bell) { }
+    explicit BusFacility(Bell bell) : m_bell(bell) { }
 
 public Q_SLOTS:
     void onPropertiesChanged(const QString &, const QVariantMap &changed, const QStringList &)
     {
-        const bool mounted = changed.value("mounted").toBool();
-        if (mounted != m_mounted) {
-            m_mounted = mounted;
+        QVariantMap values = changed;
+        for (QVariant &value : values)
+            value = plain(value);
+        if (values != m_values) {
+            m_values = values;
             m_bell.ring();
         }
     }
 
 private:
     Bell m_bell;
-    bool m_mounted = false;
+    QVariantMap m_values;
 };
 
-int listen(const QString &role, const Bell &bell)
+// Makes a facility and rings at the signal of its change.
+template <typename Facility, typename Signal, typename... Arguments>
+std::function<std::unique_ptr<QObject>(Bell)> ringsAt(Signal signal, const Arguments &...arguments)
+{
+    return [=](Bell bell) {
+        auto facility = std::make_unique<Facility>(arguments...);
+        QObject::connect(facility.get(), signal, [bell] { bell.ring(); });
+        return facility;
+    };
+}
+
+// Every facility that signals, by the message that it hears.
+const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> &facilities()
+{
+    using namespace device;
+    static const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> all{
+        {"sdcard", ringsAt<SdCardInfo>(qOverload<SdCardState::Type>(&SdCardInfo::stateChanged))},
+        {"battery",
+            ringsAt<BatteryInfo>(qOverload<int, BatteryChargingState::Type>(&BatteryInfo::levelChanged))},
+        {"simcard", ringsAt<SimCardInfo>(qOverload<SimCardState::Type>(&SimCardInfo::stateChanged))},
+        {"radio", ringsAt<CellularRadioInfo>(&CellularRadioInfo::networkCountChanged)},
+        {"cellular-network", ringsAt<CellularNetworkInfo>(&CellularNetworkInfo::signalStrengthChanged)},
+        {"data-profile",
+            ringsAt<CellularDataInterface>(
+                qOverload<CellularConnectionState::Type>(&CellularDataInterface::connectionStateChanged),
+                QStringLiteral("internet"))},
+    };
+    return all;
+}
+
+QString barePath(const QString &facility)
+{
+    return "/bare/" + facility + "/status";
+}
+
+int listen(const QString &role, const Bell &bell, const QString &facility)
 {
     if (role == "file")
-        followFile(QFile::encodeName(devicePath("/bare/sdcard")).toStdString(), [&] { bell.ring(); });
-    if (role == "sdcard") {
-        device::SdCardInfo card;
-        QObject::connect(&card, qOverload<device::SdCardState::Type>(&device::SdCardInfo::stateChanged),
-            [&] { bell.ring(); });
+        followFile(QFile::encodeName(devicePath(barePath(facility))).toStdString(), [&] { bell.ring(); });
+    if (role == "facility") {
+        const auto followed = facilities().at(facility)(bell);
         bell.ring();
         return QCoreApplication::exec();
     }
-    BusCard card(bell);
+    BusFacility followed(bell);
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (!bus.connect(QString(), BusPath, BusInterface, "PropertiesChanged", &card,
+    if (!bus.connect(QString(), BusPath, BusInterface, "PropertiesChanged", &followed,
             SLOT(onPropertiesChanged(QString, QVariantMap, QStringList))))
         return 1;
     bell.ring();
@@ -164,6 +228,65 @@ private:
     QProcess m_daemon;
 };
 
+// One way of a change from this process to another.
+struct Way
+{
+    Samples samples;
+    Listener listener;
+    std::function<void(bool changed)> change;
+};
+
+// Measures the ways in turns, so that whatever else the machine does falls on all of them.
+std::vector<Samples> measure(const std::vector<std::unique_ptr<Way>> &ways, int rounds)
+{
+    for (int round = 0; round < rounds + 200; ++round) {
+        for (const auto &way : ways) {
+            const double begun = now();
+            way->change(round % 2 == 0);
+            const double latency = way->listener.heardAt() - begun;
+            if (round >= 200)
+                way->samples.values.push_back(latency);
+        }
+    }
+    std::vector<Samples> samples;
+    for (const auto &way : ways) {
+        samples.push_back(way->samples);
+        std::printf("  %-54s median %7.1f   p10 %7.1f   p90 %7.1f   p99 %7.1f\n", way->samples.name.c_str(),
+            way->samples.median(), way->samples.percentile(0.1), way->samples.percentile(0.9),
+            way->samples.percentile(0.99));
+    }
+    return samples;
+}
+
+// The bare file, the facility and the bus, with the same content.
+std::vector<Samples> measureFacility(const char *program, const Message &message, int rounds)
+{
+    const QString facility = QString::fromStdString(message.facility);
+    PpsPublisher publisher(message.path);
+    const std::string bare = QFile::encodeName(devicePath(barePath(facility))).toStdString();
+    PpsPublisher(barePath(facility)).replace(message.attributes);
+    const auto textOf = [](const QVariantMap &attributes) {
+        return "@status\n" + PpsObject::encode(attributes).toStdString();
+    };
+    const std::string texts[] = {textOf(message.attributes), textOf(message.changed)};
+    QDBusConnection bus = QDBusConnection::sessionBus();
+
+    std::vector<std::unique_ptr<Way>> ways;
+    const auto add = [&](const char *name, const char *role, std::function<void(bool)> change) {
+        ways.emplace_back(new Way{{message.facility + ": " + name, {}},
+            Listener(program, role, message.facility), std::move(change)});
+    };
+    add("replace a file to read", "file", [&](bool changed) { replaceFile(bare, texts[changed]); });
+    add("publish to signal", "facility",
+        [&](bool changed) { publisher.replace(changed ? message.changed : message.attributes); });
+    add("message bus, property change to slot", "bus", [&](bool changed) {
+        QDBusMessage signal = QDBusMessage::createSignal(BusPath, BusInterface, "PropertiesChanged");
+        signal << "oz.Facility" << (changed ? message.changed : message.attributes) << QStringList();
+        bus.send(signal);
+    });
+    return measure(ways, rounds);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -171,7 +294,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments();
     if (words.value(1) == "--role")
-        return listen(words.value(2), Bell(words.value(3).toInt()));
+        return listen(words.value(2), Bell(words.value(3).toInt()), words.value(4));
     std::string json;
     int rounds = 4000;
     for (int i = 1; i + 1 < words.size(); i += 2) {
@@ -184,62 +307,24 @@ int main(int argc, char **argv)
     const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
     const PrivateBus busDaemon;
-    PpsPublisher publisher("/pps/system/filesystem/removable/sdcard");
-    publisher.publish({{"mounted", false}, {"busy", false}});
-    const std::string bare = (root.path() + "/bare/sdcard").toStdString();
-    PpsPublisher("/bare/sdcard").publish({{"mounted", false}, {"busy", false}});
-    QDBusConnection bus = QDBusConnection::sessionBus();
-
-    struct Way
-    {
-        Samples samples;
-        Listener listener;
-        std::function<void(bool mounted)> change;
-    };
-    std::vector<std::unique_ptr<Way>> ways;
-    const auto add = [&](const char *name, const char *role, std::function<void(bool)> change) {
-        ways.emplace_back(new Way{{name, {}}, Listener(argv[0], role), std::move(change)});
-    };
-    add("file: replace to read", "file", [&](bool mounted) {
-        replaceFile(bare,
-            mounted ? "@sdcard\nbusy:b:false\nmounted:b:true\n" : "@sdcard\nbusy:b:false\nmounted:b:false\n");
-    });
-    add("SdCardInfo: publish to signal", "sdcard", [&](bool mounted) {
-        publisher.publish({{"mounted", mounted}, {"busy", false}});
-    });
-    add("message bus: property change to slot", "bus", [&](bool mounted) {
-        QDBusMessage change = QDBusMessage::createSignal(BusPath, BusInterface, "PropertiesChanged");
-        change << "oz.SdCard" << QVariantMap{{"mounted", mounted}, {"busy", false}} << QStringList();
-        bus.send(change);
-    });
-
-    // The ways take turns, so that whatever else the machine does falls on all of them.
-    for (int round = 0; round < rounds + 200; ++round) {
-        for (const auto &way : ways) {
-            const double begun = now();
-            way->change(round % 2 == 0);
-            const double latency = way->listener.heardAt() - begun;
-            if (round >= 200)
-                way->samples.values.push_back(latency);
-        }
-    }
+    publishAll();
     std::vector<Samples> samples;
+    std::vector<Ratio> ratios;
     std::printf("From one process to another, microseconds (%d rounds, in turns)\n", rounds);
-    for (const auto &way : ways) {
-        samples.push_back(way->samples);
-        std::printf("  %-40s median %7.1f   p10 %7.1f   p90 %7.1f   p99 %7.1f\n", way->samples.name.c_str(),
-            way->samples.median(), way->samples.percentile(0.1), way->samples.percentile(0.9),
-            way->samples.percentile(0.99));
+    for (const Message &message : messages()) {
+        if (!facilities().contains(QString::fromStdString(message.facility)))
+            continue;
+        const std::vector<Samples> measured = measureFacility(argv[0], message, rounds);
+        const auto add = [&](const char *name, std::size_t under, double share, double aim) {
+            ratios.push_back({message.facility + " / " + name,
+                measured[1].percentile(share) / measured[under].percentile(share), aim});
+        };
+        add("file, median", 0, 0.5, 2);
+        add("file, p99", 0, 0.99, 2);
+        add("message bus, median", 2, 0.5, 0.5);
+        add("message bus, p99", 2, 0.99, 0.5);
+        samples.insert(samples.end(), measured.begin(), measured.end());
     }
-    const auto ratio = [&](const char *name, std::size_t over, std::size_t under, double share, double aim) {
-        return Ratio{name, samples[over].percentile(share) / samples[under].percentile(share), aim};
-    };
-    const std::vector<Ratio> ratios{
-        ratio("SdCardInfo / file, median", 1, 0, 0.5, 2),
-        ratio("SdCardInfo / file, p99", 1, 0, 0.99, 2),
-        ratio("SdCardInfo / message bus, median", 1, 2, 0.5, 0.5),
-        ratio("SdCardInfo / message bus, p99", 1, 2, 0.99, 0.5),
-    };
     print(ratios);
     if (!json.empty())
         writeJson(json, "us", samples, ratios);

@@ -4,12 +4,14 @@
 
 #include <oz/PpsText.hpp>
 
+#include <QTimer>
+
 #include <cerrno>
 
 namespace oz::services {
 
-ControlObject::ControlObject(const QString &path, Handler handler)
-    : m_server(path), m_handler(std::move(handler))
+ControlObject::ControlObject(const QString &path, Handler handler, MishapOf mishap)
+    : m_server(path), m_handler(std::move(handler)), m_mishap(std::move(mishap))
 {
     connect(&m_server, &PpsServer::received, this, &ControlObject::onReceived);
     connect(&m_server, &PpsServer::disconnected, this, &ControlObject::clientGone);
@@ -37,8 +39,36 @@ void ControlObject::onReceived(const PpsServer::Client &client, const QByteArray
     }
     if (!malformed.isEmpty()) {
         answer(request, Reply::failure(EINVAL, malformed));
-    } else if (const std::optional<Reply> reply = m_handler(request)) {
+    } else if (const auto mishap = m_mishap ? m_mishap() : std::nullopt) {
+        suffer(*mishap, request);
+    } else {
+        handle(request);
+    }
+}
+
+void ControlObject::handle(const Request &request)
+{
+    if (const std::optional<Reply> reply = m_handler(request))
         answer(request, *reply);
+}
+
+void ControlObject::suffer(const Mishap &mishap, const Request &request)
+{
+    switch (mishap.kind) {
+    case Mishap::FailWith:
+        answer(request, Reply::failure(mishap.number, qt_error_string(mishap.number)));
+        break;
+    case Mishap::AnswerLate:
+        QTimer::singleShot(mishap.number, this, [this, request] { handle(request); });
+        break;
+    case Mishap::NeverAnswer:
+        break;
+    case Mishap::DieOnRequest:
+        m_server.disconnectClient(request.client.id);
+        break;
+    case Mishap::AnswerRubbish:
+        m_server.send(request.client.id, QByteArrayLiteral("rubbish\n"));
+        break;
     }
 }
 

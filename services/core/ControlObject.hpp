@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/Mishaps.hpp"
+
 #include <oz/PpsServer.hpp>
 
 #include <QObject>
@@ -42,7 +44,10 @@ public:
     /*! Answers a request, now, or with answer() later where it returns nothing. */
     using Handler = std::function<std::optional<Reply>(const Request &request)>;
 
-    ControlObject(const QString &path, Handler handler);
+    /*! What goes wrong with the request that has come. */
+    using MishapOf = std::function<std::optional<Mishap>()>;
+
+    explicit ControlObject(const QString &path, Handler handler, MishapOf mishap = {});
 
     /*! Puts the object into the tree; throws Error where that fails. */
     void start(mode_t mode);
@@ -54,9 +59,12 @@ Q_SIGNALS:
 
 private:
     void onReceived(const PpsServer::Client &client, const QByteArray &message);
+    void handle(const Request &request);
+    void suffer(const Mishap &mishap, const Request &request);
 
     PpsServer m_server;
     Handler m_handler;
+    MishapOf m_mishap;
 };
 
 } // namespace oz::services

@@ -96,8 +96,9 @@ std::optional<Reply> Daemon::onRequest(const Request &request)
                 facility + QLatin1String(" is fed by '") + source
                     + QLatin1String("', not by the simulated phone"));
         }
-        const QString problem = m_phone.run(facility, order.value(QStringLiteral("verb")).toString(),
-            order.value(QStringLiteral("arguments")).toStringList());
+        QStringList words = order.value(QStringLiteral("arguments")).toStringList();
+        words.prepend(order.value(QStringLiteral("verb")).toString());
+        const QString problem = m_phone.run(facility, words);
         return problem.isEmpty() ? Reply{} : Reply::failure(EINVAL, problem);
     }
     return Reply::failure(EINVAL,

@@ -13,9 +13,9 @@ namespace oz::services {
 
 /*!
  * All services of one device root. It serves, for tools:
- * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility", "verb", "arguments") and
- * "describe", for the daemon's own user only. It is served last, so where it can be opened, everything is
- * published.
+ * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
+ * the words that follow it in `ozdevice sim`) and "describe", for the daemon's own user only. It is served
+ * last, so where it can be opened, everything is published.
  * - "/pps/system/ozdeviced/status": "pid" and "sources", while the daemon runs.
  */
 class Daemon : public QObject

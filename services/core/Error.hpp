@@ -6,7 +6,10 @@
 
 namespace oz::services {
 
-/*! What keeps the services from starting, in words for the person who starts them: what, where and why. */
+/*!
+ * What keeps the services from starting, or the simulated phone from doing what it is told, in words for the
+ * person who asks for it: what, where and why.
+ */
 class Error : public std::runtime_error
 {
 public:

@@ -1,9 +1,21 @@
 #include "core/Facilities.hpp"
 
+#include "battery/BatteryPublisher.hpp"
+#include "battery/SimulatedBattery.hpp"
+#include "cellularnetwork/CellularNetworkPublisher.hpp"
+#include "cellularnetwork/SimulatedNetworks.hpp"
 #include "core/SimulatedPhone.hpp"
 #include "core/SourceConfig.hpp"
+#include "dataprofile/DataProfilePublisher.hpp"
+#include "dataprofile/SimulatedDataProfiles.hpp"
+#include "hardware/HardwarePublisher.hpp"
+#include "hardware/SimulatedHardware.hpp"
+#include "radio/RadioPublisher.hpp"
+#include "radio/SimulatedRadio.hpp"
 #include "sdcard/SdCardPublisher.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
+#include "simcard/SimCardPublisher.hpp"
+#include "simcard/SimulatedSimCard.hpp"
 
 namespace oz::services {
 
@@ -25,6 +37,14 @@ const std::vector<Facility> &facilities()
     static const QString simulatedSource = QLatin1String(SourceConfig::Simulated);
     static const std::vector<Facility> all{
         {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
+        {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
+        {QStringLiteral("hardware"), {{simulatedSource, simulated<HardwarePublisher, SimulatedHardware>()}}},
+        {QStringLiteral("simcard"), {{simulatedSource, simulated<SimCardPublisher, SimulatedSimCard>()}}},
+        {QStringLiteral("cellular-network"),
+            {{simulatedSource, simulated<CellularNetworkPublisher, SimulatedNetworks>()}}},
+        {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
+        {QStringLiteral("data-profile"),
+            {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
     };
     return all;
 }

@@ -217,6 +217,14 @@ std::vector<JsonNode> JsonNode::list(const QString &key) const
     return nodes;
 }
 
+std::vector<JsonNode> JsonNode::maps(const QString &key) const
+{
+    std::vector<JsonNode> nodes = list(key);
+    for (const JsonNode &node : nodes)
+        node.expectMap();
+    return nodes;
+}
+
 std::vector<std::pair<QString, JsonNode>> JsonNode::members() const
 {
     std::vector<std::pair<QString, JsonNode>> nodes;
@@ -297,9 +305,61 @@ QStringList JsonNode::texts(const QString &key, const QStringList &fallback) con
     return values;
 }
 
+QStringList JsonNode::words(const QString &key, const QStringList &fallback, const QStringList &words) const
+{
+    const QStringList values = texts(key, fallback);
+    for (qsizetype i = 0; i < values.size(); ++i) {
+        if (!words.contains(values[i])) {
+            failAt(*find(key)->elements[std::size_t(i)],
+                QLatin1String("expected one of ") + words.join(QLatin1String(", "))
+                    + QLatin1String(", found \"") + values[i] + u'"');
+        }
+    }
+    return values;
+}
+
+QList<int> JsonNode::integers(const QString &key, const QList<int> &fallback, const QList<int> &numbers) const
+{
+    if (!find(key))
+        return fallback;
+    QList<int> values;
+    for (const JsonNode &element : list(key)) {
+        const int value = element.d->value.toInt();
+        if (element.d->kind != Data::Number || !numbers.contains(value)
+            || element.d->value.toDouble() != value) {
+            QStringList texts;
+            for (const int number : numbers)
+                texts.append(QString::number(number));
+            failAt(*element.d,
+                QLatin1String("expected one of ") + texts.join(QLatin1String(", "))
+                    + QLatin1String(", found ") + element.d->description());
+        }
+        values.append(value);
+    }
+    return values;
+}
+
+std::optional<QString> JsonNode::identifier(const QString &key, const QString &fallback) const
+{
+    const Data *member = find(key);
+    if (!member)
+        return fallback;
+    if (member->kind == Data::Null)
+        return std::nullopt;
+    if (member->kind != Data::Text)
+        failAt(*member, QStringLiteral("expected text or null"));
+    return member->value.toString();
+}
+
 bool JsonNode::contains(const QString &key) const
 {
     return find(key) != nullptr;
+}
+
+bool JsonNode::isNull(const QString &key) const
+{
+    const Data *member = find(key);
+    return member && member->kind == Data::Null;
 }
 
 void JsonNode::allowOnly(const QStringList &known) const

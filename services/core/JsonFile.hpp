@@ -1,11 +1,13 @@
 #pragma once
 
+#include <QList>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace oz::services {
@@ -29,6 +31,8 @@ public:
     [[nodiscard]] JsonNode map(const QString &key) const;
     /*! The elements of the list \a key, none where it is not there. */
     [[nodiscard]] std::vector<JsonNode> list(const QString &key) const;
+    /*! The elements of the list \a key, which are maps. */
+    [[nodiscard]] std::vector<JsonNode> maps(const QString &key) const;
     /*! The members of this map in the order of the file. */
     [[nodiscard]] std::vector<std::pair<QString, JsonNode>> members() const;
 
@@ -39,7 +43,17 @@ public:
     /*! One of \a words. */
     [[nodiscard]] QString word(const QString &key, const QString &fallback, const QStringList &words) const;
     [[nodiscard]] QStringList texts(const QString &key, const QStringList &fallback) const;
+    /*! A list of some of \a words. */
+    [[nodiscard]] QStringList words(
+        const QString &key, const QStringList &fallback, const QStringList &words) const;
+    /*! A list of some of \a numbers. */
+    [[nodiscard]] QList<int> integers(
+        const QString &key, const QList<int> &fallback, const QList<int> &numbers) const;
+    /*! Text that identifies a person or a device; nothing for null. No error shows it. */
+    [[nodiscard]] std::optional<QString> identifier(const QString &key, const QString &fallback) const;
     [[nodiscard]] bool contains(const QString &key) const;
+    /*! Whether \a key says that its value is not known: null. */
+    [[nodiscard]] bool isNull(const QString &key) const;
 
     /*! Refuses members that are not in \a known: a misspelt key would otherwise do nothing, silently. */
     void allowOnly(const QStringList &known) const;

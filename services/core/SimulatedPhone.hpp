@@ -20,10 +20,21 @@ struct SimVerb
     QString name;
     QStringList arguments; //!< their names, for help; "[NAME]" for one that may be left out
     QString help;
-    /*! Does it; the reason where that is impossible, empty where it is done. Gets as many arguments as
-     * allowed. */
-    std::function<QString(const QStringList &arguments)> run;
+    /*! Does it, with as many arguments as allowed; throws Error where that is impossible. */
+    std::function<void(const QStringList &arguments)> run;
+
+    /*! A verb that switches something, with the argument "on" or "off". */
+    static SimVerb onOff(
+        const QString &verb, const QString &description, const std::function<void(bool on)> &turn);
 };
+
+/*! What the arguments of verbs mean. Each throws Error, which says what was expected. */
+namespace SimArgument {
+[[nodiscard]] int integer(const QString &word, int least, int most);
+[[nodiscard]] double number(const QString &word, double least, double most);
+/*! The place of \a word among \a words. */
+[[nodiscard]] int oneOf(const QString &word, const QStringList &words);
+} // namespace SimArgument
 
 /*! One facility of the simulated phone. */
 class SimulatedPart
@@ -32,7 +43,10 @@ public:
     virtual ~SimulatedPart() = default;
     /*! The name of its section in the phone's file, and in `ozdevice sim`. */
     [[nodiscard]] virtual QString name() const = 0;
-    [[nodiscard]] virtual std::vector<SimVerb> verbs() = 0;
+    /*! The names of its instances, one of which stands before each verb; an only one needs no name. */
+    [[nodiscard]] virtual QStringList instances() const { return {QString()}; }
+    /*! What \a instance can be told; all instances can be told the same. */
+    [[nodiscard]] virtual std::vector<SimVerb> verbs(const QString &instance) = 0;
 };
 
 /*!
@@ -57,10 +71,16 @@ public:
         Q_UNREACHABLE();
     }
 
-    /*! Does \a verb of the part \a name; the reason where that fails, which says what was expected. */
-    [[nodiscard]] QString run(const QString &name, const QString &verb, const QStringList &arguments);
+    /*!
+     * Does what \a words, "[INSTANCE] VERB [ARGUMENT...]", tell the part \a name; the reason where that
+     * fails, which says what was expected.
+     */
+    [[nodiscard]] QString run(const QString &name, QStringList words);
 
-    /*! Every part with its verbs, as maps with "name", "arguments" and "help". */
+    /*!
+     * Every part: "verbs", as maps with "name", "arguments" and "help", and "instances" where there are any
+     * that have names.
+     */
     [[nodiscard]] QVariantMap describe() const;
 
 private:

@@ -4,6 +4,7 @@
 
 #include <QVariantMap>
 
+#include <optional>
 #include <sys/types.h>
 
 namespace oz::services {
@@ -25,5 +26,13 @@ private:
     PpsPublisher m_publisher;
     bool m_published = false;
 };
+
+/*! Adds the attribute \a name where its value is known. */
+template <typename Value>
+void insertKnown(QVariantMap *attributes, const QString &name, const std::optional<Value> &value)
+{
+    if (value)
+        attributes->insert(name, *value);
+}
 
 } // namespace oz::services

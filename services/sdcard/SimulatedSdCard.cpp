@@ -1,5 +1,7 @@
 #include "sdcard/SimulatedSdCard.hpp"
 
+#include "core/Error.hpp"
+
 namespace oz::services {
 
 SimulatedSdCard::SimulatedSdCard(const JsonNode &section)
@@ -11,27 +13,26 @@ SimulatedSdCard::SimulatedSdCard(const JsonNode &section)
         section.fail(QStringLiteral("a card that is not mounted cannot be busy"), QStringLiteral("busy"));
 }
 
-std::vector<SimVerb> SimulatedSdCard::verbs()
+std::vector<SimVerb> SimulatedSdCard::verbs(const QString &)
 {
     return {
         {QStringLiteral("mount"), {}, QStringLiteral("inserts a card"),
-            [this](const QStringList &) { return become(true, m_state.busy); }},
+            [this](const QStringList &) { become(true, m_state.busy); }},
         {QStringLiteral("unmount"), {}, QStringLiteral("takes the card out, busy or not"),
-            [this](const QStringList &) { return become(false, false); }},
+            [this](const QStringList &) { become(false, false); }},
         {QStringLiteral("busy"), {}, QStringLiteral("begins to read or write the card"),
-            [this](const QStringList &) { return become(m_state.mounted, true); }},
+            [this](const QStringList &) { become(m_state.mounted, true); }},
         {QStringLiteral("idle"), {}, QStringLiteral("ends reading and writing"),
-            [this](const QStringList &) { return become(m_state.mounted, false); }},
+            [this](const QStringList &) { become(m_state.mounted, false); }},
     };
 }
 
-QString SimulatedSdCard::become(bool mounted, bool busy)
+void SimulatedSdCard::become(bool mounted, bool busy)
 {
     if (busy && !mounted)
-        return QStringLiteral("no card is mounted that could be busy");
+        throw Error(QStringLiteral("no card is mounted that could be busy"));
     m_state = {mounted, busy};
     Q_EMIT changed();
-    return {};
 }
 
 } // namespace oz::services

@@ -13,10 +13,10 @@ public:
 
     [[nodiscard]] std::optional<State> state() const override { return m_state; }
     [[nodiscard]] QString name() const override { return QStringLiteral("sdcard"); }
-    [[nodiscard]] std::vector<SimVerb> verbs() override;
+    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
 
 private:
-    QString become(bool mounted, bool busy);
+    void become(bool mounted, bool busy);
 
     State m_state;
 };

@@ -76,10 +76,14 @@ QStringList simWords(const QStringList &before)
         askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
     if (before.isEmpty())
         return parts.keys();
+    const QVariantMap part = parts.value(before.first()).toMap();
+    const QStringList instances = part.value(QStringLiteral("instances")).toStringList();
+    if (before.size() == 1 && !instances.isEmpty())
+        return instances;
     QStringList verbs;
-    for (const QVariant &verb : parts.value(before.first()).toList())
+    for (const QVariant &verb : part.value(QStringLiteral("verbs")).toList())
         verbs.append(verb.toMap().value(QStringLiteral("name")).toString());
-    return before.size() == 1 ? verbs : QStringList();
+    return before.size() == (instances.isEmpty() ? 1 : 2) ? verbs : QStringList();
 }
 
 // What can stand at the place of \a word, after the verb and the words \a before.

@@ -119,7 +119,7 @@ int list(const Options &options)
         }
         const QString selector =
             entry.selector.isEmpty() ? QString() : QLatin1String(" (--") + entry.selector + u')';
-        printLine(painted(Paint::Bold, entry.name.leftJustified(12)) + u' '
+        printLine(painted(Paint::Bold, entry.name.leftJustified(17)) + u' '
             + QLatin1String(entry.type->className())
                   .sliced(int(qstrlen("oz::device::")))
                   .toString()

@@ -1,6 +1,14 @@
 #include "ozdevice/FacilityTable.hpp"
 
+#include "ozdevice/Command.hpp"
+
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
 
 namespace oz::tools {
 
@@ -13,6 +21,40 @@ FacilityEntry facility(const char *name, const char *help)
         [](const QString &) { return std::make_unique<Facility>(); }};
 }
 
+// What the selector \a name of a facility selects, as its constructor takes it; nothing selected is the
+// first one.
+template <typename Selected>
+Selected selectedBy(const char *name, const QString &text);
+
+template <>
+QString selectedBy(const char *, const QString &text)
+{
+    return text;
+}
+
+template <>
+int selectedBy(const char *name, const QString &text)
+{
+    bool ok = text.isEmpty();
+    const int number = ok ? 0 : text.toInt(&ok);
+    if (!ok) {
+        throw CommandError(WrongUse,
+            QLatin1String("--") + QLatin1String(name) + QLatin1String(" is a whole number, not '") + text
+                + u'\'');
+    }
+    return number;
+}
+
+// A facility of which there are several, told apart by an int or a QString.
+template <typename Facility, typename Selected>
+FacilityEntry facility(const char *name, const char *help, const char *selector)
+{
+    return {QLatin1String(name), QLatin1String(help), &Facility::staticMetaObject, QLatin1String(selector),
+        [selector](const QString &selected) {
+            return std::make_unique<Facility>(selectedBy<Selected>(selector, selected));
+        }};
+}
+
 } // namespace
 
 const std::vector<FacilityEntry> &facilityTable()
@@ -20,6 +62,12 @@ const std::vector<FacilityEntry> &facilityTable()
     using namespace oz::device;
     static const std::vector<FacilityEntry> table{
         facility<SdCardInfo>("sdcard", "the removable SD card"),
+        facility<BatteryInfo>("battery", "the battery and its chargers"),
+        facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts"),
+        facility<SimCardInfo>("simcard", "the SIM card"),
+        facility<CellularRadioInfo>("radio", "the cellular radio"),
+        facility<CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index"),
+        facility<CellularDataInterface, QString>("data-profile", "a cellular data profile", "name"),
     };
     return table;
 }

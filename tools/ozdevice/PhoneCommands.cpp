@@ -111,12 +111,18 @@ int sim(const Options &options)
     const QVariantMap parts =
         askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
-        for (const QVariant &verb : part->toList()) {
+        const QVariantMap described = part->toMap();
+        QStringList begin{part.key()};
+        if (described.contains(QStringLiteral("instances"))) {
+            begin.append(QStringLiteral("NAME"));
+            printLine(painted(Paint::Bold, begin.join(u' ').leftJustified(40)) + QLatin1String(" NAME is ")
+                + described.value(QStringLiteral("instances")).toStringList().join(u'|'));
+        }
+        for (const QVariant &verb : described.value(QStringLiteral("verbs")).toList()) {
             const QVariantMap entry = verb.toMap();
-            const QString usage = (QStringList{part.key(), entry.value(QStringLiteral("name")).toString()}
-                + entry.value(QStringLiteral("arguments")).toStringList())
-                                      .join(u' ');
-            printLine(painted(Paint::Bold, usage.leftJustified(32)) + u' '
+            const QStringList usage = begin + QStringList{entry.value(QStringLiteral("name")).toString()}
+                + entry.value(QStringLiteral("arguments")).toStringList();
+            printLine(painted(Paint::Bold, usage.join(u' ').leftJustified(40)) + u' '
                 + entry.value(QStringLiteral("help")).toString());
         }
     }
@@ -211,7 +217,7 @@ void addPhoneCommands(CLI::App &parser, Action &action)
 
     const auto [simulator, simOptions] =
         verb("sim", "Change the simulated phone while it runs; without words, list what it can be told", sim);
-    simulator->add_option("FACILITY VERB [ARGUMENT...]", simOptions->words);
+    simulator->add_option("FACILITY [NAME] VERB [ARGUMENT...]", simOptions->words);
 
     const auto [waiter, waitOptions] =
         verb("wait-ready", "Wait until the services have published everything", waitReady);

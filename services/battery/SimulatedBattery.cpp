@@ -1,0 +1,131 @@
+#include "battery/SimulatedBattery.hpp"
+
+#include "core/Error.hpp"
+
+namespace oz::services {
+
+namespace {
+
+constexpr double ColdestCharge = 0; // degrees Celsius
+constexpr double HottestCharge = 45;
+
+// In the order of BatterySource::Condition.
+QStringList conditionWords()
+{
+    return {QStringLiteral("unknown"), QStringLiteral("ok"), QStringLiteral("bad")};
+}
+
+std::chrono::milliseconds paceIn(const JsonNode &section, const QString &key, double fallback)
+{
+    return std::chrono::milliseconds(qRound(section.number(key, fallback, 0.001, 86'400) * 1000));
+}
+
+} // namespace
+
+SimulatedBattery::SimulatedBattery(const JsonNode &section)
+{
+    const QString temperature = QStringLiteral("temperature");
+    section.allowOnly({QStringLiteral("level"), QStringLiteral("plugged"),
+        QStringLiteral("wireless-receiver"), QStringLiteral("present"), QStringLiteral("condition"),
+        QStringLiteral("full-charge-capacity"), QStringLiteral("cycle-count"), temperature,
+        QStringLiteral("charging-seconds-per-percent"), QStringLiteral("discharging-seconds-per-percent")});
+    m_battery.level = section.integer(QStringLiteral("level"), 80, 0, 100);
+    m_plugged = section.boolean(QStringLiteral("plugged"), false);
+    m_receiver = section.text(QStringLiteral("wireless-receiver"), {});
+    m_present = section.boolean(QStringLiteral("present"), true);
+    m_battery.condition = Condition(conditionWords().indexOf(
+        section.word(QStringLiteral("condition"), QStringLiteral("ok"), conditionWords())));
+    m_battery.fullChargeCapacity =
+        section.integer(QStringLiteral("full-charge-capacity"), 2'800, 1, 1'000'000);
+    m_battery.cycleCount = section.integer(QStringLiteral("cycle-count"), 112, 0, 1'000'000);
+    if (!section.isNull(temperature))
+        m_battery.temperature = section.number(temperature, 25.5, -100, 200);
+    m_chargingPace = paceIn(section, QStringLiteral("charging-seconds-per-percent"), 60);
+    m_dischargingPace = paceIn(section, QStringLiteral("discharging-seconds-per-percent"), 600);
+
+    connect(&m_timer, &QTimer::timeout, this, [this] {
+        m_battery.level += m_step;
+        update();
+    });
+    update();
+}
+
+std::optional<BatterySource::State> SimulatedBattery::state() const
+{
+    State state;
+    state.chargers = chargers();
+    state.wirelessReceiver = m_receiver;
+    if (m_present)
+        state.battery = m_battery;
+    if (m_present && state.chargers > 0) {
+        state.charging = m_battery.level == 100 ? Charging::Full
+            : takesCharge()                     ? Charging::Yes
+                                                : Charging::No;
+    }
+    return state;
+}
+
+std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
+{
+    // A verb that changes something and lets the battery go on from there.
+    const auto verb = [this](const QString &name, const QStringList &arguments, const QString &help,
+                          const std::function<void(const QStringList &)> &change) {
+        return SimVerb{name, arguments, help, [this, change](const QStringList &words) {
+                           change(words);
+                           update();
+                       }};
+    };
+    return {
+        verb(QStringLiteral("plug"), {}, QStringLiteral("connects a charger"),
+            [this](const QStringList &) { m_plugged = true; }),
+        verb(QStringLiteral("unplug"), {}, QStringLiteral("disconnects the charger"),
+            [this](const QStringList &) { m_plugged = false; }),
+        verb(QStringLiteral("wireless"), {QStringLiteral("[RXID]")},
+            QStringLiteral("lays the phone on a wireless charger, or takes it from there"),
+            [this](const QStringList &words) { m_receiver = words.value(0); }),
+        verb(QStringLiteral("level"), {QStringLiteral("PERCENT")}, QStringLiteral("sets the charge"),
+            [this](const QStringList &words) { m_battery.level = SimArgument::integer(words[0], 0, 100); }),
+        verb(QStringLiteral("temperature"), {QStringLiteral("CELSIUS|unknown")},
+            QStringLiteral("sets the temperature; it takes charge from 0 to 45 only"),
+            [this](const QStringList &words) {
+                m_battery.temperature = words[0] == u"unknown"
+                    ? std::nullopt
+                    : std::optional(SimArgument::number(words[0], -100, 200));
+            }),
+        verb(QStringLiteral("condition"), {QStringLiteral("ok|bad|unknown")},
+            QStringLiteral("sets the condition"),
+            [this](const QStringList &words) {
+                m_battery.condition = Condition(SimArgument::oneOf(words[0], conditionWords()));
+            }),
+        verb(QStringLiteral("remove"), {}, QStringLiteral("takes the battery out"),
+            [this](const QStringList &) { m_present = false; }),
+        verb(QStringLiteral("insert"), {}, QStringLiteral("puts the battery in"),
+            [this](const QStringList &) { m_present = true; }),
+    };
+}
+
+bool SimulatedBattery::takesCharge() const
+{
+    const auto &temperature = m_battery.temperature;
+    return !temperature || (*temperature >= ColdestCharge && *temperature <= HottestCharge);
+}
+
+void SimulatedBattery::update()
+{
+    int step = 0;
+    if (m_present && chargers() == 0)
+        step = m_battery.level > 0 ? -1 : 0;
+    else if (m_present && takesCharge())
+        step = m_battery.level < 100 ? 1 : 0;
+    // A percent that has begun goes on while the direction stays.
+    if (step != m_step) {
+        m_step = step;
+        if (step == 0)
+            m_timer.stop();
+        else
+            m_timer.start(step > 0 ? m_chargingPace : m_dischargingPace);
+    }
+    Q_EMIT changed();
+}
+
+} // namespace oz::services

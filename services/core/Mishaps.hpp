@@ -1,0 +1,37 @@
+#pragma once
+
+#include "core/SimulatedPhone.hpp"
+
+#include <optional>
+
+namespace oz::services {
+
+/*! What goes wrong with a request to a control object. */
+struct Mishap
+{
+    enum Kind {
+        FailWith, //!< the answer is the error \a number
+        AnswerLate, //!< the request is handled after \a number milliseconds
+        NeverAnswer, //!< nothing answers while the client waits
+        DieOnRequest, //!< the connection ends without an answer
+        AnswerRubbish, //!< the answer is malformed
+    };
+
+    Kind kind = FailWith;
+    int number = 0;
+};
+
+/*! Lets the next request to one control object of the simulated phone go wrong, as it is told. */
+class Mishaps
+{
+public:
+    /*! What it can be told, for the verbs of a simulated part; they refer to this instance. */
+    [[nodiscard]] std::vector<SimVerb> verbs();
+    /*! What goes wrong with the request that has come; each mishap happens once. */
+    [[nodiscard]] std::optional<Mishap> take() { return std::exchange(m_next, std::nullopt); }
+
+private:
+    std::optional<Mishap> m_next;
+};
+
+} // namespace oz::services

@@ -1,0 +1,56 @@
+#include "hardware/SimulatedHardware.hpp"
+
+namespace oz::services {
+
+SimulatedHardware::SimulatedHardware(const JsonNode &section)
+{
+    const struct
+    {
+        QString key;
+        QString fallback;
+        std::optional<QString> State::*field;
+    } texts[] = {
+        {QStringLiteral("pin"), QStringLiteral("2A000001"), &State::pin},
+        {QStringLiteral("serial-number"), QStringLiteral("000100020003"), &State::serialNumber},
+        {QStringLiteral("imei"), QStringLiteral("004999010640000"), &State::imei},
+        {QStringLiteral("meid"), QStringLiteral("A0000000000001"), &State::meid},
+        {QStringLiteral("hardware-id"), QStringLiteral("KSL100-1"), &State::hardwareId},
+        {QStringLiteral("device-name"), QStringLiteral("Simulated phone"), &State::deviceName},
+        {QStringLiteral("model-name"), QStringLiteral("Kestrel"), &State::modelName},
+        {QStringLiteral("model-number"), QStringLiteral("KSL100"), &State::modelNumber},
+        {QStringLiteral("keyboard"), QStringLiteral("qwerty"), &State::keyboard},
+    };
+    const QString processors = QStringLiteral("processors");
+    const QString hdmi = QStringLiteral("hdmi");
+    QStringList known;
+    for (const auto &text : texts) {
+        known.append(text.key);
+        m_state.*text.field = section.identifier(text.key, text.fallback);
+    }
+    section.allowOnly(known + QStringList{processors, hdmi});
+
+    m_state.processors = QList<Processor>(2, {QStringLiteral("Simulated core"), 1500});
+    if (section.contains(processors))
+        m_state.processors.clear();
+    for (const JsonNode &processor : section.maps(processors)) {
+        processor.allowOnly({QStringLiteral("model"), QStringLiteral("mhz")});
+        m_state.processors.append({processor.text(QStringLiteral("model"), {}),
+            processor.integer(QStringLiteral("mhz"), 1500, 1, 100'000)});
+    }
+    if (!section.isNull(hdmi)) {
+        const QString connector =
+            section.word(hdmi, QStringLiteral("micro"), {QStringLiteral("none"), QStringLiteral("micro")});
+        m_state.hdmi = connector == u"micro" ? Hdmi::Micro : Hdmi::None;
+    }
+}
+
+std::vector<SimVerb> SimulatedHardware::verbs(const QString &)
+{
+    return {{QStringLiteral("name"), {QStringLiteral("TEXT")}, QStringLiteral("gives the device a name"),
+        [this](const QStringList &words) {
+            m_state.deviceName = words[0];
+            Q_EMIT changed();
+        }}};
+}
+
+} // namespace oz::services

@@ -1,0 +1,107 @@
+#include "simcard/SimulatedSimCard.hpp"
+
+#include "core/Error.hpp"
+
+#include <QRegularExpression>
+
+namespace oz::services {
+
+namespace {
+
+using Card = SimCardSource::Card;
+
+// What the phone's file calls a state, and the verb that leads there.
+struct CardState
+{
+    Card card;
+    QString word;
+    QString verb;
+    QString help;
+};
+
+const QList<CardState> &cardStates()
+{
+    static const QList<CardState> states{
+        {Card::Absent, QStringLiteral("removed"), QStringLiteral("remove"),
+            QStringLiteral("takes the card out")},
+        {Card::Ready, QStringLiteral("ready"), QStringLiteral("ready"), QStringLiteral("makes it ready")},
+        {Card::PinRequired, QStringLiteral("pin"), QStringLiteral("pin"),
+            QStringLiteral("lets it wait for its PIN")},
+        {Card::NotProvisioned, QStringLiteral("not-provisioned"), QStringLiteral("not-provisioned"),
+            QStringLiteral("makes it one that is not provisioned")},
+        {Card::Incompatible, QStringLiteral("incompatible"), QStringLiteral("incompatible"),
+            QStringLiteral("makes it one that cannot be used here")},
+        {Card::Unreadable, QStringLiteral("unreadable"), QStringLiteral("unreadable"),
+            QStringLiteral("makes it one that cannot be read")},
+    };
+    return states;
+}
+
+// Checks digits without ever showing them.
+std::optional<QString> digits(
+    const JsonNode &section, const QString &key, const QString &fallback, int least, int most)
+{
+    const auto value = section.identifier(key, fallback);
+    static const QRegularExpression notDigit(QStringLiteral("[^0-9]"));
+    if (value && (value->size() < least || value->size() > most || value->contains(notDigit))) {
+        const QString count = least == most
+            ? QString::number(least)
+            : QString(QString::number(least) + QLatin1String(" to ") + QString::number(most));
+        section.fail(QLatin1String("expected ") + count + QLatin1String(" digits"), key);
+    }
+    return value;
+}
+
+} // namespace
+
+SimulatedSimCard::SimulatedSimCard(const JsonNode &section)
+{
+    section.allowOnly({QStringLiteral("state"), QStringLiteral("mcc"), QStringLiteral("mnc"),
+        QStringLiteral("iccid"), QStringLiteral("imsi")});
+    QStringList words;
+    for (const CardState &state : cardStates())
+        words.append(state.word);
+    const QString word = section.word(QStringLiteral("state"), QStringLiteral("ready"), words);
+    m_state.card = cardStates()[words.indexOf(word)].card;
+    const auto mcc = digits(section, QStringLiteral("mcc"), QStringLiteral("001"), 3, 3);
+    const auto mnc = digits(section, QStringLiteral("mnc"), QStringLiteral("01"), 2, 3);
+    if (mcc && mnc)
+        m_state.homeNetwork = {*mcc, *mnc};
+    m_state.serialNumber =
+        digits(section, QStringLiteral("iccid"), QStringLiteral("8900100000000000001"), 18, 20);
+    m_state.subscriberIdentifier =
+        digits(section, QStringLiteral("imsi"), QStringLiteral("001010000000001"), 6, 15);
+}
+
+std::optional<SimCardSource::State> SimulatedSimCard::state() const
+{
+    State readable;
+    readable.card = m_state.card;
+    if (m_state.card != Card::Absent && m_state.card != Card::Unreadable)
+        readable.serialNumber = m_state.serialNumber;
+    if (m_state.card == Card::Ready || m_state.card == Card::NotProvisioned) {
+        readable.subscriberIdentifier = m_state.subscriberIdentifier;
+        readable.homeNetwork = m_state.homeNetwork;
+    }
+    return readable;
+}
+
+std::vector<SimVerb> SimulatedSimCard::verbs(const QString &)
+{
+    std::vector<SimVerb> verbs{{QStringLiteral("insert"), {}, QStringLiteral("inserts the card, ready"),
+        [this](const QStringList &) {
+            m_state.card = Card::Ready;
+            Q_EMIT changed();
+        }}};
+    for (const CardState &state : cardStates()) {
+        verbs.push_back({state.verb, {}, state.help, [this, card = state.card](const QStringList &) {
+                             if (m_state.card == Card::Absent && card != Card::Absent)
+                                 throw Error(QStringLiteral("no card is inserted"));
+                             m_state.card = card;
+                             Q_EMIT changed();
+                         }});
+    }
+    return verbs;
+}
+
+} // namespace oz::services

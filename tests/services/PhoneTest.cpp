@@ -1,0 +1,514 @@
+#include "common/Testing.hpp"
+
+#include "battery/BatteryPublisher.hpp"
+#include "core/Daemon.hpp"
+#include "core/Error.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
+
+#include <QFile>
+#include <QProcess>
+
+#include <sys/stat.h>
+
+// The simulated phone as the library's classes see it.
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::services;
+using namespace oz::testing;
+
+namespace {
+
+const QString Radioctrl = "/pps/services/cellular/radioctrl/";
+const QString MmsControl = "/pps/services/cds/cnice/mms_control";
+
+// The attributes of the answer to a request, for which the event loop runs.
+QVariantMap ask(const QString &path, const QVariantMap &request)
+{
+    PpsObject control(path);
+    QByteArray answer;
+    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe) && control.write(PpsObject::encode(request)));
+    EXPECT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); })) << path.toStdString();
+    const QVariantMap objects = PpsObject::decode(answer);
+    return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
+}
+
+// Tells the phone what `ozdevice sim` would.
+void sim(const QString &line)
+{
+    QStringList words = line.split(' ');
+    const QString facility = words.takeFirst();
+    const QString verb = words.takeFirst();
+    EXPECT_EQ(ask("/pps/system/ozdeviced/control",
+                  {{"msg", "sim"},
+                      {"dat", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}}}),
+        (QVariantMap{{"res", "sim"}}))
+        << line.toStdString();
+}
+
+struct Step
+{
+    QString order;
+    QStringList signalled;
+};
+
+struct Story
+{
+    const char *name;
+    std::function<QObject *()> make;
+    QString values; // of the phone as it is shipped
+    QList<Step> steps;
+};
+
+void PrintTo(const Story &story, std::ostream *out)
+{
+    *out << story.name;
+}
+
+const Story Stories[] = {
+    {"battery", [] { return new BatteryInfo; },
+        "level=80 chargingState=Discharging present=true condition=OK fullChargeCapacity=2800 cycleCount=112 "
+        "temperature=25.5 rxid=\"\"",
+        {{"battery plug", {"levelChanged(80, Charging)", "levelChanged(80, 2)"}},
+            {"battery level 100", {"levelChanged(100, Full)", "levelChanged(100, 4)"}},
+            {"battery level 40", {"levelChanged(40, Charging)", "levelChanged(40, 2)"}},
+            {"battery temperature 45.1",
+                {"levelChanged(40, NotCharging)", "levelChanged(40, 1)", "temperatureChanged(45.1)"}},
+            {"battery temperature -0.07", {"temperatureChanged(-0.07)"}},
+            {"battery temperature unknown",
+                {"levelChanged(40, Charging)", "levelChanged(40, 2)", "temperatureChanged(nan)"}},
+            {"battery temperature 20", {"temperatureChanged(20)"}},
+            {"battery wireless RX7", {"rxidChanged(\"RX7\")"}}, {"battery unplug", {}},
+            {"battery wireless",
+                {"levelChanged(40, Discharging)", "levelChanged(40, 3)", "rxidChanged(\"\")"}},
+            {"battery condition bad", {"conditionChanged(Bad)", "conditionChanged(2)"}},
+            {"battery remove",
+                {"levelChanged(-1, Discharging)", "levelChanged(-1, 3)", "presentChanged(false)",
+                    "conditionChanged(Unknown)", "conditionChanged(0)", "fullChargeCapacityChanged(-1)",
+                    "cycleCountChanged(-1)", "temperatureChanged(nan)"}},
+            {"battery insert",
+                {"levelChanged(40, Discharging)", "levelChanged(40, 3)", "presentChanged(true)",
+                    "conditionChanged(Bad)", "conditionChanged(2)", "fullChargeCapacityChanged(2800)",
+                    "cycleCountChanged(112)", "temperatureChanged(20)"}}}},
+    {"hardware", [] { return new HardwareInfo; },
+        "pin=\"2A000001\" serialNumber=\"000100020003\" imei=\"004999010640000\" meid=\"A0000000000001\" "
+        "hardwareId=\"KSL100-1\" deviceName=\"Simulated phone\" modelName=\"Kestrel\" "
+        "modelNumber=\"KSL100\" isPhysicalKeyboardDevice=true hdmiConnector=Micro isTrackpadDevice=true "
+        "hasPhysicalPhoneKeys=true hasPhysicalBackButton=true hasPhysicalMenuButton=true",
+        {}},
+    {"simcard", [] { return new SimCardInfo; },
+        "state=Ready mobileCountryCode=\"001\" mobileNetworkCode=\"01\" "
+        "serialNumber=\"8900100000000000001\" subscriberIdentifier=\"001010000000001\"",
+        {{"simcard pin",
+             {"stateChanged(PinRequired)", "stateChanged(4)", "mobileCountryCodeChanged(\"\")",
+                 "mobileNetworkCodeChanged(\"\")", "subscriberIdentifierChanged(\"\")"}},
+            {"simcard remove", {"stateChanged(NotDetected)", "stateChanged(0)", "serialNumberChanged(\"\")"}},
+            {"simcard insert",
+                {"stateChanged(Ready)", "stateChanged(5)", "mobileCountryCodeChanged(\"001\")",
+                    "mobileNetworkCodeChanged(\"01\")", "serialNumberChanged(\"8900100000000000001\")",
+                    "subscriberIdentifierChanged(\"001010000000001\")"}},
+            {"simcard not-provisioned", {"stateChanged(NotProvisioned)", "stateChanged(2)"}},
+            {"simcard unreadable",
+                {"stateChanged(ReadError)", "stateChanged(3)", "mobileCountryCodeChanged(\"\")",
+                    "mobileNetworkCodeChanged(\"\")", "serialNumberChanged(\"\")",
+                    "subscriberIdentifierChanged(\"\")"}},
+            {"simcard incompatible",
+                {"stateChanged(Incompatible)", "stateChanged(1)",
+                    "serialNumberChanged(\"8900100000000000001\")"}}}},
+    {"radio", [] { return new CellularRadioInfo; },
+        "poweredOn=true technologies=Gsm|Umts|Cdma1X|Evdo|Lte services=Emergency|Voice|E911Callback|Data|"
+        "GenericAccessNetwork|ConcurrentVoiceData|DataGprs|DataEdge|DataUmts|DataHspa|DataHspaP|DataCdma|"
+        "DataEvdo0|DataEvdoA|DataEhrpd|DataLte bands=Cdma0|CdmaI|Gsm850|Gsm900|Gsm1800|Gsm1900|UmtsI|UmtsII|"
+        "UmtsV|UmtsVIII|LteIII|LteVII|LteXX enabledTechnologies=Gsm|Umts|Cdma1X|Evdo|Lte "
+        "activeTechnologies=Lte networkCount=1 dataEnabled=true dataRoaming=false",
+        {{"cellular-network home-cdma serve",
+             {"activeTechnologiesChanged(Cdma1X|Lte)", "activeTechnologiesChanged(20)",
+                 "networkCountChanged(2)"}},
+            {"radio enable gsm,umts",
+                {"activeTechnologiesChanged(None)", "activeTechnologiesChanged(0)", "networkCountChanged(0)",
+                    "enabledTechnologiesChanged(Gsm|Umts)", "enabledTechnologiesChanged(3)"}},
+            {"cellular-network abroad serve",
+                {"activeTechnologiesChanged(Umts)", "activeTechnologiesChanged(2)",
+                    "networkCountChanged(1)"}},
+            {"radio data-roaming on", {"dataRoamingChanged(true)"}},
+            {"cellular-network partner serve", {"dataRoamingChanged(false)"}},
+            {"cellular-network partner suppress off", {"dataRoamingChanged(true)"}},
+            {"radio data off", {"dataEnabledChanged(false)", "dataRoamingChanged(false)"}},
+            {"radio power off",
+                {"poweredOnChanged(false)", "activeTechnologiesChanged(None)", "activeTechnologiesChanged(0)",
+                    "networkCountChanged(0)"}}}},
+    {"primary_network", [] { return new CellularNetworkInfo; },
+        "index=0 technology=Lte services=Emergency|Voice|Data|ConcurrentVoiceData|DataLte "
+        "name=\"North Mobile\" mobileCountryCode=\"001\" mobileNetworkCode=\"01\" signalStrength=-85 "
+        "roaming=false cellId=20481 locationAreaCode=0 trackingAreaCode=301 baseStationId=0 networkId=0 "
+        "systemId=0 displayName=\"North\"",
+        {{"cellular-network home-lte rssi -93", {"signalStrengthChanged(-93)"}},
+            {"cellular-network home-cdma serve", {}}, {"cellular-network home-gsm rssi -70", {}},
+            {"cellular-network home-gsm serve",
+                {"servicesChanged(Emergency|Voice|Data|DataGprs|DataEdge)", "servicesChanged(12547)",
+                    "signalStrengthChanged(-70)", "cellIdChanged(4097)", "locationAreaCodeChanged(77)",
+                    "trackingAreaCodeChanged(0)", "technologyChanged(Gsm)", "technologyChanged(1)"}},
+            {"simcard remove", {"servicesChanged(Emergency)", "servicesChanged(1)"}},
+            {"cellular-network home-gsm roaming on", {"roamingChanged(true)"}},
+            {"cellular-network home-gsm suppress on", {"roamingChanged(false)"}},
+            {"cellular-network home-gsm operator West",
+                {"nameChanged(\"West\")", "displayNameChanged(\"West\")"}},
+            {"radio power off",
+                {"servicesChanged(None)", "servicesChanged(0)", "nameChanged(\"\")",
+                    "mobileCountryCodeChanged(\"\")", "mobileNetworkCodeChanged(\"\")",
+                    "signalStrengthChanged(0)", "cellIdChanged(0)", "locationAreaCodeChanged(0)",
+                    "displayNameChanged(\"\")", "technologyChanged(None)", "technologyChanged(0)"}}}},
+    {"cdma_network", [] { return new CellularNetworkInfo(1); },
+        "index=1 technology=Cdma1X services=None name=\"\" mobileCountryCode=\"\" mobileNetworkCode=\"\" "
+        "signalStrength=0 roaming=false cellId=0 locationAreaCode=0 trackingAreaCode=0 baseStationId=0 "
+        "networkId=0 systemId=0 displayName=\"North\"",
+        {{"cellular-network home-cdma serve",
+             {"servicesChanged(Emergency|Voice|E911Callback|DataCdma)", "servicesChanged(131079)",
+                 "nameChanged(\"North Voice\")", "mobileCountryCodeChanged(\"001\")",
+                 "mobileNetworkCodeChanged(\"01\")", "signalStrengthChanged(-90)", "baseStationIdChanged(12)",
+                 "networkIdChanged(3)", "systemIdChanged(4101)"}},
+            {"cellular-network home-lte leave", {"displayNameChanged(\"North Voice\")"}}}},
+    {"data_profile", [] { return new CellularDataInterface("internet"); },
+        "name=\"internet\" valid=true alwaysOn=true accessControlled=false networkInterfaceName=\"rmnet0\" "
+        "accessPointName=\"internet.example\" connectionState=Connected",
+        {{"simcard pin",
+             {"connectionStateChanged(Disconnected)", "connectionStateChanged(0)",
+                 "networkInterfaceNameChanged(\"\")"}},
+            {"simcard ready", {"connectionStateChanged(PendingConnect)", "connectionStateChanged(1)"}},
+            {"cellular-network abroad serve",
+                {"connectionStateChanged(Disconnected)", "connectionStateChanged(0)"}},
+            {"data-profile internet enabled off", {"validChanged(false)"}}}},
+};
+
+class PhoneTest : public ::testing::TestWithParam<Story>
+{
+protected:
+    DeviceRoot root;
+};
+
+TEST_P(PhoneTest, AnEmptyFileMeansWhatTheShippedOneSaysAndARestartShowsNothingInBetween)
+{
+    auto daemon = std::make_unique<Daemon>(SourceConfig(), JsonNode::emptyMap());
+    const std::unique_ptr<QObject> facility(GetParam().make());
+    EXPECT_EQ(valuesOf(*facility), GetParam().values);
+    SignalLog heard(facility.get());
+    daemon.reset();
+    daemon = std::make_unique<Daemon>(SourceConfig(), JsonNode::parseFile(OZ_PHONE_FILE));
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(valuesOf(*facility), GetParam().values);
+}
+
+TEST_P(PhoneTest, EachOrderIsSignalledAsWhatItChanges)
+{
+    const Daemon daemon(
+        SourceConfig(), JsonNode::parse("{\"data-profile\": {\"connect-seconds\": 3600}}", "phone.json"));
+    const std::unique_ptr<QObject> facility(GetParam().make());
+    SignalLog heard(facility.get());
+    for (const Step &step : GetParam().steps) {
+        sim(step.order);
+        settle();
+        EXPECT_EQ(heard.take(), step.signalled) << step.order.toStdString();
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, PhoneTest, ::testing::ValuesIn(Stories),
+    [](const auto &story) { return std::string(story.param.name); });
+
+TEST(Phone, TheBatteryChargesUntilItIsFullAndRunsDownToNothing)
+{
+    const DeviceRoot root;
+    const Daemon daemon(SourceConfig(),
+        JsonNode::parse(R"({"battery": {"level": 97, "plugged": true, "charging-seconds-per-percent": 0.001,
+            "discharging-seconds-per-percent": 0.001}})",
+            "phone.json"));
+    const BatteryInfo battery;
+    EXPECT_EQ(battery.level(), 97);
+    EXPECT_TRUE(waitUntil([&] { return battery.chargingState() == BatteryChargingState::Full; }));
+    EXPECT_EQ(battery.level(), 100);
+    sim("battery unplug");
+    EXPECT_TRUE(waitUntil([&] { return battery.level() == 0; }));
+    settle();
+    EXPECT_EQ(battery.level(), 0);
+    EXPECT_EQ(battery.chargingState(), BatteryChargingState::Discharging);
+}
+
+TEST(Phone, TheDeviceTakesANewNameAndSaysWhichProcessorsItHas)
+{
+    const DeviceRoot root;
+    const Daemon daemon(SourceConfig(),
+        JsonNode::parse(R"({"hardware": {"processors": [{"model": "Fast", "mhz": 2000}, {}], "meid": null,
+            "hardware-id": "other", "keyboard": "none", "hdmi": "none"}})",
+            "phone.json"));
+    const HardwareInfo hardware;
+    sim("hardware name Mine");
+    EXPECT_EQ(hardware.deviceName(), "Mine");
+    EXPECT_EQ(hardware.processorCount(), 2);
+    EXPECT_EQ(hardware.processorModel(0), "Fast");
+    EXPECT_EQ(hardware.processorSpeed(0), 2000);
+    EXPECT_EQ(hardware.processorSpeed(1), 1500);
+    EXPECT_EQ(hardware.meid(), QString());
+    EXPECT_FALSE(hardware.isTrackpadDevice());
+    EXPECT_FALSE(hardware.isPhysicalKeyboardDevice());
+    EXPECT_EQ(hardware.hdmiConnector(), HdmiConnector::None);
+    QFile identifiers(root.file("/pps/services/private/deviceproperties"));
+    ASSERT_TRUE(identifiers.open(QIODevice::ReadOnly));
+    EXPECT_FALSE(identifiers.readAll().contains("MEID")) << "what is not known is not published";
+}
+
+TEST(Phone, WhatIsNotKnownYetIsNotPublished)
+{
+    class LateBattery : public BatterySource
+    {
+    public:
+        [[nodiscard]] std::optional<State> state() const override { return known; }
+        std::optional<State> known;
+    };
+    const DeviceRoot root;
+    LateBattery source;
+    const BatteryPublisher publisher(source);
+    Q_EMIT source.changed();
+    EXPECT_FALSE(QFile::exists(root.file("/pps/system/BattMgr/status")));
+    source.known = BatterySource::State();
+    Q_EMIT source.changed();
+    EXPECT_FALSE(BatteryInfo().isPresent());
+    EXPECT_TRUE(QFile::exists(root.file("/pps/system/BattMgr/status")));
+}
+
+TEST(Phone, IdentifiersAreForOwnerAndGroupOnly)
+{
+    const DeviceRoot root;
+    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    const struct
+    {
+        QString path;
+        mode_t mode;
+    } rows[] = {
+        {"/pps/services/private/deviceproperties", 0640},
+        {"/pps/services/deviceproperties", 0644},
+        {"/pps/services/hw_info/inventory", 0644},
+        {"/pps/services/cellular/uicc/card0/status_private", 0640},
+        {"/pps/services/cellular/uicc/card0/status_restricted", 0640},
+        {Radioctrl + "status_public", 0644},
+        {Radioctrl + "status_persistent", 0644},
+        {Radioctrl + "status_cell_public", 0644},
+        {Radioctrl + "status_cell_private", 0640},
+        {Radioctrl + "status_cell_cdma_public", 0644},
+        {Radioctrl + "status_cell_cdma_private", 0640},
+        {"/pps/services/rum/csm/status_public", 0644},
+        {"/pps/services/cds/cnice/status", 0644},
+        {MmsControl, 0666},
+        {"/pps/services/cds/cnice/tethering_control", 0},
+    };
+    for (const auto &row : rows) {
+        struct stat status
+        {
+        };
+        EXPECT_EQ(::stat(QFile::encodeName(root.file(row.path)).constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, row.mode) << row.path.toStdString();
+    }
+}
+
+// Requests wait for their answers, so the services run in a process of their own.
+class DataProfileTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        root.place("/phone.json", "{\"data-profile\": {\"connect-seconds\": 1}}");
+        m_daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--phone", root.file("/phone.json")});
+        PpsObject control("/pps/system/ozdeviced/control");
+        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    }
+    void TearDown() override
+    {
+        m_daemon.terminate();
+        EXPECT_TRUE(m_daemon.waitForFinished());
+        EXPECT_EQ(m_daemon.readAllStandardError().count('\n'), 1) << "more than what it serves is logged";
+    }
+
+    using Result = CellularConnectionRequestResult;
+    const QStringList connected{"connectionStateChanged(PendingConnect)", "connectionStateChanged(1)",
+        "connectionStateChanged(Connected)", "connectionStateChanged(2)",
+        "networkInterfaceNameChanged(\"rmnet1\")"};
+    const QStringList disconnected{"connectionStateChanged(Disconnected)", "connectionStateChanged(0)",
+        "networkInterfaceNameChanged(\"\")"};
+    DeviceRoot root;
+
+private:
+    QProcess m_daemon;
+};
+
+TEST_F(DataProfileTest, IsConnectedUntilItsLastUserLeavesOrMobileDataEnds)
+{
+    CellularDataInterface mms("mms");
+    CellularDataInterface other("mms");
+    SignalLog heard(&mms);
+    EXPECT_EQ(mms.requestConnect(), Result::Requested);
+    EXPECT_EQ(heard.waitFor(5), connected);
+    EXPECT_EQ(other.requestConnect(), Result::Requested);
+    EXPECT_EQ(mms.requestDisconnect(), Result::Requested);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(other.requestDisconnect(), Result::Requested);
+    EXPECT_EQ(heard.waitFor(3), disconnected);
+
+    // The client of this request has gone with its answer; the connection is there for who knows its id.
+    const QVariantMap answer = ask(MmsControl, {{"msg", "connect"}, {"id", 7}});
+    EXPECT_EQ(answer.value("id"), 7);
+    EXPECT_EQ(heard.waitFor(5), connected);
+    const auto disconnect = [](const QVariant &data) {
+        return ask(MmsControl, {{"msg", "disconnect"}, {"id", 8}, {"dat", data}}).value("errstr").toString();
+    };
+    EXPECT_EQ(disconnect(QVariantMap{{"connect_id", "1"}}), "this profile has no such connection");
+    EXPECT_EQ(disconnect("none"), "this profile has no such connection");
+    EXPECT_EQ(ask(MmsControl, {{"msg", "reconnect"}}),
+        (QVariantMap{{"res", "reconnect"}, {"err", 22},
+            {"errstr", "unknown request 'reconnect'; known are connect, disconnect"}}));
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+    EXPECT_EQ(disconnect(answer.value("dat")), QString());
+    EXPECT_EQ(heard.waitFor(3), disconnected);
+
+    EXPECT_EQ(mms.requestConnect(), Result::Requested);
+    EXPECT_EQ(heard.waitFor(5), connected);
+    sim("radio power off");
+    EXPECT_EQ(heard.waitFor(3), disconnected);
+    EXPECT_EQ(mms.requestDisconnect(), Result::InternalError) << "there is no such connection any more";
+    EXPECT_EQ(ask(MmsControl, {{"msg", "connect"}}),
+        (QVariantMap{{"res", "connect"}, {"err", 100}, {"errstr", "the radio is off"}}));
+    sim("radio power on");
+    sim("radio data off");
+    EXPECT_EQ(mms.requestConnect(), Result::InternalError);
+    settle();
+    EXPECT_EQ(heard.take(), QStringList());
+}
+
+TEST_F(DataProfileTest, RefusesAsItIsToldTo)
+{
+    const struct
+    {
+        const char *name;
+        QStringList orders;
+        int result;
+    } rows[] = {
+        {"enterprise", {}, Result::NotPossible},
+        {"enterprise", {"enterprise permitted on"}, Result::Requested},
+        {"legacy", {}, Result::InternalError},
+        {"legacy", {"legacy enabled on"}, Result::Requested},
+        {"mms", {"mms fail-with 13"}, Result::NotPossible},
+        {"mms", {"mms fail-with 5"}, Result::InternalError},
+        {"mms", {"mms die-on-request"}, Result::InternalError},
+        {"mms", {"mms answer-rubbish"}, Result::InternalError},
+        {"mms", {"mms fail-with 13", "mms answer-late 20"}, Result::Requested},
+        {"mms", {}, Result::Requested},
+        {"nobody", {}, Result::InvalidInterface},
+    };
+    LogCapture log;
+    for (const auto &row : rows) {
+        for (const QString &order : row.orders)
+            sim("data-profile " + order);
+        CellularDataInterface profile(row.name);
+        EXPECT_EQ(profile.requestConnect(), row.result) << row.name << row.orders.join(' ').toStdString();
+    }
+    EXPECT_EQ(runWithoutRights([] { return CellularDataInterface("tethering").requestConnect(); }),
+        Result::PermissionDenied);
+
+    sim("data-profile mms never-answer");
+    PpsObject waiting(MmsControl);
+    ASSERT_TRUE(waiting.open(PpsOpenMode::PublishSubscribe) && waiting.write("msg::connect\n"));
+    EXPECT_FALSE(ask(MmsControl, {{"msg", "connect"}}).contains("err")) << "only one request goes unanswered";
+    EXPECT_EQ(waiting.read(), QByteArray());
+    EXPECT_EQ(waiting.error(), EAGAIN);
+}
+
+TEST(Phone, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
+{
+    const struct
+    {
+        QByteArray text;
+        const char *problem;
+    } rows[] = {
+        {R"("battery": {"level": 101})", "battery.level: expected a whole number from 0 to 100, found 101"},
+        {R"("battery": {"condition": "fine"})",
+            "battery.condition: expected one of unknown, ok, bad, found \"fine\""},
+        {R"("hardware": {"imei": 4999010640000})", "hardware.imei: expected text or null"},
+        {R"("hardware": {"processors": [{"mhz": 0}]})",
+            "hardware.processors[0].mhz: expected a whole number from 1 to 100000, found 0"},
+        {R"("hardware": {"processors": [1500]})", "hardware.processors[0]: expected a map, found 1500"},
+        {R"("simcard": {"imsi": "00101000000000x"})", "simcard.imsi: expected 6 to 15 digits"},
+        {R"("simcard": {"mcc": "1"})", "simcard.mcc: expected 3 digits"},
+        {R"("simcard": {"pin": "1234"})",
+            "simcard.pin: unknown key; known here are state, mcc, mnc, iccid, imsi"},
+        {R"("radio": {"technologies": ["gsm"], "enabled-technologies": ["gsm", "lte"]})",
+            "radio.enabled-technologies[1]: expected one of gsm, found \"lte\""},
+        {R"("radio": {"bands": {"gsm": [900, 700]}})",
+            "radio.bands.gsm[1]: expected one of 850, 900, 1800, 1900, found 700"},
+        {R"("cellular-network": {"networks": {"a": {"technology": "gsm", "tac": 1}}})",
+            "cellular-network.networks.a.tac: unknown key; known here are technology, operator, "
+            "display-name, mcc, mnc, rssi, services, roaming, suppress, cell-id, lac"},
+        {R"("cellular-network": {"networks": {"a": {"mnc": "1"}}})",
+            "cellular-network.networks.a.mnc: expected two or three digits, found \"1\""},
+        {R"("cellular-network": {"serving": ["home-lte", "home-gsm"]})",
+            "cellular-network.serving: home-lte and home-gsm cannot serve at once; one beside another is "
+            "CDMA 1X"},
+        {R"("cellular-network": {"networks": {"a": {}}, "serving": ["b"]})",
+            "cellular-network.serving[0]: expected one of a, found \"b\""},
+        {R"("data-profile": {"profiles": {"a/b": {}}})",
+            "data-profile.profiles.a/b: no name for a profile; expected letters, digits, '-' and '_'"},
+        {R"("data-profile": {"profiles": {"a": {"control-mode": "0888"}}})",
+            "data-profile.profiles.a.control-mode: expected a file mode such as \"0666\", found \"0888\""},
+        {R"("data-profile": {"profiles": {"a": {"permitted": false}}})",
+            "data-profile.profiles.a.permitted: everyone may use a profile that is not access-controlled"},
+    };
+    for (const auto &row : rows) {
+        try {
+            const SimulatedPhone phone(JsonNode::parse("{\n" + row.text + "}", "phone.json"));
+            ADD_FAILURE() << row.text.toStdString();
+        } catch (const Error &error) {
+            EXPECT_EQ(error.what(), std::string("phone.json:2: ") + row.problem);
+        }
+    }
+}
+
+TEST(Phone, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
+{
+    SimulatedPhone phone(JsonNode::emptyMap());
+    const struct
+    {
+        QString order;
+        QString problem;
+    } rows[] = {
+        {"battery level much", "battery level: expected a whole number from 0 to 100, found 'much'"},
+        {"battery temperature 300", "battery temperature: expected a number from -100 to 200, found '300'"},
+        {"battery level", "battery level takes PERCENT, not 0 arguments"},
+        {"radio power maybe", "radio power: expected one of on, off, found 'maybe'"},
+        {"simcard remove", ""},
+        {"simcard ready", "simcard ready: no card is inserted"},
+        {"radio enable gsm", ""},
+        {"cellular-network home-lte serve", "cellular-network home-lte serve: lte is not enabled"},
+        {"cellular-network nowhere serve",
+            "cellular-network has no 'nowhere'; it has home-lte, home-gsm, home-umts, home-cdma, abroad, "
+            "partner"},
+        {"cellular-network home-lte",
+            "cellular-network home-lte wants one of serve, leave, rssi, operator, roaming, suppress"},
+        {"data-profile mms permitted off",
+            "data-profile mms permitted: everyone may use a profile that is not access-controlled"},
+        {"data-profile mms fail-with 0",
+            "data-profile mms fail-with: expected a whole number from 1 to 4095, found '0'"},
+    };
+    for (const auto &row : rows) {
+        QStringList words = row.order.split(' ');
+        const QString facility = words.takeFirst();
+        EXPECT_EQ(phone.run(facility, words), row.problem) << row.order.toStdString();
+    }
+}
+
+} // namespace
