@@ -39,7 +39,7 @@ public:
 
     /*! Sets these attributes and keeps all others. What is there already wakes no subscriber. */
     bool publish(const QVariantMap &attributes);
-    /*! Makes these attributes the object's only ones. */
+    /*! Makes these attributes the object's only ones, and the mode that of this publisher. */
     bool replace(const QVariantMap &attributes);
     /*! Takes these attributes away; those that are not there are none. ENOENT where the object is not there.
      */

@@ -107,6 +107,7 @@ Snapshot load(const QByteArray &path, UniqueFd *keepOpen)
     if (status.st_size > PpsText::MaxMessageSize)
         return fail(EMSGSIZE);
     snapshot.identity = Identity(status);
+    snapshot.mode = status.st_mode & 07777;
     snapshot.content.resize(status.st_size);
     qsizetype got = 0;
     while (got < status.st_size) {
@@ -140,9 +141,13 @@ int publish(const QByteArray &path, const QByteArray &update, PpsMerge merge, Cr
         if (old.error && (old.error != ENOENT || create == Create::No))
             return old.error;
         content = mergeLines(old.content, update, name, merge);
+        if (merge == PpsMerge::Keep && old.error == 0)
+            mode = old.mode;
         return content.size() > PpsText::MaxMessageSize ? EMSGSIZE : 0;
     };
-    const auto isThere = [&](const Snapshot &old) { return old.error == 0 && old.content == content; };
+    const auto isThere = [&](const Snapshot &old) {
+        return old.error == 0 && old.content == content && old.mode == mode;
+    };
 
     UniqueFd held;
     Snapshot old = load(path, &held);
@@ -169,7 +174,7 @@ int publish(const QByteArray &path, const QByteArray &update, PpsMerge merge, Cr
     PublishLock::Rights rights{::geteuid(), ::getegid(), mode};
     struct stat status;
     if (old.error == 0 && ::fstat(held.get(), &status) == 0)
-        rights = {status.st_uid, status.st_gid, mode_t(status.st_mode & 07777)};
+        rights = {status.st_uid, status.st_gid, mode};
     return lock.commit(path, content, rights);
 }
 

@@ -35,6 +35,7 @@ struct Snapshot
 {
     int error = 0; //!< the errno where it could not be read; ENOENT where it is gone
     Identity identity;
+    mode_t mode = 0;
     QByteArray content;
 };
 
@@ -51,7 +52,7 @@ enum class Create { No, Yes };
 /*!
  * Publishes the lines of \a update onto the object at \a path; 0 or the errno. Where nothing changes, nothing
  * is written and nobody is woken. A new object gets \a mode, and its directories are made; a present one
- * keeps its own, and its owner and group where the publisher may give them.
+ * keeps its mode where it keeps its attributes, and its owner and group where the publisher may give them.
  */
 [[nodiscard]] int publish(
     const QByteArray &path, const QByteArray &update, PpsMerge merge, Create create, mode_t mode);

@@ -19,9 +19,10 @@ ControlObject::ControlObject(const QString &path, Handler handler, MishapOf mish
 
 void ControlObject::start(mode_t mode)
 {
-    if (!m_server.listen(mode))
-        throw Error(
+    if (!m_server.listen(mode)) {
+        Startup::fail(
             QLatin1String("cannot serve ") + m_server.path() + QLatin1String(": ") + m_server.errorString());
+    }
 }
 
 void ControlObject::onReceived(const PpsServer::Client &client, const QByteArray &message)

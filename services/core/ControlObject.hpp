@@ -49,7 +49,7 @@ public:
 
     explicit ControlObject(const QString &path, Handler handler, MishapOf mishap = {});
 
-    /*! Puts the object into the tree; throws Error where that fails. */
+    /*! Puts the object into the tree; see Startup::fail() for where that fails. */
     void start(mode_t mode);
     /*! Answers a request that its handler left open. */
     void answer(const Request &request, const Reply &reply);

@@ -62,6 +62,7 @@ Daemon::Daemon(const SourceConfig &config, const JsonNode &phoneFile)
     : m_lock(std::make_unique<RootLock>()), m_phone(phoneFile),
       m_control(ControlPpsPath, [this](const Request &request) { return onRequest(request); })
 {
+    const Startup startup;
     for (const Facility &facility : facilities()) {
         const QString source = config.sourceOf(facility.name);
         m_facilities.push_back(facility.sources.value(source)(m_phone));

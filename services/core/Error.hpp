@@ -16,4 +16,23 @@ public:
     explicit Error(const QString &text) : std::runtime_error(text.toStdString()) { }
 };
 
+/*!
+ * The time while the daemon starts, for the life of the instance. What is wrong then keeps it from starting;
+ * later it is logged, and everything else goes on.
+ */
+class Startup
+{
+public:
+    Startup() { s_underWay = true; }
+    ~Startup() { s_underWay = false; }
+    Startup(const Startup &) = delete;
+    Startup &operator=(const Startup &) = delete;
+
+    /*! Throws Error while the daemon starts, and warns afterwards. */
+    static void fail(const QString &problem);
+
+private:
+    static inline bool s_underWay = false;
+};
+
 } // namespace oz::services

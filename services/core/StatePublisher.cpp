@@ -1,7 +1,6 @@
 #include "core/StatePublisher.hpp"
 
 #include "core/Error.hpp"
-#include "core/Log.hpp"
 
 namespace oz::services {
 
@@ -9,15 +8,10 @@ StatePublisher::StatePublisher(const QString &path, mode_t mode) : m_publisher(p
 
 void StatePublisher::publish(const QVariantMap &attributes)
 {
-    if (m_publisher.replace(attributes)) {
-        m_published = true;
+    if (m_publisher.replace(attributes))
         return;
-    }
-    const QString problem = QLatin1String("cannot publish ") + m_publisher.path() + QLatin1String(": ")
-        + m_publisher.errorString();
-    if (!m_published)
-        throw Error(problem);
-    qCWarning(logServices).noquote() << problem;
+    Startup::fail(QLatin1String("cannot publish ") + m_publisher.path() + QLatin1String(": ")
+        + m_publisher.errorString());
 }
 
 } // namespace oz::services

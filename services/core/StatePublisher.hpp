@@ -19,12 +19,11 @@ class StatePublisher
 public:
     explicit StatePublisher(const QString &path, mode_t mode = 0644);
 
-    /*! Publishes the object's attributes; where the first time fails, throws Error, later it warns. */
+    /*! Publishes the object's attributes; see Startup::fail() for where that fails. */
     void publish(const QVariantMap &attributes);
 
 private:
     PpsPublisher m_publisher;
-    bool m_published = false;
 };
 
 /*! Adds the attribute \a name where its value is known. */

@@ -46,6 +46,9 @@ void addCompletionCommands(CLI::App &parser, Action &action);
 /*! Writes one line to standard output, at once. */
 void printLine(const QString &line);
 
+/*! The library's warnings since the last call, each once. */
+[[nodiscard]] QStringList takeLibraryWarnings();
+
 enum class Paint { Bold, Dim, Value };
 /*! \a text in a colour, where standard output is a terminal and NO_COLOR is not set. */
 [[nodiscard]] QString painted(Paint paint, const QString &text);

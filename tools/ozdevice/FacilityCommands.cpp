@@ -3,12 +3,10 @@
 #include "meta/MetaText.hpp"
 #include "meta/MethodCall.hpp"
 #include "meta/SignalTap.hpp"
-#include "ozdevice/Command.hpp"
 #include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/Verbs.hpp"
 
 #include <oz/PpsObject.hpp>
-
-#include <CLI/CLI.hpp>
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -18,7 +16,9 @@
 #include <QMetaProperty>
 #include <QTimer>
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <map>
 
 namespace oz::tools {
@@ -69,17 +69,33 @@ public:
     {
         bool available = true;
         for (const PpsObject *pps : m_object->findChildren<PpsObject *>()) {
-            if (pps->isOpen())
-                continue;
-            available = false;
-            std::fprintf(stderr, "ozdevice: %s: %s: %s%s\n", qUtf8Printable(m_entry.name),
-                qUtf8Printable(pps->path()), qUtf8Printable(pps->errorString()),
-                pps->error() == ENOENT ? " (is ozdeviced running? try: ozdevice run -- COMMAND)" : "");
+            if (!pps->isOpen() && pps->error() != 0)
+                available = report(pps->path() + QLatin1String(": ") + pps->errorString());
         }
         return available;
     }
 
+    // The same of a facility that keeps no object open, once it was asked: it has warned.
+    [[nodiscard]] bool reportWarnings() const
+    {
+        const QStringList warnings = takeLibraryWarnings();
+        if (!m_object->findChildren<PpsObject *>().isEmpty())
+            return true;
+        for (const QString &warning : warnings)
+            (void)report(warning);
+        return warnings.isEmpty();
+    }
+
 private:
+    [[nodiscard]] bool report(const QString &problem) const
+    {
+        std::fprintf(stderr, "ozdevice: %s: %s%s\n", qUtf8Printable(m_entry.name), qUtf8Printable(problem),
+            problem.contains(QLatin1String(std::strerror(ENOENT)))
+                ? " (is ozdeviced running? try: ozdevice run -- COMMAND)"
+                : "");
+        return false;
+    }
+
     const FacilityEntry &m_entry;
     std::unique_ptr<QObject> m_object;
 };
@@ -96,12 +112,22 @@ std::vector<const FacilityEntry *> chosen(const Options &options)
     return entries;
 }
 
-std::vector<QMetaProperty> propertiesOf(const QObject *object)
+struct Property
 {
-    std::vector<QMetaProperty> properties;
+    QString name;
+    QString type;
+    QVariant value;
+};
+
+std::vector<Property> readProperties(const QObject *object)
+{
+    std::vector<Property> properties;
     const QMetaObject *type = object->metaObject();
-    for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i)
-        properties.push_back(type->property(i));
+    for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
+        const QMetaProperty property = type->property(i);
+        properties.push_back(
+            {QLatin1String(property.name()), meta::typeText(property.metaType()), property.read(object)});
+    }
     return properties;
 }
 
@@ -136,30 +162,29 @@ int show(const Options &options)
     for (const FacilityEntry *entry : chosen(options)) {
         const Instance instance(*entry, options);
         available = instance.reportUnavailable() && available;
-        const auto properties = propertiesOf(instance.object());
+        const auto properties = readProperties(instance.object());
+        available = instance.reportWarnings() && available;
         if (options.json) {
             QJsonObject values;
-            for (const QMetaProperty &property : properties) {
-                values.insert(QLatin1String(property.name()),
-                    QJsonObject{{QStringLiteral("type"), meta::typeText(property.metaType())},
-                        {QStringLiteral("value"), meta::valueJson(property.read(instance.object()))}});
+            for (const Property &property : properties) {
+                values.insert(property.name,
+                    QJsonObject{{QStringLiteral("type"), property.type},
+                        {QStringLiteral("value"), meta::valueJson(property.value)}});
             }
             all.insert(entry->name, values);
             continue;
         }
         qsizetype nameWidth = 0;
         qsizetype typeWidth = 0;
-        for (const QMetaProperty &property : properties) {
-            nameWidth = std::max(nameWidth, qsizetype(qstrlen(property.name())));
-            typeWidth = std::max(typeWidth, meta::typeText(property.metaType()).size());
+        for (const Property &property : properties) {
+            nameWidth = std::max(nameWidth, property.name.size());
+            typeWidth = std::max(typeWidth, property.type.size());
         }
         printLine(painted(Paint::Bold, entry->name));
-        for (const QMetaProperty &property : properties) {
-            printLine(QLatin1String("  ") + QString::fromLatin1(property.name()).leftJustified(nameWidth)
-                + QLatin1String("  ")
-                + painted(Paint::Dim, meta::typeText(property.metaType()).leftJustified(typeWidth))
-                + QLatin1String("  ")
-                + painted(Paint::Value, meta::valueText(property.read(instance.object()))));
+        for (const Property &property : properties) {
+            printLine(QLatin1String("  ") + property.name.leftJustified(nameWidth) + QLatin1String("  ")
+                + painted(Paint::Dim, property.type.leftJustified(typeWidth)) + QLatin1String("  ")
+                + painted(Paint::Value, meta::valueText(property.value)));
         }
     }
     if (options.json)
@@ -298,23 +323,19 @@ void addSelectors(CLI::App *verb, Options &options)
 
 void addFacilityCommands(CLI::App &parser, Action &action)
 {
-    // Each verb has options of its own, which live as long as the program.
-    const auto verb = [&](const char *name, const char *help, int (*run)(const Options &)) {
-        auto options = std::make_shared<Options>();
-        CLI::App *added = parser.add_subcommand(name, help);
-        added->callback([&action, options, run] { action = [options, run] { return run(*options); }; });
-        return std::pair(added, options);
-    };
+    Verbs<Options> verbs(parser, action);
 
-    const auto [lister, listOptions] = verb("list", "List the facilities", list);
+    const auto [lister, listOptions] = verbs.add("list", "List the facilities", list);
     lister->add_flag("--names", listOptions->names, "Names only");
 
-    const auto [shower, showOptions] = verb("show", "Show every property of facilities, with its type", show);
+    const auto [shower, showOptions] =
+        verbs.add("show", "Show every property of facilities, with its type", show);
     shower->add_option("FACILITY", showOptions->facilities, "Which ones (all)");
     shower->add_flag("--json", showOptions->json, "As JSON, enumerators by name");
     addSelectors(shower, *showOptions);
 
-    const auto [watcher, watchOptions] = verb("watch", "Print each signal of facilities as it comes", watch);
+    const auto [watcher, watchOptions] =
+        verbs.add("watch", "Print each signal of facilities as it comes", watch);
     watcher->add_option("FACILITY", watchOptions->facilities, "Which ones (all)");
     watcher->add_flag("--json", watchOptions->json, "One JSON object a line");
     watcher->add_flag(
@@ -325,13 +346,13 @@ void addFacilityCommands(CLI::App &parser, Action &action)
     addSelectors(watcher, *watchOptions);
 
     const auto [caller, callOptions] =
-        verb("call", "Call a method of a facility and print what it returns", call);
+        verbs.add("call", "Call a method of a facility and print what it returns", call);
     caller->add_option("FACILITY", callOptions->facility)->required();
     caller->add_option("METHOD", callOptions->member)->required();
     caller->add_option("ARGUMENT", callOptions->words, "Enumerators by name; a negative number after --");
     addSelectors(caller, *callOptions);
 
-    const auto [setter, setOptions] = verb("set", "Set a writable property of a facility", set);
+    const auto [setter, setOptions] = verbs.add("set", "Set a writable property of a facility", set);
     setter->add_option("FACILITY", setOptions->facility)->required();
     setter->add_option("PROPERTY", setOptions->member)->required();
     setter->add_option("VALUE", setOptions->words)->required()->expected(1);

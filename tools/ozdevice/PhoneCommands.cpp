@@ -3,11 +3,10 @@
 #include "meta/MetaText.hpp"
 #include "ozdevice/Command.hpp"
 #include "ozdevice/PrivatePhone.hpp"
+#include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/device/SdCardInfo.hpp>
-
-#include <CLI/CLI.hpp>
 
 #include <QCoreApplication>
 #include <QProcess>
@@ -202,29 +201,25 @@ int demo(const Options &options)
 
 void addPhoneCommands(CLI::App &parser, Action &action)
 {
-    const auto verb = [&](const char *name, const char *help, int (*act)(const Options &)) {
-        auto options = std::make_shared<Options>();
-        CLI::App *added = parser.add_subcommand(name, help);
-        added->callback([&action, options, act] { action = [options, act] { return act(*options); }; });
-        return std::pair(added, options);
-    };
+    Verbs<Options> verbs(parser, action);
 
-    const auto [runner, runOptions] = verb("run", "Run a command against a simulated phone of its own", run);
+    const auto [runner, runOptions] =
+        verbs.add("run", "Run a command against a simulated phone of its own", run);
     runner->add_option("--phone", runOptions->phone, "The phone's file (default: the installed phone.json)");
     runner->add_option("COMMAND", runOptions->words, "The command and its arguments, after --")->required();
     runner->footer("The phone starts before the command and ends after it; its device root is the command's\n"
                    "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started.");
 
-    const auto [simulator, simOptions] =
-        verb("sim", "Change the simulated phone while it runs; without words, list what it can be told", sim);
+    const auto [simulator, simOptions] = verbs.add(
+        "sim", "Change the simulated phone while it runs; without words, list what it can be told", sim);
     simulator->add_option("FACILITY [NAME] VERB [ARGUMENT...]", simOptions->words);
 
     const auto [waiter, waitOptions] =
-        verb("wait-ready", "Wait until the services have published everything", waitReady);
+        verbs.add("wait-ready", "Wait until the services have published everything", waitReady);
     waiter->add_option("--timeout", waitOptions->timeout, "How long at most")->default_str("10s");
 
     const auto [guide, demoOptions] =
-        verb("demo", "Take a short tour: a live SD card on a simulated phone", demo);
+        verbs.add("demo", "Take a short tour: a live SD card on a simulated phone", demo);
     guide->add_option("--pace", demoOptions->pace, "The time from one step to the next")->default_str("1s");
 }
 

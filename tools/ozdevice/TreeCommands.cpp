@@ -1,14 +1,12 @@
 // pps ls, get, set, rm, watch and send: the tree itself.
 
 #include "meta/MetaText.hpp"
-#include "ozdevice/Command.hpp"
+#include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
 #include <oz/PpsText.hpp>
-
-#include <CLI/CLI.hpp>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -227,29 +225,19 @@ void addTreeCommands(CLI::App &parser, Action &action)
         "next\n"
         "message). An attribute is written as in the tree: name::text, name:n:5, name:b:true,\n"
         "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (take it away).");
-    const auto verb = [&](const char *name, const char *help, int (*run)(const Options &)) {
-        auto options = std::make_shared<Options>();
-        CLI::App *added = pps->add_subcommand(name, help);
-        added->callback([&action, options, added, run] {
-            // "-name" looks like an option to the parser.
-            for (const std::string &word : added->remaining())
-                options->words.push_back(word);
-            action = [options, run] { return run(*options); };
-        });
-        return std::pair(added, options);
-    };
+    Verbs<Options> verbs(*pps, action);
 
     const auto [lister, lsOptions] =
-        verb("ls", "List a directory; '/' marks directories, '=' served objects", ls);
+        verbs.add("ls", "List a directory; '/' marks directories, '=' served objects", ls);
     lister->add_option("PATH", lsOptions->path)->default_str("/pps")->default_val("/pps");
 
-    const auto [getter, getOptions] = verb("get", "Print an object, or one attribute of it", get);
+    const auto [getter, getOptions] = verbs.add("get", "Print an object, or one attribute of it", get);
     getter->add_option("PATH", getOptions->path)->required();
     getter->add_option("ATTRIBUTE", getOptions->attribute, "Print only the value of this one");
     getter->add_flag("--json", getOptions->json, "As JSON");
 
     const auto [setter, setOptions] =
-        verb("set", "Publish attributes of a state object, which is made if need be", set);
+        verbs.add("set", "Publish attributes of a state object, which is made if need be", set);
     setter->add_option("PATH", setOptions->path)->required();
     setter->add_option("ATTRIBUTE", setOptions->words);
     setter->allow_extras();
@@ -257,18 +245,18 @@ void addTreeCommands(CLI::App &parser, Action &action)
     setter->add_option("--mode", setOptions->mode, "The file mode of an object that is made")
         ->default_str("644");
 
-    const auto [remover, rmOptions] = verb("rm", "Remove an object, or attributes of it", rm);
+    const auto [remover, rmOptions] = verbs.add("rm", "Remove an object, or attributes of it", rm);
     remover->add_option("PATH", rmOptions->path)->required();
     remover->add_option("NAME", rmOptions->words, "Attributes (the whole object)");
 
-    const auto [watcher, watchOptions] = verb("watch", "Print an object now and at each change", watch);
+    const auto [watcher, watchOptions] = verbs.add("watch", "Print an object now and at each change", watch);
     watcher->add_option("PATH", watchOptions->path)->required();
     watcher->add_flag("--json", watchOptions->json, "As JSON");
     watcher->add_option("--count", watchOptions->count, "End after so many messages")
         ->check(CLI::PositiveNumber);
     watcher->add_option("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
 
-    const auto [sender, sendOptions] = verb("send", "Send one message to a served object", send);
+    const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);
     sender->add_option("PATH", sendOptions->path)->required();
     sender->add_option("ATTRIBUTE", sendOptions->words);
     sender->allow_extras();

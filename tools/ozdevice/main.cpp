@@ -6,12 +6,32 @@
 #include <CLI/CLI.hpp>
 
 #include <QCoreApplication>
-#include <QLoggingCategory>
 
 #include <cstdio>
 #include <unistd.h>
 
 namespace oz::tools {
+
+namespace {
+
+QStringList s_libraryWarnings;
+bool s_verbose = false;
+
+// What the library warns of is for the verbs to tell, unless everything is wanted.
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    if (s_verbose || qstrcmp(context.category, "oz.device") != 0)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, text)));
+    if (type == QtWarningMsg && !s_libraryWarnings.contains(text))
+        s_libraryWarnings.append(text);
+}
+
+} // namespace
+
+QStringList takeLibraryWarnings()
+{
+    return std::exchange(s_libraryWarnings, {});
+}
 
 void printLine(const QString &line)
 {
@@ -70,8 +90,7 @@ int main(int argc, char **argv)
     parser.set_version_flag("--version", OZ_VERSION);
     parser.require_subcommand(1);
     parser.set_help_all_flag("--help-all", "The help of all verbs");
-    bool verbose = false;
-    parser.add_flag("-v,--verbose", verbose, "Print the library's own warnings too");
+    parser.add_flag("-v,--verbose", s_verbose, "Print the library's own warnings too");
     parser.footer(
         "The device is the one under OZ_DEVICE_ROOT, else / where /pps exists, else\n"
         "$XDG_RUNTIME_DIR/ozdevice. `ozdevice run -- COMMAND` has one of its own.\n\n"
@@ -90,8 +109,7 @@ int main(int argc, char **argv)
         return WrongUse;
     }
     const QCoreApplication application(argc, argv);
-    if (!verbose)
-        QLoggingCategory::setFilterRules(QStringLiteral("oz.device.warning=false"));
+    qInstallMessageHandler(&handleMessage);
     try {
         return action();
     } catch (const CommandError &error) {
