@@ -5,6 +5,8 @@
 
 #include <functional>
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 namespace CLI {
 class App;
@@ -42,6 +44,10 @@ void addFacilityCommands(CLI::App &parser, Action &action);
 void addTreeCommands(CLI::App &parser, Action &action);
 void addPhoneCommands(CLI::App &parser, Action &action);
 void addCompletionCommands(CLI::App &parser, Action &action);
+
+/*! The words of the call after "--", which the parser does not see: whatever they are, they are only words.
+ */
+[[nodiscard]] const std::vector<std::string> &wordsAfterDashes();
 
 /*! Writes one line to standard output, at once. */
 void printLine(const QString &line);

@@ -132,6 +132,7 @@ void addCompletionCommands(CLI::App &parser, Action &action)
     auto words = std::make_shared<std::vector<std::string>>();
     complete->add_option("WORD", *words);
     complete->callback([&parser, &action, words] {
+        words->insert(words->end(), wordsAfterDashes().begin(), wordsAfterDashes().end());
         action = [&parser, words] {
             const QString word = words->empty() ? QString() : QString::fromStdString(words->back());
             // The deepest verb that is there; what follows it are its words.

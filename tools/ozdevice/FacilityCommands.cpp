@@ -292,6 +292,11 @@ int set(const Options &options)
     if (!property.isWritable())
         throw CommandError(WrongUse,
             entry.name + QLatin1String(": the property '") + name + QLatin1String("' is read-only"));
+    if (options.words.size() != 1) {
+        throw CommandError(WrongUse,
+            entry.name + QLatin1String(": ") + name + QLatin1String(" takes one value, ")
+                + meta::expectation(property.metaType()));
+    }
     const QString text = QString::fromStdString(options.words.front());
     const auto value = meta::parseValue(text, property.metaType());
     if (!value) {
@@ -355,7 +360,7 @@ void addFacilityCommands(CLI::App &parser, Action &action)
     const auto [setter, setOptions] = verbs.add("set", "Set a writable property of a facility", set);
     setter->add_option("FACILITY", setOptions->facility)->required();
     setter->add_option("PROPERTY", setOptions->member)->required();
-    setter->add_option("VALUE", setOptions->words)->required()->expected(1);
+    setter->add_option("VALUE", setOptions->words);
     addSelectors(setter, *setOptions);
 }
 

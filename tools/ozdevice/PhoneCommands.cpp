@@ -67,6 +67,9 @@ private:
 int run(const Options &options)
 {
     QStringList words = wordsOf(options);
+    if (words.isEmpty())
+        throw CommandError(
+            WrongUse, QStringLiteral("run wants a command: ozdevice run -- COMMAND [ARGUMENT...]"));
     QProcess command;
     const Signals signals([&](int signal) {
         // Ctrl-C reaches the command by itself; the rest is passed on.
@@ -206,7 +209,7 @@ void addPhoneCommands(CLI::App &parser, Action &action)
     const auto [runner, runOptions] =
         verbs.add("run", "Run a command against a simulated phone of its own", run);
     runner->add_option("--phone", runOptions->phone, "The phone's file (default: the installed phone.json)");
-    runner->add_option("COMMAND", runOptions->words, "The command and its arguments, after --")->required();
+    runner->add_option("COMMAND", runOptions->words, "The command and its arguments, after --");
     runner->footer("The phone starts before the command and ends after it; its device root is the command's\n"
                    "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started.");
 

@@ -26,6 +26,8 @@ public:
             if constexpr (requires { options->words; }) {
                 for (const std::string &word : verb->remaining())
                     options->words.push_back(word);
+                for (const std::string &word : wordsAfterDashes())
+                    options->words.push_back(word);
             }
             action = [options, run] { return run(*options); };
         });

@@ -7,7 +7,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
+#include <string_view>
 #include <unistd.h>
 
 namespace oz::tools {
@@ -16,6 +18,7 @@ namespace {
 
 QStringList s_libraryWarnings;
 bool s_verbose = false;
+std::vector<std::string> s_wordsAfterDashes;
 
 // What the library warns of is for the verbs to tell, unless everything is wanted.
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
@@ -27,6 +30,11 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 }
 
 } // namespace
+
+const std::vector<std::string> &wordsAfterDashes()
+{
+    return s_wordsAfterDashes;
+}
 
 QStringList takeLibraryWarnings()
 {
@@ -100,8 +108,11 @@ int main(int argc, char **argv)
     addPhoneCommands(parser, action);
     addTreeCommands(parser, action);
     addCompletionCommands(parser, action);
+    char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
+    if (dashes != argv + argc)
+        s_wordsAfterDashes.assign(dashes + 1, argv + argc);
     try {
-        parser.parse(argc, argv);
+        parser.parse(int(dashes - argv), argv);
     } catch (const CLI::Success &help) {
         return parser.exit(help);
     } catch (const CLI::ParseError &error) {
