@@ -22,6 +22,7 @@
 #include <QJsonObject>
 #include <QTemporaryDir>
 
+#include <chrono>
 #include <cstdio>
 #include <fstream>
 #include <map>
@@ -34,6 +35,7 @@ using namespace oz::bench;
 namespace {
 
 const QString SdCard = "/pps/system/filesystem/removable/sdcard";
+const QString Battery = "/pps/system/BattMgr/status";
 
 void registerCodec(const std::string &name, const QVariantMap &attributes)
 {
@@ -90,6 +92,39 @@ void fanOut(benchmark::State &state)
     state.counters["per-subscriber"] = benchmark::Counter(
         double(state.range(0)), benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
+
+// One notification of a battery that is as it was, from the publish of something else in its object on.
+template <typename Listener>
+void unchangedBattery(benchmark::State &state)
+{
+    const Listener listener;
+    PpsPublisher publisher(Battery);
+    QCoreApplication::processEvents();
+    static int round = 0; // never the same again, which would be no news
+    for (auto _ : state) {
+        publisher.publish({{"round", ++round}});
+        const auto published = std::chrono::steady_clock::now();
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - published;
+        state.SetIterationTime(taken.count());
+    }
+}
+
+// What any subscriber does at the least.
+class ReadAndDecode
+{
+public:
+    ReadAndDecode()
+    {
+        QObject::connect(&m_object, &PpsObject::readyRead,
+            [this] { benchmark::DoNotOptimize(PpsObject::decode(m_object.read())); });
+        m_object.open(PpsOpenMode::Subscribe);
+        (void)m_object.read();
+    }
+
+private:
+    PpsObject m_object{Battery};
+};
 
 // Resident memory of this process in bytes.
 double residentMemory()
@@ -159,6 +194,10 @@ int main(int argc, char **argv)
     registerConstruct<device::CellularDataInterface>(
         "construct/CellularDataInterface", QStringLiteral("internet"));
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
+    benchmark::RegisterBenchmark("unchanged/BatteryInfo", unchangedBattery<device::BatteryInfo>)
+        ->UseManualTime();
+    benchmark::RegisterBenchmark("unchanged/read-and-decode", unchangedBattery<ReadAndDecode>)
+        ->UseManualTime();
     benchmark::Initialize(&argc, argv);
     Keeper keeper;
     benchmark::RunSpecifiedBenchmarks(&keeper);
@@ -183,6 +222,7 @@ int main(int argc, char **argv)
         ratios.push_back({"cost of a further subscriber, of 1,000 / of 100",
             perSubscriber(1000, 100) / perSubscriber(100, 10), 1.5});
     }
+    add("unchanged/BatteryInfo/manual_time", "unchanged/read-and-decode/manual_time", 1.25);
     print(ratios);
     if (!json.empty()) {
         std::vector<Samples> samples;
