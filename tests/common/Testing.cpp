@@ -9,11 +9,8 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
-#include <QMetaEnum>
 #include <QMetaProperty>
 #include <QTest>
-#include <QTypeRevision>
 
 #include <cstdio>
 #include <grp.h>
@@ -140,50 +137,6 @@ QString valuesOf(const QObject &object)
         values.append(QLatin1String(property.name()) + u'=' + meta::valueText(property.read(&object)));
     }
     return values.join(u' ');
-}
-
-QString declarationsOf(const QMetaObject &type)
-{
-    QStringList words;
-    const auto add = [&](const QByteArray &declaration, int revision) {
-        words.append(QString::fromLatin1(declaration).replace("oz::device::", "~"));
-        if (revision)
-            words.last() += QStringLiteral("(revision %1)")
-                                .arg(QTypeRevision::fromEncodedVersion(revision).minorVersion());
-    };
-    QHash<QByteArray, QByteArray> signatures; // of the first signal of each name
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
-        const QMetaMethod method = type.method(i);
-        if (!signatures.contains(method.name()))
-            signatures.insert(method.name(), method.methodSignature());
-        const char *mark = method.methodType() == QMetaMethod::Signal ? ""
-            : method.methodType() == QMetaMethod::Slot                ? "(slot)"
-                                                                      : "(method)";
-        add(method.methodSignature() + mark, method.revision());
-    }
-    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
-        const QMetaProperty property = type.property(i);
-        EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
-        EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
-        const QByteArray notify = property.notifySignal().methodSignature();
-        const bool usual = notify == signatures.value(QByteArray(property.name()) + "Changed");
-        add(QByteArray(property.typeName()) + " " + property.name()
-                + (property.isConstant() ? "(constant)"
-                        : usual          ? ""
-                                         : "(" + notify + ")")
-                + (property.isWritable() ? "(writable)" : ""),
-            property.revision());
-    }
-    return words.join(u' ');
-}
-
-QString enumeratorsOf(const QMetaObject &holder, const char *name)
-{
-    const QMetaEnum type = holder.enumerator(holder.indexOfEnumerator(name));
-    QStringList names;
-    for (int i = 0; i < type.keyCount(); ++i)
-        names.append(QLatin1String(type.key(i)) + u'=' + QString::number(type.value(i)));
-    return names.join(u' ');
 }
 
 bool waitUntil(const std::function<bool()> &condition, int milliseconds)

@@ -77,18 +77,6 @@ private:
 /*! All properties that the classes of \a object below QObject declare: "name=value name=value". */
 [[nodiscard]] QString valuesOf(const QObject &object);
 
-/*!
- * What a class itself declares, in order and in one line: its methods, then its properties as "type name",
- * with
- * "~" for "oz::device::". A mark follows where it holds: "(slot)" and "(method)" for what is no signal,
- * "(constant)", "(writable)", "(revision n)", and "(signal)" for a property whose notify signal is not the
- * first one named after it. Properties are expected to be FINAL.
- */
-[[nodiscard]] QString declarationsOf(const QMetaObject &type);
-
-/*! The enumeration \a name of a holder: "Unknown=0 OK=1". */
-[[nodiscard]] QString enumeratorsOf(const QMetaObject &holder, const char *name = "Type");
-
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
 

@@ -4,7 +4,6 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
-#include <oz/device/HdmiConnector.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 
@@ -36,7 +35,6 @@ struct Facility
     QString defaults;
     QStringList notOpened; // the warnings where nothing is there
     QList<Source> sources;
-    QString declarations;
 };
 
 void PrintTo(const Facility &facility, std::ostream *out)
@@ -51,9 +49,7 @@ const Facility Facilities[] = {
     {"SdCardInfo", [] { return new SdCardInfo; }, "state=Mounted activity=Busy",
         "state=Unknown activity=Unknown", {"SdCardInfo failed to open pps, error 2 ."},
         // A reading that fails changes nothing here.
-        {{"/pps/system/filesystem/removable/sdcard", "mounted:b:true\nbusy:b:true\n", {}, {}}},
-        "stateChanged(~SdCardState::Type) activityChanged(~SdCardActivity::Type) stateChanged(int) "
-        "activityChanged(int) ~SdCardState::Type state ~SdCardActivity::Type activity"},
+        {{"/pps/system/filesystem/removable/sdcard", "mounted:b:true\nbusy:b:true\n", {}, {}}}},
     {"BatteryInfo", [] { return new BatteryInfo; },
         "level=80 chargingState=Charging present=true condition=OK fullChargeCapacity=2900 cycleCount=120 "
         "temperature=25.5 rxid=\"7F01\"",
@@ -70,13 +66,7 @@ WlcSourceInfo:json:{"WlcSrcParameters":[{"RxID":"7F01"},{"RxID":"other"}]}
                 "cycleCountChanged(-1)", "temperatureChanged(nan)", "rxidChanged(\"\")"},
             {"[BatteryInfo] Could not read pps. error: \"No such file or directory\"",
                 "[BatteryInfo] Could read, but not decode pps"},
-            "malformed\n", {"temperatureChanged(nan)"}}},
-        "levelChanged(int,~BatteryChargingState::Type) presentChanged(bool) "
-        "conditionChanged(~BatteryCondition::Type) fullChargeCapacityChanged(int) cycleCountChanged(int) "
-        "temperatureChanged(float) rxidChanged(QString) levelChanged(int,int) conditionChanged(int) "
-        "int level ~BatteryChargingState::Type chargingState(levelChanged(int,~BatteryChargingState::Type)) "
-        "bool present ~BatteryCondition::Type condition int fullChargeCapacity int cycleCount "
-        "float temperature QString rxid"},
+            "malformed\n", {"temperatureChanged(nan)"}}}},
     {"SimCardInfo", [] { return new SimCardInfo; },
         "state=Ready mobileCountryCode=\"310\" mobileNetworkCode=\"26\" serialNumber=\"894\" "
         "subscriberIdentifier=\"31026\"",
@@ -96,12 +86,7 @@ iccid::894
             {"/pps/services/cellular/uicc/card0/status_restricted", "@status_restricted\nimsi::31026\n",
                 {"subscriberIdentifierChanged(\"\")"},
                 {"SimCardInfo - failed to read restricted PPS data:" + Missing,
-                    "SimCardInfo - failed to decode restricted PPS data"}}},
-        "stateChanged(~SimCardState::Type) mobileCountryCodeChanged(QString) "
-        "mobileNetworkCodeChanged(QString) serialNumberChanged(QString) "
-        "subscriberIdentifierChanged(QString) stateChanged(int) "
-        "~SimCardState::Type state QString mobileCountryCode QString mobileNetworkCode "
-        "QString serialNumber QString subscriberIdentifier"},
+                    "SimCardInfo - failed to decode restricted PPS data"}}}},
     {"CellularRadioInfo", [] { return new CellularRadioInfo; },
         "poweredOn=true technologies=Lte services=Voice bands=UmtsI enabledTechnologies=Gsm "
         "activeTechnologies=Umts networkCount=1 dataEnabled=true dataRoaming=true",
@@ -127,16 +112,7 @@ band_capability:json:{"umts":1}
                 {"dataEnabledChanged(false)", "dataRoamingChanged(false)"},
                 {"CellularRadioInfo - failed to read data services PPS data:" + Missing,
                     "CellularRadioInfo - failed to decode data services PPS data"},
-                "data_services_status:n:one\n"}},
-        "poweredOnChanged(bool) enabledTechnologiesChanged(~CellularTechnology::Types) "
-        "activeTechnologiesChanged(~CellularTechnology::Types) networkCountChanged(int) "
-        "dataEnabledChanged(bool)(revision 1) dataRoamingChanged(bool)(revision 1) "
-        "enabledTechnologiesChanged(int) activeTechnologiesChanged(int) "
-        "bool poweredOn QFlags<~CellularTechnology::Type> technologies(constant) "
-        "QFlags<~CellularService::Type> services(constant) QFlags<~CellularBand::Type> bands(constant) "
-        "QFlags<~CellularTechnology::Type> enabledTechnologies "
-        "QFlags<~CellularTechnology::Type> activeTechnologies int networkCount "
-        "bool dataEnabled(revision 1) bool dataRoaming(revision 1)"},
+                "data_services_status:n:one\n"}}},
     {"CellularNetworkInfo", [] { return new CellularNetworkInfo; },
         "index=0 technology=Gsm services=Emergency name=\"North\" mobileCountryCode=\"310\" "
         "mobileNetworkCode=\"26\" signalStrength=-71 roaming=true cellId=1 locationAreaCode=2 "
@@ -166,17 +142,7 @@ roaming:json:{"state":"ROAMING","suppress":false}
                 {"CellularNetworkInfo - failed to read private PPS data:" + Missing,
                     "CellularNetworkInfo - failed to decode private PPS data"}},
             {"/pps/services/rum/csm/status_public", "network_name::Mobile\n", {"displayNameChanged(\"\")"},
-                {"failed to read raw data:" + Missing, "failed to decode data"}}},
-        "indexChanged(int) technologyChanged(~CellularTechnology::Type) "
-        "servicesChanged(~CellularService::Types) nameChanged(QString) mobileCountryCodeChanged(QString) "
-        "mobileNetworkCodeChanged(QString) signalStrengthChanged(int) roamingChanged(bool) "
-        "cellIdChanged(int) locationAreaCodeChanged(int) trackingAreaCodeChanged(int) "
-        "baseStationIdChanged(int) networkIdChanged(int) systemIdChanged(int) displayNameChanged(QString) "
-        "technologyChanged(int) servicesChanged(int) setIndex(int)(slot) "
-        "int index(writable) ~CellularTechnology::Type technology QFlags<~CellularService::Type> services "
-        "QString name QString mobileCountryCode QString mobileNetworkCode int signalStrength bool roaming "
-        "int cellId int locationAreaCode int trackingAreaCode int baseStationId int networkId int systemId "
-        "QString displayName"},
+                {"failed to read raw data:" + Missing, "failed to decode data"}}}},
     {"CellularDataInterface", [] { return new CellularDataInterface("web"); },
         "name=\"web\" valid=true alwaysOn=true accessControlled=true networkInterfaceName=\"rmnet0\" "
         "accessPointName=\"internet\" connectionState=Connected",
@@ -190,13 +156,7 @@ roaming:json:{"state":"ROAMING","suppress":false}
                 "networkInterfaceNameChanged(\"\")", "accessPointNameChanged(\"\")"},
             {"CellularDataInterface - failed to read status PPS data:" + Missing,
                 "CellularDataInterface - failed to decode status PPS data"},
-            "web:json:{\n"}},
-        "nameChanged(QString) validChanged(bool) alwaysOnChanged(bool) accessControlledChanged(bool) "
-        "networkInterfaceNameChanged(QString) accessPointNameChanged(QString) "
-        "connectionStateChanged(~CellularConnectionState::Type) connectionStateChanged(int) "
-        "requestConnect()(slot) requestDisconnect()(slot) allNames()(method) "
-        "QString name(writable) bool valid bool alwaysOn bool accessControlled QString networkInterfaceName "
-        "QString accessPointName ~CellularConnectionState::Type connectionState"},
+            "web:json:{\n"}}},
 };
 
 class FacilityTest : public ::testing::TestWithParam<Facility>
@@ -285,51 +245,7 @@ TEST_P(FacilityTest, ASlotOfAnySignalMayDestroyIt)
     }
 }
 
-TEST_P(FacilityTest, DeclaresItsSignalsMethodsAndPropertiesInOrder)
-{
-    const std::unique_ptr<QObject> facility(GetParam().make());
-    EXPECT_EQ(declarationsOf(*facility->metaObject()), GetParam().declarations);
-}
-
 INSTANTIATE_TEST_SUITE_P(Each, FacilityTest, ::testing::ValuesIn(Facilities),
     [](const auto &facility) { return std::string(facility.param.name); });
-
-TEST(Enumerations, AreKnownByName)
-{
-    const struct
-    {
-        const QMetaObject &holder;
-        const char *enumerators;
-        bool isSet = false;
-    } rows[] = {
-        {SdCardState::staticMetaObject, "Unknown=0 Mounted=1 Unmounted=2 Busy=3"},
-        {SdCardActivity::staticMetaObject, "Unknown=0 Idle=1 Busy=2"},
-        {BatteryChargingState::staticMetaObject, "Unknown=0 NotCharging=1 Charging=2 Discharging=3 Full=4"},
-        {BatteryCondition::staticMetaObject, "Unknown=0 OK=1 Bad=2"},
-        {HdmiConnector::staticMetaObject, "Unknown=0 None=1 Micro=2"},
-        {SimCardState::staticMetaObject,
-            "NotDetected=0 Incompatible=1 NotProvisioned=2 ReadError=3 PinRequired=4 Ready=5"},
-        {CellularConnectionState::staticMetaObject, "Disconnected=0 PendingConnect=1 Connected=2"},
-        {CellularConnectionRequestResult::staticMetaObject,
-            "Requested=0 InternalError=1 InvalidInterface=2 PermissionDenied=3 NotPossible=4"},
-        {CellularTechnology::staticMetaObject, "None=0 Gsm=1 Umts=2 Cdma1X=4 Evdo=8 Lte=16", true},
-        {CellularService::staticMetaObject,
-            "None=0 Emergency=1 Voice=2 E911Callback=4 Data=256 GenericAccessNetwork=512 "
-            "ConcurrentVoiceData=1024 DataGprs=4096 DataEdge=8192 DataUmts=16384 DataHspa=32768 "
-            "DataHspaP=65536 DataCdma=131072 DataEvdo0=262144 DataEvdoA=524288 DataEhrpd=1048576 "
-            "DataLte=2097152",
-            true},
-        {CellularBand::staticMetaObject,
-            "None=0 Cdma0=1 CdmaI=2 CdmaXV=4 Gsm850=8 Gsm900=16 Gsm1800=32 Gsm1900=64 UmtsI=128 UmtsII=256 "
-            "UmtsIII=512 UmtsIV=1024 UmtsV=2048 UmtsVI=4096 UmtsVII=8192 UmtsVIII=16384 UmtsIX=32768 "
-            "UmtsX=65536 LteII=131072 LteIII=262144 LteIV=524288 LteV=1048576 LteVII=2097152 "
-            "LteVIII=4194304 LteXIII=8388608 LteXVII=16777216 LteXX=33554432",
-            true},
-    };
-    for (const auto &row : rows) {
-        EXPECT_EQ(enumeratorsOf(row.holder), row.enumerators);
-        EXPECT_EQ(enumeratorsOf(row.holder, "Types"), row.isSet ? row.enumerators : "");
-    }
-}
 
 } // namespace

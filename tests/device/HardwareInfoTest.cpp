@@ -133,16 +133,4 @@ TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
             "HardwareInfo::processorModel(): Invalid processor index 2 on a device with 2 processors."}));
 }
 
-TEST(HardwareInfoMetaObject, DeclaresConstantsInOrder)
-{
-    EXPECT_EQ(declarationsOf(HardwareInfo::staticMetaObject),
-        "QString pin(constant) QString serialNumber(constant) QString imei(constant) QString meid(constant) "
-        "QString hardwareId(constant) QString deviceName(constant) QString modelName(constant) "
-        "QString modelNumber(constant) bool isPhysicalKeyboardDevice(constant) "
-        "~HdmiConnector::Type hdmiConnector(constant)(revision 1) bool isTrackpadDevice(constant)(revision "
-        "2) "
-        "bool hasPhysicalPhoneKeys(constant)(revision 2) bool hasPhysicalBackButton(constant)(revision 2) "
-        "bool hasPhysicalMenuButton(constant)(revision 2)");
-}
-
 } // namespace
