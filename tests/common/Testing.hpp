@@ -13,6 +13,7 @@
 
 #include <functional>
 #include <ostream>
+#include <tuple>
 
 // Lets GoogleTest print Qt's types in a failure.
 void PrintTo(const QString &text, std::ostream *out);

@@ -28,12 +28,7 @@ protected:
 
 TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)
 {
-    const struct
-    {
-        const char *system;
-        const char *charger;
-        BatteryChargingState::Type state;
-    } rows[] = {
+    const std::tuple<const char *, const char *, BatteryChargingState::Type> rows[] = {
         {R"({"ChargingState":"TC"})", "{}", BatteryChargingState::Charging},
         {R"({"ChargingState":"CV"})", "{}", BatteryChargingState::Charging},
         {R"({"ChargingState":"DC"})", "{}", BatteryChargingState::Full},
@@ -43,9 +38,9 @@ TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)
         {R"({"ChargingState":"NC"})", R"({"NumOfSource":"none"})", BatteryChargingState::NotCharging},
         {R"({"ChargingState":"NC"})", "{}", BatteryChargingState::NotCharging},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray("SystemInfo:json:") + row.system + "\nChargerInfo:json:" + row.charger + "\n");
-        EXPECT_EQ(BatteryInfo().chargingState(), row.state) << row.system << row.charger;
+    for (const auto &[systemInfo, charger, state] : rows) {
+        publish(QByteArray("SystemInfo:json:") + systemInfo + "\nChargerInfo:json:" + charger + "\n");
+        EXPECT_EQ(BatteryInfo().chargingState(), state) << systemInfo << charger;
     }
     EXPECT_EQ(log.take(), QStringList());
 
@@ -65,12 +60,7 @@ TEST_F(BatteryInfoTest, WhatTheBatteryDoesNotSayIsUnknown)
         "[BatteryInfo] Could not find CycleCount in BatteryStatus",
         "[BatteryInfo] Could not find Temperature in BatteryStatus"};
     const QStringList notActive{"[BatteryInfo] Could not find ActiveBattery in BatteryInfo"};
-    const struct
-    {
-        const char *batteries;
-        QString values;
-        QStringList warnings;
-    } rows[] = {
+    const std::tuple<const char *, QString, QStringList> rows[] = {
         {R"({"ActiveBattery":2,"BatteryStatus":[{},{"StateOfCharge":80}]})", unknown, noNumbers},
         {R"({"ActiveBattery":-1,"BatteryStatus":[{"StateOfCharge":80}]})", unknown, noNumbers},
         {R"({"ActiveBattery":0,"BatteryStatus":["full"]})", unknown, noNumbers},
@@ -87,10 +77,10 @@ TEST_F(BatteryInfoTest, WhatTheBatteryDoesNotSayIsUnknown)
             "temperature=-5.5 rxid=\"7F01\"",
             {}},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray("BatteryInfo:json:") + row.batteries + "\n");
-        EXPECT_EQ(valuesOf(BatteryInfo()), row.values) << row.batteries;
-        EXPECT_EQ(log.take(), row.warnings) << row.batteries;
+    for (const auto &[batteries, values, warnings] : rows) {
+        publish(QByteArray("BatteryInfo:json:") + batteries + "\n");
+        EXPECT_EQ(valuesOf(BatteryInfo()), values) << batteries;
+        EXPECT_EQ(log.take(), warnings) << batteries;
     }
 }
 
@@ -98,11 +88,7 @@ TEST_F(BatteryInfoTest, ReadsTheReceiverOfTheFirstWirelessSource)
 {
     const QString noList = "[BatteryInfo] Could not find list of WlcSrcParameters";
     const QString noId = "[BatteryInfo] RxID not present";
-    const struct
-    {
-        const char *source;
-        QStringList warnings;
-    } rows[] = {
+    const std::tuple<const char *, QStringList> rows[] = {
         {R"({"WlcSrcParameters":[{"RxID":"null"}]})", {}},
         {R"({"WlcSrcParameters":[{"RxID":""}]})", {noId}},
         {R"({"WlcSrcParameters":[{},{"RxID":"second"}]})", {noId}},
@@ -111,10 +97,10 @@ TEST_F(BatteryInfoTest, ReadsTheReceiverOfTheFirstWirelessSource)
         {R"({"WlcSrcParameters":{"RxID":"7F01"}})", {noList}},
         {R"("")", {noList}},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray("WlcSourceInfo:json:") + row.source + "\n");
-        EXPECT_EQ(BatteryInfo().rxid(), "") << row.source;
-        EXPECT_EQ(log.take(), row.warnings) << row.source;
+    for (const auto &[source, warnings] : rows) {
+        publish(QByteArray("WlcSourceInfo:json:") + source + "\n");
+        EXPECT_EQ(BatteryInfo().rxid(), "") << source;
+        EXPECT_EQ(log.take(), warnings) << source;
     }
 }
 

@@ -156,13 +156,8 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
     const QString undecodable = "CellularDataInterface - failed to decode control PPS data";
     const QString unread =
         "CellularDataInterface - failed to read control PPS data:  \"Connection reset by peer\"";
-    const struct
-    {
-        const char *answer; // none: the service hangs up
-        Result::Type connect;
-        Result::Type disconnect;
-        QStringList warnings;
-    } rows[] = {
+    // Without an answer the service hangs up.
+    const std::tuple<const char *, Result::Type, Result::Type, QStringList> rows[] = {
         {"@web_control\nerr:n:0\n", Result::Requested, Result::Requested, {}},
         {"@web_control\nerr:n:13\n", Result::NotPossible, Result::InternalError, {}},
         {"err::13\n", Result::NotPossible, Result::InternalError, {}},
@@ -172,21 +167,21 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
         {nullptr, Result::InternalError, Result::InternalError, {unread}},
     };
     ControlService service(Control, ControlService::hangUp);
-    for (const auto &row : rows) {
-        const auto serve = row.answer ? ControlService::answer(row.answer) : ControlService::hangUp;
+    for (const auto &[answer, connect, disconnect, warnings] : rows) {
+        const auto serve = answer ? ControlService::answer(answer) : ControlService::hangUp;
         CellularDataInterface web("web");
         service.serveWith(serve);
-        EXPECT_EQ(web.requestConnect(), row.connect) << row.answer;
-        EXPECT_EQ(log.take(), row.warnings) << row.answer;
+        EXPECT_EQ(web.requestConnect(), connect) << answer;
+        EXPECT_EQ(log.take(), warnings) << answer;
         // Without a connection's id there is none to end.
-        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << answer;
 
         service.serveWith(ControlService::answer(Connected));
         ASSERT_EQ(web.requestConnect(), Result::Requested);
         service.serveWith(serve);
-        EXPECT_EQ(web.requestDisconnect(), row.disconnect) << row.answer;
-        EXPECT_EQ(log.take(), row.warnings) << row.answer;
-        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << row.answer;
+        EXPECT_EQ(web.requestDisconnect(), disconnect) << answer;
+        EXPECT_EQ(log.take(), warnings) << answer;
+        EXPECT_EQ(web.requestDisconnect(), Result::NotPossible) << answer;
     }
 }
 

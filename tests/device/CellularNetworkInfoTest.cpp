@@ -55,12 +55,7 @@ roaming:json:{"state":"HOME"}
 
 TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)
 {
-    const struct
-    {
-        const char *active;
-        int index;
-        CellularTechnology::Type technology;
-    } rows[] = {
+    const std::tuple<const char *, int, CellularTechnology::Type> rows[] = {
         {R"(["cdma_1x","lte","evdo","umts","gsm"])", 0, CellularTechnology::Gsm},
         {R"(["cdma_1x","lte","evdo","umts"])", 0, CellularTechnology::Umts},
         {R"(["cdma_1x","lte","evdo"])", 0, CellularTechnology::Evdo},
@@ -74,11 +69,11 @@ TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)
         {R"(["gsm","cdma_1x"])", 2, CellularTechnology::None},
         {R"(["gsm","cdma_1x"])", -1, CellularTechnology::None},
     };
-    for (const auto &row : rows) {
-        activate(row.active);
-        const CellularNetworkInfo network(row.index);
-        EXPECT_EQ(network.technology(), row.technology) << row.active << row.index;
-        EXPECT_EQ(network.name() == "East", row.technology == CellularTechnology::Cdma1X) << row.active;
+    for (const auto &[active, index, technology] : rows) {
+        activate(active);
+        const CellularNetworkInfo network(index);
+        EXPECT_EQ(network.technology(), technology) << active << index;
+        EXPECT_EQ(network.name() == "East", technology == CellularTechnology::Cdma1X) << active;
     }
 }
 

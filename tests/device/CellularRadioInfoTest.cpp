@@ -36,12 +36,7 @@ configured_technologies:json:{"enabled":["gsm","6g"]}
 
 TEST_F(CellularRadioInfoTest, ReadsEachAttributeByItsTable)
 {
-    const struct
-    {
-        const char *line;
-        const char *property;
-        int value;
-    } rows[] = {
+    const std::tuple<const char *, const char *, int> rows[] = {
         {"power_status::on", "poweredOn", 0},
         {"power_status::OFF", "poweredOn", 0},
         {"-power_status", "poweredOn", 0},
@@ -64,14 +59,13 @@ TEST_F(CellularRadioInfoTest, ReadsEachAttributeByItsTable)
         {R"(band_capability:json:{"cdma":"4"})", "bands", 4},
         {"band_capability:n:1", "bands", 0},
     };
-    for (const auto &row : rows) {
-        root.place(Public, Radio + row.line + "\n");
-        const QVariant value = CellularRadioInfo().property(row.property);
-        ASSERT_TRUE(value.isValid()) << row.property;
+    for (const auto &[line, property, number] : rows) {
+        root.place(Public, Radio + line + "\n");
+        const QVariant value = CellularRadioInfo().property(property);
+        ASSERT_TRUE(value.isValid()) << property;
         // Flag sets are asked by their number.
         const bool isSet = value.metaType().sizeOf() == sizeof(int);
-        EXPECT_EQ(isSet ? *static_cast<const int *>(value.constData()) : value.toInt(), row.value)
-            << row.line;
+        EXPECT_EQ(isSet ? *static_cast<const int *>(value.constData()) : value.toInt(), number) << line;
     }
     EXPECT_EQ(log.take(), QStringList());
 }

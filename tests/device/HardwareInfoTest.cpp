@@ -76,12 +76,7 @@ TEST_F(HardwareInfoTest, WithoutItsObjectsEverythingIsUnknownAndEachCallSaysSo)
 
 TEST_F(HardwareInfoTest, TellsWhatTheInventorySaysOfKeyboardAndHdmi)
 {
-    const struct
-    {
-        const char *line;
-        bool keyboard;
-        HdmiConnector::Type hdmi;
-    } rows[] = {
+    const std::tuple<const char *, bool, HdmiConnector::Type> rows[] = {
         {"Keyboard::none", false, HdmiConnector::Micro},
         {"Keyboard::NONE", false, HdmiConnector::Micro},
         {"Keyboard::nonesuch", true, HdmiConnector::Micro},
@@ -91,10 +86,10 @@ TEST_F(HardwareInfoTest, TellsWhatTheInventorySaysOfKeyboardAndHdmi)
         {"HDMI::micro", true, HdmiConnector::Unknown},
         {"HDMI:n:2", true, HdmiConnector::Unknown},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray(row.line) + "\n");
-        EXPECT_EQ(hardware.isPhysicalKeyboardDevice(), row.keyboard) << row.line;
-        EXPECT_EQ(hardware.hdmiConnector(), row.hdmi) << row.line;
+    for (const auto &[line, keyboard, hdmi] : rows) {
+        publish(QByteArray(line) + "\n");
+        EXPECT_EQ(hardware.isPhysicalKeyboardDevice(), keyboard) << line;
+        EXPECT_EQ(hardware.hdmiConnector(), hdmi) << line;
     }
     root.place(Inventory, "@inventory\n");
     EXPECT_FALSE(hardware.isPhysicalKeyboardDevice());
@@ -104,13 +99,7 @@ TEST_F(HardwareInfoTest, TellsWhatTheInventorySaysOfKeyboardAndHdmi)
 TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
 {
     const QString speed = "HardwareInfo::processorSpeed(): ";
-    const struct
-    {
-        const char *line;
-        int index;
-        int speed;
-        QStringList warnings;
-    } rows[] = {
+    const std::tuple<const char *, int, int, QStringList> rows[] = {
         {"Other::1", 2, -1, {speed + "Invalid processor index 2 on a device with 2 processors."}},
         {"Other::1", -1, -1, {speed + "Invalid processor index -1 on a device with 2 processors."}},
         {"Processor_Numbers::two", 0, -1,
@@ -120,10 +109,10 @@ TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
         {"Processor1_CPUSpeed::1500", 0, 1, {}},
         {"Processor1_CPUSpeed::15", 0, -1, {speed + "Failed to covert PPS data"}},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray(row.line) + "\n");
-        EXPECT_EQ(hardware.processorSpeed(row.index), row.speed) << row.line;
-        EXPECT_EQ(log.take(), row.warnings) << row.line;
+    for (const auto &[line, index, mhz, warnings] : rows) {
+        publish(QByteArray(line) + "\n");
+        EXPECT_EQ(hardware.processorSpeed(index), mhz) << line;
+        EXPECT_EQ(log.take(), warnings) << line;
     }
     publish("");
     EXPECT_EQ(hardware.processorModel(1), "");

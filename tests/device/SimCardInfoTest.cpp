@@ -31,11 +31,7 @@ protected:
 
 TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
 {
-    const struct
-    {
-        const char *lines;
-        const char *values;
-    } rows[] = {
+    const std::tuple<const char *, const char *> rows[] = {
         {R"(uicc_state:json:{"state":"INVALID_SIM"})", "Incompatible 310 26"},
         {R"(uicc_state:json:{"state":"NOT_PROVISIONED"})", "NotProvisioned 310 26"},
         {R"(uicc_state:json:{"state":"CARD_ERROR"})", "ReadError 310 26"},
@@ -49,13 +45,13 @@ TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
         {"hplmn::310", "Ready  "},
         {"-hplmn", "Ready  "},
     };
-    for (const auto &row : rows) {
-        root.place(Private, Ready + row.lines + "\n");
+    for (const auto &[lines, values] : rows) {
+        root.place(Private, Ready + lines + "\n");
         const SimCardInfo card;
         EXPECT_EQ(card.property("state").toString() + " " + card.mobileCountryCode() + " "
                 + card.mobileNetworkCode(),
-            row.values)
-            << row.lines;
+            values)
+            << lines;
     }
 }
 

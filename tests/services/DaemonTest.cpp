@@ -36,11 +36,7 @@ QString problemOf(const std::function<void()> &body)
 
 TEST(PhoneFile, WhatIsWrongIsToldWithFileLineAndKey)
 {
-    const struct
-    {
-        QByteArray text;
-        const char *problem;
-    } rows[] = {
+    const std::tuple<QByteArray, const char *> rows[] = {
         {"{\n  // a comment\n  \"sdcard\": {\n    \"mounted\": 3 /* another */\n  }\n}",
             "phone.json:4: sdcard.mounted: expected true or false, found 3"},
         {"{\"sdcard\": {\"mountd\": true}}",
@@ -55,9 +51,8 @@ TEST(PhoneFile, WhatIsWrongIsToldWithFileLineAndKey)
         {"[]", "phone.json:1: expected a map, found a list"},
         {"{} {}", "phone.json:1: The document root must not be followed by other values."},
     };
-    for (const auto &row : rows)
-        EXPECT_EQ(
-            problemOf([&] { SimulatedPhone phone(JsonNode::parse(row.text, "phone.json")); }), row.problem);
+    for (const auto &[text, problem] : rows)
+        EXPECT_EQ(problemOf([&] { SimulatedPhone phone(JsonNode::parse(text, "phone.json")); }), problem);
     EXPECT_TRUE(problemOf([] { (void)JsonNode::parseFile("/no/file.json"); }).startsWith("/no/file.json: "));
     EXPECT_EQ(problemOf([] { SimulatedPhone phone(JsonNode::parseFile(OZ_PHONE_FILE)); }), QString());
 }
@@ -155,11 +150,7 @@ TEST(Daemon, SurvivesMalformedRequestsAndRefusesStrangers)
     const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
     PpsObject control("/pps/system/ozdeviced/control");
     ASSERT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
-    const struct
-    {
-        QByteArray request;
-        const char *answer;
-    } rows[] = {
+    const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},
         {"id:n:1\n", "@control\nerr:n:22\nerrstr::the request has no 'msg'\nid:n:1\nres::\n"},
@@ -167,11 +158,11 @@ TEST(Daemon, SurvivesMalformedRequestsAndRefusesStrangers)
         {"msg::sim\nid::x\ndat:json:{\"facility\":\"sdcard\",\"verb\":\"busy\"}\n",
             "@control\nid::x\nres::sim\n"},
     };
-    for (const auto &row : rows) {
-        ASSERT_TRUE(control.write(row.request));
+    for (const auto &[request, expected] : rows) {
+        ASSERT_TRUE(control.write(request));
         QByteArray answer;
         ASSERT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); }));
-        EXPECT_TRUE(answer.startsWith(row.answer)) << answer.toStdString();
+        EXPECT_TRUE(answer.startsWith(expected)) << answer.toStdString();
     }
     EXPECT_EQ(device::SdCardInfo().activity(), device::SdCardActivity::Busy);
     struct stat status;

@@ -286,11 +286,7 @@ TEST(Phone, IdentifiersAreForOwnerAndGroupOnly)
 {
     const DeviceRoot root;
     const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
-    const struct
-    {
-        QString path;
-        mode_t mode;
-    } rows[] = {
+    const std::tuple<QString, mode_t> rows[] = {
         {"/pps/services/private/deviceproperties", 0640},
         {"/pps/services/deviceproperties", 0644},
         {"/pps/services/hw_info/inventory", 0644},
@@ -307,12 +303,12 @@ TEST(Phone, IdentifiersAreForOwnerAndGroupOnly)
         {MmsControl, 0666},
         {"/pps/services/cds/cnice/tethering_control", 0},
     };
-    for (const auto &row : rows) {
+    for (const auto &[path, mode] : rows) {
         struct stat status
         {
         };
-        EXPECT_EQ(::stat(QFile::encodeName(root.file(row.path)).constData(), &status), 0);
-        EXPECT_EQ(status.st_mode & 07777, row.mode) << row.path.toStdString();
+        EXPECT_EQ(::stat(QFile::encodeName(root.file(path)).constData(), &status), 0);
+        EXPECT_EQ(status.st_mode & 07777, mode) << path.toStdString();
     }
 }
 
@@ -393,12 +389,7 @@ TEST_F(DataProfileTest, IsConnectedUntilItsLastUserLeavesOrMobileDataEnds)
 
 TEST_F(DataProfileTest, RefusesAsItIsToldTo)
 {
-    const struct
-    {
-        const char *name;
-        QStringList orders;
-        int result;
-    } rows[] = {
+    const std::tuple<const char *, QStringList, int> rows[] = {
         {"enterprise", {}, Result::NotPossible},
         {"enterprise", {"enterprise permitted on"}, Result::Requested},
         {"legacy", {}, Result::InternalError},
@@ -412,11 +403,11 @@ TEST_F(DataProfileTest, RefusesAsItIsToldTo)
         {"nobody", {}, Result::InvalidInterface},
     };
     LogCapture log;
-    for (const auto &row : rows) {
-        for (const QString &order : row.orders)
+    for (const auto &[name, orders, result] : rows) {
+        for (const QString &order : orders)
             sim("data-profile " + order);
-        CellularDataInterface profile(row.name);
-        EXPECT_EQ(profile.requestConnect(), row.result) << row.name << row.orders.join(' ').toStdString();
+        CellularDataInterface profile(name);
+        EXPECT_EQ(profile.requestConnect(), result) << name << orders.join(' ').toStdString();
     }
     EXPECT_EQ(runWithoutRights([] { return CellularDataInterface("tethering").requestConnect(); }),
         Result::PermissionDenied);
@@ -431,11 +422,7 @@ TEST_F(DataProfileTest, RefusesAsItIsToldTo)
 
 TEST(Phone, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
 {
-    const struct
-    {
-        QByteArray text;
-        const char *problem;
-    } rows[] = {
+    const std::tuple<QByteArray, const char *> rows[] = {
         {R"("battery": {"level": 101})", "battery.level: expected a whole number from 0 to 100, found 101"},
         {R"("battery": {"condition": "fine"})",
             "battery.condition: expected one of unknown, ok, bad, found \"fine\""},
@@ -468,12 +455,12 @@ TEST(Phone, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
         {R"("data-profile": {"profiles": {"a": {"permitted": false}}})",
             "data-profile.profiles.a.permitted: everyone may use a profile that is not access-controlled"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, problem] : rows) {
         try {
-            const SimulatedPhone phone(JsonNode::parse("{\n" + row.text + "}", "phone.json"));
-            ADD_FAILURE() << row.text.toStdString();
+            const SimulatedPhone phone(JsonNode::parse("{\n" + text + "}", "phone.json"));
+            ADD_FAILURE() << text.toStdString();
         } catch (const Error &error) {
-            EXPECT_EQ(error.what(), std::string("phone.json:2: ") + row.problem);
+            EXPECT_EQ(error.what(), std::string("phone.json:2: ") + problem);
         }
     }
 }
@@ -481,11 +468,7 @@ TEST(Phone, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
 TEST(Phone, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
 {
     SimulatedPhone phone(JsonNode::emptyMap());
-    const struct
-    {
-        QString order;
-        QString problem;
-    } rows[] = {
+    const std::tuple<QString, QString> rows[] = {
         {"battery level much", "battery level: expected a whole number from 0 to 100, found 'much'"},
         {"battery temperature 300", "battery temperature: expected a number from -100 to 200, found '300'"},
         {"battery level", "battery level takes PERCENT, not 0 arguments"},
@@ -504,10 +487,10 @@ TEST(Phone, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
         {"data-profile mms fail-with 0",
             "data-profile mms fail-with: expected a whole number from 1 to 4095, found '0'"},
     };
-    for (const auto &row : rows) {
-        QStringList words = row.order.split(' ');
+    for (const auto &[order, problem] : rows) {
+        QStringList words = order.split(' ');
         const QString facility = words.takeFirst();
-        EXPECT_EQ(phone.run(facility, words), row.problem) << row.order.toStdString();
+        EXPECT_EQ(phone.run(facility, words), problem) << order.toStdString();
     }
 }
 

@@ -230,12 +230,7 @@ TEST_F(PpsObjectTest, ThousandsOfSubscribersShareOneDescriptorAndNeighboursStayA
 TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
 {
     publish({{"a", 1}});
-    const struct
-    {
-        QString path;
-        PpsOpenMode::Types mode;
-        int error;
-    } rows[] = {
+    const std::tuple<QString, PpsOpenMode::Types, int> rows[] = {
         {"/pps/services/box/nothing", PpsOpenMode::Subscribe, ENOENT},
         {"/pps/services/box/nothing", PpsOpenMode::Publish, ENOENT},
         {"/pps/services/box", PpsOpenMode::Subscribe, EISDIR},
@@ -247,12 +242,12 @@ TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
         {Path, {}, EINVAL},
         {Path, PpsOpenMode::PublishSubscribe, 0},
     };
-    for (const auto &row : rows) {
-        PpsObject object(row.path);
-        EXPECT_EQ(object.open(row.mode), row.error == 0) << row.path.toStdString();
-        EXPECT_EQ(object.error(), row.error) << row.path.toStdString();
-        EXPECT_EQ(object.isOpen(), row.error == 0);
-        EXPECT_EQ(object.errorString().isEmpty(), row.error == 0);
+    for (const auto &[path, mode, error] : rows) {
+        PpsObject object(path);
+        EXPECT_EQ(object.open(mode), error == 0) << path.toStdString();
+        EXPECT_EQ(object.error(), error) << path.toStdString();
+        EXPECT_EQ(object.isOpen(), error == 0);
+        EXPECT_EQ(object.errorString().isEmpty(), error == 0);
     }
     PpsObject object(Path);
     bool ok = true;
