@@ -17,6 +17,7 @@
 #include <linux/capability.h>
 #include <linux/securebits.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -80,6 +81,18 @@ void DeviceRoot::place(const QString &path, const QByteArray &content) const
 void DeviceRoot::remove(const QString &path) const
 {
     ASSERT_TRUE(QFile::remove(file(path)));
+}
+
+uint DeviceRoot::mode(const QString &path) const
+{
+    struct stat status = {};
+    EXPECT_EQ(::stat(QFile::encodeName(file(path)).constData(), &status), 0) << path.toStdString();
+    return status.st_mode & 07777;
+}
+
+void DeviceRoot::setMode(const QString &path, uint mode) const
+{
+    ASSERT_EQ(::chmod(QFile::encodeName(file(path)).constData(), mode), 0);
 }
 
 LogCapture::LogCapture() : m_before(qInstallMessageHandler(&LogCapture::handle))
@@ -168,6 +181,14 @@ int runWithoutRights(const std::function<int()> &body)
                 && ::setresuid(nobody, nobody, nobody) == 0;
         },
         body);
+}
+
+int openErrorWithoutRights(const QString &path, PpsOpenMode::Types mode)
+{
+    return runWithoutRights([&] {
+        PpsObject object(path);
+        return object.open(mode) ? 0 : object.error();
+    });
 }
 
 int runWithoutPrivileges(const std::function<int()> &body)

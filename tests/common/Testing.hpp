@@ -2,6 +2,8 @@
 
 #include "meta/SignalTap.hpp"
 
+#include <oz/PpsOpenMode.hpp>
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -34,6 +36,9 @@ public:
     /*! Puts \a content at \a path in one step, past every check, as a broken publisher might. */
     void place(const QString &path, const QByteArray &content) const;
     void remove(const QString &path) const;
+    /*! The permission bits of \a path. */
+    [[nodiscard]] uint mode(const QString &path) const;
+    void setMode(const QString &path, uint mode) const;
 
 private:
     QTemporaryDir m_directory;
@@ -56,6 +61,14 @@ private:
     QtMessageHandler m_before;
     QStringList m_warnings;
     QStringList m_categories;
+};
+
+/*! A test on a device root of its own, which captures the warnings. */
+class DeviceTest : public ::testing::Test
+{
+protected:
+    LogCapture log;
+    DeviceRoot root;
 };
 
 /*! The signals of one object in the order of emission, each as "name(argument, argument)" with values as
@@ -87,7 +100,11 @@ private:
  */
 [[nodiscard]] int runWithoutRights(const std::function<int()> &body);
 
-/*! As above, but the same user without what root may do beyond file modes, also in programs that it starts.
+/*! The errno (0 for none) of opening the object at \a path in such a process. */
+[[nodiscard]] int openErrorWithoutRights(const QString &path, PpsOpenMode::Types mode);
+
+/*! As runWithoutRights(), but the same user without what root may do beyond file modes, also in programs that
+ * it starts.
  */
 [[nodiscard]] int runWithoutPrivileges(const std::function<int()> &body);
 

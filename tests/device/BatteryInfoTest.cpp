@@ -17,13 +17,10 @@ BatteryInfo:json:{"ActiveBattery":1,"BatteryStatus":[{},{"StateOfCharge":80,"Bat
 WlcSourceInfo:json:{"WlcSrcParameters":[{"RxID":"7F01"},{"RxID":"other"}]}
 )";
 
-class BatteryInfoTest : public ::testing::Test
+class BatteryInfoTest : public DeviceTest
 {
 protected:
     void publish(const QByteArray &lines) { root.place(Path, Good + lines); }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(BatteryInfoTest, ReadsTheChargingStateFromTheSystemAndTheCharger)

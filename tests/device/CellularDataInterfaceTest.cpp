@@ -38,13 +38,10 @@ const QVariantMap ConnectRequest{{"msg", "connect"}, {"id", "123"}};
 const QVariantMap DisconnectRequest{
     {"msg", "disconnect"}, {"id", "123"}, {"dat", QVariantMap{{"connect_id", "c7"}}}};
 
-class CellularDataInterfaceTest : public ::testing::Test
+class CellularDataInterfaceTest : public DeviceTest
 {
 protected:
     void SetUp() override { root.place(Status, Web); }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(CellularDataInterfaceTest, ListsTheProfilesWithoutTheServicesOwnAttributes)

@@ -25,7 +25,7 @@ const QStringList CdmaSignals{"servicesChanged(Voice)", "servicesChanged(2)", "n
     "cellIdChanged(0)", "locationAreaCodeChanged(0)", "trackingAreaCodeChanged(0)", "baseStationIdChanged(4)",
     "networkIdChanged(5)", "systemIdChanged(6)", "technologyChanged(Cdma1X)", "technologyChanged(4)"};
 
-class CellularNetworkInfoTest : public ::testing::Test
+class CellularNetworkInfoTest : public DeviceTest
 {
 protected:
     void SetUp() override
@@ -48,9 +48,6 @@ roaming:json:{"state":"HOME"}
     {
         root.place(Control + "status_public", "network_technology:json:" + technologies + "\n");
     }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(CellularNetworkInfoTest, TheIndexChoosesAmongTheTechnologiesInUse)

@@ -18,7 +18,7 @@ network_technology:json:["umts"]
 band_capability:json:{"umts":1}
 )";
 
-class CellularRadioInfoTest : public ::testing::Test
+class CellularRadioInfoTest : public DeviceTest
 {
 protected:
     void SetUp() override
@@ -29,9 +29,6 @@ configured_technologies:json:{"enabled":["gsm","6g"]}
 )");
         root.place(Data, "@status\ndata_services_status::ON\ndata_roaming_status::HOME\n");
     }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(CellularRadioInfoTest, ReadsEachAttributeByItsTable)

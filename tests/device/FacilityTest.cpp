@@ -159,7 +159,7 @@ roaming:json:{"state":"ROAMING","suppress":false}
             "web:json:{\n"}}},
 };
 
-class FacilityTest : public ::testing::TestWithParam<Facility>
+class FacilityTest : public DeviceTest, public ::testing::WithParamInterface<Facility>
 {
 protected:
     void placeAll()
@@ -167,9 +167,6 @@ protected:
         for (const Source &source : GetParam().sources)
             root.place(source.path, source.text);
     }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_P(FacilityTest, AnswersAtOnceWithWhatIsThereAndSignalsNothing)

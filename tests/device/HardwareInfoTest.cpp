@@ -23,13 +23,11 @@ Processor2_CPUSpeed::900MHz
 const QString NotOpened = "HardwareInfo - failed to open PPS object:  \"No such file or directory\"";
 const QString NoCount = "HardwareInfo::processorCount() failed to convert field to integer";
 
-class HardwareInfoTest : public ::testing::Test
+class HardwareInfoTest : public DeviceTest
 {
 protected:
     void publish(const QByteArray &lines) { root.place(Inventory, Parts + lines); }
 
-    LogCapture log;
-    DeviceRoot root;
     HardwareInfo hardware;
 };
 

@@ -14,7 +14,7 @@ namespace {
 
 const QString Path = "/pps/system/filesystem/removable/sdcard";
 
-class SdCardInfoTest : public ::testing::Test
+class SdCardInfoTest : public DeviceTest
 {
 protected:
     void publish(bool mounted, bool busy)
@@ -22,8 +22,6 @@ protected:
         ASSERT_TRUE(publisher.publish({{"mounted", mounted}, {"busy", busy}}));
     }
 
-    LogCapture log;
-    DeviceRoot root;
     PpsPublisher publisher{Path};
 };
 

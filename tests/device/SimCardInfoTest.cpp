@@ -16,7 +16,7 @@ hplmn:json:{"mcc":"310","mnc":"26"}
 iccid::8944500102
 )";
 
-class SimCardInfoTest : public ::testing::Test
+class SimCardInfoTest : public DeviceTest
 {
 protected:
     void SetUp() override
@@ -24,9 +24,6 @@ protected:
         root.place(Private, Ready);
         root.place(Restricted, "@status_restricted\nimsi::31026012345\n");
     }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)

@@ -8,13 +8,13 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileInfo>
 #include <QThread>
 
 #include <cerrno>
 #include <filesystem>
 #include <future>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -55,7 +55,7 @@ public:
     QThread *thread = nullptr;
 };
 
-class PpsObjectTest : public ::testing::Test
+class PpsObjectTest : public DeviceTest
 {
 protected:
     void publish(const QVariantMap &attributes)
@@ -64,7 +64,6 @@ protected:
         settle();
     }
 
-    DeviceRoot root;
     PpsPublisher publisher{Path};
 };
 
@@ -273,31 +272,22 @@ TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
 {
     ASSERT_TRUE(PpsPublisher("/pps/private", 0640).publish({{"a", 1}}));
     ASSERT_TRUE(PpsPublisher("/pps/public", 0644).publish({{"a", 1}}));
-    struct stat status;
-    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0640u);
+    EXPECT_EQ(root.mode("/pps/private"), 0640u);
     ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
-    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0640u) << "a publish keeps the mode";
+    EXPECT_EQ(root.mode("/pps/private"), 0640u) << "a publish keeps the mode";
     if (::geteuid() == 0) {
-        ASSERT_EQ(::chown(root.file("/pps/private").toLocal8Bit().constData(), 1234, 5678), 0);
+        const QString file = root.file("/pps/private");
+        ASSERT_EQ(::chown(file.toLocal8Bit().constData(), 1234, 5678), 0);
         ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 3}}));
-        ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-        EXPECT_EQ(status.st_uid, 1234u) << "and the owner, whom root would lock out else";
-        EXPECT_EQ(status.st_gid, 5678u);
+        EXPECT_EQ(QFileInfo(file).ownerId(), 1234u) << "and the owner, whom root would lock out else";
+        EXPECT_EQ(QFileInfo(file).groupId(), 5678u);
     }
 
-    const auto openError = [](const QString &path, PpsOpenMode::Types mode) {
-        return runWithoutRights([&] {
-            PpsObject object(path);
-            return object.open(mode) ? 0 : object.error();
-        });
-    };
-    ::chmod(root.file("/pps/private").toLocal8Bit().constData(), 0);
-    ::chmod(root.file("/pps/public").toLocal8Bit().constData(), 0444);
-    EXPECT_EQ(openError("/pps/private", PpsOpenMode::Subscribe), EACCES);
-    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Subscribe), 0);
-    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Publish), EACCES);
+    root.setMode("/pps/private", 0);
+    root.setMode("/pps/public", 0444);
+    EXPECT_EQ(openErrorWithoutRights("/pps/private", PpsOpenMode::Subscribe), EACCES);
+    EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Subscribe), 0);
+    EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Publish), EACCES);
 }
 
 TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
@@ -371,9 +361,8 @@ TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
 TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
 {
     publish({{"a", 1}});
-    ASSERT_EQ(::chmod(root.file("/pps/services/box").toLocal8Bit().constData(), 0711), 0);
-    const auto connectLate = [] {
-        LogCapture log;
+    root.setMode("/pps/services/box", 0711);
+    const auto connectLate = [&] {
         PpsObject object(Path);
         if (!object.open(PpsOpenMode::Subscribe))
             return 1;

@@ -61,11 +61,7 @@ private:
     QProcess m_process;
 };
 
-class CommandTest : public ::testing::Test
-{
-protected:
-    DeviceRoot root;
-};
+using CommandTest = DeviceTest;
 
 TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
 {
