@@ -124,19 +124,27 @@ SignalLog::SignalLog(QObject *sender)
           QStringList texts;
           for (const QVariant &argument : arguments)
               texts.append(meta::valueText(argument));
-          m_heard.append(QString::fromLatin1(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')');
+          QByteArray name = signal.name();
+          EXPECT_TRUE(name.endsWith("Changed")) << name.constData();
+          name.chop(qstrlen("Changed"));
+          m_heard.append(QString::fromLatin1(name) + u'(' + texts.join(QLatin1String(", ")) + u')');
       })
 {
 }
 
-QStringList SignalLog::take()
+QString SignalLog::take()
 {
-    return std::exchange(m_heard, {});
+    return std::exchange(m_heard, {}).join(u' ');
 }
 
-QStringList SignalLog::waitFor(int count)
+QString SignalLog::waitFor(qsizetype count)
 {
     EXPECT_TRUE(waitUntil([&] { return m_heard.size() >= count; })) << "fewer than " << count << " signals";
+    return settled();
+}
+
+QString SignalLog::settled()
+{
     settle();
     return take();
 }

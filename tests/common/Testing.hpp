@@ -71,17 +71,20 @@ protected:
     DeviceRoot root;
 };
 
-/*! The signals of one object in the order of emission, each as "name(argument, argument)" with values as
- * text. */
+/*!
+ * The signals of one object in the order of emission, as "state(Mounted) state(1)": without the "Changed"
+ * that each ends with, and with values as text.
+ */
 class SignalLog
 {
 public:
     explicit SignalLog(QObject *sender);
     /*! The signals since the last call. */
-    QStringList take();
+    QString take();
     /*! take() once at least \a count signals came; fails the test where they do not. */
-    QStringList waitFor(int count);
-    [[nodiscard]] int count() const { return int(m_heard.size()); }
+    QString waitFor(qsizetype count);
+    /*! take() once everything that is under way has been delivered. */
+    QString settled();
 
 private:
     QStringList m_heard;

@@ -61,7 +61,7 @@ TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
     SignalLog heard(&card);
     root.place(Private, Ready);
     root.place(Restricted, "imsi::262\n");
-    EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
+    EXPECT_EQ(heard.waitFor(1), R"(subscriberIdentifier("262"))");
 }
 
 } // namespace
