@@ -63,10 +63,12 @@ private:
     QStringList m_categories;
 };
 
-/*! A test on a device root of its own, which captures the warnings. */
+/*! A test on a device root of its own, where only the warnings that it takes may be logged. */
 class DeviceTest : public ::testing::Test
 {
 protected:
+    ~DeviceTest() override { EXPECT_EQ(log.take(), QStringList()); }
+
     LogCapture log;
     DeviceRoot root;
 };

@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "device/Objects.hpp"
 
 #include <oz/device/SimCardInfo.hpp>
 
@@ -10,18 +11,12 @@ namespace {
 const QString Private = "/pps/services/cellular/uicc/card0/status_private";
 const QString Restricted = "/pps/services/cellular/uicc/card0/status_restricted";
 
-const QByteArray Ready = R"(@status_private
-uicc_state:json:{"state":"READY"}
-hplmn:json:{"mcc":"310","mnc":"26"}
-iccid::8944500102
-)";
-
 class SimCardInfoTest : public DeviceTest
 {
 protected:
     void SetUp() override
     {
-        root.place(Private, Ready);
+        root.place(Private, SimCardText);
         root.place(Restricted, "@status_restricted\nimsi::31026012345\n");
     }
 };
@@ -43,7 +38,7 @@ TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
         {"-hplmn", "Ready  "},
     };
     for (const auto &[lines, values] : rows) {
-        root.place(Private, Ready + lines + "\n");
+        root.place(Private, SimCardText + lines + "\n");
         const SimCardInfo card;
         EXPECT_EQ(card.property("state").toString() + " " + card.mobileCountryCode() + " "
                 + card.mobileNetworkCode(),
@@ -59,7 +54,7 @@ TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
     EXPECT_EQ(log.take().size(), 1);
     EXPECT_EQ(card.state(), SimCardState::NotDetected);
     SignalLog heard(&card);
-    root.place(Private, Ready);
+    root.place(Private, SimCardText);
     root.place(Restricted, "imsi::262\n");
     EXPECT_EQ(heard.waitFor(1), R"(subscriberIdentifier("262"))");
 }

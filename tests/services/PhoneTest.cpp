@@ -75,7 +75,8 @@ const Story Stories[] = {
     {"battery", [] { return new BatteryInfo; },
         "level=80 chargingState=Discharging present=true condition=OK fullChargeCapacity=2800 cycleCount=112 "
         "temperature=25.5 rxid=\"\"",
-        {{"battery plug", "level(80, Charging) level(80, 2)"},
+        {{"battery level 79", "level(79, Discharging) level(79, 3)"},
+            {"battery plug", "level(79, Charging) level(79, 2)"},
             {"battery level 100", "level(100, Full) level(100, 4)"},
             {"battery level 40", "level(40, Charging) level(40, 2)"},
             {"battery temperature 45.1", "level(40, NotCharging) level(40, 1) temperature(45.1)"},
@@ -378,6 +379,7 @@ TEST_F(DataProfileTest, RefusesAsItIsToldTo)
     }
     EXPECT_EQ(runWithoutRights([] { return CellularDataInterface("tethering").requestConnect(); }),
         Result::PermissionDenied);
+    log.take();
 
     sim("data-profile mms never-answer");
     PpsObject waiting(MmsControl);

@@ -63,6 +63,13 @@ protected:
         ASSERT_TRUE(publisher.publish(attributes)) << publisher.errorString().toStdString();
         settle();
     }
+    // A descriptor that tells what happens in the directory of the object.
+    [[nodiscard]] int watchBox(uint32_t mask) const
+    {
+        const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        EXPECT_GE(::inotify_add_watch(inotify, qPrintable(root.file("/pps/services/box")), mask), 0);
+        return inotify;
+    }
 
     PpsPublisher publisher{Path};
 };
@@ -80,10 +87,7 @@ TEST_F(PpsObjectTest, OnePublishWakesOnceAndWhatIsAlreadyThereWakesNobody)
     EXPECT_EQ(subscriber.last, "@status\na:n:1\nb::y\nc:b:true\n");
 
     // Nothing at all happens in the directory, so nothing could wake anybody.
-    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(),
-                  IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE),
-        0);
+    const int inotify = watchBox(IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE);
     publish({{"c", true}});
     publish({});
     char buffer[256];
@@ -180,10 +184,7 @@ TEST_F(PpsObjectTest, AnOverflowOfTheKernelsQueueLosesNothingForGood)
     publish({{"a", 0}});
     Subscriber subscriber(Path);
     PpsPublisher neighbour("/pps/services/box/other");
-    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(
-        ::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(), IN_MOVED_TO),
-        0);
+    const int inotify = watchBox(IN_MOVED_TO);
     QFile limit("/proc/sys/fs/inotify/max_queued_events");
     ASSERT_TRUE(limit.open(QIODevice::ReadOnly));
     for (int i = limit.readAll().toInt() / 2 + 10; i > 0; --i)
