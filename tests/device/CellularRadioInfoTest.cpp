@@ -84,8 +84,7 @@ TEST_F(CellularRadioInfoTest, WithoutOneOfItsObjectsItFollowsNone)
         root.remove(path);
         CellularRadioInfo radio;
         EXPECT_EQ(log.take(),
-            QStringList{QString("CellularRadioInfo - failed to open ") + name
-                + " PPS object:  \"No such file or directory\""});
+            QStringList{QString("CellularRadioInfo - failed to open ") + name + " PPS object:" + Missing});
         SignalLog heard(&radio);
         SetUp();
         root.place(Public, RadioText + "power_status::OFF\n");

@@ -49,7 +49,6 @@ void PrintTo(const Facility &facility, std::ostream *out)
     *out << facility.name;
 }
 
-const QString Missing = "  \"No such file or directory\"";
 const QString Radio = "/pps/services/cellular/radioctrl/";
 
 const Facility Facilities[] = {

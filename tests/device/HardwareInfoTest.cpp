@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "device/Objects.hpp"
 
 #include <oz/device/HardwareInfo.hpp>
 
@@ -20,7 +21,7 @@ Processor1_CPUName::Alpha
 Processor2_CPUSpeed::900MHz
 )";
 
-const QString NotOpened = "HardwareInfo - failed to open PPS object:  \"No such file or directory\"";
+const QString NotOpened = "HardwareInfo - failed to open PPS object:" + Missing;
 const QString NoCount = "HardwareInfo::processorCount() failed to convert field to integer";
 
 class HardwareInfoTest : public DeviceTest

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QByteArray>
+#include <QString>
 
 // What the objects hold in the tests of their facilities. Where a name occurs twice in a message the last
 // line counts, so a test appends the lines that matter to it.
@@ -33,5 +33,8 @@ uicc_state:json:{"state":"READY"}
 hplmn:json:{"mcc":"310","mnc":"26"}
 iccid::8944500102
 )";
+
+// As a warning ends where an object is not there.
+inline const QString Missing = "  \"No such file or directory\"";
 
 } // namespace oz::testing
