@@ -52,18 +52,12 @@ void sim(const QString &line)
         << line.toStdString();
 }
 
-struct Step
-{
-    QString order;
-    QString signalled;
-};
-
 struct Story
 {
     const char *name;
     std::function<QObject *()> make;
     QString values; // of the phone as it is shipped
-    QList<Step> steps;
+    QList<std::pair<QString, QString>> steps; // an order, and what it makes the object signal
 };
 
 void PrintTo(const Story &story, std::ostream *out)
@@ -194,9 +188,9 @@ TEST_P(PhoneTest, EachOrderIsSignalledAsWhatItChanges)
         SourceConfig(), JsonNode::parse("{\"data-profile\": {\"connect-seconds\": 3600}}", "phone.json"));
     const std::unique_ptr<QObject> facility(GetParam().make());
     SignalLog heard(facility.get());
-    for (const Step &step : GetParam().steps) {
-        sim(step.order);
-        EXPECT_EQ(heard.settled(), step.signalled) << step.order.toStdString();
+    for (const auto &[order, signalled] : GetParam().steps) {
+        sim(order);
+        EXPECT_EQ(heard.settled(), signalled) << order.toStdString();
     }
 }
 
