@@ -9,17 +9,15 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QHash>
-#include <QMetaEnum>
 #include <QMetaProperty>
 #include <QTest>
-#include <QTypeRevision>
 
 #include <cstdio>
 #include <grp.h>
 #include <linux/capability.h>
 #include <linux/securebits.h>
 #include <sys/prctl.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -85,6 +83,18 @@ void DeviceRoot::remove(const QString &path) const
     ASSERT_TRUE(QFile::remove(file(path)));
 }
 
+uint DeviceRoot::mode(const QString &path) const
+{
+    struct stat status = {};
+    EXPECT_EQ(::stat(QFile::encodeName(file(path)).constData(), &status), 0) << path.toStdString();
+    return status.st_mode & 07777;
+}
+
+void DeviceRoot::setMode(const QString &path, uint mode) const
+{
+    ASSERT_EQ(::chmod(QFile::encodeName(file(path)).constData(), mode), 0);
+}
+
 LogCapture::LogCapture() : m_before(qInstallMessageHandler(&LogCapture::handle))
 {
     s_capture = this;
@@ -114,19 +124,27 @@ SignalLog::SignalLog(QObject *sender)
           QStringList texts;
           for (const QVariant &argument : arguments)
               texts.append(meta::valueText(argument));
-          m_heard.append(QString::fromLatin1(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')');
+          QByteArray name = signal.name();
+          EXPECT_TRUE(name.endsWith("Changed")) << name.constData();
+          name.chop(qstrlen("Changed"));
+          m_heard.append(QString::fromLatin1(name) + u'(' + texts.join(QLatin1String(", ")) + u')');
       })
 {
 }
 
-QStringList SignalLog::take()
+QString SignalLog::take()
 {
-    return std::exchange(m_heard, {});
+    return std::exchange(m_heard, {}).join(u' ');
 }
 
-QStringList SignalLog::waitFor(int count)
+QString SignalLog::waitFor(qsizetype count)
 {
     EXPECT_TRUE(waitUntil([&] { return m_heard.size() >= count; })) << "fewer than " << count << " signals";
+    return settled();
+}
+
+QString SignalLog::settled()
+{
     settle();
     return take();
 }
@@ -140,50 +158,6 @@ QString valuesOf(const QObject &object)
         values.append(QLatin1String(property.name()) + u'=' + meta::valueText(property.read(&object)));
     }
     return values.join(u' ');
-}
-
-QString declarationsOf(const QMetaObject &type)
-{
-    QStringList words;
-    const auto add = [&](const QByteArray &declaration, int revision) {
-        words.append(QString::fromLatin1(declaration).replace("oz::device::", "~"));
-        if (revision)
-            words.last() += QStringLiteral("(revision %1)")
-                                .arg(QTypeRevision::fromEncodedVersion(revision).minorVersion());
-    };
-    QHash<QByteArray, QByteArray> signatures; // of the first signal of each name
-    for (int i = type.methodOffset(); i < type.methodCount(); ++i) {
-        const QMetaMethod method = type.method(i);
-        if (!signatures.contains(method.name()))
-            signatures.insert(method.name(), method.methodSignature());
-        const char *mark = method.methodType() == QMetaMethod::Signal ? ""
-            : method.methodType() == QMetaMethod::Slot                ? "(slot)"
-                                                                      : "(method)";
-        add(method.methodSignature() + mark, method.revision());
-    }
-    for (int i = type.propertyOffset(); i < type.propertyCount(); ++i) {
-        const QMetaProperty property = type.property(i);
-        EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
-        EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
-        const QByteArray notify = property.notifySignal().methodSignature();
-        const bool usual = notify == signatures.value(QByteArray(property.name()) + "Changed");
-        add(QByteArray(property.typeName()) + " " + property.name()
-                + (property.isConstant() ? "(constant)"
-                        : usual          ? ""
-                                         : "(" + notify + ")")
-                + (property.isWritable() ? "(writable)" : ""),
-            property.revision());
-    }
-    return words.join(u' ');
-}
-
-QString enumeratorsOf(const QMetaObject &holder, const char *name)
-{
-    const QMetaEnum type = holder.enumerator(holder.indexOfEnumerator(name));
-    QStringList names;
-    for (int i = 0; i < type.keyCount(); ++i)
-        names.append(QLatin1String(type.key(i)) + u'=' + QString::number(type.value(i)));
-    return names.join(u' ');
 }
 
 bool waitUntil(const std::function<bool()> &condition, int milliseconds)
@@ -215,6 +189,14 @@ int runWithoutRights(const std::function<int()> &body)
                 && ::setresuid(nobody, nobody, nobody) == 0;
         },
         body);
+}
+
+int openErrorWithoutRights(const QString &path, PpsOpenMode::Types mode)
+{
+    return runWithoutRights([&] {
+        PpsObject object(path);
+        return object.open(mode) ? 0 : object.error();
+    });
 }
 
 int runWithoutPrivileges(const std::function<int()> &body)

@@ -2,6 +2,8 @@
 
 #include "meta/SignalTap.hpp"
 
+#include <oz/PpsOpenMode.hpp>
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -13,6 +15,7 @@
 
 #include <functional>
 #include <ostream>
+#include <tuple>
 
 // Lets GoogleTest print Qt's types in a failure.
 void PrintTo(const QString &text, std::ostream *out);
@@ -33,6 +36,9 @@ public:
     /*! Puts \a content at \a path in one step, past every check, as a broken publisher might. */
     void place(const QString &path, const QByteArray &content) const;
     void remove(const QString &path) const;
+    /*! The permission bits of \a path. */
+    [[nodiscard]] uint mode(const QString &path) const;
+    void setMode(const QString &path, uint mode) const;
 
 private:
     QTemporaryDir m_directory;
@@ -57,17 +63,30 @@ private:
     QStringList m_categories;
 };
 
-/*! The signals of one object in the order of emission, each as "name(argument, argument)" with values as
- * text. */
+/*! A test on a device root of its own, where only the warnings that it takes may be logged. */
+class DeviceTest : public ::testing::Test
+{
+protected:
+    ~DeviceTest() override { EXPECT_EQ(log.take(), QStringList()); }
+
+    LogCapture log;
+    DeviceRoot root;
+};
+
+/*!
+ * The signals of one object in the order of emission, as "state(Mounted) state(1)": without the "Changed"
+ * that each ends with, and with values as text.
+ */
 class SignalLog
 {
 public:
     explicit SignalLog(QObject *sender);
     /*! The signals since the last call. */
-    QStringList take();
+    QString take();
     /*! take() once at least \a count signals came; fails the test where they do not. */
-    QStringList waitFor(int count);
-    [[nodiscard]] int count() const { return int(m_heard.size()); }
+    QString waitFor(qsizetype count);
+    /*! take() once everything that is under way has been delivered. */
+    QString settled();
 
 private:
     QStringList m_heard;
@@ -76,18 +95,6 @@ private:
 
 /*! All properties that the classes of \a object below QObject declare: "name=value name=value". */
 [[nodiscard]] QString valuesOf(const QObject &object);
-
-/*!
- * What a class itself declares, in order and in one line: its methods, then its properties as "type name",
- * with
- * "~" for "oz::device::". A mark follows where it holds: "(slot)" and "(method)" for what is no signal,
- * "(constant)", "(writable)", "(revision n)", and "(signal)" for a property whose notify signal is not the
- * first one named after it. Properties are expected to be FINAL.
- */
-[[nodiscard]] QString declarationsOf(const QMetaObject &type);
-
-/*! The enumeration \a name of a holder: "Unknown=0 OK=1". */
-[[nodiscard]] QString enumeratorsOf(const QMetaObject &holder, const char *name = "Type");
 
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
@@ -98,7 +105,11 @@ private:
  */
 [[nodiscard]] int runWithoutRights(const std::function<int()> &body);
 
-/*! As above, but the same user without what root may do beyond file modes, also in programs that it starts.
+/*! The errno (0 for none) of opening the object at \a path in such a process. */
+[[nodiscard]] int openErrorWithoutRights(const QString &path, PpsOpenMode::Types mode);
+
+/*! As runWithoutRights(), but the same user without what root may do beyond file modes, also in programs that
+ * it starts.
  */
 [[nodiscard]] int runWithoutPrivileges(const std::function<int()> &body);
 

@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "device/Objects.hpp"
 
 #include <oz/device/HardwareInfo.hpp>
 
@@ -20,16 +21,14 @@ Processor1_CPUName::Alpha
 Processor2_CPUSpeed::900MHz
 )";
 
-const QString NotOpened = "HardwareInfo - failed to open PPS object:  \"No such file or directory\"";
+const QString NotOpened = "HardwareInfo - failed to open PPS object:" + Missing;
 const QString NoCount = "HardwareInfo::processorCount() failed to convert field to integer";
 
-class HardwareInfoTest : public ::testing::Test
+class HardwareInfoTest : public DeviceTest
 {
 protected:
     void publish(const QByteArray &lines) { root.place(Inventory, Parts + lines); }
 
-    LogCapture log;
-    DeviceRoot root;
     HardwareInfo hardware;
 };
 
@@ -47,13 +46,11 @@ TEST_F(HardwareInfoTest, ReadsEachPropertyFromItsObjectAtEachCall)
     EXPECT_EQ(hardware.processorSpeed(0), 1500);
     EXPECT_EQ(std::as_const(hardware).processorSpeed(1), 900);
     EXPECT_EQ(hardware.processorModel(0), "Alpha");
-    EXPECT_EQ(log.take(), QStringList());
 
     root.place(Properties, "devicename::Yours\nhardwareid::KSL100-5\n");
     EXPECT_EQ(hardware.deviceName(), "Yours");
     EXPECT_EQ(hardware.modelName(), "");
     EXPECT_FALSE(hardware.hasPhysicalBackButton());
-    EXPECT_EQ(log.take(), QStringList());
 }
 
 TEST_F(HardwareInfoTest, WithoutItsObjectsEverythingIsUnknownAndEachCallSaysSo)
@@ -76,12 +73,7 @@ TEST_F(HardwareInfoTest, WithoutItsObjectsEverythingIsUnknownAndEachCallSaysSo)
 
 TEST_F(HardwareInfoTest, TellsWhatTheInventorySaysOfKeyboardAndHdmi)
 {
-    const struct
-    {
-        const char *line;
-        bool keyboard;
-        HdmiConnector::Type hdmi;
-    } rows[] = {
+    const std::tuple<const char *, bool, HdmiConnector::Type> rows[] = {
         {"Keyboard::none", false, HdmiConnector::Micro},
         {"Keyboard::NONE", false, HdmiConnector::Micro},
         {"Keyboard::nonesuch", true, HdmiConnector::Micro},
@@ -91,26 +83,19 @@ TEST_F(HardwareInfoTest, TellsWhatTheInventorySaysOfKeyboardAndHdmi)
         {"HDMI::micro", true, HdmiConnector::Unknown},
         {"HDMI:n:2", true, HdmiConnector::Unknown},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray(row.line) + "\n");
-        EXPECT_EQ(hardware.isPhysicalKeyboardDevice(), row.keyboard) << row.line;
-        EXPECT_EQ(hardware.hdmiConnector(), row.hdmi) << row.line;
+    for (const auto &[line, keyboard, hdmi] : rows) {
+        publish(QByteArray(line) + "\n");
+        EXPECT_EQ(hardware.isPhysicalKeyboardDevice(), keyboard) << line;
+        EXPECT_EQ(hardware.hdmiConnector(), hdmi) << line;
     }
     root.place(Inventory, "@inventory\n");
     EXPECT_FALSE(hardware.isPhysicalKeyboardDevice());
-    EXPECT_EQ(log.take(), QStringList());
 }
 
 TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
 {
     const QString speed = "HardwareInfo::processorSpeed(): ";
-    const struct
-    {
-        const char *line;
-        int index;
-        int speed;
-        QStringList warnings;
-    } rows[] = {
+    const std::tuple<const char *, int, int, QStringList> rows[] = {
         {"Other::1", 2, -1, {speed + "Invalid processor index 2 on a device with 2 processors."}},
         {"Other::1", -1, -1, {speed + "Invalid processor index -1 on a device with 2 processors."}},
         {"Processor_Numbers::two", 0, -1,
@@ -120,10 +105,10 @@ TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
         {"Processor1_CPUSpeed::1500", 0, 1, {}},
         {"Processor1_CPUSpeed::15", 0, -1, {speed + "Failed to covert PPS data"}},
     };
-    for (const auto &row : rows) {
-        publish(QByteArray(row.line) + "\n");
-        EXPECT_EQ(hardware.processorSpeed(row.index), row.speed) << row.line;
-        EXPECT_EQ(log.take(), row.warnings) << row.line;
+    for (const auto &[line, index, mhz, warnings] : rows) {
+        publish(QByteArray(line) + "\n");
+        EXPECT_EQ(hardware.processorSpeed(index), mhz) << line;
+        EXPECT_EQ(log.take(), warnings) << line;
     }
     publish("");
     EXPECT_EQ(hardware.processorModel(1), "");
@@ -131,18 +116,6 @@ TEST_F(HardwareInfoTest, AProcessorThatIsNotThereOrNotDescribedIsUnknown)
     EXPECT_EQ(log.take(),
         (QStringList{"HardwareInfo::processorModel(): Failed to find PPS data for key \"Processor2_CPUName\"",
             "HardwareInfo::processorModel(): Invalid processor index 2 on a device with 2 processors."}));
-}
-
-TEST(HardwareInfoMetaObject, DeclaresConstantsInOrder)
-{
-    EXPECT_EQ(declarationsOf(HardwareInfo::staticMetaObject),
-        "QString pin(constant) QString serialNumber(constant) QString imei(constant) QString meid(constant) "
-        "QString hardwareId(constant) QString deviceName(constant) QString modelName(constant) "
-        "QString modelNumber(constant) bool isPhysicalKeyboardDevice(constant) "
-        "~HdmiConnector::Type hdmiConnector(constant)(revision 1) bool isTrackpadDevice(constant)(revision "
-        "2) "
-        "bool hasPhysicalPhoneKeys(constant)(revision 2) bool hasPhysicalBackButton(constant)(revision 2) "
-        "bool hasPhysicalMenuButton(constant)(revision 2)");
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "device/Objects.hpp"
 
 #include <oz/device/SimCardInfo.hpp>
 
@@ -10,32 +11,19 @@ namespace {
 const QString Private = "/pps/services/cellular/uicc/card0/status_private";
 const QString Restricted = "/pps/services/cellular/uicc/card0/status_restricted";
 
-const QByteArray Ready = R"(@status_private
-uicc_state:json:{"state":"READY"}
-hplmn:json:{"mcc":"310","mnc":"26"}
-iccid::8944500102
-)";
-
-class SimCardInfoTest : public ::testing::Test
+class SimCardInfoTest : public DeviceTest
 {
 protected:
     void SetUp() override
     {
-        root.place(Private, Ready);
+        root.place(Private, SimCardText);
         root.place(Restricted, "@status_restricted\nimsi::31026012345\n");
     }
-
-    LogCapture log;
-    DeviceRoot root;
 };
 
 TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
 {
-    const struct
-    {
-        const char *lines;
-        const char *values;
-    } rows[] = {
+    const std::tuple<const char *, const char *> rows[] = {
         {R"(uicc_state:json:{"state":"INVALID_SIM"})", "Incompatible 310 26"},
         {R"(uicc_state:json:{"state":"NOT_PROVISIONED"})", "NotProvisioned 310 26"},
         {R"(uicc_state:json:{"state":"CARD_ERROR"})", "ReadError 310 26"},
@@ -49,13 +37,13 @@ TEST_F(SimCardInfoTest, ReadsStateAndCodesAsTheyStand)
         {"hplmn::310", "Ready  "},
         {"-hplmn", "Ready  "},
     };
-    for (const auto &row : rows) {
-        root.place(Private, Ready + row.lines + "\n");
+    for (const auto &[lines, values] : rows) {
+        root.place(Private, SimCardText + lines + "\n");
         const SimCardInfo card;
         EXPECT_EQ(card.property("state").toString() + " " + card.mobileCountryCode() + " "
                 + card.mobileNetworkCode(),
-            row.values)
-            << row.lines;
+            values)
+            << lines;
     }
 }
 
@@ -66,9 +54,9 @@ TEST_F(SimCardInfoTest, EachOfItsObjectsIsFollowedWithoutTheOther)
     EXPECT_EQ(log.take().size(), 1);
     EXPECT_EQ(card.state(), SimCardState::NotDetected);
     SignalLog heard(&card);
-    root.place(Private, Ready);
+    root.place(Private, SimCardText);
     root.place(Restricted, "imsi::262\n");
-    EXPECT_EQ(heard.waitFor(1), QStringList{"subscriberIdentifierChanged(\"262\")"});
+    EXPECT_EQ(heard.waitFor(1), R"(subscriberIdentifier("262"))");
 }
 
 } // namespace

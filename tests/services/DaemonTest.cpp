@@ -12,7 +12,6 @@
 
 #include <csignal>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/un.h>
 #include <unistd.h>
 
@@ -24,50 +23,18 @@ namespace {
 
 const QString CardPath = "/pps/system/filesystem/removable/sdcard";
 
-QString problemOf(const std::function<void()> &body)
-{
-    try {
-        body();
-    } catch (const Error &error) {
-        return error.what();
-    }
-    return {};
-}
+using DaemonTest = DeviceTest;
 
-TEST(PhoneFile, WhatIsWrongIsToldWithFileLineAndKey)
+TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
 {
-    const struct
-    {
-        QByteArray text;
-        const char *problem;
-    } rows[] = {
-        {"{\n  // a comment\n  \"sdcard\": {\n    \"mounted\": 3 /* another */\n  }\n}",
-            "phone.json:4: sdcard.mounted: expected true or false, found 3"},
-        {"{\"sdcard\": {\"mountd\": true}}",
-            "phone.json:1: sdcard.mountd: unknown key; known here are mounted, busy"},
-        {"{\"sdcard\": []}", "phone.json:1: sdcard: expected a map, found a list"},
-        {"{\"sdcard\": {\"mounted\": false,\n\"busy\": true}}",
-            "phone.json:2: sdcard.busy: a card that is not mounted cannot be busy"},
-        {"{\"sdcard\": {\"busy\": true,\n\"busy\": true}}",
-            "phone.json:2: sdcard.busy: stands twice, first in line 1"},
-        {"{\n\n\"sdcard\" 1}", "phone.json:3: Missing a colon after a name of object member."},
-        {"", "phone.json:1: The document is empty."},
-        {"[]", "phone.json:1: expected a map, found a list"},
-        {"{} {}", "phone.json:1: The document root must not be followed by other values."},
-    };
-    for (const auto &row : rows)
-        EXPECT_EQ(
-            problemOf([&] { SimulatedPhone phone(JsonNode::parse(row.text, "phone.json")); }), row.problem);
-    EXPECT_TRUE(problemOf([] { (void)JsonNode::parseFile("/no/file.json"); }).startsWith("/no/file.json: "));
-    EXPECT_EQ(problemOf([] { SimulatedPhone phone(JsonNode::parseFile(OZ_PHONE_FILE)); }), QString());
-}
-
-TEST(SourceConfig, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
-{
-    const DeviceRoot root;
     const auto parse = [&](const QByteArray &text) {
         root.place("/conf", text);
-        return problemOf([&] { (void)SourceConfig::parseFile(root.file("/conf")); }).remove(root.file(""));
+        try {
+            (void)SourceConfig::parseFile(root.file("/conf"));
+        } catch (const Error &error) {
+            return QString(error.what()).remove(root.file(""));
+        }
+        return QString();
     };
     EXPECT_EQ(parse("# all simulated\n\nsdcard = simulated # as it is\nphone = /my/phone.json\n"), QString());
     EXPECT_EQ(SourceConfig::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
@@ -78,24 +45,8 @@ TEST(SourceConfig, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
         parse("toaster = simulated\n").startsWith("/conf:1: unknown facility 'toaster'; known are sdcard"));
 }
 
-TEST(Daemon, ARestartShowsNothingInBetween)
+TEST_F(DaemonTest, OneServesARootAndAKilledOneIsReplaced)
 {
-    const DeviceRoot root;
-    const JsonNode phone = JsonNode::parse("{\"sdcard\": {\"busy\": true}}", "phone.json");
-    auto daemon = std::make_unique<Daemon>(SourceConfig(), phone);
-    const device::SdCardInfo card;
-    EXPECT_EQ(card.state(), device::SdCardState::Mounted);
-    EXPECT_EQ(card.activity(), device::SdCardActivity::Busy);
-    SignalLog heard(const_cast<device::SdCardInfo *>(&card));
-    daemon.reset();
-    daemon = std::make_unique<Daemon>(SourceConfig(), phone);
-    settle();
-    EXPECT_EQ(heard.take(), QStringList());
-}
-
-TEST(Daemon, OneServesARootAndAKilledOneIsReplaced)
-{
-    const DeviceRoot root;
     QProcess first;
     first.start(OZ_DAEMON, {"--config", "/dev/null"});
     PpsObject control("/pps/system/ozdeviced/control");
@@ -123,9 +74,8 @@ TEST(Daemon, OneServesARootAndAKilledOneIsReplaced)
     EXPECT_FALSE(QFile::exists(root.file("/pps/system/ozdeviced/status")));
 }
 
-TEST(Daemon, TellsTheServiceManagerWhenEverythingIsPublished)
+TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
 {
-    const DeviceRoot root;
     const QByteArray socketPath = root.file("/notify").toLocal8Bit();
     const int socket = ::socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     sockaddr_un address{};
@@ -149,17 +99,12 @@ TEST(Daemon, TellsTheServiceManagerWhenEverythingIsPublished)
     ::close(socket);
 }
 
-TEST(Daemon, SurvivesMalformedRequestsAndRefusesStrangers)
+TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
-    const DeviceRoot root;
     const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
     PpsObject control("/pps/system/ozdeviced/control");
     ASSERT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
-    const struct
-    {
-        QByteArray request;
-        const char *answer;
-    } rows[] = {
+    const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},
         {"id:n:1\n", "@control\nerr:n:22\nerrstr::the request has no 'msg'\nid:n:1\nres::\n"},
@@ -167,16 +112,14 @@ TEST(Daemon, SurvivesMalformedRequestsAndRefusesStrangers)
         {"msg::sim\nid::x\ndat:json:{\"facility\":\"sdcard\",\"verb\":\"busy\"}\n",
             "@control\nid::x\nres::sim\n"},
     };
-    for (const auto &row : rows) {
-        ASSERT_TRUE(control.write(row.request));
+    for (const auto &[request, expected] : rows) {
+        ASSERT_TRUE(control.write(request));
         QByteArray answer;
         ASSERT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); }));
-        EXPECT_TRUE(answer.startsWith(row.answer)) << answer.toStdString();
+        EXPECT_TRUE(answer.startsWith(expected)) << answer.toStdString();
     }
     EXPECT_EQ(device::SdCardInfo().activity(), device::SdCardActivity::Busy);
-    struct stat status;
-    ASSERT_EQ(::stat(root.file("/pps/system/ozdeviced/control").toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
+    EXPECT_EQ(root.mode("/pps/system/ozdeviced/control"), 0600u);
 }
 
 } // namespace

@@ -8,13 +8,13 @@
 #include <QDir>
 #include <QEventLoop>
 #include <QFile>
+#include <QFileInfo>
 #include <QThread>
 
 #include <cerrno>
 #include <filesystem>
 #include <future>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 #include <thread>
 #include <unistd.h>
 
@@ -55,7 +55,7 @@ public:
     QThread *thread = nullptr;
 };
 
-class PpsObjectTest : public ::testing::Test
+class PpsObjectTest : public DeviceTest
 {
 protected:
     void publish(const QVariantMap &attributes)
@@ -63,8 +63,14 @@ protected:
         ASSERT_TRUE(publisher.publish(attributes)) << publisher.errorString().toStdString();
         settle();
     }
+    // A descriptor that tells what happens in the directory of the object.
+    [[nodiscard]] int watchBox(uint32_t mask) const
+    {
+        const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
+        EXPECT_GE(::inotify_add_watch(inotify, qPrintable(root.file("/pps/services/box")), mask), 0);
+        return inotify;
+    }
 
-    DeviceRoot root;
     PpsPublisher publisher{Path};
 };
 
@@ -81,10 +87,7 @@ TEST_F(PpsObjectTest, OnePublishWakesOnceAndWhatIsAlreadyThereWakesNobody)
     EXPECT_EQ(subscriber.last, "@status\na:n:1\nb::y\nc:b:true\n");
 
     // Nothing at all happens in the directory, so nothing could wake anybody.
-    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(),
-                  IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE),
-        0);
+    const int inotify = watchBox(IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE);
     publish({{"c", true}});
     publish({});
     char buffer[256];
@@ -181,10 +184,7 @@ TEST_F(PpsObjectTest, AnOverflowOfTheKernelsQueueLosesNothingForGood)
     publish({{"a", 0}});
     Subscriber subscriber(Path);
     PpsPublisher neighbour("/pps/services/box/other");
-    const int inotify = ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC);
-    ASSERT_GE(
-        ::inotify_add_watch(inotify, root.file("/pps/services/box").toLocal8Bit().constData(), IN_MOVED_TO),
-        0);
+    const int inotify = watchBox(IN_MOVED_TO);
     QFile limit("/proc/sys/fs/inotify/max_queued_events");
     ASSERT_TRUE(limit.open(QIODevice::ReadOnly));
     for (int i = limit.readAll().toInt() / 2 + 10; i > 0; --i)
@@ -230,12 +230,7 @@ TEST_F(PpsObjectTest, ThousandsOfSubscribersShareOneDescriptorAndNeighboursStayA
 TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
 {
     publish({{"a", 1}});
-    const struct
-    {
-        QString path;
-        PpsOpenMode::Types mode;
-        int error;
-    } rows[] = {
+    const std::tuple<QString, PpsOpenMode::Types, int> rows[] = {
         {"/pps/services/box/nothing", PpsOpenMode::Subscribe, ENOENT},
         {"/pps/services/box/nothing", PpsOpenMode::Publish, ENOENT},
         {"/pps/services/box", PpsOpenMode::Subscribe, EISDIR},
@@ -247,12 +242,12 @@ TEST_F(PpsObjectTest, OpenAndWriteFailWithTheErrnoOfTheReason)
         {Path, {}, EINVAL},
         {Path, PpsOpenMode::PublishSubscribe, 0},
     };
-    for (const auto &row : rows) {
-        PpsObject object(row.path);
-        EXPECT_EQ(object.open(row.mode), row.error == 0) << row.path.toStdString();
-        EXPECT_EQ(object.error(), row.error) << row.path.toStdString();
-        EXPECT_EQ(object.isOpen(), row.error == 0);
-        EXPECT_EQ(object.errorString().isEmpty(), row.error == 0);
+    for (const auto &[path, mode, error] : rows) {
+        PpsObject object(path);
+        EXPECT_EQ(object.open(mode), error == 0) << path.toStdString();
+        EXPECT_EQ(object.error(), error) << path.toStdString();
+        EXPECT_EQ(object.isOpen(), error == 0);
+        EXPECT_EQ(object.errorString().isEmpty(), error == 0);
     }
     PpsObject object(Path);
     bool ok = true;
@@ -278,31 +273,22 @@ TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
 {
     ASSERT_TRUE(PpsPublisher("/pps/private", 0640).publish({{"a", 1}}));
     ASSERT_TRUE(PpsPublisher("/pps/public", 0644).publish({{"a", 1}}));
-    struct stat status;
-    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0640u);
+    EXPECT_EQ(root.mode("/pps/private"), 0640u);
     ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
-    ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0640u) << "a publish keeps the mode";
+    EXPECT_EQ(root.mode("/pps/private"), 0640u) << "a publish keeps the mode";
     if (::geteuid() == 0) {
-        ASSERT_EQ(::chown(root.file("/pps/private").toLocal8Bit().constData(), 1234, 5678), 0);
+        const QString file = root.file("/pps/private");
+        ASSERT_EQ(::chown(file.toLocal8Bit().constData(), 1234, 5678), 0);
         ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 3}}));
-        ASSERT_EQ(::stat(root.file("/pps/private").toLocal8Bit().constData(), &status), 0);
-        EXPECT_EQ(status.st_uid, 1234u) << "and the owner, whom root would lock out else";
-        EXPECT_EQ(status.st_gid, 5678u);
+        EXPECT_EQ(QFileInfo(file).ownerId(), 1234u) << "and the owner, whom root would lock out else";
+        EXPECT_EQ(QFileInfo(file).groupId(), 5678u);
     }
 
-    const auto openError = [](const QString &path, PpsOpenMode::Types mode) {
-        return runWithoutRights([&] {
-            PpsObject object(path);
-            return object.open(mode) ? 0 : object.error();
-        });
-    };
-    ::chmod(root.file("/pps/private").toLocal8Bit().constData(), 0);
-    ::chmod(root.file("/pps/public").toLocal8Bit().constData(), 0444);
-    EXPECT_EQ(openError("/pps/private", PpsOpenMode::Subscribe), EACCES);
-    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Subscribe), 0);
-    EXPECT_EQ(openError("/pps/public", PpsOpenMode::Publish), EACCES);
+    root.setMode("/pps/private", 0);
+    root.setMode("/pps/public", 0444);
+    EXPECT_EQ(openErrorWithoutRights("/pps/private", PpsOpenMode::Subscribe), EACCES);
+    EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Subscribe), 0);
+    EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Publish), EACCES);
 }
 
 TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
@@ -376,9 +362,8 @@ TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
 TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
 {
     publish({{"a", 1}});
-    ASSERT_EQ(::chmod(root.file("/pps/services/box").toLocal8Bit().constData(), 0711), 0);
-    const auto connectLate = [] {
-        LogCapture log;
+    root.setMode("/pps/services/box", 0711);
+    const auto connectLate = [&] {
         PpsObject object(Path);
         if (!object.open(PpsOpenMode::Subscribe))
             return 1;

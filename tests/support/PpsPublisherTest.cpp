@@ -8,7 +8,6 @@
 
 #include <csignal>
 #include <ctime>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -29,9 +28,10 @@ QVariantMap readBox()
     return message.value("@box").toMap();
 }
 
-TEST(PpsPublisher, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
+using PpsPublisherTest = DeviceTest;
+
+TEST_F(PpsPublisherTest, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
 {
-    const DeviceRoot root;
     PpsPublisher publisher(Path);
     ASSERT_TRUE(publisher.publish({{"first", 0}, {"text", QString()}, {"last", 0}}));
     int leftovers = 0;
@@ -64,12 +64,10 @@ TEST(PpsPublisher, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
     EXPECT_GT(leftovers, 0) << "no publisher was ever killed in the middle";
 }
 
-TEST(PpsPublisher, ManyProcessesPublishAtOnceAndNothingIsLost)
+TEST_F(PpsPublisherTest, ManyProcessesPublishAtOnceAndNothingIsLost)
 {
-    const DeviceRoot root;
     constexpr int processes = 8;
     constexpr int rounds = 300;
-    QStringList errors;
     std::vector<pid_t> children;
     for (int number = 0; number < processes; ++number) {
         const pid_t child = ::fork();
@@ -98,9 +96,8 @@ TEST(PpsPublisher, ManyProcessesPublishAtOnceAndNothingIsLost)
         EXPECT_EQ(value, rounds);
 }
 
-TEST(PpsPublisher, ReplacesRemovesAndRefuses)
+TEST_F(PpsPublisherTest, ReplacesRemovesAndRefuses)
 {
-    const DeviceRoot root;
     PpsPublisher publisher(Path);
     EXPECT_FALSE(publisher.remove());
     EXPECT_EQ(publisher.error(), ENOENT);

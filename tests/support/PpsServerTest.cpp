@@ -15,7 +15,6 @@
 #include <csignal>
 #include <sys/resource.h>
 #include <sys/socket.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -73,13 +72,23 @@ private:
     pid_t m_pid;
 };
 
-TEST(PpsServer, AnswersEachClientAloneInOrderAndKnowsWhoItIs)
+using PpsServerTest = DeviceTest;
+
+// A client with a connection.
+class Client : public PpsObject
 {
-    const DeviceRoot root;
+public:
+    explicit Client(const QString &path = Path) : PpsObject(path)
+    {
+        EXPECT_TRUE(open(PpsOpenMode::PublishSubscribe)) << errorString().toStdString();
+    }
+};
+
+TEST_F(PpsServerTest, AnswersEachClientAloneInOrderAndKnowsWhoItIs)
+{
     ServiceProcess service;
-    PpsObject first(Path + "?wait");
-    PpsObject second(Path + "?wait");
-    ASSERT_TRUE(first.open(PpsOpenMode::PublishSubscribe) && second.open(PpsOpenMode::PublishSubscribe));
+    Client first(Path + "?wait");
+    Client second(Path + "?wait");
     for (const char *message : {"a", "b", "a"})
         EXPECT_TRUE(first.write(message));
     EXPECT_TRUE(second.write("who"));
@@ -100,15 +109,12 @@ TEST(PpsServer, AnswersEachClientAloneInOrderAndKnowsWhoItIs)
     EXPECT_EQ(first.read(), "echo still there");
 }
 
-TEST(PpsServer, AWaitingReadEndsWhenTheServiceGoesAway)
+TEST_F(PpsServerTest, AWaitingReadEndsWhenTheServiceGoesAway)
 {
-    const DeviceRoot root;
     for (const char *order : {"die", "leave"}) {
         ServiceProcess service;
-        PpsObject client(Path + "?wait");
-        ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
-        ASSERT_TRUE(client.write("silence"));
-        ASSERT_TRUE(client.write(order));
+        Client client(Path + "?wait");
+        ASSERT_TRUE(client.write("silence") && client.write(order));
         bool ok = true;
         EXPECT_EQ(client.read(&ok), QByteArray());
         EXPECT_FALSE(ok);
@@ -121,9 +127,8 @@ TEST(PpsServer, AWaitingReadEndsWhenTheServiceGoesAway)
     EXPECT_TRUE(client.open(PpsOpenMode::PublishSubscribe)) << "and is replaced by the next";
 }
 
-TEST(PpsServer, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
+TEST_F(PpsServerTest, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
 {
-    const DeviceRoot root;
     ServiceProcess service;
     PpsObject client(Path);
     QList<QByteArray> heard;
@@ -149,9 +154,8 @@ TEST(PpsServer, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
     EXPECT_EQ(client.error(), EPIPE);
 }
 
-TEST(PpsServer, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
+TEST_F(PpsServerTest, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
 {
-    const DeviceRoot root;
     PpsServer server(Path);
     QList<QByteArray> received;
     QObject::connect(
@@ -162,8 +166,7 @@ TEST(PpsServer, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
                 server.disconnectClient(client.id);
         });
     ASSERT_TRUE(server.listen());
-    PpsObject client(Path);
-    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    Client client;
     ASSERT_TRUE(client.write("first"));
     ASSERT_TRUE(waitUntil([&] { return received.size() == 1; }));
     ASSERT_TRUE(client.write("second"));
@@ -181,9 +184,8 @@ TEST(PpsServer, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
     EXPECT_EQ(client.error(), EPIPE);
 }
 
-TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
+TEST_F(PpsServerTest, RefusesASecondServiceAndLeavesForeignObjectsAlone)
 {
-    const DeviceRoot root;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen(0600));
     PpsServer rival(Path);
@@ -193,39 +195,18 @@ TEST(PpsServer, RefusesASecondServiceAndLeavesForeignObjectsAlone)
     PpsServer onState("/pps/services/box/status");
     EXPECT_FALSE(onState.listen());
     EXPECT_EQ(onState.error(), EEXIST);
-    struct stat status;
-    const QByteArray file = root.file(Path).toLocal8Bit();
-    ASSERT_EQ(::stat(file.constData(), &status), 0);
-    EXPECT_EQ(status.st_mode & 0777, 0600u);
-    ::chmod(file.constData(), 0);
-    EXPECT_EQ(runWithoutRights([] {
-        PpsObject client(Path);
-        return client.open(PpsOpenMode::PublishSubscribe) ? 0 : client.error();
-    }),
-        EACCES);
+    EXPECT_EQ(root.mode(Path), 0600u);
+    root.setMode(Path, 0);
+    EXPECT_EQ(openErrorWithoutRights(Path, PpsOpenMode::PublishSubscribe), EACCES);
 
     const QString deep = "/pps/" + QString("directory-with-a-long-name/").repeated(8) + "control";
     PpsServer far(deep);
     ASSERT_TRUE(far.listen()) << far.errorString().toStdString();
-    PpsObject client(deep);
-    EXPECT_TRUE(client.open(PpsOpenMode::PublishSubscribe)) << "paths longer than a socket address";
+    const Client client(deep); // paths longer than a socket address
 }
 
-TEST(PpsServer, TheObjectIsGoneWithItsServer)
+TEST_F(PpsServerTest, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
 {
-    const DeviceRoot root;
-    {
-        PpsServer server(Path);
-        ASSERT_TRUE(server.listen());
-    }
-    EXPECT_EQ(QDir(root.file("/pps/services/box"))
-                  .entryList(QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot),
-        QStringList());
-}
-
-TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
-{
-    const DeviceRoot root;
     PpsServer server(Path);
     int received = 0;
     int gone = 0;
@@ -236,9 +217,8 @@ TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
     QObject::connect(&server, &PpsServer::disconnected, [&] { ++gone; });
     ASSERT_TRUE(server.listen());
 
-    PpsObject deaf(Path); // asks and asks, and reads no answer
-    PpsObject good(Path);
-    ASSERT_TRUE(deaf.open(PpsOpenMode::PublishSubscribe) && good.open(PpsOpenMode::PublishSubscribe));
+    Client deaf; // asks and asks, and reads no answer
+    Client good;
     for (int i = 0; i < 20; ++i)
         (void)deaf.write("more");
     ASSERT_TRUE(waitUntil([&] { return gone == 1; }));
@@ -254,22 +234,22 @@ TEST(PpsServer, MisbehavingClientsLoseTheirConnectionAndNobodyElseNotices)
     EXPECT_EQ(server.error(), ENOTCONN);
 }
 
-TEST(PpsServer, ASlotMayDestroyTheServerThatDropsAClient)
+TEST_F(PpsServerTest, ASlotMayDestroyTheServerThatDropsAClient)
 {
-    const DeviceRoot root;
     QPointer<PpsServer> server = new PpsServer(Path);
     QObject::connect(server, &PpsServer::disconnected, [&] { delete server; });
     ASSERT_TRUE(server->listen());
-    PpsObject deaf(Path);
-    ASSERT_TRUE(deaf.open(PpsOpenMode::PublishSubscribe));
+    const Client deaf;
     ASSERT_TRUE(waitUntil([&] { return server->clientCount() == 1; }));
     while (server)
         server->send(1, QByteArray(100'000, 'y'));
+    const auto every = QDir::AllEntries | QDir::System | QDir::Hidden | QDir::NoDotAndDotDot;
+    EXPECT_EQ(QDir(root.file("/pps/services/box")).entryList(every), QStringList())
+        << "nothing is left of it";
 }
 
-TEST(PpsServer, OfManyServicesThatStartAtOnceOneServes)
+TEST_F(PpsServerTest, OfManyServicesThatStartAtOnceOneServes)
 {
-    const DeviceRoot root;
     for (int round = 0; round < 100; ++round) {
         constexpr int count = 4;
         std::barrier start(count);
@@ -296,16 +276,13 @@ TEST(PpsServer, OfManyServicesThatStartAtOnceOneServes)
     }
 }
 
-TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
+TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
 {
-    const DeviceRoot root;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
-    PpsObject served(Path);
-    PpsObject client(Path);
-    ASSERT_TRUE(served.open(PpsOpenMode::PublishSubscribe));
+    const Client served;
     ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
-    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    const Client client;
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
     const rlimit none{3, before.rlim_max};
@@ -321,15 +298,13 @@ TEST(PpsServer, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 
-TEST(PpsServer, MoreClientsThanItServesWaitUntilOthersLeave)
+TEST_F(PpsServerTest, MoreClientsThanItServesWaitUntilOthersLeave)
 {
-    const DeviceRoot root;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
-    std::vector<std::unique_ptr<PpsObject>> clients;
+    std::vector<std::unique_ptr<Client>> clients;
     for (int i = 0; i < 1200; ++i) {
-        clients.push_back(std::make_unique<PpsObject>(Path));
-        ASSERT_TRUE(clients.back()->open(PpsOpenMode::PublishSubscribe)) << clients.back()->error();
+        clients.push_back(std::make_unique<Client>());
         QCoreApplication::processEvents();
     }
     EXPECT_EQ(server.clientCount(), 1000);

@@ -29,11 +29,7 @@ QVariant nested(int levels)
 
 TEST(PpsText, EachValueHasOneShortestFormAndComesBackEqualAndOfItsType)
 {
-    const struct
-    {
-        QVariant value;
-        const char *line;
-    } rows[] = {
+    const std::tuple<QVariant, const char *> rows[] = {
         {"plain text: with colons, \"quotes\" and \\", "a::plain text: with colons, \"quotes\" and \\\n"},
         {"", "a::\n"},
         {"tab\tstays", "a::tab\tstays\n"},
@@ -56,12 +52,12 @@ TEST(PpsText, EachValueHasOneShortestFormAndComesBackEqualAndOfItsType)
         {QVariant::fromValue(nullptr), "a:json:null\n"},
         {QVariant(), "-a\n"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[value, line] : rows) {
         QString error;
-        EXPECT_EQ(PpsText::encode({{"a", row.value}}, &error), QByteArray(row.line)) << error.toStdString();
-        const QVariant back = decoded(row.line).value("@").toMap().value("a");
-        EXPECT_EQ(back, row.value) << row.line;
-        EXPECT_EQ(back.typeId(), row.value.typeId()) << row.line;
+        EXPECT_EQ(PpsText::encode({{"a", value}}, &error), QByteArray(line)) << error.toStdString();
+        const QVariant back = decoded(line).value("@").toMap().value("a");
+        EXPECT_EQ(back, value) << line;
+        EXPECT_EQ(back.typeId(), value.typeId()) << line;
     }
     EXPECT_EQ(PpsText::encode({{"deep", nested(64)}}),
         "deep:json:" + QByteArray(64, '[') + "1" + QByteArray(64, ']') + '\n');
@@ -80,11 +76,7 @@ TEST(PpsText, AMessageIsTheMapOfItsObject)
 
 TEST(PpsText, WhatIsMalformedIsRefusedWithTheLineAndTheReason)
 {
-    const struct
-    {
-        QByteArray text;
-        const char *error;
-    } rows[] = {
+    const std::tuple<QByteArray, const char *> rows[] = {
         {"@x\na::1\nno colons\n", "line 3: neither 'name:qualifier:value' nor '-name'"},
         {"a:1\n", "line 1: neither 'name:qualifier:value' nor '-name'"},
         {"a::1\n\n", "line 2: neither 'name:qualifier:value' nor '-name'"},
@@ -112,12 +104,12 @@ TEST(PpsText, WhatIsMalformedIsRefusedWithTheLineAndTheReason)
         {"@\xFF\n", "line 1: broken UTF-8"},
         {"a::" + QByteArray(1 << 20, 'x'), "1048579 bytes, more than the 1048576 of a message"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[text, reason] : rows) {
         QString error;
-        EXPECT_EQ(PpsText::decode(row.text, &error), QVariantMap()) << row.text.left(80).toStdString();
-        EXPECT_EQ(error, row.error) << row.text.left(80).toStdString();
+        EXPECT_EQ(PpsText::decode(text, &error), QVariantMap()) << text.left(80).toStdString();
+        EXPECT_EQ(error, reason) << text.left(80).toStdString();
         bool ok = true;
-        EXPECT_EQ(PpsObject::decode(row.text, &ok), QVariantMap());
+        EXPECT_EQ(PpsObject::decode(text, &ok), QVariantMap());
         EXPECT_FALSE(ok);
     }
 }
@@ -125,12 +117,7 @@ TEST(PpsText, WhatIsMalformedIsRefusedWithTheLineAndTheReason)
 TEST(PpsText, WhatHasNoFormIsRefusedWithTheAttributeAndTheReason)
 {
     const char *badName = "a name that is empty, holds ':' or a line feed, or begins with '@' or '-'";
-    const struct
-    {
-        QString name;
-        QVariant value;
-        QString reason;
-    } rows[] = {
+    const std::tuple<QString, QVariant, QString> rows[] = {
         {"", 1, badName},
         {"a:b", 1, badName},
         {"a\nb", 1, badName},
@@ -144,10 +131,10 @@ TEST(PpsText, WhatHasNoFormIsRefusedWithTheAttributeAndTheReason)
         {"a", QString(QChar(0xD800)), "text that is no valid UTF-16"},
         {"a", nested(65), "nesting deeper than 64"},
     };
-    for (const auto &row : rows) {
+    for (const auto &[name, value, reason] : rows) {
         QString error;
-        EXPECT_EQ(PpsText::encode({{row.name, row.value}}, &error), QByteArray());
-        EXPECT_EQ(error, "attribute '" + row.name + "' cannot be encoded: " + row.reason);
+        EXPECT_EQ(PpsText::encode({{name, value}}, &error), QByteArray());
+        EXPECT_EQ(error, "attribute '" + name + "' cannot be encoded: " + reason);
     }
     QString error;
     EXPECT_EQ(PpsText::encode({{"a", QString(1 << 20, u'x')}}, &error), QByteArray());

@@ -61,11 +61,7 @@ private:
     QProcess m_process;
 };
 
-class CommandTest : public ::testing::Test
-{
-protected:
-    DeviceRoot root;
-};
+using CommandTest = DeviceTest;
 
 TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
 {
@@ -106,12 +102,7 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
 TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
 {
     const Phone phone;
-    const struct
-    {
-        QStringList words;
-        int status;
-        const char *error;
-    } rows[] = {
+    const std::tuple<QStringList, int, const char *> rows[] = {
         {{"show", "sdkard"}, 2, "ozdevice: unknown facility 'sdkard'; known are sdcard"},
         {{"call", "sdcard", "eject"}, 2, "ozdevice: sdcard: no method 'eject'; it has none"},
         {{"set", "sdcard", "size", "1"}, 2,
@@ -135,11 +126,11 @@ TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
         {{"run", "--phone", "/no/such/file", "--", "true"}, 1,
             "ozdeviced: /no/such/file: No such file or directory"},
     };
-    for (const auto &row : rows) {
-        const Result result = run(row.words);
-        EXPECT_EQ(result.status, row.status) << row.words.join(' ').toStdString();
-        EXPECT_EQ(result.output, QString()) << row.words.join(' ').toStdString();
-        EXPECT_TRUE(result.errors.startsWith(row.error)) << result.errors.toStdString();
+    for (const auto &[words, status, error] : rows) {
+        const Result result = run(words);
+        EXPECT_EQ(result.status, status) << words.join(' ').toStdString();
+        EXPECT_EQ(result.output, QString()) << words.join(' ').toStdString();
+        EXPECT_TRUE(result.errors.startsWith(error)) << result.errors.toStdString();
     }
 }
 

@@ -6,6 +6,8 @@
 #include "meta/MethodCall.hpp"
 #include "ozdevice/FacilityTable.hpp"
 
+#include <oz/device/CellularConnectionRequestResult.hpp>
+
 #include <QFile>
 #include <QMetaProperty>
 #include <QRegularExpression>
@@ -78,6 +80,17 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
     QList<QStringList> properties = tableOf(page, "Properties");
     for (int i = QObject::staticMetaObject.propertyCount(); i < entry.type->propertyCount(); ++i) {
         const QMetaProperty property = entry.type->property(i);
+        EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
+        EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
+        if (property.hasNotifySignal()) {
+            // The first of its name, which is the typed one; the charging state goes with the level.
+            const QByteArray about = property.name();
+            const QMetaMethod notify = property.notifySignal();
+            EXPECT_EQ(notify.name(), (about == "chargingState" ? "level" : about) + "Changed");
+            EXPECT_EQ(notify.revision(), property.revision()) << property.name();
+            for (int j = 0; j < notify.methodIndex(); ++j)
+                EXPECT_NE(entry.type->method(j).name(), notify.name());
+        }
         ASSERT_FALSE(properties.isEmpty()) << "not on the page: " << property.name();
         const QStringList row = properties.takeFirst();
         EXPECT_EQ(row.value(0), property.name());
@@ -92,9 +105,16 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
             const QString holder = QString(enumeration.scope()).section("::", -1);
             EXPECT_TRUE(unwrapped.contains(enumerationText(enumeration, holder, unwrapped)))
                 << holder.toStdString();
+            const QMetaObject *scope = enumeration.enclosingMetaObject();
+            EXPECT_EQ(scope->enumerator(scope->indexOfEnumerator("Type")).keyCount(), enumeration.keyCount());
         }
     }
     EXPECT_EQ(properties, QList<QStringList>()) << "not in the library";
+    if (entry.name == "data-profile") {
+        const auto result = QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>();
+        EXPECT_TRUE(
+            unwrapped.contains(enumerationText(result, "CellularConnectionRequestResult", unwrapped)));
+    }
 
     QStringList signatures;
     for (int i = QObject::staticMetaObject.methodCount(); i < entry.type->methodCount(); ++i) {

@@ -39,12 +39,7 @@ const QMetaType Technologies = QMetaType::fromType<CellularTechnology::Types>();
 
 TEST(MetaText, WritesValuesAsPeopleReadThem)
 {
-    const struct
-    {
-        QVariant value;
-        const char *text;
-        QJsonValue json;
-    } rows[] = {
+    const std::tuple<QVariant, const char *, QJsonValue> rows[] = {
         {QVariant::fromValue(SdCardState::Mounted), "Mounted", "Mounted"},
         {QVariant::fromValue(CellularTechnology::Types(CellularTechnology::Gsm | CellularTechnology::Lte)),
             "Gsm|Lte", QJsonArray{"Gsm", "Lte"}},
@@ -59,9 +54,9 @@ TEST(MetaText, WritesValuesAsPeopleReadThem)
         {QSize(720, 1280), "720x1280", QJsonObject{{"width", 720}, {"height", 1280}}},
         {QVariantMap{{"a", 1}}, "{\"a\":1}", QJsonObject{{"a", 1}}},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(valueText(row.value), row.text);
-        EXPECT_EQ(valueJson(row.value), row.json) << row.text;
+    for (const auto &[value, text, json] : rows) {
+        EXPECT_EQ(valueText(value), text);
+        EXPECT_EQ(valueJson(value), json) << text;
     }
     EXPECT_EQ(typeText(State), "SdCardState");
     EXPECT_EQ(typeText(Technologies), "CellularTechnology flags");
@@ -77,12 +72,7 @@ TEST(MetaText, ReadsValuesByTheirTypeOrSaysWhatItExpected)
     EXPECT_EQ(parseValue("-12", QMetaType(QMetaType::Int)), QVariant(-12));
     EXPECT_EQ(parseValue("{\"a\":[1]}", QMetaType(QMetaType::QVariantMap)),
         QVariant(QVariantMap{{"a", QVariantList{1}}}));
-    const struct
-    {
-        const char *text;
-        QMetaType type;
-        const char *expected;
-    } rows[] = {
+    const std::tuple<const char *, QMetaType, const char *> rows[] = {
         {"Gone", State, "one of Unknown, Mounted, Unmounted, Busy"},
         {"Gsm|5G", Technologies, "any of None, Gsm, Umts, Cdma1X, Evdo, Lte joined with '|'"},
         {"ten", QMetaType(QMetaType::Int), "a whole number (int)"},
@@ -90,9 +80,9 @@ TEST(MetaText, ReadsValuesByTheirTypeOrSaysWhatItExpected)
         {"yes", QMetaType(QMetaType::Bool), "true or false"},
         {"[1]", QMetaType(QMetaType::QVariantMap), "a JSON map"},
     };
-    for (const auto &row : rows) {
-        EXPECT_EQ(parseValue(row.text, row.type), std::nullopt) << row.text;
-        EXPECT_EQ(expectation(row.type), row.expected);
+    for (const auto &[text, type, expected] : rows) {
+        EXPECT_EQ(parseValue(text, type), std::nullopt) << text;
+        EXPECT_EQ(expectation(type), expected);
     }
 }
 
