@@ -147,6 +147,7 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
     const std::tuple<const char *, Result::Type, Result::Type, QStringList> rows[] = {
         {"@web_control\nerr:n:0\n", Result::Requested, Result::Requested, {}},
         {"@web_control\nerr:n:13\n", Result::NotPossible, Result::InternalError, {}},
+        {"res::other\nid::999\nerr:n:0\n", Result::Requested, Result::Requested, {}},
         {"err::13\n", Result::NotPossible, Result::InternalError, {}},
         {"err:n:5\nerrstr::busy\ndat:json:{\"connect_id\":\"c8\"}\n", Result::InternalError,
             Result::InternalError, {}},
@@ -172,7 +173,7 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
     }
 }
 
-TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerAndNotForAServiceThatDies)
+TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerButForNoSecondOneAndForNoServiceThatDies)
 {
     CellularDataInterface web("web");
     ControlService late(Control, [](PpsServer &server, quint64 client) {
@@ -182,6 +183,14 @@ TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerAndNotForAServiceThatDies)
     waited.start();
     EXPECT_EQ(web.requestConnect(), Result::Requested);
     EXPECT_GE(waited.elapsed(), 110);
+
+    // What comes after the answer is not the next exchange's.
+    late.serveWith([](PpsServer &server, quint64 client) {
+        server.send(client, QByteArray("err:n:0\n"));
+        server.send(client, QByteArray("err:n:5\n"));
+    });
+    EXPECT_EQ(web.requestDisconnect(), Result::Requested);
+    EXPECT_EQ(web.requestConnect(), Result::Requested);
 
     const QString MmsControl = "/pps/services/cds/cnice/mms_control";
     ControlService dying(MmsControl, [](PpsServer &server, quint64) { server.deleteLater(); });
@@ -216,7 +225,7 @@ TEST_F(CellularDataInterfaceTest, NoExchangeLeavesADescriptorOpen)
     ControlService service(Control, ControlService::hangUp);
     const auto before = descriptors();
     ASSERT_GT(before, 5);
-    for (int i = 0; i < 30; ++i) {
+    for (int i = 0; i < 2'500; ++i) { // of four exchanges each
         for (const char *message : {Connected.constData(), "err:n:1\n", "rubbish"}) {
             service.serveWith(ControlService::answer(message));
             web.requestConnect();
