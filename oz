@@ -9,8 +9,8 @@ packages=(
     libgtest-dev libgmock-dev
 )
 bench_packages=(libbenchmark-dev dbus)
-fuzz_packages=(clang)
-lint_packages=(clang-format clang-tidy)
+fuzz_packages=(clang libclang-rt-dev)
+lint_packages=(clang-format clang-tidy git)
 
 usage() {
     cat <<'TEXT'
@@ -20,7 +20,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...)
   build     builds
   run       builds and runs the ozdevice command with the arguments
-  bench     builds the release preset and runs the benchmarks; results also go to build/release/bench/*.json
+  bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
   lint      checks the formatting and runs clang-tidy; --fix formats
   coverage  runs the tests and prints the line coverage of the libraries and programs
@@ -29,7 +29,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   clean     removes build/
   help      this text
 
-Presets: dev (the default), release, asan, tsan, coverage, fuzz. Each verb installs the Debian packages it lacks.
+Presets: dev (the default), release, bench, asan, tsan, coverage, fuzz. Each verb installs the Debian packages it lacks.
 TEXT
 }
 
@@ -73,7 +73,7 @@ while [ $# -gt 0 ]; do
     esac
 done
 grep -q "\"name\": \"$preset\", \"displayName\"" CMakePresets.json || {
-    echo "oz: unknown preset '$preset'; known are dev, release, asan, tsan, coverage, fuzz" >&2
+    echo "oz: unknown preset '$preset'; known are dev, release, bench, asan, tsan, coverage, fuzz" >&2
     exit 2
 }
 set -- "${arguments[@]+"${arguments[@]}"}"
@@ -92,9 +92,9 @@ case $verb in
         build "$preset" >&2
         exec "build/$preset/bin/ozdevice" "$@" ;;
     bench)
-        build release "${bench_packages[@]}"
+        build bench "${bench_packages[@]}"
         say "measuring"
-        exec bench/run build/release "$@" ;;
+        exec bench/run build/bench "$@" ;;
     fuzz)
         seconds=60
         [ "${1:-}" = --seconds ] && { seconds=${2:?oz: --seconds wants a number}; shift 2; }
