@@ -43,7 +43,7 @@ const QList<CellKey> &cellKeys()
 
 QString code(const JsonNode &node, const QString &key, const QString &fallback, const QString &digits)
 {
-    const QString value = node.text(key, fallback);
+    QString value = node.text(key, fallback);
     static const QRegularExpression threeDigits(QStringLiteral("^[0-9]{3}$"));
     static const QRegularExpression twoOrThreeDigits(QStringLiteral("^[0-9]{2,3}$"));
     if (!(key == u"mcc" ? threeDigits : twoOrThreeDigits).match(value).hasMatch())

@@ -307,7 +307,7 @@ QStringList JsonNode::texts(const QString &key, const QStringList &fallback) con
 
 QStringList JsonNode::words(const QString &key, const QStringList &fallback, const QStringList &words) const
 {
-    const QStringList values = texts(key, fallback);
+    QStringList values = texts(key, fallback);
     for (qsizetype i = 0; i < values.size(); ++i) {
         if (!words.contains(values[i])) {
             failAt(*find(key)->elements[std::size_t(i)],

@@ -45,7 +45,7 @@ QString takeWord(const QString &title, const QStringList &known, QStringList *wo
 {
     if (words->isEmpty())
         throw Error(title + QLatin1String(" wants one of ") + known.join(u", "));
-    const QString word = words->first();
+    QString word = words->first();
     if (!known.contains(word)) {
         throw Error(
             title + QLatin1String(" has no '") + word + QLatin1String("'; it has ") + known.join(u", "));

@@ -41,7 +41,7 @@ const QList<CardState> &cardStates()
 std::optional<QString> digits(
     const JsonNode &section, const QString &key, const QString &fallback, int least, int most)
 {
-    const auto value = section.identifier(key, fallback);
+    auto value = section.identifier(key, fallback);
     static const QRegularExpression notDigit(QStringLiteral("[^0-9]"));
     if (value && (value->size() < least || value->size() > most || value->contains(notDigit))) {
         const QString count = least == most
