@@ -362,7 +362,7 @@ TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
 TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
 {
     publish({{"a", 1}});
-    root.setMode("/pps/services/box", 0711);
+    root.setMode("/pps/services/box", 0111);
     const auto connectLate = [&] {
         PpsObject object(Path);
         if (!object.open(PpsOpenMode::Subscribe))
@@ -375,6 +375,7 @@ TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
         return HasFailure() ? 2 : 0;
     };
     EXPECT_EQ(runWithoutRights(connectLate), 0);
+    root.setMode("/pps/services/box", 0755);
 }
 
 TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)
