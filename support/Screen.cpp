@@ -264,7 +264,7 @@ int screen_get_context_property_iv(screen_context_t context, int property, int *
 int screen_get_context_property_pv(screen_context_t context, int property, void **value)
 {
     return done(DisplayService::instance().withContext(context, [&](auto &) {
-        if (property != ScreenProperty::Displays || !value)
+        if (property != ScreenProperty::Displays || (!value && context->counted > 0))
             return EINVAL;
         std::fill_n(value, context->counted, nullptr);
         int next = 0;

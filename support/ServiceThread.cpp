@@ -1,6 +1,7 @@
 #include "ServiceThread.hpp"
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 
 namespace oz {
@@ -20,7 +21,13 @@ ServiceThread::ServiceThread()
 {
     setObjectName(QStringLiteral("oz-services"));
     std::unique_lock lock(m_mutex);
+    // The program's signals are for its own threads.
+    sigset_t all;
+    sigset_t before;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before);
     start();
+    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     m_started = isRunning();
     if (!m_started)
         return;
