@@ -99,8 +99,10 @@ public:
         for (const auto &[id, display] : context->displays)
             m_handles.erase(display.get());
         m_contexts.erase(found);
-        if (m_contexts.empty())
-            ServiceThread::instance()->post([this](QObject *) { unwatchIfUnused(); });
+        if (m_contexts.empty()) {
+            ServiceThread::instance()->post(
+                [object = std::exchange(m_object, nullptr)](QObject *) { delete object; });
+        }
         return 0;
     }
 
@@ -144,13 +146,6 @@ private:
         });
         if (!m_object->open(PpsOpenMode::Subscribe))
             qCWarning(logSupport) << m_object->path() << "cannot be watched:" << m_object->errorString();
-    }
-
-    void unwatchIfUnused()
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_contexts.empty())
-            delete std::exchange(m_object, nullptr);
     }
 
     // Reading under the lock keeps readings in the order of what was published.

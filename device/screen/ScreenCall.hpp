@@ -12,7 +12,8 @@ inline bool screenSucceeded(int result, const char *text)
 {
     if (result == 0)
         return true;
-    qCWarning(logDevice) << text << std::strerror(errno);
+    const int error = errno; // which logging may change
+    qCWarning(logDevice) << text << std::strerror(error);
     return false;
 }
 

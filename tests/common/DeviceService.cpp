@@ -8,7 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstring>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -30,9 +29,6 @@ DeviceService::DeviceService(const QString &path, const QByteArray &greeting)
 
 void DeviceService::accept(const QByteArray &greeting)
 {
-    sigset_t all; // are for the test
-    sigfillset(&all);
-    ::pthread_sigmask(SIG_SETMASK, &all, nullptr);
     for (int client = 0; (client = ::accept(m_socket, nullptr, nullptr)) >= 0;) {
         if (!greeting.isEmpty())
             (void)::send(client, greeting.constData(), std::size_t(greeting.size()), MSG_NOSIGNAL);

@@ -6,6 +6,7 @@
 #include <oz/DeviceFile.hpp>
 #include <oz/EventService.hpp>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <unistd.h>
@@ -81,16 +82,15 @@ TEST_F(PowmanStatusTest, ANewStatusDeliversTheEventThatWasAskedFor)
     oz::hub_remove_sigevent_handler(&event);
     oz::hub_shutdown();
 
-    sigset_t signals;
-    sigset_t before;
-    sigemptyset(&signals);
-    sigaddset(&signals, 57);
-    ASSERT_EQ(::pthread_sigmask(SIG_BLOCK, &signals, &before), 0);
+    static std::atomic<int> s_signals = 0;
+    struct sigaction before = {};
+    struct sigaction count = {};
+    count.sa_handler = [](int) { ++s_signals; };
+    ASSERT_EQ(::sigaction(57, &count, &before), 0);
     EXPECT_EQ(powman_status_notify(status, nullptr), 0);
     manager.send("statusactive\n");
-    const timespec patience{20, 0};
-    EXPECT_EQ(::sigtimedwait(&signals, nullptr, &patience), 57);
-    ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    EXPECT_TRUE(waitUntil([] { return s_signals == 1; }));
+    ::sigaction(57, &before, nullptr);
     EXPECT_EQ(_powman_deliver_event(&event), 0); // a zeroed record is no event
     event.notify = oz::EventKind::Pulse;
     EXPECT_EQ(_powman_deliver_event(&event), EBADF);
