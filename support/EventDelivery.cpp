@@ -6,6 +6,7 @@
 
 #include <QSocketNotifier>
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -111,8 +112,12 @@ public:
     static ArmedDescriptors *instance()
     {
         static auto *const s_instance = new ArmedDescriptors; // outlives the service thread
-        return s_instance->m_epoll ? s_instance : nullptr;
+        s_existing = s_instance->m_epoll ? s_instance : nullptr;
+        return s_existing;
     }
+
+    // Without starting anything.
+    static ArmedDescriptors *existing() { return s_existing; }
 
     int arm(int fd, const sigevent &event)
     {
@@ -186,6 +191,8 @@ private:
         return armed.event;
     }
 
+    static inline std::atomic<ArmedDescriptors *> s_existing = nullptr;
+
     UniqueFd m_epoll;
     std::mutex m_mutex;
     std::map<quint64, Armed> m_armed;
@@ -209,7 +216,7 @@ void detach(int coid)
 
 void forget(int fd)
 {
-    if (ArmedDescriptors *armed = ArmedDescriptors::instance())
+    if (ArmedDescriptors *armed = ArmedDescriptors::existing())
         armed->forget(fd);
 }
 

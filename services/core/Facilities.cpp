@@ -1,5 +1,7 @@
 #include "core/Facilities.hpp"
 
+#include "activity/PowerManager.hpp"
+#include "activity/SimulatedActivity.hpp"
 #include "battery/BatteryPublisher.hpp"
 #include "battery/SimulatedBattery.hpp"
 #include "cellularnetwork/CellularNetworkPublisher.hpp"
@@ -8,8 +10,13 @@
 #include "core/SourceConfig.hpp"
 #include "dataprofile/DataProfilePublisher.hpp"
 #include "dataprofile/SimulatedDataProfiles.hpp"
+#include "display/DisplayPublisher.hpp"
+#include "display/SimulatedDisplays.hpp"
+#include "display/XrandrDisplays.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "orientation/OrientationPublisher.hpp"
+#include "orientation/SimulatedOrientation.hpp"
 #include "radio/RadioPublisher.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SdCardPublisher.hpp"
@@ -30,6 +37,11 @@ Facility::Start simulated()
     };
 }
 
+std::unique_ptr<QObject> startXrandrDisplays(SimulatedPhone &)
+{
+    return std::make_unique<DisplayPublisher>(std::make_unique<XrandrDisplays>());
+}
+
 } // namespace
 
 const std::vector<Facility> &facilities()
@@ -38,6 +50,12 @@ const std::vector<Facility> &facilities()
     static const std::vector<Facility> all{
         {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
         {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
+        {QStringLiteral("activity"), {{simulatedSource, simulated<PowerManager, SimulatedActivity>()}}},
+        {QStringLiteral("orientation"),
+            {{simulatedSource, simulated<OrientationPublisher, SimulatedOrientation>()}}},
+        {QStringLiteral("display"),
+            {{simulatedSource, simulated<DisplayPublisher, SimulatedDisplays>()},
+                {QStringLiteral("xrandr"), startXrandrDisplays}}},
         {QStringLiteral("hardware"), {{simulatedSource, simulated<HardwarePublisher, SimulatedHardware>()}}},
         {QStringLiteral("simcard"), {{simulatedSource, simulated<SimCardPublisher, SimulatedSimCard>()}}},
         {QStringLiteral("cellular-network"),

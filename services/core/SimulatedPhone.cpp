@@ -1,10 +1,13 @@
 #include "core/SimulatedPhone.hpp"
 
+#include "activity/SimulatedActivity.hpp"
 #include "battery/SimulatedBattery.hpp"
 #include "cellularnetwork/SimulatedNetworks.hpp"
 #include "core/Error.hpp"
 #include "dataprofile/SimulatedDataProfiles.hpp"
+#include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "orientation/SimulatedOrientation.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
@@ -94,6 +97,9 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     const auto section = [&](const char *name) { return file.map(QLatin1String(name)); };
     m_parts.push_back(std::make_unique<SimulatedSdCard>(section("sdcard")));
     m_parts.push_back(std::make_unique<SimulatedBattery>(section("battery")));
+    m_parts.push_back(std::make_unique<SimulatedActivity>(section("activity")));
+    m_parts.push_back(std::make_unique<SimulatedOrientation>(section("orientation")));
+    m_parts.push_back(std::make_unique<SimulatedDisplays>(section("display")));
     m_parts.push_back(std::make_unique<SimulatedHardware>(section("hardware")));
     m_parts.push_back(std::make_unique<SimulatedSimCard>(section("simcard")));
     m_parts.push_back(

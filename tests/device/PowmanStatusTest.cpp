@@ -120,7 +120,7 @@ TEST_F(PowmanStatusTest, AManagerThatDoesNotAnswerIsNotWaitedForForever)
 TEST_F(PowmanStatusTest, HandlesComeAndGoInAnyOrderAndACloseThatFailsSaysSo)
 {
     const auto lowest = [] {
-        const int fd = ::dup(0);
+        const int fd = ::dup(2);
         ::close(fd);
         return fd;
     };
