@@ -10,6 +10,11 @@ namespace oz::meta {
 
 namespace {
 
+bool isFlagSet(QMetaType type)
+{
+    return QByteArrayView(type.name()).startsWith("QFlags<");
+}
+
 qint64 enumNumber(const QVariant &value)
 {
     // A flag set has no conversion of its own; it is an int in memory, as every enumeration here.
@@ -60,14 +65,19 @@ bool isMapOrList(QMetaType type)
 
 QMetaEnum enumOf(QMetaType type)
 {
-    const QMetaObject *scope = type.metaObject();
     const QByteArray name(type.name());
+    // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>. One that its
+    // holder does not declare is read by its enumeration, where that is registered.
+    bool isFlags = isFlagSet(type);
+    const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
+    const QMetaObject *scope = type.metaObject();
+    if (!scope && isFlags) {
+        scope = QMetaType::fromName(plain).metaObject();
+        isFlags = false;
+    }
     if (!scope)
         return {};
-    // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>.
-    const bool isFlags = name.startsWith("QFlags<");
-    const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
-    if (!isFlags && !(type.flags() & QMetaType::IsEnumeration))
+    if (!isFlagSet(type) && !(type.flags() & QMetaType::IsEnumeration))
         return {};
     const QByteArray local = plain.sliced(plain.lastIndexOf(':') + 1);
     for (int i = 0; i < scope->enumeratorCount(); ++i) {
@@ -100,6 +110,8 @@ QString valueText(const QVariant &value)
         const char *key = enumeration.valueToKey(int(number));
         return key ? QString::fromLatin1(key) : QString::number(number);
     }
+    if (isFlagSet(type))
+        return QString::number(enumNumber(value));
     switch (type.id()) {
     // As many digits as tell the value from its neighbours: 25.34f is not 25.34000015.
     case QMetaType::Float:
@@ -133,6 +145,8 @@ QJsonValue valueJson(const QVariant &value)
         const char *key = enumeration.valueToKey(int(number));
         return key ? QJsonValue(QLatin1String(key)) : QJsonValue(number);
     }
+    if (isFlagSet(type))
+        return enumNumber(value);
     switch (type.id()) {
     case QMetaType::QSize: {
         const QSize size = value.toSize();
