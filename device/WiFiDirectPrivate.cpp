@@ -166,6 +166,11 @@ QString textIn(const QVariantMap &map, const char *name)
     return map.value(QLatin1String(name)).toString();
 }
 
+QString addressIn(const QVariantMap &peer)
+{
+    return peer.value(QStringLiteral("mac_addr")).toString();
+}
+
 WiFiDirectDeviceType::Type convertTypeId(int id)
 {
     return wpsCategory<WiFiDirectDeviceType>(id);
@@ -180,10 +185,10 @@ WiFiDirectDeviceType::Type typeIn(const QVariantMap &peer)
 WiFiDirectDeviceInfo discoveredFromMap(const QVariantMap &peer)
 {
     WiFiDirectDeviceInfo info;
-    if (textIn(peer, "mac_addr").isEmpty())
+    if (addressIn(peer).isEmpty())
         return info;
     info.name = textIn(peer, "name");
-    info.hardwareAddress = textIn(peer, "mac_addr");
+    info.hardwareAddress = addressIn(peer);
     info.type = typeIn(peer);
     if (peer.contains(QStringLiteral("ssid")))
         info.role = WiFiDirectRole::GroupOwner;
@@ -200,7 +205,7 @@ ConnectedPeer connectedFromMap(const QVariantMap &peer)
 {
     ConnectedPeer info;
     info.name = textIn(peer, "name");
-    info.hardwareAddress = textIn(peer, "mac_addr");
+    info.hardwareAddress = addressIn(peer);
     info.type = typeIn(peer);
     info.ipAddress = textIn(peer, "ip_addr");
     info.intent = valueNamed(IntentNames, textIn(peer, "role")).value_or(WiFiDirectIntent::Any);
@@ -242,14 +247,16 @@ void follow(Peers *peers, const QVariantList &list, Record (*recordOf)(const QVa
     Gone gone, WiFiDirect *q)
 {
     QSet<QString> seen;
+    seen.reserve(list.size());
     for (const QVariant &entry : list) {
-        const Record peer = recordOf(entry.toMap());
-        const QString &address = peer.hardwareAddress;
+        const QVariantMap map = entry.toMap();
+        const QString address = addressIn(map);
         if (address.isEmpty())
             continue;
         seen.insert(address);
         if (peers->devices.contains(address))
             continue;
+        const Record peer = recordOf(map);
         peers->devices.insert(address, peer);
         peers->addresses.append(address);
         announce(q, peer);
