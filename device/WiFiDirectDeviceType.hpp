@@ -8,7 +8,7 @@ namespace oz::device {
 
 /*!
  * What kind of device a peer is: the categories of primary device types in Wi-Fi Protected Setup, as the
- * Wi-Fi Simple Configuration technical specification of the Wi-Fi Alliance numbers them. Holds the
+ * Wi-Fi Simple Configuration standard of the Wi-Fi Alliance numbers them. Holds the
  * enumeration only; it has no instances.
  */
 class OZ_DEVICE_EXPORT WiFiDirectDeviceType

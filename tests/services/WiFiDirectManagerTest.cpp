@@ -201,26 +201,23 @@ TEST_F(WiFiDirectManagerTest, OneConnectionAtATimeIsTheGroupOfItsPeersAndSession
 TEST_F(WiFiDirectManagerTest, EachErrorOfEachRequestCanBeArranged)
 {
     WiFiDirect wifi;
-    const std::map<QString, std::function<int()>> requests{
-        {"scan", [&] { return wifi.requestScan(); }},
-        {"connect", [&] { return wifi.requestConnect(Tv, Intent::Any, Wps::PushButtonConfiguration, ""); }},
-        {"cancel-connect", [&] { return wifi.cancelConnectRequest(); }},
-        {"start-session", [&] { return wifi.requestStartSession(); }},
-        {"stop-session", [&] { return wifi.requestStopSession("k"); }},
-        {"get-ip-address", [&] { return wifi.ipAddress(Tv).isEmpty() ? 1 : 0; }},
+    const std::tuple<const char *, int, std::function<int()>> rows[] = {
+        {"scan 16", Result::Busy, [&] { return wifi.requestScan(); }},
+        {"connect 22", Result::InternalError,
+            [&] { return wifi.requestConnect(Tv, Intent::Any, Wps::PushButtonConfiguration, ""); }},
+        {"cancel-connect 64", Result::InternalError, [&] { return wifi.cancelConnectRequest(); }},
+        {"start-session 5", Result::InternalError, [&] { return wifi.requestStartSession(); }},
+        {"stop-session 22", Result::InvalidSession, [&] { return wifi.requestStopSession("k"); }},
+        {"get-ip-address 16", 0, [&] { return wifi.ipAddress(Tv).size(); }},
     };
-    const std::map<QString, std::map<int, int>> results{{"scan", {{16, 2}, {19, 3}}},
-        {"connect", {{16, 2}, {19, 3}}}, {"cancel-connect", {{22, 5}}}, {"start-session", {{64, 4}}},
-        {"stop-session", {{22, 7}, {64, 4}}}, {"get-ip-address", {}}};
-    for (const auto &[word, known] : results) {
-        for (const int error : {16, 19, 22, 64, 5}) {
-            sim("wifi-direct fail-next " + word + ' ' + QString::number(error));
-            const auto result = known.find(error);
-            EXPECT_EQ(requests.at(word)(), result == known.end() ? 1 : result->second)
-                << word.toStdString() << error;
-            EXPECT_EQ(log.take().size(), result == known.end() ? 1 : 0);
-        }
+    for (const auto &[order, result, request] : rows) {
+        sim(QString("wifi-direct fail-next ") + order);
+        EXPECT_EQ(request(), result) << order;
     }
+    EXPECT_EQ(log.take(),
+        (QStringList{"WiFiDirect: Service reports unable to parse message.",
+            "WiFiDirect: Unknown error condition. ( 64 )", "WiFiDirect: Unknown error condition. ( 5 )",
+            "WiFiDirect: Control was busy. ( 16 )"}));
     sim("wifi-direct fail-next scan 19");
     EXPECT_EQ(wifi.cancelConnectRequest(), Result::NoRequestToCancel) << "is not failed in its place";
     EXPECT_EQ(wifi.requestScan(), Result::DeviceNotFound);
