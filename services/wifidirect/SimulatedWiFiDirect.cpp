@@ -171,7 +171,7 @@ std::optional<WiFiDirectSource::State> SimulatedWiFiDirect::state() const
 
 WiFiDirectSource::Result SimulatedWiFiDirect::scan()
 {
-    if (const Result refused = obstacle(); refused.error)
+    if (Result refused = obstacle(); refused.error)
         return refused;
     if (m_scanning.isActive())
         return {{}, EBUSY, QStringLiteral("a scan is running")};
@@ -185,7 +185,7 @@ WiFiDirectSource::Result SimulatedWiFiDirect::scan()
 
 WiFiDirectSource::Result SimulatedWiFiDirect::connectPeer(const ConnectRequest &request)
 {
-    if (const Result refused = obstacle(); refused.error)
+    if (Result refused = obstacle(); refused.error)
         return refused;
     if (m_group)
         return {{}, EBUSY, QStringLiteral("there is a connection")};

@@ -239,6 +239,7 @@ TEST_F(WiFiDirectManagerTest, ManyClientsAtOnceHaveTheirOwnAnswersAndCostTheServ
     const auto before = descriptors();
     std::atomic<int> wrong = 0;
     std::vector<std::thread> clients;
+    clients.reserve(8);
     for (int client = 0; client < 8; ++client) {
         clients.emplace_back([&, client] {
             WiFiDirect wifi;

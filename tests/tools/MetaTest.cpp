@@ -52,6 +52,7 @@ TEST(MetaText, WritesValuesAsPeopleReadThem)
         {QVariant::fromValue(WiFiDirectSecondaryDeviceType::Types(WiFiDirectSecondaryDeviceType::Miracast)),
             "Miracast", "Miracast"},
         {"text", "\"text\"", "text"},
+        {QString("\x1b[2J") + QChar(0x202e), "\"\\u001b[2J\\u202e\"", QString("\x1b[2J") + QChar(0x202e)},
         {25.34f, "25.34", 25.34},
         {-3, "-3", -3},
         {true, "true", true},
