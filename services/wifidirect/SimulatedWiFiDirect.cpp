@@ -104,10 +104,10 @@ void SimulatedWiFiDirect::readPeer(const QString &key, const JsonNode &node)
     node.allowOnly({QStringLiteral("name"), address, QStringLiteral("type"), displayInfo,
         QStringLiteral("in-range"), QStringLiteral("wps"), QStringLiteral("pin"), QStringLiteral("intent"),
         QStringLiteral("group"), QStringLiteral("ssid"), QStringLiteral("password")});
-    const int place = int(m_keys.size()) + 1;
+    const QString place = QString::number(0x100 + m_keys.size() + 1, 16).rightJustified(4, u'0');
     Known known;
-    known.peer.address = addressIn(node, address,
-        QLatin1String("02:00:00:00:01:") + QString::number(place % 256, 16).rightJustified(2, u'0'));
+    known.peer.address =
+        addressIn(node, address, QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
     // Whatever its case, it is one address.
     const auto isSame = [&](const QString &other) {
         return other.compare(known.peer.address, Qt::CaseInsensitive) == 0;
