@@ -13,6 +13,7 @@
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <benchmark/benchmark.h>
 
@@ -193,6 +194,7 @@ int main(int argc, char **argv)
     registerConstruct<device::CellularNetworkInfo>("construct/CellularNetworkInfo");
     registerConstruct<device::CellularDataInterface>(
         "construct/CellularDataInterface", QStringLiteral("internet"));
+    registerConstruct<device::WiFiDirect>("construct/WiFiDirect");
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
     benchmark::RegisterBenchmark("unchanged/BatteryInfo", unchangedBattery<device::BatteryInfo>)
         ->UseManualTime();

@@ -54,6 +54,19 @@ std::vector<Message> allMessages()
     const QVariantMap data{{"data_services_status", "ON"}, {"data_roaming_status", "HOME"},
         {"user_enabled_data_roaming", false}, {"internet", profile(true)}, {"mms", profile(false)},
         {"enterprise", profile(false)}};
+    // A hundred peers in sight, of which another one is the last.
+    const auto peers = [](int last) {
+        QVariantList list;
+        for (int i = 1; i <= 100; ++i) {
+            const QString number = QString::number(i < 100 ? i : last, 16).rightJustified(4, '0');
+            list.append(QVariantMap{{"mac_addr", "02:00:00:00:" + number.left(2) + ':' + number.right(2)},
+                {"name", "Peer " + number}, {"type", "10-0050F204-5"}});
+        }
+        return QVariantMap{{"p2p_mgr_enabled", 0}, {"scanning", true},
+            {"last_discover_update", 1'700'000'000}, {"connection", QVariantMap{{"status", "disconnected"}}},
+            {"discovered_devices", QVariantMap{{"device_list", list}}},
+            {"connected_devices", QVariantMap{{"device_list", QVariantList()}}}};
+    };
     return {
         {"sdcard", "/pps/system/filesystem/removable/sdcard", {{"mounted", true}, {"busy", false}},
             {{"mounted", false}, {"busy", false}}},
@@ -66,6 +79,7 @@ std::vector<Message> allMessages()
         {"cellular-network", "/pps/services/cellular/radioctrl/status_cell_public", network,
             with(network, "signal_strength", QVariantMap{{"RSSI", -84}})},
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
+        {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
     };
 }
 

@@ -40,7 +40,7 @@ void ControlObject::onReceived(const PpsServer::Client &client, const QByteArray
     }
     if (!malformed.isEmpty()) {
         answer(request, Reply::failure(EINVAL, malformed));
-    } else if (const auto mishap = m_mishap ? m_mishap() : std::nullopt) {
+    } else if (const auto mishap = m_mishap ? m_mishap(request) : std::nullopt) {
         suffer(*mishap, request);
     } else {
         handle(request);

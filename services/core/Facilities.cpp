@@ -23,6 +23,8 @@
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimCardPublisher.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "wifidirect/SimulatedWiFiDirect.hpp"
+#include "wifidirect/WiFiDirectPublisher.hpp"
 
 namespace oz::services {
 
@@ -63,6 +65,8 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
         {QStringLiteral("data-profile"),
             {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
+        {QStringLiteral("wifi-direct"),
+            {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
     };
     return all;
 }

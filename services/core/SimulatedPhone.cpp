@@ -11,6 +11,7 @@
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "wifidirect/SimulatedWiFiDirect.hpp"
 
 namespace oz::services {
 
@@ -107,6 +108,7 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     m_parts.push_back(std::make_unique<SimulatedRadio>(section("radio"), part<SimulatedNetworks>()));
     m_parts.push_back(
         std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
+    m_parts.push_back(std::make_unique<SimulatedWiFiDirect>(section("wifi-direct")));
 
     QStringList names;
     for (const auto &part : m_parts)

@@ -17,9 +17,14 @@
 #include <QTimer>
 
 #include <cerrno>
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <cstring>
 #include <map>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
 
 namespace oz::tools {
 
@@ -75,7 +80,8 @@ public:
         return available;
     }
 
-    // The same of a facility that keeps no object open, once it was asked: it has warned.
+    // The same of a facility that keeps no object open, or not to be found, once it was made or asked: it has
+    // warned.
     [[nodiscard]] bool reportWarnings() const
     {
         const QStringList warnings = takeLibraryWarnings();
@@ -192,6 +198,14 @@ int show(const Options &options)
     return available ? Success : Unavailable;
 }
 
+QString signalText(const QMetaMethod &signal, const QVariantList &arguments)
+{
+    QStringList texts;
+    for (const QVariant &argument : arguments)
+        texts.append(painted(Paint::Value, meta::valueText(argument)));
+    return QLatin1String(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')';
+}
+
 void printSignal(
     const FacilityEntry &entry, const QMetaMethod &signal, const QVariantList &arguments, bool asJson)
 {
@@ -208,12 +222,8 @@ void printSignal(
             QJsonDocument::Compact);
         return;
     }
-    QStringList texts;
-    for (const QVariant &argument : arguments)
-        texts.append(painted(Paint::Value, meta::valueText(argument)));
     printLine(painted(Paint::Dim, now.toString(QStringLiteral("HH:mm:ss.zzz"))) + QLatin1String("  ")
-        + painted(Paint::Bold, entry.name) + QLatin1String("  ") + QLatin1String(signal.name()) + u'('
-        + texts.join(QLatin1String(", ")) + u')');
+        + painted(Paint::Bold, entry.name) + QLatin1String("  ") + signalText(signal, arguments));
 }
 
 // The second form of a signal that carries an enumeration, with numbers in its place.
@@ -238,6 +248,7 @@ int watch(const Options &options)
     for (const FacilityEntry *entry : chosen(options)) {
         instances.push_back(std::make_unique<Instance>(*entry, options));
         available = instances.back()->reportUnavailable() && available;
+        available = instances.back()->reportWarnings() && available;
         taps.push_back(std::make_unique<meta::SignalTap>(
             instances.back()->object(), [&, entry](const QMetaMethod &signal, const QVariantList &arguments) {
                 if ((options.typed && isNumericTwin(signal)) || (options.count && remaining == 0))
@@ -255,6 +266,39 @@ int watch(const Options &options)
     return QCoreApplication::exec();
 }
 
+// Says on a terminal that a call waits, where it takes longer than a person expects. The call blocks the
+// thread, so another one has to.
+class WaitingNotice
+{
+public:
+    explicit WaitingNotice(const QString &what)
+    {
+        if (!::isatty(STDERR_FILENO))
+            return;
+        m_thread = std::jthread([text = what.toStdString()](const std::stop_token &ended) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any().wait_for(
+                lock, ended, std::chrono::milliseconds(500), [] { return false; });
+            if (!ended.stop_requested())
+                std::fprintf(
+                    stderr, "ozdevice: %s waits for the service (Ctrl-C breaks it off)\n", text.c_str());
+        });
+    }
+
+private:
+    std::jthread m_thread;
+};
+
+// The signals that a call has put off until it has returned, such as the one that brings a session's key.
+void printPostponedSignals(QObject *object)
+{
+    const meta::SignalTap tap(object, [](const QMetaMethod &signal, const QVariantList &arguments) {
+        printLine(signalText(signal, arguments));
+    });
+    QCoreApplication::sendPostedEvents(object, QEvent::MetaCall);
+}
+
 int call(const Options &options)
 {
     const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
@@ -267,11 +311,16 @@ int call(const Options &options)
     if (!method)
         throw CommandError(WrongUse, entry.name + QLatin1String(": ") + problem);
     const Instance instance(entry, options);
-    if (!instance.reportUnavailable())
+    if (!instance.reportUnavailable() || !instance.reportWarnings())
         return Unavailable;
-    const QVariant result = method->invoke(instance.object());
+    QVariant result;
+    {
+        const WaitingNotice notice(entry.name + u' ' + name);
+        result = method->invoke(instance.object());
+    }
     if (result.isValid())
         printLine(meta::valueText(result));
+    printPostponedSignals(instance.object());
     return Success;
 }
 

@@ -9,6 +9,7 @@
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 namespace oz::tools {
 
@@ -60,6 +61,8 @@ FacilityEntry facility(const char *name, const char *help, const char *selector)
 const std::vector<FacilityEntry> &facilityTable()
 {
     using namespace oz::device;
+    // Its flag set is read by it, see meta::enumOf().
+    qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
     static const std::vector<FacilityEntry> table{
         facility<SdCardInfo>("sdcard", "the removable SD card"),
         facility<BatteryInfo>("battery", "the battery and its chargers"),
@@ -68,6 +71,7 @@ const std::vector<FacilityEntry> &facilityTable()
         facility<CellularRadioInfo>("radio", "the cellular radio"),
         facility<CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index"),
         facility<CellularDataInterface, QString>("data-profile", "a cellular data profile", "name"),
+        facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
     };
     return table;
 }
