@@ -288,13 +288,12 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
     SignalLog heard(&led);
     showTimes(2, {"green"});
     EXPECT_EQ(heard.settled(), "remainingFlashCount(1) active(false)");
-    service.take();
 
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) {
         threads.emplace_back([] {
             for (int j = 0; j < 50; ++j)
-                Led().flash();
+                Led(LedColor::Cyan).flash();
         });
     }
     for (std::thread &thread : threads)
@@ -302,7 +301,7 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
     QList<int> ids;
     EXPECT_TRUE(waitUntil([&] {
         for (const QVariantMap &request : service.take()) {
-            if (request.value("msg") == "requestLED")
+            if (request.value("dat").toMap().value("color") == "cyan")
                 ids.append(request.value("id").toInt());
         }
         return ids.size() >= 200;
