@@ -10,12 +10,16 @@
 #include "dataprofile/SimulatedDataProfiles.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "led/LedPublisher.hpp"
+#include "led/SimulatedLed.hpp"
 #include "radio/RadioPublisher.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SdCardPublisher.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimCardPublisher.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "vibration/SimulatedVibrator.hpp"
+#include "vibration/VibrationPublisher.hpp"
 
 namespace oz::services {
 
@@ -45,6 +49,9 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
         {QStringLiteral("data-profile"),
             {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
+        {QStringLiteral("led"), {{simulatedSource, simulated<LedPublisher, SimulatedLed>()}}},
+        {QStringLiteral("vibration"),
+            {{simulatedSource, simulated<VibrationPublisher, SimulatedVibrator>()}}},
     };
     return all;
 }

@@ -5,9 +5,11 @@
 #include "core/Error.hpp"
 #include "dataprofile/SimulatedDataProfiles.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "led/SimulatedLed.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "vibration/SimulatedVibrator.hpp"
 
 namespace oz::services {
 
@@ -101,6 +103,8 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     m_parts.push_back(std::make_unique<SimulatedRadio>(section("radio"), part<SimulatedNetworks>()));
     m_parts.push_back(
         std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
+    m_parts.push_back(std::make_unique<SimulatedLed>(section("led")));
+    m_parts.push_back(std::make_unique<SimulatedVibrator>(section("vibration")));
 
     QStringList names;
     for (const auto &part : m_parts)
