@@ -11,8 +11,11 @@
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
+#include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 
 #include <benchmark/benchmark.h>
 
@@ -193,6 +196,9 @@ int main(int argc, char **argv)
     registerConstruct<device::CellularNetworkInfo>("construct/CellularNetworkInfo");
     registerConstruct<device::CellularDataInterface>(
         "construct/CellularDataInterface", QStringLiteral("internet"));
+    registerConstruct<device::Led>("construct/Led");
+    registerConstruct<device::VibrationController>("construct/VibrationController");
+    registerConstruct<device::NetworkDataUsage>("construct/NetworkDataUsage", QStringLiteral("lo"));
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
     benchmark::RegisterBenchmark("unchanged/BatteryInfo", unchangedBattery<device::BatteryInfo>)
         ->UseManualTime();

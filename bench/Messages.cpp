@@ -54,6 +54,7 @@ std::vector<Message> allMessages()
     const QVariantMap data{{"data_services_status", "ON"}, {"data_roaming_status", "HOME"},
         {"user_enabled_data_roaming", false}, {"internet", profile(true)}, {"mms", profile(false)},
         {"enterprise", profile(false)}};
+    const QVariantMap led{{"red", "off"}, {"green", "off"}, {"blue", "off"}};
     return {
         {"sdcard", "/pps/system/filesystem/removable/sdcard", {{"mounted", true}, {"busy", false}},
             {{"mounted", false}, {"busy", false}}},
@@ -66,6 +67,7 @@ std::vector<Message> allMessages()
         {"cellular-network", "/pps/services/cellular/radioctrl/status_cell_public", network,
             with(network, "signal_strength", QVariantMap{{"RSSI", -84}})},
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
+        {"led", "/pps/services/led/status", led, with(led, "red", "on")},
     };
 }
 

@@ -92,16 +92,18 @@ void LedPrivate::flash(int count)
     const QVariantMap request =
         message(s_attributeMsgRequest, {{s_attributeColor, name.toLower()}, {s_attributeBlinkCount, wanted}});
     // Another thread's objects cannot be children of this one.
-    m_channel = new LedPpsChannel(QThread::currentThread() == thread() ? this : nullptr);
-    connect(this, &LedPrivate::send, m_channel, &LedPpsChannel::sendPassthrough);
-    connect(m_channel, &LedPpsChannel::receivePassthrough, this, &LedPrivate::onReceive);
+    auto *channel = new LedPpsChannel(QThread::currentThread() == thread() ? this : nullptr);
+    m_channel = channel;
+    connect(this, &LedPrivate::send, channel, &LedPpsChannel::sendPassthrough);
+    connect(channel, &LedPpsChannel::receivePassthrough, this, &LedPrivate::onReceive);
 
     const QPointer<LedPrivate> alive(this);
     Q_EMIT q.activeChanged(true);
-    if (alive)
-        Q_EMIT send(request);
-    if (alive && m_channel)
-        bringHome(m_channel);
+    // A slot may have ended this request, and begun another.
+    if (!alive || m_channel != channel)
+        return;
+    Q_EMIT send(request);
+    bringHome(channel);
 }
 
 // The service's status is heard from this object's event loop, whichever thread asked to flash.

@@ -13,6 +13,7 @@ const QString Directory = QStringLiteral("/pps/services/led/");
 
 constexpr int LongestId = 64; // characters
 constexpr int MostRequests = 100; // of one client
+constexpr std::size_t MostTold = 50; // of all clients
 
 struct Color
 {
@@ -100,8 +101,9 @@ void LedPublisher::publishStatus()
 void LedPublisher::publishActivity()
 {
     QVariantList requests;
-    for (const LedRequest &request : m_requests.current())
-        requests.append(attributesOf(request));
+    const std::vector<LedRequest> &all = m_requests.current();
+    for (std::size_t i = all.size() - std::min(all.size(), MostTold); i < all.size(); ++i)
+        requests.append(attributesOf(all[i]));
     QVariantMap activity{
         {QStringLiteral("requests"), requests}, {QStringLiteral("flashes"), m_requests.flashes()}};
     if (const auto &last = m_requests.last()) {

@@ -11,7 +11,7 @@ namespace oz::services {
  * nothing else, as clients take each change for a flash. It serves "/pps/services/led/control" with the
  * requests "requestLED" ("dat": "color" and "blinkCount") and "cancelLED"; a request is known by the
  * connection and its "id", and ends with the connection. What becomes of them is told by
- * "/pps/services/led/activity": "requests", the newest last, "last" and "flashes".
+ * "/pps/services/led/activity": "requests", the newest 50 of them, the newest last, "last" and "flashes".
  */
 class LedPublisher : public QObject
 {

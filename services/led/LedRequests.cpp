@@ -7,6 +7,7 @@ namespace oz::services {
 LedRequests::LedRequests(LedSource &source) : m_source(source)
 {
     m_phaseEnd.setSingleShot(true);
+    m_phaseEnd.setTimerType(Qt::PreciseTimer);
     connect(&m_phaseEnd, &QTimer::timeout, this, [this] {
         if (m_phase == Lit) {
             darken();
@@ -24,8 +25,10 @@ void LedRequests::begin(const LedRequest &request)
     if (m_phase == Lit)
         darken();
     m_current.push_back(request);
-    Q_EMIT changed();
-    advance();
+    if (m_phase == Ready)
+        advance();
+    else
+        Q_EMIT changed();
 }
 
 bool LedRequests::cancel(quint64 client, const QString &id)
@@ -70,7 +73,7 @@ void LedRequests::darken()
 
 void LedRequests::advance()
 {
-    if (m_phase != Ready || m_current.empty())
+    if (m_current.empty())
         return;
     LedRequest &request = m_current.back();
     ++request.shown;

@@ -57,6 +57,7 @@ VibrationPublisher::VibrationPublisher(VibrationSource &source)
     : m_source(source), m_activity(QStringLiteral("/pps/services/vibration/activity"))
 {
     m_end.setSingleShot(true);
+    m_end.setTimerType(Qt::PreciseTimer);
     connect(&m_end, &QTimer::timeout, this, [this] { endRun(QStringLiteral("done")); });
     connect(&m_source, &VibrationSource::presentChanged, this, &VibrationPublisher::serve);
     publish();

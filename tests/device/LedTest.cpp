@@ -213,6 +213,21 @@ TEST_F(LedTest, ASlotMayBeginTheNextRequestOrDestroyTheObject)
     EXPECT_EQ(
         requests(6), "requestLED red 1, cancelLED, requestLED red 1, cancelLED, requestLED red 2, cancelLED");
 
+    Led changed;
+    const auto once = QObject::connect(&changed, &Led::activeChanged, [&](bool active) {
+        if (!active)
+            return;
+        changed.cancel();
+        changed.blockSignals(true);
+        changed.flash(7);
+        changed.blockSignals(false);
+    });
+    changed.flash(5);
+    EXPECT_EQ(requests(2), "cancelLED, requestLED red 7") << "of what has ended nothing is sent any more";
+    QObject::disconnect(once);
+    changed.cancel();
+    EXPECT_EQ(requests(1), "cancelLED");
+
     const std::tuple<const char *, std::function<void(Led *)>> rows[] = {
         {"active(true)", [](Led *led) { led->flash(2); }},
         {"active(false)", [](Led *led) { led->cancel(); }},

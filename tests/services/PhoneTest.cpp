@@ -273,6 +273,9 @@ TEST_F(SimulatedPhoneTest, IdentifiersAreForOwnerAndGroupOnly)
         {Radioctrl + "status_cell_cdma_private", 0640},
         {"/pps/services/rum/csm/status_public", 0644},
         {"/pps/services/cds/cnice/status", 0644},
+        {"/pps/services/led/status", 0644},
+        {"/pps/services/led/control", 0666},
+        {"/pps/services/vibrator", 0666},
         {MmsControl, 0666},
         {"/pps/services/cds/cnice/tethering_control", 0},
     };
@@ -415,6 +418,8 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
         {R"("battery": {"level": 101})", "battery.level: expected a whole number from 0 to 100, found 101"},
         {R"("battery": {"condition": "fine"})",
             "battery.condition: expected one of unknown, ok, bad, found \"fine\""},
+        {R"("led": {"on-seconds": 0})", "led.on-seconds: expected a number from 0.001 to 60, found 0"},
+        {R"("vibration": {"present": 1})", "vibration.present: expected true or false, found 1"},
         {R"("hardware": {"imei": 4999010640000})", "hardware.imei: expected text or null"},
         {R"("hardware": {"processors": [{"mhz": 0}]})",
             "hardware.processors[0].mhz: expected a whole number from 1 to 100000, found 0"},

@@ -8,7 +8,9 @@
 #include <QCoreApplication>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 #include <unistd.h>
 
@@ -34,6 +36,13 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 const std::vector<std::string> &wordsAfterDashes()
 {
     return s_wordsAfterDashes;
+}
+
+QString unavailableText(const QString &facility, const QString &problem)
+{
+    const bool isMissing = problem.contains(QLatin1String(std::strerror(ENOENT)));
+    return facility + QLatin1String(": ") + problem
+        + (isMissing ? QStringLiteral(" (is ozdeviced running? try: ozdevice run -- COMMAND)") : QString());
 }
 
 QStringList takeLibraryWarnings()
