@@ -72,12 +72,11 @@ void NetworkDataUsage::setNetworkInterfaceName(const QString &networkInterfaceNa
 {
     if (networkInterfaceName == d->networkInterfaceName)
         return;
-    const QString name = networkInterfaceName; // a slot may take away what was passed
-    d->networkInterfaceName = name;
+    d->networkInterfaceName = networkInterfaceName;
     const QPointer<NetworkDataUsage> alive(this);
     Changes::storeAndEmit(this, &d->counters, {});
     if (alive)
-        Q_EMIT networkInterfaceNameChanged(name);
+        Q_EMIT networkInterfaceNameChanged(d->networkInterfaceName);
 }
 
 bool NetworkDataUsage::update()

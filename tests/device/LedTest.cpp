@@ -33,14 +33,6 @@ protected:
         ASSERT_TRUE(PpsPublisher(Status).publish(attributes));
         settle();
     }
-    void showTimes(int times, const QStringList &elements)
-    {
-        for (int i = 0; i < times; ++i) {
-            show(elements);
-            show({});
-        }
-    }
-
     // The requests since the last call, once there are so many, as "requestLED red 3, cancelLED".
     QString requests(qsizetype count)
     {
@@ -52,9 +44,9 @@ protected:
         QStringList texts;
         for (const QVariantMap &request : heard) {
             const QVariantMap data = request.value("dat").toMap();
-            texts.append((request.value("msg").toString() + ' ' + data.value("color").toString() + ' '
-                + data.value("blinkCount").toString())
-                             .trimmed());
+            const QStringList words{request.value("msg").toString(), data.value("color").toString(),
+                data.value("blinkCount").toString()};
+            texts.append(words.join(' ').trimmed());
         }
         return texts.join(", ");
     }
@@ -64,68 +56,57 @@ protected:
 
 TEST_F(LedTest, FlashesAsOftenAsItIsAskedToAndCountsWhatTheStatusShows)
 {
-    struct Step
-    {
-        std::function<void(Led &)> act;
-        QString requests;
-        QString signalled;
-    };
-    const auto flash = [](int count) { return [count](Led &led) { led.flash(count); }; };
-    const auto setColor = [](int color) {
-        return [color](Led &led) { led.setColor(LedColor::Type(color)); };
-    };
-    const auto shown = [this](int times, const QStringList &elements) {
-        return [=, this](Led &) { showTimes(times, elements); };
-    };
-    const auto cancel = [](Led &led) { led.cancel(); };
-    const Step steps[] = {
-        {flash(0), "", ""},
-        {cancel, "", ""},
-        {shown(1, {"red"}), "", ""},
-        {flash(3), "requestLED red 3", "active(true)"},
-        {shown(1, {"red"}), "", "remainingFlashCount(2)"},
-        {shown(2, {"red", "blue"}), "", ""},
-        {shown(2, {"red"}), "cancelLED", "remainingFlashCount(1) active(false)"},
-        {shown(1, {"red"}), "", ""},
-        {flash(2), "requestLED red 2", "active(true)"},
-        {flash(4), "", ""},
-        {shown(1, {"red"}), "", "remainingFlashCount(3)"},
-        {setColor(LedColor::Red), "", ""},
-        {setColor(LedColor::Blue), "cancelLED, requestLED blue 3", "color(Blue) color(255)"},
-        {shown(1, {"red"}), "", ""},
-        {[](Led &led) { led.resetColor(); }, "cancelLED, requestLED red 3", "color(Red) color(16711680)"},
-        {flash(0), "cancelLED", "active(false)"},
-        {flash(-7), "requestLED red -1", "active(true)"},
-        {shown(5, {"red"}), "", ""},
-        {setColor(LedColor::White), "cancelLED, requestLED white -1", "color(White) color(16777215)"},
-        {setColor(LedColor::None), "cancelLED", "active(false)"},
-        {flash(5), "", ""},
-        {setColor(0xFF0001), "", "color(Red) color(16711680)"},
-        {setColor(0xFFFF01), "", "color(Yellow) color(16776960)"},
-        {setColor(0xFF0100), "", "color(Magenta) color(16711935)"},
-        {setColor(0x1000000), "", "color(White) color(16777215)"},
-        {setColor(LedColor::White), "", ""},
-        {setColor(0x00FF01), "", "color(65281) color(65281)"},
-        {flash(5), "", ""},
-        {setColor(LedColor::Cyan), "", "color(Cyan) color(65535)"},
-        {[](Led &led) { led.flash(); }, "requestLED cyan -1", "active(true)"},
+    // Orders one after the other, what they make it request, and what it signals.
+    const std::tuple<QString, QString, QString> steps[] = {
+        {"flash 0, cancel, show red", "", ""},
+        {"flash 3", "requestLED red 3", "active(true)"},
+        {"show red", "", "remainingFlashCount(2)"},
+        {"show red+blue, place @other\nred::on\n, place malformed\n, show ", "", ""},
+        {"show red, show red", "cancelLED", "remainingFlashCount(1) active(false)"},
+        {"show red", "", ""},
+        {"flash 2", "requestLED red 2", "active(true)"},
+        {"flash 4, color FF0000, color FF0001", "", ""},
+        {"show red", "", "remainingFlashCount(3)"},
+        {"color 0000FF", "cancelLED, requestLED blue 3", "color(Blue) color(255)"},
+        {"show red", "", ""},
+        {"reset", "cancelLED, requestLED red 3", "color(Red) color(16711680)"},
+        {"flash 0", "cancelLED", "active(false)"},
+        {"flash -7", "requestLED red -1", "active(true)"},
+        {"show red, show red", "", ""},
+        {"color FFFFFF", "cancelLED, requestLED white -1", "color(White) color(16777215)"},
+        {"color 0", "cancelLED", "active(false)"},
+        {"flash 5", "", ""},
+        {"color FF0001, color FFFF01", "", "color(Red) color(16711680) color(Yellow) color(16776960)"},
+        {"color FF0100, color 1000000, color FFFFFF", "",
+            "color(Magenta) color(16711935) color(White) color(16777215)"},
+        {"color 00FF01, flash 5", "", "color(65281) color(65281)"},
+        {"color 00FFFF, flash", "requestLED cyan -1", "color(Cyan) color(65535) active(true)"},
         // A value without a name ends the request as silently as it begins one.
-        {setColor(0x000100), "cancelLED", "color(256) color(256)"},
-        {flash(1), "", ""},
-        {setColor(LedColor::Green), "", "color(Green) color(65280)"},
-        {flash(1), "requestLED green 1", "active(true)"},
-        {[this](Led &) { root.place(Status, "@other\ngreen::on\n"); }, "", ""},
-        {[this](Led &) { root.place(Status, "malformed\n"); }, "", ""},
-        {shown(1, {"green"}), "cancelLED", "active(false)"},
+        {"color 000100, flash 1", "cancelLED", "color(256) color(256)"},
     };
     Led led;
+    const auto obey = [&](const QString &order) {
+        const QString word = order.section(' ', 1);
+        if (order.startsWith("flash"))
+            word.isEmpty() ? led.flash() : led.flash(word.toInt());
+        else if (order.startsWith("color"))
+            led.setColor(LedColor::Type(word.toInt(nullptr, 16)));
+        else if (order.startsWith("place"))
+            root.place(Status, word.toUtf8());
+        else if (order.startsWith("show"))
+            show(word.split('+'));
+        else
+            order == "reset" ? led.resetColor() : led.cancel();
+        settle();
+        show({});
+    };
     SignalLog heard(&led);
-    for (const Step &step : steps) {
-        const auto index = std::to_string(&step - steps);
-        step.act(led);
-        EXPECT_EQ(heard.settled(), step.signalled) << index;
-        EXPECT_EQ(requests(step.requests.isEmpty() ? 0 : step.requests.count(',') + 1), step.requests)
-            << index;
+    for (const auto &[orders, requested, signalled] : steps) {
+        for (const QString &order : orders.split(", "))
+            obey(order);
+        EXPECT_EQ(heard.settled(), signalled) << orders.toStdString();
+        EXPECT_EQ(requests(requested.isEmpty() ? 0 : requested.count(',') + 1), requested)
+            << orders.toStdString();
         EXPECT_EQ(led.isActive(), led.remainingFlashCount() != 0);
     }
 }
@@ -154,7 +135,6 @@ TEST_F(LedTest, EveryRequestOfAnObjectBearsItsOwnId)
         second.setColor(LedColor::Green);
         second.flash();
         EXPECT_EQ(next().value("id"), QString::number(id.toInt() + 1));
-        SignalLog silent(&second);
     }
     EXPECT_EQ(next().value("msg"), "cancelLED") << "which its end has asked for";
 }
@@ -215,41 +195,30 @@ TEST_F(LedTest, ASlotMayBeginTheNextRequestOrDestroyTheObject)
 
     Led changed;
     const auto once = QObject::connect(&changed, &Led::activeChanged, [&](bool active) {
-        if (!active)
-            return;
-        changed.cancel();
-        changed.blockSignals(true);
+        const QSignalBlocker silence(&changed);
+        if (active)
+            changed.cancel();
         changed.flash(7);
-        changed.blockSignals(false);
     });
     changed.flash(5);
     EXPECT_EQ(requests(2), "cancelLED, requestLED red 7") << "of what has ended nothing is sent any more";
     QObject::disconnect(once);
-    changed.cancel();
-    EXPECT_EQ(requests(1), "cancelLED");
 
-    const std::tuple<const char *, std::function<void(Led *)>> rows[] = {
-        {"active(true)", [](Led *led) { led->flash(2); }},
-        {"active(false)", [](Led *led) { led->cancel(); }},
-        {"active(false)", [](Led *led) { led->setColor(LedColor::None); }},
-        {"remainingFlashCount(1)", [this](Led *) { show({"red"}); }},
-        {"color(Blue)", [](Led *led) { led->setColor(LedColor::Blue); }},
-        {"color(255)", [](Led *led) { led->setColor(LedColor::Blue); }},
-    };
-    for (const auto &[signal, act] : rows) {
+    for (int last = 1; last <= 5; ++last) {
         auto *led = new Led;
-        if (QString(signal) != "active(true)")
-            led->flash(2);
-        oz::meta::SignalTap tap(
-            led, [&, wanted = QString(signal)](const QMetaMethod &heard, const QVariantList &values) {
-                const bool isTwin = heard.name() == "colorChanged" && values[0].typeId() == QMetaType::Int;
-                if (heard.name() == wanted.section('(', 0, 0) + "Changed"
-                    && isTwin == wanted.endsWith("255)"))
-                    delete std::exchange(led, nullptr);
-            });
-        act(led);
-        EXPECT_EQ(led, nullptr) << signal;
-        showTimes(1, {});
+        int heard = 0;
+        oz::meta::SignalTap tap(led, [&](const QMetaMethod &, const QVariantList &) {
+            if (++heard == last)
+                delete std::exchange(led, nullptr);
+        });
+        const std::function<void()> acts[] = {[&] { led->flash(2); }, [&] { show({"red"}); },
+            [&] { led->setColor(LedColor::Blue); }, [&] { led->setColor(LedColor::None); }};
+        for (const auto &act : acts) {
+            if (led)
+                act();
+        }
+        EXPECT_EQ(led, nullptr) << last;
+        show({});
     }
 }
 
@@ -287,8 +256,6 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
             led.setColor(i % 2 ? LedColor::Red : LedColor::Blue);
             led.cancel();
         }
-        led.setColor(LedColor::Green);
-        led.flash(2);
     });
     for (int i = 0; i < 200; ++i) {
         led.flash(i % 4);
@@ -297,11 +264,13 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
         QCoreApplication::processEvents();
     }
     other.join();
-    // What another thread began is heard of here.
+    led.cancel();
     led.setColor(LedColor::Green);
-    led.flash(2);
+    std::thread([&] { led.flash(2); }).join();
+    // What another thread began is heard of here.
     SignalLog heard(&led);
-    showTimes(2, {"green"});
+    for (const char *elements : {"green", "", "green"})
+        show({elements});
     EXPECT_EQ(heard.settled(), "remainingFlashCount(1) active(false)");
 
     std::vector<std::thread> threads;
@@ -328,21 +297,15 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
 
 TEST(LedColor, IsItsElementsAndHasAName)
 {
-    const std::tuple<bool, bool, bool, int, const char *> rows[] = {
-        {false, false, false, 0x000000, nullptr},
-        {true, false, false, 0xFF0000, "Red"},
-        {false, true, false, 0x00FF00, "Green"},
-        {false, false, true, 0x0000FF, "Blue"},
-        {true, true, false, 0xFFFF00, "Yellow"},
-        {false, true, true, 0x00FFFF, "Cyan"},
-        {true, false, true, 0xFF00FF, "Magenta"},
-        {true, true, true, 0xFFFFFF, "White"},
-    };
-    for (const auto &[red, green, blue, value, name] : rows) {
-        EXPECT_EQ(LedColor::fromBitset(red, green, blue), value);
-        EXPECT_EQ(LedColor::toName(LedColor::Type(value)), QString(name));
+    QStringList colors;
+    for (int i = 0; i < 8; ++i) {
+        const LedColor::Type color = LedColor::fromBitset(i & 4, i & 2, i & 1);
+        colors.append(QString::number(color, 16) + LedColor::toName(color));
     }
-    EXPECT_TRUE(LedColor::toName(LedColor::Type(0x00FF01)).isNull());
+    EXPECT_EQ(
+        colors.join(' '), "0 ffBlue ff00Green ffffCyan ff0000Red ff00ffMagenta ffff00Yellow ffffffWhite");
+    EXPECT_TRUE(
+        LedColor::toName(LedColor::None).isNull() && LedColor::toName(LedColor::Type(0xFF01)).isNull());
 }
 
 } // namespace

@@ -162,28 +162,24 @@ TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody
 {
     auto daemon = std::make_unique<Daemon>(SourceConfig(), phone("60", "0.02"));
     Client client("/pps/services/led/control");
-    const QByteArray ask = "msg::requestLED\nid::7\n";
-    const auto data = [&](const char *json) { return ask + "dat:json:" + json + '\n'; };
-    const std::tuple<QByteArray, const char *> rows[] = {
+    const auto ask = [](const char *json) {
+        return QByteArray("msg::requestLED\nid::7\ndat:json:") + json + '\n';
+    };
+    const QString count = "'blinkCount' is a whole number from 1 to 2147483647, or -1, not ";
+    const QString color = "'color' is one of red, green, blue, yellow, cyan, magenta, white, not ";
+    const std::tuple<QByteArray, QString> rows[] = {
         {"rubbish", "line 1: neither 'name:qualifier:value' nor '-name'"},
         {"id::7\n", "the request has no 'msg'"},
-        {"msg::requestLED\n", "a request has an 'id' of 1 to 64 characters"},
-        {"msg::requestLED\nid::" + QByteArray(65, '7') + '\n', "a request has an 'id' of 1 to 64 characters"},
+        {"msg::cancelLED\n", "a request has an 'id' of 1 to 64 characters"},
         {"msg::blinkLED\nid::7\n", "unknown request 'blinkLED'; known are requestLED, cancelLED"},
-        {ask, "'color' is one of red, green, blue, yellow, cyan, magenta, white, not ''"},
-        {data(R"({"color":"Red","blinkCount":1})"),
-            "'color' is one of red, green, blue, yellow, cyan, magenta, white, not 'Red'"},
-        {data(R"({"color":"red"})"), "'blinkCount' is a whole number from 1 to 2147483647, or -1, not ''"},
-        {data(R"({"color":"red","blinkCount":0})"),
-            "'blinkCount' is a whole number from 1 to 2147483647, or -1, not '0'"},
-        {data(R"({"color":"red","blinkCount":-2})"),
-            "'blinkCount' is a whole number from 1 to 2147483647, or -1, not '-2'"},
-        {data(R"({"color":"red","blinkCount":1.5})"),
-            "'blinkCount' is a whole number from 1 to 2147483647, or -1, not '1.5'"},
-        {data(R"({"color":"red","blinkCount":"3"})"),
-            "'blinkCount' is a whole number from 1 to 2147483647, or -1, not '3'"},
-        {data(R"({"color":"red","blinkCount":3e9})"),
-            "'blinkCount' is a whole number from 1 to 2147483647, or -1, not '3e+09'"},
+        {"msg::requestLED\nid::7\n", color + "''"},
+        {ask(R"({"color":"Red","blinkCount":1})"), color + "'Red'"},
+        {ask(R"({"color":"red"})"), count + "''"},
+        {ask(R"({"color":"red","blinkCount":0})"), count + "'0'"},
+        {ask(R"({"color":"red","blinkCount":-2})"), count + "'-2'"},
+        {ask(R"({"color":"red","blinkCount":1.5})"), count + "'1.5'"},
+        {ask(R"({"color":"red","blinkCount":3e9})"), count + "'3e+09'"},
+        {ask(R"({"color":"red","blinkCount":"3"})"), count + "'3'"},
     };
     for (const auto &[request, problem] : rows) {
         const QVariantMap answer = PpsObject::decode(client.ask(request)).first().toMap();
@@ -197,7 +193,7 @@ TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody
                              + "\ndat:json:{\"color\":\"blue\",\"blinkCount\":2147483647}\n")
                          .contains("err"));
     }
-    EXPECT_TRUE(client.ask(data(R"({"color":"red","blinkCount":1})")).contains("err:n:16"));
+    EXPECT_TRUE(client.ask(ask(R"({"color":"red","blinkCount":1})")).contains("err:n:16"));
     EXPECT_TRUE(waitUntil([] { return lit() == "blue"; }));
     daemon.reset();
     EXPECT_EQ(lit(), "") << "without the service there is no light";
@@ -235,7 +231,6 @@ TEST_F(ActivityTest, TheMotorRunsForItsTimeOrUntilItIsToldOtherwise)
     const std::tuple<QByteArray, const char *> rows[] = {
         {"rubbish", "line 1: neither 'name:qualifier:value' nor '-name'"},
         {"intensity:n:1\n", "'duration' is a whole number from 0 to 2147483647, not ''"},
-        {"duration:n:-1\nintensity:n:1\n", "'duration' is a whole number from 0 to 2147483647, not '-1'"},
         {"duration:n:2147483648\nintensity:n:1\n",
             "'duration' is a whole number from 0 to 2147483647, not '2147483648'"},
         {"duration:n:1\nintensity:n:101\n", "'intensity' is a whole number from 0 to 100, not '101'"},

@@ -77,7 +77,7 @@ QStringList simWords(const QStringList &before)
     if (before.isEmpty())
         return parts.keys();
     const QVariantMap part = parts.value(before.first()).toMap();
-    const QStringList instances = part.value(QStringLiteral("instances")).toStringList();
+    QStringList instances = part.value(QStringLiteral("instances")).toStringList();
     if (before.size() == 1 && !instances.isEmpty())
         return instances;
     QStringList verbs;
@@ -123,7 +123,7 @@ QStringList candidates(const QString &verb, const QStringList &before, const QSt
             return before.isEmpty() ? facilityNames() : QStringList();
         if (verb == u"call")
             return before.size() == 1 ? meta::MethodCall::namesOf(entry->type) : QStringList();
-        const QStringList names = writableProperties(entry->type);
+        QStringList names = writableProperties(entry->type);
         if (before.size() == 1)
             return names;
         if (const QString name = before.value(1); names.contains(name)) {
