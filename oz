@@ -5,9 +5,11 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 packages=(
     build-essential cmake ninja-build ccache pkg-config
-    qt6-base-dev libcli11-dev rapidjson-dev libmnl-dev libsystemd-dev
+    qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libmnl-dev libsystemd-dev
+    libxcb-randr0-dev
     libgtest-dev libgmock-dev
 )
+test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git)
@@ -83,7 +85,7 @@ case $verb in
         build "$preset"
         exec "build/$preset/bin/ozdevice" demo "$@" ;;
     test)
-        build "$preset"
+        build "$preset" "${test_packages[@]}"
         say "testing ($preset)"
         exec ctest --test-dir "build/$preset" --parallel "$(nproc)" --output-on-failure --no-tests=error "$@" ;;
     build)
@@ -120,7 +122,7 @@ case $verb in
         git ls-files 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'services/*.cpp' 'tools/*.cpp' |
             xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' ;;
     coverage)
-        build coverage gcovr
+        build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
         exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'mock/' --filter 'services/' \
             --filter 'tools/' build/coverage "$@" ;;
@@ -128,7 +130,7 @@ case $verb in
         build release
         exec cmake --install build/release "$@" ;;
     setup)
-        need "${packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" "${lint_packages[@]}" ;;
+        need "${packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" "${lint_packages[@]}" ;;
     clean)
         rm -rf build ;;
     help | --help | -h)

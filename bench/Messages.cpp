@@ -1,6 +1,8 @@
 #include "Messages.hpp"
 
+#include <oz/DisplayTree.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/Screen.hpp>
 
 #include <cstdlib>
 
@@ -55,6 +57,25 @@ std::vector<Message> allMessages()
         {"user_enabled_data_roaming", false}, {"internet", profile(true)}, {"mms", profile(false)},
         {"enterprise", profile(false)}};
     const QVariantMap led{{"red", "off"}, {"green", "off"}, {"blue", "off"}};
+    // A hundred peers in sight, of which another one is the last.
+    const auto peers = [](int last) {
+        QVariantList list;
+        for (int i = 1; i <= 100; ++i) {
+            const QString number = QString::number(i < 100 ? i : last, 16).rightJustified(4, '0');
+            list.append(QVariantMap{{"mac_addr", "02:00:00:00:" + number.left(2) + ':' + number.right(2)},
+                {"name", "Peer " + number}, {"type", "10-0050F204-5"}});
+        }
+        return QVariantMap{{"p2p_mgr_enabled", 0}, {"scanning", true},
+            {"last_discover_update", 1'700'000'000}, {"connection", QVariantMap{{"status", "disconnected"}}},
+            {"discovered_devices", QVariantMap{{"device_list", list}}},
+            {"connected_devices", QVariantMap{{"device_list", QVariantList()}}}};
+    };
+    const auto displays = [](int width) {
+        const auto external = ScreenDisplayKind::External;
+        return DisplayTree::toAttributes(
+            {{0, {"panel", ScreenDisplayKind::Internal, true, false, {width, 1280}, {54, 90}, 0, 5}},
+                {1, {"hdmi", external, true, true, {1920, 1080}, {531, 299}, 0, 2}}});
+    };
     return {
         {"sdcard", "/pps/system/filesystem/removable/sdcard", {{"mounted", true}, {"busy", false}},
             {{"mounted", false}, {"busy", false}}},
@@ -68,6 +89,8 @@ std::vector<Message> allMessages()
             with(network, "signal_strength", QVariantMap{{"RSSI", -84}})},
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
         {"led", "/pps/services/led/status", led, with(led, "red", "on")},
+        {"display", DisplayTree::PpsPath, displays(768), displays(640)},
+        {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
     };
 }
 

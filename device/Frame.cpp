@@ -18,6 +18,9 @@ void LogText::warn(const PpsObject &pps) const
     case ErrorString:
         qCWarning(logDevice) << text << pps.errorString();
         break;
+    case ErrorStringInBrackets:
+        qCWarning(logDevice) << text << pps.errorString() << ")";
+        break;
     }
 }
 

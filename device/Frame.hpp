@@ -30,6 +30,7 @@ struct LogText
         Nothing,
         ErrorCode, //!< the errno, then "."
         ErrorString,
+        ErrorStringInBrackets, //!< the error string, then ")"; the text ends with the opening one
     };
 
     const char *text;

@@ -31,6 +31,7 @@ struct Options
     std::string config;
     std::string phone;
     std::vector<std::string> sources;
+    std::string displays;
     bool listSources = false;
     bool isPrivate = false;
 };
@@ -59,6 +60,8 @@ SourceConfig readConfig(const Options &options)
         const QString text = QString::fromStdString(line);
         config.setSource(text.section(u'=', 0, 0), text.section(u'=', 1));
     }
+    if (!options.displays.empty())
+        config.setSource(QStringLiteral("display"), QString::fromStdString(options.displays));
     if (!options.phone.empty())
         config.phoneFile = QString::fromStdString(options.phone);
     if (config.phoneFile.isEmpty()) {
@@ -80,6 +83,8 @@ void listSources()
 void removeTree()
 {
     QDir(oz::devicePath(QStringLiteral("/pps"))).removeRecursively();
+    for (const char *directory : {"/dev/power", "/dev"})
+        QDir().rmdir(oz::devicePath(QLatin1String(directory)));
     QDir().rmdir(oz::deviceRoot());
 }
 
@@ -116,6 +121,11 @@ int main(int argc, char **argv)
         .add_option(
             "--source", options.sources, "Feed a facility by a source, over what the configuration says")
         ->type_name("FACILITY=SOURCE");
+    parser
+        .add_option("--displays", options.displays,
+            "Feed the displays by a source: simulated, or xrandr for those of the X server that DISPLAY "
+            "names")
+        ->type_name("SOURCE");
     parser.add_flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
     parser.add_flag("--private", options.isPrivate,
         "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");

@@ -1,7 +1,7 @@
 #include "PpsChannel.hpp"
 
+#include "LocalSocket.hpp"
 #include "PpsStateFile.hpp"
-#include "SeqSocket.hpp"
 
 #include <oz/PpsText.hpp>
 
@@ -135,8 +135,8 @@ public:
     int read(QByteArray *message) override
     {
         QByteArray received;
-        const int error = SeqSocket::receive(
-            m_socket.get(), &received, m_blocking ? SeqSocket::Wait::Yes : SeqSocket::Wait::No);
+        const int error = LocalSocket::receive(
+            m_socket.get(), &received, m_blocking ? LocalSocket::Wait::Yes : LocalSocket::Wait::No);
         if (m_notifier && (error == 0 || error == EAGAIN || error == EMSGSIZE))
             m_notifier->setEnabled(true);
         if (error == 0)
@@ -146,8 +146,8 @@ public:
 
     int write(const QByteArray &message) override
     {
-        return SeqSocket::send(
-            m_socket.get(), message, m_blocking ? SeqSocket::Wait::Yes : SeqSocket::Wait::No);
+        return LocalSocket::send(
+            m_socket.get(), message, m_blocking ? LocalSocket::Wait::Yes : LocalSocket::Wait::No);
     }
 
     int listen() override
@@ -184,8 +184,8 @@ int PpsChannel::open(const PpsPath &path, PpsOpenMode::Types mode, bool blocking
         return errno;
     if (S_ISSOCK(status.st_mode)) {
         UniqueFd socket;
-        if (const int error =
-                SeqSocket::connect(file, blocking ? SeqSocket::Wait::Yes : SeqSocket::Wait::No, &socket))
+        if (const int error = LocalSocket::connect(
+                file, blocking ? LocalSocket::Wait::Yes : LocalSocket::Wait::No, &socket))
             return error;
         *channel = std::make_unique<ServedChannel>(path, std::move(socket), blocking, std::move(ready));
         return 0;

@@ -1,12 +1,12 @@
 #include <oz/PpsObject.hpp>
 
+#include "Log.hpp"
 #include "PpsChannel.hpp"
 
 #include <oz/PpsText.hpp>
 
 #include <QAbstractEventDispatcher>
 #include <QEvent>
-#include <QLoggingCategory>
 #include <QMetaMethod>
 #include <QThread>
 
@@ -15,9 +15,7 @@
 
 namespace oz {
 
-namespace {
 Q_LOGGING_CATEGORY(logSupport, "oz.support")
-}
 
 class PpsObjectPrivate
 {

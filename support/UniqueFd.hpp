@@ -21,6 +21,8 @@ public:
 
     [[nodiscard]] int get() const { return m_fd; }
     [[nodiscard]] explicit operator bool() const { return m_fd >= 0; }
+    /*! Gives the descriptor away. */
+    [[nodiscard]] int release() { return std::exchange(m_fd, -1); }
     void reset()
     {
         if (m_fd >= 0)

@@ -20,7 +20,7 @@ void ControlObject::onMessage(
         answer(request, Reply::failure(EINVAL, malformed));
     } else if (request.message.isEmpty()) {
         answer(request, Reply::failure(EINVAL, QStringLiteral("the request has no 'msg'")));
-    } else if (const auto mishap = m_mishap ? m_mishap() : std::nullopt) {
+    } else if (const auto mishap = m_mishap ? m_mishap(request) : std::nullopt) {
         suffer(*mishap, request);
     } else {
         handle(request);

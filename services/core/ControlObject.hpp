@@ -29,7 +29,7 @@ public:
     using Handler = std::function<std::optional<Reply>(const Request &request)>;
 
     /*! What goes wrong with the request that has come. */
-    using MishapOf = std::function<std::optional<Mishap>()>;
+    using MishapOf = std::function<std::optional<Mishap>(const Request &request)>;
 
     explicit ControlObject(const QString &path, Handler handler, MishapOf mishap = {});
 

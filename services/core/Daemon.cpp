@@ -2,6 +2,7 @@
 
 #include "core/Error.hpp"
 #include "core/Facilities.hpp"
+#include "core/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsPublisher.hpp>
@@ -64,8 +65,15 @@ Daemon::Daemon(const SourceConfig &config, const JsonNode &phoneFile)
 {
     const Startup startup;
     for (const Facility &facility : facilities()) {
-        const QString source = config.sourceOf(facility.name);
-        m_facilities.push_back(facility.sources.value(source)(m_phone));
+        QString source = config.sourceOf(facility.name);
+        try {
+            m_facilities.push_back(facility.sources.value(source)(m_phone));
+        } catch (const SourceUnavailable &error) {
+            qCWarning(logServices).noquote() << QString(facility.name + QLatin1String(": ")
+                + QString::fromUtf8(error.what()) + QLatin1String("; the simulated phone feeds it instead"));
+            source = QLatin1String(SourceConfig::Simulated);
+            m_facilities.push_back(facility.sources.value(source)(m_phone));
+        }
         m_sources.insert(facility.name, source);
     }
     PpsPublisher status(StatusPpsPath);

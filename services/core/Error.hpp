@@ -16,6 +16,13 @@ public:
     explicit Error(const QString &text) : std::runtime_error(text.toStdString()) { }
 };
 
+/*! The source of a facility has nothing to give, so that the simulated phone feeds it instead. */
+class SourceUnavailable : public Error
+{
+public:
+    using Error::Error;
+};
+
 /*!
  * The time while the daemon starts, for the life of the instance. What is wrong then keeps it from starting;
  * later it is logged, and everything else goes on.

@@ -1,5 +1,7 @@
 #include "core/Facilities.hpp"
 
+#include "activity/PowerManager.hpp"
+#include "activity/SimulatedActivity.hpp"
 #include "battery/BatteryPublisher.hpp"
 #include "battery/SimulatedBattery.hpp"
 #include "cellularnetwork/CellularNetworkPublisher.hpp"
@@ -8,10 +10,15 @@
 #include "core/SourceConfig.hpp"
 #include "dataprofile/DataProfilePublisher.hpp"
 #include "dataprofile/SimulatedDataProfiles.hpp"
+#include "display/DisplayPublisher.hpp"
+#include "display/SimulatedDisplays.hpp"
+#include "display/XrandrDisplays.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
 #include "led/LedPublisher.hpp"
 #include "led/SimulatedLed.hpp"
+#include "orientation/OrientationPublisher.hpp"
+#include "orientation/SimulatedOrientation.hpp"
 #include "radio/RadioPublisher.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SdCardPublisher.hpp"
@@ -20,6 +27,8 @@
 #include "simcard/SimulatedSimCard.hpp"
 #include "vibration/SimulatedVibrator.hpp"
 #include "vibration/VibrationPublisher.hpp"
+#include "wifidirect/SimulatedWiFiDirect.hpp"
+#include "wifidirect/WiFiDirectPublisher.hpp"
 
 namespace oz::services {
 
@@ -34,6 +43,11 @@ Facility::Start simulated()
     };
 }
 
+std::unique_ptr<QObject> startXrandrDisplays(SimulatedPhone &)
+{
+    return std::make_unique<DisplayPublisher>(std::make_unique<XrandrDisplays>());
+}
+
 } // namespace
 
 const std::vector<Facility> &facilities()
@@ -42,6 +56,12 @@ const std::vector<Facility> &facilities()
     static const std::vector<Facility> all{
         {QStringLiteral("sdcard"), {{simulatedSource, simulated<SdCardPublisher, SimulatedSdCard>()}}},
         {QStringLiteral("battery"), {{simulatedSource, simulated<BatteryPublisher, SimulatedBattery>()}}},
+        {QStringLiteral("activity"), {{simulatedSource, simulated<PowerManager, SimulatedActivity>()}}},
+        {QStringLiteral("orientation"),
+            {{simulatedSource, simulated<OrientationPublisher, SimulatedOrientation>()}}},
+        {QStringLiteral("display"),
+            {{simulatedSource, simulated<DisplayPublisher, SimulatedDisplays>()},
+                {QStringLiteral("xrandr"), startXrandrDisplays}}},
         {QStringLiteral("hardware"), {{simulatedSource, simulated<HardwarePublisher, SimulatedHardware>()}}},
         {QStringLiteral("simcard"), {{simulatedSource, simulated<SimCardPublisher, SimulatedSimCard>()}}},
         {QStringLiteral("cellular-network"),
@@ -52,6 +72,8 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("led"), {{simulatedSource, simulated<LedPublisher, SimulatedLed>()}}},
         {QStringLiteral("vibration"),
             {{simulatedSource, simulated<VibrationPublisher, SimulatedVibrator>()}}},
+        {QStringLiteral("wifi-direct"),
+            {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
     };
     return all;
 }

@@ -15,7 +15,8 @@ class SimulatedPhone;
 /*! A facility of the device as the daemon offers it: the sources that can feed it, by name. */
 struct Facility
 {
-    /*! Makes the facility's publisher over one source, and publishes; throws Error where that fails. */
+    /*! Makes the facility's publisher over one source, and publishes; throws Error where that fails,
+     * SourceUnavailable where only the source does. */
     using Start = std::function<std::unique_ptr<QObject>(SimulatedPhone &phone)>;
 
     QString name;

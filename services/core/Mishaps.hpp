@@ -25,13 +25,22 @@ struct Mishap
 class Mishaps
 {
 public:
+    /*! The words of requests, and their messages. */
+    using Requests = QList<std::pair<QString, QString>>;
+
+    Mishaps() = default;
+    /*! Can be told to fail the next one of each of \a requests, too. */
+    explicit Mishaps(const Requests &requests) : m_requests(requests) { }
+
     /*! What it can be told, for the verbs of a simulated part; they refer to this instance. */
     [[nodiscard]] std::vector<SimVerb> verbs();
-    /*! What goes wrong with the request that has come; each mishap happens once. */
-    [[nodiscard]] std::optional<Mishap> take() { return std::exchange(m_next, std::nullopt); }
+    /*! What goes wrong with the request \a message that has come; each mishap happens once. */
+    [[nodiscard]] std::optional<Mishap> take(const QString &message);
 
 private:
     std::optional<Mishap> m_next;
+    Requests m_requests;
+    QMap<QString, int> m_failing; // the errors of the next requests, by their messages
 };
 
 } // namespace oz::services

@@ -1,15 +1,19 @@
 #include "core/SimulatedPhone.hpp"
 
+#include "activity/SimulatedActivity.hpp"
 #include "battery/SimulatedBattery.hpp"
 #include "cellularnetwork/SimulatedNetworks.hpp"
 #include "core/Error.hpp"
 #include "dataprofile/SimulatedDataProfiles.hpp"
+#include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
 #include "led/SimulatedLed.hpp"
+#include "orientation/SimulatedOrientation.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
 #include "vibration/SimulatedVibrator.hpp"
+#include "wifidirect/SimulatedWiFiDirect.hpp"
 
 namespace oz::services {
 
@@ -96,6 +100,9 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     const auto section = [&](const char *name) { return file.map(QLatin1String(name)); };
     m_parts.push_back(std::make_unique<SimulatedSdCard>(section("sdcard")));
     m_parts.push_back(std::make_unique<SimulatedBattery>(section("battery")));
+    m_parts.push_back(std::make_unique<SimulatedActivity>(section("activity")));
+    m_parts.push_back(std::make_unique<SimulatedOrientation>(section("orientation")));
+    m_parts.push_back(std::make_unique<SimulatedDisplays>(section("display")));
     m_parts.push_back(std::make_unique<SimulatedHardware>(section("hardware")));
     m_parts.push_back(std::make_unique<SimulatedSimCard>(section("simcard")));
     m_parts.push_back(
@@ -105,6 +112,7 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
         std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
     m_parts.push_back(std::make_unique<SimulatedLed>(section("led")));
     m_parts.push_back(std::make_unique<SimulatedVibrator>(section("vibration")));
+    m_parts.push_back(std::make_unique<SimulatedWiFiDirect>(section("wifi-direct")));
 
     QStringList names;
     for (const auto &part : m_parts)

@@ -60,7 +60,7 @@ void DataProfilePublisher::serve(const QString &profile, mode_t mode)
     const auto [control, isNew] = m_controls.try_emplace(
         profile, CnicePpsDir + profile + QLatin1String("_control"),
         [this, profile](const Request &request) { return onRequest(profile, request); },
-        [this, profile] { return m_source.takeMishap(profile); });
+        [this, profile](const Request &request) { return m_source.takeMishap(profile, request.message); });
     if (isNew)
         control->second.start(mode);
 }

@@ -53,8 +53,13 @@ public:
     [[nodiscard]] virtual Result connectProfile(const QString &profile) = 0;
     /*! Ends the connection for the user of \a connectionId. */
     [[nodiscard]] virtual Result disconnectProfile(const QString &profile, const QString &connectionId) = 0;
-    /*! What goes wrong with the next request about the profile, where that can be arranged. */
-    [[nodiscard]] virtual std::optional<Mishap> takeMishap(const QString &) { return {}; }
+    /*! What goes wrong with the request \a message about the profile that has come, where that can be
+     * arranged. */
+    [[nodiscard]] virtual std::optional<Mishap> takeMishap(
+        const QString & /*profile*/, const QString & /*message*/)
+    {
+        return {};
+    }
 
 Q_SIGNALS:
     void changed();

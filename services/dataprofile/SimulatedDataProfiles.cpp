@@ -109,9 +109,9 @@ DataProfileSource::Result SimulatedDataProfiles::disconnectProfile(
     return {};
 }
 
-std::optional<Mishap> SimulatedDataProfiles::takeMishap(const QString &profile)
+std::optional<Mishap> SimulatedDataProfiles::takeMishap(const QString &profile, const QString &message)
 {
-    return m_known.at(profile).mishaps.take();
+    return m_known.at(profile).mishaps.take(message);
 }
 
 QStringList SimulatedDataProfiles::instances() const

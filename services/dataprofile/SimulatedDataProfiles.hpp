@@ -24,7 +24,7 @@ public:
     [[nodiscard]] std::optional<State> state() const override;
     [[nodiscard]] Result connectProfile(const QString &profile) override;
     [[nodiscard]] Result disconnectProfile(const QString &profile, const QString &connectionId) override;
-    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &profile) override;
+    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &profile, const QString &message) override;
     [[nodiscard]] QString name() const override { return QStringLiteral("data-profile"); }
     [[nodiscard]] QStringList instances() const override;
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;

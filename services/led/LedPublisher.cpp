@@ -71,7 +71,7 @@ LedPublisher::LedPublisher(LedSource &source)
       m_activity(Directory + QLatin1String("activity")),
       m_control(
           Directory + QLatin1String("control"), [this](const Request &request) { return onRequest(request); },
-          [this] { return m_source.takeMishap(); })
+          [this](const Request &request) { return m_source.takeMishap(request.message); })
 {
     connect(&m_source, &LedSource::changed, this, &LedPublisher::publishStatus);
     connect(&m_requests, &LedRequests::changed, this, &LedPublisher::publishActivity);

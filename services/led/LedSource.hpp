@@ -35,8 +35,8 @@ public:
     /*! Lights these elements and no others. */
     virtual void light(const Elements &elements) = 0;
     [[nodiscard]] virtual Flash flash() const = 0;
-    /*! What goes wrong with the next request, where that can be arranged. */
-    [[nodiscard]] virtual std::optional<Mishap> takeMishap() { return {}; }
+    /*! What goes wrong with the request \a message that has come, where that can be arranged. */
+    [[nodiscard]] virtual std::optional<Mishap> takeMishap(const QString & /*message*/) { return {}; }
 
 Q_SIGNALS:
     void changed();

@@ -14,7 +14,10 @@ public:
     [[nodiscard]] std::optional<Elements> lit() const override { return m_lit; }
     void light(const Elements &elements) override;
     [[nodiscard]] Flash flash() const override { return m_flash; }
-    [[nodiscard]] std::optional<Mishap> takeMishap() override { return m_mishaps.take(); }
+    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &message) override
+    {
+        return m_mishaps.take(message);
+    }
     [[nodiscard]] QString name() const override { return QStringLiteral("led"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override { return m_mishaps.verbs(); }
 

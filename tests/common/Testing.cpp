@@ -125,8 +125,8 @@ SignalLog::SignalLog(QObject *sender)
           for (const QVariant &argument : arguments)
               texts.append(meta::valueText(argument));
           QByteArray name = signal.name();
-          EXPECT_TRUE(name.endsWith("Changed")) << name.constData();
-          name.chop(qstrlen("Changed"));
+          if (name.endsWith("Changed"))
+              name.chop(qstrlen("Changed"));
           m_heard.append(QString::fromLatin1(name) + u'(' + texts.join(QLatin1String(", ")) + u')');
       })
 {

@@ -75,7 +75,7 @@ protected:
 
 /*!
  * The signals of one object in the order of emission, as "state(Mounted) state(1)": without the "Changed"
- * that each ends with, and with values as text.
+ * that a name ends with, and with values as text.
  */
 class SignalLog
 {

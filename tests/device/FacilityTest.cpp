@@ -7,6 +7,7 @@
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <QRegularExpression>
 #include <QSet>
@@ -141,6 +142,20 @@ const Facility Facilities[] = {
             {"CellularDataInterface - failed to read status PPS data:" + Missing,
                 "CellularDataInterface - failed to decode status PPS data"},
             "web:json:{\n"}}},
+    {"WiFiDirect", [] { return new WiFiDirect; },
+        "scanning=true enabled=true supported=true lastUpdate= connectionState=Connected "
+        "networkInterfaceName=\"p2p0\" networkRole=Client networkSsid=\"DIRECT-1\" "
+        "networkOwnerHardwareAddress=\"02:00\" networkOwnerIpAddress=\"10.0.0.1\" "
+        "networkPassword=\"secret\"",
+        "scanning=false enabled=false supported=true lastUpdate= connectionState=Unknown "
+        "networkInterfaceName=\"\" networkRole=Unknown networkSsid=\"\" networkOwnerHardwareAddress=\"\" "
+        "networkOwnerIpAddress=\"\" networkPassword=\"\"",
+        {"WiFiDirect: Unable to locate WiFiDirect PPS channel."},
+        // A reading that fails changes nothing here.
+        {{"/pps/services/wifi_p2p/manager/status",
+            "@status\nscanning:b:true\n"
+            R"(connection:json:{"status":"connected","network_if":"p2p0","role":"client","ssid":"DIRECT-1","go_mac_addr":"02:00","go_ip_addr":"10.0.0.1","password":"secret"})",
+            {}, {}}}},
 };
 
 class FacilityTest : public DeviceTest, public ::testing::WithParamInterface<Facility>

@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "services/Services.hpp"
 
 #include "core/Daemon.hpp"
 
@@ -240,18 +241,12 @@ TEST_F(ActivityTest, TheMotorRunsForItsTimeOrUntilItIsToldOtherwise)
         EXPECT_EQ(client.ask(request), QByteArray("@vibrator\nerr:n:22\nerrstr::") + problem + '\n');
     EXPECT_EQ(vibration().value("runs"), 4);
     EXPECT_TRUE(vibration().value("running").toBool());
-    Client phone("/pps/system/ozdeviced/control");
-    const auto present = [&](const char *word) {
-        (void)phone.ask(
-            QByteArray(
-                "msg::sim\ndat:json:{\"facility\":\"vibration\",\"verb\":\"present\",\"arguments\":[\"")
-            + word + "\"]}\n");
-        return motor.isSupported();
-    };
-    EXPECT_FALSE(present("off"));
+    sim("vibration present off");
+    EXPECT_FALSE(motor.isSupported());
     EXPECT_EQ(last("intensity"), 7);
     EXPECT_FALSE(vibration().value("running").toBool());
-    EXPECT_TRUE(present("on"));
+    sim("vibration present on");
+    EXPECT_TRUE(motor.isSupported());
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "common/Testing.hpp"
+#include "services/Services.hpp"
 
 #include "battery/BatteryPublisher.hpp"
 #include "core/Daemon.hpp"
@@ -9,12 +10,15 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <QFile>
-#include <QProcess>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 // The simulated phone as the library's classes see it.
 
@@ -27,30 +31,6 @@ namespace {
 
 const QString Radioctrl = "/pps/services/cellular/radioctrl/";
 const QString MmsControl = "/pps/services/cds/cnice/mms_control";
-
-// The attributes of the answer to a request, for which the event loop runs.
-QVariantMap ask(const QString &path, const QVariantMap &request)
-{
-    PpsObject control(path);
-    QByteArray answer;
-    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe) && control.write(PpsObject::encode(request)));
-    EXPECT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); })) << path.toStdString();
-    const QVariantMap objects = PpsObject::decode(answer);
-    return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
-}
-
-// Tells the phone what `ozdevice sim` would.
-void sim(const QString &line)
-{
-    QStringList words = line.split(' ');
-    const QString facility = words.takeFirst();
-    const QString verb = words.takeFirst();
-    EXPECT_EQ(ask("/pps/system/ozdeviced/control",
-                  {{"msg", "sim"},
-                      {"dat", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}}}),
-        (QVariantMap{{"res", "sim"}}))
-        << line.toStdString();
-}
 
 struct Story
 {
@@ -89,6 +69,16 @@ const Story Stories[] = {
         {{"sdcard busy", "activity(Busy) activity(2)"},
             {"sdcard unmount", "state(Unmounted) state(2) activity(Idle) activity(1)"},
             {"sdcard mount", "state(Mounted) state(1)"}}},
+    {"display", [] { return new DisplayInfo(1); },
+        "displayId=1 displayName=\"hdmi\" pixelSize=1920x1080 physicalSize=531x299 "
+        "resolution=3615.82x3612.04 aspectType=Landscape attached=false detachable=true "
+        "displayTechnology=Lcd wireless=false",
+        {{"display attach 1", "attached(true)"},
+            {"display rotate 1 90", R"(pixelSize(1080x1920) pixelSize({"height":1920,"width":1080}))"},
+            {"display resize 1 640 480", R"(pixelSize(480x640) pixelSize({"height":640,"width":480}))"},
+            {"display rotate 1 180", R"(pixelSize(640x480) pixelSize({"height":480,"width":640}))"},
+            {"display add 2 miracast 320 200", {}}, {"display detach 1", "attached(false)"},
+            {"display attach 1", "attached(true)"}, {"display remove 1", "attached(false)"}}},
     {"hardware", [] { return new HardwareInfo; },
         "pin=\"2A000001\" serialNumber=\"000100020003\" imei=\"004999010640000\" meid=\"A0000000000001\" "
         "hardwareId=\"KSL100-1\" deviceName=\"Simulated phone\" modelName=\"Kestrel\" "
@@ -164,6 +154,11 @@ const Story Stories[] = {
             {"simcard ready", "connectionState(PendingConnect) connectionState(1)"},
             {"cellular-network abroad serve", "connectionState(Disconnected) connectionState(0)"},
             {"data-profile internet enabled off", "valid(false)"}}},
+    {"wifidirect", [] { return new WiFiDirect; },
+        "scanning=false enabled=true supported=true lastUpdate= connectionState=Disconnected "
+        "networkInterfaceName=\"\" networkRole=Unknown networkSsid=\"\" networkOwnerHardwareAddress=\"\" "
+        "networkOwnerIpAddress=\"\" networkPassword=\"\"",
+        {{"wifi-direct enabled off", "enabled(false)"}, {"wifi-direct supported off", {}}}},
 };
 
 class PhoneTest : public DeviceTest, public ::testing::WithParamInterface<Story>
@@ -190,7 +185,7 @@ TEST_P(PhoneTest, EachOrderIsSignalledAsWhatItChanges)
     SignalLog heard(facility.get());
     for (const auto &[order, signalled] : GetParam().steps) {
         sim(order);
-        EXPECT_EQ(heard.settled(), signalled) << order.toStdString();
+        EXPECT_EQ(heard.waitFor(signalled.count(u')')), signalled) << order.toStdString();
     }
 }
 
@@ -238,6 +233,19 @@ TEST_F(SimulatedPhoneTest, TheDeviceTakesANewNameAndSaysWhichProcessorsItHas)
     EXPECT_FALSE(identifiers.readAll().contains("MEID")) << "what is not known is not published";
 }
 
+TEST_F(SimulatedPhoneTest, APeerMayHaveAnyName)
+{
+    const QString name =
+        "\"\\',{}\n\t\x01" + QString(QChar(0x202e)) + QString(1, QChar(0)) + QString(4096, 'x');
+    const QByteArray peer = QJsonDocument(QJsonObject{{"name", name}}).toJson();
+    const Daemon daemon(SourceConfig(),
+        JsonNode::parse(R"({"wifi-direct": {"scan-seconds": 0, "peers": {"\u202e\"\u0000": )" + peer + "}}}",
+            "phone.json"));
+    const WiFiDirect wifi;
+    ask("/pps/services/wifi_p2p/manager/control", {{"msg", "wifi_p2p_scan_and_listen"}});
+    EXPECT_TRUE(waitUntil([&] { return wifi.name("02:00:00:00:01:01") == name; }));
+}
+
 TEST_F(SimulatedPhoneTest, WhatIsNotKnownYetIsNotPublished)
 {
     class LateBattery : public BatterySource
@@ -278,37 +286,23 @@ TEST_F(SimulatedPhoneTest, IdentifiersAreForOwnerAndGroupOnly)
         {"/pps/services/vibrator", 0666},
         {MmsControl, 0666},
         {"/pps/services/cds/cnice/tethering_control", 0},
+        {"/pps/services/wifi_p2p/manager/status", 0640},
+        {"/pps/services/wifi_p2p/manager/control", 0660},
     };
     for (const auto &[path, mode] : rows)
         EXPECT_EQ(root.mode(path), mode) << path.toStdString();
 }
 
-// Requests wait for their answers, so the services run in a process of their own.
-class DataProfileTest : public DeviceTest
+class DataProfileTest : public ServicesTest
 {
 protected:
-    void SetUp() override
-    {
-        root.place("/phone.json", "{\"data-profile\": {\"connect-seconds\": 1}}");
-        m_daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--phone", root.file("/phone.json")});
-        PpsObject control("/pps/system/ozdeviced/control");
-        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
-    }
-    void TearDown() override
-    {
-        m_daemon.terminate();
-        EXPECT_TRUE(m_daemon.waitForFinished());
-        EXPECT_EQ(m_daemon.readAllStandardError().count('\n'), 1) << "more than what it serves is logged";
-    }
+    DataProfileTest() : ServicesTest("{\"data-profile\": {\"connect-seconds\": 1}}") { }
 
     using Result = CellularConnectionRequestResult;
     const QString connected = "connectionState(PendingConnect) connectionState(1) connectionState(Connected) "
                               R"(connectionState(2) networkInterfaceName("rmnet1"))";
     const QString disconnected =
         R"(connectionState(Disconnected) connectionState(0) networkInterfaceName(""))";
-
-private:
-    QProcess m_daemon;
 };
 
 TEST_F(DataProfileTest, IsConnectedUntilItsLastUserLeavesOrMobileDataEnds)
@@ -448,6 +442,15 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
             "data-profile.profiles.a.control-mode: expected a file mode such as \"0666\", found \"0888\""},
         {R"("data-profile": {"profiles": {"a": {"permitted": false}}})",
             "data-profile.profiles.a.permitted: everyone may use a profile that is not access-controlled"},
+        {R"("wifi-direct": {"address": "02-00-00-00-00-01"})",
+            "wifi-direct.address: expected a hardware address such as \"02:00:00:00:00:01\", found "
+            "\"02-00-00-00-00-01\""},
+        {R"("wifi-direct": {"password": "seven-7"})",
+            "wifi-direct.password: expected 8 to 63 characters of ASCII"},
+        {R"("wifi-direct": {"peers": {"a": {"address": "0a:00:00:00:00:02"}, "b": {"address": "0A:00:00:00:00:02"}}})",
+            "wifi-direct.peers.b.address: is that of a"},
+        {R"("wifi-direct": {"peers": {"a": {"wps": ["nfc"]}}})",
+            "wifi-direct.peers.a.wps[0]: expected one of push-button, random-pin, preset-pin, found \"nfc\""},
     };
     for (const auto &[text, problem] : sections) {
         const QByteArray file = "{\n" + text + "}";
@@ -476,6 +479,13 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
             "data-profile mms permitted: everyone may use a profile that is not access-controlled"},
         {"data-profile mms fail-with 0",
             "data-profile mms fail-with: expected a whole number from 1 to 4095, found '0'"},
+        {"wifi-direct peer-joins tv", "wifi-direct peer-joins: the phone owns no group"},
+        {"wifi-direct peer-leaves tv", "wifi-direct peer-leaves: tv is not connected"},
+        {"wifi-direct peer-goes radio",
+            "wifi-direct peer-goes: expected one of tv, laptop, printer, camera, speaker, found 'radio'"},
+        {"wifi-direct fail-next fly 5",
+            "wifi-direct fail-next: expected one of scan, connect, cancel-connect, start-session, "
+            "stop-session, get-ip-address, found 'fly'"},
     };
     for (const auto &[order, problem] : rows) {
         QStringList words = order.split(' ');

@@ -14,6 +14,9 @@
 #include <QStandardPaths>
 
 #include <csignal>
+#include <pty.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 using namespace oz;
 using namespace oz::testing;
@@ -222,6 +225,44 @@ TEST_F(CommandTest, ShowsAndWatchesTheCountersOfAnInterface)
     EXPECT_EQ(row.keys(), (QStringList{"facility", "interface", "perSecond", "time", "total"}));
     EXPECT_EQ(row.value("total").toObject().keys(),
         (QStringList{"bytesReceived", "bytesSent", "packetsReceived", "packetsSent"}));
+}
+
+TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaksItOff)
+{
+    root.place("/phone.json", R"({"wifi-direct": {"scan-seconds": 0, "connect-seconds": 0}})");
+    const Phone phone({"--phone", root.file("/phone.json")});
+    const auto call = [](const QStringList &words) {
+        return run(QStringList{"call", "wifidirect"} + words).output;
+    };
+    EXPECT_EQ(call({"requestScan"}), "0\n");
+    ASSERT_TRUE(waitUntil([&] { return call({"visibleDevices"}).contains("02:00:00:00:01:01"); }));
+    EXPECT_EQ(call({"requestConnect", "02:00:00:00:01:01", "Any", "RandomPin", "12345670"}), "Success\n");
+    ASSERT_TRUE(waitUntil([&] { return call({"ipAddress", "02:00:00:00:01:01"}).contains("192.168.49.1"); }));
+    const QString started = call({"requestStartSession"});
+    ASSERT_TRUE(started.startsWith("0\nsessionStarted(\"")) << started.toStdString();
+    EXPECT_EQ(call({"requestStopSession", started.section('"', 1, 1)}), "0\nsessionStopped()\n");
+
+    EXPECT_EQ(run({"sim", "wifi-direct", "never-answer"}).status, 0);
+    int terminal = -1;
+    const pid_t waiting = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+    if (waiting == 0) {
+        ::execl(OZ_COMMAND, OZ_COMMAND, "call", "wifidirect", "requestScan", nullptr);
+        ::_exit(127);
+    }
+    QByteArray told;
+    char buffer[256];
+    for (ssize_t size = 0; !told.contains('\n') && (size = ::read(terminal, buffer, sizeof buffer)) > 0;)
+        told.append(buffer, size);
+    EXPECT_EQ(told, "ozdevice: wifidirect requestScan waits for the service (Ctrl-C breaks it off)\r\n");
+    EXPECT_EQ(::write(terminal, "\x03", 1), 1);
+    int status = 0;
+    EXPECT_EQ(::waitpid(waiting, &status, 0), waiting);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
+    ::close(terminal);
+    qputenv("OZ_DEVICE_ROOT", "/nowhere");
+    EXPECT_EQ(run({"watch", "wifidirect"}).errors,
+        "ozdevice: wifidirect: WiFiDirect: Unable to locate WiFiDirect PPS channel.\n");
+    qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
 }
 
 TEST_F(CommandTest, WorksOnTheTreeItself)

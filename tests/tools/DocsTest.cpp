@@ -7,9 +7,11 @@
 #include "ozdevice/FacilityTable.hpp"
 
 #include <oz/device/CellularConnectionRequestResult.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <QFile>
 #include <QMetaProperty>
+#include <QMultiMap>
 #include <QRegularExpression>
 #include <QTypeRevision>
 
@@ -110,10 +112,19 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
         }
     }
     EXPECT_EQ(properties, QList<QStringList>()) << "not in the library";
-    if (entry.name == "data-profile") {
-        const auto result = QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>();
-        EXPECT_TRUE(
-            unwrapped.contains(enumerationText(result, "CellularConnectionRequestResult", unwrapped)));
+    // Those that no property has.
+    const QMultiMap<QString, QMetaEnum> others{
+        {"data-profile", QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>()},
+        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
+        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
+        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},
+        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectSecondaryDeviceType::Type>()},
+        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectWpsMethod::Type>()},
+    };
+    for (const QMetaEnum &enumeration : others.values(entry.name)) {
+        const QString holder = QString(enumeration.scope()).section("::", -1);
+        EXPECT_TRUE(unwrapped.contains(enumerationText(enumeration, holder, unwrapped)))
+            << holder.toStdString();
     }
 
     QStringList signatures;

@@ -5,6 +5,7 @@
 
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/SdCardState.hpp>
+#include <oz/device/WiFiDirectSecondaryDeviceType.hpp>
 
 #include <QJsonArray>
 #include <QJsonObject>
@@ -39,6 +40,7 @@ const QMetaType Technologies = QMetaType::fromType<CellularTechnology::Types>();
 
 TEST(MetaText, WritesValuesAsPeopleReadThem)
 {
+    qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
     const std::tuple<QVariant, const char *, QJsonValue> rows[] = {
         {QVariant::fromValue(SdCardState::Mounted), "Mounted", "Mounted"},
         {QVariant::fromValue(CellularTechnology::Types(CellularTechnology::Gsm | CellularTechnology::Lte)),
@@ -47,7 +49,10 @@ TEST(MetaText, WritesValuesAsPeopleReadThem)
              CellularTechnology::Types(CellularTechnology::Gsm) | CellularTechnology::Types(64)),
             "Gsm|0x40", QJsonArray{"Gsm", "0x40"}},
         {QVariant::fromValue(CellularTechnology::Types()), "None", QJsonArray{}},
+        {QVariant::fromValue(WiFiDirectSecondaryDeviceType::Types(WiFiDirectSecondaryDeviceType::Miracast)),
+            "Miracast", "Miracast"},
         {"text", "\"text\"", "text"},
+        {QString("\x1b[2J") + QChar(0x202e), "\"\\u001b[2J\\u202e\"", QString("\x1b[2J") + QChar(0x202e)},
         {25.34f, "25.34", 25.34},
         {-3, "-3", -3},
         {true, "true", true},

@@ -10,6 +10,11 @@ namespace oz::meta {
 
 namespace {
 
+bool isFlagSet(QMetaType type)
+{
+    return QByteArrayView(type.name()).startsWith("QFlags<");
+}
+
 qint64 enumNumber(const QVariant &value)
 {
     // A flag set has no conversion of its own; it is an int in memory, as every enumeration here.
@@ -43,6 +48,27 @@ QStringList flagNames(const QMetaEnum &type, qint64 number)
     return names;
 }
 
+// Text may come from strangers, such as the name of a peer: what would not show, but move the cursor or turn
+// the direction of writing, is written as "\u202e".
+QString printable(const QString &text)
+{
+    QString shown;
+    for (const QChar character : text) {
+        switch (character.category()) {
+        case QChar::Other_Control:
+        case QChar::Other_Format:
+        case QChar::Separator_Line:
+        case QChar::Separator_Paragraph:
+            shown += QLatin1String("\\u")
+                + QString::number(character.unicode(), 16).rightJustified(4, QLatin1Char('0'));
+            break;
+        default:
+            shown += character;
+        }
+    }
+    return shown;
+}
+
 QString jsonText(const QVariant &value)
 {
     const QJsonValue json = QJsonValue::fromVariant(value);
@@ -60,14 +86,19 @@ bool isMapOrList(QMetaType type)
 
 QMetaEnum enumOf(QMetaType type)
 {
-    const QMetaObject *scope = type.metaObject();
     const QByteArray name(type.name());
+    // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>. One that its
+    // holder does not declare is read by its enumeration, where that is registered.
+    bool isFlags = isFlagSet(type);
+    const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
+    const QMetaObject *scope = type.metaObject();
+    if (!scope && isFlags) {
+        scope = QMetaType::fromName(plain).metaObject();
+        isFlags = false;
+    }
     if (!scope)
         return {};
-    // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>.
-    const bool isFlags = name.startsWith("QFlags<");
-    const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
-    if (!isFlags && !(type.flags() & QMetaType::IsEnumeration))
+    if (!isFlagSet(type) && !(type.flags() & QMetaType::IsEnumeration))
         return {};
     const QByteArray local = plain.sliced(plain.lastIndexOf(':') + 1);
     for (int i = 0; i < scope->enumeratorCount(); ++i) {
@@ -100,12 +131,14 @@ QString valueText(const QVariant &value)
         const char *key = enumeration.valueToKey(int(number));
         return key ? QString::fromLatin1(key) : QString::number(number);
     }
+    if (isFlagSet(type))
+        return QString::number(enumNumber(value));
     switch (type.id()) {
     // As many digits as tell the value from its neighbours: 25.34f is not 25.34000015.
     case QMetaType::Float:
         return QString::number(value.toDouble(), 'g', 7);
     case QMetaType::QString:
-        return QLatin1Char('"') + value.toString() + QLatin1Char('"');
+        return printable(QLatin1Char('"') + value.toString() + QLatin1Char('"'));
     case QMetaType::QSize: {
         const QSize size = value.toSize();
         return QString::number(size.width()) + QLatin1Char('x') + QString::number(size.height());
@@ -117,7 +150,7 @@ QString valueText(const QVariant &value)
     case QMetaType::QStringList:
     case QMetaType::QVariantList:
     case QMetaType::QVariantMap:
-        return jsonText(value);
+        return printable(jsonText(value));
     default:
         return value.toString();
     }
@@ -133,6 +166,8 @@ QJsonValue valueJson(const QVariant &value)
         const char *key = enumeration.valueToKey(int(number));
         return key ? QJsonValue(QLatin1String(key)) : QJsonValue(number);
     }
+    if (isFlagSet(type))
+        return enumNumber(value);
     switch (type.id()) {
     case QMetaType::QSize: {
         const QSize size = value.toSize();

@@ -17,7 +17,7 @@ namespace oz::meta {
 /*! "oz::device::SdCardState::Type" as "SdCardState"; other types by their own name. */
 [[nodiscard]] QString typeText(QMetaType type);
 
-/*! The value in one line. */
+/*! The value in one line; in text, what would not show as itself is written as "\u202e". */
 [[nodiscard]] QString valueText(const QVariant &value);
 
 /*! The value as JSON: enumerators by name (numbers where they have none), flag sets as a list of names. */

@@ -23,8 +23,11 @@ int SignalTap::qt_metacall(QMetaObject::Call call, int id, void **arguments)
         return slot;
     const QMetaMethod signal = m_signals[std::size_t(slot)];
     QVariantList values;
-    for (int i = 0; i < signal.parameterCount(); ++i)
-        values.append(QVariant(signal.parameterMetaType(i), arguments[i + 1]));
+    for (int i = 0; i < signal.parameterCount(); ++i) {
+        const QMetaType type = signal.parameterMetaType(i);
+        values.append(type.id() == QMetaType::QVariant ? *static_cast<const QVariant *>(arguments[i + 1])
+                                                       : QVariant(type, arguments[i + 1]));
+    }
     m_heard(signal, values);
     return -1;
 }

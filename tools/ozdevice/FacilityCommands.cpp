@@ -18,8 +18,13 @@
 #include <QMetaProperty>
 #include <QTimer>
 
+#include <chrono>
+#include <condition_variable>
 #include <cstdio>
 #include <map>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
 
 namespace oz::tools {
 
@@ -95,7 +100,8 @@ public:
         return available;
     }
 
-    // The same of a facility that keeps no object open, once it was asked: it has warned.
+    // The same of a facility that keeps no object open, or not to be found, once it was made or asked: it has
+    // warned.
     [[nodiscard]] bool reportWarnings() const
     {
         const QStringList warnings = takeLibraryWarnings();
@@ -222,6 +228,14 @@ int show(const Options &options)
     return available ? Success : Unavailable;
 }
 
+QString signalText(const QMetaMethod &signal, const QVariantList &arguments)
+{
+    QStringList texts;
+    for (const QVariant &argument : arguments)
+        texts.append(painted(Paint::Value, meta::valueText(argument)));
+    return QLatin1String(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')';
+}
+
 // Begins a line about something that happens now.
 QString beginning(const FacilityEntry &entry)
 {
@@ -250,11 +264,7 @@ void printSignal(
         printJson(line, QJsonDocument::Compact);
         return;
     }
-    QStringList texts;
-    for (const QVariant &argument : arguments)
-        texts.append(painted(Paint::Value, meta::valueText(argument)));
-    printLine(
-        beginning(entry) + QLatin1String(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')');
+    printLine(beginning(entry) + signalText(signal, arguments));
 }
 
 // What changed in an object of the tree.
@@ -312,6 +322,7 @@ public:
                     tell([&] { printSignal(entry, signal, arguments, m_options.json); });
             }));
         bool available = instance.reportUnavailable();
+        available = instance.reportWarnings() && available;
         for (const QString &path : entry.activity)
             available = addObject(entry, path) && available;
         return available;
@@ -453,6 +464,39 @@ private:
     QVariant m_value;
 };
 
+// Says on a terminal that a call waits, where it takes longer than a person expects. The call blocks the
+// thread, so another one has to.
+class WaitingNotice
+{
+public:
+    explicit WaitingNotice(const QString &what)
+    {
+        if (!::isatty(STDERR_FILENO))
+            return;
+        m_thread = std::jthread([text = what.toStdString()](const std::stop_token &ended) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any().wait_for(
+                lock, ended, std::chrono::milliseconds(500), [] { return false; });
+            if (!ended.stop_requested())
+                std::fprintf(
+                    stderr, "ozdevice: %s waits for the service (Ctrl-C breaks it off)\n", text.c_str());
+        });
+    }
+
+private:
+    std::jthread m_thread;
+};
+
+// The signals that a call has put off until it has returned, such as the one that brings a session's key.
+void printPostponedSignals(QObject *object)
+{
+    const meta::SignalTap tap(object, [](const QMetaMethod &signal, const QVariantList &arguments) {
+        printLine(signalText(signal, arguments));
+    });
+    QCoreApplication::sendPostedEvents(object, QEvent::MetaCall);
+}
+
 int call(const Options &options)
 {
     const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
@@ -472,17 +516,20 @@ int call(const Options &options)
         settings.emplace_back(entry, text.section(u'=', 0, 0), value);
     }
     const Instance instance(entry, options);
-    if (!instance.reportUnavailable())
+    if (!instance.reportUnavailable() || !instance.reportWarnings())
         return Unavailable;
     LastingCall lasting(entry, instance.object());
     for (const Setting &setting : settings)
         setting.applyTo(instance);
-    const QVariant result = method->invoke(instance.object());
+    QVariant result;
+    {
+        const WaitingNotice notice(entry.name + u' ' + name);
+        result = method->invoke(instance.object());
+    }
     if (result.isValid())
         printLine(meta::valueText(result));
-    if (!instance.reportWarnings())
-        return Unavailable;
-    return lasting.waitForEnd();
+    printPostponedSignals(instance.object());
+    return instance.reportWarnings() ? lasting.waitForEnd() : Unavailable;
 }
 
 int set(const Options &options)

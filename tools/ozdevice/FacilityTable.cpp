@@ -12,6 +12,7 @@
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 #include <oz/device/VibrationController.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <net/if.h>
 
@@ -102,6 +103,8 @@ FacilityEntry FacilityEntry::toldBy(const char *path) &&
 const std::vector<FacilityEntry> &facilityTable()
 {
     using namespace oz::device;
+    // Its flag set is read by it, see meta::enumOf().
+    qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
     static const std::vector<FacilityEntry> table{
         facility<SdCardInfo>("sdcard", "the removable SD card"),
         facility<BatteryInfo>("battery", "the battery and its chargers"),
@@ -118,6 +121,7 @@ const std::vector<FacilityEntry> &facilityTable()
             .servedBy("/pps/services/vibrator")
             .toldBy("/pps/services/vibration/activity"),
         networkUsage(),
+        facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
     };
     return table;
 }

@@ -1,4 +1,4 @@
-#include "SeqSocket.hpp"
+#include "LocalSocket.hpp"
 
 #include "PpsStateFile.hpp"
 
@@ -12,7 +12,7 @@
 #include <sys/stat.h>
 #include <sys/un.h>
 
-namespace oz::SeqSocket {
+namespace oz::LocalSocket {
 
 namespace {
 
@@ -49,10 +49,10 @@ private:
     int m_error = 0;
 };
 
-int makeSocket(UniqueFd *socket, Wait wait = Wait::Yes)
+int makeSocket(UniqueFd *socket, int type, Wait wait = Wait::Yes)
 {
     const int flags = SOCK_CLOEXEC | (wait == Wait::No ? SOCK_NONBLOCK : 0);
-    *socket = UniqueFd(::socket(AF_UNIX, SOCK_SEQPACKET | flags, 0));
+    *socket = UniqueFd(::socket(AF_UNIX, type | flags, 0));
     if (!*socket)
         return errno;
     // One message has to fit the send buffer; the kernel grants what its limit allows.
@@ -76,12 +76,12 @@ int pastReset(const Attempt &attempt)
 
 } // namespace
 
-int connect(const QByteArray &path, Wait wait, UniqueFd *socket)
+int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type)
 {
     const Address address(path);
     if (address.error())
         return address.error();
-    if (const int error = makeSocket(socket, wait))
+    if (const int error = makeSocket(socket, type, wait))
         return error;
     while (::connect(socket->get(), address.get(), Address::size()) < 0) {
         if (errno != EINTR) {
@@ -93,7 +93,7 @@ int connect(const QByteArray &path, Wait wait, UniqueFd *socket)
     return 0;
 }
 
-int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
+int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type)
 {
     if (const int error = PpsStateFile::makeDirectoryOf(path))
         return error;
@@ -106,7 +106,8 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
         UniqueFd probe;
         if (!S_ISSOCK(status.st_mode))
             return EEXIST;
-        if (const int error = connect(path, Wait::No, &probe); error == 0 || error == EAGAIN)
+        if (const int error = connect(path, Wait::No, &probe, type);
+            error == 0 || error == EAGAIN || error == EPROTOTYPE)
             return EADDRINUSE;
     }
     // It listens before it has its name, so nobody ever meets it half made.
@@ -116,7 +117,7 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket)
     const Address address(hidden);
     if (address.error())
         return address.error();
-    if (const int error = makeSocket(socket))
+    if (const int error = makeSocket(socket, type))
         return error;
     int error = 0;
     if (::bind(socket->get(), address.get(), Address::size()) < 0)
@@ -163,4 +164,4 @@ int receive(int socket, QByteArray *message, Wait wait)
     return size > PpsText::MaxMessageSize ? EMSGSIZE : 0;
 }
 
-} // namespace oz::SeqSocket
+} // namespace oz::LocalSocket

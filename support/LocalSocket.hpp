@@ -4,24 +4,26 @@
 
 #include <QByteArray>
 
+#include <sys/socket.h>
 #include <sys/types.h>
 
 /*!
- * Message sockets (AF_UNIX, SOCK_SEQPACKET) at paths of any length. All functions return 0 or an errno.
+ * Local sockets (AF_UNIX) at paths of any length: of messages (SOCK_SEQPACKET), or of bytes (SOCK_STREAM).
+ * All functions return 0 or an errno.
  */
-namespace oz::SeqSocket {
+namespace oz::LocalSocket {
 
 enum class Wait { No, Yes };
 
 /*! Connects to the service that listens at \a path. Without waiting, one that has too many to accept is
  * EAGAIN. */
-[[nodiscard]] int connect(const QByteArray &path, Wait wait, UniqueFd *socket);
+[[nodiscard]] int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type = SOCK_SEQPACKET);
 
 /*!
  * Listens at \a path, whose directories are made, with the file mode \a mode. What a dead service left there
  * is replaced in one step; a living one is EADDRINUSE, anything else at the path EEXIST.
  */
-[[nodiscard]] int listen(const QByteArray &path, mode_t mode, UniqueFd *socket);
+[[nodiscard]] int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type = SOCK_SEQPACKET);
 
 /*! Sends one message. Without waiting, a receiver whose queue is full is EAGAIN; no receiver any more is
  * EPIPE. */
@@ -30,4 +32,4 @@ enum class Wait { No, Yes };
 /*! Receives one message. Without waiting, none there is EAGAIN; a peer that is gone is ECONNRESET. */
 [[nodiscard]] int receive(int socket, QByteArray *message, Wait wait);
 
-} // namespace oz::SeqSocket
+} // namespace oz::LocalSocket

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <oz/EventDelivery.hpp>
+#include <oz/device/DeviceInfo.hpp>
+
+#include <atomic>
+
+class QOrientationSensor;
+
+namespace oz::device {
+
+struct PowmanStatus;
+
+class DeviceInfoPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit DeviceInfoPrivate(DeviceInfo *q);
+    ~DeviceInfoPrivate() override;
+
+    [[nodiscard]] static DeviceInfoPrivate *toPrivate(DeviceInfo *info);
+
+    void tryStartOrientationSensor() const;
+    [[nodiscard]] DeviceOrientation::Type orientation() const;
+    [[nodiscard]] UserActivityState::Type activityState() const { return m_activityState; }
+    [[nodiscard]] bool isOrientationValid() const { return m_orientationValid; }
+
+Q_SIGNALS:
+    void activityStateChanged(oz::device::UserActivityState::Type activityState);
+    void activityStateChanged(int activityState);
+
+private Q_SLOTS:
+    void orientationChanged();
+
+private:
+    [[nodiscard]] UserActivityState::Type readActivityState() const;
+    void updateActivityState();
+    void scheduleSigeventHandler();
+    static int hubSigeventHandler(void *data);
+    void watchActivity();
+
+    DeviceInfo *q;
+    QOrientationSensor *m_sensor;
+    DeviceOrientation::Type m_orientation = DeviceOrientation::TopUp;
+    PowmanStatus *m_status = nullptr;
+    // The event service's thread may write it while the getter reads.
+    std::atomic<UserActivityState::Type> m_activityState = UserActivityState::Unknown;
+    sigevent m_event;
+    bool m_hubInitialized = false;
+    bool m_handlerRegistered = false;
+    bool m_orientationValid = false;
+};
+
+} // namespace oz::device

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! What a display is made of. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT DisplayTechnology
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0,
+        Lcd = 1,
+        Oled = 2,
+        Crt = 3,
+        Plasma = 4,
+        Led = 5,
+    };
+    Q_ENUM(Type)
+
+    DisplayTechnology() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! Whether somebody uses the device. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT UserActivityState
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0,
+        Active = 1,
+        Inactive = 2, //!< the device is in standby
+    };
+    Q_ENUM(Type)
+
+    UserActivityState() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! How far the phone is connected by Wi-Fi Direct. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT WiFiDirectConnectionState
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0, //!< no reading yet, or the service says nothing that is known
+        Connecting = 1,
+        Connected = 2,
+        Disconnected = 3,
+    };
+    Q_ENUM(Type)
+
+    WiFiDirectConnectionState() = delete;
+};
+
+} // namespace oz::device

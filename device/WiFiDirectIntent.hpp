@@ -1,0 +1,25 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! Who shall own, or owns, the group of a connection. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT WiFiDirectIntent
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        GroupOwner = 0,
+        Client = 1, //!< a member of a group that the other side owns
+        Any = 2, //!< whichever the two sides settle on
+    };
+    Q_ENUM(Type)
+
+    WiFiDirectIntent() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <oz/device/WiFiDirect.hpp>
+#include <oz/device/WiFiDirectDeviceInfo.hpp>
+
+#include <QMap>
+#include <QVariantMap>
+
+#include <functional>
+
+namespace oz {
+class PpsObject;
+}
+
+namespace oz::device {
+
+class WiFiDirectPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! What a reading tells of Wi-Fi Direct itself. */
+    struct ManagerState
+    {
+        bool scanning = false;
+        bool enabled = false;
+        QDateTime lastUpdate;
+    };
+
+    /*! What a reading tells of the connection. */
+    struct NetworkState
+    {
+        WiFiDirectConnectionState::Type connectionState = WiFiDirectConnectionState::Unknown;
+        QString networkInterfaceName;
+        WiFiDirectRole::Type networkRole = WiFiDirectRole::Unknown;
+        QString networkSsid;
+        QString networkOwnerHardwareAddress;
+        QString networkOwnerIpAddress;
+        QString networkPassword;
+    };
+
+    /*! Peers by their hardware addresses, and these in the order of their appearance. */
+    struct Peers
+    {
+        QStringList addresses;
+        QMap<QString, WiFiDirectDeviceInfo> devices;
+    };
+
+    struct Command;
+
+    explicit WiFiDirectPrivate(WiFiDirect *q);
+
+    [[nodiscard]] static bool isSupported();
+    [[nodiscard]] const ManagerState &manager() const { return m_manager; }
+    [[nodiscard]] const NetworkState &network() const { return m_network; }
+    [[nodiscard]] const Peers &visible() const { return m_visible; }
+    [[nodiscard]] const Peers &connected() const { return m_connected; }
+
+    WiFiDirectResult::Type requestScan();
+    WiFiDirectResult::Type requestStartSession();
+    WiFiDirectResult::Type requestStopSession(const QString &session);
+    /*! Numbers, since callers may have ones that are no enumerators. */
+    WiFiDirectResult::Type requestConnect(
+        const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin);
+    WiFiDirectResult::Type cancelConnectRequest();
+    [[nodiscard]] QString ipAddress(const QString &hardwareAddress);
+
+private Q_SLOTS:
+    void onStatusReadyRead();
+
+private:
+    /*! Whether the reading that is being announced is still the last one, and the public object still there.
+     */
+    using IsCurrent = std::function<bool()>;
+
+    void handleStatus();
+    void handleNetworkConnection(const QVariantMap &connection);
+    void handleDiscoveredDevices(const QVariantList &list, const IsCurrent &isCurrent);
+    void handleConnectedDevices(const QVariantList &list, const IsCurrent &isCurrent);
+
+    [[nodiscard]] static QVariantMap sendCommand(const QVariantMap &command, WiFiDirectResult::Type *result);
+    [[nodiscard]] static WiFiDirectResult::Type request(
+        const Command &command, const QVariantMap &argument = {}, QVariantMap *answered = nullptr);
+
+    WiFiDirect *q;
+    oz::PpsObject *m_status;
+    ManagerState m_manager;
+    NetworkState m_network;
+    Peers m_visible;
+    Peers m_connected;
+    int m_readings = 0;
+};
+
+} // namespace oz::device

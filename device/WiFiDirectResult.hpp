@@ -1,0 +1,30 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*! What became of a Wi-Fi Direct request. Holds the enumeration only; it has no instances. */
+class OZ_DEVICE_EXPORT WiFiDirectResult
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Success = 0, //!< the service took it
+        InternalError = 1, //!< the exchange failed, or the service refused for a reason that is none of these
+        Busy = 2, //!< the service is at another scan or connection
+        DeviceNotFound = 3, //!< the service knows no such peer
+        NoNetworkConnection = 4, //!< the phone is in no Wi-Fi Direct network
+        NoRequestToCancel = 5, //!< nothing is being connected
+        NotSupported = 6, //!< there is no Wi-Fi Direct here
+        InvalidSession = 7, //!< no session has this key
+    };
+    Q_ENUM(Type)
+
+    WiFiDirectResult() = delete;
+};
+
+} // namespace oz::device

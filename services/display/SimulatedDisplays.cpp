@@ -1,0 +1,184 @@
+#include "display/SimulatedDisplays.hpp"
+
+#include "core/Error.hpp"
+
+#include <oz/Screen.hpp>
+
+namespace oz::services {
+
+namespace {
+
+using DisplayTree::Display;
+
+constexpr int MaxPixels = 65535;
+constexpr int MaxMillimetres = 100'000;
+constexpr int MaxNameSize = 127; // bytes, of what a client of the display service can read
+
+// By the display service's codes, from 0.
+const QStringList &technologies()
+{
+    static const QStringList all{QStringLiteral("unknown"), QStringLiteral("crt"), QStringLiteral("lcd"),
+        QStringLiteral("plasma"), QStringLiteral("led"), QStringLiteral("oled")};
+    return all;
+}
+
+const QList<int> Rotations{0, 90, 180, 270};
+
+QString numbersText(const QList<int> &numbers)
+{
+    QStringList texts;
+    for (const int number : numbers)
+        texts.append(QString::number(number));
+    return texts.join(QLatin1String(", "));
+}
+
+} // namespace
+
+SimulatedDisplays::SimulatedDisplays(const JsonNode &section)
+{
+    section.allowOnly({QStringLiteral("displays")});
+    if (!section.contains(QStringLiteral("displays"))) {
+        m_displays = {{0,
+                          {QStringLiteral("panel"), ScreenDisplayKind::Internal, true, false, {768, 1280},
+                              {54, 90}, 0, 5}},
+            {1,
+                {QStringLiteral("hdmi"), ScreenDisplayKind::External, false, true, {1920, 1080}, {531, 299},
+                    0, 2}}};
+        return;
+    }
+    for (const JsonNode &node : section.maps(QStringLiteral("displays")))
+        readDisplay(node);
+}
+
+void SimulatedDisplays::readDisplay(const JsonNode &node)
+{
+    node.allowOnly({QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("kind"),
+        QStringLiteral("attached"), QStringLiteral("detachable"), QStringLiteral("width"),
+        QStringLiteral("height"), QStringLiteral("mm-width"), QStringLiteral("mm-height"),
+        QStringLiteral("rotation"), QStringLiteral("technology")});
+    const QString id = QStringLiteral("id");
+    if (!node.contains(id))
+        node.fail(QStringLiteral("a display needs an 'id'"));
+    const int number = node.integer(id, 0, 0, 9999);
+    if (m_displays.contains(number))
+        node.fail(QStringLiteral("another display has this identifier"), id);
+    const bool internal = node.word(QStringLiteral("kind"), QStringLiteral("external"),
+                              {QStringLiteral("internal"), QStringLiteral("external")})
+        == u"internal";
+    Display display;
+    display.name = node.text(QStringLiteral("name"), QLatin1String("display-") + QString::number(number));
+    if (display.name.toUtf8().size() > MaxNameSize)
+        node.fail(QStringLiteral("a name has at most 127 bytes"), QStringLiteral("name"));
+    display.kind = internal ? ScreenDisplayKind::Internal : ScreenDisplayKind::External;
+    display.attached = node.boolean(QStringLiteral("attached"), true);
+    display.detachable = node.boolean(QStringLiteral("detachable"), !internal);
+    display.size = {node.integer(QStringLiteral("width"), 1280, 1, MaxPixels),
+        node.integer(QStringLiteral("height"), 720, 1, MaxPixels)};
+    display.physicalSize = {node.integer(QStringLiteral("mm-width"), 0, 0, MaxMillimetres),
+        node.integer(QStringLiteral("mm-height"), 0, 0, MaxMillimetres)};
+    const QString rotation = QStringLiteral("rotation");
+    display.rotation = node.integer(rotation, 0, 0, 270);
+    if (!Rotations.contains(display.rotation))
+        node.fail(QLatin1String("expected one of ") + numbersText(Rotations), rotation);
+    display.technology = int(technologies().indexOf(
+        node.word(QStringLiteral("technology"), technologies().constFirst(), technologies())));
+    m_displays.emplace(number, display);
+}
+
+std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
+{
+    const QString id = QStringLiteral("ID");
+    return {
+        {QStringLiteral("add"),
+            {id, QStringLiteral("NAME"), QStringLiteral("WIDTH"), QStringLiteral("HEIGHT"),
+                QStringLiteral("[MM-WIDTH]"), QStringLiteral("[MM-HEIGHT]")},
+            QStringLiteral("adds an external display, attached; one called 'miracast...' is wireless"),
+            [this](const QStringList &words) {
+                const int number = SimArgument::integer(words[0], 0, 9999);
+                if (m_displays.contains(number))
+                    throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
+                if (words[1].toUtf8().size() > MaxNameSize)
+                    throw Error(QStringLiteral("a name has at most 127 bytes"));
+                const auto millimetres = [&](qsizetype place) {
+                    return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
+                };
+                m_displays.emplace(number,
+                    Display{words[1], ScreenDisplayKind::External, true, true,
+                        {SimArgument::integer(words[2], 1, MaxPixels),
+                            SimArgument::integer(words[3], 1, MaxPixels)},
+                        {millimetres(4), millimetres(5)}, 0, 0});
+                Q_EMIT changed();
+            }},
+        {QStringLiteral("remove"), {id}, QStringLiteral("takes a display away"),
+            [this](const QStringList &words) {
+                if (!displayNamed(words[0]).detachable)
+                    throw Error(QStringLiteral("this display cannot be taken away"));
+                remove(words[0].toInt());
+            }},
+        {QStringLiteral("attach"), {id}, QStringLiteral("attaches a display"),
+            [this](const QStringList &words) { setAttached(words[0], true); }},
+        {QStringLiteral("detach"), {id}, QStringLiteral("detaches a display"),
+            [this](const QStringList &words) { setAttached(words[0], false); }},
+        {QStringLiteral("rotate"), {id, QStringLiteral("DEGREES")},
+            QStringLiteral("turns what a display shows: 0, 90, 180 or 270"),
+            [this](const QStringList &words) {
+                Display &display = displayNamed(words[0]);
+                QStringList rotations;
+                for (const int rotation : Rotations)
+                    rotations.append(QString::number(rotation));
+                display.rotation = Rotations[SimArgument::oneOf(words[1], rotations)];
+                Q_EMIT changed();
+            }},
+        {QStringLiteral("resize"), {id, QStringLiteral("WIDTH"), QStringLiteral("HEIGHT")},
+            QStringLiteral("gives a display another size in pixels"),
+            [this](const QStringList &words) {
+                Display &display = displayNamed(words[0]);
+                display.size = {SimArgument::integer(words[1], 1, MaxPixels),
+                    SimArgument::integer(words[2], 1, MaxPixels)};
+                Q_EMIT changed();
+            }},
+    };
+}
+
+int SimulatedDisplays::addWireless(const QString &receiver, QSize size)
+{
+    int id = 1;
+    while (m_displays.contains(id))
+        ++id;
+    QString name = QLatin1String("miracast-") + receiver;
+    while (name.toUtf8().size() > MaxNameSize)
+        name.chop(1);
+    m_displays.emplace(id, Display{name, ScreenDisplayKind::External, true, true, size, {0, 0}, 0, 0});
+    Q_EMIT changed();
+    return id;
+}
+
+void SimulatedDisplays::remove(int id)
+{
+    if (m_displays.erase(id))
+        Q_EMIT changed();
+}
+
+Display &SimulatedDisplays::displayNamed(const QString &id)
+{
+    bool ok = false;
+    const auto found = m_displays.find(id.toInt(&ok));
+    if (ok && found != m_displays.end())
+        return found->second;
+    QList<int> known;
+    for (const auto &[number, display] : m_displays)
+        known.append(number);
+    throw Error(
+        QLatin1String("there is no display '") + id + QLatin1String("'; there are ") + numbersText(known));
+}
+
+void SimulatedDisplays::setAttached(const QString &id, bool attached)
+{
+    Display &display = displayNamed(id);
+    if (!attached && !display.detachable)
+        throw Error(QStringLiteral("this display cannot be detached"));
+    display.attached = attached;
+    Q_EMIT changed();
+}
+
+} // namespace oz::services

@@ -1,0 +1,150 @@
+#include <oz/DeviceServer.hpp>
+
+#include "SocketServer.hpp"
+
+#include <oz/DeviceRoot.hpp>
+
+#include <QFile>
+#include <QPointer>
+
+#include <cerrno>
+#include <system_error>
+
+namespace oz {
+
+class DeviceServerPrivate final : public SocketServer
+{
+public:
+    DeviceServerPrivate(DeviceServer *server, const QString &path) : q(server), m_path(path) { }
+
+    int listenAtPath(mode_t mode)
+    {
+        if (!m_path.startsWith(u'/'))
+            return EINVAL;
+        return listen(QFile::encodeName(devicePath(m_path)), SOCK_STREAM, mode);
+    }
+
+    bool send(quint64 id, const QByteArray &line)
+    {
+        Connection *connection = find(id);
+        if (!connection)
+            return done(ENOTCONN);
+        Lines &lines = m_lines[id];
+        // The rest of a line that the socket has taken in part has to follow; others that wait are outdated.
+        lines.output.truncate(lines.midLine ? lines.output.indexOf('\n') + 1 : 0);
+        lines.output += line + '\n';
+        flush(*connection, lines);
+        return done(0);
+    }
+
+    bool done(int result)
+    {
+        m_error = result;
+        return result == 0;
+    }
+
+    [[nodiscard]] QString path() const { return m_path; }
+    [[nodiscard]] int error() const { return m_error; }
+
+private:
+    // What is under way with one client.
+    struct Lines
+    {
+        QByteArray input; // of a line that is not complete
+        QByteArray output; // what the socket has not taken
+        bool midLine = false; // whether it has taken a part of the line that output begins with
+        std::unique_ptr<QSocketNotifier> writable;
+    };
+
+    int receive(Connection &connection) override
+    {
+        char chunk[DeviceServer::MaxLineSize];
+        const ssize_t size = ::recv(connection.socket.get(), chunk, sizeof chunk, MSG_DONTWAIT);
+        if (size <= 0)
+            return size < 0 ? errno : ECONNRESET;
+        const Client client = connection.client;
+        QByteArray input = std::exchange(m_lines[client.id].input, {}) + QByteArray(chunk, size);
+        const QPointer<SocketServer> alive(this);
+        for (qsizetype end = input.indexOf('\n'); end >= 0; end = input.indexOf('\n')) {
+            const QByteArray line = input.first(end);
+            input.remove(0, end + 1);
+            if (line.size() > DeviceServer::MaxLineSize)
+                return EMSGSIZE;
+            Q_EMIT q->received(client, line);
+            if (!alive || !find(client.id))
+                return EAGAIN;
+        }
+        if (input.size() > DeviceServer::MaxLineSize)
+            return EMSGSIZE;
+        m_lines[client.id].input = input;
+        return 0;
+    }
+
+    // A client that has gone is noticed by reading from it.
+    void flush(Connection &connection, Lines &lines)
+    {
+        const ssize_t size = ::send(connection.socket.get(), lines.output.constData(),
+            std::size_t(lines.output.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (size > 0) {
+            lines.midLine = lines.output.at(size - 1) != '\n';
+            lines.output.remove(0, size);
+        }
+        if (lines.output.isEmpty()) {
+            lines.writable.reset();
+        } else if (!lines.writable) {
+            lines.writable =
+                std::make_unique<QSocketNotifier>(connection.socket.get(), QSocketNotifier::Write);
+            const auto goOn = [this, id = connection.client.id] {
+                if (Connection *writable = find(id))
+                    flush(*writable, m_lines[id]);
+            };
+            // The notifier may end in its own slot.
+            connect(lines.writable.get(), &QSocketNotifier::activated, this, goOn, Qt::QueuedConnection);
+        }
+    }
+
+    void disconnected(const Client &client) override
+    {
+        m_lines.erase(client.id);
+        Q_EMIT q->disconnected(client);
+    }
+
+    DeviceServer *q;
+    QString m_path;
+    int m_error = 0;
+    std::map<quint64, Lines> m_lines;
+};
+
+DeviceServer::DeviceServer(const QString &path, QObject *parent)
+    : QObject(parent), d(std::make_unique<DeviceServerPrivate>(this, path))
+{
+}
+
+DeviceServer::~DeviceServer() = default;
+
+QString DeviceServer::path() const
+{
+    return d->path();
+}
+
+bool DeviceServer::listen(mode_t mode)
+{
+    return d->done(d->listenAtPath(mode));
+}
+
+bool DeviceServer::send(quint64 client, const QByteArray &line)
+{
+    return d->send(client, line);
+}
+
+int DeviceServer::error() const
+{
+    return d->error();
+}
+
+QString DeviceServer::errorString() const
+{
+    return d->error() ? QString::fromStdString(std::generic_category().message(d->error())) : QString();
+}
+
+} // namespace oz

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <oz/OzSupportGlobal.hpp>
+#include <oz/PpsServer.hpp>
+
+#include <QByteArray>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <sys/types.h>
+
+namespace oz {
+
+class DeviceServerPrivate;
+
+/*!
+ * Provides one device of the platform that speaks in lines, as the service behind it: each client that opens
+ * the device is a connection of its own.
+ *
+ * Clients cannot harm it: a line over 4 KiB ends that client's connection; one that does not read gets the
+ * latest line once it does, without those between; while more than 1,000 clients are connected, further ones
+ * wait.
+ *
+ * An instance belongs to the thread that it lives on, which needs an event loop.
+ */
+class OZ_SUPPORT_EXPORT DeviceServer : public QObject
+{
+    Q_OBJECT
+
+public:
+    using Client = PpsServer::Client;
+
+    /*! The longest line of a client, in bytes. */
+    static constexpr int MaxLineSize = 4096;
+
+    /*! Binds to the device path \a path ("/dev/..."). */
+    explicit DeviceServer(const QString &path, QObject *parent = nullptr);
+    /*! Ends all connections; the device is gone. */
+    ~DeviceServer() override;
+
+    [[nodiscard]] QString path() const;
+
+    /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
+     * PpsServer::listen(). */
+    bool listen(mode_t mode = 0666);
+
+    /*! Sends \a line and a line feed; false where the client is not connected any more. */
+    bool send(quint64 client, const QByteArray &line);
+
+    [[nodiscard]] int error() const;
+    [[nodiscard]] QString errorString() const;
+
+Q_SIGNALS:
+    /*! A client has written \a line, which is without its line feed. */
+    void received(const oz::DeviceServer::Client &client, const QByteArray &line);
+    /*! The client is gone, whoever ended the connection. */
+    void disconnected(const oz::DeviceServer::Client &client);
+
+private:
+    friend class DeviceServerPrivate;
+    std::unique_ptr<DeviceServerPrivate> d;
+};
+
+} // namespace oz

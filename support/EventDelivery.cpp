@@ -1,0 +1,259 @@
+#include <oz/EventDelivery.hpp>
+
+#include "EventSources.hpp"
+#include "ServiceThread.hpp"
+#include "UniqueFd.hpp"
+
+#include <QSocketNotifier>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <cstring>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/ioctl.h>
+#include <sys/syscall.h>
+
+namespace oz {
+
+namespace {
+
+int fail(int error)
+{
+    errno = error;
+    return -1;
+}
+
+// The connections on which pulses are received.
+class PulseConnections
+{
+public:
+    static PulseConnections &instance()
+    {
+        static auto *const s_instance = new PulseConnections; // outlives whoever sends
+        return *s_instance;
+    }
+
+    int attach(EventSources::PulseReceiver receiver)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_receivers.emplace(++m_lastId, std::move(receiver));
+        return m_lastId;
+    }
+
+    void detach(int coid)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_receivers.erase(coid);
+    }
+
+    int send(int coid, int code, int value)
+    {
+        EventSources::PulseReceiver receiver;
+        {
+            const std::lock_guard lock(m_mutex);
+            const auto found = m_receivers.find(coid);
+            if (found == m_receivers.end())
+                return EBADF;
+            receiver = found->second;
+        }
+        receiver(code, value);
+        return 0;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::map<int, EventSources::PulseReceiver> m_receivers;
+    int m_lastId = 0;
+};
+
+int raiseSignal(const sigevent &event)
+{
+    if (event.signo < 1 || event.signo > SIGRTMAX)
+        return EINVAL;
+    siginfo_t info;
+    std::memset(&info, 0, sizeof info);
+    info.si_signo = event.signo;
+    info.si_code = event.code;
+    info.si_pid = ::getpid();
+    info.si_uid = ::getuid();
+    info.si_value.sival_ptr = event.value.sival_ptr;
+    long result = ::syscall(SYS_rt_sigqueueinfo, ::getpid(), event.signo, &info);
+    if (result < 0 && errno == EPERM) {
+        // A code of the kernel's own, which only the process's first thread may use.
+        info.si_code = SI_QUEUE;
+        result = ::syscall(SYS_rt_sigqueueinfo, ::getpid(), event.signo, &info);
+    }
+    return result < 0 ? errno : 0;
+}
+
+int deliverToThisProcess(const sigevent &event)
+{
+    switch (event.notify) {
+    case EventKind::None:
+        return 0;
+    case EventKind::SignalWithCode:
+        return raiseSignal(event);
+    case EventKind::Pulse:
+        return MsgSendPulse_r(event.coid, event.priority, event.code, event.value.sival_int);
+    default:
+        return EINVAL;
+    }
+}
+
+// The descriptors whose input is waited for, on the service thread.
+class ArmedDescriptors
+{
+public:
+    static ArmedDescriptors *instance()
+    {
+        static auto *const s_instance = new ArmedDescriptors; // outlives the service thread
+        s_existing = s_instance->m_epoll ? s_instance : nullptr;
+        return s_existing;
+    }
+
+    // Without starting anything.
+    static ArmedDescriptors *existing() { return s_existing; }
+
+    int arm(int fd, const sigevent &event)
+    {
+        const std::lock_guard lock(m_mutex);
+        const quint64 id = ++m_lastId;
+        epoll_event wanted{EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, {.u64 = id}};
+        // A descriptor that was closed and opened anew is not known any more, whatever its number was armed
+        // for.
+        if (::epoll_ctl(m_epoll.get(), EPOLL_CTL_MOD, fd, &wanted) < 0
+            && (errno != ENOENT || ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, fd, &wanted) < 0))
+            return errno;
+        disarm(fd);
+        m_armed.emplace(id, Armed{fd, event});
+        m_ids[fd] = id;
+        return 0;
+    }
+
+    void forget(int fd)
+    {
+        const std::lock_guard lock(m_mutex);
+        ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, fd, nullptr);
+        disarm(fd);
+    }
+
+private:
+    struct Armed
+    {
+        int fd;
+        sigevent event;
+    };
+
+    ArmedDescriptors() : m_epoll(::epoll_create1(EPOLL_CLOEXEC))
+    {
+        ServiceThread *thread = m_epoll ? ServiceThread::instance() : nullptr;
+        if (!thread) {
+            m_epoll.reset();
+            return;
+        }
+        thread->post([this](QObject *context) {
+            auto *notifier = new QSocketNotifier(m_epoll.get(), QSocketNotifier::Read, context);
+            QObject::connect(notifier, &QSocketNotifier::activated, context, [this] { deliverReady(); });
+        });
+    }
+
+    void disarm(int fd)
+    {
+        if (const auto found = m_ids.find(fd); found != m_ids.end()) {
+            m_armed.erase(found->second);
+            m_ids.erase(found);
+        }
+    }
+
+    void deliverReady()
+    {
+        epoll_event ready[16];
+        const int count = ::epoll_wait(m_epoll.get(), ready, std::size(ready), 0);
+        for (int i = 0; i < count; ++i) {
+            if (const auto event = take(ready[i].data.u64))
+                (void)deliverToThisProcess(*event);
+        }
+    }
+
+    std::optional<sigevent> take(quint64 id)
+    {
+        const std::lock_guard lock(m_mutex);
+        const auto found = m_armed.find(id);
+        if (found == m_armed.end())
+            return std::nullopt;
+        const Armed armed = found->second;
+        disarm(armed.fd);
+        return armed.event;
+    }
+
+    static inline std::atomic<ArmedDescriptors *> s_existing = nullptr;
+
+    UniqueFd m_epoll;
+    std::mutex m_mutex;
+    std::map<quint64, Armed> m_armed;
+    std::map<int, quint64> m_ids;
+    quint64 m_lastId = 0;
+};
+
+} // namespace
+
+namespace EventSources {
+
+int attach(PulseReceiver receiver)
+{
+    return PulseConnections::instance().attach(std::move(receiver));
+}
+
+void detach(int coid)
+{
+    PulseConnections::instance().detach(coid);
+}
+
+void forget(int fd)
+{
+    if (ArmedDescriptors *armed = ArmedDescriptors::existing())
+        armed->forget(fd);
+}
+
+} // namespace EventSources
+
+int ionotify(int fd, int action, int flags, const sigevent *event)
+{
+    if (action != NotifyActionPollArm || flags != NotifyConditionInput || !event)
+        return fail(EINVAL);
+    pollfd state{fd, POLLIN | POLLRDHUP, 0};
+    if (::poll(&state, 1, 0) < 0)
+        return -1;
+    if (state.revents & POLLNVAL)
+        return fail(EBADF);
+    if (state.revents & (POLLIN | POLLRDHUP | POLLHUP | POLLERR)) {
+        int waiting = 0;
+        const bool gone = (state.revents & (POLLRDHUP | POLLHUP | POLLERR))
+            && ::ioctl(fd, FIONREAD, &waiting) == 0 && waiting == 0;
+        return gone ? fail(ENODEV) : NotifyConditionInput;
+    }
+    ArmedDescriptors *armed = ArmedDescriptors::instance();
+    if (!armed)
+        return -1;
+    const int error = armed->arm(fd, *event);
+    return error ? fail(error) : 0;
+}
+
+int MsgDeliverEvent_r(int rcvid, const sigevent *event)
+{
+    if (!event)
+        return EINVAL;
+    return rcvid != 0 || event->notify == EventKind::Pulse ? ESRCH : deliverToThisProcess(*event);
+}
+
+int MsgSendPulse_r(int coid, int, int code, int value)
+{
+    return PulseConnections::instance().send(coid, code, value);
+}
+
+} // namespace oz

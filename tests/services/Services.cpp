@@ -1,0 +1,48 @@
+#include "services/Services.hpp"
+
+#include <oz/PpsObject.hpp>
+
+namespace oz::testing {
+
+namespace {
+const QString DaemonControl = "/pps/system/ozdeviced/control";
+}
+
+QVariantMap ask(const QString &path, const QVariantMap &request)
+{
+    PpsObject control(path);
+    QByteArray answer;
+    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe) && control.write(PpsObject::encode(request)));
+    EXPECT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); })) << path.toStdString();
+    const QVariantMap objects = PpsObject::decode(answer);
+    return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
+}
+
+void sim(const QString &line)
+{
+    QStringList words = line.split(' ');
+    const QString facility = words.takeFirst();
+    const QString verb = words.takeFirst();
+    EXPECT_EQ(ask(DaemonControl,
+                  {{"msg", "sim"},
+                      {"dat", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}}}),
+        (QVariantMap{{"res", "sim"}}))
+        << line.toStdString();
+}
+
+void ServicesTest::SetUp()
+{
+    root.place("/phone.json", m_phoneFile);
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--phone", root.file("/phone.json")});
+    PpsObject control(DaemonControl);
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+}
+
+void ServicesTest::TearDown()
+{
+    daemon.terminate();
+    EXPECT_TRUE(daemon.waitForFinished());
+    EXPECT_EQ(daemon.readAllStandardError().count('\n'), 1) << "more than what it serves is logged";
+}
+
+} // namespace oz::testing

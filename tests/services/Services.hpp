@@ -1,0 +1,32 @@
+#pragma once
+
+#include "common/Testing.hpp"
+
+#include <QProcess>
+
+namespace oz::testing {
+
+/*! The attributes of the answer to a request, for which the event loop runs. */
+QVariantMap ask(const QString &path, const QVariantMap &request);
+
+/*! Tells the phone what `ozdevice sim` would. */
+void sim(const QString &line);
+
+/*!
+ * A test with services in a process of their own, so that requests which wait are answered. They log nothing
+ * but that they serve.
+ */
+class ServicesTest : public DeviceTest
+{
+protected:
+    explicit ServicesTest(const QByteArray &phoneFile) : m_phoneFile(phoneFile) { }
+    void SetUp() override;
+    void TearDown() override;
+
+    QProcess daemon;
+
+private:
+    QByteArray m_phoneFile;
+};
+
+} // namespace oz::testing
