@@ -15,8 +15,11 @@
 #include <oz/device/DeviceInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
+#include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <benchmark/benchmark.h>
@@ -230,6 +233,9 @@ int main(int argc, char **argv)
     registerConstruct<device::CellularNetworkInfo>("construct/CellularNetworkInfo");
     registerConstruct<device::CellularDataInterface>(
         "construct/CellularDataInterface", QStringLiteral("internet"));
+    registerConstruct<device::Led>("construct/Led");
+    registerConstruct<device::VibrationController>("construct/VibrationController");
+    registerConstruct<device::NetworkDataUsage>("construct/NetworkDataUsage", QStringLiteral("lo"));
     registerConstruct<device::DeviceInfo>("construct/DeviceInfo");
     registerConstruct<device::DisplayInfo>("construct/DisplayInfo", 0);
     registerConstruct<device::WiFiDirect>("construct/WiFiDirect");

@@ -56,6 +56,7 @@ std::vector<Message> allMessages()
     const QVariantMap data{{"data_services_status", "ON"}, {"data_roaming_status", "HOME"},
         {"user_enabled_data_roaming", false}, {"internet", profile(true)}, {"mms", profile(false)},
         {"enterprise", profile(false)}};
+    const QVariantMap led{{"red", "off"}, {"green", "off"}, {"blue", "off"}};
     // A hundred peers in sight, of which another one is the last.
     const auto peers = [](int last) {
         QVariantList list;
@@ -87,6 +88,7 @@ std::vector<Message> allMessages()
         {"cellular-network", "/pps/services/cellular/radioctrl/status_cell_public", network,
             with(network, "signal_strength", QVariantMap{{"RSSI", -84}})},
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
+        {"led", "/pps/services/led/status", led, with(led, "red", "on")},
         {"display", DisplayTree::PpsPath, displays(768), displays(640)},
         {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
     };

@@ -15,6 +15,8 @@
 #include "display/XrandrDisplays.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "led/LedPublisher.hpp"
+#include "led/SimulatedLed.hpp"
 #include "orientation/OrientationPublisher.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/RadioPublisher.hpp"
@@ -23,6 +25,8 @@
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimCardPublisher.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "vibration/SimulatedVibrator.hpp"
+#include "vibration/VibrationPublisher.hpp"
 #include "wifidirect/SimulatedWiFiDirect.hpp"
 #include "wifidirect/WiFiDirectPublisher.hpp"
 
@@ -65,6 +69,9 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
         {QStringLiteral("data-profile"),
             {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
+        {QStringLiteral("led"), {{simulatedSource, simulated<LedPublisher, SimulatedLed>()}}},
+        {QStringLiteral("vibration"),
+            {{simulatedSource, simulated<VibrationPublisher, SimulatedVibrator>()}}},
         {QStringLiteral("wifi-direct"),
             {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
     };
