@@ -6,6 +6,8 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DeviceInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/Led.hpp>
 #include <oz/device/NetworkDataUsage.hpp>
@@ -59,6 +61,16 @@ FacilityEntry facility(const char *name, const char *help, const char *selector)
         [selector](const QString &selected) {
             return std::make_unique<Facility>(selectedBy<Selected>(selector, selected));
         }};
+}
+
+// Nothing selected is the primary one, whatever its identifier.
+FacilityEntry display()
+{
+    auto entry = facility<device::DisplayInfo, int>("display", "a display", "display");
+    entry.make = [chosen = entry.make](const QString &selected) {
+        return selected.isEmpty() ? std::make_unique<device::DisplayInfo>() : chosen(selected);
+    };
+    return entry;
 }
 
 QStringList networkInterfaces()
@@ -121,6 +133,8 @@ const std::vector<FacilityEntry> &facilityTable()
             .servedBy("/pps/services/vibrator")
             .toldBy("/pps/services/vibration/activity"),
         networkUsage(),
+        facility<DeviceInfo>("device", "how the device is held, and whether somebody uses it"),
+        display(),
         facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
     };
     return table;
