@@ -12,10 +12,12 @@
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaProperty>
+#include <QThread>
 #include <QTimer>
 
 #include <chrono>
@@ -29,6 +31,8 @@
 namespace oz::tools {
 
 namespace {
+
+constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may be undefined
 
 struct Options
 {
@@ -198,6 +202,11 @@ int show(const Options &options)
         available = instance.reportUnavailable() && available;
         if (entry->readAnew)
             entry->readAnew(instance.object());
+        const QDeadlineTimer patience(FirstValuesDeadline);
+        while (entry->isComplete && !entry->isComplete(instance.object()) && !patience.hasExpired()) {
+            QCoreApplication::processEvents();
+            QThread::msleep(1);
+        }
         const auto properties = readProperties(instance.object());
         available = instance.reportWarnings() && available;
         if (options.json) {

@@ -63,6 +63,16 @@ FacilityEntry facility(const char *name, const char *help, const char *selector)
         }};
 }
 
+FacilityEntry deviceState()
+{
+    auto entry =
+        facility<device::DeviceInfo>("device", "how the device is held, and whether somebody uses it");
+    entry.isComplete = [](const QObject *object) {
+        return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
+    };
+    return entry;
+}
+
 // Nothing selected is the primary one, whatever its identifier.
 FacilityEntry display()
 {
@@ -133,7 +143,7 @@ const std::vector<FacilityEntry> &facilityTable()
             .servedBy("/pps/services/vibrator")
             .toldBy("/pps/services/vibration/activity"),
         networkUsage(),
-        facility<DeviceInfo>("device", "how the device is held, and whether somebody uses it"),
+        deviceState(),
         display(),
         facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
     };

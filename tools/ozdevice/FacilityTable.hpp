@@ -29,6 +29,8 @@ struct FacilityEntry
     QStringList activity = {};
     /*! Reads the values, where they do not change by themselves. */
     std::function<void(QObject *object)> readAnew = {};
+    /*! Whether the first values are all there, where some come from the event loop. */
+    std::function<bool(const QObject *object)> isComplete = {};
     /*! What can be selected now, where nothing is selected by itself. */
     std::function<QStringList()> choices = {};
 
