@@ -15,6 +15,8 @@
 #include "display/XrandrDisplays.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "miracast/MiracastPublisher.hpp"
+#include "miracast/SimulatedMiracast.hpp"
 #include "orientation/OrientationPublisher.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/RadioPublisher.hpp"
@@ -67,6 +69,7 @@ const std::vector<Facility> &facilities()
             {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
         {QStringLiteral("wifi-direct"),
             {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
+        {QStringLiteral("miracast"), {{simulatedSource, simulated<MiracastPublisher, SimulatedMiracast>()}}},
     };
     return all;
 }

@@ -7,6 +7,7 @@
 #include "dataprofile/SimulatedDataProfiles.hpp"
 #include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "miracast/SimulatedMiracast.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
@@ -109,6 +110,8 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     m_parts.push_back(
         std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
     m_parts.push_back(std::make_unique<SimulatedWiFiDirect>(section("wifi-direct")));
+    m_parts.push_back(std::make_unique<SimulatedMiracast>(
+        section("miracast"), part<SimulatedHardware>(), part<SimulatedDisplays>()));
 
     QStringList names;
     for (const auto &part : m_parts)
