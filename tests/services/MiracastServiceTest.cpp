@@ -222,6 +222,7 @@ TEST_F(MiracastServiceTest, ClientsThatAskAtOnceEachHearTheirOwnAnswers)
     const auto descriptors = [&] {
         return QDir(QString("/proc/%1/fd").arg(daemon.processId())).entryList(QDir::System).size();
     };
+    EXPECT_EQ(Client().resultOf(Pause), "InvalidRequest");
     const auto before = descriptors();
     const std::pair<Request, QString> requests[] = {{Pause, "pause InvalidRequest"},
         {Resume, "resume InvalidRequest"}, {Disconnect, "disconnect InvalidRequest"},
@@ -241,16 +242,16 @@ TEST_F(MiracastServiceTest, ClientsThatAskAtOnceEachHearTheirOwnAnswers)
     settle();
     for (Client &client : clients)
         EXPECT_EQ(client.completions(), QStringList());
-    EXPECT_EQ(descriptors(), before);
     // A process that floods the service keeps nobody waiting for long; the flood is told of once.
     for (int i = 0; i < 200; ++i)
         clients[0].ask(Pause);
+    daemon.setReadChannel(QProcess::StandardError);
+    EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("are dropped"); }));
+    daemon.readLine();
     QElapsedTimer waiting;
     waiting.start();
     EXPECT_EQ(runWithoutPrivileges([] { return Client().resultOf(Resume) == "InvalidRequest" ? 0 : 1; }), 0);
     EXPECT_LT(waiting.elapsed(), 15'000);
-    EXPECT_TRUE(daemon.waitForReadyRead());
-    EXPECT_EQ(daemon.readAllStandardError().count('\n'), 2);
     EXPECT_TRUE(waitUntil([&] { return descriptors() == before; }));
 }
 
