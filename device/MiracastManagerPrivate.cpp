@@ -246,7 +246,7 @@ QString filled(const char *message, const QStringList &values)
 } // namespace
 
 MiracastManagerPrivate::MiracastManagerPrivate(MiracastManager *publicObject)
-    : q(publicObject), m_status(new PpsObject(StatusPpsPath, this))
+    : QObject(publicObject), q(publicObject), m_status(new PpsObject(StatusPpsPath, this))
 {
     if (!isSupported())
         return;
