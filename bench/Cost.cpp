@@ -2,17 +2,24 @@
 // subscribers.
 
 #include "Messages.hpp"
+#include "PowerDevice.hpp"
 #include "Report.hpp"
 
+#include <oz/EventService.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DeviceInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
+#include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <benchmark/benchmark.h>
@@ -147,6 +154,35 @@ double memoryOfOne()
     return (residentMemory() - before) / count;
 }
 
+// What so many rounds of asking for an event of a descriptor and getting it leave behind, in bytes.
+double growthOfEvents(int rounds)
+{
+    int ends[2];
+    if (::pipe(ends) < 0 || hub_initialize() < 0)
+        std::abort();
+    int heard = 0;
+    const auto count = [](void *data) { return 0 * ++*static_cast<int *>(data); };
+    oz::sigevent event;
+    hub_add_sigevent_handler(&event, count, &heard);
+    const double before = residentMemory();
+    for (int round = 1; round <= rounds; ++round) {
+        char byte = 0;
+        if (ionotify(ends[0], NotifyActionPollArm, NotifyConditionInput, &event) != 0
+            || ::write(ends[1], &byte, 1) != 1)
+            std::abort();
+        while (heard < round)
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        if (::read(ends[0], &byte, 1) != 1)
+            std::abort();
+    }
+    const double growth = residentMemory() - before;
+    hub_remove_sigevent_handler(&event);
+    hub_shutdown();
+    ::close(ends[0]);
+    ::close(ends[1]);
+    return growth;
+}
+
 // Prints as usual, and keeps the times for the ratios.
 class Keeper : public benchmark::ConsoleReporter
 {
@@ -182,6 +218,9 @@ int main(int argc, char **argv)
     const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
     publishAll();
+    const PowerDevice device;
+    (void)growthOfEvents(100); // what the first ones load stays
+    std::printf("Memory after 1,000 rounds of notify and deliver: %.0f bytes more\n", growthOfEvents(1000));
     std::printf("Memory of one live SdCardInfo among 1,000: %.0f bytes\n", memoryOfOne());
 
     for (const Message &message : messages())
@@ -194,6 +233,11 @@ int main(int argc, char **argv)
     registerConstruct<device::CellularNetworkInfo>("construct/CellularNetworkInfo");
     registerConstruct<device::CellularDataInterface>(
         "construct/CellularDataInterface", QStringLiteral("internet"));
+    registerConstruct<device::Led>("construct/Led");
+    registerConstruct<device::VibrationController>("construct/VibrationController");
+    registerConstruct<device::NetworkDataUsage>("construct/NetworkDataUsage", QStringLiteral("lo"));
+    registerConstruct<device::DeviceInfo>("construct/DeviceInfo");
+    registerConstruct<device::DisplayInfo>("construct/DisplayInfo", 0);
     registerConstruct<device::WiFiDirect>("construct/WiFiDirect");
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
     benchmark::RegisterBenchmark("unchanged/BatteryInfo", unchangedBattery<device::BatteryInfo>)

@@ -3,6 +3,7 @@
 
 #include "BareFiles.hpp"
 #include "Messages.hpp"
+#include "PowerDevice.hpp"
 #include "Processes.hpp"
 #include "Report.hpp"
 
@@ -13,6 +14,8 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DeviceInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 #include <oz/device/WiFiDirect.hpp>
@@ -108,6 +111,9 @@ const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> &faciliti
             ringsAt<CellularDataInterface>(
                 qOverload<CellularConnectionState::Type>(&CellularDataInterface::connectionStateChanged),
                 QStringLiteral("internet"))},
+        {"device",
+            ringsAt<DeviceInfo>(qOverload<UserActivityState::Type>(&DeviceInfo::activityStateChanged))},
+        {"display", ringsAt<DisplayInfo>(qOverload<QSize>(&DisplayInfo::pixelSizeChanged), 0)},
         {"wifidirect",
             ringsAt<WiFiDirect>(qOverload<QString, QString, WiFiDirectDeviceType::Type,
                 WiFiDirectSecondaryDeviceType::Types, WiFiDirectRole::Type>(&WiFiDirect::deviceDiscovered))},
@@ -197,6 +203,20 @@ std::vector<Samples> measureFacility(const char *program, const Message &message
     return measure(ways, rounds);
 }
 
+// An activity of the power manager, beside a bare file with as much in it.
+std::vector<Samples> measureActivity(const char *program, int rounds)
+{
+    PowerDevice device;
+    const std::string bare = QFile::encodeName(devicePath(barePath("device"))).toStdString();
+    PpsPublisher(barePath("device")).replace({{"status", "active"}});
+    std::vector<std::unique_ptr<Way>> ways;
+    ways.emplace_back(new Way{{"device: replace a file to read", {}}, Listener(program, {"file", "device"}),
+        [&](bool changed) { replaceFile(bare, changed ? "status::standby\n" : "status::active\n"); }});
+    ways.emplace_back(new Way{{"device: status to signal", {}}, Listener(program, {"facility", "device"}),
+        [&](bool changed) { device.send(changed ? "standby" : "active"); }});
+    return measure(ways, rounds);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -237,6 +257,12 @@ int main(int argc, char **argv)
         add("message bus, p99", 2, 0.99, 0.5);
         samples.insert(samples.end(), measured.begin(), measured.end());
     }
+    const std::vector<Samples> activity = measureActivity(argv[0], rounds);
+    for (const double share : {0.5, 0.99}) {
+        ratios.push_back({share < 0.9 ? "device / file, median" : "device / file, p99",
+            activity[1].percentile(share) / activity[0].percentile(share), 0});
+    }
+    samples.insert(samples.end(), activity.begin(), activity.end());
     print(ratios);
     if (!json.empty())
         writeJson(json, "us", samples, ratios);

@@ -1,6 +1,8 @@
 #include "Messages.hpp"
 
+#include <oz/DisplayTree.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/Screen.hpp>
 
 #include <cstdlib>
 
@@ -54,6 +56,7 @@ std::vector<Message> allMessages()
     const QVariantMap data{{"data_services_status", "ON"}, {"data_roaming_status", "HOME"},
         {"user_enabled_data_roaming", false}, {"internet", profile(true)}, {"mms", profile(false)},
         {"enterprise", profile(false)}};
+    const QVariantMap led{{"red", "off"}, {"green", "off"}, {"blue", "off"}};
     // A hundred peers in sight, of which another one is the last.
     const auto peers = [](int last) {
         QVariantList list;
@@ -67,6 +70,12 @@ std::vector<Message> allMessages()
             {"discovered_devices", QVariantMap{{"device_list", list}}},
             {"connected_devices", QVariantMap{{"device_list", QVariantList()}}}};
     };
+    const auto displays = [](int width) {
+        const auto external = ScreenDisplayKind::External;
+        return DisplayTree::toAttributes(
+            {{0, {"panel", ScreenDisplayKind::Internal, true, false, {width, 1280}, {54, 90}, 0, 5}},
+                {1, {"hdmi", external, true, true, {1920, 1080}, {531, 299}, 0, 2}}});
+    };
     return {
         {"sdcard", "/pps/system/filesystem/removable/sdcard", {{"mounted", true}, {"busy", false}},
             {{"mounted", false}, {"busy", false}}},
@@ -79,6 +88,8 @@ std::vector<Message> allMessages()
         {"cellular-network", "/pps/services/cellular/radioctrl/status_cell_public", network,
             with(network, "signal_strength", QVariantMap{{"RSSI", -84}})},
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
+        {"led", "/pps/services/led/status", led, with(led, "red", "on")},
+        {"display", DisplayTree::PpsPath, displays(768), displays(640)},
         {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
     };
 }

@@ -1,9 +1,5 @@
 #include "core/ControlObject.hpp"
 
-#include "core/Error.hpp"
-
-#include <oz/PpsText.hpp>
-
 #include <QTimer>
 
 #include <cerrno>
@@ -11,35 +7,19 @@
 namespace oz::services {
 
 ControlObject::ControlObject(const QString &path, Handler handler, MishapOf mishap)
-    : m_server(path), m_handler(std::move(handler)), m_mishap(std::move(mishap))
+    : ServedObject(path), m_handler(std::move(handler)), m_mishap(std::move(mishap))
 {
-    connect(&m_server, &PpsServer::received, this, &ControlObject::onReceived);
-    connect(&m_server, &PpsServer::disconnected, this, &ControlObject::clientGone);
 }
 
-void ControlObject::start(mode_t mode)
+void ControlObject::onMessage(
+    const PpsServer::Client &client, const QVariantMap &attributes, const QString &malformed)
 {
-    if (!m_server.listen(mode)) {
-        Startup::fail(
-            QLatin1String("cannot serve ") + m_server.path() + QLatin1String(": ") + m_server.errorString());
-    }
-}
-
-void ControlObject::onReceived(const PpsServer::Client &client, const QByteArray &message)
-{
-    QString malformed;
-    const QVariantMap decoded = PpsText::decode(message, &malformed);
-    Request request{client, {}, {}, {}};
-    if (malformed.isEmpty()) {
-        const QVariantMap attributes = decoded.first().toMap();
-        request.message = attributes.value(QStringLiteral("msg")).toString();
-        request.id = attributes.value(QStringLiteral("id"));
-        request.data = attributes.value(QStringLiteral("dat"));
-        if (request.message.isEmpty())
-            malformed = QStringLiteral("the request has no 'msg'");
-    }
+    const Request request{client, attributes.value(QStringLiteral("msg")).toString(),
+        attributes.value(QStringLiteral("id")), attributes.value(QStringLiteral("dat"))};
     if (!malformed.isEmpty()) {
         answer(request, Reply::failure(EINVAL, malformed));
+    } else if (request.message.isEmpty()) {
+        answer(request, Reply::failure(EINVAL, QStringLiteral("the request has no 'msg'")));
     } else if (const auto mishap = m_mishap ? m_mishap(request) : std::nullopt) {
         suffer(*mishap, request);
     } else {
@@ -65,10 +45,10 @@ void ControlObject::suffer(const Mishap &mishap, const Request &request)
     case Mishap::NeverAnswer:
         break;
     case Mishap::DieOnRequest:
-        m_server.disconnectClient(request.client.id);
+        server().disconnectClient(request.client.id);
         break;
     case Mishap::AnswerRubbish:
-        m_server.send(request.client.id, QByteArrayLiteral("rubbish\n"));
+        server().send(request.client.id, QByteArrayLiteral("rubbish\n"));
         break;
     }
 }
@@ -80,11 +60,8 @@ void ControlObject::answer(const Request &request, const Reply &reply)
         attributes.insert(QStringLiteral("id"), request.id);
     if (reply.data.isValid())
         attributes.insert(QStringLiteral("dat"), reply.data);
-    if (reply.error) {
-        attributes.insert(QStringLiteral("err"), reply.error);
-        attributes.insert(QStringLiteral("errstr"), reply.errorText);
-    }
-    m_server.send(request.client.id, attributes);
+    reply.addErrorTo(&attributes);
+    server().send(request.client.id, attributes);
 }
 
 } // namespace oz::services

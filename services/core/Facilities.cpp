@@ -15,6 +15,8 @@
 #include "display/XrandrDisplays.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "led/LedPublisher.hpp"
+#include "led/SimulatedLed.hpp"
 #include "miracast/MiracastPublisher.hpp"
 #include "miracast/SimulatedMiracast.hpp"
 #include "orientation/OrientationPublisher.hpp"
@@ -25,6 +27,8 @@
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimCardPublisher.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "vibration/SimulatedVibrator.hpp"
+#include "vibration/VibrationPublisher.hpp"
 #include "wifidirect/SimulatedWiFiDirect.hpp"
 #include "wifidirect/WiFiDirectPublisher.hpp"
 
@@ -67,6 +71,9 @@ const std::vector<Facility> &facilities()
         {QStringLiteral("radio"), {{simulatedSource, simulated<RadioPublisher, SimulatedRadio>()}}},
         {QStringLiteral("data-profile"),
             {{simulatedSource, simulated<DataProfilePublisher, SimulatedDataProfiles>()}}},
+        {QStringLiteral("led"), {{simulatedSource, simulated<LedPublisher, SimulatedLed>()}}},
+        {QStringLiteral("vibration"),
+            {{simulatedSource, simulated<VibrationPublisher, SimulatedVibrator>()}}},
         {QStringLiteral("wifi-direct"),
             {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
         {QStringLiteral("miracast"), {{simulatedSource, simulated<MiracastPublisher, SimulatedMiracast>()}}},

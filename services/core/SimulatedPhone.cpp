@@ -7,11 +7,13 @@
 #include "dataprofile/SimulatedDataProfiles.hpp"
 #include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "led/SimulatedLed.hpp"
 #include "miracast/SimulatedMiracast.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
 #include "simcard/SimulatedSimCard.hpp"
+#include "vibration/SimulatedVibrator.hpp"
 #include "wifidirect/SimulatedWiFiDirect.hpp"
 
 namespace oz::services {
@@ -109,6 +111,8 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     m_parts.push_back(std::make_unique<SimulatedRadio>(section("radio"), part<SimulatedNetworks>()));
     m_parts.push_back(
         std::make_unique<SimulatedDataProfiles>(section("data-profile"), part<SimulatedRadio>()));
+    m_parts.push_back(std::make_unique<SimulatedLed>(section("led")));
+    m_parts.push_back(std::make_unique<SimulatedVibrator>(section("vibration")));
     m_parts.push_back(std::make_unique<SimulatedWiFiDirect>(section("wifi-direct")));
     m_parts.push_back(std::make_unique<SimulatedMiracast>(
         section("miracast"), part<SimulatedHardware>(), part<SimulatedDisplays>()));

@@ -4,6 +4,7 @@
 
 #include <QMetaObject>
 #include <QObject>
+#include <QRecursiveMutex>
 
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
@@ -30,6 +31,22 @@ Function next(const char *mangled)
 } // namespace
 
 // Stand before Qt's own functions of the same name, and call them.
+bool QRecursiveMutex::tryLock(int timeout) noexcept(noexcept(QMutex().lock()))
+{
+    static const auto original = next<bool (*)(QRecursiveMutex *, int)>("_ZN15QRecursiveMutex7tryLockEi");
+    const bool locked = original(this, timeout);
+    if (locked)
+        __tsan_acquire(this);
+    return locked;
+}
+
+void QRecursiveMutex::unlock() noexcept
+{
+    static const auto original = next<void (*)(QRecursiveMutex *)>("_ZN15QRecursiveMutex6unlockEv");
+    __tsan_release(this);
+    original(this);
+}
+
 bool QMetaObject::invokeMethodImpl(
     QObject *object, QtPrivate::QSlotObjectBase *slot, Qt::ConnectionType type, void *result)
 {

@@ -10,6 +10,7 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
@@ -69,6 +70,16 @@ const Story Stories[] = {
         {{"sdcard busy", "activity(Busy) activity(2)"},
             {"sdcard unmount", "state(Unmounted) state(2) activity(Idle) activity(1)"},
             {"sdcard mount", "state(Mounted) state(1)"}}},
+    {"display", [] { return new DisplayInfo(1); },
+        "displayId=1 displayName=\"hdmi\" pixelSize=1920x1080 physicalSize=531x299 "
+        "resolution=3615.82x3612.04 aspectType=Landscape attached=false detachable=true "
+        "displayTechnology=Lcd wireless=false",
+        {{"display attach 1", "attached(true)"},
+            {"display rotate 1 90", R"(pixelSize(1080x1920) pixelSize({"height":1920,"width":1080}))"},
+            {"display resize 1 640 480", R"(pixelSize(480x640) pixelSize({"height":640,"width":480}))"},
+            {"display rotate 1 180", R"(pixelSize(640x480) pixelSize({"height":480,"width":640}))"},
+            {"display add 2 miracast 320 200", {}}, {"display detach 1", "attached(false)"},
+            {"display attach 1", "attached(true)"}, {"display remove 1", "attached(false)"}}},
     {"hardware", [] { return new HardwareInfo; },
         "pin=\"2A000001\" serialNumber=\"000100020003\" imei=\"004999010640000\" meid=\"A0000000000001\" "
         "hardwareId=\"KSL100-1\" deviceName=\"Simulated phone\" modelName=\"Kestrel\" "
@@ -182,7 +193,7 @@ TEST_P(PhoneTest, EachOrderIsSignalledAsWhatItChanges)
     SignalLog heard(facility.get());
     for (const auto &[order, signalled] : GetParam().steps) {
         sim(order);
-        EXPECT_EQ(heard.settled(), signalled) << order.toStdString();
+        EXPECT_EQ(heard.waitFor(signalled.count(u')')), signalled) << order.toStdString();
     }
 }
 
@@ -278,6 +289,9 @@ TEST_F(SimulatedPhoneTest, IdentifiersAreForOwnerAndGroupOnly)
         {Radioctrl + "status_cell_cdma_private", 0640},
         {"/pps/services/rum/csm/status_public", 0644},
         {"/pps/services/cds/cnice/status", 0644},
+        {"/pps/services/led/status", 0644},
+        {"/pps/services/led/control", 0666},
+        {"/pps/services/vibrator", 0666},
         {MmsControl, 0666},
         {"/pps/services/cds/cnice/tethering_control", 0},
         {"/pps/services/wifi_p2p/manager/status", 0640},
@@ -409,6 +423,8 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
         {R"("battery": {"level": 101})", "battery.level: expected a whole number from 0 to 100, found 101"},
         {R"("battery": {"condition": "fine"})",
             "battery.condition: expected one of unknown, ok, bad, found \"fine\""},
+        {R"("led": {"on-seconds": 0})", "led.on-seconds: expected a number from 0.001 to 60, found 0"},
+        {R"("vibration": {"present": 1})", "vibration.present: expected true or false, found 1"},
         {R"("hardware": {"imei": 4999010640000})", "hardware.imei: expected text or null"},
         {R"("hardware": {"processors": [{"mhz": 0}]})",
             "hardware.processors[0].mhz: expected a whole number from 1 to 100000, found 0"},

@@ -124,6 +124,13 @@ TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
             "option"},
         {{"pps", "set", "x", "a:n:one"}, 2,
             "ozdevice: attribute line 1: the value of 'a' is not a number in range"},
+        {{"show", "network", "--interface", "none"}, 3,
+            "ozdevice: network: there is no interface 'none'; there is lo"},
+        {{"watch", "network"}, 2, "ozdevice: network: which one? --interface is one of lo"},
+        {{"watch", "network", "--interface", "lo", "--every", "0"}, 2,
+            "ozdevice: --every is a time longer than 0"},
+        {{"call", "led", "flash", "--set", "color"}, 2, "ozdevice: led: color takes one value, one of None"},
+        {{"call", "led", "flash", "--set", "color=Brown"}, 2, "ozdevice: led: color is one of None, Red"},
         {{"frobnicate"}, 2, "ozdevice: "},
         {{"run", "--", "/no/such/program"}, 127, "ozdevice: /no/such/program: "},
         {{"run", "--phone", "/no/such/file", "--", "true"}, 1,
@@ -154,6 +161,70 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
         return run({"show", "sdcard"}).errors.contains("Permission denied") ? 3 : 0;
     }),
         3);
+}
+
+TEST_F(CommandTest, WaitsForTheEndOfACallThatGoesOn)
+{
+    root.place("/phone.json", R"({"led": {"on-seconds": 0.05, "off-seconds": 0.05}})");
+    auto phone = std::make_unique<Phone>(QStringList{"--phone", root.file("/phone.json")});
+    const auto activity = [] { return run({"pps", "get", "services/led/activity"}).output; };
+    QProcess watching;
+    watching.start(Command, {"watch", "led", "--json"});
+    // What is watched from the first flash on.
+    ASSERT_TRUE(waitUntil([&] {
+        EXPECT_EQ(run({"call", "led", "flash", "1"}).status, 0);
+        return watching.canReadLine();
+    }));
+    EXPECT_EQ(run({"call", "led", "flash", "3", "--set", "color=Blue"}).status, 0);
+    EXPECT_TRUE(activity().contains(R"("color":"blue","count":3,"end":"done")")) << activity().toStdString();
+    watching.terminate();
+    ASSERT_TRUE(watching.waitForFinished());
+    const QJsonObject line = QJsonDocument::fromJson(watching.readLine()).object();
+    EXPECT_EQ(line.keys(), (QStringList{"changed", "facility", "object", "time"}));
+    EXPECT_EQ(line.value("object"), "/pps/services/led/activity");
+
+    QProcess calling;
+    const auto begin = [&] {
+        calling.start(Command, {"call", "led", "flash", "--set", "color=Green"});
+        return waitUntil([&] { return activity().contains(R"(requests:json:[{"color":"green")"); });
+    };
+    ASSERT_TRUE(begin());
+    ::kill(pid_t(calling.processId()), SIGINT);
+    ASSERT_TRUE(calling.waitForFinished());
+    EXPECT_EQ(calling.exitCode(), 128 + SIGINT);
+    EXPECT_TRUE(waitUntil([&] { return activity().contains(R"("end":"cancelled")"); }));
+    ASSERT_TRUE(begin());
+    phone.reset();
+    ASSERT_TRUE(calling.waitForFinished());
+    EXPECT_EQ(calling.exitCode(), 3);
+    EXPECT_EQ(calling.readAllStandardError(), "ozdevice: led: the service went away\n");
+    for (const QStringList &call : {QStringList{"led", "flash", "3"}, {"vibration", "start"}}) {
+        const Result result = run(QStringList{"call"} + call);
+        EXPECT_EQ(result.status, 3);
+        EXPECT_TRUE(result.errors.contains("No such file or directory (is ozdeviced running?"))
+            << result.errors.toStdString();
+    }
+    const Result set = run({"set", "led", "color", "Blue"});
+    EXPECT_EQ(set.output, "color = Blue\n");
+    EXPECT_TRUE(set.errors.contains("belongs to this one object")) << set.errors.toStdString();
+}
+
+TEST_F(CommandTest, ShowsAndWatchesTheCountersOfAnInterface)
+{
+    EXPECT_TRUE(run({"show", "network"}).output.startsWith("network\n  --interface is one of lo"));
+    EXPECT_TRUE(run({"show", "network", "--interface", "lo"})
+                    .output.contains("networkInterfaceName  QString     \"lo\"\n"));
+    QStringList watch{"watch", "network", "--interface", "lo", "--every", "20ms", "--count", "2"};
+    const QStringList lines = run(watch).output.split('\n');
+    ASSERT_EQ(lines.size(), 5);
+    EXPECT_EQ(lines[0].simplified(), "packetsReceived bytesReceived packetsSent bytesSent");
+    EXPECT_EQ(lines[3].simplified().split(' ').size(), 9);
+    watch.last() = "1";
+    watch.append("--json");
+    const QJsonObject row = QJsonDocument::fromJson(run(watch).output.toUtf8()).object();
+    EXPECT_EQ(row.keys(), (QStringList{"facility", "interface", "perSecond", "time", "total"}));
+    EXPECT_EQ(row.value("total").toObject().keys(),
+        (QStringList{"bytesReceived", "bytesSent", "packetsReceived", "packetsSent"}));
 }
 
 TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaksItOff)
@@ -271,6 +342,8 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
     EXPECT_TRUE(complete({"show", ""}).contains("sdcard"));
     EXPECT_TRUE(complete({"show", "--"}).contains("--json"));
     EXPECT_EQ(complete({"sim", "sdcard", ""}), (QStringList{"mount", "unmount", "busy", "idle"}));
+    EXPECT_EQ(complete({"call", "led", "flash", "--set", ""}), QStringList{"color="});
+    EXPECT_TRUE(complete({"show", "network", "--interface", ""}).contains("lo"));
     EXPECT_EQ(complete({"pps", "get", "/pps/system/filesystem/removable/"}),
         QStringList{"/pps/system/filesystem/removable/sdcard"});
     const QString script = run({"completion", "bash"}).output;

@@ -85,10 +85,12 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
         EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
         EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
         if (property.hasNotifySignal()) {
-            // The first of its name, which is the typed one; the charging state goes with the level.
-            const QByteArray about = property.name();
+            // The first of its name, which is the typed one; some go with others.
+            const QMap<QByteArray, QByteArray> others{
+                {"chargingState", "level"}, {"resolution", "pixelSize"}};
+            const QByteArray about = others.value(property.name(), property.name());
             const QMetaMethod notify = property.notifySignal();
-            EXPECT_EQ(notify.name(), (about == "chargingState" ? "level" : about) + "Changed");
+            EXPECT_EQ(notify.name(), about + "Changed");
             EXPECT_EQ(notify.revision(), property.revision()) << property.name();
             for (int j = 0; j < notify.methodIndex(); ++j)
                 EXPECT_NE(entry.type->method(j).name(), notify.name());

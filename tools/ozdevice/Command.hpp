@@ -52,6 +52,9 @@ void addCompletionCommands(CLI::App &parser, Action &action);
 /*! Writes one line to standard output, at once. */
 void printLine(const QString &line);
 
+/*! That an object of the facility is not there, in words; with a hint where no services may be running. */
+[[nodiscard]] QString unavailableText(const QString &facility, const QString &problem);
+
 /*! The library's warnings since the last call, each once. */
 [[nodiscard]] QStringList takeLibraryWarnings();
 

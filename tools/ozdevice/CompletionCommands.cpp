@@ -25,7 +25,7 @@ _ozdevice()
     local IFS=$'\n'
     COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" complete -- "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)" \
         -- "${COMP_WORDS[COMP_CWORD]}"))
-    [[ ${COMPREPLY[0]-} == */ ]] && compopt -o nospace
+    [[ ${COMPREPLY[0]-} == *[/=] ]] && compopt -o nospace
     return 0
 }
 complete -o default -F _ozdevice ozdevice
@@ -77,13 +77,39 @@ QStringList simWords(const QStringList &before)
     if (before.isEmpty())
         return parts.keys();
     const QVariantMap part = parts.value(before.first()).toMap();
-    const QStringList instances = part.value(QStringLiteral("instances")).toStringList();
+    QStringList instances = part.value(QStringLiteral("instances")).toStringList();
     if (before.size() == 1 && !instances.isEmpty())
         return instances;
     QStringList verbs;
     for (const QVariant &verb : part.value(QStringLiteral("verbs")).toList())
         verbs.append(verb.toMap().value(QStringLiteral("name")).toString());
     return before.size() == (instances.isEmpty() ? 1 : 2) ? verbs : QStringList();
+}
+
+QStringList writableProperties(const QMetaObject *type)
+{
+    QStringList names;
+    for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i) {
+        if (type->property(i).isWritable())
+            names.append(QLatin1String(type->property(i).name()));
+    }
+    return names;
+}
+
+// What can follow \a option, where that takes a value that is known here.
+QStringList valuesOf(const QString &option, const QStringList &before)
+{
+    QStringList values;
+    const FacilityEntry *called = find(before.value(0));
+    if (option == u"--set" && called) {
+        for (const QString &name : writableProperties(called->type))
+            values.append(name + u'=');
+    }
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (entry.choices && option == QString(QLatin1String("--") + entry.selector))
+            values = entry.choices();
+    }
+    return values;
 }
 
 // What can stand at the place of \a word, after the verb and the words \a before.
@@ -97,15 +123,14 @@ QStringList candidates(const QString &verb, const QStringList &before, const QSt
             return before.isEmpty() ? facilityNames() : QStringList();
         if (verb == u"call")
             return before.size() == 1 ? meta::MethodCall::namesOf(entry->type) : QStringList();
-        QStringList names;
-        for (int i = QObject::staticMetaObject.propertyCount(); i < entry->type->propertyCount(); ++i) {
-            const QMetaProperty property = entry->type->property(i);
-            if (property.isWritable() && before.value(1) == QLatin1String(property.name()))
-                return enumeratorsOf(property.metaType());
-            if (property.isWritable())
-                names.append(QLatin1String(property.name()));
+        QStringList names = writableProperties(entry->type);
+        if (before.size() == 1)
+            return names;
+        if (const QString name = before.value(1); names.contains(name)) {
+            const int index = entry->type->indexOfProperty(name.toLatin1().constData());
+            return enumeratorsOf(entry->type->property(index).metaType());
         }
-        return before.size() == 1 ? names : QStringList();
+        return {};
     }
     if (verb == u"pps" && before.size() == 1)
         return treePaths(word);
@@ -147,8 +172,12 @@ void addCompletionCommands(CLI::App &parser, Action &action)
                 else if ((*words)[i].rfind('-', 0) != 0)
                     before.append(QString::fromStdString((*words)[i]));
             }
-            QStringList found;
-            if (word.startsWith(u'-')) {
+            const QString previous =
+                words->size() < 2 ? QString() : QString::fromStdString((*words)[words->size() - 2]);
+            QStringList found = valuesOf(previous, before);
+            if (!found.isEmpty()) {
+                // nothing else can stand there
+            } else if (word.startsWith(u'-')) {
                 for (const CLI::Option *option : verb->get_options()) {
                     for (const std::string &name : option->get_lnames())
                         found.append(QString::fromStdString("--" + name));

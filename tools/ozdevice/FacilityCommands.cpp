@@ -3,24 +3,26 @@
 #include "meta/MetaText.hpp"
 #include "meta/MethodCall.hpp"
 #include "meta/SignalTap.hpp"
+#include "ozdevice/CounterTable.hpp"
 #include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/LastingCall.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/PpsObject.hpp>
 
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMetaProperty>
+#include <QThread>
 #include <QTimer>
 
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <thread>
@@ -30,18 +32,22 @@ namespace oz::tools {
 
 namespace {
 
+constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may be undefined
+
 struct Options
 {
     std::vector<std::string> facilities;
     std::string facility;
     std::string member;
     std::vector<std::string> words;
+    std::vector<std::string> sets;
     std::map<QString, std::string> selected;
     bool json = false;
     bool names = false;
     bool typed = false;
     int count = 0;
     std::string duration;
+    std::string every = "1s";
 };
 
 const FacilityEntry &entryOf(const QString &name)
@@ -56,15 +62,33 @@ const FacilityEntry &entryOf(const QString &name)
         QLatin1String("unknown facility '") + name + QLatin1String("'; known are ") + enumerated(names));
 }
 
+// What the options select of a facility's several; empty for nothing.
+QString selectedOf(const FacilityEntry &entry, const Options &options)
+{
+    const auto selected = options.selected.find(entry.selector);
+    return selected == options.selected.end() ? QString() : QString::fromStdString(selected->second);
+}
+
+// Whether a facility stands for nothing, as something has to be selected and is not.
+bool lacksSelection(const FacilityEntry &entry, const Options &options)
+{
+    return entry.choices && selectedOf(entry, options).isEmpty();
+}
+
 // An instance of a facility that lives as long as the command looks at it.
 class Instance
 {
 public:
     Instance(const FacilityEntry &entry, const Options &options) : m_entry(entry)
     {
-        const auto selected = options.selected.find(entry.selector);
-        m_object = entry.make(
-            selected == options.selected.end() ? QString() : QString::fromStdString(selected->second));
+        const QString selected = selectedOf(entry, options);
+        const QStringList choices = entry.choices ? entry.choices() : QStringList();
+        if (entry.choices && !selected.isEmpty() && !choices.contains(selected)) {
+            throw CommandError(Unavailable,
+                entry.name + QLatin1String(": there is no ") + entry.selector + QLatin1String(" '") + selected
+                    + QLatin1String("'; there is ") + enumerated(choices));
+        }
+        m_object = entry.make(selected);
     }
     [[nodiscard]] QObject *object() const { return m_object.get(); }
     [[nodiscard]] const FacilityEntry &entry() const { return m_entry; }
@@ -95,10 +119,7 @@ public:
 private:
     [[nodiscard]] bool report(const QString &problem) const
     {
-        std::fprintf(stderr, "ozdevice: %s: %s%s\n", qUtf8Printable(m_entry.name), qUtf8Printable(problem),
-            problem.contains(QLatin1String(std::strerror(ENOENT)))
-                ? " (is ozdeviced running? try: ozdevice run -- COMMAND)"
-                : "");
+        std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(unavailableText(m_entry.name, problem)));
         return false;
     }
 
@@ -166,8 +187,26 @@ int show(const Options &options)
     bool available = true;
     QJsonObject all;
     for (const FacilityEntry *entry : chosen(options)) {
+        if (lacksSelection(*entry, options)) {
+            const QStringList choices = entry->choices();
+            all.insert(entry->name,
+                QJsonObject{{QStringLiteral("choices"),
+                    QJsonObject{{entry->selector, QJsonArray::fromStringList(choices)}}}});
+            if (!options.json) {
+                printLine(painted(Paint::Bold, entry->name) + QLatin1String("\n  --") + entry->selector
+                    + QLatin1String(" is one of ") + choices.join(QLatin1String(", ")));
+            }
+            continue;
+        }
         const Instance instance(*entry, options);
         available = instance.reportUnavailable() && available;
+        if (entry->readAnew)
+            entry->readAnew(instance.object());
+        const QDeadlineTimer patience(FirstValuesDeadline);
+        while (entry->isComplete && !entry->isComplete(instance.object()) && !patience.hasExpired()) {
+            QCoreApplication::processEvents();
+            QThread::msleep(1);
+        }
         const auto properties = readProperties(instance.object());
         available = instance.reportWarnings() && available;
         if (options.json) {
@@ -206,24 +245,56 @@ QString signalText(const QMetaMethod &signal, const QVariantList &arguments)
     return QLatin1String(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')';
 }
 
+// Begins a line about something that happens now.
+QString beginning(const FacilityEntry &entry)
+{
+    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+    return painted(Paint::Dim, now) + QLatin1String("  ") + painted(Paint::Bold, entry.name)
+        + QLatin1String("  ");
+}
+
+QJsonObject jsonBeginning(const FacilityEntry &entry)
+{
+    return {{QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("facility"), entry.name}};
+}
+
 void printSignal(
     const FacilityEntry &entry, const QMetaMethod &signal, const QVariantList &arguments, bool asJson)
 {
-    const QDateTime now = QDateTime::currentDateTime();
     if (asJson) {
         QJsonArray values;
         for (const QVariant &argument : arguments)
             values.append(meta::valueJson(argument));
-        printJson({{QStringLiteral("time"), now.toUTC().toString(Qt::ISODateWithMs)},
-                      {QStringLiteral("facility"), entry.name},
-                      {QStringLiteral("signal"), QLatin1String(signal.name())},
-                      {QStringLiteral("signature"), QLatin1String(signal.methodSignature())},
-                      {QStringLiteral("arguments"), values}},
-            QJsonDocument::Compact);
+        QJsonObject line = jsonBeginning(entry);
+        line.insert(QStringLiteral("signal"), QLatin1String(signal.name()));
+        line.insert(QStringLiteral("signature"), QLatin1String(signal.methodSignature()));
+        line.insert(QStringLiteral("arguments"), values);
+        printJson(line, QJsonDocument::Compact);
         return;
     }
-    printLine(painted(Paint::Dim, now.toString(QStringLiteral("HH:mm:ss.zzz"))) + QLatin1String("  ")
-        + painted(Paint::Bold, entry.name) + QLatin1String("  ") + signalText(signal, arguments));
+    printLine(beginning(entry) + signalText(signal, arguments));
+}
+
+// What changed in an object of the tree.
+void printChange(const FacilityEntry &entry, const PpsObject &object, const QVariantMap &changed, bool asJson)
+{
+    const QString path = object.path().section(u'?', 0, 0);
+    if (asJson) {
+        QJsonObject line = jsonBeginning(entry);
+        line.insert(QStringLiteral("object"), path);
+        line.insert(QStringLiteral("changed"), meta::valueJson(changed));
+        printJson(line, QJsonDocument::Compact);
+        return;
+    }
+    QStringList texts;
+    for (auto attribute = changed.cbegin(); attribute != changed.cend(); ++attribute) {
+        // One that is gone is written as in the tree.
+        texts.append(attribute->isValid()
+                ? QString(attribute.key() + u'=' + painted(Paint::Value, meta::valueText(*attribute)))
+                : QString(u'-' + attribute.key()));
+    }
+    printLine(beginning(entry) + path.section(u'/', -1) + QLatin1String(": ") + texts.join(u' '));
 }
 
 // The second form of a signal that carries an enumeration, with numbers in its place.
@@ -239,32 +310,168 @@ bool isNumericTwin(const QMetaMethod &signal)
     return false;
 }
 
+// Prints what happens to facilities until it is enough.
+class Watch
+{
+public:
+    explicit Watch(const Options &options) : m_options(options), m_remaining(options.count) { }
+
+    // Begins to watch a facility; false, after saying why, where it is not there.
+    bool add(const FacilityEntry &entry)
+    {
+        m_instances.push_back(std::make_unique<Instance>(entry, m_options));
+        const Instance &instance = *m_instances.back();
+        if (entry.readAnew) {
+            addCounters(instance);
+            return true;
+        }
+        m_taps.push_back(std::make_unique<meta::SignalTap>(
+            instance.object(), [this, &entry](const QMetaMethod &signal, const QVariantList &arguments) {
+                if (!(m_options.typed && isNumericTwin(signal)))
+                    tell([&] { printSignal(entry, signal, arguments, m_options.json); });
+            }));
+        bool available = instance.reportUnavailable();
+        available = instance.reportWarnings() && available;
+        for (const QString &path : entry.activity)
+            available = addObject(entry, path) && available;
+        return available;
+    }
+
+    [[nodiscard]] int run()
+    {
+        if (!m_options.duration.empty())
+            QTimer::singleShot(
+                milliseconds(QString::fromStdString(m_options.duration)), qApp, &QCoreApplication::quit);
+        const int status = QCoreApplication::exec();
+        if (m_problem)
+            throw CommandError(*m_problem);
+        return status;
+    }
+
+private:
+    void tell(const std::function<void()> &print)
+    {
+        if (m_options.count && m_remaining == 0)
+            return;
+        print();
+        if (m_options.count && --m_remaining == 0)
+            QCoreApplication::quit();
+    }
+
+    void addCounters(const Instance &instance)
+    {
+        const FacilityEntry &entry = instance.entry();
+        const int interval = milliseconds(QString::fromStdString(m_options.every));
+        if (interval == 0)
+            throw CommandError(WrongUse, QStringLiteral("--every is a time longer than 0"));
+        m_tables.push_back(std::make_unique<CounterTable>(
+            entry, instance.object(), selectedOf(entry, m_options), m_options.json));
+        auto *timer = m_timers.emplace_back(std::make_unique<QTimer>()).get();
+        timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(timer, &QTimer::timeout, [this, table = m_tables.back().get()] {
+            try {
+                tell([&] { table->printNext(); });
+            } catch (const CommandError &error) { // which is not for the event loop
+                m_problem = error;
+                QCoreApplication::quit();
+            }
+        });
+        timer->start(interval);
+    }
+
+    bool addObject(const FacilityEntry &entry, const QString &path)
+    {
+        auto *object =
+            m_objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
+        const bool opened = object->open(PpsOpenMode::Subscribe);
+        if (!opened) {
+            std::fprintf(stderr, "ozdevice: %s\n",
+                qUtf8Printable(
+                    unavailableText(entry.name, path + QLatin1String(": ") + object->errorString())));
+            return false;
+        }
+        (void)object->read(); // as it is now is no change
+        QObject::connect(object, &PpsObject::readyRead, [this, &entry, object] {
+            const QVariantMap message = PpsObject::decode(object->read());
+            if (!message.isEmpty())
+                tell([&] { printChange(entry, *object, message.first().toMap(), m_options.json); });
+        });
+        return true;
+    }
+
+    const Options &m_options;
+    int m_remaining;
+    std::optional<CommandError> m_problem;
+    std::vector<std::unique_ptr<Instance>> m_instances;
+    std::vector<std::unique_ptr<meta::SignalTap>> m_taps;
+    std::vector<std::unique_ptr<PpsObject>> m_objects;
+    std::vector<std::unique_ptr<CounterTable>> m_tables;
+    std::vector<std::unique_ptr<QTimer>> m_timers;
+};
+
 int watch(const Options &options)
 {
-    std::vector<std::unique_ptr<Instance>> instances;
-    std::vector<std::unique_ptr<meta::SignalTap>> taps;
+    Watch watch(options);
     bool available = true;
-    int remaining = options.count;
     for (const FacilityEntry *entry : chosen(options)) {
-        instances.push_back(std::make_unique<Instance>(*entry, options));
-        available = instances.back()->reportUnavailable() && available;
-        available = instances.back()->reportWarnings() && available;
-        taps.push_back(std::make_unique<meta::SignalTap>(
-            instances.back()->object(), [&, entry](const QMetaMethod &signal, const QVariantList &arguments) {
-                if ((options.typed && isNumericTwin(signal)) || (options.count && remaining == 0))
-                    return;
-                printSignal(*entry, signal, arguments, options.json);
-                if (options.count && --remaining == 0)
-                    QCoreApplication::quit();
-            }));
+        if (!lacksSelection(*entry, options)) {
+            available = watch.add(*entry) && available;
+        } else if (!options.facilities.empty()) {
+            throw CommandError(WrongUse,
+                entry->name + QLatin1String(": which one? --") + entry->selector
+                    + QLatin1String(" is one of ") + entry->choices().join(QLatin1String(", ")));
+        }
     }
-    if (!available)
-        return Unavailable;
-    if (!options.duration.empty())
-        QTimer::singleShot(
-            milliseconds(QString::fromStdString(options.duration)), qApp, &QCoreApplication::quit);
-    return QCoreApplication::exec();
+    return available ? watch.run() : Unavailable;
 }
+
+// A writable property of a facility, and the value that it shall have.
+class Setting
+{
+public:
+    Setting(const FacilityEntry &entry, const QString &name, const std::optional<QString> &text)
+    {
+        const QMetaObject *type = entry.type;
+        const int index = type->indexOfProperty(name.toUtf8().constData());
+        if (index < QObject::staticMetaObject.propertyCount()) {
+            QStringList names;
+            for (int i = QObject::staticMetaObject.propertyCount(); i < type->propertyCount(); ++i)
+                names.append(QLatin1String(type->property(i).name()));
+            throw CommandError(WrongUse,
+                entry.name + QLatin1String(" has no property '") + name + QLatin1String("'; it has ")
+                    + enumerated(names));
+        }
+        m_property = type->property(index);
+        if (!m_property.isWritable())
+            throw CommandError(WrongUse,
+                entry.name + QLatin1String(": the property '") + name + QLatin1String("' is read-only"));
+        const QString expected = meta::expectation(m_property.metaType());
+        if (!text) {
+            throw CommandError(WrongUse,
+                entry.name + QLatin1String(": ") + name + QLatin1String(" takes one value, ") + expected);
+        }
+        const auto value = meta::parseValue(*text, m_property.metaType());
+        if (!value) {
+            throw CommandError(WrongUse,
+                entry.name + QLatin1String(": ") + name + QLatin1String(" is ") + expected
+                    + QLatin1String(", not '") + *text + u'\'');
+        }
+        m_value = *value;
+    }
+
+    void applyTo(const Instance &instance) const
+    {
+        if (!m_property.write(instance.object(), m_value)) {
+            throw CommandError(Failed,
+                instance.entry().name + QLatin1String(": ") + QLatin1String(m_property.name())
+                    + QLatin1String(" was not set"));
+        }
+    }
+
+private:
+    QMetaProperty m_property;
+    QVariant m_value;
+};
 
 // Says on a terminal that a call waits, where it takes longer than a person expects. The call blocks the
 // thread, so another one has to.
@@ -310,9 +517,19 @@ int call(const Options &options)
     const auto method = meta::MethodCall::find(entry.type, name, words, &problem);
     if (!method)
         throw CommandError(WrongUse, entry.name + QLatin1String(": ") + problem);
+    std::vector<Setting> settings;
+    for (const std::string &set : options.sets) {
+        const QString text = QString::fromStdString(set);
+        const std::optional<QString> value =
+            text.contains(u'=') ? std::optional(text.section(u'=', 1)) : std::nullopt;
+        settings.emplace_back(entry, text.section(u'=', 0, 0), value);
+    }
     const Instance instance(entry, options);
     if (!instance.reportUnavailable() || !instance.reportWarnings())
         return Unavailable;
+    LastingCall lasting(entry, instance.object());
+    for (const Setting &setting : settings)
+        setting.applyTo(instance);
     QVariant result;
     {
         const WaitingNotice notice(entry.name + u' ' + name);
@@ -321,44 +538,26 @@ int call(const Options &options)
     if (result.isValid())
         printLine(meta::valueText(result));
     printPostponedSignals(instance.object());
-    return Success;
+    return instance.reportWarnings() ? lasting.waitForEnd() : Unavailable;
 }
 
 int set(const Options &options)
 {
     const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
     const QString name = QString::fromStdString(options.member);
-    const int index = entry.type->indexOfProperty(options.member.c_str());
-    if (index < QObject::staticMetaObject.propertyCount()) {
-        QStringList names;
-        for (int i = QObject::staticMetaObject.propertyCount(); i < entry.type->propertyCount(); ++i)
-            names.append(QLatin1String(entry.type->property(i).name()));
-        throw CommandError(WrongUse,
-            entry.name + QLatin1String(" has no property '") + name + QLatin1String("'; it has ")
-                + enumerated(names));
-    }
-    const QMetaProperty property = entry.type->property(index);
-    if (!property.isWritable())
-        throw CommandError(WrongUse,
-            entry.name + QLatin1String(": the property '") + name + QLatin1String("' is read-only"));
-    if (options.words.size() != 1) {
-        throw CommandError(WrongUse,
-            entry.name + QLatin1String(": ") + name + QLatin1String(" takes one value, ")
-                + meta::expectation(property.metaType()));
-    }
-    const QString text = QString::fromStdString(options.words.front());
-    const auto value = meta::parseValue(text, property.metaType());
-    if (!value) {
-        throw CommandError(WrongUse,
-            entry.name + QLatin1String(": ") + name + QLatin1String(" is ")
-                + meta::expectation(property.metaType()) + QLatin1String(", not '") + text + u'\'');
-    }
+    const Setting setting(entry, name,
+        options.words.size() == 1 ? std::optional(QString::fromStdString(options.words.front()))
+                                  : std::nullopt);
     const Instance instance(entry, options);
     if (!instance.reportUnavailable())
         return Unavailable;
-    if (!property.write(instance.object(), *value))
-        throw CommandError(Failed, entry.name + QLatin1String(": ") + name + QLatin1String(" was not set"));
-    printLine(name + QLatin1String(" = ") + meta::valueText(property.read(instance.object())));
+    setting.applyTo(instance);
+    printLine(
+        name + QLatin1String(" = ") + meta::valueText(instance.object()->property(options.member.c_str())));
+    std::fprintf(stderr,
+        "ozdevice: %s belongs to this one object, which is gone now; a call of one that has it is "
+        "ozdevice call %s METHOD --set %s=VALUE\n",
+        options.member.c_str(), options.facility.c_str(), options.member.c_str());
     return Success;
 }
 
@@ -394,7 +593,8 @@ void addFacilityCommands(CLI::App &parser, Action &action)
     watcher->add_flag("--json", watchOptions->json, "One JSON object a line");
     watcher->add_flag(
         "--typed", watchOptions->typed, "Leave out the second, numeric form of enumeration signals");
-    watcher->add_option("--count", watchOptions->count, "End after so many signals")
+    watcher->add_option("--every", watchOptions->every, "How often to read counters")->default_str("1s");
+    watcher->add_option("--count", watchOptions->count, "End after so many lines")
         ->check(CLI::PositiveNumber);
     watcher->add_option("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
     addSelectors(watcher, *watchOptions);
@@ -404,6 +604,12 @@ void addFacilityCommands(CLI::App &parser, Action &action)
     caller->add_option("FACILITY", callOptions->facility)->required();
     caller->add_option("METHOD", callOptions->member)->required();
     caller->add_option("ARGUMENT", callOptions->words, "Enumerators by name; a negative number after --");
+    caller->add_option("--set", callOptions->sets, "Set a writable property of the object first, repeatable")
+        ->type_name("PROPERTY=VALUE")
+        ->expected(1)
+        ->take_all();
+    caller->footer(
+        "Where a call goes on after it returned, as flashing does, the command waits until it has ended.");
     addSelectors(caller, *callOptions);
 
     const auto [setter, setOptions] = verbs.add("set", "Set a writable property of a facility", set);

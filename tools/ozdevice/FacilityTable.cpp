@@ -6,10 +6,17 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DeviceInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
+#include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
+
+#include <net/if.h>
 
 namespace oz::tools {
 
@@ -56,7 +63,64 @@ FacilityEntry facility(const char *name, const char *help, const char *selector)
         }};
 }
 
+FacilityEntry deviceState()
+{
+    auto entry =
+        facility<device::DeviceInfo>("device", "how the device is held, and whether somebody uses it");
+    entry.isComplete = [](const QObject *object) {
+        return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
+    };
+    return entry;
+}
+
+// Nothing selected is the primary one, whatever its identifier.
+FacilityEntry display()
+{
+    auto entry = facility<device::DisplayInfo, int>("display", "a display", "display");
+    entry.make = [chosen = entry.make](const QString &selected) {
+        return selected.isEmpty() ? std::make_unique<device::DisplayInfo>() : chosen(selected);
+    };
+    return entry;
+}
+
+QStringList networkInterfaces()
+{
+    QStringList names;
+    struct if_nameindex *all = ::if_nameindex();
+    for (const auto *one = all; one && one->if_index != 0; ++one)
+        names.append(QString::fromUtf8(one->if_name));
+    ::if_freenameindex(all);
+    return names;
+}
+
+FacilityEntry networkUsage()
+{
+    auto entry = facility<device::NetworkDataUsage, QString>(
+        "network", "the traffic of a network interface", "interface");
+    entry.readAnew = [](QObject *object) { qobject_cast<device::NetworkDataUsage *>(object)->update(); };
+    entry.choices = networkInterfaces;
+    return entry;
+}
+
 } // namespace
+
+FacilityEntry FacilityEntry::busyWhile(const char *property) &&
+{
+    busy = property;
+    return std::move(*this);
+}
+
+FacilityEntry FacilityEntry::servedBy(const char *path) &&
+{
+    service = QLatin1String(path);
+    return std::move(*this);
+}
+
+FacilityEntry FacilityEntry::toldBy(const char *path) &&
+{
+    activity.append(QLatin1String(path));
+    return std::move(*this);
+}
 
 const std::vector<FacilityEntry> &facilityTable()
 {
@@ -71,6 +135,16 @@ const std::vector<FacilityEntry> &facilityTable()
         facility<CellularRadioInfo>("radio", "the cellular radio"),
         facility<CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index"),
         facility<CellularDataInterface, QString>("data-profile", "a cellular data profile", "name"),
+        facility<Led>("led", "the notification LED")
+            .busyWhile("active")
+            .servedBy("/pps/services/led/control")
+            .toldBy("/pps/services/led/activity"),
+        facility<VibrationController>("vibration", "the vibration motor")
+            .servedBy("/pps/services/vibrator")
+            .toldBy("/pps/services/vibration/activity"),
+        networkUsage(),
+        deviceState(),
+        display(),
         facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
     };
     return table;

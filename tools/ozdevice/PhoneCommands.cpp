@@ -3,6 +3,7 @@
 #include "meta/MetaText.hpp"
 #include "ozdevice/Command.hpp"
 #include "ozdevice/PrivatePhone.hpp"
+#include "ozdevice/Signals.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -10,13 +11,10 @@
 
 #include <QCoreApplication>
 #include <QProcess>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <QVariantMap>
 
 #include <csignal>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 namespace oz::tools {
 
@@ -37,32 +35,6 @@ QStringList wordsOf(const Options &options)
         words.append(QString::fromStdString(word));
     return words;
 }
-
-// Signals that end the program come through the event loop, so that everything is cleaned up on the way out.
-class Signals
-{
-public:
-    explicit Signals(const std::function<void(int signal)> &handler)
-    {
-        sigemptyset(&m_set);
-        for (const int number : {SIGINT, SIGTERM, SIGHUP})
-            sigaddset(&m_set, number);
-        sigprocmask(SIG_BLOCK, &m_set, nullptr);
-        const int descriptor = ::signalfd(-1, &m_set, SFD_CLOEXEC | SFD_NONBLOCK);
-        m_notifier = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
-        QObject::connect(m_notifier.get(), &QSocketNotifier::activated, [descriptor, handler] {
-            signalfd_siginfo info;
-            while (::read(descriptor, &info, sizeof info) == sizeof info)
-                handler(int(info.ssi_signo));
-        });
-    }
-    // A child starts with the signals as usual.
-    void unblock() const { sigprocmask(SIG_UNBLOCK, &m_set, nullptr); }
-
-private:
-    sigset_t m_set{};
-    std::unique_ptr<QSocketNotifier> m_notifier;
-};
 
 int run(const Options &options)
 {

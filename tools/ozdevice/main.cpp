@@ -11,7 +11,9 @@
 #include <QFileInfo>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <string_view>
 #include <unistd.h>
 
@@ -37,6 +39,13 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
 const std::vector<std::string> &wordsAfterDashes()
 {
     return s_wordsAfterDashes;
+}
+
+QString unavailableText(const QString &facility, const QString &problem)
+{
+    const bool isMissing = problem.contains(QLatin1String(std::strerror(ENOENT)));
+    return facility + QLatin1String(": ") + problem
+        + (isMissing ? QStringLiteral(" (is ozdeviced running? try: ozdevice run -- COMMAND)") : QString());
 }
 
 QStringList takeLibraryWarnings()

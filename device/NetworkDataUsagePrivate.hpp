@@ -1,0 +1,22 @@
+#pragma once
+
+#include <oz/device/NetworkDataUsage.hpp>
+
+namespace oz::device {
+
+struct NetworkDataUsagePrivate
+{
+    struct Counters
+    {
+        quint64 packetsReceived = 0;
+        quint64 bytesReceived = 0;
+        quint64 packetsSent = 0;
+        quint64 bytesSent = 0;
+    };
+
+    NetworkDataUsage *q;
+    QString networkInterfaceName;
+    Counters counters{};
+};
+
+} // namespace oz::device

@@ -1,0 +1,142 @@
+#include "vibration/VibrationPublisher.hpp"
+
+#include "core/Error.hpp"
+
+#include <cerrno>
+#include <limits>
+
+namespace oz::services {
+
+namespace {
+
+const QString Duration = QStringLiteral("duration");
+const QString Intensity = QStringLiteral("intensity");
+
+constexpr int UntilStopped = std::numeric_limits<int>::max();
+
+int numberIn(const QVariantMap &request, const QString &name, int most)
+{
+    const QVariant value = request.value(name);
+    if (value.typeId() != QMetaType::Int || value.toInt() < 0 || value.toInt() > most) {
+        throw Error(u'\'' + name + QLatin1String("' is a whole number from 0 to ") + QString::number(most)
+            + QLatin1String(", not '") + value.toString().left(64) + u'\'');
+    }
+    return value.toInt();
+}
+
+} // namespace
+
+class VibrationPublisher::Vibrator final : public ServedObject
+{
+public:
+    explicit Vibrator(VibrationPublisher &publisher)
+        : ServedObject(QStringLiteral("/pps/services/vibrator")), m_publisher(publisher)
+    {
+    }
+
+private:
+    void onMessage(
+        const PpsServer::Client &client, const QVariantMap &attributes, const QString &malformed) override
+    {
+        QVariantMap answer;
+        try {
+            if (!malformed.isEmpty())
+                throw Error(malformed);
+            answer = m_publisher.onRequest(attributes);
+        } catch (const Error &error) {
+            Reply::failure(EINVAL, QString::fromUtf8(error.what())).addErrorTo(&answer);
+        }
+        // Most clients are gone by now, which is all the same.
+        server().send(client.id, answer);
+    }
+
+    VibrationPublisher &m_publisher;
+};
+
+VibrationPublisher::VibrationPublisher(VibrationSource &source)
+    : m_source(source), m_activity(QStringLiteral("/pps/services/vibration/activity"))
+{
+    m_end.setSingleShot(true);
+    m_end.setTimerType(Qt::PreciseTimer);
+    connect(&m_end, &QTimer::timeout, this, [this] { endRun(QStringLiteral("done")); });
+    connect(&m_source, &VibrationSource::presentChanged, this, &VibrationPublisher::serve);
+    publish();
+    serve();
+}
+
+VibrationPublisher::~VibrationPublisher()
+{
+    endRun(QStringLiteral("stopped"));
+}
+
+void VibrationPublisher::serve()
+{
+    if (!m_source.isPresent()) {
+        m_vibrator.reset();
+        endRun(QStringLiteral("stopped"));
+    } else if (!m_vibrator) {
+        m_vibrator = std::make_unique<Vibrator>(*this);
+        m_vibrator->start(0666);
+    }
+}
+
+QVariantMap VibrationPublisher::onRequest(const QVariantMap &request)
+{
+    const int duration = numberIn(request, Duration, UntilStopped);
+    const int intensity = numberIn(request, Intensity, 100);
+    if (duration == 0 || intensity == 0)
+        endRun(QStringLiteral("stopped"));
+    else
+        run(duration, intensity);
+    return {{Duration, duration}, {Intensity, intensity}};
+}
+
+void VibrationPublisher::run(int duration, int intensity)
+{
+    finish(QStringLiteral("replaced"));
+    m_run = {QDateTime::currentDateTimeUtc(), duration, intensity};
+    m_running.start();
+    ++m_runs;
+    if (duration != UntilStopped)
+        m_end.start(duration);
+    m_source.drive(intensity);
+    publish();
+}
+
+void VibrationPublisher::endRun(const QString &how)
+{
+    if (!m_run)
+        return;
+    finish(how);
+    m_source.drive(0);
+    publish();
+}
+
+void VibrationPublisher::finish(const QString &how)
+{
+    if (!m_run)
+        return;
+    m_end.stop();
+    m_last = attributesOf(*m_run);
+    m_last.insert(QStringLiteral("ran"), m_running.elapsed());
+    m_last.insert(QStringLiteral("end"), how);
+    m_run.reset();
+}
+
+QVariantMap VibrationPublisher::attributesOf(const Run &run)
+{
+    return {{QStringLiteral("started"), run.started.toString(Qt::ISODateWithMs)}, {Duration, run.duration},
+        {Intensity, run.intensity}};
+}
+
+void VibrationPublisher::publish()
+{
+    QVariantMap activity{{QStringLiteral("running"), m_run.has_value()}, {QStringLiteral("runs"), m_runs}};
+    if (m_run)
+        activity.insert(QStringLiteral("run"), attributesOf(*m_run));
+    if (!m_last.isEmpty())
+        activity.insert(QStringLiteral("last"), m_last);
+    m_activity.publish(activity);
+}
+
+} // namespace oz::services

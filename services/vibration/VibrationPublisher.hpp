@@ -1,0 +1,55 @@
+#pragma once
+
+#include "core/ServedObject.hpp"
+#include "core/StatePublisher.hpp"
+#include "vibration/VibrationSource.hpp"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <memory>
+
+namespace oz::services {
+
+/*!
+ * The vibrator service. It serves "/pps/services/vibrator", which takes maps of "duration" in milliseconds
+ * (0 stops, 2147483647 is until stopped) and "intensity" (0 stops, up to 100). It answers with what it took,
+ * or with "err" and "errstr". A request replaces the one before, of whichever client, and outlives its
+ * client. What the motor does is told by "/pps/services/vibration/activity": "running", "runs", "run" while
+ * there is one, and "last".
+ */
+class VibrationPublisher : public QObject
+{
+public:
+    explicit VibrationPublisher(VibrationSource &source);
+    ~VibrationPublisher() override;
+
+private:
+    struct Run
+    {
+        QDateTime started;
+        int duration = 0; // milliseconds, as asked for
+        int intensity = 0;
+    };
+    class Vibrator;
+
+    void serve();
+    void publish();
+    [[nodiscard]] QVariantMap onRequest(const QVariantMap &request);
+    void run(int duration, int intensity);
+    void endRun(const QString &how);
+    void finish(const QString &how);
+    [[nodiscard]] static QVariantMap attributesOf(const Run &run);
+
+    VibrationSource &m_source;
+    StatePublisher m_activity;
+    std::unique_ptr<Vibrator> m_vibrator;
+    std::optional<Run> m_run;
+    QElapsedTimer m_running; // which no change of the clock disturbs
+    QTimer m_end;
+    QVariantMap m_last; // the run before, as it is published
+    quint64 m_runs = 0;
+};
+
+} // namespace oz::services
