@@ -9,7 +9,7 @@ packages=(
     libxcb-randr0-dev
     libgtest-dev libgmock-dev
 )
-test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils)
+test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2)
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git)

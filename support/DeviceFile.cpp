@@ -1,5 +1,6 @@
 #include <oz/DeviceFile.hpp>
 
+#include "Errno.hpp"
 #include "EventSources.hpp"
 #include "LocalSocket.hpp"
 
@@ -7,7 +8,6 @@
 
 #include <QFile>
 
-#include <cerrno>
 #include <fcntl.h>
 #include <mutex>
 #include <poll.h>
@@ -42,12 +42,6 @@ Owing &owing()
 {
     static Owing s_owing;
     return s_owing;
-}
-
-int fail(int error)
-{
-    errno = error;
-    return -1;
 }
 
 int waitForInput(int fd, int milliseconds)

@@ -1,5 +1,6 @@
 #include <oz/EventDelivery.hpp>
 
+#include "Errno.hpp"
 #include "EventSources.hpp"
 #include "ServiceThread.hpp"
 #include "UniqueFd.hpp"
@@ -7,7 +8,6 @@
 #include <QSocketNotifier>
 
 #include <atomic>
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <map>
@@ -21,12 +21,6 @@
 namespace oz {
 
 namespace {
-
-int fail(int error)
-{
-    errno = error;
-    return -1;
-}
 
 // The connections on which pulses are received.
 class PulseConnections

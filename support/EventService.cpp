@@ -1,5 +1,6 @@
 #include <oz/EventService.hpp>
 
+#include "Errno.hpp"
 #include "EventSources.hpp"
 #include "ServiceThread.hpp"
 
@@ -7,7 +8,6 @@
 #include <QObject>
 #include <QThread>
 
-#include <cerrno>
 #include <condition_variable>
 #include <map>
 #include <memory>
@@ -17,12 +17,6 @@
 namespace oz {
 
 namespace {
-
-int fail(int error)
-{
-    errno = error;
-    return -1;
-}
 
 class EventService
 {

@@ -1,5 +1,6 @@
 #include <oz/Screen.hpp>
 
+#include "Errno.hpp"
 #include "Log.hpp"
 #include "ServiceThread.hpp"
 
@@ -7,7 +8,6 @@
 #include <oz/PpsObject.hpp>
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <condition_variable>
 #include <cstring>
@@ -48,12 +48,6 @@ struct _screen_context
 namespace {
 
 constexpr std::size_t MaxQueue = 256;
-
-int fail(int error)
-{
-    errno = error;
-    return -1;
-}
 
 // All contexts of the process, and the displays as they are in the tree. The functions of the service are
 // calls of it, one at a time.

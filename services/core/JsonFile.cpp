@@ -66,11 +66,11 @@ public:
 
     bool Null() { return add(Data::Null, {}); }
     bool Bool(bool value) { return add(Data::Boolean, value); }
-    bool Int(int value) { return add(Data::Number, value); }
-    bool Uint(unsigned value) { return add(Data::Number, value); }
-    bool Int64(std::int64_t value) { return add(Data::Number, qlonglong(value)); }
-    bool Uint64(std::uint64_t value) { return add(Data::Number, qulonglong(value)); }
-    bool Double(double value) { return add(Data::Number, value); }
+    // As it stands: it is converted where it is asked for.
+    bool RawNumber(const char *text, rapidjson::SizeType size, bool)
+    {
+        return add(Data::Number, QString::fromLatin1(text, qsizetype(size)));
+    }
     bool String(const char *text, rapidjson::SizeType size, bool)
     {
         return add(Data::Text, QString::fromUtf8(text, qsizetype(size)));
@@ -147,7 +147,7 @@ JsonNode JsonNode::parseFile(const QString &file)
 JsonNode JsonNode::parse(const QByteArray &text, const QString &file)
 {
     constexpr unsigned flags = rapidjson::kParseCommentsFlag | rapidjson::kParseValidateEncodingFlag
-        | rapidjson::kParseFullPrecisionFlag;
+        | rapidjson::kParseNumbersAsStringsFlag;
     rapidjson::MemoryStream stream(text.constData(), std::size_t(text.size()));
     JsonBuilder builder(text, file, stream);
     rapidjson::Reader reader;
@@ -174,15 +174,15 @@ void JsonNode::failAt(const Data &data, const QString &reason)
 
 void JsonNode::fail(const QString &reason, const QString &key) const
 {
-    const Data *member = key.isEmpty() ? nullptr : find(key);
+    const auto member = key.isEmpty() ? nullptr : find(key);
     failAt(member ? *member : *d, reason);
 }
 
-const JsonNode::Data *JsonNode::find(const QString &key) const
+std::shared_ptr<JsonNode::Data> JsonNode::find(const QString &key) const
 {
     for (const auto &[name, member] : d->members) {
         if (name == key)
-            return member.get();
+            return member;
     }
     return nullptr;
 }
@@ -195,19 +195,17 @@ void JsonNode::expectMap() const
 
 JsonNode JsonNode::map(const QString &key) const
 {
-    for (const auto &[name, member] : d->members) {
-        if (name != key)
-            continue;
-        JsonNode node(member);
-        node.expectMap();
-        return node;
-    }
-    return emptyMap();
+    const auto member = find(key);
+    if (!member)
+        return emptyMap();
+    JsonNode node(member);
+    node.expectMap();
+    return node;
 }
 
 std::vector<JsonNode> JsonNode::list(const QString &key) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return {};
     if (member->kind != Data::List)
@@ -236,7 +234,7 @@ std::vector<std::pair<QString, JsonNode>> JsonNode::members() const
 
 bool JsonNode::boolean(const QString &key, bool fallback) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return fallback;
     if (member->kind != Data::Boolean)
@@ -246,7 +244,7 @@ bool JsonNode::boolean(const QString &key, bool fallback) const
 
 double JsonNode::number(const QString &key, double fallback, double least, double most) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return fallback;
     const double value = member->value.toDouble();
@@ -260,7 +258,7 @@ double JsonNode::number(const QString &key, double fallback, double least, doubl
 
 int JsonNode::integer(const QString &key, int fallback, int least, int most) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return fallback;
     const double value = member->value.toDouble();
@@ -291,7 +289,7 @@ QString JsonNode::hardwareAddress(const QString &key, const QString &fallback) c
 
 QString JsonNode::text(const QString &key, const QString &fallback) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return fallback;
     if (member->kind != Data::Text)
@@ -342,24 +340,24 @@ QList<int> JsonNode::integers(const QString &key, const QList<int> &fallback, co
         return fallback;
     QList<int> values;
     for (const JsonNode &element : list(key)) {
-        const int value = element.d->value.toInt();
-        if (element.d->kind != Data::Number || !numbers.contains(value)
-            || element.d->value.toDouble() != value) {
+        const double number = element.d->value.toDouble();
+        const auto found = std::find(numbers.begin(), numbers.end(), number);
+        if (element.d->kind != Data::Number || found == numbers.end()) {
             QStringList texts;
-            for (const int number : numbers)
-                texts.append(QString::number(number));
+            for (const int known : numbers)
+                texts.append(QString::number(known));
             failAt(*element.d,
                 QLatin1String("expected one of ") + texts.join(QLatin1String(", "))
                     + QLatin1String(", found ") + element.d->description());
         }
-        values.append(value);
+        values.append(*found);
     }
     return values;
 }
 
 std::optional<QString> JsonNode::identifier(const QString &key, const QString &fallback) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     if (!member)
         return fallback;
     if (member->kind == Data::Null)
@@ -376,7 +374,7 @@ bool JsonNode::contains(const QString &key) const
 
 bool JsonNode::isNull(const QString &key) const
 {
-    const Data *member = find(key);
+    const auto member = find(key);
     return member && member->kind == Data::Null;
 }
 

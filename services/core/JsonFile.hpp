@@ -71,7 +71,7 @@ private:
     friend class JsonBuilder;
 
     explicit JsonNode(std::shared_ptr<Data> data) : d(std::move(data)) { }
-    [[nodiscard]] const Data *find(const QString &key) const;
+    [[nodiscard]] std::shared_ptr<Data> find(const QString &key) const;
     void expectMap() const;
     [[noreturn]] static void failAt(const Data &data, const QString &reason);
 

@@ -250,6 +250,7 @@ TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaks
         EXPECT_EQ(run({"sim", part, "never-answer"}).status, 0);
         int terminal = -1;
         const pid_t waiting = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+        ASSERT_GE(waiting, 0) << "no terminal to be had";
         if (waiting == 0) {
             ::execl(OZ_COMMAND, OZ_COMMAND, "call", facility, "requestScan", nullptr);
             ::_exit(127);

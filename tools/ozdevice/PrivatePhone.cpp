@@ -69,7 +69,8 @@ bool waitForDaemon(int milliseconds, const std::function<bool()> &goOn)
 
 PrivatePhone::PrivatePhone(const QString &phoneFile)
 {
-    const QString base = qEnvironmentVariable("XDG_RUNTIME_DIR", QDir::tempPath());
+    const QString runtime = qEnvironmentVariable("XDG_RUNTIME_DIR");
+    const QString base = runtime.isEmpty() ? QDir::tempPath() : runtime;
     QByteArray name = QFile::encodeName(base + QLatin1String("/ozdevice-run-XXXXXX"));
     if (!::mkdtemp(name.data()))
         throw CommandError(Failed,
