@@ -16,6 +16,7 @@
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/Led.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
@@ -239,6 +240,7 @@ int main(int argc, char **argv)
     registerConstruct<device::DeviceInfo>("construct/DeviceInfo");
     registerConstruct<device::DisplayInfo>("construct/DisplayInfo", 0);
     registerConstruct<device::WiFiDirect>("construct/WiFiDirect");
+    registerConstruct<device::MiracastManager>("construct/MiracastManager");
     benchmark::RegisterBenchmark("publish-to", fanOut)->RangeMultiplier(10)->Range(1, 1000)->UseRealTime();
     benchmark::RegisterBenchmark("unchanged/BatteryInfo", unchangedBattery<device::BatteryInfo>)
         ->UseManualTime();

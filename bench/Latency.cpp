@@ -16,6 +16,7 @@
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/DeviceInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 #include <oz/device/WiFiDirect.hpp>
@@ -117,6 +118,9 @@ const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> &faciliti
         {"wifidirect",
             ringsAt<WiFiDirect>(qOverload<QString, QString, WiFiDirectDeviceType::Type,
                 WiFiDirectSecondaryDeviceType::Types, WiFiDirectRole::Type>(&WiFiDirect::deviceDiscovered))},
+        {"miracast",
+            ringsAt<MiracastManager>(
+                qOverload<MiracastDisplayState::Type>(&MiracastManager::displayStateChanged))},
     };
     return all;
 }

@@ -40,7 +40,8 @@ std::vector<Message> allMessages()
     };
     const QVariantMap inventory{{"Processor_Numbers", 2}, {"Processor1_CPUSpeed", "1500MHz"},
         {"Processor1_CPUName", "Simulated core"}, {"Processor2_CPUSpeed", "1500MHz"},
-        {"Processor2_CPUName", "Simulated core"}, {"Keyboard", "qwerty"}, {"HDMI", "Micro"}};
+        {"Processor2_CPUName", "Simulated core"}, {"Keyboard", "qwerty"}, {"HDMI", "Micro"},
+        {"Miracast_Supported", "yes"}};
     const QVariantMap card{{"uicc_state", QVariantMap{{"state", "READY"}}},
         {"hplmn", QVariantMap{{"mcc", "001"}, {"mnc", "01"}}}, {"iccid", "8900100000000000001"}};
     const QVariantMap radio{{"power_status", "ON"},
@@ -70,6 +71,13 @@ std::vector<Message> allMessages()
             {"discovered_devices", QVariantMap{{"device_list", list}}},
             {"connected_devices", QVariantMap{{"device_list", QVariantList()}}}};
     };
+    const QVariantMap miracast{
+        {"sink_device",
+            QVariantMap{{"name", "Living room"}, {"mac", "02:00:00:00:02:01"}, {"type", "7-0050F204-1"}}},
+        {"sink_state", "CONNECTED"}, {"session", "PLAYING"},
+        {"session_id", "6293ab65-06f1-4546-8caf-2b1d80d3795c"},
+        {"sink_resolution", QVariantMap{{"width", 1920}, {"height", 1080}}}, {"service_stop_reason", 0},
+        {"service_status", "RUNNING"}};
     const auto displays = [](int width) {
         const auto external = ScreenDisplayKind::External;
         return DisplayTree::toAttributes(
@@ -91,6 +99,7 @@ std::vector<Message> allMessages()
         {"led", "/pps/services/led/status", led, with(led, "red", "on")},
         {"display", DisplayTree::PpsPath, displays(768), displays(640)},
         {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
+        {"miracast", "/pps/services/miracast/status", miracast, with(miracast, "session", "PAUSED")},
     };
 }
 

@@ -5,16 +5,20 @@
 #include "Report.hpp"
 
 #include "core/Daemon.hpp"
+#include "miracast/MiracastPublisher.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QEventLoop>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <cstdio>
 #include <cstdlib>
@@ -23,6 +27,7 @@
 #include <memory>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <thread>
 #include <unistd.h>
 
 using namespace oz;
@@ -39,6 +44,8 @@ struct FacilityRequest
     std::string name;
     QVariantMap message; // as the facility sends it
     std::function<std::function<bool()>()> make; // of a living object, a request: whether the answer is right
+    int maxRounds = 1'000'000;
+    std::chrono::milliseconds rest{0}; // before each round, until an earlier answer is out of the way
 };
 
 const std::vector<FacilityRequest> &facilityRequests()
@@ -50,6 +57,27 @@ const std::vector<FacilityRequest> &facilityRequests()
                     return wifi->cancelConnectRequest() == device::WiFiDirectResult::NoRequestToCancel;
                 };
             }},
+        // Its answer comes through a state object, to everybody.
+        {"miracast", {{"msg", "miracast_session_pause"}, {"id", "requestpause1394712345678"}},
+            []() -> std::function<bool()> {
+                return [miracast = std::make_shared<device::MiracastManager>()] {
+                    using Result = device::MiracastResult;
+                    Result::Type answer = Result::Success;
+                    QEventLoop loop;
+                    const auto connection = QObject::connect(miracast.get(),
+                        qOverload<Result::Type>(&device::MiracastManager::pauseCompleted),
+                        [&](Result::Type result) {
+                            answer = result;
+                            loop.quit();
+                        });
+                    QTimer::singleShot(std::chrono::seconds(10), &loop, &QEventLoop::quit);
+                    miracast->requestPause();
+                    loop.exec();
+                    QObject::disconnect(connection);
+                    return answer == Result::InvalidRequest;
+                };
+            },
+            200, 2 * services::MiracastPublisher::AnswerTime + std::chrono::milliseconds(5)},
     };
     return all;
 }
@@ -141,10 +169,11 @@ struct Way
 };
 
 // Measures the ways in turns, so that whatever else the machine does falls on all of them.
-void measure(std::vector<Way> *ways, int rounds)
+void measure(std::vector<Way> *ways, int rounds, std::chrono::milliseconds rest)
 {
-    constexpr int warmUp = 200;
+    const int warmUp = std::min(200, rounds / 10);
     for (int round = 0; round < rounds + warmUp; ++round) {
+        std::this_thread::sleep_for(rest);
         for (Way &way : *ways) {
             const double begun = now();
             if (!way.request()) {
@@ -206,7 +235,7 @@ int main(int argc, char **argv)
                             call << request.message;
                             return bus.call(call).type() == QDBusMessage::ReplyMessage;
                         }});
-        measure(&ways, rounds);
+        measure(&ways, std::min(rounds, request.maxRounds), request.rest);
         const auto add = [&](const char *name, std::size_t under, double share, double aim) {
             ratios.push_back({request.name + " request / " + name,
                 ways[1].samples.percentile(share) / ways[under].samples.percentile(share), aim});

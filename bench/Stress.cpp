@@ -1,23 +1,28 @@
 // Many processes that send requests to the services at once: whether each gets its own answers, and whether
 // the services stay as they are. Not one of the benchmarks: run it by hand, `bench_stress [--processes 50]
-// [--seconds 10]`.
+// [--seconds 10] [--facility wifidirect|miracast]`.
 
 #include "Processes.hpp"
 
 #include "core/Daemon.hpp"
 
 #include <oz/PpsObject.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QEventLoop>
 #include <QTemporaryDir>
+#include <QTimer>
 
 #include <csignal>
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -63,6 +68,48 @@ Tally askUntil(double end)
     return tally;
 }
 
+// Requests to a service that answers everybody in one place, each waiting for its own answer.
+Tally askMiracastUntil(double end)
+{
+    using device::MiracastManager;
+    using Result = device::MiracastResult;
+    const struct
+    {
+        std::function<void(MiracastManager &)> ask;
+        void (MiracastManager::*completed)(Result::Type);
+        Result::Type expected;
+    } requests[] = {
+        {&MiracastManager::requestPause, &MiracastManager::pauseCompleted, Result::InvalidRequest},
+        {&MiracastManager::requestResume, &MiracastManager::resumeCompleted, Result::InvalidRequest},
+        {&MiracastManager::requestDisconnect, &MiracastManager::disconnectCompleted, Result::InvalidRequest},
+        {[](MiracastManager &miracast) { miracast.requestConnect("nobody", QString()); },
+            &MiracastManager::connectCompleted, Result::DeviceNotFound},
+        {&MiracastManager::requestScan, &MiracastManager::scanCompleted, Result::Success},
+    };
+    Tally tally;
+    MiracastManager miracast;
+    QEventLoop loop;
+    QList<int> heard; // the request and its result, in turns
+    for (int i = 0; i < int(std::size(requests)); ++i) {
+        QObject::connect(&miracast, requests[i].completed, [&heard, &loop, i](Result::Type result) {
+            heard += {i, result};
+            loop.quit();
+        });
+    }
+    for (int i = ::getpid() % 5; now() < end; i = (i + 1) % 5) {
+        QTimer deadline;
+        deadline.setSingleShot(true);
+        QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
+        deadline.start(std::chrono::minutes(2));
+        heard.clear();
+        requests[i].ask(miracast);
+        loop.exec();
+        ++tally.requests;
+        tally.wrong += heard != QList<int>{i, requests[i].expected};
+    }
+    return tally;
+}
+
 long residentKilobytes(pid_t pid)
 {
     long total = 0;
@@ -76,7 +123,7 @@ qsizetype descriptors(pid_t pid)
     return QDir(QString("/proc/%1/fd").arg(pid)).entryList(QDir::Files | QDir::System).size();
 }
 
-Tally askInProcesses(int processes, double seconds)
+Tally askInProcesses(int processes, double seconds, Tally (*ask)(double end))
 {
     int ends[2];
     if (::pipe(ends) < 0)
@@ -86,7 +133,9 @@ Tally askInProcesses(int processes, double seconds)
     for (int i = 0; i < processes; ++i) {
         if (::fork() == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            const Tally tally = askUntil(end);
+            Tally tally;
+            // A thread of its own has an event loop that is not shared with the other processes.
+            std::thread([&] { tally = ask(end); }).join();
             ::_exit(::write(ends[1], &tally, sizeof tally) == sizeof tally ? 0 : 1);
         }
     }
@@ -118,21 +167,24 @@ int main(int argc, char **argv)
     }
     int processes = 50;
     double seconds = 10;
+    Tally (*ask)(double) = askUntil;
     for (int i = 1; i + 1 < words.size(); i += 2) {
         if (words[i] == "--processes")
             processes = words[i + 1].toInt();
         else if (words[i] == "--seconds")
             seconds = words[i + 1].toDouble();
+        else if (words[i] == "--facility" && words[i + 1] == "miracast")
+            ask = askMiracastUntil;
     }
     const QTemporaryDir root("/dev/shm/oz-stress-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
     qputenv("QT_LOGGING_RULES", "oz.device=false");
     const Listener services(argv[0], {"facility"});
 
-    askInProcesses(processes, 1); // what the first ones make the services load is not their own
+    askInProcesses(processes, 1, ask); // what the first ones make the services load is not their own
     const long memoryBefore = residentKilobytes(services.pid());
     const qsizetype descriptorsBefore = descriptors(services.pid());
-    const Tally tally = askInProcesses(processes, seconds);
+    const Tally tally = askInProcesses(processes, seconds, ask);
     ::usleep(100'000); // the last connections end
     const long memory = residentKilobytes(services.pid());
     const qsizetype open = descriptors(services.pid());

@@ -21,6 +21,9 @@ void LogText::warn(const PpsObject &pps) const
     case ErrorStringInBrackets:
         qCWarning(logDevice) << text << pps.errorString() << ")";
         break;
+    case ErrorStringJoined:
+        qCWarning(logDevice) << QString(QLatin1String(text) + pps.errorString() + u')');
+        break;
     }
 }
 

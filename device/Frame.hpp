@@ -31,6 +31,7 @@ struct LogText
         ErrorCode, //!< the errno, then "."
         ErrorString,
         ErrorStringInBrackets, //!< the error string, then ")"; the text ends with the opening one
+        ErrorStringJoined, //!< the same, all of it one string
     };
 
     const char *text;

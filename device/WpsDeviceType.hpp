@@ -14,17 +14,18 @@ namespace oz::device {
 struct WpsDeviceType
 {
     std::optional<int> category; //!< where the first piece is a decimal number, whatever follows it
-    std::optional<int> subCategory; //!< where the third of exactly three pieces is one
+    std::optional<int> subCategory; //!< where the third piece is one, whatever follows it
+    qsizetype pieces = 0; //!< three in a text of that form
 
     static WpsDeviceType parse(const QString &text)
     {
         const QStringList pieces = text.split(u'-');
         const auto numberIn = [&pieces](qsizetype piece) {
             bool ok = false;
-            const int number = pieces.at(piece).toInt(&ok);
+            const int number = pieces.value(piece).toInt(&ok);
             return ok ? std::optional(number) : std::nullopt;
         };
-        return {numberIn(0), pieces.size() == 3 ? numberIn(2) : std::nullopt};
+        return {numberIn(0), numberIn(2), pieces.size()};
     }
 };
 

@@ -17,6 +17,8 @@
 #include "hardware/SimulatedHardware.hpp"
 #include "led/LedPublisher.hpp"
 #include "led/SimulatedLed.hpp"
+#include "miracast/MiracastPublisher.hpp"
+#include "miracast/SimulatedMiracast.hpp"
 #include "orientation/OrientationPublisher.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/RadioPublisher.hpp"
@@ -74,6 +76,7 @@ const std::vector<Facility> &facilities()
             {{simulatedSource, simulated<VibrationPublisher, SimulatedVibrator>()}}},
         {QStringLiteral("wifi-direct"),
             {{simulatedSource, simulated<WiFiDirectPublisher, SimulatedWiFiDirect>()}}},
+        {QStringLiteral("miracast"), {{simulatedSource, simulated<MiracastPublisher, SimulatedMiracast>()}}},
     };
     return all;
 }

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QVariantList>
 
 #include <rapidjson/error/en.h>
@@ -267,6 +268,23 @@ int JsonNode::integer(const QString &key, int fallback, int least, int most) con
                 + QString::number(most) + QLatin1String(", found ") + member->description());
     }
     return int(value);
+}
+
+std::chrono::milliseconds JsonNode::seconds(const QString &key, double fallback) const
+{
+    return std::chrono::milliseconds(qRound(number(key, fallback, 0, 3'600) * 1000));
+}
+
+QString JsonNode::hardwareAddress(const QString &key, const QString &fallback) const
+{
+    QString address = text(key, fallback);
+    static const QRegularExpression form(QStringLiteral("^([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}$"));
+    if (!form.match(address).hasMatch()) {
+        fail(QLatin1String("expected a hardware address such as \"02:00:00:00:00:01\", found \"") + address
+                + u'"',
+            key);
+    }
+    return address;
 }
 
 QString JsonNode::text(const QString &key, const QString &fallback) const

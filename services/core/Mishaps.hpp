@@ -21,6 +21,14 @@ struct Mishap
     int number = 0;
 };
 
+/*! What the errors of a service's answers are called, and their range. */
+struct MishapErrors
+{
+    QString name = QStringLiteral("ERRNO");
+    int least = 1;
+    int most = 4095;
+};
+
 /*! Lets the next request to one control object of the simulated phone go wrong, as it is told. */
 class Mishaps
 {
@@ -29,8 +37,15 @@ public:
     using Requests = QList<std::pair<QString, QString>>;
 
     Mishaps() = default;
-    /*! Can be told to fail the next one of each of \a requests, too. */
-    explicit Mishaps(const Requests &requests) : m_requests(requests) { }
+    /*!
+     * Can be told to fail the next one of each of \a requests, too, with \a errors. Only \a kinds can happen
+     * to any request; none are all of them.
+     */
+    explicit Mishaps(
+        const Requests &requests, const MishapErrors &errors = {}, const QList<Mishap::Kind> &kinds = {})
+        : m_requests(requests), m_errors(errors), m_kinds(kinds)
+    {
+    }
 
     /*! What it can be told, for the verbs of a simulated part; they refer to this instance. */
     [[nodiscard]] std::vector<SimVerb> verbs();
@@ -40,6 +55,8 @@ public:
 private:
     std::optional<Mishap> m_next;
     Requests m_requests;
+    MishapErrors m_errors;
+    QList<Mishap::Kind> m_kinds;
     QMap<QString, int> m_failing; // the errors of the next requests, by their messages
 };
 

@@ -8,6 +8,7 @@
 #include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
 #include "led/SimulatedLed.hpp"
+#include "miracast/SimulatedMiracast.hpp"
 #include "orientation/SimulatedOrientation.hpp"
 #include "radio/SimulatedRadio.hpp"
 #include "sdcard/SimulatedSdCard.hpp"
@@ -113,6 +114,8 @@ SimulatedPhone::SimulatedPhone(const JsonNode &file)
     m_parts.push_back(std::make_unique<SimulatedLed>(section("led")));
     m_parts.push_back(std::make_unique<SimulatedVibrator>(section("vibration")));
     m_parts.push_back(std::make_unique<SimulatedWiFiDirect>(section("wifi-direct")));
+    m_parts.push_back(std::make_unique<SimulatedMiracast>(
+        section("miracast"), part<SimulatedHardware>(), part<SimulatedDisplays>()));
 
     QStringList names;
     for (const auto &part : m_parts)

@@ -30,7 +30,7 @@ SimulatedDataProfiles::SimulatedDataProfiles(const JsonNode &section, const Simu
     const QString profiles = QStringLiteral("profiles");
     const QString connectTime = QStringLiteral("connect-seconds");
     section.allowOnly({connectTime, profiles});
-    m_connectTime = std::chrono::milliseconds(qRound(section.number(connectTime, 1.5, 0, 3'600) * 1000));
+    m_connectTime = section.seconds(connectTime, 1.5);
     const JsonNode all = (section.contains(profiles) ? section : shippedSection(name())).map(profiles);
     for (const auto &member : all.members())
         readProfile(member.first, all.map(member.first));

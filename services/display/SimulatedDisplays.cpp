@@ -147,7 +147,7 @@ int SimulatedDisplays::addWireless(const QString &receiver, QSize size)
         ++id;
     QString name = QLatin1String("miracast-") + receiver;
     while (name.toUtf8().size() > MaxNameSize)
-        name.chop(1);
+        name.chop(name.back().isLowSurrogate() ? 2 : 1);
     m_displays.emplace(id, Display{name, ScreenDisplayKind::External, true, true, size, {0, 0}, 0, 0});
     Q_EMIT changed();
     return id;

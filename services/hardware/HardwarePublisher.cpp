@@ -39,6 +39,10 @@ QVariantMap inventoryOf(const HardwareSource::State &hardware)
         attributes.insert(QStringLiteral("HDMI"),
             *hardware.hdmi == HardwareSource::Hdmi::Micro ? QStringLiteral("Micro") : QStringLiteral("None"));
     }
+    if (hardware.miracast) {
+        attributes.insert(QStringLiteral("Miracast_Supported"),
+            *hardware.miracast ? QStringLiteral("yes") : QStringLiteral("no"));
+    }
     return attributes;
 }
 

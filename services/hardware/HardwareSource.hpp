@@ -37,6 +37,7 @@ public:
         QList<Processor> processors;
         std::optional<QString> keyboard; //!< its kind, "none" for none
         std::optional<Hdmi> hdmi;
+        std::optional<bool> miracast; //!< whether it can show its screen on wireless displays
     };
 
     /*! The state; nothing while it is not known yet, which is then not published either. */

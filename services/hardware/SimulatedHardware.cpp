@@ -22,12 +22,13 @@ SimulatedHardware::SimulatedHardware(const JsonNode &section)
     };
     const QString processors = QStringLiteral("processors");
     const QString hdmi = QStringLiteral("hdmi");
+    const QString miracast = QStringLiteral("miracast");
     QStringList known;
     for (const auto &text : texts) {
         known.append(text.key);
         m_state.*text.field = section.identifier(text.key, text.fallback);
     }
-    section.allowOnly(known + QStringList{processors, hdmi});
+    section.allowOnly(known + QStringList{processors, hdmi, miracast});
 
     m_state.processors = QList<Processor>(2, {QStringLiteral("Simulated core"), 1500});
     if (section.contains(processors))
@@ -42,6 +43,7 @@ SimulatedHardware::SimulatedHardware(const JsonNode &section)
             section.word(hdmi, QStringLiteral("micro"), {QStringLiteral("none"), QStringLiteral("micro")});
         m_state.hdmi = connector == u"micro" ? Hdmi::Micro : Hdmi::None;
     }
+    m_state.miracast = section.boolean(miracast, true);
 }
 
 std::vector<SimVerb> SimulatedHardware::verbs(const QString &)

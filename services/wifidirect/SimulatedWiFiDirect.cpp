@@ -44,18 +44,6 @@ QString ipOf(int host)
     return QLatin1String("192.168.49.") + QString::number(host);
 }
 
-QString addressIn(const JsonNode &node, const QString &key, const QString &fallback)
-{
-    QString text = node.text(key, fallback);
-    static const QRegularExpression address(QStringLiteral("^([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}$"));
-    if (!address.match(text).hasMatch()) {
-        node.fail(QLatin1String("expected a hardware address such as \"02:00:00:00:00:01\", found \"") + text
-                + u'"',
-            key);
-    }
-    return text;
-}
-
 // A passphrase of WPA2, which has 8 to 63 characters of ASCII; no error shows it.
 QString passwordIn(const JsonNode &node, const QString &fallback)
 {
@@ -65,11 +53,6 @@ QString passwordIn(const JsonNode &node, const QString &fallback)
     if (!text || !passphrase.match(*text).hasMatch())
         node.fail(QStringLiteral("expected 8 to 63 characters of ASCII"), key);
     return *text;
-}
-
-std::chrono::milliseconds timeIn(const JsonNode &section, const QString &key, double fallback)
-{
-    return std::chrono::milliseconds(qRound(section.number(key, fallback, 0, 3'600) * 1000));
 }
 
 } // namespace
@@ -82,12 +65,12 @@ SimulatedWiFiDirect::SimulatedWiFiDirect(const JsonNode &section) : m_mishaps(re
         QStringLiteral("scan-seconds"), QStringLiteral("connect-seconds"), peers});
     m_supported = section.boolean(QStringLiteral("supported"), true);
     m_enabled = section.boolean(QStringLiteral("enabled"), true);
-    m_address = addressIn(section, QStringLiteral("address"), QStringLiteral("02:00:00:00:00:01"));
+    m_address = section.hardwareAddress(QStringLiteral("address"), QStringLiteral("02:00:00:00:00:01"));
     m_ownGroup = {section.text(QStringLiteral("interface"), QStringLiteral("p2p0")), Role::GroupOwner,
         section.text(QStringLiteral("ssid"), QStringLiteral("DIRECT-oz-Kestrel")), m_address, ipOf(OwnerHost),
         passwordIn(section, QStringLiteral("kestrel-direct"))};
-    m_scanTime = timeIn(section, QStringLiteral("scan-seconds"), 3);
-    m_connectTime = timeIn(section, QStringLiteral("connect-seconds"), 2);
+    m_scanTime = section.seconds(QStringLiteral("scan-seconds"), 3);
+    m_connectTime = section.seconds(QStringLiteral("connect-seconds"), 2);
     const JsonNode all = (section.contains(peers) ? section : shippedSection(name())).map(peers);
     for (const auto &member : all.members())
         readPeer(member.first, all.map(member.first));
@@ -106,8 +89,8 @@ void SimulatedWiFiDirect::readPeer(const QString &key, const JsonNode &node)
         QStringLiteral("group"), QStringLiteral("ssid"), QStringLiteral("password")});
     const QString place = QString::number(0x100 + m_keys.size() + 1, 16).rightJustified(4, u'0');
     Known known;
-    known.peer.address =
-        addressIn(node, address, QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+    known.peer.address = node.hardwareAddress(
+        address, QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
     // Whatever its case, it is one address.
     const auto isSame = [&](const QString &other) {
         return other.compare(known.peer.address, Qt::CaseInsensitive) == 0;

@@ -5,6 +5,7 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 #include <oz/device/WiFiDirect.hpp>
@@ -156,6 +157,22 @@ const Facility Facilities[] = {
             "@status\nscanning:b:true\n"
             R"(connection:json:{"status":"connected","network_if":"p2p0","role":"client","ssid":"DIRECT-1","go_mac_addr":"02:00","go_ip_addr":"10.0.0.1","password":"secret"})",
             {}, {}}}},
+    {"MiracastManager", [] { return new MiracastManager; },
+        "hardwareAddress=\"02:00\" connectionState=Connected deviceName=\"TV\" devicePixelSize=1280x720 "
+        "displayState=Paused deviceCategory=Display deviceSubCategory=Television sessionId=\"s1\" "
+        "stopReason=NotStopped status=Running isSupported=true",
+        "hardwareAddress=\"\" connectionState=Unknown deviceName=\"\" devicePixelSize=0x0 "
+        "displayState=Unknown deviceCategory=Unknown deviceSubCategory=Unknown sessionId=\"\" "
+        "stopReason=Unknown status=Unknown isSupported=true",
+        {"MiracastManager: Unable to open hw_info"},
+        // A reading that fails changes nothing here.
+        {{"/pps/services/hw_info/inventory", "Miracast_Supported::Yes\n", {}, {}},
+            {"/pps/services/miracast/status",
+                "@status\nsink_state::CONNECTED\nsession::PAUSED\nsession_id::s1\nservice_status::RUNNING\n"
+                R"(sink_device:json:{"name":"TV","mac":"02:00","type":"7-0050F204-1"})"
+                "\nservice_stop_reason:n:0\n"
+                R"(sink_resolution:json:{"width":1280,"height":720})",
+                {}, {}}}},
 };
 
 class FacilityTest : public DeviceTest, public ::testing::WithParamInterface<Facility>

@@ -12,6 +12,7 @@
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 #include <oz/device/WiFiDirect.hpp>
@@ -159,6 +160,13 @@ const Story Stories[] = {
         "networkInterfaceName=\"\" networkRole=Unknown networkSsid=\"\" networkOwnerHardwareAddress=\"\" "
         "networkOwnerIpAddress=\"\" networkPassword=\"\"",
         {{"wifi-direct enabled off", "enabled(false)"}, {"wifi-direct supported off", {}}}},
+    {"miracast", [] { return new MiracastManager; },
+        "hardwareAddress=\"\" connectionState=Disconnected deviceName=\"\" devicePixelSize=0x0 "
+        "displayState=Stopped deviceCategory=Unknown deviceSubCategory=Unknown sessionId=\"\" "
+        "stopReason=NotStopped status=Running isSupported=true",
+        {{"miracast stop 5", "stopReason(ItPolicy) stopReason(4) status(Stopped)"},
+            {"miracast start", "stopReason(NotStopped) stopReason(1) status(Running)"},
+            {"miracast sink-goes tv", {}}}},
 };
 
 class PhoneTest : public DeviceTest, public ::testing::WithParamInterface<Story>
@@ -288,6 +296,9 @@ TEST_F(SimulatedPhoneTest, IdentifiersAreForOwnerAndGroupOnly)
         {"/pps/services/cds/cnice/tethering_control", 0},
         {"/pps/services/wifi_p2p/manager/status", 0640},
         {"/pps/services/wifi_p2p/manager/control", 0660},
+        {"/pps/services/miracast/status", 0644},
+        {"/pps/services/miracast/sinks", 0644},
+        {"/pps/services/miracast/control", 0666},
     };
     for (const auto &[path, mode] : rows)
         EXPECT_EQ(root.mode(path), mode) << path.toStdString();
@@ -451,6 +462,9 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
             "wifi-direct.peers.b.address: is that of a"},
         {R"("wifi-direct": {"peers": {"a": {"wps": ["nfc"]}}})",
             "wifi-direct.peers.a.wps[0]: expected one of push-button, random-pin, preset-pin, found \"nfc\""},
+        {R"("miracast": {"sinks": {"a": {"address": "0a:00:00:00:00:02"}, "b": {"address": "0A:00:00:00:00:02"}}})",
+            "miracast.sinks.b.address: is that of a"},
+        {R"("miracast": {"sinks": {"a": {"pin": 1234}}})", "miracast.sinks.a.pin: expected text or null"},
     };
     for (const auto &[text, problem] : sections) {
         const QByteArray file = "{\n" + text + "}";
@@ -486,6 +500,9 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
         {"wifi-direct fail-next fly 5",
             "wifi-direct fail-next: expected one of scan, connect, cancel-connect, start-session, "
             "stop-session, get-ip-address, found 'fly'"},
+        {"miracast fail-next scan 5",
+            "miracast fail-next: expected a whole number from -9999 to -1, found '5'"},
+        {"miracast stop 0", "miracast stop: expected a whole number from 1 to 9, found '0'"},
     };
     for (const auto &[order, problem] : rows) {
         QStringList words = order.split(' ');

@@ -242,28 +242,64 @@ TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaks
     ASSERT_TRUE(started.startsWith("0\nsessionStarted(\"")) << started.toStdString();
     EXPECT_EQ(call({"requestStopSession", started.section('"', 1, 1)}), "0\nsessionStopped()\n");
 
-    EXPECT_EQ(run({"sim", "wifi-direct", "never-answer"}).status, 0);
-    int terminal = -1;
-    const pid_t waiting = ::forkpty(&terminal, nullptr, nullptr, nullptr);
-    ASSERT_GE(waiting, 0) << "no terminal to be had";
-    if (waiting == 0) {
-        ::execl(OZ_COMMAND, OZ_COMMAND, "call", "wifidirect", "requestScan", nullptr);
-        ::_exit(127);
+    // One that blocks dies of the signal, one that waits in its event loop ends with the status that tells
+    // it.
+    const std::tuple<const char *, const char *, int> rows[] = {
+        {"wifi-direct", "wifidirect", SIGINT}, {"miracast", "miracast", (128 + SIGINT) << 8}};
+    for (const auto &[part, facility, ending] : rows) {
+        EXPECT_EQ(run({"sim", part, "never-answer"}).status, 0);
+        int terminal = -1;
+        const pid_t waiting = ::forkpty(&terminal, nullptr, nullptr, nullptr);
+        ASSERT_GE(waiting, 0) << "no terminal to be had";
+        if (waiting == 0) {
+            ::execl(OZ_COMMAND, OZ_COMMAND, "call", facility, "requestScan", nullptr);
+            ::_exit(127);
+        }
+        QByteArray told;
+        char buffer[256];
+        for (ssize_t size = 0; !told.contains('\n') && (size = ::read(terminal, buffer, sizeof buffer)) > 0;)
+            told.append(buffer, size);
+        EXPECT_EQ(told,
+            QByteArray("ozdevice: ") + facility
+                + " requestScan waits for the service (Ctrl-C breaks it off)\r\n");
+        EXPECT_EQ(::write(terminal, "\x03", 1), 1);
+        int status = 0;
+        EXPECT_EQ(::waitpid(waiting, &status, 0), waiting);
+        EXPECT_EQ(status, ending) << facility;
+        ::close(terminal);
     }
-    QByteArray told;
-    char buffer[256];
-    for (ssize_t size = 0; !told.contains('\n') && (size = ::read(terminal, buffer, sizeof buffer)) > 0;)
-        told.append(buffer, size);
-    EXPECT_EQ(told, "ozdevice: wifidirect requestScan waits for the service (Ctrl-C breaks it off)\r\n");
-    EXPECT_EQ(::write(terminal, "\x03", 1), 1);
-    int status = 0;
-    EXPECT_EQ(::waitpid(waiting, &status, 0), waiting);
-    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGINT);
-    ::close(terminal);
     qputenv("OZ_DEVICE_ROOT", "/nowhere");
     EXPECT_EQ(run({"watch", "wifidirect"}).errors,
         "ozdevice: wifidirect: WiFiDirect: Unable to locate WiFiDirect PPS channel.\n");
     qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
+}
+
+TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhereThatIsNoSuccess)
+{
+    root.place("/phone.json",
+        R"({"miracast": {"scan-seconds": 0, "sinks": {"tv": {"name": "\u202e", "type": "7"}}}})");
+    {
+        const Phone phone({"--phone", root.file("/phone.json")});
+        const auto call = [](const QStringList &words) {
+            return run(QStringList{"call", "miracast"} + words);
+        };
+        const Result scanned = call({"requestScan"});
+        EXPECT_EQ(scanned.status, 0);
+        EXPECT_EQ(scanned.output,
+            "deviceDiscovered(\"\\u202e\", \"02:00:00:00:02:01\", Unknown, Unknown)\n"
+            "scanCompleted(Success)\n");
+        const Result refused = call({"requestConnect", "nobody", ""});
+        EXPECT_EQ(refused.status, 1);
+        EXPECT_EQ(refused.output, "connectCompleted(DeviceNotFound)\n");
+        EXPECT_EQ(call({"warmup", "--set", "miracast_name=Gallery"}).status, 0);
+        EXPECT_EQ(run({"pps", "get", "services/miracast/status", "app_context"}).output,
+            "{\"name\":\"Gallery\",\"persistent\":false}\n");
+    }
+    root.place("/phone.json", R"({"hardware": {"miracast": false}})");
+    const Phone phone({"--phone", root.file("/phone.json")});
+    const Result unsupported = run({"call", "miracast", "requestScan"});
+    EXPECT_EQ(unsupported.status, 3);
+    EXPECT_EQ(unsupported.errors, "ozdevice: miracast: the device does not support it\n");
 }
 
 TEST_F(CommandTest, WorksOnTheTreeItself)

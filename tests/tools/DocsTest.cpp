@@ -7,6 +7,7 @@
 #include "ozdevice/FacilityTable.hpp"
 
 #include <oz/device/CellularConnectionRequestResult.hpp>
+#include <oz/device/MiracastResult.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QFile>
@@ -86,8 +87,8 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
         EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
         if (property.hasNotifySignal()) {
             // The first of its name, which is the typed one; some go with others.
-            const QMap<QByteArray, QByteArray> others{
-                {"chargingState", "level"}, {"resolution", "pixelSize"}};
+            const QMap<QByteArray, QByteArray> others{{"chargingState", "level"}, {"resolution", "pixelSize"},
+                {"deviceCategory", "deviceType"}, {"deviceSubCategory", "deviceType"}};
             const QByteArray about = others.value(property.name(), property.name());
             const QMetaMethod notify = property.notifySignal();
             EXPECT_EQ(notify.name(), about + "Changed");
@@ -117,6 +118,7 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
     // Those that no property has.
     const QMultiMap<QString, QMetaEnum> others{
         {"data-profile", QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>()},
+        {"miracast", QMetaEnum::fromType<device::MiracastResult::Type>()},
         {"wifidirect", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
         {"wifidirect", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
         {"wifidirect", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},

@@ -104,6 +104,8 @@ QStringList valuesOf(const QString &option, const QStringList &before)
     if (option == u"--set" && called) {
         for (const QString &name : writableProperties(called->type))
             values.append(name + u'=');
+        for (const QByteArray &name : called->dynamicProperties)
+            values.append(QString(QLatin1String(name) + u'='));
     }
     for (const FacilityEntry &entry : facilityTable()) {
         if (entry.choices && option == QString(QLatin1String("--") + entry.selector))

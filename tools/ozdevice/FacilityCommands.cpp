@@ -20,6 +20,7 @@
 #include <QThread>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <condition_variable>
 #include <cstdio>
@@ -104,19 +105,37 @@ public:
         return available;
     }
 
-    // The same of a facility that keeps no object open, or not to be found, once it was made or asked: it has
-    // warned.
+    // The same of a facility that has opened no object, or none that can be found, once it was made or asked:
+    // it has warned.
     [[nodiscard]] bool reportWarnings() const
     {
-        const QStringList warnings = takeLibraryWarnings();
-        if (!m_object->findChildren<PpsObject *>().isEmpty())
-            return true;
-        for (const QString &warning : warnings)
-            (void)report(warning);
-        return warnings.isEmpty();
+        const auto wasOpened = [](const PpsObject *pps) { return pps->isOpen() || pps->error() != 0; };
+        const auto objects = m_object->findChildren<PpsObject *>();
+        if (std::none_of(objects.cbegin(), objects.cend(), wasOpened))
+            return reportAllWarnings();
+        (void)takeLibraryWarnings();
+        return true;
+    }
+
+    [[nodiscard]] bool reportAllWarnings() const
+    {
+        bool none = true;
+        for (const QString &warning : takeLibraryWarnings())
+            none = report(warning);
+        return none;
+    }
+
+    // Says that the device does not have the facility, where it has opened none of its objects; whether it
+    // has.
+    [[nodiscard]] bool reportUnsupported() const
+    {
+        const auto objects = m_object->findChildren<PpsObject *>();
+        return std::any_of(objects.cbegin(), objects.cend(), [](const auto *pps) { return pps->isOpen(); })
+            || report(QStringLiteral("the device does not support it"));
     }
 
 private:
+    // Says it; false.
     [[nodiscard]] bool report(const QString &problem) const
     {
         std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(unavailableText(m_entry.name, problem)));
@@ -431,6 +450,11 @@ class Setting
 public:
     Setting(const FacilityEntry &entry, const QString &name, const std::optional<QString> &text)
     {
+        if (text && entry.dynamicProperties.contains(name.toUtf8())) {
+            m_name = name.toUtf8();
+            m_value = *text;
+            return;
+        }
         const QMetaObject *type = entry.type;
         const int index = type->indexOfProperty(name.toUtf8().constData());
         if (index < QObject::staticMetaObject.propertyCount()) {
@@ -461,7 +485,9 @@ public:
 
     void applyTo(const Instance &instance) const
     {
-        if (!m_property.write(instance.object(), m_value)) {
+        if (!m_name.isEmpty()) {
+            instance.object()->setProperty(m_name.constData(), m_value);
+        } else if (!m_property.write(instance.object(), m_value)) {
             throw CommandError(Failed,
                 instance.entry().name + QLatin1String(": ") + QLatin1String(m_property.name())
                     + QLatin1String(" was not set"));
@@ -470,6 +496,7 @@ public:
 
 private:
     QMetaProperty m_property;
+    QByteArray m_name; // of a dynamic property
     QVariant m_value;
 };
 
@@ -497,15 +524,6 @@ private:
     std::jthread m_thread;
 };
 
-// The signals that a call has put off until it has returned, such as the one that brings a session's key.
-void printPostponedSignals(QObject *object)
-{
-    const meta::SignalTap tap(object, [](const QMetaMethod &signal, const QVariantList &arguments) {
-        printLine(signalText(signal, arguments));
-    });
-    QCoreApplication::sendPostedEvents(object, QEvent::MetaCall);
-}
-
 int call(const Options &options)
 {
     const FacilityEntry &entry = entryOf(QString::fromStdString(options.facility));
@@ -527,18 +545,25 @@ int call(const Options &options)
     const Instance instance(entry, options);
     if (!instance.reportUnavailable() || !instance.reportWarnings())
         return Unavailable;
-    LastingCall lasting(entry, instance.object());
+    const bool isAnswered = entry.answers.contains(name.toLatin1());
+    if (isAnswered && !instance.reportUnsupported())
+        return Unavailable;
+    LastingCall lasting(
+        entry, name, instance.object(), [](const QMetaMethod &signal, const QVariantList &arguments) {
+            if (!isNumericTwin(signal))
+                printLine(signalText(signal, arguments));
+        });
     for (const Setting &setting : settings)
         setting.applyTo(instance);
-    QVariant result;
-    {
-        const WaitingNotice notice(entry.name + u' ' + name);
-        result = method->invoke(instance.object());
-    }
+    std::optional<WaitingNotice> notice(entry.name + u' ' + name);
+    const QVariant result = method->invoke(instance.object());
+    if (!isAnswered)
+        notice.reset();
     if (result.isValid())
         printLine(meta::valueText(result));
-    printPostponedSignals(instance.object());
-    return instance.reportWarnings() ? lasting.waitForEnd() : Unavailable;
+    // No answer follows a request that could not be sent, of which there is only a warning.
+    const bool wasSent = isAnswered ? instance.reportAllWarnings() : instance.reportWarnings();
+    return wasSent ? lasting.waitForEnd() : Unavailable;
 }
 
 int set(const Options &options)
@@ -609,7 +634,10 @@ void addFacilityCommands(CLI::App &parser, Action &action)
         ->expected(1)
         ->take_all();
     caller->footer(
-        "Where a call goes on after it returned, as flashing does, the command waits until it has ended.");
+        "Where a call goes on after it returned, as flashing does, the command waits until it has ended.\n"
+        "Where a signal answers it later, as Miracast's requests, it waits for that, prints the signals "
+        "until\n"
+        "then, and fails where the answer is not Success.");
     addSelectors(caller, *callOptions);
 
     const auto [setter, setOptions] = verbs.add("set", "Set a writable property of a facility", set);

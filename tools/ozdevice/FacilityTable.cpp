@@ -10,6 +10,7 @@
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/Led.hpp>
+#include <oz/device/MiracastManager.hpp>
 #include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
@@ -116,6 +117,18 @@ FacilityEntry FacilityEntry::servedBy(const char *path) &&
     return std::move(*this);
 }
 
+FacilityEntry FacilityEntry::answeredBy(const QHash<QByteArray, QByteArray> &signalsOfMethods) &&
+{
+    answers = signalsOfMethods;
+    return std::move(*this);
+}
+
+FacilityEntry FacilityEntry::reading(const QList<QByteArray> &properties) &&
+{
+    dynamicProperties = properties;
+    return std::move(*this);
+}
+
 FacilityEntry FacilityEntry::toldBy(const char *path) &&
 {
     activity.append(QLatin1String(path));
@@ -146,6 +159,12 @@ const std::vector<FacilityEntry> &facilityTable()
         deviceState(),
         display(),
         facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
+        facility<MiracastManager>("miracast", "wireless displays: sinks and the session with one")
+            .servedBy("/pps/services/miracast/control")
+            .answeredBy({{"requestScan", "scanCompleted"}, {"requestConnect", "connectCompleted"},
+                {"requestDisconnect", "disconnectCompleted"}, {"requestPause", "pauseCompleted"},
+                {"requestResume", "resumeCompleted"}, {"requestShutdown", "shutdownCompleted"}})
+            .reading({"miracast_name", "miracast_persistent"}),
     };
     return table;
 }

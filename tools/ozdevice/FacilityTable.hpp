@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QMetaObject>
 #include <QObject>
 #include <QString>
@@ -25,6 +26,10 @@ struct FacilityEntry
     QByteArray busy = {};
     /*! The object that calls are sent to, where the class does not keep it open. */
     QString service = {};
+    /*! The methods that a signal answers later, with its name; its first argument is the result. */
+    QHash<QByteArray, QByteArray> answers = {};
+    /*! The dynamic properties that its methods read. */
+    QList<QByteArray> dynamicProperties = {};
     /*! The objects that tell what the facility does, whoever asked for it. */
     QStringList activity = {};
     /*! Reads the values, where they do not change by themselves. */
@@ -37,6 +42,8 @@ struct FacilityEntry
     // For the table.
     FacilityEntry busyWhile(const char *property) &&;
     FacilityEntry servedBy(const char *path) &&;
+    FacilityEntry answeredBy(const QHash<QByteArray, QByteArray> &signalsOfMethods) &&;
+    FacilityEntry reading(const QList<QByteArray> &properties) &&;
     FacilityEntry toldBy(const char *path) &&;
 };
 

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*!
+ * What kind of device a sink is: the categories of primary device types in Wi-Fi Protected Setup, as the
+ * Wi-Fi Simple Configuration standard of the Wi-Fi Alliance numbers them. Holds the enumeration only; it
+ * has no instances.
+ */
+class OZ_DEVICE_EXPORT MiracastDeviceCategory
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0,
+        Computer = 1,
+        Input = 2, //!< keyboards, mice, remote controls and the like
+        PrinterCopierFaxOrScanner = 3,
+        Camera = 4,
+        Storage = 5,
+        NetworkInfrastructure = 6, //!< access points, routers and the like
+        Display = 7,
+        Multimedia = 8,
+        Gaming = 9,
+        Telephone = 10,
+        Audio = 11,
+        Other = 12, //!< the category 255
+    };
+    Q_ENUM(Type)
+
+    MiracastDeviceCategory() = delete;
+};
+
+} // namespace oz::device

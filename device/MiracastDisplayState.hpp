@@ -1,0 +1,28 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*!
+ * What the session with a wireless display does. Holds the enumeration only; it has no instances.
+ */
+class OZ_DEVICE_EXPORT MiracastDisplayState
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0, //!< the service is not there, or says what it should not
+        Stopped = 1, //!< there is none
+        Playing = 2, //!< the display shows the device's screen
+        Paused = 3,
+    };
+    Q_ENUM(Type)
+
+    MiracastDisplayState() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <oz/device/MiracastConnectionState.hpp>
+#include <oz/device/MiracastDeviceCategory.hpp>
+#include <oz/device/MiracastDeviceSubCategory.hpp>
+#include <oz/device/MiracastDisplayState.hpp>
+#include <oz/device/MiracastResult.hpp>
+#include <oz/device/MiracastStatus.hpp>
+#include <oz/device/MiracastStopReason.hpp>
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+#include <QSize>
+#include <QString>
+
+namespace oz::device {
+
+class MiracastManagerPrivate;
+
+/*!
+ * Miracast: wireless displays around the device (sinks), and the session with one that shows the device's
+ * screen.
+ *
+ * The values are there from construction on and change from the event loop. A reading that fails changes
+ * nothing. Where the device has no Miracast, or the service's object cannot be opened, at construction, all
+ * values stay empty or Unknown for the life of this object, and requests do nothing, silently.
+ *
+ * Requests do not wait: each is written to the service, and the signal with its name and "Completed" tells
+ * the MiracastResult, on the instance that asked and on no other. A request that cannot be written is logged,
+ * and no signal follows.
+ *
+ * Source: the object "/pps/services/miracast/status", after a scan "/pps/services/miracast/sinks", and
+ * "/pps/services/hw_info/inventory" for whether there is Miracast. Requests go to
+ * "/pps/services/miracast/control".
+ *
+ * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ */
+class OZ_DEVICE_EXPORT MiracastManager : public QObject
+{
+    Q_OBJECT
+    /*! The hardware address of the sink that is connected or being connected; empty for none. */
+    Q_PROPERTY(QString hardwareAddress READ hardwareAddress NOTIFY hardwareAddressChanged FINAL)
+    Q_PROPERTY(oz::device::MiracastConnectionState::Type connectionState READ connectionState NOTIFY
+            connectionStateChanged FINAL)
+    /*! The name of that sink, which is whatever text it chose; empty for none. */
+    Q_PROPERTY(QString deviceName READ deviceName NOTIFY deviceNameChanged FINAL)
+    /*! The size in pixels of what that sink shows; 0 by 0 for unknown. */
+    Q_PROPERTY(QSize devicePixelSize READ devicePixelSize NOTIFY devicePixelSizeChanged FINAL)
+    Q_PROPERTY(oz::device::MiracastDisplayState::Type displayState READ displayState NOTIFY
+            displayStateChanged FINAL)
+    /*! What kind of device that sink is. */
+    Q_PROPERTY(oz::device::MiracastDeviceCategory::Type deviceCategory READ deviceCategory NOTIFY
+            deviceTypeChanged FINAL)
+    Q_PROPERTY(oz::device::MiracastDeviceSubCategory::Type deviceSubCategory READ deviceSubCategory NOTIFY
+            deviceTypeChanged FINAL)
+    /*! The identifier of the session; empty for none. */
+    Q_PROPERTY(QString sessionId READ sessionId NOTIFY sessionIdChanged FINAL)
+    /*! Why the wireless-display service has stopped. */
+    Q_PROPERTY(oz::device::MiracastStopReason::Type stopReason READ stopReason NOTIFY stopReasonChanged FINAL)
+    /*! Whether the wireless-display service runs. */
+    Q_PROPERTY(oz::device::MiracastStatus::Type status READ status NOTIFY statusChanged FINAL)
+    /*! As isSupported(). */
+    Q_PROPERTY(bool isSupported READ isSupported CONSTANT FINAL)
+
+public:
+    explicit MiracastManager(QObject *parent = nullptr);
+    ~MiracastManager() override;
+
+    [[nodiscard]] QString hardwareAddress() const;
+    [[nodiscard]] MiracastConnectionState::Type connectionState() const;
+    [[nodiscard]] QString deviceName() const;
+    [[nodiscard]] QSize devicePixelSize() const;
+    [[nodiscard]] MiracastDisplayState::Type displayState() const;
+    [[nodiscard]] MiracastDeviceCategory::Type deviceCategory() const;
+    [[nodiscard]] MiracastDeviceSubCategory::Type deviceSubCategory() const;
+    [[nodiscard]] QString sessionId() const;
+    [[nodiscard]] MiracastStopReason::Type stopReason() const;
+    [[nodiscard]] MiracastStatus::Type status() const;
+
+    /*!
+     * Asks the service to connect to the sink at \a hardwareAddress, and to show the screen there. \a pin is
+     * empty for none. Both go to the service as they stand: what breaks a JSON text, such as a quote, makes
+     * the request malformed.
+     */
+    Q_INVOKABLE void requestConnect(const QString &hardwareAddress, const QString &pin);
+    /*! Asks the service to end the session, and itself. */
+    Q_INVOKABLE void requestShutdown();
+    /*!
+     * Tells the service which application will use it: the dynamic property "miracast_name" (text), and
+     * "miracast_persistent" (a number that is not 0 where the service is to keep that), which are to be set
+     * on this object before. No signal follows.
+     */
+    Q_INVOKABLE void warmup();
+    /*! Whether the device has Miracast, as its inventory says. Reads that at each call. */
+    [[nodiscard]] Q_INVOKABLE static bool isSupported();
+
+public Q_SLOTS:
+    /*! Asks the service to look for sinks; deviceDiscovered tells each, and scanCompleted follows. */
+    void requestScan();
+    /*! Asks the service to end the session, or what is being connected. */
+    void requestDisconnect();
+    void requestPause();
+    void requestResume();
+
+Q_SIGNALS:
+    /*! A scan of this instance has found a sink. */
+    void deviceDiscovered(QString deviceName, QString hardwareAddress,
+        oz::device::MiracastDeviceCategory::Type category,
+        oz::device::MiracastDeviceSubCategory::Type subCategory);
+    /*! A sink is connected, whoever asked for it. */
+    void deviceConnected(QString deviceName, QString hardwareAddress,
+        oz::device::MiracastDeviceCategory::Type category,
+        oz::device::MiracastDeviceSubCategory::Type subCategory);
+    /*! A sink that was connected is so no more. */
+    void deviceDisconnected();
+    void scanCompleted(oz::device::MiracastResult::Type result);
+    void connectCompleted(oz::device::MiracastResult::Type result);
+    void pauseCompleted(oz::device::MiracastResult::Type result);
+    void resumeCompleted(oz::device::MiracastResult::Type result);
+    void disconnectCompleted(oz::device::MiracastResult::Type result);
+    void shutdownCompleted(oz::device::MiracastResult::Type result);
+    void connectionStateChanged(oz::device::MiracastConnectionState::Type state);
+    void hardwareAddressChanged(QString hardwareAddress);
+    void deviceNameChanged(QString deviceName);
+    void devicePixelSizeChanged(QSize devicePixelSize);
+    void stopReasonChanged(oz::device::MiracastStopReason::Type stopReason);
+    void statusChanged(oz::device::MiracastStatus::Type status);
+    void displayStateChanged(oz::device::MiracastDisplayState::Type state);
+    void deviceTypeChanged(oz::device::MiracastDeviceCategory::Type category,
+        oz::device::MiracastDeviceSubCategory::Type subCategory);
+    void sessionIdChanged(QString sessionId);
+
+    /*! Each follows the signal with the enumerations, with the same values as numbers. */
+    void deviceTypeChanged(int category, int subCategory);
+    void deviceDiscovered(QString deviceName, QString hardwareAddress, int category, int subCategory);
+    void deviceConnected(QString deviceName, QString hardwareAddress, int category, int subCategory);
+    void scanCompleted(int result);
+    void connectCompleted(int result);
+    void pauseCompleted(int result);
+    void resumeCompleted(int result);
+    void disconnectCompleted(int result);
+    void connectionStateChanged(int state);
+    void displayStateChanged(int state);
+    void stopReasonChanged(int stopReason);
+    /*! Never emitted. */
+    void statusChanged(int status);
+    void shutdownCompleted(int result);
+
+private:
+    MiracastManagerPrivate *d;
+};
+
+} // namespace oz::device

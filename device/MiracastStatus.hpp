@@ -1,0 +1,27 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*!
+ * Whether the wireless-display service runs. Holds the enumeration only; it has no instances.
+ */
+class OZ_DEVICE_EXPORT MiracastStatus
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0,
+        Running = 1,
+        Stopped = 2, //!< see MiracastStopReason
+    };
+    Q_ENUM(Type)
+
+    MiracastStatus() = delete;
+};
+
+} // namespace oz::device

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <oz/device/OzDeviceGlobal.hpp>
+
+#include <QObject>
+
+namespace oz::device {
+
+/*!
+ * Why the wireless-display service has stopped. Holds the enumeration only; it has no instances.
+ */
+class OZ_DEVICE_EXPORT MiracastStopReason
+{
+    Q_GADGET
+
+public:
+    enum Type {
+        Unknown = 0, //!< nothing is known of the service
+        NotStopped = 1,
+        Application = 2, //!< an application shut it down
+        NotSupported = 3, //!< the device has no wireless display
+        ItPolicy = 4, //!< the device's administrator forbids it
+        P2PFailure = 5, //!< Wi-Fi Direct failed
+        Internal = 6, //!< anything else
+    };
+    Q_ENUM(Type)
+
+    MiracastStopReason() = delete;
+};
+
+} // namespace oz::device

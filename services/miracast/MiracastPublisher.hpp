@@ -1,0 +1,72 @@
+#pragma once
+
+#include "core/StatePublisher.hpp"
+#include "miracast/MiracastSource.hpp"
+
+#include <oz/PpsServer.hpp>
+
+#include <QHash>
+#include <QQueue>
+#include <QTimer>
+
+namespace oz::services {
+
+/*!
+ * The wireless-display service. It publishes "/pps/services/miracast/status" and
+ * "/pps/services/miracast/sinks", and serves "/pps/services/miracast/control", whose requests
+ * "miracast_sink_discover", "miracast_session_start", "miracast_session_stop", "miracast_session_pause",
+ * "miracast_session_resume", "miracast_shutdown" and "miracast_app_context" are answered in the status:
+ * "last_request_id", "last_request" and "last_request_err".
+ *
+ * All clients share that one place for answers, and hear of what changes in it. So each answer stands there
+ * for a while and is then taken back for a while, before the next one comes: a client that reads within
+ * either time sees its own answer, whole, also where it says the same as the one before.
+ */
+class MiracastPublisher : public QObject
+{
+public:
+    /*! How long an answer stands, and how long its place is empty afterwards. */
+    static constexpr std::chrono::milliseconds AnswerTime{100};
+
+    explicit MiracastPublisher(MiracastSource &source);
+
+private:
+    struct Request
+    {
+        QString message;
+        QString id;
+        QVariant data;
+        pid_t process = 0;
+    };
+    struct Answer
+    {
+        QString id;
+        QString message;
+        int code = 0;
+        pid_t process = 0;
+    };
+    struct Process
+    {
+        int openRequests = 0; // that wait for their answers to stand
+        bool wasTold = false; // of one too many
+    };
+
+    void publish();
+    void onReceived(const PpsServer::Client &client, const QByteArray &message);
+    [[nodiscard]] bool admit(pid_t process);
+    void dismiss(pid_t process);
+    void handle(const Request &request);
+    void answer(const Request &request, int code);
+    void turn();
+
+    MiracastSource &m_source;
+    StatePublisher m_status;
+    StatePublisher m_sinks;
+    PpsServer m_control;
+    QHash<pid_t, Process> m_processes; // that have requests open
+    QQueue<Answer> m_answers; // that have not stood yet
+    std::optional<Answer> m_standing;
+    QTimer m_turn;
+};
+
+} // namespace oz::services

@@ -1,0 +1,89 @@
+#pragma once
+
+#include "miracast/MiracastSource.hpp"
+
+#include <QTimer>
+
+namespace oz::services {
+
+class SimulatedDisplays;
+class SimulatedHardware;
+
+/*!
+ * The phone's wireless displays: the section "miracast". While one is connected it is among the displays,
+ * too; when that is taken away the session ends.
+ */
+class SimulatedMiracast final : public MiracastSource, public SimulatedPart
+{
+public:
+    SimulatedMiracast(
+        const JsonNode &section, const SimulatedHardware &hardware, SimulatedDisplays &displays);
+
+    [[nodiscard]] QString name() const override { return QStringLiteral("miracast"); }
+    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+
+    [[nodiscard]] std::optional<State> state() const override;
+    void scan(const Done &done) override;
+    void connectSink(const QString &address, const QString &pin, const Done &done) override;
+    void disconnectSink(const Done &done) override;
+    void pause(const Done &done) override;
+    void resume(const Done &done) override;
+    void shutdown(const Done &done) override;
+    void warmUp(const Application &application, const Done &done) override;
+    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &message) override;
+
+private:
+    struct Known
+    {
+        Sink sink;
+        bool inRange = true;
+        bool accepts = true;
+        QString pin; // empty for none
+        QSize resolution;
+    };
+    // What is being connected.
+    struct Attempt
+    {
+        QString key;
+        QString pin;
+        Done done;
+    };
+    struct Running
+    {
+        QString key;
+        QString id;
+        int display = 0;
+        bool paused = false;
+    };
+
+    void readSink(const QString &key, const JsonNode &node);
+    Known &sinkCalled(const QString &key);
+    [[nodiscard]] QString visibleAt(const QString &address) const;
+    [[nodiscard]] int obstacle() const;
+    void wake();
+    void finishScan();
+    void finishConnecting();
+    void setPaused(bool paused, const Done &done);
+    [[nodiscard]] bool endConnection(int code);
+    void stop(int reason);
+    void onDisplaysChanged();
+
+    SimulatedDisplays &m_displays;
+    bool m_supported = true;
+    std::chrono::milliseconds m_scanTime{};
+    std::chrono::milliseconds m_connectTime{};
+    QStringList m_keys; // of all sinks, in the order of the file
+    std::map<QString, Known> m_sinks; // by their keys
+
+    Mishaps m_mishaps;
+    int m_stopReason = NotStopped;
+    std::optional<Application> m_application;
+    QStringList m_visible;
+    QTimer m_scanning;
+    QList<Done> m_scans; // that wait for the end of the one that runs
+    QTimer m_connecting;
+    std::optional<Attempt> m_attempt;
+    std::optional<Running> m_session;
+};
+
+} // namespace oz::services
