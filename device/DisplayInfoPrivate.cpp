@@ -29,7 +29,7 @@ DisplayAspectType::Type aspectOf(QSize size)
 // Pixels on so many millimetres, as pixels per metre.
 qreal resolutionOf(int pixels, qreal millimetres)
 {
-    return millimetres != 0 ? pixels * 1000 / millimetres : 0;
+    return millimetres != 0 ? pixels * qreal(1000) / millimetres : 0;
 }
 
 } // namespace

@@ -45,7 +45,8 @@ public:
     [[nodiscard]] LedColor::Type color() const;
     /*!
      * Sets the colour; a value that is one above a colour with red in it means that colour. Announces it, but
-     * not where None cancels a request, which activeChanged tells alone.
+     * not where None cancels a request, which activeChanged tells alone. A value without a name ends a
+     * request too, which nothing but the colour announces.
      */
     void setColor(LedColor::Type color);
     /*! setColor(Red). */

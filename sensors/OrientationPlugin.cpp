@@ -64,9 +64,10 @@ private:
     void read()
     {
         bool ok = false;
-        const QVariantMap message = PpsObject::decode(m_pps.read(&ok));
-        if (!ok)
-            return; // the object is gone; what it told last holds
+        const QByteArray text = m_pps.read(&ok);
+        const QVariantMap message = ok ? PpsObject::decode(text) : QVariantMap();
+        if (message.isEmpty())
+            return; // the object is gone, or malformed; what it told last holds
         m_reading.setOrientation(
             orientationOf(message.first().toMap().value(QStringLiteral("orientation")).toString()));
         const auto now = std::chrono::steady_clock::now().time_since_epoch();

@@ -40,8 +40,8 @@ private:
 
 Owing &owing()
 {
-    static Owing s_owing;
-    return s_owing;
+    static auto *const s_owing = new Owing; // outlives the service thread
+    return *s_owing;
 }
 
 int waitForInput(int fd, int milliseconds)

@@ -8,6 +8,7 @@
 #include <QPointer>
 
 #include <cerrno>
+#include <poll.h>
 #include <system_error>
 
 namespace oz {
@@ -56,6 +57,13 @@ private:
         std::unique_ptr<QSocketNotifier> writable;
     };
 
+    // The smallest buffer that the kernel grants: what waits there is outdated when the client reads it.
+    void connected(Connection &connection) override
+    {
+        const int least = 1;
+        ::setsockopt(connection.socket.get(), SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
+    }
+
     int receive(Connection &connection) override
     {
         char chunk[DeviceServer::MaxLineSize];
@@ -83,8 +91,11 @@ private:
     // A client that has gone is noticed by reading from it.
     void flush(Connection &connection, Lines &lines)
     {
-        const ssize_t size = ::send(connection.socket.get(), lines.output.constData(),
-            std::size_t(lines.output.size()), MSG_DONTWAIT | MSG_NOSIGNAL);
+        // A socket counts as writable while most of its buffer is free, but takes more than that.
+        pollfd socket{connection.socket.get(), POLLOUT, 0};
+        const ssize_t size = ::poll(&socket, 1, 0) == 1 ? ::send(socket.fd, lines.output.constData(),
+                                 std::size_t(lines.output.size()), MSG_DONTWAIT | MSG_NOSIGNAL)
+                                                        : 0;
         if (size > 0) {
             lines.midLine = lines.output.at(size - 1) != '\n';
             lines.output.remove(0, size);

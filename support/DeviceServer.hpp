@@ -19,8 +19,8 @@ class DeviceServerPrivate;
  * the device is a connection of its own.
  *
  * Clients cannot harm it: a line over 4 KiB ends that client's connection; one that does not read gets the
- * latest line once it does, without those between; while more than 1,000 clients are connected, further ones
- * wait.
+ * latest line once it does, after two former ones at most, without those between; while more than 1,000
+ * clients are connected, further ones wait.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */

@@ -12,7 +12,6 @@
 #include <cstring>
 #include <map>
 #include <mutex>
-#include <optional>
 #include <poll.h>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
@@ -168,21 +167,20 @@ private:
     {
         epoll_event ready[16];
         const int count = ::epoll_wait(m_epoll.get(), ready, std::size(ready), 0);
-        for (int i = 0; i < count; ++i) {
-            if (const auto event = take(ready[i].data.u64))
-                (void)deliverToThisProcess(*event);
-        }
+        for (int i = 0; i < count; ++i)
+            deliver(ready[i].data.u64);
     }
 
-    std::optional<sigevent> take(quint64 id)
+    // Under the lock, so that nothing comes once forget() has returned.
+    void deliver(quint64 id)
     {
         const std::lock_guard lock(m_mutex);
         const auto found = m_armed.find(id);
         if (found == m_armed.end())
-            return std::nullopt;
+            return;
         const Armed armed = found->second;
         disarm(armed.fd);
-        return armed.event;
+        (void)deliverToThisProcess(armed.event);
     }
 
     static inline std::atomic<ArmedDescriptors *> s_existing = nullptr;

@@ -21,8 +21,8 @@ using HubHandler = int (*)(void *data);
 inline constexpr int HubMaxHandlers = 65536;
 
 /*!
- * Starts to use the service on this thread. Each call wants a hub_shutdown(). Fails with EMFILE, ENFILE or
- * ENOMEM where the service cannot start.
+ * Starts to use the service on this thread. Each call wants a hub_shutdown(). Fails with EAGAIN where the
+ * service's thread cannot start.
  */
 OZ_SUPPORT_EXPORT int hub_initialize();
 

@@ -58,7 +58,8 @@ inline constexpr int ScreenNotifyDisplay = 3;
 
 /*!
  * Makes a context; \a flags is ScreenApplicationContext. Fails with ENOENT where no display service has
- * published displays, EBADMSG where what it has published is malformed, EACCES, EMFILE, ENOMEM.
+ * published displays, EBADMSG where what it has published is malformed, EAGAIN where the platform's own
+ * thread cannot start; EACCES, EMFILE.
  */
 OZ_SUPPORT_EXPORT int screen_create_context(screen_context_t *context, int flags);
 /*! Destroys a context, its display handles and its requests for notification. */

@@ -64,6 +64,7 @@ void SocketServer::acceptClient()
     connection.client = {id, credentials.pid, credentials.uid, credentials.gid};
     connection.notifier = std::make_unique<QSocketNotifier>(accepted.get(), QSocketNotifier::Read);
     connection.socket = std::move(accepted);
+    connected(connection);
     connect(connection.notifier.get(), &QSocketNotifier::activated, this, [this, id] { receiveFrom(id); });
     m_notifier->setEnabled(m_connections.size() < MaxClients);
 }

@@ -44,6 +44,8 @@ protected:
     /*! The connection of \a id; none where it has ended. */
     [[nodiscard]] Connection *find(quint64 id);
 
+    /*! A connection has been accepted. */
+    virtual void connected(Connection & /*connection*/) { }
     /*! Receives something from a connection and passes it on, after which the server may be gone; 0, EAGAIN
      * where nothing is there, or an errno that ends the connection. */
     virtual int receive(Connection &connection) = 0;

@@ -10,15 +10,15 @@ const QString UserActivity = QStringLiteral("user_activity");
 const QString Active = QStringLiteral("active");
 const QString Standby = QStringLiteral("standby");
 
-// A line of the device has to be read in one piece.
-constexpr int MaxValueSize = 200;
+// A client reads 255 bytes at a time, and loses a line that two reads cut. Up to two lines wait for it.
+constexpr int MaxValueSize = 120;
 
 // What is wrong with a value; nothing where it is one.
 QString faultOf(const QString &value)
 {
     if (value.contains(u'\n'))
         return QStringLiteral("a status is one line");
-    return value.toUtf8().size() > MaxValueSize ? QStringLiteral("a status has at most 200 bytes")
+    return value.toUtf8().size() > MaxValueSize ? QStringLiteral("a status has at most 120 bytes")
                                                 : QString();
 }
 

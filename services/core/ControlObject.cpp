@@ -40,7 +40,7 @@ void ControlObject::suffer(const Mishap &mishap, const Request &request)
         answer(request, Reply::failure(mishap.number, qt_error_string(mishap.number)));
         break;
     case Mishap::AnswerLate:
-        QTimer::singleShot(mishap.number, this, [this, request] { handle(request); });
+        handleLater(mishap.number, request);
         break;
     case Mishap::NeverAnswer:
         break;
@@ -51,6 +51,22 @@ void ControlObject::suffer(const Mishap &mishap, const Request &request)
         server().send(request.client.id, QByteArrayLiteral("rubbish\n"));
         break;
     }
+}
+
+// A client that is gone by then has nobody to take back what it asked for.
+void ControlObject::handleLater(int milliseconds, const Request &request)
+{
+    auto *delay = new QTimer(this);
+    delay->setSingleShot(true);
+    connect(delay, &QTimer::timeout, delay, &QObject::deleteLater);
+    connect(delay, &QTimer::timeout, this, [this, request] { handle(request); });
+    connect(this, &ServedObject::clientGone, delay, [delay, request](const PpsServer::Client &client) {
+        if (client.id != request.client.id)
+            return;
+        delay->stop();
+        delay->deleteLater();
+    });
+    delay->start(milliseconds);
 }
 
 void ControlObject::answer(const Request &request, const Reply &reply)

@@ -40,6 +40,7 @@ private:
     void onMessage(
         const PpsServer::Client &client, const QVariantMap &attributes, const QString &malformed) override;
     void handle(const Request &request);
+    void handleLater(int milliseconds, const Request &request);
     void suffer(const Mishap &mishap, const Request &request);
 
     Handler m_handler;

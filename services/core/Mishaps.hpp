@@ -11,7 +11,7 @@ struct Mishap
 {
     enum Kind {
         FailWith, //!< the answer is the error \a number
-        AnswerLate, //!< the request is handled after \a number milliseconds
+        AnswerLate, //!< the request is handled after \a number milliseconds, if its client waits for so long
         NeverAnswer, //!< nothing answers while the client waits
         DieOnRequest, //!< the connection ends without an answer
         AnswerRubbish, //!< the answer is malformed

@@ -201,7 +201,9 @@ void XrandrDisplays::read()
         }
         displays[known.id] = display;
     }
-    become(displays);
+    // Of a server that went away meanwhile this is only a part.
+    if (!xcb_connection_has_error(connection))
+        become(displays);
 }
 
 void XrandrDisplays::become(const DisplayTree::Displays &displays)

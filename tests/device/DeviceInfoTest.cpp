@@ -57,6 +57,8 @@ TEST_F(DeviceInfoTest, EachOrientationOfTheSensorIsSignalledOnceKnown)
     EXPECT_EQ(turn("head over heels", &signalled), "");
     EXPECT_EQ(log.take(), warning);
     EXPECT_EQ(turn("left-up", &signalled), "orientation(LeftUp) orientation(3) orientationValid(true)");
+    root.place(sensor.path(), "rubbish\n");
+    EXPECT_EQ(signalled.settled(), "");
     EXPECT_EQ(info.orientation(), DeviceOrientation::LeftUp);
 }
 

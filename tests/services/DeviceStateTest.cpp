@@ -105,6 +105,12 @@ TEST_F(DeviceStateTest, AClientFollowsOneStatusWhateverElseItSays)
     while (!text.endsWith("statuswireless\n"))
         text += charger.read();
     EXPECT_FALSE(text.contains("statususbstatus") || text.contains("\n\n"));
+    // All that waits is read at once, so that no line is cut.
+    for (int i = 101; i <= 130; ++i)
+        sim("activity status charger " + QString(117, 'x') + QString::number(i));
+    text = charger.read();
+    EXPECT_TRUE(text.size() <= 255 && text.endsWith('\n')) << text.toStdString();
+    EXPECT_TRUE(charger.read().endsWith("x130\n"));
 }
 
 } // namespace

@@ -154,9 +154,14 @@ TEST_F(ActivityTest, TheNewestRequestHasTheLedAndTheOneBeforeGoesOnAfterIt)
     EXPECT_TRUE(waitUntil([] { return lit() == "green"; }));
     EXPECT_EQ(requests(), "");
     EXPECT_EQ(text(led().value("last")), "green 1/1 done");
+    sim("led answer-late 20");
+    EXPECT_TRUE(first.write(request("red", -1)));
     first.close();
     settle();
     EXPECT_EQ(lit(), "green") << "the last flash is as long as the others";
+    sim("led answer-late 40");
+    EXPECT_EQ(Client(control).ask(request("blue", 1)), done);
+    EXPECT_FALSE(requests().contains("red")) << "who is gone meanwhile gets nothing";
 }
 
 TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody)
