@@ -23,8 +23,8 @@ class DisplayInfoPrivate;
  *
  * Source: the display service.
  *
- * Use an instance on the thread that created it, which needs an event loop for the changes. Failures are
- * logged as warnings of the category "oz.device".
+ * Create and use an instance on one thread, which has an event loop by then: without one, changes are taken in
+ * on the platform's own thread, unsynchronized. Failures are logged as warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT DisplayInfo : public QObject
 {

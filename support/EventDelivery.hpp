@@ -49,8 +49,8 @@ inline constexpr int NotifyConditionInput = 0x10000000;
  * to be armed again for the next one. Arming again before that replaces the event. Closing the descriptor
  * takes the request away.
  *
- * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF;
- * EPERM for what cannot be waited for; ENODEV where the other side is gone and has left nothing to read.
+ * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF; ENODEV where the
+ * other side is gone and has left nothing to read.
  */
 OZ_SUPPORT_EXPORT int ionotify(int fd, int action, int flags, const sigevent *event);
 
