@@ -18,14 +18,13 @@ namespace oz::services {
  * "miracast_session_resume", "miracast_shutdown" and "miracast_app_context" are answered in the status:
  * "last_request_id", "last_request" and "last_request_err".
  *
- * All clients share that one place for answers, and hear of what changes in it. So each answer stands there
- * for a while and is then taken back for a while, before the next one comes: a client that reads within
- * either time sees its own answer, whole, also where it says the same as the one before.
+ * All clients share that one place for answers. So each stands there for a while before the next one comes: a
+ * client that reads within that time sees its own.
  */
 class MiracastPublisher : public QObject
 {
 public:
-    /*! How long an answer stands, and how long its place is empty afterwards. */
+    /*! How long an answer stands at least. */
     static constexpr std::chrono::milliseconds AnswerTime{100};
 
     explicit MiracastPublisher(MiracastSource &source);
@@ -65,7 +64,7 @@ private:
     PpsServer m_control;
     QHash<pid_t, Process> m_processes; // that have requests open
     QQueue<Answer> m_answers; // that have not stood yet
-    std::optional<Answer> m_standing;
+    std::optional<Answer> m_standing; // the last one
     QTimer m_turn;
 };
 
