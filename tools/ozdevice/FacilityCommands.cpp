@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <chrono>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <map>
 #include <mutex>
@@ -509,6 +510,11 @@ public:
     {
         if (!::isatty(STDERR_FILENO))
             return;
+        // Signals are for the thread that calls, which may take them through its event loop.
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
         m_thread = std::jthread([text = what.toStdString()](const std::stop_token &ended) {
             std::mutex mutex;
             std::unique_lock lock(mutex);
@@ -518,6 +524,7 @@ public:
                 std::fprintf(
                     stderr, "ozdevice: %s waits for the service (Ctrl-C breaks it off)\n", text.c_str());
         });
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
     }
 
 private:
