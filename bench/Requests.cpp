@@ -77,7 +77,7 @@ const std::vector<FacilityRequest> &facilityRequests()
                     return answer == Result::InvalidRequest;
                 };
             },
-            200, services::MiracastPublisher::AnswerTime + std::chrono::milliseconds(5)},
+            200, 2 * services::MiracastPublisher::AnswerTime + std::chrono::milliseconds(5)},
     };
     return all;
 }

@@ -253,9 +253,7 @@ MiracastManagerPrivate::MiracastManagerPrivate(MiracastManager *publicObject)
     connect(m_status, &PpsObject::readyRead, this, &MiracastManagerPrivate::onStatusReadyRead);
     if (!openOrLog(m_status, PpsOpenMode::Subscribe, StatusOpenFailed))
         return;
-    const QVariantMap status = readStatus();
-    rememberAnswer(status);
-    parseStatus(status);
+    parseStatus(readStatus());
     m_ready = true;
 }
 
@@ -355,20 +353,10 @@ void MiracastManagerPrivate::onStatusReadyRead()
     if (!message)
         return;
     const QVariantMap status = attributesOf(*message, QStringLiteral("@status"));
-    rememberAnswer(status);
-    const QVariantMap answer = m_answer;
     const QPointer<MiracastManager> alive(q);
     parseStatus(status);
     if (alive && m_pending.removeAll(textIn(status, "last_request_id")) > 0)
-        handleResult(answer);
-}
-
-void MiracastManagerPrivate::rememberAnswer(const QVariantMap &status)
-{
-    for (const char *name : {"last_request", "last_request_err"}) {
-        if (const auto attribute = status.constFind(QLatin1String(name)); attribute != status.cend())
-            m_answer.insert(attribute.key(), attribute.value());
-    }
+        handleResult(status);
 }
 
 void MiracastManagerPrivate::parseStatus(const QVariantMap &status)

@@ -58,8 +58,6 @@ private:
     [[nodiscard]] QVariantMap readStatus();
     [[nodiscard]] static QVariantMap readSinks();
 
-    /*! Keeps what an answer may leave out where it says the same as the one before, as deltas do. */
-    void rememberAnswer(const QVariantMap &status);
     void parseStatus(const QVariantMap &status);
     // Each stores its field, and tells whether that has changed.
     bool setDeviceName(const QString &name);
@@ -93,7 +91,6 @@ private:
     MiracastManager *q;
     oz::PpsObject *m_status;
     QStringList m_pending; // the tokens of requests that were sent and are not answered yet
-    QVariantMap m_answer; // the request that was answered last, and its error
     State m_state;
     bool m_wasConnected = false; // before the last change of the connection state
     bool m_ready = false; // the status object is open

@@ -205,13 +205,17 @@ void MiracastPublisher::answer(const Request &request, int code)
         turn();
 }
 
-// The next answer takes the place of the one that has stood long enough.
+// The standing answer goes, or else the next one comes.
 void MiracastPublisher::turn()
 {
-    if (m_answers.isEmpty())
+    if (m_standing) {
+        m_standing.reset();
+    } else if (!m_answers.isEmpty()) {
+        m_standing = m_answers.dequeue();
+        dismiss(m_standing->process);
+    } else {
         return;
-    m_standing = m_answers.dequeue();
-    dismiss(m_standing->process);
+    }
     publish();
     m_turn.start(AnswerTime);
 }

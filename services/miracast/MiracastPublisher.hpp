@@ -18,13 +18,14 @@ namespace oz::services {
  * "miracast_session_resume", "miracast_shutdown" and "miracast_app_context" are answered in the status:
  * "last_request_id", "last_request" and "last_request_err".
  *
- * All clients share that one place for answers. So each stands there for a while before the next one comes: a
- * client that reads within that time sees its own.
+ * All clients share that one place for answers, and hear of what changes in it. So each answer stands there
+ * for a while and is then taken back for a while, before the next one comes: a client that reads within
+ * either time sees its own answer, whole, also where it says the same as the one before.
  */
 class MiracastPublisher : public QObject
 {
 public:
-    /*! How long an answer stands at least. */
+    /*! How long an answer stands, and how long its place is empty afterwards. */
     static constexpr std::chrono::milliseconds AnswerTime{100};
 
     explicit MiracastPublisher(MiracastSource &source);
@@ -64,7 +65,7 @@ private:
     PpsServer m_control;
     QHash<pid_t, Process> m_processes; // that have requests open
     QQueue<Answer> m_answers; // that have not stood yet
-    std::optional<Answer> m_standing; // the last one
+    std::optional<Answer> m_standing;
     QTimer m_turn;
 };
 
