@@ -77,7 +77,9 @@ const std::vector<FacilityRequest> &facilityRequests()
                     return answer == Result::InvalidRequest;
                 };
             },
-            200, 2 * services::MiracastPublisher::AnswerTime + std::chrono::milliseconds(5)},
+            40,
+            services::MiracastPublisher::LoneAnswerTime + services::MiracastPublisher::AnswerTime
+                + std::chrono::milliseconds(5)},
     };
     return all;
 }

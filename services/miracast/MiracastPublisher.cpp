@@ -202,7 +202,12 @@ void MiracastPublisher::answer(const Request &request, int code)
 {
     m_answers.enqueue({request.id, request.message, code, request.process});
     if (!m_turn.isActive())
-        turn();
+        return turn();
+    // One that stands because nobody waited goes once it has had its time.
+    if (m_standing && m_turn.interval() == int(LoneAnswerTime.count())) {
+        const int stood = m_turn.interval() - m_turn.remainingTime();
+        m_turn.start(std::max(0, int(AnswerTime.count()) - stood));
+    }
 }
 
 // The standing answer goes, or else the next one comes.
@@ -217,7 +222,7 @@ void MiracastPublisher::turn()
         return;
     }
     publish();
-    m_turn.start(AnswerTime);
+    m_turn.start(m_standing && m_answers.isEmpty() ? LoneAnswerTime : AnswerTime);
 }
 
 } // namespace oz::services

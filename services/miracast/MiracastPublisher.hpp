@@ -19,14 +19,17 @@ namespace oz::services {
  * "last_request_id", "last_request" and "last_request_err".
  *
  * All clients share that one place for answers, and hear of what changes in it. So each answer stands there
- * for a while and is then taken back for a while, before the next one comes: a client that reads within
- * either time sees its own answer, whole, also where it says the same as the one before.
+ * for a while, longer where no other waits, and is then taken back for a while before the next one comes: a
+ * client that reads within either time sees its own answer, whole, also where it says the same as the one
+ * before.
  */
 class MiracastPublisher : public QObject
 {
 public:
-    /*! How long an answer stands, and how long its place is empty afterwards. */
+    /*! How long an answer stands where others wait, and how long its place is empty before the next one. */
     static constexpr std::chrono::milliseconds AnswerTime{100};
+    /*! How long an answer stands where no other waits. */
+    static constexpr std::chrono::milliseconds LoneAnswerTime{1000};
 
     explicit MiracastPublisher(MiracastSource &source);
 
