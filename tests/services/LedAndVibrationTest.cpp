@@ -1,9 +1,7 @@
-#include "common/Testing.hpp"
 #include "services/Services.hpp"
 
 #include "core/Daemon.hpp"
 
-#include <oz/PpsObject.hpp>
 #include <oz/device/Led.hpp>
 #include <oz/device/VibrationController.hpp>
 
@@ -19,29 +17,7 @@ using namespace oz::testing;
 
 namespace {
 
-// A client of a service that keeps its connection and hears the answers.
-class Client : public PpsObject
-{
-public:
-    explicit Client(const QString &path) : PpsObject(path)
-    {
-        EXPECT_TRUE(open(PpsOpenMode::PublishSubscribe));
-    }
-    QByteArray ask(const QByteArray &request)
-    {
-        EXPECT_TRUE(write(request));
-        QByteArray answer;
-        EXPECT_TRUE(waitUntil([&] { return !(answer = read()).isEmpty(); })) << request.toStdString();
-        return answer;
-    }
-};
-
-QVariantMap attributesOf(const QString &path)
-{
-    PpsObject object(path);
-    EXPECT_TRUE(object.open(PpsOpenMode::Subscribe));
-    return PpsObject::decode(object.read()).first().toMap();
-}
+using Client = ServiceClient;
 
 class ActivityTest : public DeviceTest
 {

@@ -1,11 +1,9 @@
-#include "common/Testing.hpp"
 #include "services/Services.hpp"
 
 #include "battery/BatteryPublisher.hpp"
 #include "core/Daemon.hpp"
 #include "core/Error.hpp"
 
-#include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>

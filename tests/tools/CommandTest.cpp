@@ -2,16 +2,10 @@
 
 #include "common/Testing.hpp"
 
-#include <oz/PpsObject.hpp>
-#include <oz/PpsPublisher.hpp>
-#include <oz/device/SdCardInfo.hpp>
-
 #include <QDir>
-#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QStandardPaths>
 
 #include <csignal>
 #include <pty.h>
@@ -24,14 +18,19 @@ using namespace oz::testing;
 namespace {
 
 const QString Command = OZ_COMMAND;
-const QString Daemon = OZ_DAEMON;
 
 struct Result
 {
     int status;
     QString output;
     QString errors;
+    bool operator==(const Result &) const = default;
 };
+
+void PrintTo(const Result &result, std::ostream *out)
+{
+    *out << result.status << '\n' << result.output.toStdString() << '\n' << result.errors.toStdString();
+}
 
 Result run(const QStringList &words)
 {
@@ -49,7 +48,7 @@ class Phone
 public:
     explicit Phone(const QStringList &words = {})
     {
-        m_process.start(Daemon, QStringList{"--config", "/dev/null"} + words);
+        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + words);
         EXPECT_TRUE(m_process.waitForStarted());
         EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
     }
@@ -297,14 +296,14 @@ TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhere
     }
     root.place("/phone.json", R"({"hardware": {"miracast": false}})");
     const Phone phone({"--phone", root.file("/phone.json")});
-    const Result unsupported = run({"call", "miracast", "requestScan"});
-    EXPECT_EQ(unsupported.status, 3);
-    EXPECT_EQ(unsupported.errors, "ozdevice: miracast: the device does not support it\n");
+    EXPECT_EQ(run({"call", "miracast", "requestScan"}),
+        (Result{3, "", "ozdevice: miracast: the device does not support it\n"}));
 }
 
 TEST_F(CommandTest, WorksOnTheTreeItself)
 {
     EXPECT_EQ(run({"pps", "set", "box/one", "a::text", "b:n:2", "--mode", "600"}).status, 0);
+    EXPECT_EQ(root.mode("/pps/box/one"), 0600u);
     EXPECT_EQ(run({"pps", "set", "/pps/box/one", "b:n:3", "c:json:[1]", "-a"}).status, 0);
     EXPECT_EQ(run({"pps", "ls", "box"}).output, "one\n");
     EXPECT_EQ(run({"pps", "ls"}).output, "box/\n");
