@@ -14,7 +14,7 @@ using namespace oz::testing;
 
 namespace {
 
-using Result = MiracastResult;
+using State = MiracastConnectionState;
 using Request = std::function<void(MiracastManager &)>;
 
 const QString Control = "/pps/services/miracast/control";
@@ -103,10 +103,9 @@ TEST_F(MiracastServiceTest, ASessionShowsFromTheScanToItsEnd)
 
     for (const char *order : {"miracast sink-goes tv", "display remove 2"}) {
         EXPECT_EQ(client.resultOf(connectTo(Tv.toLower())), "Success");
-        EXPECT_EQ(miracast.connectionState(), MiracastConnectionState::Connected);
+        EXPECT_EQ(miracast.connectionState(), State::Connected);
         sim(order);
-        EXPECT_TRUE(
-            waitUntil([&] { return miracast.connectionState() == MiracastConnectionState::Disconnected; }));
+        EXPECT_TRUE(waitUntil([&] { return miracast.connectionState() == State::Disconnected; }));
         sim("miracast sink-appears tv");
         EXPECT_EQ(client.resultOf(Disconnect), "InvalidRequest");
     }
@@ -152,8 +151,7 @@ TEST_F(MiracastServiceTest, ARequestFailsForAReasonOfTheSinkTheServiceOrAnotherR
     EXPECT_EQ(client.resultOf(Disconnect), "Success");
     client.heard.take();
     client.ask(connectTo(Tv));
-    EXPECT_TRUE(
-        waitUntil([&] { return client.miracast.connectionState() == MiracastConnectionState::Connecting; }));
+    EXPECT_TRUE(waitUntil([&] { return client.miracast.connectionState() == State::Connecting; }));
     client.ask(Disconnect);
     client.ask(Scan);
     sim("miracast stop 9");

@@ -477,6 +477,7 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
         {"battery level much", "battery level: expected a whole number from 0 to 100, found 'much'"},
         {"battery temperature 300", "battery temperature: expected a number from -100 to 200, found '300'"},
         {"battery level", "battery level takes PERCENT, not 0 arguments"},
+        {"sdcard mount now", "sdcard mount takes no arguments, not 1 arguments"},
         {"radio power maybe", "radio power: expected one of on, off, found 'maybe'"},
         {"simcard remove", ""},
         {"simcard ready", "simcard ready: no card is inserted"},
