@@ -231,4 +231,35 @@ void settle()
     QCoreApplication::processEvents();
 }
 
+QVariantMap attributesOf(const QString &path)
+{
+    PpsObject object(path);
+    bool ok = false;
+    EXPECT_TRUE(object.open(PpsOpenMode::Subscribe)) << object.errorString().toStdString();
+    const QVariantMap message = PpsObject::decode(object.read(), &ok);
+    EXPECT_TRUE(ok) << path.toStdString();
+    return message.isEmpty() ? QVariantMap() : message.first().toMap();
+}
+
+qsizetype openDescriptors(qint64 process)
+{
+    const QString owner = process ? QString::number(process) : QStringLiteral("self");
+    const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(owner));
+    return descriptors.entryList(QDir::Files | QDir::System).size();
+}
+
+bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()> &act)
+{
+    qsizetype heard = 0;
+    const meta::SignalTap tap(object, [&](const QMetaMethod &, const QVariantList &) {
+        if (++heard == last)
+            delete std::exchange(object, nullptr);
+    });
+    act();
+    const bool ended = waitUntil([&] { return !object; });
+    settle();
+    delete object;
+    return ended && heard == last;
+}
+
 } // namespace oz::testing

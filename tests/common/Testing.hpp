@@ -116,4 +116,16 @@ private:
 /*! Runs the event loop until everything that is under way now has been delivered. */
 void settle();
 
+/*! The attributes of the state object at \a path. */
+[[nodiscard]] QVariantMap attributesOf(const QString &path);
+
+/*! How many descriptors a process has open; this one where \a process is 0. */
+[[nodiscard]] qsizetype openDescriptors(qint64 process = 0);
+
+/*!
+ * Whether \a act makes \a object emit so many signals, and nothing follows when a slot of the last destroys
+ * it.
+ */
+[[nodiscard]] bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()> &act);
+
 } // namespace oz::testing

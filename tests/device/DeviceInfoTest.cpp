@@ -6,12 +6,8 @@
 #include <oz/device/DeviceInfo.hpp>
 
 #include <QCoreApplication>
-#include <QMetaEnum>
-#include <QTimer>
 
-#include <sys/resource.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace oz::device;
 using namespace oz::testing;
@@ -127,14 +123,8 @@ TEST_F(DeviceInfoTest, NothingComesToAnObjectThatIsDestroyed)
     }
     auto *info = new DeviceInfo;
     manager.awaitClients(101);
-    bool destroyed = false;
-    QObject::connect(info, qOverload<UserActivityState::Type>(&DeviceInfo::activityStateChanged), [&] {
-        delete info;
-        destroyed = true;
-    });
-    manager.send("statusstandby\n");
-    EXPECT_TRUE(waitUntil([&] { return destroyed; }));
-    settle();
+    EXPECT_TRUE(waitUntil([&] { return info->isOrientationValid(); }));
+    EXPECT_TRUE(endsWithSignal(1, info, [&] { manager.send("statusstandby\n"); }));
 }
 
 TEST_F(DeviceInfoTest, WithoutTheEventServiceTheActivityIsTheFirstOne)

@@ -239,16 +239,8 @@ TEST_P(FacilityTest, ASlotOfAnySignalMayDestroyIt)
     for (const Source &source : GetParam().sources) {
         for (qsizetype last = 1; last <= countOf(source.lost); ++last) {
             placeAll();
-            QObject *facility = GetParam().make();
-            qsizetype heard = 0;
-            oz::meta::SignalTap tap(facility, [&](const QMetaMethod &, const QVariantList &) {
-                if (++heard == last)
-                    delete std::exchange(facility, nullptr);
-            });
-            root.remove(source.path);
-            ASSERT_TRUE(waitUntil([&] { return !facility; })) << source.path.toStdString();
-            settle();
-            EXPECT_EQ(heard, last) << source.path.toStdString();
+            EXPECT_TRUE(endsWithSignal(last, GetParam().make(), [&] { root.remove(source.path); }))
+                << source.path.toStdString() << last;
         }
     }
     log.take();

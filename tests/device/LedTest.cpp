@@ -5,7 +5,7 @@
 #include <oz/device/Led.hpp>
 
 #include <QCoreApplication>
-#include <QDir>
+#include <QPointer>
 #include <QSet>
 
 #include <thread>
@@ -205,44 +205,35 @@ TEST_F(LedTest, ASlotMayBeginTheNextRequestOrDestroyTheObject)
     QObject::disconnect(once);
 
     for (int last = 1; last <= 5; ++last) {
-        auto *led = new Led;
-        int heard = 0;
-        oz::meta::SignalTap tap(led, [&](const QMetaMethod &, const QVariantList &) {
-            if (++heard == last)
-                delete std::exchange(led, nullptr);
-        });
+        const QPointer<Led> led(new Led);
         const std::function<void()> acts[] = {[&] { led->flash(2); }, [&] { show({"red"}); },
             [&] { led->setColor(LedColor::Blue); }, [&] { led->setColor(LedColor::None); }};
-        for (const auto &act : acts) {
-            if (led)
-                act();
-        }
-        EXPECT_EQ(led, nullptr) << last;
+        EXPECT_TRUE(endsWithSignal(last, led, [&] {
+            for (auto act = std::begin(acts); led && act != std::end(acts); ++act)
+                (*act)();
+        })) << last;
         show({});
     }
 }
 
 TEST_F(LedTest, ThousandsOfRequestsLeaveNothingOpen)
 {
-    const auto descriptors = [] {
-        return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System).size();
-    };
     Led led;
     led.flash(1);
     led.cancel();
     EXPECT_EQ(requests(2), "requestLED red 1, cancelLED");
     QCoreApplication::processEvents();
-    const auto before = descriptors();
+    const auto before = openDescriptors();
     ASSERT_GT(before, 5);
     for (int i = 0; i < 2'000; ++i) {
         led.flash(1 + i % 3);
         led.setColor(i % 2 ? LedColor::Red : LedColor::Blue);
         led.cancel();
         if (i % 100 == 0) { // each request is a connection, which the service has to take first
-            EXPECT_TRUE(waitUntil([&] { return descriptors() <= before + 2; })) << i;
+            EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before + 2; })) << i;
         }
     }
-    EXPECT_TRUE(waitUntil([&] { return descriptors() == before; }));
+    EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; }));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(led.findChildren<QObject *>().size(), 1);
 }

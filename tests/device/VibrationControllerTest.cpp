@@ -3,7 +3,6 @@
 #include <oz/device/VibrationController.hpp>
 
 #include <QFile>
-#include <QFileInfo>
 
 using namespace oz::device;
 using namespace oz::testing;

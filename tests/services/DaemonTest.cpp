@@ -1,10 +1,8 @@
-#include "common/Testing.hpp"
+#include "services/Services.hpp"
 
 #include "core/Daemon.hpp"
 #include "core/Error.hpp"
 
-#include <oz/PpsObject.hpp>
-#include <oz/PpsPublisher.hpp>
 #include <oz/device/SdCardInfo.hpp>
 
 #include <QFile>
@@ -102,8 +100,7 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
     const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
-    PpsObject control("/pps/system/ozdeviced/control");
-    ASSERT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
+    ServiceClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},
@@ -113,9 +110,7 @@ TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
             "@control\nid::x\nres::sim\n"},
     };
     for (const auto &[request, expected] : rows) {
-        ASSERT_TRUE(control.write(request));
-        QByteArray answer;
-        ASSERT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); }));
+        const QByteArray answer = control.ask(request);
         EXPECT_TRUE(answer.startsWith(expected)) << answer.toStdString();
     }
     EXPECT_EQ(device::SdCardInfo().activity(), device::SdCardActivity::Busy);

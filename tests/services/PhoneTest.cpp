@@ -1,11 +1,9 @@
-#include "common/Testing.hpp"
 #include "services/Services.hpp"
 
 #include "battery/BatteryPublisher.hpp"
 #include "core/Daemon.hpp"
 #include "core/Error.hpp"
 
-#include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
@@ -479,6 +477,7 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
         {"battery level much", "battery level: expected a whole number from 0 to 100, found 'much'"},
         {"battery temperature 300", "battery temperature: expected a number from -100 to 200, found '300'"},
         {"battery level", "battery level takes PERCENT, not 0 arguments"},
+        {"sdcard mount now", "sdcard mount takes no arguments, not 1 arguments"},
         {"radio power maybe", "radio power: expected one of on, off, found 'maybe'"},
         {"simcard remove", ""},
         {"simcard ready", "simcard ready: no card is inserted"},

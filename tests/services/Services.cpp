@@ -1,20 +1,27 @@
 #include "services/Services.hpp"
 
-#include <oz/PpsObject.hpp>
-
 namespace oz::testing {
 
 namespace {
 const QString DaemonControl = "/pps/system/ozdeviced/control";
 }
 
+ServiceClient::ServiceClient(const QString &path) : PpsObject(path)
+{
+    EXPECT_TRUE(open(PpsOpenMode::PublishSubscribe)) << path.toStdString();
+}
+
+QByteArray ServiceClient::ask(const QByteArray &request)
+{
+    EXPECT_TRUE(write(request));
+    QByteArray answer;
+    EXPECT_TRUE(waitUntil([&] { return !(answer = read()).isEmpty(); })) << request.toStdString();
+    return answer;
+}
+
 QVariantMap ask(const QString &path, const QVariantMap &request)
 {
-    PpsObject control(path);
-    QByteArray answer;
-    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe) && control.write(PpsObject::encode(request)));
-    EXPECT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); })) << path.toStdString();
-    const QVariantMap objects = PpsObject::decode(answer);
+    const QVariantMap objects = PpsObject::decode(ServiceClient(path).ask(PpsObject::encode(request)));
     return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
 }
 

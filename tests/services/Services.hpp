@@ -2,9 +2,19 @@
 
 #include "common/Testing.hpp"
 
+#include <oz/PpsObject.hpp>
+
 #include <QProcess>
 
 namespace oz::testing {
+
+/*! A client of a service that keeps its connection and hears the answers. */
+class ServiceClient : public PpsObject
+{
+public:
+    explicit ServiceClient(const QString &path);
+    QByteArray ask(const QByteArray &request);
+};
 
 /*! The attributes of the answer to a request, for which the event loop runs. */
 QVariantMap ask(const QString &path, const QVariantMap &request);

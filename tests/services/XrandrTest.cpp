@@ -3,7 +3,6 @@
 #include <oz/PpsObject.hpp>
 #include <oz/device/DisplayInfo.hpp>
 
-#include <QFile>
 #include <QProcess>
 #include <QProcessEnvironment>
 

@@ -3,7 +3,6 @@
 #include <oz/EventService.hpp>
 
 #include <QCoreApplication>
-#include <QFile>
 
 #include <atomic>
 #include <cerrno>

