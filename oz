@@ -119,12 +119,12 @@ case $verb in
         mkdir -p build/tidy
         sed -E 's/ -Winvalid-pch| -include [^ ]*cmake_pch\.hxx| -fpch-preprocess//g' \
             build/dev/compile_commands.json >build/tidy/compile_commands.json
-        git ls-files 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'services/*.cpp' 'tools/*.cpp' |
+        git ls-files 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' 'tools/*.cpp' |
             xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' ;;
     coverage)
         build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
-        exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'mock/' --filter 'services/' \
+        exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'mock/' --filter 'sensors/' --filter 'services/' \
             --filter 'tools/' build/coverage "$@" ;;
     install)
         build release

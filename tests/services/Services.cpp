@@ -40,8 +40,6 @@ void sim(const QString &line)
 void ServicesTest::SetUp()
 {
     root.place("/phone.json", m_phoneFile);
-    // In memory of its own until it is the daemon: in shared memory the thread sanitizer loses count.
-    daemon.setChildProcessModifier([] { });
     daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--phone", root.file("/phone.json")});
     PpsObject control(DaemonControl);
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));

@@ -73,7 +73,6 @@ private:
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", display);
         process->setProcessEnvironment(environment);
-        process->setChildProcessModifier([] { }); // see ServicesTest
         process->start(program, arguments);
         EXPECT_TRUE(process->waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
     }
