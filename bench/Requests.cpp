@@ -79,7 +79,7 @@ const std::vector<FacilityRequest> &facilityRequests()
             },
             40,
             services::MiracastPublisher::LoneAnswerTime + services::MiracastPublisher::AnswerTime
-                + std::chrono::milliseconds(5)},
+                + std::chrono::milliseconds(20)},
     };
     return all;
 }

@@ -91,6 +91,7 @@ MiracastPublisher::MiracastPublisher(MiracastSource &source)
     connect(&source, &MiracastSource::changed, this, &MiracastPublisher::publish);
     connect(&m_control, &PpsServer::received, this, &MiracastPublisher::onReceived);
     m_turn.setSingleShot(true);
+    m_turn.setTimerType(Qt::PreciseTimer);
     connect(&m_turn, &QTimer::timeout, this, &MiracastPublisher::turn);
     publish();
     if (!m_control.listen()) {
