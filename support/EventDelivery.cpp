@@ -84,20 +84,6 @@ int raiseSignal(const sigevent &event)
     return result < 0 ? errno : 0;
 }
 
-int deliverToThisProcess(const sigevent &event)
-{
-    switch (event.notify) {
-    case EventKind::None:
-        return 0;
-    case EventKind::SignalWithCode:
-        return raiseSignal(event);
-    case EventKind::Pulse:
-        return MsgSendPulse_r(event.coid, event.priority, event.code, event.value.sival_int);
-    default:
-        return EINVAL;
-    }
-}
-
 // The descriptors whose input is waited for, on the service thread.
 class ArmedDescriptors
 {
@@ -180,7 +166,7 @@ private:
             return;
         const Armed armed = found->second;
         disarm(armed.fd);
-        (void)deliverToThisProcess(armed.event);
+        (void)EventSources::deliver(armed.event);
     }
 
     static inline std::atomic<ArmedDescriptors *> s_existing = nullptr;
@@ -204,6 +190,20 @@ int attach(PulseReceiver receiver)
 void detach(int coid)
 {
     PulseConnections::instance().detach(coid);
+}
+
+int deliver(const sigevent &event)
+{
+    switch (event.notify) {
+    case EventKind::None:
+        return 0;
+    case EventKind::SignalWithCode:
+        return raiseSignal(event);
+    case EventKind::Pulse:
+        return MsgSendPulse_r(event.coid, event.priority, event.code, event.value.sival_int);
+    default:
+        return EINVAL;
+    }
 }
 
 void forget(int fd)
@@ -240,7 +240,7 @@ int MsgDeliverEvent_r(int rcvid, const sigevent *event)
 {
     if (!event)
         return EINVAL;
-    return rcvid != 0 || event->notify == EventKind::Pulse ? ESRCH : deliverToThisProcess(*event);
+    return rcvid != 0 || event->notify == EventKind::Pulse ? ESRCH : EventSources::deliver(*event);
 }
 
 int MsgSendPulse_r(int coid, int, int code, int value)

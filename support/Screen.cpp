@@ -1,6 +1,7 @@
 #include <oz/Screen.hpp>
 
 #include "Errno.hpp"
+#include "EventSources.hpp"
 #include "Log.hpp"
 #include "ServiceThread.hpp"
 
@@ -191,17 +192,9 @@ private:
             context.queue.pop_front();
         context.queued.notify_all();
         if (const auto notified = context.notified.find(&display); notified != context.notified.end())
-            deliver(notified->second);
+            (void)EventSources::deliver(notified->second);
     }
 
-public:
-    static void deliver(const sigevent &event)
-    {
-        if (MsgDeliverEvent_r(0, &event) == ESRCH && event.notify == EventKind::Pulse)
-            (void)MsgSendPulse_r(event.coid, event.priority, event.code, event.value.sival_int);
-    }
-
-private:
     std::mutex m_mutex;
     std::map<screen_context_t, std::unique_ptr<_screen_context>> m_contexts;
     std::set<const _screen_display *> m_handles; // of all contexts
@@ -325,7 +318,7 @@ int screen_notify(screen_context_t context, int type, const void *object, const 
         context->notified[display] = *event;
         if (std::any_of(context->queue.begin(), context->queue.end(),
                 [&](const _screen_event &queued) { return queued.display == display; }))
-            DisplayService::deliver(*event);
+            (void)EventSources::deliver(*event);
         return 0;
     }));
 }
