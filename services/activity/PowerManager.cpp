@@ -23,10 +23,7 @@ PowerManager::PowerManager(ActivitySource &source)
     connect(&m_device, &DeviceServer::received, this, &PowerManager::onReceived);
     connect(&m_device, &DeviceServer::disconnected, this,
         [this](const DeviceServer::Client &client) { m_followed.erase(client.id); });
-    if (!m_device.listen(0666)) {
-        Startup::fail(
-            QLatin1String("cannot serve ") + m_device.path() + QLatin1String(": ") + m_device.errorString());
-    }
+    Startup::serve(m_device, 0666);
 }
 
 void PowerManager::onReceived(const DeviceServer::Client &client, const QByteArray &line)

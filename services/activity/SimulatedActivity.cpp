@@ -37,9 +37,8 @@ SimulatedActivity::SimulatedActivity(const JsonNode &section)
             others.fail(fault, name);
         m_statuses.insert(name, value);
     }
-    const double idle = section.number(QStringLiteral("idle-seconds"), 300, 0, 86400);
     m_idle.setSingleShot(true);
-    m_idle.setInterval(std::chrono::milliseconds(qint64(idle * 1000)));
+    m_idle.setInterval(section.seconds(QStringLiteral("idle-seconds"), 300, 0, 86'400));
     connect(&m_idle, &QTimer::timeout, this, [this] { become(Standby); });
     become(section.word(QStringLiteral("state"), Active, {Active, Standby}));
 }

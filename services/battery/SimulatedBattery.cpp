@@ -17,7 +17,7 @@ QStringList conditionWords()
 
 std::chrono::milliseconds paceIn(const JsonNode &section, const QString &key, double fallback)
 {
-    return std::chrono::milliseconds(qRound(section.number(key, fallback, 0.001, 86'400) * 1000));
+    return section.seconds(key, fallback, 0.001, 86'400);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <stdexcept>
+#include <sys/types.h>
 
 namespace oz::services {
 
@@ -37,6 +38,16 @@ public:
 
     /*! Throws Error while the daemon starts, and warns afterwards. */
     static void fail(const QString &problem);
+
+    /*! Puts what \a server serves in its place, with the file mode \a mode; see fail() for where that fails.
+     */
+    template <typename Server>
+    static void serve(Server &server, mode_t mode)
+    {
+        if (!server.listen(mode)) {
+            fail(QLatin1String("cannot serve ") + server.path() + QLatin1String(": ") + server.errorString());
+        }
+    }
 
 private:
     static inline bool s_underWay = false;

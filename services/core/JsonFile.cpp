@@ -270,9 +270,10 @@ int JsonNode::integer(const QString &key, int fallback, int least, int most) con
     return int(value);
 }
 
-std::chrono::milliseconds JsonNode::seconds(const QString &key, double fallback) const
+std::chrono::milliseconds JsonNode::seconds(
+    const QString &key, double fallback, double least, double most) const
 {
-    return std::chrono::milliseconds(qRound(number(key, fallback, 0, 3'600) * 1000));
+    return std::chrono::milliseconds(qRound(number(key, fallback, least, most) * 1000));
 }
 
 QString JsonNode::hardwareAddress(const QString &key, const QString &fallback) const

@@ -40,8 +40,9 @@ public:
     [[nodiscard]] bool boolean(const QString &key, bool fallback) const;
     [[nodiscard]] int integer(const QString &key, int fallback, int least, int most) const;
     [[nodiscard]] double number(const QString &key, double fallback, double least, double most) const;
-    /*! A time in seconds, from 0 to 3600. */
-    [[nodiscard]] std::chrono::milliseconds seconds(const QString &key, double fallback) const;
+    /*! A time in seconds. */
+    [[nodiscard]] std::chrono::milliseconds seconds(
+        const QString &key, double fallback, double least = 0, double most = 3'600) const;
     [[nodiscard]] QString text(const QString &key, const QString &fallback) const;
     /*! The address of a network device: "02:00:00:00:00:01". */
     [[nodiscard]] QString hardwareAddress(const QString &key, const QString &fallback) const;

@@ -27,10 +27,7 @@ ServedObject::ServedObject(const QString &path) : m_server(path)
 
 void ServedObject::start(mode_t mode)
 {
-    if (!m_server.listen(mode)) {
-        Startup::fail(
-            QLatin1String("cannot serve ") + m_server.path() + QLatin1String(": ") + m_server.errorString());
-    }
+    Startup::serve(m_server, mode);
 }
 
 } // namespace oz::services

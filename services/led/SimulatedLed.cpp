@@ -7,10 +7,7 @@ SimulatedLed::SimulatedLed(const JsonNode &section)
     const QString on = QStringLiteral("on-seconds");
     const QString off = QStringLiteral("off-seconds");
     section.allowOnly({on, off});
-    const auto time = [&](const QString &key) {
-        return std::chrono::milliseconds(qRound(section.number(key, 0.25, 0.001, 60) * 1000));
-    };
-    m_flash = {time(on), time(off)};
+    m_flash = {section.seconds(on, 0.25, 0.001, 60), section.seconds(off, 0.25, 0.001, 60)};
 }
 
 void SimulatedLed::light(const Elements &elements)

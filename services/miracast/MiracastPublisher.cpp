@@ -94,10 +94,7 @@ MiracastPublisher::MiracastPublisher(MiracastSource &source)
     m_turn.setTimerType(Qt::PreciseTimer);
     connect(&m_turn, &QTimer::timeout, this, &MiracastPublisher::turn);
     publish();
-    if (!m_control.listen()) {
-        Startup::fail(QLatin1String("cannot serve ") + m_control.path() + QLatin1String(": ")
-            + m_control.errorString());
-    }
+    Startup::serve(m_control, 0666);
 }
 
 void MiracastPublisher::publish()
