@@ -7,8 +7,23 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstdlib>
+#include <string_view>
 
 namespace oz::bench {
+
+RunOptions runOptions(int argc, char **argv)
+{
+    RunOptions options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string_view name = argv[i];
+        if (name == "--json")
+            options.json = argv[i + 1];
+        else if (name == "--rounds")
+            options.rounds = std::atoi(argv[i + 1]);
+    }
+    return options;
+}
 
 double Samples::percentile(double share) const
 {

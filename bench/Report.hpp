@@ -5,6 +5,15 @@
 
 namespace oz::bench {
 
+/*! What a benchmark between processes is called with: --json FILE and --rounds COUNT. */
+struct RunOptions
+{
+    std::string json; //!< empty for no file
+    int rounds = 4000;
+};
+
+[[nodiscard]] RunOptions runOptions(int argc, char **argv);
+
 /*! Samples of one quantity, in one unit. */
 struct Samples
 {

@@ -201,14 +201,7 @@ int main(int argc, char **argv)
     const QStringList words = QCoreApplication::arguments();
     if (words.value(1) == "--role")
         return serve(words.value(3), Bell(words.value(2).toInt()));
-    std::string json;
-    int rounds = 4000;
-    for (int i = 1; i + 1 < words.size(); i += 2) {
-        if (words[i] == "--json")
-            json = words[i + 1].toStdString();
-        else if (words[i] == "--rounds")
-            rounds = words[i + 1].toInt();
-    }
+    const auto [json, rounds] = runOptions(argc, argv);
 
     const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
