@@ -3,7 +3,7 @@
 
 #include <oz/PpsText.hpp>
 
-#include "support/PpsLines.hpp"
+#include "support/pps/PpsLines.hpp"
 
 #include <cstdint>
 #include <cstdio>

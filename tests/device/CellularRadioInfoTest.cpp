@@ -1,4 +1,4 @@
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 #include "device/Objects.hpp"
 
 #include <oz/device/CellularRadioInfo.hpp>

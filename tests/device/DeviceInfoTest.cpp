@@ -1,5 +1,5 @@
-#include "common/DeviceService.hpp"
-#include "common/Testing.hpp"
+#include "harness/DeviceService.hpp"
+#include "harness/Testing.hpp"
 
 #include <oz/EventService.hpp>
 #include <oz/PpsPublisher.hpp>

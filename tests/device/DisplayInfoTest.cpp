@@ -1,4 +1,4 @@
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include "screen/ScreenContext.hpp"
 #include "screen/ScreenEvent.hpp"

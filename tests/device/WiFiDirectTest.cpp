@@ -1,5 +1,5 @@
-#include "common/ControlService.hpp"
-#include "common/Testing.hpp"
+#include "harness/ControlService.hpp"
+#include "harness/Testing.hpp"
 
 #include <oz/device/WiFiDirect.hpp>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include <oz/PpsObject.hpp>
 

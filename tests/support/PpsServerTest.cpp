@@ -1,4 +1,4 @@
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>

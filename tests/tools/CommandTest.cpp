@@ -1,6 +1,6 @@
 // The installed programs as a user has them: the command, and the daemon that it starts.
 
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include <QDir>
 #include <QJsonDocument>

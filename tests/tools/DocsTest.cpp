@@ -1,6 +1,6 @@
 // The pages of docs/facilities/ say what the library has: no more, no less, and in its order.
 
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include "meta/MetaText.hpp"
 #include "meta/MethodCall.hpp"

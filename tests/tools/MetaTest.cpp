@@ -1,4 +1,4 @@
-#include "common/Testing.hpp"
+#include "harness/Testing.hpp"
 
 #include "meta/MetaText.hpp"
 #include "meta/MethodCall.hpp"

@@ -1,7 +1,7 @@
-#include "PpsChannel.hpp"
+#include "pps/PpsChannel.hpp"
 
-#include "LocalSocket.hpp"
-#include "PpsStateFile.hpp"
+#include "pps/PpsStateFile.hpp"
+#include "sockets/LocalSocket.hpp"
 
 #include <oz/PpsText.hpp>
 

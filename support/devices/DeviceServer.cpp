@@ -1,6 +1,6 @@
 #include <oz/DeviceServer.hpp>
 
-#include "SocketServer.hpp"
+#include "sockets/SocketServer.hpp"
 
 #include <oz/DeviceRoot.hpp>
 

@@ -1,8 +1,8 @@
 #include <oz/DeviceFile.hpp>
 
-#include "Errno.hpp"
-#include "EventSources.hpp"
-#include "LocalSocket.hpp"
+#include "base/Errno.hpp"
+#include "events/EventSources.hpp"
+#include "sockets/LocalSocket.hpp"
 
 #include <oz/DeviceRoot.hpp>
 

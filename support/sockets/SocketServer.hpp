@@ -1,6 +1,6 @@
 #pragma once
 
-#include "LocalSocket.hpp"
+#include "sockets/LocalSocket.hpp"
 
 #include <oz/PpsServer.hpp>
 

@@ -1,4 +1,4 @@
-#include "PpsLines.hpp"
+#include "pps/PpsLines.hpp"
 
 #include <algorithm>
 #include <string_view>

@@ -1,6 +1,6 @@
-#include "LocalSocket.hpp"
+#include "sockets/LocalSocket.hpp"
 
-#include "PpsStateFile.hpp"
+#include "pps/PpsStateFile.hpp"
 
 #include <oz/PpsText.hpp>
 

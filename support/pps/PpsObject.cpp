@@ -1,7 +1,7 @@
 #include <oz/PpsObject.hpp>
 
-#include "Log.hpp"
-#include "PpsChannel.hpp"
+#include "base/Log.hpp"
+#include "pps/PpsChannel.hpp"
 
 #include <oz/PpsText.hpp>
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PpsStateFile.hpp"
-#include "UniqueFd.hpp"
+#include "base/UniqueFd.hpp"
+#include "pps/PpsStateFile.hpp"
 
 #include <QByteArray>
 #include <QObject>

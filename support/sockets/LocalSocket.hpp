@@ -1,6 +1,6 @@
 #pragma once
 
-#include "UniqueFd.hpp"
+#include "base/UniqueFd.hpp"
 
 #include <QByteArray>
 

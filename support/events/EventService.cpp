@@ -1,8 +1,8 @@
 #include <oz/EventService.hpp>
 
-#include "Errno.hpp"
-#include "EventSources.hpp"
-#include "ServiceThread.hpp"
+#include "base/Errno.hpp"
+#include "events/EventSources.hpp"
+#include "events/ServiceThread.hpp"
 
 #include <QAbstractEventDispatcher>
 #include <QObject>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "PpsLines.hpp"
+#include "pps/PpsLines.hpp"
 
 #include <QByteArray>
 #include <QString>

@@ -1,9 +1,9 @@
 #include <oz/Screen.hpp>
 
-#include "Errno.hpp"
-#include "EventSources.hpp"
-#include "Log.hpp"
-#include "ServiceThread.hpp"
+#include "base/Errno.hpp"
+#include "base/Log.hpp"
+#include "events/EventSources.hpp"
+#include "events/ServiceThread.hpp"
 
 #include <oz/DisplayTree.hpp>
 #include <oz/PpsObject.hpp>

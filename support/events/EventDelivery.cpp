@@ -1,9 +1,9 @@
 #include <oz/EventDelivery.hpp>
 
-#include "Errno.hpp"
-#include "EventSources.hpp"
-#include "ServiceThread.hpp"
-#include "UniqueFd.hpp"
+#include "base/Errno.hpp"
+#include "base/UniqueFd.hpp"
+#include "events/EventSources.hpp"
+#include "events/ServiceThread.hpp"
 
 #include <QSocketNotifier>
 

@@ -1,4 +1,4 @@
-#include "SocketServer.hpp"
+#include "sockets/SocketServer.hpp"
 
 #include <QPointer>
 #include <QTimer>

@@ -1,7 +1,7 @@
 #include <oz/PpsPublisher.hpp>
 
-#include "PpsPath.hpp"
-#include "PpsStateFile.hpp"
+#include "pps/PpsPath.hpp"
+#include "pps/PpsStateFile.hpp"
 
 #include <oz/PpsText.hpp>
 

@@ -1,4 +1,4 @@
-#include "PpsPath.hpp"
+#include "pps/PpsPath.hpp"
 
 #include <oz/DeviceRoot.hpp>
 

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "PpsPath.hpp"
-#include "PpsWatcher.hpp"
-#include "UniqueFd.hpp"
+#include "base/UniqueFd.hpp"
+#include "pps/PpsPath.hpp"
+#include "pps/PpsWatcher.hpp"
 
 #include <oz/PpsOpenMode.hpp>
 

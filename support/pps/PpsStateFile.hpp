@@ -1,7 +1,7 @@
 #pragma once
 
-#include "PpsLines.hpp"
-#include "UniqueFd.hpp"
+#include "base/UniqueFd.hpp"
+#include "pps/PpsLines.hpp"
 
 #include <QByteArray>
 

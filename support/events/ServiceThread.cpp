@@ -1,4 +1,4 @@
-#include "ServiceThread.hpp"
+#include "events/ServiceThread.hpp"
 
 #include <cerrno>
 #include <csignal>

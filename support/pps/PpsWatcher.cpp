@@ -1,4 +1,4 @@
-#include "PpsWatcher.hpp"
+#include "pps/PpsWatcher.hpp"
 
 #include <QAbstractEventDispatcher>
 #include <QSocketNotifier>

@@ -1,6 +1,6 @@
 #include <oz/PpsText.hpp>
 
-#include "PpsLines.hpp"
+#include "pps/PpsLines.hpp"
 
 #include <QStringConverter>
 #include <QVariantList>

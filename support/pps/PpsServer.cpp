@@ -1,7 +1,7 @@
 #include <oz/PpsServer.hpp>
 
-#include "PpsPath.hpp"
-#include "SocketServer.hpp"
+#include "pps/PpsPath.hpp"
+#include "sockets/SocketServer.hpp"
 
 #include <oz/PpsText.hpp>
 

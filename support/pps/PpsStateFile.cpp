@@ -1,4 +1,4 @@
-#include "PpsStateFile.hpp"
+#include "pps/PpsStateFile.hpp"
 
 #include <oz/PpsText.hpp>
 
