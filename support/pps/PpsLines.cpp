@@ -106,18 +106,30 @@ bool PpsLines::next(PpsLine *line)
 
 QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter)
 {
-    const bool complete = content.startsWith('@') && (content.endsWith('\n'));
-    if (filter.isEmpty() && complete)
-        return content;
+    const bool hasHeader = content.startsWith('@');
+    if (hasHeader && content.endsWith('\n'))
+        return filterLines(content, filter);
+    QByteArray complete;
+    complete.reserve(content.size() + name.size() + 3);
+    if (!hasHeader)
+        appendHeader(&complete, name);
+    complete.append(content);
+    if (!complete.endsWith('\n'))
+        complete.append('\n');
+    return filterLines(complete, filter);
+}
+
+QByteArray filterLines(const QByteArray &message, const PpsNames &filter)
+{
+    if (filter.isEmpty())
+        return message;
     QByteArray out;
-    out.reserve(content.size() + name.size() + 2);
-    PpsLines lines(content);
-    appendHeader(&out, lines.header().isNull() ? name : lines.header());
+    out.reserve(message.size());
+    PpsLines lines(message);
+    if (!lines.header().isNull())
+        appendHeader(&out, lines.header());
     for (PpsLine line; lines.next(&line);) {
-        const auto wanted = [&] {
-            return filter.contains(QByteArray::fromRawData(line.name.data(), line.name.size()));
-        };
-        if (line.malformed || filter.isEmpty() || wanted())
+        if (line.malformed || filter.contains(QByteArray::fromRawData(line.name.data(), line.name.size())))
             appendLine(&out, line.text);
     }
     return out;

@@ -43,11 +43,14 @@ private:
 
 using PpsNames = QSet<QByteArray>;
 
-/*!
- * \a content headed by "@name" (kept where it has a header of its own), and of its attributes those in \a
- * filter, where that is not empty. Malformed lines stay, so that whoever decodes the text learns of them.
- */
+/*! \a content headed by "@name" (kept where it has a header of its own), filtered. */
 [[nodiscard]] QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter);
+
+/*!
+ * Of the attributes of \a message those in \a filter, where that is not empty. Malformed lines stay, so that
+ * whoever decodes the text learns of them.
+ */
+[[nodiscard]] QByteArray filterLines(const QByteArray &message, const PpsNames &filter);
 
 /*! The header of \a after and the lines of it that \a before does not hold, with "-name" for what is gone. */
 [[nodiscard]] QByteArray deltaLines(const QByteArray &before, const QByteArray &after);

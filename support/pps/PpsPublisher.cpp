@@ -1,12 +1,12 @@
 #include <oz/PpsPublisher.hpp>
 
+#include "base/LastError.hpp"
 #include "pps/PpsPath.hpp"
 #include "pps/PpsStateFile.hpp"
 
 #include <oz/PpsText.hpp>
 
 #include <cerrno>
-#include <system_error>
 
 namespace oz {
 
@@ -15,24 +15,15 @@ using PpsStateFile::Create;
 class PpsPublisherPrivate
 {
 public:
-    bool done(int result, const QString &detail = {})
-    {
-        error = result;
-        errorText = detail;
-        if (error && detail.isEmpty())
-            errorText = QString::fromStdString(std::generic_category().message(error));
-        return error == 0;
-    }
-
     bool update(const QVariantMap &attributes, PpsMerge merge, Create create)
     {
         if (!isObject())
-            return done(EINVAL, QLatin1String("'") + path + QLatin1String("' is no path of an object"));
+            return error.done(EINVAL, QLatin1String("'") + path + QLatin1String("' is no path of an object"));
         QString problem;
         const QByteArray text = PpsText::encode(attributes, &problem);
         if (!problem.isEmpty())
-            return done(EINVAL, problem);
-        return done(PpsStateFile::publish(parsed->filePath(), text, merge, create, mode));
+            return error.done(EINVAL, problem);
+        return error.done(PpsStateFile::publish(parsed->filePath(), text, merge, create, mode));
     }
 
     [[nodiscard]] bool isObject() const { return parsed && !path.contains(u'?'); }
@@ -40,8 +31,7 @@ public:
     QString path;
     std::optional<PpsPath> parsed;
     mode_t mode;
-    int error = 0;
-    QString errorText{};
+    LastError error{};
 };
 
 PpsPublisher::PpsPublisher(const QString &path, mode_t mode)
@@ -76,17 +66,17 @@ bool PpsPublisher::removeAttributes(const QStringList &names)
 
 bool PpsPublisher::remove()
 {
-    return d->done(d->isObject() ? PpsStateFile::remove(d->parsed->filePath()) : EINVAL);
+    return d->error.done(d->isObject() ? PpsStateFile::remove(d->parsed->filePath()) : EINVAL);
 }
 
 int PpsPublisher::error() const
 {
-    return d->error;
+    return d->error.code();
 }
 
 QString PpsPublisher::errorString() const
 {
-    return d->errorText;
+    return d->error.text();
 }
 
 } // namespace oz

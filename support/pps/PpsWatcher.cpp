@@ -5,6 +5,7 @@
 #include <QThreadStorage>
 
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -255,10 +256,11 @@ void PpsWatcher::onReadable()
     announceAll();
 }
 
-int PpsWatcher::wait()
+int PpsWatcher::wait(const QDeadlineTimer &deadline)
 {
     pollfd waiting{m_inotify.get(), POLLIN, 0};
-    while (::poll(&waiting, 1, -1) < 0) {
+    const auto left = [&] { return int(std::min<qint64>(deadline.remainingTime(), INT_MAX)); };
+    while (::poll(&waiting, 1, left()) < 0) {
         if (errno != EINTR)
             return errno;
     }

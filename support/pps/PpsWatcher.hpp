@@ -4,6 +4,7 @@
 #include "pps/PpsStateFile.hpp"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 
@@ -78,8 +79,8 @@ public:
     /*! Has \a subscriber announce from the thread's event loop, once. */
     void scheduleAnnounce(FileSubscriber *subscriber);
 
-    /*! Waits until something happened to a watched file; 0 or the errno. */
-    [[nodiscard]] int wait();
+    /*! Waits until something happened to a watched file, or until \a deadline; 0 or the errno. */
+    [[nodiscard]] int wait(const QDeadlineTimer &deadline);
 
 private:
     friend class WatchedDirectory;
