@@ -211,17 +211,21 @@ TEST_F(DisplayInfoTest, AWatchThatFailsForWantOfDescriptorsIsTriedAgain)
 {
     publish();
     // The platform's own thread is kept from its first watch until there is no descriptor left.
-    static std::promise<void> s_goOn;
-    static std::atomic<int> s_calls = 0;
+    struct
+    {
+        std::promise<void> goOn;
+        std::atomic<int> calls = 0;
+    } held;
     oz::sigevent event;
     ASSERT_EQ(oz::hub_initialize(), 0);
     std::thread([&] {
-        const auto hold = [](void *) {
-            if (s_calls++ == 0)
-                s_goOn.get_future().wait();
+        const auto hold = [](void *data) {
+            auto *self = static_cast<decltype(held) *>(data);
+            if (self->calls++ == 0)
+                self->goOn.get_future().wait();
             return 0;
         };
-        EXPECT_EQ(oz::hub_add_sigevent_handler(&event, hold, nullptr), 0);
+        EXPECT_EQ(oz::hub_add_sigevent_handler(&event, hold, &held), 0);
     }).join();
     const auto call = [&] {
         EXPECT_EQ(oz::MsgSendPulse_r(event.coid, 0, event.code, event.value.sival_int), 0);
@@ -235,8 +239,8 @@ TEST_F(DisplayInfoTest, AWatchThatFailsForWantOfDescriptorsIsTriedAgain)
     const rlimit none{rlim_t(next), limit.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &none);
     call(); // behind the watch
-    s_goOn.set_value();
-    while (s_calls < 2)
+    held.goOn.set_value();
+    while (held.calls < 2)
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     ::setrlimit(RLIMIT_NOFILE, &limit);
     displays[4].size = {640, 480};
