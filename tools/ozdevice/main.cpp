@@ -102,26 +102,6 @@ QString enumerated(const QStringList &words)
 
 using namespace oz::tools;
 
-namespace {
-
-// Lets this program, and whatever it starts, find the plugins that stand beside it, in a build tree as when
-// installed anywhere.
-void offerPlugins()
-{
-    for (const char *place : {"/../lib/qt6/plugins", "/../" OZ_QT_PLUGIN_DIR}) {
-        const QString directory =
-            QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String(place));
-        if (!QFileInfo::exists(directory + QLatin1String("/sensors")))
-            continue;
-        QCoreApplication::addLibraryPath(directory);
-        const QByteArray others = qgetenv("QT_PLUGIN_PATH");
-        qputenv("QT_PLUGIN_PATH", QFile::encodeName(directory) + (others.isEmpty() ? "" : ":") + others);
-        return;
-    }
-}
-
-} // namespace
-
 int main(int argc, char **argv)
 {
     CLI::App parser(
@@ -152,7 +132,6 @@ int main(int argc, char **argv)
         return WrongUse;
     }
     const QCoreApplication application(argc, argv);
-    offerPlugins();
     qInstallMessageHandler(&handleMessage);
     try {
         return action();
