@@ -55,7 +55,7 @@ int PpsServedChannel::connect()
     struct stat status;
     if (::stat(m_file.constData(), &status) < 0)
         return errno;
-    const PpsStateFile::Identity present(status);
+    const FileIdentity present(status);
     UniqueFd socket;
     if (const int error = LocalSocket::connect(m_file, m_blocking ? Wait::Yes : Wait::No, &socket))
         return error;
@@ -256,7 +256,7 @@ bool PpsServedChannel::tryReturn()
     if (!m_context && isLost())
         giveUp();
     struct stat status;
-    if (::stat(m_file.constData(), &status) < 0 || PpsStateFile::Identity(status) == m_server)
+    if (::stat(m_file.constData(), &status) < 0 || FileIdentity(status) == m_server)
         return false;
     const int error = S_ISSOCK(status.st_mode) ? connect() : ENOTSOCK;
     if (error == EAGAIN && m_waiting) {
@@ -285,7 +285,7 @@ bool PpsServedChannel::serverLives() const
 {
     struct stat status;
     UniqueFd probe;
-    if (::stat(m_file.constData(), &status) < 0 || !(PpsStateFile::Identity(status) == m_server))
+    if (::stat(m_file.constData(), &status) < 0 || !(FileIdentity(status) == m_server))
         return false;
     const int error = LocalSocket::connect(m_file, Wait::No, &probe);
     return error == 0 || error == EAGAIN;

@@ -70,7 +70,7 @@ private:
     std::mutex m_mutex; // for what a write from another thread looks at
     Link m_link = Link::Gone;
     UniqueFd m_socket;
-    PpsStateFile::Identity m_server; // the socket file at the last connecting
+    FileIdentity m_server; // the socket file at the last connecting
     qsizetype m_owed = 0; // answers, to one that reads them
     std::deque<QByteArray> m_kept; // for the service to come
     qsizetype m_keptSize = 0;

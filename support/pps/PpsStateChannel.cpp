@@ -7,7 +7,7 @@
 namespace oz {
 
 PpsStateChannel::PpsStateChannel(const PpsPath &path, bool blocking, PpsChannelOwner *owner)
-    : m_path(path), m_file(path.filePath()), m_blocking(blocking), m_owner(owner)
+    : m_path(path), m_file(path.filePath()), m_blocking(blocking), m_owner(owner), m_writer(m_file)
 {
 }
 
@@ -18,11 +18,11 @@ PpsStateChannel::~PpsStateChannel()
 
 int PpsStateChannel::read(QByteArray *message)
 {
-    PpsStateFile::Snapshot own;
-    const auto look = [&]() -> const PpsStateFile::Snapshot & {
-        return m_watched ? m_watched->current() : (own = PpsStateFile::load(m_file));
+    PpsSnapshot own;
+    const auto look = [&]() -> const PpsSnapshot & {
+        return m_watched ? m_watched->current() : (own = PpsSnapshot::load(m_file));
     };
-    const PpsStateFile::Snapshot *snapshot = &look();
+    const PpsSnapshot *snapshot = &look();
     std::optional<QByteArray> content = contentOf(*snapshot);
     if (m_blocking && !m_unread) {
         if (const int error = attach(true))
@@ -54,7 +54,8 @@ int PpsStateChannel::write(const QByteArray &message)
     (void)PpsText::decode(message, &malformed);
     if (!malformed.isEmpty())
         return EINVAL;
-    return PpsStateFile::publish(m_file, message, PpsMerge::Keep, PpsStateFile::Create::No, 0);
+    const std::lock_guard lock(m_writing);
+    return m_writer.publish(message, PpsMerge::Keep, PpsStateWriter::Create::No, 0);
 }
 
 int PpsStateChannel::attach(bool announces)
@@ -98,7 +99,7 @@ void PpsStateChannel::announce()
         m_owner->messageWaits();
 }
 
-std::optional<QByteArray> PpsStateChannel::contentOf(const PpsStateFile::Snapshot &snapshot) const
+std::optional<QByteArray> PpsStateChannel::contentOf(const PpsSnapshot &snapshot) const
 {
     if (snapshot.error)
         return std::nullopt;

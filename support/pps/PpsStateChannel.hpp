@@ -1,8 +1,10 @@
 #pragma once
 
 #include "pps/PpsChannel.hpp"
+#include "pps/PpsStateWriter.hpp"
 #include "pps/PpsWatcher.hpp"
 
+#include <mutex>
 #include <optional>
 
 namespace oz {
@@ -22,7 +24,7 @@ public:
 private:
     void fileChanged() override;
     void announce() override;
-    [[nodiscard]] std::optional<QByteArray> contentOf(const PpsStateFile::Snapshot &snapshot) const;
+    [[nodiscard]] std::optional<QByteArray> contentOf(const PpsSnapshot &snapshot) const;
 
     PpsPath m_path;
     QByteArray m_file;
@@ -32,6 +34,8 @@ private:
     WatchedFile *m_watched = nullptr;
     std::optional<QByteArray> m_read; // what was read last; nothing: never, or the object was gone
     bool m_unread = true;
+    std::mutex m_writing;
+    PpsStateWriter m_writer;
 };
 
 } // namespace oz

@@ -47,10 +47,10 @@ public:
     std::map<QByteArray, std::unique_ptr<WatchedFile>> files;
 };
 
-const PpsStateFile::Snapshot &WatchedFile::current()
+const PpsSnapshot &WatchedFile::current()
 {
-    if (!m_loaded || !PpsStateFile::isCurrent(m_path, m_snapshot)) {
-        m_snapshot = PpsStateFile::load(m_path);
+    if (!m_loaded || !m_snapshot.isCurrent(m_path)) {
+        m_snapshot = PpsSnapshot::load(m_path);
         m_loaded = true;
     }
     return m_snapshot;

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/UniqueFd.hpp"
-#include "pps/PpsStateFile.hpp"
+#include "pps/PpsSnapshot.hpp"
 
 #include <QByteArray>
 #include <QDeadlineTimer>
@@ -43,13 +43,13 @@ class WatchedFile
 {
 public:
     /*! What lies at the path now. */
-    [[nodiscard]] const PpsStateFile::Snapshot &current();
+    [[nodiscard]] const PpsSnapshot &current();
 
 private:
     friend class PpsWatcher;
     WatchedDirectory *m_directory = nullptr;
     QByteArray m_path;
-    PpsStateFile::Snapshot m_snapshot;
+    PpsSnapshot m_snapshot;
     bool m_loaded = false;
     std::vector<FileSubscriber *> m_subscribers;
 };

@@ -1,6 +1,7 @@
 #include "sockets/LocalSocket.hpp"
 
-#include "pps/PpsStateFile.hpp"
+#include "files/PlaceLock.hpp"
+#include "files/TreeFolder.hpp"
 
 #include <oz/Limits.hpp>
 #include <oz/PpsText.hpp>
@@ -128,23 +129,23 @@ int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type)
 
 int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type)
 {
-    if (const int error = PpsStateFile::makeDirectoryOf(path))
+    TreeFolder folder;
+    if (const int error = folder.open(path, TreeFolder::Make::Yes))
         return error;
     // Of two services that start at once, one comes second.
-    PpsStateFile::PublishLock lock(path);
+    PlaceLock lock(folder.fd(), path);
     if (const int error = lock.acquire())
         return error;
-    struct stat status;
-    if (::lstat(path.constData(), &status) == 0) {
+    if (const auto &present = lock.present()) {
         UniqueFd probe;
-        if (!S_ISSOCK(status.st_mode))
+        if (!S_ISSOCK(present->st_mode))
             return EEXIST;
         if (const int error = connect(path, Wait::No, &probe, type);
             error == 0 || error == EAGAIN || error == EPROTOTYPE)
             return EADDRINUSE;
     }
     // It listens before it has its name, so nobody ever meets it half made.
-    const QByteArray hidden = PpsStateFile::hiddenPath(path, ".sock");
+    const QByteArray hidden = folderOf(path) + '/' + hiddenName(path, ".sock");
     if (::unlink(hidden.constData()) < 0 && errno != ENOENT)
         return errno;
     const Address address(hidden);
