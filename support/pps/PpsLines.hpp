@@ -52,18 +52,9 @@ using PpsNames = QSet<QByteArray>;
  */
 [[nodiscard]] QByteArray filterLines(const QByteArray &message, const PpsNames &filter);
 
-/*! The header of \a after and the lines of it that \a before does not hold, with "-name" for what is gone. */
-[[nodiscard]] QByteArray deltaLines(const QByteArray &before, const QByteArray &after);
-
-/*! What a publish does with the attributes that it does not name. */
-enum class PpsMerge { Keep, Drop };
-
-/*!
- * The object \a name after \a update is published onto \a content: its attributes keep their order, new ones
- * come last, "-name" in \a update takes one away. Malformed lines of \a content, which no name can reach, are
- * dropped.
- */
-[[nodiscard]] QByteArray mergeLines(
-    const QByteArray &content, const QByteArray &update, QByteArrayView name, PpsMerge merge);
+/*! Appends \a line and a line feed. */
+void appendLine(QByteArray *out, QByteArrayView line);
+/*! Appends the header line of the object \a name. */
+void appendHeader(QByteArray *out, QByteArrayView name);
 
 } // namespace oz

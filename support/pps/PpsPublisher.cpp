@@ -2,7 +2,7 @@
 
 #include "base/LastError.hpp"
 #include "pps/PpsPath.hpp"
-#include "pps/PpsStateFile.hpp"
+#include "pps/PpsStateWriter.hpp"
 
 #include <oz/PpsText.hpp>
 
@@ -10,11 +10,17 @@
 
 namespace oz {
 
-using PpsStateFile::Create;
+using Create = PpsStateWriter::Create;
 
 class PpsPublisherPrivate
 {
 public:
+    PpsPublisherPrivate(const QString &objectPath, mode_t objectMode)
+        : path(objectPath), parsed(PpsPath::parse(objectPath)),
+          writer(parsed ? parsed->filePath() : QByteArray()), mode(objectMode)
+    {
+    }
+
     bool update(const QVariantMap &attributes, PpsMerge merge, Create create)
     {
         if (!isObject())
@@ -23,19 +29,22 @@ public:
         const QByteArray text = PpsText::encode(attributes, &problem);
         if (!problem.isEmpty())
             return error.done(EINVAL, problem);
-        return error.done(PpsStateFile::publish(parsed->filePath(), text, merge, create, mode));
+        return done(writer.publish(text, merge, create, mode));
     }
+
+    bool done(int result) { return error.done(result, writer.problem()); }
 
     [[nodiscard]] bool isObject() const { return parsed && !path.contains(u'?'); }
 
     QString path;
     std::optional<PpsPath> parsed;
+    PpsStateWriter writer;
     mode_t mode;
-    LastError error{};
+    LastError error;
 };
 
 PpsPublisher::PpsPublisher(const QString &path, mode_t mode)
-    : d(new PpsPublisherPrivate{path, PpsPath::parse(path), mode})
+    : d(std::make_unique<PpsPublisherPrivate>(path, mode))
 {
 }
 
@@ -66,7 +75,7 @@ bool PpsPublisher::removeAttributes(const QStringList &names)
 
 bool PpsPublisher::remove()
 {
-    return d->error.done(d->isObject() ? PpsStateFile::remove(d->parsed->filePath()) : EINVAL);
+    return d->isObject() ? d->done(d->writer.remove()) : d->error.done(EINVAL);
 }
 
 int PpsPublisher::error() const

@@ -27,7 +27,7 @@ public:
     [[nodiscard]] int read(QByteArray *message) override;
     /*! May be called from any thread, once attach() was. */
     [[nodiscard]] int write(const QByteArray &message) override;
-    [[nodiscard]] int attach(bool announces) override;
+    void attach(bool announces) override;
     void detach() override;
 
 private:
@@ -70,7 +70,7 @@ private:
     std::mutex m_mutex; // for what a write from another thread looks at
     Link m_link = Link::Gone;
     UniqueFd m_socket;
-    PpsStateFile::Identity m_server; // the socket file at the last connecting
+    FileIdentity m_server; // the socket file at the last connecting
     qsizetype m_owed = 0; // answers, to one that reads them
     std::deque<QByteArray> m_kept; // for the service to come
     qsizetype m_keptSize = 0;

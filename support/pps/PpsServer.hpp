@@ -1,6 +1,7 @@
 #pragma once
 
 #include <oz/OzSupportGlobal.hpp>
+#include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
 #include <QObject>
@@ -28,14 +29,7 @@ class OZ_SUPPORT_EXPORT PpsServer : public QObject
     Q_OBJECT
 
 public:
-    /*! A connected client. The ids of a server are never used twice. */
-    struct Client
-    {
-        quint64 id = 0;
-        pid_t pid = 0; //!< of the process that opened the object, as the kernel vouches
-        uid_t uid = 0;
-        gid_t gid = 0;
-    };
+    using Client = ServiceClient;
 
     /*! Binds to the device path \a path ("/pps/...", without options). */
     explicit PpsServer(const QString &path, QObject *parent = nullptr);

@@ -1,5 +1,7 @@
 #include "pps/PpsStateChannel.hpp"
 
+#include "pps/PpsTextParts.hpp"
+
 #include <oz/PpsText.hpp>
 
 #include <cerrno>
@@ -7,7 +9,7 @@
 namespace oz {
 
 PpsStateChannel::PpsStateChannel(const PpsPath &path, bool blocking, PpsChannelOwner *owner)
-    : m_path(path), m_file(path.filePath()), m_blocking(blocking), m_owner(owner)
+    : m_path(path), m_file(path.filePath()), m_blocking(blocking), m_owner(owner), m_writer(m_file)
 {
 }
 
@@ -18,29 +20,38 @@ PpsStateChannel::~PpsStateChannel()
 
 int PpsStateChannel::read(QByteArray *message)
 {
-    PpsStateFile::Snapshot own;
-    const auto look = [&]() -> const PpsStateFile::Snapshot & {
-        return m_watched ? m_watched->current() : (own = PpsStateFile::load(m_file));
-    };
-    const PpsStateFile::Snapshot *snapshot = &look();
+    PpsSnapshot own;
+    const PpsSnapshot *snapshot = &look(&own);
     std::optional<QByteArray> content = contentOf(*snapshot);
     if (m_blocking && !m_unread) {
-        if (const int error = attach(true))
-            return error;
-        for (snapshot = &look(), content = contentOf(*snapshot); content && content == m_read;
-             snapshot = &look(), content = contentOf(*snapshot)) {
+        attach(true);
+        for (snapshot = &look(&own), content = contentOf(*snapshot); content && isRead(content);
+             snapshot = &look(&own), content = contentOf(*snapshot)) {
             if (const int error = m_watcher->wait(QDeadlineTimer::Forever))
                 return error;
         }
     }
     m_unread = false;
+    m_newsTurn = 0;
     if (!content) {
         m_read.reset();
+        m_base.reset();
         return snapshot->error;
     }
-    *message = m_path.delta && m_read ? deltaLines(*m_read, *content) : *content;
-    m_read = std::move(content);
+    m_read = content;
+    *message = m_base ? deltaLines(*m_base, *content) : *content;
+    if (m_path.delta && PpsText::isValid(*message))
+        m_base = std::move(content);
     return 0;
+}
+
+const PpsSnapshot &PpsStateChannel::look(PpsSnapshot *own) const
+{
+    if (!m_watched)
+        return *own = PpsSnapshot::load(m_file);
+    // What is announced right now was looked at a moment ago.
+    const bool isNews = m_newsTurn && m_newsTurn == m_watcher->turn() && m_watched->latest();
+    return isNews ? *m_watched->latest() : m_watched->current();
 }
 
 int PpsStateChannel::write(const QByteArray &message)
@@ -48,33 +59,25 @@ int PpsStateChannel::write(const QByteArray &message)
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
     const QByteArrayView header = PpsLines(message).header();
-    if (message.isEmpty() || (!header.isNull() && header != m_path.name))
+    if (message.isEmpty() || (!header.isNull() && header != m_path.name) || !PpsText::isValid(message))
         return EINVAL;
-    QString malformed;
-    (void)PpsText::decode(message, &malformed);
-    if (!malformed.isEmpty())
-        return EINVAL;
-    return PpsStateFile::publish(m_file, message, PpsMerge::Keep, PpsStateFile::Create::No, 0);
+    const std::lock_guard lock(m_writing);
+    return m_writer.publish(message, PpsMerge::Keep, PpsStateWriter::Create::No, 0);
 }
 
-int PpsStateChannel::attach(bool announces)
+void PpsStateChannel::attach(bool announces)
 {
     if (!announces)
-        return 0;
-    const auto watcher = PpsWatcher::forThisThread();
+        return;
+    m_watcher = PpsWatcher::forThisThread();
     if (m_watched)
-        return 0;
-    int error = 0;
-    m_watcher = watcher;
-    m_watched = m_watcher->watch(m_file, this, &error);
-    if (!m_watched)
-        return error;
+        return;
+    m_watched = m_watcher->watch(m_file, this);
     // Something may have been published between the last read and the watch.
     if (!m_unread)
         fileChanged();
     else
         m_watcher->scheduleAnnounce(this);
-    return 0;
 }
 
 void PpsStateChannel::detach()
@@ -86,10 +89,16 @@ void PpsStateChannel::detach()
 
 void PpsStateChannel::fileChanged()
 {
-    const bool isNews = contentOf(m_watched->current()) != m_read;
-    m_unread = m_unread || isNews;
-    if (isNews)
-        m_watcher->scheduleAnnounce(this);
+    const PpsSnapshot &snapshot = m_watched->current();
+    if (snapshot.error == EMFILE || snapshot.error == ENFILE || snapshot.error == ENOMEM) {
+        m_watcher->lookAgain(m_watched);
+        return;
+    }
+    if (isRead(contentOf(snapshot)))
+        return;
+    m_unread = true;
+    m_newsTurn = m_watcher->turn();
+    m_watcher->scheduleAnnounce(this);
 }
 
 void PpsStateChannel::announce()
@@ -98,7 +107,12 @@ void PpsStateChannel::announce()
         m_owner->messageWaits();
 }
 
-std::optional<QByteArray> PpsStateChannel::contentOf(const PpsStateFile::Snapshot &snapshot) const
+bool PpsStateChannel::isRead(const std::optional<QByteArray> &content) const
+{
+    return content && m_read ? sameAttributes(*content, *m_read) : !content && !m_read;
+}
+
+std::optional<QByteArray> PpsStateChannel::contentOf(const PpsSnapshot &snapshot) const
 {
     if (snapshot.error)
         return std::nullopt;

@@ -1,9 +1,9 @@
 #include "sockets/LocalSocket.hpp"
 
-#include "pps/PpsStateFile.hpp"
+#include "files/PlaceLock.hpp"
+#include "files/TreeFolder.hpp"
 
 #include <oz/Limits.hpp>
-#include <oz/PpsText.hpp>
 
 #include <QDeadlineTimer>
 
@@ -62,7 +62,7 @@ int makeSocket(UniqueFd *socket, int type, Wait wait = Wait::Yes)
     if (!*socket)
         return errno;
     // One message has to fit the send buffer; the kernel grants what its limit allows.
-    const int wanted = int(PpsText::MaxMessageSize);
+    const int wanted = int(MaxMessageSize);
     ::setsockopt(socket->get(), SOL_SOCKET, SO_SNDBUF, &wanted, sizeof wanted);
     return 0;
 }
@@ -128,23 +128,23 @@ int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type)
 
 int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type)
 {
-    if (const int error = PpsStateFile::makeDirectoryOf(path))
+    TreeFolder folder;
+    if (const int error = folder.open(path, TreeFolder::Make::Yes))
         return error;
     // Of two services that start at once, one comes second.
-    PpsStateFile::PublishLock lock(path);
+    PlaceLock lock(folder.fd(), path);
     if (const int error = lock.acquire())
         return error;
-    struct stat status;
-    if (::lstat(path.constData(), &status) == 0) {
+    if (const auto &present = lock.present()) {
         UniqueFd probe;
-        if (!S_ISSOCK(status.st_mode))
+        if (!S_ISSOCK(present->st_mode))
             return EEXIST;
         if (const int error = connect(path, Wait::No, &probe, type);
             error == 0 || error == EAGAIN || error == EPROTOTYPE)
             return EADDRINUSE;
     }
     // It listens before it has its name, so nobody ever meets it half made.
-    const QByteArray hidden = PpsStateFile::hiddenPath(path, ".sock");
+    const QByteArray hidden = folderOf(path) + '/' + hiddenName(path, ".sock");
     if (::unlink(hidden.constData()) < 0 && errno != ENOENT)
         return errno;
     const Address address(hidden);
@@ -170,7 +170,7 @@ int send(int socket, const QByteArray &message, Wait wait)
     // An empty message could not be told from the end of the connection.
     if (message.isEmpty())
         return EINVAL;
-    if (message.size() > PpsText::MaxMessageSize)
+    if (message.size() > MaxMessageSize)
         return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
     const QDeadlineTimer deadline(waitLimit());
@@ -197,10 +197,10 @@ int receive(int socket, QByteArray *message, Wait wait)
         return error;
     if (size == 0)
         return ECONNRESET;
-    message->resize(std::min<ssize_t>(size, PpsText::MaxMessageSize));
+    message->resize(std::min<ssize_t>(size, MaxMessageSize));
     if (::recv(socket, message->data(), std::size_t(message->size()), MSG_DONTWAIT) < 0)
         return errno;
-    return size > PpsText::MaxMessageSize ? EMSGSIZE : 0;
+    return size > MaxMessageSize ? EMSGSIZE : 0;
 }
 
 bool hasEnded(int socket)

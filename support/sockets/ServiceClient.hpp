@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QtGlobal>
+
+#include <sys/types.h>
+
+namespace oz {
+
+/*! A connected client of a service. The ids of a server are never used twice. */
+struct ServiceClient
+{
+    quint64 id = 0;
+    pid_t pid = 0; //!< of the process that opened the object or device, as the kernel vouches
+    uid_t uid = 0;
+    gid_t gid = 0;
+};
+
+} // namespace oz
