@@ -100,7 +100,7 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
     const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
-    ServiceClient control("/pps/system/ozdeviced/control");
+    oz::testing::ServiceClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},
