@@ -17,8 +17,11 @@ class OZ_DEVICE_EXPORT CellularConnectionRequestResult
 public:
     enum Type {
         Requested = 0, //!< the service took the request
-        InternalError = 1, //!< the exchange with the service failed, or the service reports an error
-        InvalidInterface = 2, //!< there is no such profile
+        /*! The exchange with the service failed or took too long, or the service reports an error. */
+        InternalError = 1,
+        /*! No name is set, or the profile's control object does not open: there is no such profile, the
+         * service is gone or has too many clients, or the process has no descriptor left. */
+        InvalidInterface = 2,
         PermissionDenied = 3, //!< the process may not open the profile's control object
         NotPossible = 4, //!< the request does not fit the state of the profile or of the object
     };

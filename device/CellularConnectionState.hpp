@@ -6,14 +6,18 @@
 
 namespace oz::device {
 
-/*! How far a cellular data profile is connected. Holds the enumeration only; it has no instances. */
+/*!
+ * How far a cellular data profile is connected. Holds the enumeration only; it has no instances.
+ *
+ * There is no value for unknown: Disconnected stands for that too.
+ */
 class OZ_DEVICE_EXPORT CellularConnectionState
 {
     Q_GADGET
 
 public:
     enum Type {
-        Disconnected = 0, //!< the profile is not in use
+        Disconnected = 0, //!< the profile is not in use, or nothing is known of it
         PendingConnect = 1, //!< the profile is being connected
         Connected = 2, //!< the profile is connected
     };

@@ -24,26 +24,28 @@ class CellularDataInterfacePrivate;
  * the object of the profile's name with "_control" behind it, in the same directory.
  *
  * Use an instance on the thread that created it. Requests, and with them setName() and the destructor while a
- * connection is requested, block that thread until the service answers or goes away. Failures are logged as
- * warnings of the category "oz.device", but for a control object that does not open.
+ * connection is requested, block that thread until the service answers or goes away, for oz::waitLimit() (60
+ * s) at most: the result is InternalError then. Failures are logged as warnings of the category "oz.device",
+ * but for a control object that does not open.
  */
 class OZ_DEVICE_EXPORT CellularDataInterface : public QObject
 {
     Q_OBJECT
     /*! The profile's name; empty for none. */
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
-    /*! Whether the profile is there and enabled. */
+    /*! Whether the profile is there and enabled; false also for unknown. */
     Q_PROPERTY(bool valid READ isValid NOTIFY validChanged FINAL)
-    /*! Whether the profile is connected without being asked. */
+    /*! Whether the profile is connected without being asked; false also for unknown. */
     Q_PROPERTY(bool alwaysOn READ isAlwaysOn NOTIFY alwaysOnChanged FINAL)
-    /*! Whether only certain applications may use the profile. */
+    /*! Whether only certain applications may use the profile; false also for unknown. */
     Q_PROPERTY(bool accessControlled READ isAccessControlled NOTIFY accessControlledChanged FINAL)
     /*! The network interface of the connection, such as "rmnet0"; empty where there is none. */
     Q_PROPERTY(
         QString networkInterfaceName READ networkInterfaceName NOTIFY networkInterfaceNameChanged FINAL)
     /*! The access point of the profile; empty for unknown. */
     Q_PROPERTY(QString accessPointName READ accessPointName NOTIFY accessPointNameChanged FINAL)
-    /*! As the service publishes it; requests do not change it by themselves. */
+    /*! As the service publishes it; requests do not change it by themselves. Disconnected also for unknown.
+     */
     Q_PROPERTY(oz::device::CellularConnectionState::Type connectionState READ connectionState NOTIFY
             connectionStateChanged FINAL)
 
@@ -76,7 +78,8 @@ public Q_SLOTS:
      * - Requested: the service took it; connectionState tells how it goes on;
      * - NotPossible: this object has a connection requested already (nothing is sent), or the service answers
      *   with the error 13;
-     * - InvalidInterface: no name is set, or the profile has no control object;
+     * - InvalidInterface: no name is set, or the profile's control object does not open, for whatever reason
+     * but permission: there is none, its service is gone or has too many clients, no descriptor is left;
      * - PermissionDenied: the process may not open the control object;
      * - InternalError: the exchange failed, or the service answers with another error.
      */

@@ -12,8 +12,12 @@ namespace oz::device {
 class CellularNetworkInfoPrivate;
 
 /*!
- * One of the networks that the radio uses: 0 is the primary network, 1 the CDMA 1X network of a device that
- * runs CDMA beside another technology. Other numbers stand for no network.
+ * One of the networks that the radio uses: 0 is the primary network, 1 the CDMA 1X network beside it. Other
+ * numbers stand for no network.
+ *
+ * Whether there is a CDMA 1X network is told by the technologies in use: cdma_1x, evdo or lte among them is
+ * enough. So on a phone that uses LTE and has no CDMA, index 1 says Cdma1X too, and its values are empty or
+ * 0.
  *
  * The values are there from construction on and change from the event loop. When the technology behind the
  * index changes, all values are read anew and announced before technologyChanged. Each reading stands for
@@ -32,6 +36,7 @@ class CellularNetworkInfoPrivate;
 class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
 {
     Q_OBJECT
+    /*! Any number may be set; 0 unless the constructor is given another. It has no unknown value. */
     Q_PROPERTY(int index READ index WRITE setIndex NOTIFY indexChanged FINAL)
     /*! None where there is no network of this index. */
     Q_PROPERTY(oz::device::CellularTechnology::Type technology READ technology NOTIFY technologyChanged FINAL)
@@ -45,7 +50,7 @@ class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
     Q_PROPERTY(QString mobileNetworkCode READ mobileNetworkCode NOTIFY mobileNetworkCodeChanged FINAL)
     /*! The received signal strength in dBm, as published; 0 for unknown. */
     Q_PROPERTY(int signalStrength READ signalStrength NOTIFY signalStrengthChanged FINAL)
-    /*! Whether the device roams in this network, and the user is to know it. */
+    /*! Whether the device roams in this network, and the user is to know it; false also for unknown. */
     Q_PROPERTY(bool roaming READ isRoaming NOTIFY roamingChanged FINAL)
     /*! Of GSM, UMTS and LTE networks; 0 for unknown. */
     Q_PROPERTY(int cellId READ cellId NOTIFY cellIdChanged FINAL)

@@ -29,24 +29,25 @@ class CellularRadioInfoPrivate;
 class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
 {
     Q_OBJECT
+    /*! Whether the radio is switched on; false also for unknown. */
     Q_PROPERTY(bool poweredOn READ isPoweredOn NOTIFY poweredOnChanged FINAL)
-    /*! The technologies that the hardware supports. */
+    /*! The technologies that the hardware supports, as they were at construction; none for unknown. */
     Q_PROPERTY(oz::device::CellularTechnology::Types technologies READ technologies CONSTANT FINAL)
-    /*! The services that the hardware supports. */
+    /*! The services that the hardware supports, as they were at construction; none for unknown. */
     Q_PROPERTY(oz::device::CellularService::Types services READ services CONSTANT FINAL)
-    /*! The bands that the hardware supports. */
+    /*! The bands that the hardware supports, as they were at construction; none for unknown. */
     Q_PROPERTY(oz::device::CellularBand::Types bands READ bands CONSTANT FINAL)
-    /*! The technologies that the user has enabled. */
+    /*! The technologies that the user has enabled; none for unknown. */
     Q_PROPERTY(oz::device::CellularTechnology::Types enabledTechnologies READ enabledTechnologies NOTIFY
             enabledTechnologiesChanged FINAL)
-    /*! The technologies of the networks in use. */
+    /*! The technologies of the networks in use; none for unknown. */
     Q_PROPERTY(oz::device::CellularTechnology::Types activeTechnologies READ activeTechnologies NOTIFY
             activeTechnologiesChanged FINAL)
-    /*! The number of networks in use; two networks of one technology count twice. */
+    /*! The number of networks in use, of which two of one technology count twice; 0 for unknown. */
     Q_PROPERTY(int networkCount READ networkCount NOTIFY networkCountChanged FINAL)
-    /*! Whether mobile data is on. */
+    /*! Whether mobile data is on; false also for unknown. */
     Q_PROPERTY(bool dataEnabled READ isDataEnabled NOTIFY dataEnabledChanged REVISION 1 FINAL)
-    /*! Whether mobile data runs over a network other than the home network. */
+    /*! Whether mobile data runs over a network other than the home network; false also for unknown. */
     Q_PROPERTY(bool dataRoaming READ isDataRoaming NOTIFY dataRoamingChanged REVISION 1 FINAL)
 
 public:

@@ -15,12 +15,15 @@ class DeviceInfoPrivate;
  *
  * The activity is there from construction on. The orientation comes from the event loop, once the sensor has
  * given its first reading; an object that is made in a thread without an event loop starts the sensor at the
- * first call of orientation() in one.
+ * first call of orientation() in one. Where nothing publishes the orientation there is no reading, and the
+ * first one comes when something does.
  *
  * Where the power manager's device cannot be opened at construction, the activity stays Unknown for the life
- * of this object; where it goes away later, it becomes Unknown and stays so.
+ * of this object. Where the power manager goes away later for longer than oz::graceTime(), the activity
+ * becomes Unknown, until it is back.
  *
- * Source: the orientation sensor of Qt Sensors; the status "user_activity" of the device "/dev/power/mgr".
+ * Source: the object "/pps/services/sensors/orientation", by way of Qt Sensors and a plugin of this library,
+ * and no other sensor; the status "user_activity" of the device "/dev/power/mgr".
  *
  * Use an instance on the thread that created it; all signals come there. Failures are logged as warnings of
  * the category "oz.device".

@@ -17,9 +17,11 @@ class DisplayInfoPrivate;
 /*!
  * One display of the device: the screen it has, or one outside of it, with a cable or without.
  *
- * The values are there from construction on and change from the event loop. Where no display has the
- * identifier, or the display service cannot be reached, the object stays invalid: its values are the unknown
- * ones for good. A display that is detached, or taken away, keeps the values it had last.
+ * The values are there from construction on and change from the event loop. All of them are read anew when
+ * the display is attached or detached and when its size changes while it is attached, also those that are
+ * said to be constant; no signal tells of these. Where no display has the identifier, or the display service
+ * cannot be reached, the object stays invalid: its values are the unknown ones for good. A display that is
+ * detached, or taken away, keeps the values it had last.
  *
  * Source: the display service.
  *
@@ -47,14 +49,14 @@ class OZ_DEVICE_EXPORT DisplayInfo : public QObject
     /*! How the width in pixels compares with the height, as it was at the last change; Landscape in an
      * invalid object, Square for a size that is not known. */
     Q_PROPERTY(oz::device::DisplayAspectType::Type aspectType READ aspectType CONSTANT FINAL)
-    /*! Whether the display can be seen now. */
+    /*! Whether the display can be seen now; false also for unknown. */
     Q_PROPERTY(bool attached READ isAttached NOTIFY attachedChanged FINAL)
-    /*! Whether the display can be taken off. */
+    /*! Whether the display can be taken off; false also for unknown. */
     Q_PROPERTY(bool detachable READ isDetachable CONSTANT FINAL)
-    /*! What the display is made of. */
+    /*! What the display is made of; Unknown where it does not tell. */
     Q_PROPERTY(oz::device::DisplayTechnology::Type displayTechnology READ displayTechnology CONSTANT
             REVISION 1 FINAL)
-    /*! Whether the display is reached over the air. */
+    /*! Whether the display is reached over the air: whether its name holds "miracast". */
     Q_PROPERTY(bool wireless READ isWireless CONSTANT REVISION 2 FINAL)
 
 public:

@@ -13,7 +13,7 @@ class OZ_DEVICE_EXPORT DisplayTechnology
 
 public:
     enum Type {
-        Unknown = 0,
+        Unknown = 0, //!< the display service does not say, or names none of the others
         Lcd = 1,
         Oled = 2,
         Crt = 3,

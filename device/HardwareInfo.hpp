@@ -13,9 +13,10 @@ class HardwareInfoPrivate;
 /*!
  * What the device is: its identifiers, its names, its processors and its parts.
  *
- * All this is fixed for the life of the device. Each call reads the system's object anew and keeps nothing,
- * so a value that the system does not know yet is there as soon as it does. What cannot be read is empty, 0,
- * false or Unknown, and -1 for the speed of a processor.
+ * All this is fixed for the life of the device, and no signal tells of it. Each call reads the system's
+ * object anew and keeps nothing all the same, so a value that the system does not know yet is there as soon
+ * as it does, and the name that a user gives the device may be another next time. What cannot be read is
+ * empty, 0, false or Unknown, and -1 for the speed of a processor.
  *
  * Source: "/pps/services/private/deviceproperties" for pin, serialNumber, imei and meid (the files' modes
  * decide who may read them, and they appear in no log); "/pps/services/deviceproperties" for the hardware
@@ -29,6 +30,7 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_OBJECT
     /*! The device's personal identification number; empty for unknown, like all texts here. */
     Q_PROPERTY(QString pin READ pin CONSTANT FINAL)
+    /*! The number that the device was given when it was made. */
     Q_PROPERTY(QString serialNumber READ serialNumber CONSTANT FINAL)
     /*! The equipment identity of a GSM, UMTS or LTE device. */
     Q_PROPERTY(QString imei READ imei CONSTANT FINAL)
@@ -38,7 +40,9 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_PROPERTY(QString hardwareId READ hardwareId CONSTANT FINAL)
     /*! The name that the user gave the device. */
     Q_PROPERTY(QString deviceName READ deviceName CONSTANT FINAL)
+    /*! The name under which such devices are sold. */
     Q_PROPERTY(QString modelName READ modelName CONSTANT FINAL)
+    /*! The number of the model, which tells variants apart. */
     Q_PROPERTY(QString modelNumber READ modelNumber CONSTANT FINAL)
     /*!
      * Whether the device has a keyboard of keys. The inventory says "none", in any letter case, where it has
@@ -46,12 +50,15 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
      * for granted would leave its user without any.
      */
     Q_PROPERTY(bool isPhysicalKeyboardDevice READ isPhysicalKeyboardDevice CONSTANT FINAL)
+    /*! The HDMI connector of the device; Unknown where the inventory does not say. */
     Q_PROPERTY(oz::device::HdmiConnector::Type hdmiConnector READ hdmiConnector CONSTANT REVISION 1 FINAL)
     /*! This and the following are true for the devices of one family, known by their hardware identifiers. */
     Q_PROPERTY(bool isTrackpadDevice READ isTrackpadDevice CONSTANT REVISION 2 FINAL)
     /*! Whether the device has keys to take and end a call. */
     Q_PROPERTY(bool hasPhysicalPhoneKeys READ hasPhysicalPhoneKeys CONSTANT REVISION 2 FINAL)
+    /*! Whether the device has a key to go back. */
     Q_PROPERTY(bool hasPhysicalBackButton READ hasPhysicalBackButton CONSTANT REVISION 2 FINAL)
+    /*! Whether the device has a key for menus. */
     Q_PROPERTY(bool hasPhysicalMenuButton READ hasPhysicalMenuButton CONSTANT REVISION 2 FINAL)
 
 public:

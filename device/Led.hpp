@@ -15,7 +15,8 @@ class LedPrivate;
  * A request is a message to the LED service, which tells nobody whether it took it: without the service the
  * values here change as with it, but no flash is ever seen. Flashes are counted as the service's status shows
  * the LED lit in this object's colour, whoever asked for that, so two objects of one colour count each
- * other's flashes. Destroying an active object cancels its request.
+ * other's flashes; what was lit when a request began is none. Destroying an active object cancels its
+ * request.
  *
  * Source: the object "/pps/services/led/status"; requests go to "/pps/services/led/control".
  *

@@ -8,6 +8,8 @@ namespace oz::device {
 
 /*!
  * How far the device is connected to a wireless display. Holds the enumeration only; it has no instances.
+ *
+ * The value stays as the wireless-display service told it last, also once the service is gone.
  */
 class OZ_DEVICE_EXPORT MiracastConnectionState
 {
@@ -15,7 +17,7 @@ class OZ_DEVICE_EXPORT MiracastConnectionState
 
 public:
     enum Type {
-        Unknown = 0, //!< the service is not there, or says what it should not
+        Unknown = 0, //!< the service has not said yet, or says what it should not
         Connected = 1,
         Connecting = 2,
         Disconnected = 3,

@@ -8,6 +8,8 @@ namespace oz::device {
 
 /*!
  * What the session with a wireless display does. Holds the enumeration only; it has no instances.
+ *
+ * The value stays as the wireless-display service told it last, also once the service is gone.
  */
 class OZ_DEVICE_EXPORT MiracastDisplayState
 {
@@ -15,10 +17,10 @@ class OZ_DEVICE_EXPORT MiracastDisplayState
 
 public:
     enum Type {
-        Unknown = 0, //!< the service is not there, or says what it should not
+        Unknown = 0, //!< the service has not said yet, or says what it should not
         Stopped = 1, //!< there is none
         Playing = 2, //!< the display shows the device's screen
-        Paused = 3,
+        Paused = 3, //!< the session is there, and the display does not show the screen
     };
     Q_ENUM(Type)
 

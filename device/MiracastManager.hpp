@@ -22,12 +22,15 @@ class MiracastManagerPrivate;
  * screen.
  *
  * The values are there from construction on and change from the event loop. A reading that fails changes
- * nothing. Where the device has no Miracast, or the service's object cannot be opened, at construction, all
- * values stay empty or Unknown for the life of this object, and requests do nothing, silently.
+ * nothing, and neither does what the service takes back or a service that goes away: each value is what was
+ * told last, so that connectionState may say Connected of a service that is gone. Where the device has no
+ * Miracast, or the service's object cannot be opened, at construction, all values stay empty or Unknown for
+ * the life of this object, and requests do nothing, silently.
  *
  * Requests do not wait: each is written to the service, and the signal with its name and "Completed" tells
  * the MiracastResult, on the instance that asked and on no other. A request that cannot be written is logged,
- * and no signal follows.
+ * and no signal follows; nor does one where the service goes away before it answers. Two requests of one kind
+ * within a millisecond are one to the service's answer, and one signal.
  *
  * Source: the object "/pps/services/miracast/status", after a scan "/pps/services/miracast/sinks", and
  * "/pps/services/hw_info/inventory" for whether there is Miracast. Requests go to
@@ -40,17 +43,20 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_OBJECT
     /*! The hardware address of the sink that is connected or being connected; empty for none. */
     Q_PROPERTY(QString hardwareAddress READ hardwareAddress NOTIFY hardwareAddressChanged FINAL)
+    /*! Unknown before the service has said anything. */
     Q_PROPERTY(oz::device::MiracastConnectionState::Type connectionState READ connectionState NOTIFY
             connectionStateChanged FINAL)
     /*! The name of that sink, which is whatever text it chose; empty for none. */
     Q_PROPERTY(QString deviceName READ deviceName NOTIFY deviceNameChanged FINAL)
     /*! The size in pixels of what that sink shows; 0 by 0 for unknown. */
     Q_PROPERTY(QSize devicePixelSize READ devicePixelSize NOTIFY devicePixelSizeChanged FINAL)
+    /*! What the session does; Unknown before the service has said anything. */
     Q_PROPERTY(oz::device::MiracastDisplayState::Type displayState READ displayState NOTIFY
             displayStateChanged FINAL)
-    /*! What kind of device that sink is. */
+    /*! What kind of device that sink is; Unknown where it does not say. */
     Q_PROPERTY(oz::device::MiracastDeviceCategory::Type deviceCategory READ deviceCategory NOTIFY
             deviceTypeChanged FINAL)
+    /*! More exactly what kind of device that sink is; Unknown where it does not say. */
     Q_PROPERTY(oz::device::MiracastDeviceSubCategory::Type deviceSubCategory READ deviceSubCategory NOTIFY
             deviceTypeChanged FINAL)
     /*! The identifier of the session; empty for none. */
@@ -59,7 +65,7 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_PROPERTY(oz::device::MiracastStopReason::Type stopReason READ stopReason NOTIFY stopReasonChanged FINAL)
     /*! Whether the wireless-display service runs. */
     Q_PROPERTY(oz::device::MiracastStatus::Type status READ status NOTIFY statusChanged FINAL)
-    /*! As isSupported(). */
+    /*! As isSupported(): a property of the device, but read anew at each call. */
     Q_PROPERTY(bool isSupported READ isSupported CONSTANT FINAL)
 
 public:
@@ -99,7 +105,9 @@ public Q_SLOTS:
     void requestScan();
     /*! Asks the service to end the session, or what is being connected. */
     void requestDisconnect();
+    /*! Asks the service to go on with the session without showing the screen. */
     void requestPause();
+    /*! Asks the service to show the screen again. */
     void requestResume();
 
 Q_SIGNALS:
@@ -111,13 +119,20 @@ Q_SIGNALS:
     void deviceConnected(QString deviceName, QString hardwareAddress,
         oz::device::MiracastDeviceCategory::Type category,
         oz::device::MiracastDeviceSubCategory::Type subCategory);
-    /*! A sink that was connected is so no more. */
+    /*! The connection state has gone from Connected straight to Disconnected; not by way of another state,
+     * and not where the service went away. */
     void deviceDisconnected();
+    /*! How a scan of this instance ended; after Success, every sink has been told by deviceDiscovered. */
     void scanCompleted(oz::device::MiracastResult::Type result);
+    /*! How requestConnect() of this instance ended. */
     void connectCompleted(oz::device::MiracastResult::Type result);
+    /*! How requestPause() of this instance ended. */
     void pauseCompleted(oz::device::MiracastResult::Type result);
+    /*! How requestResume() of this instance ended. */
     void resumeCompleted(oz::device::MiracastResult::Type result);
+    /*! How requestDisconnect() of this instance ended. */
     void disconnectCompleted(oz::device::MiracastResult::Type result);
+    /*! How requestShutdown() of this instance ended. */
     void shutdownCompleted(oz::device::MiracastResult::Type result);
     void connectionStateChanged(oz::device::MiracastConnectionState::Type state);
     void hardwareAddressChanged(QString hardwareAddress);
@@ -134,16 +149,22 @@ Q_SIGNALS:
     void deviceTypeChanged(int category, int subCategory);
     void deviceDiscovered(QString deviceName, QString hardwareAddress, int category, int subCategory);
     void deviceConnected(QString deviceName, QString hardwareAddress, int category, int subCategory);
+    /*! Follows its namesake with the same result as a number. */
     void scanCompleted(int result);
+    /*! Follows its namesake with the same result as a number. */
     void connectCompleted(int result);
+    /*! Follows its namesake with the same result as a number. */
     void pauseCompleted(int result);
+    /*! Follows its namesake with the same result as a number. */
     void resumeCompleted(int result);
+    /*! Follows its namesake with the same result as a number. */
     void disconnectCompleted(int result);
     void connectionStateChanged(int state);
     void displayStateChanged(int state);
     void stopReasonChanged(int stopReason);
     /*! Never emitted. */
     void statusChanged(int status);
+    /*! Follows its namesake with the same result as a number. */
     void shutdownCompleted(int result);
 
 private:

@@ -8,6 +8,8 @@ namespace oz::device {
 
 /*!
  * Whether the wireless-display service runs. Holds the enumeration only; it has no instances.
+ *
+ * The value is the service's own word, and stays as it was told last, also once the service is gone.
  */
 class OZ_DEVICE_EXPORT MiracastStatus
 {
@@ -15,7 +17,7 @@ class OZ_DEVICE_EXPORT MiracastStatus
 
 public:
     enum Type {
-        Unknown = 0,
+        Unknown = 0, //!< the service has not said yet, or says what it should not
         Running = 1,
         Stopped = 2, //!< see MiracastStopReason
     };

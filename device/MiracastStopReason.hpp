@@ -15,7 +15,7 @@ class OZ_DEVICE_EXPORT MiracastStopReason
 
 public:
     enum Type {
-        Unknown = 0, //!< nothing is known of the service
+        Unknown = 0, //!< the service has not said yet
         NotStopped = 1,
         Application = 2, //!< an application shut it down
         NotSupported = 3, //!< the device has no wireless display

@@ -13,8 +13,8 @@ class OZ_DEVICE_EXPORT UserActivityState
 
 public:
     enum Type {
-        Unknown = 0,
-        Active = 1,
+        Unknown = 0, //!< the power manager is not there, or says neither
+        Active = 1, //!< somebody uses the device
         Inactive = 2, //!< the device is in standby
     };
     Q_ENUM(Type)

@@ -23,8 +23,11 @@ class WiFiDirectPrivate;
  * peer, and to open and close sessions on the connection.
  *
  * The values are there from construction on and change from the event loop. A reading that fails changes
- * nothing. Where Wi-Fi Direct is not supported, or the service's object cannot be opened, at construction,
- * all values stay false, empty or Unknown for the life of this object.
+ * nothing. Each other stands for itself: what it lacks is false, empty or Unknown, peers that it lacks are
+ * gone, and enabled is true where it is silent about that. So where the object is emptied, because its
+ * service stays away, deviceLost and deviceDisconnected tell of each peer. Where Wi-Fi Direct is not
+ * supported, or the service's object cannot be opened, at construction, all values stay false, empty or
+ * Unknown for the life of this object.
  *
  * A peer is known by its hardware address, exactly as the service writes it; of one that stays in sight,
  * name, type and role are those of its first appearance. Its name is whatever text the peer chose.
@@ -34,19 +37,22 @@ class WiFiDirectPrivate;
  * group's password.
  *
  * Use an instance on the thread that created it. Requests block that thread until the service answers or goes
- * away. Failures are logged as warnings of the category "oz.device".
+ * away, for oz::waitLimit() (60 s) at most: the result is InternalError then. Failures are logged as warnings
+ * of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT WiFiDirect : public QObject
 {
     Q_OBJECT
-    /*! Whether a scan is running. */
+    /*! Whether a scan is running; false also for unknown. */
     Q_PROPERTY(bool scanning READ isScanning NOTIFY scanningChanged FINAL)
-    /*! Whether Wi-Fi Direct is switched on. */
+    /*! Whether Wi-Fi Direct is switched on; true where the service does not say, false without the service.
+     */
     Q_PROPERTY(bool enabled READ isEnabled NOTIFY enabledChanged FINAL)
-    /*! As isSupported(). */
+    /*! As isSupported(): a property of the device, but read anew at each call. */
     Q_PROPERTY(bool supported READ isSupported CONSTANT FINAL)
     /*! When the peers in sight were last updated, to the second, in local time; null for unknown. */
     Q_PROPERTY(QDateTime lastUpdate READ lastUpdate NOTIFY lastUpdateChanged FINAL)
+    /*! Unknown where the service does not say. */
     Q_PROPERTY(oz::device::WiFiDirectConnectionState::Type connectionState READ connectionState NOTIFY
             connectionStateChanged FINAL)
     /*! The network interface of the group, such as "p2p0"; empty while not connected. */
@@ -142,22 +148,25 @@ public:
 Q_SIGNALS:
     /*! A session was opened; requestStopSession() takes its key. */
     void sessionStarted(QString session);
+    /*! A session was closed by requestStopSession(). */
     void sessionStopped();
     /*!
-     * A peer has come into sight. This signal itself sets off deviceFound, so a receiver of both hears
-     * deviceFound first.
+     * A peer has come into sight. This signal itself sets off deviceFound: a receiver of both hears
+     * deviceFound first, and where the application ends all connections of this object with disconnect(), or
+     * blocks its signals, deviceFound comes no more.
      */
     Q_REVISION(1)
     void deviceDiscovered(QString name, QString hardwareAddress, oz::device::WiFiDirectDeviceType::Type type,
         oz::device::WiFiDirectSecondaryDeviceType::Types secondaryTypes,
         oz::device::WiFiDirectRole::Type role);
-    /*! A peer has come into sight. */
+    /*! A peer has come into sight; set off by deviceDiscovered. */
     void deviceFound(QString name, QString hardwareAddress, oz::device::WiFiDirectDeviceType::Type type);
     /*! A peer is out of sight. */
     void deviceLost(QString hardwareAddress);
     /*! A peer is connected; \a intent is its part in the group, Any where that is not known. */
     void deviceConnected(QString name, QString hardwareAddress, oz::device::WiFiDirectDeviceType::Type type,
         QString ipAddress, oz::device::WiFiDirectIntent::Type intent);
+    /*! A peer that was connected is so no more, or the service says nothing of it any more. */
     void deviceDisconnected(QString hardwareAddress);
     void scanningChanged(bool scanning);
     void enabledChanged(bool enabled);

@@ -14,9 +14,9 @@ class OZ_DEVICE_EXPORT WiFiDirectConnectionState
 public:
     enum Type {
         Unknown = 0, //!< no reading yet, or the service says nothing that is known
-        Connecting = 1,
-        Connected = 2,
-        Disconnected = 3,
+        Connecting = 1, //!< a peer is being connected
+        Connected = 2, //!< the phone is in a group
+        Disconnected = 3, //!< the phone is in no group
     };
     Q_ENUM(Type)
 

@@ -13,8 +13,9 @@ struct WiFiDirectDeviceInfo
 {
     QString name; //!< as the peer gives it: any text, or none
     QString hardwareAddress; //!< as the service writes it
-    WiFiDirectDeviceType::Type type = WiFiDirectDeviceType::Unknown;
-    WiFiDirectSecondaryDeviceType::Types secondaryTypes = WiFiDirectSecondaryDeviceType::Unknown;
+    WiFiDirectDeviceType::Type type = WiFiDirectDeviceType::Unknown; //!< its category
+    WiFiDirectSecondaryDeviceType::Types secondaryTypes =
+        WiFiDirectSecondaryDeviceType::Unknown; //!< what it can do beside
     WiFiDirectRole::Type role = WiFiDirectRole::Unknown; //!< in whatever group
 };
 

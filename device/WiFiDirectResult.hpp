@@ -14,7 +14,8 @@ class OZ_DEVICE_EXPORT WiFiDirectResult
 public:
     enum Type {
         Success = 0, //!< the service took it
-        InternalError = 1, //!< the exchange failed, or the service refused for a reason that is none of these
+        InternalError =
+            1, //!< the exchange failed or took too long, or the service refused for another reason
         Busy = 2, //!< the service is at another scan or connection
         DeviceNotFound = 3, //!< the service knows no such peer
         NoNetworkConnection = 4, //!< the phone is in no Wi-Fi Direct network

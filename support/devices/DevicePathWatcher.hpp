@@ -25,6 +25,7 @@ public:
         const QString &path, const QString &root = deviceRoot(), QObject *parent = nullptr);
 
 Q_SIGNALS:
+    /*! Something may lie at the path now, or lie there no more. */
     void changed();
 
 private:

@@ -25,6 +25,7 @@ using screen_event_t = _screen_event *;
 
 /*! The properties, with the platform's published values. */
 namespace ScreenProperty {
+/*! What each is a property of, and its values. */
 enum Type : int {
     EventDisplay = 11, //!< of an event, a pointer: the display it concerns
     IdString = 20, //!< of a display, text: its name
@@ -43,17 +44,19 @@ enum Type : int {
 
 /*! The kinds of display that are told apart. */
 namespace ScreenDisplayKind {
-inline constexpr int Internal = 0x7660;
+inline constexpr int Internal = 0x7660; //!< the device's own
 inline constexpr int External = 0x7661; //!< every other
 } // namespace ScreenDisplayKind
 
 /*! The types of event. */
 namespace ScreenEventType {
-inline constexpr int None = 0;
+inline constexpr int None = 0; //!< nothing has happened
 inline constexpr int Display = 11; //!< a display was attached or detached, or its size or rotation changed
 } // namespace ScreenEventType
 
+/*! The only flags of a context. */
 inline constexpr int ScreenApplicationContext = 0;
+/*! The only type of notification: of the events of a display. */
 inline constexpr int ScreenNotifyDisplay = 3;
 
 /*!

@@ -11,6 +11,7 @@ namespace oz {
 
 /*! The kinds of event, as the first word of the record holds them. */
 namespace EventKind {
+/*! The first word of a record. */
 enum Type : int {
     None = 0, //!< nothing is delivered
     SignalWithCode = 3, //!< a signal to the process, with a value and a code
@@ -29,11 +30,12 @@ struct sigevent
         int signo = 0; //!< SignalWithCode: the signal's number
         int coid; //!< Pulse: the connection's id
     };
+    /*! What is handed over: a number or a pointer, whose meaning is the receiver's. */
     union {
         int sival_int;
         void *sival_ptr = nullptr;
     } value;
-    short code = 0;
+    short code = 0; //!< of a signal its si_code, of a pulse the receiver's
     short priority = 0; //!< of a pulse; pulses are received in the order of sending, whatever it is
 };
 
