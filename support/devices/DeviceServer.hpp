@@ -29,6 +29,7 @@ class OZ_SUPPORT_EXPORT DeviceServer : public QObject
     Q_OBJECT
 
 public:
+    /*! A connected client; its ids are never used twice. */
     using Client = PpsServer::Client;
 
     /*! The longest line of a client, in bytes. */
@@ -39,6 +40,7 @@ public:
     /*! Ends all connections; the device is gone. */
     ~DeviceServer() override;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
@@ -48,7 +50,9 @@ public:
     /*! Sends \a line and a line feed; false where the client is not connected any more. */
     bool send(quint64 client, const QByteArray &line);
 
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
+    /*! error() as text; empty for 0. */
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:
