@@ -75,7 +75,7 @@ public:
     [[nodiscard]] PhoneClock &clock() { return m_clock; }
     void setFurtherVerbs(FurtherVerbs verbs) { m_furtherVerbs = std::move(verbs); }
 
-    /*! The part of type \a Part, of those that are made already. */
+    /*! The part of the type \a Part, of those that are made already. */
     template <typename Part>
     [[nodiscard]] std::shared_ptr<Part> part() const
     {
