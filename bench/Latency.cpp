@@ -115,7 +115,7 @@ const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> &faciliti
         {"device",
             ringsAt<DeviceInfo>(qOverload<UserActivityState::Type>(&DeviceInfo::activityStateChanged))},
         {"display", ringsAt<DisplayInfo>(qOverload<QSize>(&DisplayInfo::pixelSizeChanged), 0)},
-        {"wifidirect",
+        {"wifi-direct",
             ringsAt<WiFiDirect>(qOverload<QString, QString, WiFiDirectDeviceType::Type,
                 WiFiDirectSecondaryDeviceType::Types, WiFiDirectRole::Type>(&WiFiDirect::deviceDiscovered))},
         {"miracast",

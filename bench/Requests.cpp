@@ -51,7 +51,7 @@ struct FacilityRequest
 const std::vector<FacilityRequest> &facilityRequests()
 {
     static const std::vector<FacilityRequest> all{
-        {"wifidirect", {{"msg", "wifi_p2p_cancel_connect"}, {"id", "oz.device.WiFiDirect"}},
+        {"wifi-direct", {{"msg", "wifi_p2p_cancel_connect"}, {"id", "oz.device.WiFiDirect"}},
             []() -> std::function<bool()> {
                 return [wifi = std::make_shared<device::WiFiDirect>()] {
                     return wifi->cancelConnectRequest() == device::WiFiDirectResult::NoRequestToCancel;

@@ -1,6 +1,6 @@
 // Many processes that send requests to the services at once: whether each gets its own answers, and whether
 // the services stay as they are. Not one of the benchmarks: run it by hand, `bench_stress [--processes 50]
-// [--seconds 10] [--facility wifidirect|miracast]`.
+// [--seconds 10] [--facility wifi-direct|miracast]`.
 
 #include "Processes.hpp"
 

@@ -119,11 +119,11 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
     const QMultiMap<QString, QMetaEnum> others{
         {"data-profile", QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>()},
         {"miracast", QMetaEnum::fromType<device::MiracastResult::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectSecondaryDeviceType::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectWpsMethod::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectSecondaryDeviceType::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectWpsMethod::Type>()},
     };
     for (const QMetaEnum &enumeration : others.values(entry.name)) {
         const QString holder = QString(enumeration.scope()).section("::", -1);

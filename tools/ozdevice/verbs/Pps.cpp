@@ -1,6 +1,10 @@
 // pps ls, get, set, rm, watch and send: the tree itself.
 
 #include "meta/MetaText.hpp"
+#include "ozdevice/DeviceRootWatch.hpp"
+#include "ozdevice/Durations.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Tree.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -27,7 +31,7 @@ struct Options
     std::vector<std::string> words;
     std::string attribute;
     std::string mode = "644";
-    std::string duration;
+    Duration duration;
     bool json = false;
     bool wait = false;
     bool replace = false;
@@ -36,13 +40,13 @@ struct Options
 
 QString pathOf(const Options &options)
 {
-    const QString path = QString::fromStdString(options.path);
-    return path.startsWith(u'/') ? path : QString(QLatin1String("/pps/") + path);
+    return ppsPath(QString::fromStdString(options.path));
 }
 
 CommandError failure(const QString &path, int error, const QString &text)
 {
-    const bool unavailable = error == ENOENT || error == EACCES || error == ECONNREFUSED;
+    const bool unavailable =
+        error == ENOENT || error == EACCES || error == ECONNREFUSED || error == ECONNRESET;
     return {unavailable ? Unavailable : Failed, path + QLatin1String(": ") + text};
 }
 
@@ -81,11 +85,9 @@ void print(const QByteArray &message, const Options &options)
     const QVariantMap decoded = PpsText::decode(message, &problem);
     if (!problem.isEmpty())
         throw CommandError(Failed, QLatin1String("malformed object: ") + problem);
-    printLine(
-        QString::fromUtf8(QJsonDocument(meta::valueJson(decoded).toObject())
-                              .toJson(options.count || !options.duration.empty() ? QJsonDocument::Compact
-                                                                                 : QJsonDocument::Indented))
-            .trimmed());
+    const bool isOneOfMany = options.count || options.duration.seconds > 0;
+    printJson(
+        meta::valueJson(decoded).toObject(), isOneOfMany ? QJsonDocument::Compact : QJsonDocument::Indented);
 }
 
 QByteArray readOrThrow(PpsObject &object)
@@ -150,6 +152,11 @@ int set(const Options &options)
     const mode_t mode = QString::fromStdString(options.mode).toUInt(&isMode, 8);
     if (!isMode || mode > 0777)
         throw CommandError(WrongUse, QStringLiteral("--mode is an octal file mode such as 640"));
+    const QFileInfo place(devicePath(pathOf(options)));
+    if (place.exists() && !place.isFile() && !place.isDir()) {
+        throw CommandError(
+            Failed, pathOf(options) + QLatin1String(": a service serves it; `ozdevice pps send` asks that"));
+    }
     PpsPublisher publisher(pathOf(options), mode);
     const QVariantMap attributes = parseLines(options);
     if (!(options.replace ? publisher.replace(attributes) : publisher.publish(attributes)))
@@ -172,7 +179,8 @@ int watch(const Options &options)
 {
     PpsObject object(pathOf(options));
     int seen = 0;
-    int status = Success;
+    EventLoop loop;
+    const DeviceRootWatch rootWatch(&loop);
     const auto onReady = [&] {
         bool ok = false;
         const QByteArray message = object.read(&ok);
@@ -180,26 +188,27 @@ int watch(const Options &options)
             print(message, options);
         else
             printLine(QLatin1String("# ") + object.errorString());
-        if (object.error() == ECONNRESET) {
-            status = Unavailable;
-            QCoreApplication::quit();
-        }
+        if (object.error() == ECONNRESET)
+            throw failure(object);
         if (options.count && ++seen >= options.count)
             QCoreApplication::quit();
     };
-    QObject::connect(&object, &PpsObject::readyRead, onReady);
+    QObject::connect(&object, &PpsObject::readyRead, [&] { loop.guard(onReady); });
     if (!object.open(PpsOpenMode::Subscribe))
         throw failure(object);
-    if (!options.duration.empty())
-        QTimer::singleShot(
-            milliseconds(QString::fromStdString(options.duration)), qApp, &QCoreApplication::quit);
-    QCoreApplication::exec();
-    return status;
+    if (options.duration.seconds > 0)
+        QTimer::singleShot(options.duration.milliseconds(), qApp, &QCoreApplication::quit);
+    return loop.run();
 }
 
 int send(const Options &options)
 {
     PpsObject object(pathOf(options));
+    const QString plain = object.path().section(u'?', 0, 0);
+    if (QFileInfo(devicePath(plain)).isFile()) {
+        throw CommandError(Failed,
+            plain + QLatin1String(": a state object takes no messages; `ozdevice pps set` publishes it"));
+    }
     const QByteArray message = PpsText::encode(parseLines(options));
     if (options.wait)
         object.setBlocking(true);
@@ -215,7 +224,7 @@ int send(const Options &options)
 
 } // namespace
 
-void addTreeCommands(CLI::App &parser, Action &action)
+void addPpsVerbs(CLI::App &parser, Action &action)
 {
     CLI::App *pps = parser.add_subcommand("pps", "Look at and change the publish/subscribe tree itself");
     pps->require_subcommand(1);
@@ -254,7 +263,7 @@ void addTreeCommands(CLI::App &parser, Action &action)
     watcher->add_flag("--json", watchOptions->json, "As JSON");
     watcher->add_option("--count", watchOptions->count, "End after so many messages")
         ->check(CLI::PositiveNumber);
-    watcher->add_option("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
+    addDuration(watcher, "--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
 
     const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);
     sender->add_option("PATH", sendOptions->path)->required();

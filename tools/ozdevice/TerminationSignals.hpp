@@ -14,10 +14,10 @@ namespace oz::tools {
  * For the life of the instance, signals that would end the program come through the event loop, so that
  * everything is cleaned up on the way out.
  */
-class Signals
+class TerminationSignals
 {
 public:
-    explicit Signals(const std::function<void(int signal)> &handler)
+    explicit TerminationSignals(const std::function<void(int signal)> &handler)
     {
         sigemptyset(&m_set);
         for (const int number : {SIGINT, SIGTERM, SIGHUP})
