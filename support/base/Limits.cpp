@@ -41,8 +41,7 @@ void setWaitLimit(std::chrono::milliseconds limit)
 
 std::chrono::milliseconds graceTime()
 {
-    static const std::chrono::milliseconds time = secondsIn("OZ_GRACE_TIME", std::chrono::seconds(5));
-    return time;
+    return secondsIn("OZ_GRACE_TIME", std::chrono::seconds(5));
 }
 
 } // namespace oz

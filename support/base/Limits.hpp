@@ -18,7 +18,7 @@ OZ_SUPPORT_EXPORT void setWaitLimit(std::chrono::milliseconds limit);
 
 /*!
  * How long a server may be away before that is a fact for those who use it: 5 s, or the seconds that the
- * environment names in OZ_GRACE_TIME. May be called from any thread.
+ * environment names in OZ_GRACE_TIME, which is read at each call. May be called from any thread.
  */
 [[nodiscard]] OZ_SUPPORT_EXPORT std::chrono::milliseconds graceTime();
 

@@ -1,5 +1,6 @@
 #include <oz/DeviceServer.hpp>
 
+#include "base/LastError.hpp"
 #include "sockets/SocketServer.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -9,7 +10,6 @@
 
 #include <cerrno>
 #include <poll.h>
-#include <system_error>
 
 namespace oz {
 
@@ -29,23 +29,18 @@ public:
     {
         Connection *connection = find(id);
         if (!connection)
-            return done(ENOTCONN);
+            return error.done(ENOTCONN);
         Lines &lines = m_lines[id];
         // The rest of a line that the socket has taken in part has to follow; others that wait are outdated.
         lines.output.truncate(lines.midLine ? lines.output.indexOf('\n') + 1 : 0);
         lines.output += line + '\n';
         flush(*connection, lines);
-        return done(0);
-    }
-
-    bool done(int result)
-    {
-        m_error = result;
-        return result == 0;
+        return error.done(0);
     }
 
     [[nodiscard]] QString path() const { return m_path; }
-    [[nodiscard]] int error() const { return m_error; }
+
+    LastError error;
 
 private:
     // What is under way with one client.
@@ -122,7 +117,6 @@ private:
 
     DeviceServer *q;
     QString m_path;
-    int m_error = 0;
     std::map<quint64, Lines> m_lines;
 };
 
@@ -140,7 +134,12 @@ QString DeviceServer::path() const
 
 bool DeviceServer::listen(mode_t mode)
 {
-    return d->done(d->listenAtPath(mode));
+    return d->error.done(d->listenAtPath(mode));
+}
+
+bool DeviceServer::isListening() const
+{
+    return d->isListening();
 }
 
 bool DeviceServer::send(quint64 client, const QByteArray &line)
@@ -148,14 +147,24 @@ bool DeviceServer::send(quint64 client, const QByteArray &line)
     return d->send(client, line);
 }
 
+void DeviceServer::hold(quint64 client)
+{
+    d->hold(client);
+}
+
+void DeviceServer::release(quint64 client)
+{
+    d->release(client);
+}
+
 int DeviceServer::error() const
 {
-    return d->error();
+    return d->error.code();
 }
 
 QString DeviceServer::errorString() const
 {
-    return d->error() ? QString::fromStdString(std::generic_category().message(d->error())) : QString();
+    return d->error.text();
 }
 
 } // namespace oz

@@ -19,8 +19,8 @@ class DeviceServerPrivate;
  * the device is a connection of its own.
  *
  * Clients cannot harm it: a line over 4 KiB ends that client's connection; one that does not read gets the
- * latest line once it does, after two former ones at most, without those between; while more than 1,000
- * clients are connected, further ones wait.
+ * latest line once it does, after two former ones at most, without those between. The limits and
+ * turns of users are those of PpsServer.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -46,9 +46,15 @@ public:
     /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
      * PpsServer::listen(). */
     bool listen(mode_t mode = 0666);
+    [[nodiscard]] bool isListening() const;
 
     /*! Sends \a line and a line feed; false where the client is not connected any more. */
     bool send(quint64 client, const QByteArray &line);
+
+    /*! As PpsServer::hold() and PpsServer::release(). */
+    void hold(quint64 client);
+    /*! See hold(). */
+    void release(quint64 client);
 
     /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;

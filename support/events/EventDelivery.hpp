@@ -50,8 +50,10 @@ inline constexpr int NotifyConditionInput = 0x10000000;
  * to be armed again for the next one. Arming again before that replaces the event. Closing the descriptor
  * takes the request away.
  *
- * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF; ENODEV where the
- * other side is gone and has left nothing to read.
+ * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF; EMFILE, ENFILE or
+ * EAGAIN where the platform's own thread cannot start, which the next call tries again; ENODEV where the
+ * other side is gone and has left nothing to read. For a device (see DeviceFile.hpp) that is gone the request
+ * stands all the same: the event comes once the device is back.
  */
 OZ_SUPPORT_EXPORT int ionotify(int fd, int action, int flags, const sigevent *event);
 

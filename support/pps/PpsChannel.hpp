@@ -1,20 +1,25 @@
 #pragma once
 
-#include "base/UniqueFd.hpp"
 #include "pps/PpsPath.hpp"
-#include "pps/PpsWatcher.hpp"
 
 #include <oz/PpsOpenMode.hpp>
 
 #include <QByteArray>
 
-#include <functional>
 #include <memory>
-#include <optional>
-
-class QSocketNotifier;
 
 namespace oz {
+
+/*! Whom a channel tells of news. It may destroy the channel meanwhile. */
+class PpsChannelOwner
+{
+public:
+    virtual ~PpsChannelOwner() = default;
+    /*! A message waits, or the end of the service. */
+    virtual void messageWaits() = 0;
+    /*! The service of a served object is back after it was away, and knows nothing of this client. */
+    virtual void serviceReturned() = 0;
+};
 
 /*! An open PPS object: what PpsObject does once it knows which kind lies at its path. Results are 0 or an
  * errno. */
@@ -24,15 +29,15 @@ public:
     virtual ~PpsChannel() = default;
     [[nodiscard]] virtual int read(QByteArray *message) = 0;
     [[nodiscard]] virtual int write(const QByteArray &message) = 0;
-    /*! Calls back, from the event loop of the calling thread, while a message waits. */
-    [[nodiscard]] virtual int listen() = 0;
-    /*! Calls back no longer. */
-    virtual void stopListening() = 0;
+    /*! Follows what happens to the object from the event loop of the calling thread. With \a announces, the
+     * owner hears of messages that wait. */
+    [[nodiscard]] virtual int attach(bool announces) = 0;
+    /*! Leaves the event loop of the calling thread. */
+    virtual void detach() = 0;
 
-    using Callback = std::function<void()>;
     /*! Opens what lies at \a path. \a blocking: read() waits for the next message. */
-    [[nodiscard]] static int open(const PpsPath &path, PpsOpenMode::Types mode, bool blocking, Callback ready,
-        std::unique_ptr<PpsChannel> *channel);
+    [[nodiscard]] static int open(const PpsPath &path, PpsOpenMode::Types mode, bool blocking,
+        PpsChannelOwner *owner, std::unique_ptr<PpsChannel> *channel);
 };
 
 } // namespace oz

@@ -43,24 +43,18 @@ private:
 
 using PpsNames = QSet<QByteArray>;
 
-/*!
- * \a content headed by "@name" (kept where it has a header of its own), and of its attributes those in \a
- * filter, where that is not empty. Malformed lines stay, so that whoever decodes the text learns of them.
- */
+/*! \a content headed by "@name" (kept where it has a header of its own), filtered. */
 [[nodiscard]] QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter);
 
-/*! The header of \a after and the lines of it that \a before does not hold, with "-name" for what is gone. */
-[[nodiscard]] QByteArray deltaLines(const QByteArray &before, const QByteArray &after);
-
-/*! What a publish does with the attributes that it does not name. */
-enum class PpsMerge { Keep, Drop };
-
 /*!
- * The object \a name after \a update is published onto \a content: its attributes keep their order, new ones
- * come last, "-name" in \a update takes one away. Malformed lines of \a content, which no name can reach, are
- * dropped.
+ * Of the attributes of \a message those in \a filter, where that is not empty. Malformed lines stay, so that
+ * whoever decodes the text learns of them.
  */
-[[nodiscard]] QByteArray mergeLines(
-    const QByteArray &content, const QByteArray &update, QByteArrayView name, PpsMerge merge);
+[[nodiscard]] QByteArray filterLines(const QByteArray &message, const PpsNames &filter);
+
+/*! Appends \a line and a line feed. */
+void appendLine(QByteArray *out, QByteArrayView line);
+/*! Appends the header line of the object \a name. */
+void appendHeader(QByteArray *out, QByteArrayView name);
 
 } // namespace oz

@@ -1,5 +1,6 @@
 #include <oz/PpsObject.hpp>
 
+#include "base/LastError.hpp"
 #include "base/Log.hpp"
 #include "pps/PpsChannel.hpp"
 
@@ -11,56 +12,62 @@
 #include <QThread>
 
 #include <cerrno>
-#include <system_error>
 
 namespace oz {
 
 Q_LOGGING_CATEGORY(logSupport, "oz.support")
 
-class PpsObjectPrivate
+class PpsObjectPrivate final : private PpsChannelOwner
 {
 public:
     PpsObjectPrivate(PpsObject *object, const QString &objectPath) : q(object), path(objectPath) { }
 
-    // Watching costs a kernel watch, so it begins with the first receiver of readyRead().
-    int listenWhereWanted()
+    int open(const PpsPath &parsed, PpsOpenMode::Types wanted)
+    {
+        mode = wanted;
+        const int failure = PpsChannel::open(parsed, mode, blocking || parsed.wait, this, &channel);
+        return failure ? failure : attach();
+    }
+
+    // Watching a file costs a kernel watch, so it begins with the first receiver of readyRead().
+    int attach()
     {
         static const QMetaMethod readyRead = QMetaMethod::fromSignal(&PpsObject::readyRead);
-        if (!channel || !(mode & PpsOpenMode::Subscribe) || !q->isSignalConnected(readyRead))
+        if (!channel)
             return 0;
         // An object may be opened before its thread's event loop, or the application object, is there.
         if (!QAbstractEventDispatcher::instance())
-            listenLater();
-        return channel->listen();
+            attachLater();
+        return channel->attach((mode & PpsOpenMode::Subscribe) && q->isSignalConnected(readyRead));
     }
 
-    void listenLater()
+    void attachLater()
     {
         QMetaObject::invokeMethod(
-            q, [this] { listenOrLog(); }, Qt::QueuedConnection);
+            q, [this] { attachOrLog(); }, Qt::QueuedConnection);
     }
 
     // For an object that is open already: nobody asks for a result.
-    void listenOrLog()
+    void attachOrLog()
     {
-        if (!done(listenWhereWanted()))
+        if (!done(attach()))
             qCWarning(logSupport) << path
                                   << "is open, but its changes will not be heard:" << q->errorString();
     }
 
-    bool done(int result)
-    {
-        if (result)
-            error = result;
-        return result == 0;
-    }
+    // The last failure counts, not the last call.
+    bool done(int result) { return result == 0 || error.done(result); }
 
     PpsObject *q;
     QString path;
     std::unique_ptr<PpsChannel> channel;
     PpsOpenMode::Types mode;
     bool blocking = false;
-    int error = 0;
+    LastError error;
+
+private:
+    void messageWaits() override { Q_EMIT q->readyRead(); }
+    void serviceReturned() override { Q_EMIT q->serviceReturned(); }
 };
 
 PpsObject::PpsObject(const QString &path, QObject *parent)
@@ -78,19 +85,14 @@ QString PpsObject::path() const
 bool PpsObject::open(PpsOpenMode::Types mode)
 {
     close();
-    d->error = 0;
+    d->error = {};
     const auto path = PpsPath::parse(d->path);
     if (!path || !mode || (mode & ~PpsOpenMode::Types(PpsOpenMode::PublishSubscribe)))
         return d->done(EINVAL);
-    const auto ready = [this] { Q_EMIT readyRead(); };
-    if (const int error = PpsChannel::open(*path, mode, d->blocking || path->wait, ready, &d->channel))
-        return d->done(error);
-    d->mode = mode;
-    if (const int error = d->listenWhereWanted()) {
+    const int error = d->open(*path, mode);
+    if (error)
         close();
-        return d->done(error);
-    }
-    return true;
+    return d->done(error);
 }
 
 void PpsObject::setBlocking(bool blocking)
@@ -126,12 +128,12 @@ bool PpsObject::write(const QByteArray &data)
 
 int PpsObject::error() const
 {
-    return d->error;
+    return d->error.code();
 }
 
 QString PpsObject::errorString() const
 {
-    return d->error ? QString::fromStdString(std::generic_category().message(d->error)) : QString();
+    return d->error.text();
 }
 
 QVariantMap PpsObject::decode(const QByteArray &data, bool *ok)
@@ -156,8 +158,8 @@ bool PpsObject::event(QEvent *event)
 {
     // Sent on the old thread, right before the object moves to the new one.
     if (event->type() == QEvent::ThreadChange && d->channel) {
-        d->channel->stopListening();
-        d->listenLater();
+        d->channel->detach();
+        d->attachLater();
     }
     return QObject::event(event);
 }
@@ -167,9 +169,9 @@ void PpsObject::connectNotify(const QMetaMethod &signal)
     if (signal != QMetaMethod::fromSignal(&PpsObject::readyRead))
         return;
     if (QThread::currentThread() == thread())
-        d->listenOrLog();
+        d->attachOrLog();
     else
-        d->listenLater();
+        d->attachLater();
 }
 
 } // namespace oz

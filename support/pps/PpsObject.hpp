@@ -19,9 +19,11 @@ class PpsObjectPrivate;
  *
  * The path is a device path ("/pps/..."), looked up under deviceRoot() when the object is opened, with
  * options after a "?", joined by ",":
- * - "f=a+b": only these attributes are delivered, and only a change of one of them notifies;
+ * - "f=a+b": only these attributes are delivered, and only a change of one of them notifies; of a served
+ * object every message notifies;
  * - "delta": after the first full read, each read gives what changed since this object's last read ("-name"
- * for an attribute that is gone), and the header line alone where nothing did;
+ * for an attribute that is gone), and the header line alone where nothing did; the messages of a served
+ * object come whole;
  * - "wait": read() waits for the next message.
  *
  * At the path lies one of two kinds of object:
@@ -30,15 +32,27 @@ class PpsObjectPrivate;
  * - a served object, a socket on which a service listens. Each write() is one message to the service, each
  * read() the next message that the service sent to this client.
  *
+ * An open served object outlives its service: where that goes away, the object connects again when another
+ * takes its place. Until graceTime() is over the object's user is told nothing: a read finds no message, and
+ * up to 64 messages of 64 KiB in all are kept, to be sent to the service that comes. After it a read fails
+ * with ECONNRESET (readyRead() tells of it), a write with EPIPE, and what was kept is lost, with a warning;
+ * the object still comes back when a service does. An answer that will not come any more is told at once: an
+ * object that reads, and was owed one, reads ECONNRESET once. With "wait", a read or write that finds the
+ * service away waits until the grace time is over; a read that waits for a message ends with ECONNRESET when
+ * the service goes away. A service that lives and has ended the connection stays gone. Closing the object
+ * drops what was kept.
+ *
  * Errors are errno values. Open fails with ENOENT where there is nothing, EACCES where the file's mode
  * forbids it, ECONNREFUSED where the service of a served object is gone, EINVAL for a path or option that is
  * none, EISDIR for a directory. A read fails with ENOENT while a state object is removed, EAGAIN where a
  * served object has no message, ECONNRESET where its service went away (also while it waits); reading or
  * writing against the open mode, or a closed object, is EBADF; a message that is malformed, names another
  * object or is empty is EINVAL; one over 1 MiB, or too large for the socket (at least 200 KB fit), is
- * EMSGSIZE; a service that does not take messages is EAGAIN.
+ * EMSGSIZE; a service that does not take messages is EAGAIN. A wait for the service of a served object, for
+ * a message or for room for one, fails with ETIMEDOUT after waitLimit().
  *
  * An instance belongs to the thread that it lives on, like any QObject; different instances are independent.
+ * Other threads may write to an open served object, one at a time.
  * It notifies in threads with an event loop, from when there is one; in others it can be opened, read and
  * written. Where a receiver connects after open() and the object cannot be watched, a warning of the category
  * "oz.support" says so.
@@ -90,6 +104,9 @@ Q_SIGNALS:
      * service.
      */
     void readyRead();
+    /*! The service of a served object is back: another one, which knows only what is written to it from now
+     * on, and what was kept for it. */
+    void serviceReturned();
 
 protected:
     /*! For the object itself. */

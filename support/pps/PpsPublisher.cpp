@@ -1,51 +1,50 @@
 #include <oz/PpsPublisher.hpp>
 
+#include "base/LastError.hpp"
 #include "pps/PpsPath.hpp"
-#include "pps/PpsStateFile.hpp"
+#include "pps/PpsStateWriter.hpp"
 
 #include <oz/PpsText.hpp>
 
 #include <cerrno>
-#include <system_error>
 
 namespace oz {
 
-using PpsStateFile::Create;
+using Create = PpsStateWriter::Create;
 
 class PpsPublisherPrivate
 {
 public:
-    bool done(int result, const QString &detail = {})
+    PpsPublisherPrivate(const QString &objectPath, mode_t objectMode)
+        : path(objectPath), parsed(PpsPath::parse(objectPath)),
+          writer(parsed ? parsed->filePath() : QByteArray()), mode(objectMode)
     {
-        error = result;
-        errorText = detail;
-        if (error && detail.isEmpty())
-            errorText = QString::fromStdString(std::generic_category().message(error));
-        return error == 0;
     }
 
     bool update(const QVariantMap &attributes, PpsMerge merge, Create create)
     {
         if (!isObject())
-            return done(EINVAL, QLatin1String("'") + path + QLatin1String("' is no path of an object"));
+            return error.done(EINVAL, QLatin1String("'") + path + QLatin1String("' is no path of an object"));
         QString problem;
         const QByteArray text = PpsText::encode(attributes, &problem);
         if (!problem.isEmpty())
-            return done(EINVAL, problem);
-        return done(PpsStateFile::publish(parsed->filePath(), text, merge, create, mode));
+            return error.done(EINVAL, problem);
+        return done(writer.publish(text, merge, create, mode));
     }
+
+    bool done(int result) { return error.done(result, writer.problem()); }
 
     [[nodiscard]] bool isObject() const { return parsed && !path.contains(u'?'); }
 
     QString path;
     std::optional<PpsPath> parsed;
+    PpsStateWriter writer;
     mode_t mode;
-    int error = 0;
-    QString errorText{};
+    LastError error;
 };
 
 PpsPublisher::PpsPublisher(const QString &path, mode_t mode)
-    : d(new PpsPublisherPrivate{path, PpsPath::parse(path), mode})
+    : d(std::make_unique<PpsPublisherPrivate>(path, mode))
 {
 }
 
@@ -76,17 +75,17 @@ bool PpsPublisher::removeAttributes(const QStringList &names)
 
 bool PpsPublisher::remove()
 {
-    return d->done(d->isObject() ? PpsStateFile::remove(d->parsed->filePath()) : EINVAL);
+    return d->isObject() ? d->done(d->writer.remove()) : d->error.done(EINVAL);
 }
 
 int PpsPublisher::error() const
 {
-    return d->error;
+    return d->error.code();
 }
 
 QString PpsPublisher::errorString() const
 {
-    return d->errorText;
+    return d->error.text();
 }
 
 } // namespace oz

@@ -1,5 +1,6 @@
 #include <oz/PpsServer.hpp>
 
+#include "base/LastError.hpp"
 #include "pps/PpsPath.hpp"
 #include "sockets/SocketServer.hpp"
 
@@ -7,7 +8,6 @@
 
 #include <cerrno>
 #include <sys/socket.h>
-#include <system_error>
 
 namespace oz {
 
@@ -30,25 +30,26 @@ public:
     {
         const Connection *connection = find(id);
         if (!connection)
-            return done(ENOTCONN);
-        const bool sent = done(LocalSocket::send(connection->socket.get(), message, LocalSocket::Wait::No));
-        if (error == EAGAIN)
+            return error.done(ENOTCONN);
+        const bool sent =
+            error.done(LocalSocket::send(connection->socket.get(), message, LocalSocket::Wait::No));
+        if (error.code() == EAGAIN)
             drop(id); // whose slots may destroy all this
         return sent;
-    }
-
-    bool done(int result)
-    {
-        error = result;
-        return result == 0;
     }
 
     PpsServer *q;
     QString path;
     std::optional<PpsPath> parsed;
-    int error = 0;
+    LastError error;
 
 private:
+    void connected(Connection &connection) override
+    {
+        const Client client = connection.client;
+        Q_EMIT q->connected(client);
+    }
+
     int receive(Connection &connection) override
     {
         QByteArray message;
@@ -77,7 +78,7 @@ QString PpsServer::path() const
 
 bool PpsServer::listen(mode_t mode)
 {
-    return d->done(d->listenAtPath(mode));
+    return d->error.done(d->listenAtPath(mode));
 }
 
 bool PpsServer::isListening() const
@@ -95,12 +96,22 @@ bool PpsServer::send(quint64 client, const QVariantMap &attributes)
     QString problem;
     const QByteArray message = PpsText::encodeObject(
         QString::fromUtf8(d->parsed ? d->parsed->name : QByteArray()), attributes, &problem);
-    return problem.isEmpty() ? d->send(client, message) : d->done(EINVAL);
+    return problem.isEmpty() ? d->send(client, message) : d->error.done(EINVAL, problem);
 }
 
 void PpsServer::disconnectClient(quint64 client)
 {
     d->drop(client);
+}
+
+void PpsServer::hold(quint64 client)
+{
+    d->hold(client);
+}
+
+void PpsServer::release(quint64 client)
+{
+    d->release(client);
 }
 
 int PpsServer::clientCount() const
@@ -110,12 +121,12 @@ int PpsServer::clientCount() const
 
 int PpsServer::error() const
 {
-    return d->error;
+    return d->error.code();
 }
 
 QString PpsServer::errorString() const
 {
-    return d->error ? QString::fromStdString(std::generic_category().message(d->error)) : QString();
+    return d->error.text();
 }
 
 } // namespace oz

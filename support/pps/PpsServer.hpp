@@ -3,6 +3,7 @@
 #include <oz/OzSupportGlobal.hpp>
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
@@ -19,7 +20,10 @@ class PpsServerPrivate;
  * connection of its own, whose messages arrive in order, and which alone hears what is sent to it.
  *
  * Clients cannot harm it: a message over 1 MiB, or a client that leaves so many answers unread that its queue
- * is full, ends that client's connection; while more than 1,000 clients are connected, further ones wait.
+ * is full, ends that client's connection. Users have their turns one after the other, however many clients
+ * and messages they have. A user has at most 500 clients, and all have 1,000: beyond that the one that was
+ * idle for longest, with nothing under way, gives way to a new one, or the new one is refused; so it is where
+ * the process has few descriptors left. The log tells it once.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -35,6 +39,7 @@ public:
         pid_t pid = 0; //!< of the process that opened the object, as the kernel vouches
         uid_t uid = 0; //!< of the same process, as the next
         gid_t gid = 0; //!< its group
+        QList<gid_t> groups{}; //!< further groups of the process
     };
 
     /*! Binds to the device path \a path ("/pps/...", without options). */
@@ -62,6 +67,11 @@ public:
     bool send(quint64 client, const QVariantMap &attributes);
     /*! Ends the connection. What was sent before still arrives. */
     void disconnectClient(quint64 client);
+    /*! The client has something under way, so its connection gives way to none of its user's, until release()
+     * was called as often. */
+    void hold(quint64 client);
+    /*! See hold(). */
+    void release(quint64 client);
     /*! How many clients are connected. */
     [[nodiscard]] int clientCount() const;
 
@@ -71,6 +81,8 @@ public:
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:
+    /*! A client has connected. */
+    void connected(const oz::PpsServer::Client &client);
     /*! A client has written \a message, whole and as it stands. */
     void received(const oz::PpsServer::Client &client, const QByteArray &message);
     /*! The client is gone, whoever ended the connection. */

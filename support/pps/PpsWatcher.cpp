@@ -5,6 +5,7 @@
 #include <QThreadStorage>
 
 #include <cerrno>
+#include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
@@ -46,10 +47,10 @@ public:
     std::map<QByteArray, std::unique_ptr<WatchedFile>> files;
 };
 
-const PpsStateFile::Snapshot &WatchedFile::current()
+const PpsSnapshot &WatchedFile::current()
 {
-    if (!m_loaded || !PpsStateFile::isCurrent(m_path, m_snapshot)) {
-        m_snapshot = PpsStateFile::load(m_path);
+    if (!m_loaded || !m_snapshot.isCurrent(m_path)) {
+        m_snapshot = PpsSnapshot::load(m_path);
         m_loaded = true;
     }
     return m_snapshot;
@@ -255,10 +256,11 @@ void PpsWatcher::onReadable()
     announceAll();
 }
 
-int PpsWatcher::wait()
+int PpsWatcher::wait(const QDeadlineTimer &deadline)
 {
     pollfd waiting{m_inotify.get(), POLLIN, 0};
-    while (::poll(&waiting, 1, -1) < 0) {
+    const auto left = [&] { return int(std::min<qint64>(deadline.remainingTime(), INT_MAX)); };
+    while (::poll(&waiting, 1, left()) < 0) {
         if (errno != EINTR)
             return errno;
     }

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "base/UniqueFd.hpp"
-#include "pps/PpsStateFile.hpp"
+#include "pps/PpsSnapshot.hpp"
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 
@@ -42,13 +43,13 @@ class WatchedFile
 {
 public:
     /*! What lies at the path now. */
-    [[nodiscard]] const PpsStateFile::Snapshot &current();
+    [[nodiscard]] const PpsSnapshot &current();
 
 private:
     friend class PpsWatcher;
     WatchedDirectory *m_directory = nullptr;
     QByteArray m_path;
-    PpsStateFile::Snapshot m_snapshot;
+    PpsSnapshot m_snapshot;
     bool m_loaded = false;
     std::vector<FileSubscriber *> m_subscribers;
 };
@@ -78,8 +79,8 @@ public:
     /*! Has \a subscriber announce from the thread's event loop, once. */
     void scheduleAnnounce(FileSubscriber *subscriber);
 
-    /*! Waits until something happened to a watched file; 0 or the errno. */
-    [[nodiscard]] int wait();
+    /*! Waits until something happened to a watched file, or until \a deadline; 0 or the errno. */
+    [[nodiscard]] int wait(const QDeadlineTimer &deadline);
 
 private:
     friend class WatchedDirectory;

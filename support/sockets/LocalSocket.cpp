@@ -1,15 +1,22 @@
 #include "sockets/LocalSocket.hpp"
 
-#include "pps/PpsStateFile.hpp"
+#include "files/PlaceLock.hpp"
+#include "files/TreeFolder.hpp"
 
+#include <oz/Limits.hpp>
 #include <oz/PpsText.hpp>
 
+#include <QDeadlineTimer>
+
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/un.h>
 
 namespace oz::LocalSocket {
@@ -74,6 +81,31 @@ int pastReset(const Attempt &attempt)
     }
 }
 
+// Lets the next call that would wait for the peer's queue wait until deadline; it fails with EAGAIN then.
+void limitSending(int socket, const QDeadlineTimer &deadline)
+{
+    // None at all would be no limit.
+    const auto left = std::max<qint64>(deadline.remainingTimeNSecs() / 1000, 1);
+    const timeval limit{left / 1'000'000, left % 1'000'000};
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+// What size the next message has; 0 at the end of the connection.
+int peek(int socket, ssize_t *size)
+{
+    return pastReset([&] {
+        *size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | MSG_DONTWAIT);
+        return *size < 0 ? errno : 0;
+    });
+}
+
+void waitForInput(int socket, const QDeadlineTimer &deadline)
+{
+    pollfd input{socket, POLLIN, 0};
+    const auto left = [&] { return int(std::min<qint64>(deadline.remainingTime(), INT_MAX)); };
+    while (::poll(&input, 1, left()) < 0 && errno == EINTR) { }
+}
+
 } // namespace
 
 int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type)
@@ -83,35 +115,37 @@ int connect(const QByteArray &path, Wait wait, UniqueFd *socket, int type)
         return address.error();
     if (const int error = makeSocket(socket, type, wait))
         return error;
-    while (::connect(socket->get(), address.get(), Address::size()) < 0) {
-        if (errno != EINTR) {
-            const int error = errno;
-            socket->reset();
-            return error;
-        }
-    }
-    return 0;
+    const QDeadlineTimer deadline(waitLimit());
+    int error = 0;
+    do {
+        if (wait == Wait::Yes)
+            limitSending(socket->get(), deadline);
+        error = ::connect(socket->get(), address.get(), Address::size()) < 0 ? errno : 0;
+    } while (error == EINTR);
+    if (error)
+        socket->reset();
+    return error == EAGAIN && wait == Wait::Yes ? ETIMEDOUT : error;
 }
 
 int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type)
 {
-    if (const int error = PpsStateFile::makeDirectoryOf(path))
+    TreeFolder folder;
+    if (const int error = folder.open(path, TreeFolder::Make::Yes))
         return error;
     // Of two services that start at once, one comes second.
-    PpsStateFile::PublishLock lock(path);
+    PlaceLock lock(folder.fd(), path);
     if (const int error = lock.acquire())
         return error;
-    struct stat status;
-    if (::lstat(path.constData(), &status) == 0) {
+    if (const auto &present = lock.present()) {
         UniqueFd probe;
-        if (!S_ISSOCK(status.st_mode))
+        if (!S_ISSOCK(present->st_mode))
             return EEXIST;
         if (const int error = connect(path, Wait::No, &probe, type);
             error == 0 || error == EAGAIN || error == EPROTOTYPE)
             return EADDRINUSE;
     }
     // It listens before it has its name, so nobody ever meets it half made.
-    const QByteArray hidden = PpsStateFile::hiddenPath(path, ".sock");
+    const QByteArray hidden = folderOf(path) + '/' + hiddenName(path, ".sock");
     if (::unlink(hidden.constData()) < 0 && errno != ENOENT)
         return errno;
     const Address address(hidden);
@@ -140,21 +174,27 @@ int send(int socket, const QByteArray &message, Wait wait)
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
-    const auto attempt = [&] {
+    const QDeadlineTimer deadline(waitLimit());
+    const int error = pastReset([&] {
+        if (wait == Wait::Yes)
+            limitSending(socket, deadline);
         return ::send(socket, message.constData(), std::size_t(message.size()), flags) < 0 ? errno : 0;
-    };
-    return pastReset(attempt);
+    });
+    return error == EAGAIN && wait == Wait::Yes ? ETIMEDOUT : error;
 }
 
 int receive(int socket, QByteArray *message, Wait wait)
 {
-    const int flags = wait == Wait::Yes ? 0 : MSG_DONTWAIT;
     ssize_t size = 0;
-    const auto attempt = [&] {
-        size = ::recv(socket, nullptr, 0, MSG_PEEK | MSG_TRUNC | flags);
-        return size < 0 ? errno : 0;
-    };
-    if (const int error = pastReset(attempt))
+    int error = peek(socket, &size);
+    if (error == EAGAIN && wait == Wait::Yes) {
+        waitForInput(socket, QDeadlineTimer(waitLimit()));
+        // What has come by now counts, also where this process was held up past the limit.
+        error = peek(socket, &size);
+        if (error == EAGAIN)
+            return ETIMEDOUT;
+    }
+    if (error)
         return error;
     if (size == 0)
         return ECONNRESET;
@@ -162,6 +202,13 @@ int receive(int socket, QByteArray *message, Wait wait)
     if (::recv(socket, message->data(), std::size_t(message->size()), MSG_DONTWAIT) < 0)
         return errno;
     return size > PpsText::MaxMessageSize ? EMSGSIZE : 0;
+}
+
+bool hasEnded(int socket)
+{
+    ssize_t size = 0;
+    const int error = peek(socket, &size);
+    return error ? error != EAGAIN : size == 0;
 }
 
 } // namespace oz::LocalSocket

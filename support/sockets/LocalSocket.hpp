@@ -13,6 +13,7 @@
  */
 namespace oz::LocalSocket {
 
+/*! Whether a call waits for the peer: at most waitLimit(), after which it fails with ETIMEDOUT. */
 enum class Wait { No, Yes };
 
 /*! Connects to the service that listens at \a path. Without waiting, one that has too many to accept is
@@ -31,5 +32,8 @@ enum class Wait { No, Yes };
 
 /*! Receives one message. Without waiting, none there is EAGAIN; a peer that is gone is ECONNRESET. */
 [[nodiscard]] int receive(int socket, QByteArray *message, Wait wait);
+
+/*! Whether the peer is gone, and all that it had sent is received. */
+[[nodiscard]] bool hasEnded(int socket);
 
 } // namespace oz::LocalSocket

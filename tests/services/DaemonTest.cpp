@@ -1,7 +1,7 @@
 #include "services/Services.hpp"
 
-#include "core/Daemon.hpp"
-#include "core/Error.hpp"
+#include "daemon/Daemon.hpp"
+#include "publishing/Error.hpp"
 
 #include <oz/device/SdCardInfo.hpp>
 
@@ -28,17 +28,27 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
     const auto parse = [&](const QByteArray &text) {
         root.place("/conf", text);
         try {
-            (void)SourceConfig::parseFile(root.file("/conf"));
+            (void)Configuration::parseFile(root.file("/conf"));
         } catch (const Error &error) {
             return QString(error.what()).remove(root.file(""));
         }
         return QString();
     };
     EXPECT_EQ(parse("# all simulated\n\nsdcard = simulated # as it is\nphone = /my/phone.json\n"), QString());
-    EXPECT_EQ(SourceConfig::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
+    EXPECT_EQ(Configuration::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
     EXPECT_EQ(
         parse("\nsdcard simulated\n"), "/conf:2: expected 'FACILITY = SOURCE', found 'sdcard simulated'");
-    EXPECT_EQ(parse("sdcard = real\n"), "/conf:1: sdcard has no source 'real'; it has simulated");
+    const std::pair<const char *, const char *> wrong[] = {
+        {"sdcard = real\n", "/conf:1: sdcard has no source 'real'; it has simulated, auto, none"},
+        {"sdcard = \033[1mreal\n",
+            "/conf:1: sdcard has no source '\\x1b[1mreal'; it has simulated, auto, none"},
+        {"display = xrandr screen=1\n",
+            "/conf:1: display = xrandr has no option 'screen=1'; it has display="},
+        {"wifi-direct = none\nwifidirect = auto\n", "/conf:2: 'wifi-direct' stands twice, first in line 1"},
+        {"trusted-group = nobody-at-all\n", "/conf:1: there is no group 'nobody-at-all'"},
+    };
+    for (const auto &[text, problem] : wrong)
+        EXPECT_EQ(parse(text), problem);
     EXPECT_TRUE(
         parse("toaster = simulated\n").startsWith("/conf:1: unknown facility 'toaster'; known are sdcard"));
 }
@@ -46,13 +56,13 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
 TEST_F(DaemonTest, OneServesARootAndAKilledOneIsReplaced)
 {
     QProcess first;
-    first.start(OZ_DAEMON, {"--config", "/dev/null"});
+    first.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     PpsObject control("/pps/system/ozdeviced/control");
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     control.close();
 
     QProcess second;
-    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    second.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(second.waitForFinished());
     EXPECT_EQ(second.exitCode(), 1);
     EXPECT_EQ(second.readAllStandardError(),
@@ -62,7 +72,7 @@ TEST_F(DaemonTest, OneServesARootAndAKilledOneIsReplaced)
     first.kill();
     first.waitForFinished();
     EXPECT_FALSE(control.open(PpsOpenMode::Publish));
-    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    second.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     second.terminate();
     ASSERT_TRUE(second.waitForFinished());
@@ -85,7 +95,7 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("NOTIFY_SOCKET", QString::fromLocal8Bit(socketPath));
     daemon.setProcessEnvironment(environment);
-    daemon.start(OZ_DAEMON, {"--config", "/dev/null"});
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(daemon.waitForStarted());
     char message[64] = "";
     ASSERT_GT(::recv(socket, message, sizeof message - 1, 0), 0);
@@ -99,7 +109,7 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
 
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
-    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
     ServiceClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",

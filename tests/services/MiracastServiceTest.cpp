@@ -217,7 +217,7 @@ TEST_F(MiracastServiceTest, AFloodOfRequestsKeepsNobodyElseWaiting)
     for (int i = 0; i < 200; ++i)
         flood.ask(Pause);
     daemon.setReadChannel(QProcess::StandardError);
-    EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("are dropped"); }));
+    EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("are refused"); }));
     daemon.readLine();
     QElapsedTimer waiting;
     waiting.start();

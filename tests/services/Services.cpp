@@ -25,22 +25,26 @@ QVariantMap ask(const QString &path, const QVariantMap &request)
     return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
 }
 
-void sim(const QString &line)
+QString simProblem(const QString &line)
 {
     QStringList words = line.split(' ');
     const QString facility = words.takeFirst();
-    const QString verb = words.takeFirst();
-    EXPECT_EQ(ask(DaemonControl,
-                  {{"msg", "sim"},
-                      {"dat", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}}}),
-        (QVariantMap{{"res", "sim"}}))
-        << line.toStdString();
+    const QVariant verb = words.isEmpty() ? QVariant("") : words.takeFirst();
+    const QVariantMap order{{"facility", facility}, {"verb", verb}, {"arguments", words}};
+    const QVariantMap answer = ask(DaemonControl, {{"msg", "sim"}, {"dat", order}});
+    EXPECT_EQ(answer.value("res"), "sim");
+    return answer.value("errstr").toString();
+}
+
+void sim(const QString &line)
+{
+    EXPECT_EQ(simProblem(line), QString()) << line.toStdString();
 }
 
 void ServicesTest::SetUp()
 {
     root.place("/phone.json", m_phoneFile);
-    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--phone", root.file("/phone.json")});
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--phone", root.file("/phone.json")});
     PpsObject control(DaemonControl);
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
 }

@@ -7,6 +7,8 @@
 
 #include <csignal>
 #include <ctime>
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -107,11 +109,76 @@ TEST_F(PpsPublisherTest, ReplacesRemovesAndRefuses)
     EXPECT_EQ(publisher.error(), EMSGSIZE) << "each fits, the object that would come of it does not";
     EXPECT_FALSE(PpsPublisher(Path + "?delta").publish({{"a", 1}}));
     EXPECT_FALSE(PpsPublisher("/pps/store/box/below").publish({{"a", 1}}));
+    EXPECT_EQ(attributesOf(Path), (QVariantMap{{"c", QString(700'000, u'x')}})) << "as it was";
 
     // What a hand left behind is healed by the next publish.
     root.place(Path, "broken line\nkept::yes\n");
     ASSERT_TRUE(publisher.publish({{"a", 1}}));
     EXPECT_EQ(attributesOf(Path), (QVariantMap{{"a", 1}, {"kept", "yes"}}));
+}
+
+TEST_F(PpsPublisherTest, AStoppedPublisherHoldsTheOthersUpForASecondAtMost)
+{
+    PpsPublisher publisher(Path);
+    ASSERT_TRUE(publisher.publish({{"a", 1}}));
+    const pid_t child = ::fork();
+    if (child == 0) {
+        // As one that is stopped between taking the lock and the end of its publish.
+        const int fd = ::open(qPrintable(root.file("/pps/store/.box.tmp")), O_CREAT | O_RDWR, 0600);
+        ::_exit(::flock(fd, LOCK_EX) == 0 && ::raise(SIGSTOP) == 0 ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, WUNTRACED), child);
+    ASSERT_TRUE(WIFSTOPPED(status));
+    EXPECT_FALSE(publisher.publish({{"a", 2}}));
+    EXPECT_EQ(publisher.error(), EBUSY);
+    EXPECT_EQ(
+        publisher.errorString(), "another publisher holds '" + root.file(Path) + "' and does not go on");
+    ::kill(child, SIGKILL);
+    ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+    EXPECT_TRUE(publisher.publish({{"a", 2}}));
+    EXPECT_EQ(attributesOf(Path).value("a"), 2);
+}
+
+TEST_F(PpsPublisherTest, APublisherFollowsNoLinkAndEntersNoStrangersFolder)
+{
+    const QDir pps(root.file("/pps"));
+    ASSERT_TRUE(PpsPublisher("/pps/real/object").publish({{"a", 1}}));
+    ASSERT_TRUE(QFile::link(pps.filePath("real"), pps.filePath("folder")));
+    ASSERT_TRUE(QFile::link(pps.filePath("real/object"), pps.filePath("real/link")));
+    const std::tuple<const char *, const char *> links[] = {
+        {"/pps/folder/object", "/pps/folder"}, {"/pps/real/link", "/pps/real/link"}};
+    for (const auto &[path, link] : links) {
+        PpsPublisher publisher(path);
+        for (const bool done : {publisher.publish({{"a", 2}}), publisher.replace({{"a", 2}}),
+                 publisher.removeAttributes({"a"}), publisher.remove()}) {
+            EXPECT_FALSE(done);
+            EXPECT_EQ(publisher.error(), ELOOP);
+            EXPECT_EQ(
+                publisher.errorString(), '\'' + root.file(link) + "' is a link, which no publisher follows");
+        }
+        EXPECT_EQ(attributesOf(path), (QVariantMap{{"a", 1}})) << "a reader does not mind";
+    }
+    // One that was there before the folder was exchanged.
+    PpsPublisher publisher("/pps/exchanged/object");
+    ASSERT_TRUE(
+        publisher.publish({{"a", 1}}) && QDir().rename(pps.filePath("exchanged"), pps.filePath("gone")));
+    ASSERT_TRUE(publisher.publish({{"b", 2}}));
+    EXPECT_EQ(attributesOf("/pps/exchanged/object"), (QVariantMap{{"b", 2}}));
+    EXPECT_EQ(attributesOf("/pps/gone/object"), (QVariantMap{{"a", 1}}));
+    ASSERT_TRUE(QDir(pps.filePath("exchanged")).removeRecursively()
+        && QFile::link(pps.filePath("real"), pps.filePath("exchanged")));
+    EXPECT_FALSE(publisher.publish({{"c", 3}}));
+    EXPECT_EQ(publisher.error(), ELOOP);
+
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give a folder away";
+    ASSERT_EQ(::chown(qPrintable(pps.filePath("real")), 1234, 5678), 0);
+    PpsPublisher stranger("/pps/real/object");
+    EXPECT_FALSE(stranger.publish({{"a", 2}}));
+    EXPECT_EQ(stranger.error(), EPERM);
+    EXPECT_EQ(stranger.errorString(),
+        '\'' + pps.filePath("real") + "' belongs to user 1234, who is none of the tree's");
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "harness/Testing.hpp"
 
+#include <oz/Limits.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
 #include <oz/PpsServer.hpp>
@@ -13,6 +14,7 @@
 #include <barrier>
 #include <cerrno>
 #include <csignal>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -21,6 +23,7 @@
 
 using namespace oz;
 using namespace oz::testing;
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -30,16 +33,25 @@ const QString Path = "/pps/services/box/control";
 class ServiceProcess
 {
 public:
-    ServiceProcess() : m_pid(::fork())
+    explicit ServiceProcess(std::chrono::milliseconds startsAfter = {}) : m_pid(::fork())
     {
-        if (m_pid == 0)
-            ::_exit(serve());
+        if (m_pid == 0) {
+            std::this_thread::sleep_for(startsAfter);
+            // Not in the event loop that this process is born with, where the test's objects are.
+            std::thread([] { ::_exit(serve()); }).join();
+        }
+        if (startsAfter.count() == 0)
+            awaitStart();
+    }
+    static void awaitStart()
+    {
         EXPECT_TRUE(waitUntil([] {
             PpsObject probe(Path);
             return probe.open(PpsOpenMode::PublishSubscribe);
         }));
     }
     ~ServiceProcess() { stop(); }
+    void pause() const { ::kill(m_pid, SIGSTOP); }
     void stop()
     {
         if (m_pid > 0) {
@@ -51,6 +63,7 @@ public:
 private:
     static int serve()
     {
+        QEventLoop loop;
         PpsServer server(Path);
         QObject::connect(
             &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
@@ -60,28 +73,59 @@ private:
                     server.send(client.id, QVariantMap{{"pid", int(client.pid)}, {"uid", int(client.uid)}});
                 else if (message == "leave")
                     server.disconnectClient(client.id);
+                else if (message == "late")
+                    QTimer::singleShot(100, &server, [&, id = client.id] { server.send(id, "at last"); });
+                else if (message == "shout")
+                    for (quint64 id = 1; id <= client.id; ++id)
+                        server.send(id, QByteArray("to all"));
                 else if (message != "silence")
                     server.send(client.id, "echo " + message);
             });
         if (!server.listen())
             return 1;
-        for (;;)
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        return loop.exec();
     }
 
     pid_t m_pid;
 };
 
-using PpsServerTest = DeviceTest;
+class PpsServerTest : public DeviceTest
+{
+protected:
+    ~PpsServerTest() override
+    {
+        qunsetenv("OZ_GRACE_TIME");
+        setWaitLimit(60s);
+    }
+};
 
 // A client with a connection.
 class Client : public PpsObject
 {
 public:
-    explicit Client(const QString &path = Path) : PpsObject(path)
+    explicit Client(const QString &path = Path, PpsOpenMode::Types mode = PpsOpenMode::PublishSubscribe)
+        : PpsObject(path)
     {
-        EXPECT_TRUE(open(PpsOpenMode::PublishSubscribe)) << errorString().toStdString();
+        EXPECT_TRUE(open(mode)) << errorString().toStdString();
     }
+};
+
+// A client that notes what it hears, from its event loop.
+class Hearing : public Client
+{
+public:
+    using Client::Client;
+
+    QStringList heard;
+
+private:
+    const QMetaObject::Connection m_onMessage = connect(this, &PpsObject::readyRead, this, [this] {
+        bool ok = false;
+        const QByteArray message = read(&ok);
+        heard.append(ok ? QString::fromUtf8(message) : QString("errno %1").arg(error()));
+    });
+    const QMetaObject::Connection m_onReturn =
+        connect(this, &PpsObject::serviceReturned, this, [this] { heard.append("returned"); });
 };
 
 TEST_F(PpsServerTest, AnswersEachClientAloneInOrderAndKnowsWhoItIs)
@@ -127,31 +171,135 @@ TEST_F(PpsServerTest, AWaitingReadEndsWhenTheServiceGoesAway)
     EXPECT_TRUE(client.open(PpsOpenMode::PublishSubscribe)) << "and is replaced by the next";
 }
 
-TEST_F(PpsServerTest, AClientWithoutWaitHearsOfAnswersAndOfTheEndFromItsEventLoop)
+TEST_F(PpsServerTest, AWaitHasAnEndBeforeWhichAnAnswerCounts)
 {
     ServiceProcess service;
-    PpsObject client(Path);
-    QList<QByteArray> heard;
-    int wakes = 0;
-    QObject::connect(&client, &PpsObject::readyRead, [&] {
-        ++wakes;
-        bool ok = false;
-        const QByteArray message = client.read(&ok);
-        heard.append(ok ? message : "errno " + QByteArray::number(client.error()));
-    });
-    ASSERT_TRUE(client.open(PpsOpenMode::PublishSubscribe));
+    Client client(Path + "?wait");
+    setWaitLimit(50ms);
+    ASSERT_TRUE(client.write("silence"));
+    EXPECT_EQ(client.read(), QByteArray());
+    EXPECT_EQ(client.error(), ETIMEDOUT);
+    setWaitLimit(20s);
+    ASSERT_TRUE(client.write("late"));
+    EXPECT_EQ(client.read(), "at last");
+
+    setWaitLimit(50ms);
+    service.pause();
+    while (client.write(QByteArray(100'000, 'x'))) { }
+    EXPECT_EQ(client.error(), ETIMEDOUT) << "there is no room for another";
+}
+
+TEST_F(PpsServerTest, AClientHearsOfAnswersFromItsEventLoop)
+{
+    ServiceProcess service;
+    Hearing client;
     bool ok = true;
     EXPECT_EQ(client.read(&ok), QByteArray());
     EXPECT_TRUE(!ok && client.error() == EAGAIN);
     EXPECT_TRUE(client.write("a") && client.write("b"));
-    ASSERT_TRUE(waitUntil([&] { return heard.size() == 2; }));
-    service.stop();
-    ASSERT_TRUE(waitUntil([&] { return heard.size() == 3; }));
+    ASSERT_TRUE(waitUntil([&] { return client.heard.size() == 2; }));
     settle();
-    EXPECT_EQ(heard, (QList<QByteArray>{"echo a", "echo b", "errno 104"}));
-    EXPECT_EQ(wakes, 3);
-    EXPECT_FALSE(client.write("c"));
+    EXPECT_EQ(client.heard, (QStringList{"echo a", "echo b"}));
+}
+
+TEST_F(PpsServerTest, AFilterLeavesOfEachMessageItsAttributesAndADeltaIsTheWholeMessage)
+{
+    const ServiceProcess service;
+    Hearing client(Path + "?f=b,delta");
+    for (const char *message : {"x\na::1\nb::1", "x\na::2\nb::1", "x\na::3"})
+        ASSERT_TRUE(client.write(message));
+    ASSERT_TRUE(waitUntil([&] { return client.heard.size() == 3; })) << "each is news, whatever it holds";
+    EXPECT_EQ(client.heard, (QStringList{"echo x\nb::1\n", "echo x\nb::1\n", "echo x\n"}));
+}
+
+TEST_F(PpsServerTest, AnOpenObjectComesBackWithItsServiceAndHearsNoError)
+{
+    ServiceProcess service;
+    Hearing client;
+    Hearing writer(Path, PpsOpenMode::Publish);
+    ASSERT_TRUE(client.write("a"));
+    ASSERT_TRUE(waitUntil([&] { return client.heard == QStringList{"echo a"}; }));
+    service.stop();
+    // Before the event loop knows, after it, and from another thread.
+    EXPECT_TRUE(client.write("b"));
+    settle();
+    EXPECT_TRUE(client.write("c"));
+    std::thread([&] { EXPECT_TRUE(client.write("d")); }).join();
+    EXPECT_TRUE(writer.write("shout"));
+    EXPECT_TRUE(client.read().isEmpty());
+    EXPECT_EQ(client.error(), EAGAIN);
+    EXPECT_FALSE(client.write(QByteArray(100'000, 'x'))) << "there is an end to what is kept";
+    settle();
+    EXPECT_EQ(client.heard, QStringList{"echo a"});
+
+    const ServiceProcess next;
+    ASSERT_TRUE(waitUntil([&] { return writer.heard == QStringList{"returned"}; }));
+    ASSERT_TRUE(waitUntil([&] { return client.heard.contains("echo d") && client.heard.size() >= 5; }));
+    client.heard.removeOne("returned");
+    client.heard.removeOne("to all");
+    EXPECT_EQ(client.heard, (QStringList{"echo a", "echo b", "echo c", "echo d"}));
+}
+
+TEST_F(PpsServerTest, AnAnswerThatWillNotComeIsToldAtOnceAndAServiceThatStaysAwayAfterTheGraceTime)
+{
+    ServiceProcess service;
+    Hearing client;
+    Hearing waiting;
+    ASSERT_TRUE(client.write("a") && waiting.write("silence"));
+    ASSERT_TRUE(waitUntil([&] { return client.heard == QStringList{"echo a"}; }));
+    service.stop();
+    ASSERT_TRUE(waitUntil([&] { return waiting.heard == QStringList{"errno 104"}; }));
+    EXPECT_EQ(client.heard.size(), 1);
+
+    qputenv("OZ_GRACE_TIME", "0.15");
+    ServiceProcess brief;
+    ASSERT_TRUE(waitUntil([&] { return waiting.heard.last() == "returned"; }));
+    brief.stop();
+    settle();
+    ASSERT_TRUE(client.write("lost"));
+    ASSERT_TRUE(waitUntil([&] { return client.heard.last() == "errno 104"; }));
+    EXPECT_FALSE(client.write("b"));
     EXPECT_EQ(client.error(), EPIPE);
+    EXPECT_EQ(log.take(),
+        QStringList{"\"/pps/services/box/control\" lost 1 messages: its service did not come back"});
+    const ServiceProcess next;
+    ASSERT_TRUE(waitUntil([&] { return client.heard.last() == "returned"; }));
+    ASSERT_TRUE(client.write("c"));
+    ASSERT_TRUE(waitUntil([&] { return client.heard.last() == "echo c"; }));
+    EXPECT_EQ(client.heard, (QStringList{"echo a", "returned", "errno 104", "returned", "echo c"}));
+}
+
+TEST_F(PpsServerTest, AWaitingObjectWaitsForItsServiceAndForNoneThatStaysAway)
+{
+    // Without an event loop, and with one.
+    const auto exchange = [](const QString &path) {
+        std::optional<ServiceProcess> service(std::in_place);
+        Client client(path);
+        ASSERT_TRUE(client.write("a"));
+        EXPECT_EQ(client.read(), "echo a");
+        service->stop();
+        service.emplace(50ms);
+        EXPECT_TRUE(client.write("b")) << client.errorString().toStdString();
+        EXPECT_EQ(client.read(), "echo b");
+        EXPECT_EQ(client.error(), 0);
+
+        ASSERT_TRUE(client.write("late"));
+        service->stop();
+        EXPECT_EQ(client.read(), QByteArray());
+        EXPECT_EQ(client.error(), ECONNRESET) << "the answer is lost, and that is told once";
+        qputenv("OZ_GRACE_TIME", "0.05");
+        service.emplace();
+        ASSERT_TRUE(client.write("d"));
+        EXPECT_EQ(client.read(), "echo d");
+        service->stop();
+        EXPECT_FALSE(client.write("e"));
+        EXPECT_EQ(client.error(), EPIPE);
+        EXPECT_EQ(client.read(), QByteArray());
+        EXPECT_EQ(client.error(), ECONNRESET);
+        qunsetenv("OZ_GRACE_TIME");
+    };
+    exchange(Path + "?wait");
+    std::thread(exchange, Path + "?wait").join();
 }
 
 TEST_F(PpsServerTest, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
@@ -180,8 +328,10 @@ TEST_F(PpsServerTest, WhatWasSentArrivesThoughTheSenderLeavesAndReadsNothing)
     EXPECT_EQ(client.read(), "answer");
     EXPECT_EQ(client.read(), QByteArray());
     EXPECT_EQ(client.error(), ECONNRESET);
-    EXPECT_FALSE(client.write("more"));
+    // Whom a living service sends away stays away.
+    EXPECT_TRUE(waitUntil([&] { return !client.write("more"); }));
     EXPECT_EQ(client.error(), EPIPE);
+    EXPECT_EQ(log.take().size(), 1) << "of what was kept until that was known";
 }
 
 TEST_F(PpsServerTest, RefusesASecondServiceAndLeavesForeignObjectsAlone)
@@ -285,7 +435,9 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     const Client client;
     rlimit before;
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const rlimit none{3, before.rlim_max};
+    const int lowestFree = ::dup(STDERR_FILENO);
+    ::close(lowestFree);
+    const rlimit none{rlim_t(lowestFree), before.rlim_max};
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
     int turns = 0;
     bool ended = false;
@@ -298,18 +450,59 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 
-TEST_F(PpsServerTest, MoreClientsThanItServesWaitUntilOthersLeave)
+TEST_F(PpsServerTest, AUserWithTooManyClientsLosesTheOneThatWasIdleForLongest)
 {
+    constexpr int most = 500;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
+    std::vector<quint64> came;
+    std::vector<quint64> gone;
+    QObject::connect(&server, &PpsServer::connected, [&](const auto &client) { came.push_back(client.id); });
+    QObject::connect(
+        &server, &PpsServer::disconnected, [&](const auto &client) { gone.push_back(client.id); });
     std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 1200; ++i) {
+    const auto connectOne = [&] {
         clients.push_back(std::make_unique<Client>());
-        QCoreApplication::processEvents();
+        EXPECT_TRUE(waitUntil([&] { return came.size() == clients.size(); }));
+    };
+    for (int i = 0; i < most; ++i)
+        connectOne();
+    EXPECT_TRUE(gone.empty());
+    server.hold(came[0]);
+    EXPECT_TRUE(clients[1]->write("x::1\n"));
+    settle();
+    connectOne();
+    EXPECT_EQ(gone, (std::vector{came[2]}));
+    EXPECT_EQ(server.clientCount(), most);
+    const QStringList told = log.take();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].contains("has as many clients as it takes"));
+    server.release(came[0]);
+    connectOne();
+    EXPECT_EQ(gone.back(), came[0]) << "and it is told once";
+}
+
+TEST_F(PpsServerTest, UsersHaveTurnsHoweverMuchOneOfThemSends)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be another user, too";
+    constexpr int clients = 300;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    QList<QByteArray> received;
+    QObject::connect(&server, &PpsServer::received,
+        [&](const auto &, const QByteArray &message) { received.append(message); });
+    std::vector<std::unique_ptr<Client>> flood;
+    for (int i = 0; i < clients; ++i) {
+        flood.push_back(std::make_unique<Client>());
+        for (int j = 0; j < 3; ++j)
+            EXPECT_TRUE(flood.back()->write("from::flood\n"));
     }
-    EXPECT_EQ(server.clientCount(), 1000);
-    clients.erase(clients.begin(), clients.begin() + 500);
-    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 700; }));
+    EXPECT_EQ(runWithoutRights([] { return Client().write("from::other\n") ? 0 : 1; }), 0);
+    EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 1; }));
+    // The turns that were under way before it was accepted, and one of the flood's in each round.
+    const auto place = received.indexOf("from::other\n");
+    EXPECT_LT(place, 150);
 }
 
 } // namespace

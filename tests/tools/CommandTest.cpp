@@ -58,7 +58,7 @@ class Phone
 public:
     explicit Phone(const QStringList &words = {})
     {
-        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + words);
+        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null", "--simulated"} + words);
         EXPECT_TRUE(m_process.waitForStarted());
         EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
     }

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "pps/PpsLines.hpp"
+
+#include <QString>
+#include <QVariant>
+
+/*! What decoding and encoding share, and what else is needed of one value. */
+namespace oz::PpsText {
+
+inline constexpr char HexDigits[] = "0123456789ABCDEF";
+
+/*! That a message of \a size bytes is too long. */
+[[nodiscard]] QString sizeError(qsizetype size);
+
+/*! The value of one line; an invalid QVariant, with the error text, where it does not fit the qualifier. */
+[[nodiscard]] QVariant decodeValue(const PpsLine &line, QString *error);
+
+/*! Appends "qualifier:value"; false, with the error set, where the value has no form. */
+[[nodiscard]] bool appendValue(QByteArray *out, const QVariant &value, QString *error);
+
+/*! Gives the callers that want no error text a place to put it, and clears it for the others. */
+class ErrorText
+{
+public:
+    explicit ErrorText(QString *wanted) : m_text(wanted ? wanted : &m_unwanted) { m_text->clear(); }
+    QString *operator&() { return m_text; }
+    QString &operator*() { return *m_text; }
+
+private:
+    QString m_unwanted;
+    QString *m_text;
+};
+
+} // namespace oz::PpsText
