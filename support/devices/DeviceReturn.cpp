@@ -88,7 +88,7 @@ int DeviceReturn::connectAgain()
     struct stat status;
     if (::stat(device.encodedFile().constData(), &status) < 0)
         return errno;
-    const PpsStateFile::Identity present(status);
+    const FileIdentity present(status);
     if (present == device.service || !S_ISSOCK(status.st_mode))
         return ENOENT;
     UniqueFd socket;
@@ -115,7 +115,7 @@ void DeviceReturn::giveUpWhereLost()
         struct stat status;
         UniqueFd probe;
         if (::stat(device.encodedFile().constData(), &status) < 0
-            || !(PpsStateFile::Identity(status) == device.service))
+            || !(FileIdentity(status) == device.service))
             return false;
         const int error = LocalSocket::connect(device.encodedFile(), Wait::No, &probe, SOCK_STREAM);
         return error == 0 || error == EAGAIN;

@@ -76,7 +76,7 @@ int OpenDevices::open(const QString &path, bool closeOnExec, int *fd)
     // Local sockets are born with close-on-exec.
     if (!closeOnExec && ::fcntl(socket.get(), F_SETFD, 0) < 0)
         return errno;
-    device->service = PpsStateFile::Identity(status);
+    device->service = FileIdentity(status);
     const std::lock_guard lock(m_mutex);
     *fd = device->fd = socket.release();
     m_devices[*fd] = std::move(device);

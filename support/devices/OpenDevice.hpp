@@ -2,7 +2,7 @@
 
 #include "base/UniqueFd.hpp"
 #include "events/EventSources.hpp"
-#include "pps/PpsStateFile.hpp"
+#include "files/FileIdentity.hpp"
 
 #include <QByteArray>
 #include <QByteArrayList>
@@ -36,7 +36,7 @@ struct OpenDevice
     bool owesAnswer = false;
     QByteArrayList said; //!< the client's lines, each once, to be said again to the next service
     QByteArray line; //!< what the client has written of the next one
-    PpsStateFile::Identity service; //!< the socket file that was connected to last
+    FileIdentity service; //!< the socket file that was connected to last
     UniqueFd bridge; //!< while away: the other end of what stands behind the descriptor
     QDeadlineTimer awayUntil;
     DeviceReturn *comingBack = nullptr; //!< lives on the platform's own thread
