@@ -79,13 +79,26 @@ void feedWatchdog()
     timer->start(std::chrono::milliseconds(microseconds / 2000));
 }
 
+// The daemon's own prefix, wherever it was installed to.
+QString inPrefix(const QString &path)
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../") + path);
+}
+
+// In /etc for a daemon of the system, else in the prefix's own.
+QString installedConfiguration()
+{
+    const QString prefix = inPrefix({});
+    return (prefix == u"/usr" ? QString() : prefix) + QLatin1String("/etc/ozdevice/ozdeviced.conf");
+}
+
 Configuration readConfiguration(const Options &options)
 {
     Configuration config;
     if (!options.config.empty())
         config = Configuration::parseFile(QString::fromStdString(options.config));
-    else if (QFileInfo::exists(QStringLiteral(OZ_CONFIG_FILE)))
-        config = Configuration::parseFile(QStringLiteral(OZ_CONFIG_FILE));
+    else if (QFileInfo::exists(installedConfiguration()))
+        config = Configuration::parseFile(installedConfiguration());
     if (options.simulated)
         config.simulateAll();
     for (const std::string &line : options.sources) {
@@ -98,10 +111,8 @@ Configuration readConfiguration(const Options &options)
         config.setTrustedGroup(QString::fromStdString(options.trustedGroup));
     if (!options.phone.empty())
         config.phoneFile = QString::fromStdString(options.phone);
-    if (config.phoneFile.isEmpty()) {
-        config.phoneFile = QDir::cleanPath(
-            QCoreApplication::applicationDirPath() + QLatin1String("/../share/ozdevice/phone.json"));
-    }
+    if (config.phoneFile.isEmpty())
+        config.phoneFile = inPrefix(QStringLiteral("share/ozdevice/phone.json"));
     return config;
 }
 
@@ -181,8 +192,9 @@ int main(int argc, char **argv)
         "Exit status: 0 stopped by a signal, 1 cannot start (the reason is on standard error), 2 wrong use.");
     parser.set_version_flag("--version", OZ_VERSION);
     parser
-        .add_option(
-            "--config", options.config, "Which source feeds which facility (default " OZ_CONFIG_FILE ")")
+        .add_option("--config", options.config,
+            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... for "
+            "/usr; without that file, 'auto' for all)")
         ->type_name("FILE");
     parser.add_option("--phone", options.phone, "The simulated phone's file")->type_name("FILE");
     parser

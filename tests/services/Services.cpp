@@ -44,7 +44,14 @@ void sim(const QString &line)
 void ServicesTest::SetUp()
 {
     root.place("/phone.json", m_phoneFile);
-    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--phone", root.file("/phone.json")});
+    start();
+}
+
+void ServicesTest::start(const QStringList &furtherArguments)
+{
+    daemon.start(OZ_DAEMON,
+        QStringList{"--config", "/dev/null", "--simulated", "--phone", root.file("/phone.json")}
+            + furtherArguments);
     PpsObject control(DaemonControl);
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
 }
@@ -53,7 +60,9 @@ void ServicesTest::TearDown()
 {
     daemon.terminate();
     EXPECT_TRUE(daemon.waitForFinished());
-    EXPECT_EQ(daemon.readAllStandardError().count('\n'), 1) << "more than what it serves is logged";
+    const QByteArrayList lines = daemon.readAllStandardError().split('\n');
+    for (const QByteArray &line : lines)
+        EXPECT_TRUE(line.isEmpty() || line.contains("serving")) << line.toStdString();
 }
 
 } // namespace oz::testing

@@ -34,6 +34,8 @@ protected:
     explicit ServicesTest(const QByteArray &phoneFile) : m_phoneFile(phoneFile) { }
     void SetUp() override;
     void TearDown() override;
+    /*! Starts the daemon, and waits until everything is published. */
+    void start(const QStringList &furtherArguments = {});
 
     QProcess daemon;
 
