@@ -92,6 +92,7 @@ changed_sources() {
     {
         grep -Fxf <(echo "$changed") <(product_sources)
         [ ${#names[@]} -eq 0 ] || product_sources | xargs grep -l "${names[@]}"
+        true # finding none is no failure
     } | sort -u
 }
 

@@ -36,9 +36,8 @@ PrivatePhone::PrivatePhone(const QString &phoneFile)
 
     // Beside this program, in a build tree as when installed.
     const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/ozdeviced");
-    QStringList arguments{
-        QStringLiteral("--private"), QStringLiteral("--config"), QStringLiteral("/dev/null"),
-        QStringLiteral("--simulated")};
+    QStringList arguments{QStringLiteral("--private"), QStringLiteral("--config"),
+        QStringLiteral("/dev/null"), QStringLiteral("--simulated")};
     if (!phoneFile.isEmpty())
         arguments << QStringLiteral("--phone") << QFileInfo(phoneFile).absoluteFilePath();
     m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
