@@ -243,8 +243,8 @@ int main(int argc, char **argv)
             continue;
         const std::vector<Samples> measured = measureFacility(argv[0], message, rounds);
         const auto add = [&](const char *name, std::size_t under, double share, double aim) {
-            ratios.push_back({message.facility + " / " + name,
-                measured[1].percentile(share) / measured[under].percentile(share), aim});
+            ratios.push_back(
+                ratioOf(message.facility + " / " + name, measured[1], measured[under], share, aim));
         };
         // The bare file is not decoded, which tells with a large message: there the bus is the measure.
         const double fileAim = PpsObject::encode(message.attributes).size() > 4096 ? 0 : 2;
@@ -256,14 +256,14 @@ int main(int argc, char **argv)
     }
     const std::vector<Samples> activity = measureActivity(argv[0], rounds);
     for (const double share : {0.5, 0.99}) {
-        ratios.push_back({share < 0.9 ? "device / file, median" : "device / file, p99",
-            activity[1].percentile(share) / activity[0].percentile(share), 0});
+        ratios.push_back(ratioOf(share < 0.9 ? "device / file, median" : "device / file, p99", activity[1],
+            activity[0], share, 0));
     }
     samples.insert(samples.end(), activity.begin(), activity.end());
-    print(ratios);
+    const bool reached = print(ratios);
     if (!json.empty())
         writeJson(json, "us", samples, ratios);
-    return 0;
+    return reached ? 0 : 1;
 }
 
 #include "Latency.moc"

@@ -26,8 +26,8 @@ namespace oz {
 
 /*! The open flags, with the platform's values. */
 namespace DeviceOpen {
-inline constexpr int ReadWrite = 2;
-inline constexpr int CloseOnExec = 0x2000;
+inline constexpr int ReadWrite = 2; //!< for reading and writing
+inline constexpr int CloseOnExec = 0x2000; //!< not for programs that this process starts
 } // namespace DeviceOpen
 
 /*! How long readDevice() waits for an answer that the device owes, in milliseconds. */

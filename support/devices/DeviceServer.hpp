@@ -29,6 +29,7 @@ class OZ_SUPPORT_EXPORT DeviceServer : public QObject
     Q_OBJECT
 
 public:
+    /*! A connected client; its ids are never used twice. */
     using Client = PpsServer::Client;
 
     /*! The longest line of a client, in bytes. */
@@ -39,6 +40,7 @@ public:
     /*! Ends all connections; the device is gone. */
     ~DeviceServer() override;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
@@ -51,9 +53,12 @@ public:
 
     /*! As PpsServer::hold() and PpsServer::release(). */
     void hold(quint64 client);
+    /*! See hold(). */
     void release(quint64 client);
 
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
+    /*! error() as text; empty for 0. */
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:

@@ -25,6 +25,7 @@ using screen_event_t = _screen_event *;
 
 /*! The properties, with the platform's published values. */
 namespace ScreenProperty {
+/*! The properties. */
 enum Type : int {
     EventDisplay = 11, //!< of an event, a pointer: the display it concerns
     IdString = 20, //!< of a display, text: its name
@@ -43,13 +44,13 @@ enum Type : int {
 
 /*! The kinds of display that are told apart. */
 namespace ScreenDisplayKind {
-inline constexpr int Internal = 0x7660;
+inline constexpr int Internal = 0x7660; //!< a panel of the device
 inline constexpr int External = 0x7661; //!< every other
 } // namespace ScreenDisplayKind
 
 /*! The types of event. */
 namespace ScreenEventType {
-inline constexpr int None = 0;
+inline constexpr int None = 0; //!< nothing has happened
 inline constexpr int Display = 11; //!< a display was attached or detached, or its size or rotation changed
 } // namespace ScreenEventType
 

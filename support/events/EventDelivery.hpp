@@ -11,6 +11,7 @@ namespace oz {
 
 /*! The kinds of event, as the first word of the record holds them. */
 namespace EventKind {
+/*! The kinds. */
 enum Type : int {
     None = 0, //!< nothing is delivered
     SignalWithCode = 3, //!< a signal to the process, with a value and a code
@@ -32,8 +33,8 @@ struct sigevent
     union {
         int sival_int;
         void *sival_ptr = nullptr;
-    } value;
-    short code = 0;
+    } value; //!< what the receiver is to be given
+    short code = 0; //!< likewise
     short priority = 0; //!< of a pulse; pulses are received in the order of sending, whatever it is
 };
 

@@ -35,10 +35,10 @@ public:
     /*! A connected client. The ids of a server are never used twice. */
     struct Client
     {
-        quint64 id = 0;
+        quint64 id = 0; //!< the connection
         pid_t pid = 0; //!< of the process that opened the object, as the kernel vouches
-        uid_t uid = 0;
-        gid_t gid = 0;
+        uid_t uid = 0; //!< of the same process, as the next
+        gid_t gid = 0; //!< its group
         QList<gid_t> groups{}; //!< further groups of the process
     };
 
@@ -47,6 +47,7 @@ public:
     /*! Ends all connections; the object is gone from the tree. */
     ~PpsServer() override;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*!
@@ -56,6 +57,7 @@ public:
      * no path.
      */
     bool listen(mode_t mode = 0666);
+    /*! Whether the object is in the tree. */
     [[nodiscard]] bool isListening() const;
 
     /*! Sends \a message to the client; false where it is not connected any more, or does not read. */
@@ -68,14 +70,20 @@ public:
     /*! The client has something under way, so its connection gives way to none of its user's, until release()
      * was called as often. */
     void hold(quint64 client);
+    /*! See hold(). */
     void release(quint64 client);
+    /*! How many clients are connected. */
     [[nodiscard]] int clientCount() const;
 
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
+    /*! error() as text; empty for 0. */
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:
+    /*! A client has connected. */
     void connected(const oz::PpsServer::Client &client);
+    /*! A client has written \a message, whole and as it stands. */
     void received(const oz::PpsServer::Client &client, const QByteArray &message);
     /*! The client is gone, whoever ended the connection. */
     void disconnected(const oz::PpsServer::Client &client);

@@ -207,6 +207,14 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
                 << words.join(' ').toStdString();
         }
     }
+    {
+        const Phone phone({"--source", "battery=none"});
+        EXPECT_EQ(run({"show", "battery"}).errors,
+            "ozdevice: battery: /pps/system/BattMgr/status: No such file or directory (nothing feeds it: the "
+            "configuration says so)\n");
+        EXPECT_EQ(run({"doctor"}).output.section('\n', 0, 0),
+            "battery: nothing feeds it: the configuration says so");
+    }
     // What was published last stays.
     EXPECT_EQ(run({"show", "sdcard"}),
         (Result{0, "sdcard\n  state     SdCardState     Mounted\n  activity  SdCardActivity  Idle\n",

@@ -1,6 +1,7 @@
 #include "ozdevice/FacilityInstance.hpp"
 
 #include "ozdevice/Command.hpp"
+#include "ozdevice/Daemon.hpp"
 #include "ozdevice/Output.hpp"
 
 #include <oz/DeviceFile.hpp>
@@ -15,6 +16,18 @@
 namespace oz::tools {
 
 namespace {
+
+// Why the object of a facility is not there, where its source is none.
+QString unfedHint(const FacilityEntry &entry, int error)
+{
+    if (error != ENOENT)
+        return {};
+    for (const SourceState &state : sourceStates(lookAtDaemon())) {
+        if (entry.fedParts().contains(state.facility) && state.state == u"none")
+            return QLatin1String(" (nothing feeds it: ") + state.reason + u')';
+    }
+    return {};
+}
 
 QString plainPath(const PpsObject &object)
 {
@@ -93,7 +106,7 @@ bool FacilityInstance::reportProblems() const
             problems.push_back({plainPath(*pps), pps->error()});
     }
     for (const Problem &problem : problems)
-        complain(m_entry.name + QLatin1String(": ") + problem.text());
+        complain(m_entry.name + QLatin1String(": ") + problem.text() + unfedHint(m_entry, problem.error));
     return problems.empty();
 }
 

@@ -42,9 +42,8 @@ int doctor(const Options &)
                     + QLatin1String("' is absent: ")
                     + (state.reason.isEmpty() ? QStringLiteral("it does not say why") : state.reason));
             } else if (state.state == u"none") {
-                printLine(state.facility
-                    + QLatin1String(": nothing feeds it; a source is set in ozdeviced.conf, and "
-                                    "`ozdeviced --list-sources` lists them"));
+                printLine(state.facility + QLatin1String(": nothing feeds it: ")
+                    + (state.reason.isEmpty() ? QStringLiteral("its source is 'none'") : state.reason));
             }
         }
     }
