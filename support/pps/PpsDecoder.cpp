@@ -232,6 +232,13 @@ QString sizeError(qsizetype size)
         + QLatin1String(" of a message");
 }
 
+bool isValid(const QByteArray &message)
+{
+    QString problem;
+    (void)decode(message, &problem);
+    return problem.isEmpty();
+}
+
 QVariantMap decode(const QByteArray &data, QString *error)
 {
     ErrorText problem(error);
