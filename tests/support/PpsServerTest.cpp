@@ -190,6 +190,9 @@ TEST_F(PpsServerTest, AWaitHasAnEndBeforeWhichAnAnswerCounts)
     service.pause();
     while (client.write(QByteArray(100'000, 'x'))) { }
     EXPECT_EQ(client.error(), ETIMEDOUT) << "there is no room for another";
+    Client unwilling;
+    while (unwilling.write(QByteArray(100'000, 'x'))) { }
+    EXPECT_EQ(unwilling.error(), EAGAIN) << "who does not wait is not held up";
 }
 
 TEST_F(PpsServerTest, AClientHearsOfAnswersFromItsEventLoop)
