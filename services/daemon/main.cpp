@@ -193,7 +193,8 @@ int main(int argc, char **argv)
     parser.set_version_flag("--version", OZ_VERSION);
     parser
         .add_option("--config", options.config,
-            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... for "
+            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... "
+            "for "
             "/usr; without that file, 'auto' for all)")
         ->type_name("FILE");
     parser.add_option("--phone", options.phone, "The simulated phone's file")->type_name("FILE");

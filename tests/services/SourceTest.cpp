@@ -98,10 +98,22 @@ TEST_F(SourceTest, WhatAFormerDaemonPublishedStaysUntilItsSourceIsKnown)
     BatteryInfo battery;
     SignalLog heard(&battery);
     HandFedBattery restarted;
+    tree.setContinued({"battery"});
     const BatteryPublisher publishes("battery", restarted, tree);
     EXPECT_EQ(heard.settled(), "");
     restarted.know(charged(61));
     EXPECT_EQ(heard.waitFor(2), "level(61, Discharging) level(61, 3)");
+}
+
+TEST_F(SourceTest, WhatAnotherSourcePublishedBeforeHoldsNotForAMoment)
+{
+    {
+        const auto before = publisher();
+        source.know(charged(60));
+    }
+    HandFedBattery another;
+    const BatteryPublisher publishes("battery", another, tree);
+    EXPECT_EQ(attributesOf("/pps/system/BattMgr/status"), QVariantMap());
 }
 
 TEST_F(SourceTest, WhatCannotBeWrittenNowIsWrittenOnceItCanTheNewestAlone)
