@@ -7,6 +7,7 @@
 #include <sys/inotify.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace oz::bench {
 
@@ -18,32 +19,25 @@ void require(bool good)
         std::abort();
 }
 
-int openAndRead(const std::string &path, char *buffer, std::size_t size)
-{
-    const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
-    struct stat status;
-    require(fd >= 0 && ::fstat(fd, &status) == 0 && ::read(fd, buffer, size) >= 0);
-    return fd;
-}
-
 } // namespace
 
-void replaceFile(const std::string &path, const std::string &content)
+BareFile::BareFile(const std::string &path) : m_path(path), m_temporary(path + ".tmp") { }
+
+BareFile::~BareFile()
 {
-    char buffer[4096];
+    ::close(m_held);
+}
+
+void BareFile::replace(const std::string &content)
+{
     struct stat status;
-    struct stat temporaryStatus;
-    const int old = openAndRead(path, buffer, sizeof buffer);
-    require(::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0);
-    const std::string temporary = path + ".tmp";
-    const int fd = ::open(temporary.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
-    require(fd >= 0 && ::flock(fd, LOCK_EX) == 0 && ::fstat(fd, &status) == 0);
-    require(::lstat(temporary.c_str(), &temporaryStatus) == 0 && ::stat(path.c_str(), &status) == 0);
-    require(::fstat(old, &status) == 0);
+    const int fd = ::open(m_temporary.c_str(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0600);
+    require(fd >= 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0);
+    require(::lstat(m_path.c_str(), &status) == 0 && ::fstat(fd, &status) == 0);
     require(::pwrite(fd, content.data(), content.size(), 0) == ssize_t(content.size()));
-    require(::fchmod(fd, 0644) == 0 && ::rename(temporary.c_str(), path.c_str()) == 0);
-    ::close(fd);
-    ::close(old);
+    require(::fchmod(fd, 0644) == 0 && ::rename(m_temporary.c_str(), m_path.c_str()) == 0);
+    require(::fstat(fd, &status) == 0);
+    ::close(std::exchange(m_held, fd));
 }
 
 void followFile(const std::string &path, const std::function<void()> &changed)
@@ -52,12 +46,14 @@ void followFile(const std::string &path, const std::function<void()> &changed)
     const std::string directory = path.substr(0, path.rfind('/'));
     require(::inotify_add_watch(inotify, directory.c_str(), IN_MOVED_TO) >= 0);
     changed();
-    char buffer[4096];
+    char buffer[16 * 1024];
     for (;;) {
         pollfd waiting{inotify, POLLIN, 0};
-        require(::poll(&waiting, 1, -1) == 1);
-        while (::read(inotify, buffer, sizeof buffer) > 0) { }
-        ::close(openAndRead(path, buffer, sizeof buffer));
+        require(::poll(&waiting, 1, -1) == 1 && ::read(inotify, buffer, sizeof buffer) > 0);
+        const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+        struct stat status;
+        require(fd >= 0 && ::fstat(fd, &status) == 0 && ::read(fd, buffer, sizeof buffer) >= 0);
+        ::close(fd);
         changed();
     }
 }

@@ -4,7 +4,7 @@
 #include "Processes.hpp"
 #include "Report.hpp"
 
-#include "core/Daemon.hpp"
+#include "daemon/Daemon.hpp"
 #include "miracast/MiracastPublisher.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -151,7 +151,7 @@ int serve(const QString &role, const Bell &bell)
     if (role == "bare")
         serveBare(bell);
     if (role == "facility") {
-        const services::Daemon daemon{services::SourceConfig(), services::JsonNode::emptyMap()};
+        const services::Daemon daemon{services::Configuration::simulated(), services::JsonNode::emptyMap()};
         bell.ring();
         return QCoreApplication::exec();
     }

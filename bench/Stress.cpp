@@ -4,7 +4,7 @@
 
 #include "Processes.hpp"
 
-#include "core/Daemon.hpp"
+#include "daemon/Daemon.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/MiracastManager.hpp>
@@ -161,7 +161,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments();
     if (words.value(1) == "--role") {
-        const services::Daemon daemon{services::SourceConfig(), services::JsonNode::emptyMap()};
+        const services::Daemon daemon{services::Configuration::simulated(), services::JsonNode::emptyMap()};
         Bell(words.value(2).toInt()).ring();
         return QCoreApplication::exec();
     }

@@ -1,6 +1,7 @@
 #include "DeviceInfoPrivate.hpp"
 
 #include "Frame.hpp"
+#include "OrientationSensor.hpp"
 #include "powman/PowmanStatus.hpp"
 
 #include <oz/EventService.hpp>
@@ -57,7 +58,7 @@ void warn(const char *text, int error)
 } // namespace
 
 DeviceInfoPrivate::DeviceInfoPrivate(DeviceInfo *publicObject)
-    : QObject(publicObject), q(publicObject), m_sensor(new QOrientationSensor(this))
+    : QObject(publicObject), q(publicObject), m_sensor(makeOrientationSensor(this))
 {
     // These values cross a queued connection.
     qRegisterMetaType<UserActivityState::Type>("oz::device::UserActivityState::Type");

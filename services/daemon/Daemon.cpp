@@ -21,7 +21,9 @@ namespace {
 
 const QString StatusPpsPath = QStringLiteral("/pps/system/ozdeviced/status");
 const QString ControlPpsPath = QStringLiteral("/pps/system/ozdeviced/control");
-const QString SavedObjects = QStringLiteral("objects"); // in the store
+// In the store.
+const QString SavedObjects = QStringLiteral("objects");
+const QString SavedSources = QStringLiteral("sources");
 
 } // namespace
 
@@ -107,6 +109,17 @@ public:
         for (const Row &row : m_rows)
             sources.insert(row.facility->name, row.source);
         return sources;
+    }
+
+    // The facilities that the same source fed before.
+    [[nodiscard]] QStringList continuedFrom(const QVariantMap &before) const
+    {
+        QStringList facilities;
+        for (const Row &row : m_rows) {
+            if (before.value(row.facility->name) == row.source)
+                facilities.append(row.facility->name);
+        }
+        return facilities;
     }
 
     [[nodiscard]] QVariantMap states() const
@@ -224,6 +237,7 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
         m_store.clear();
     m_tree.setTrustedGroup(configuration.trustedGroup);
     m_running = std::make_unique<Running>(configuration, phone, m_store);
+    m_tree.setContinued(m_running->continuedFrom(m_store.load(SavedSources)));
     m_running->publish(m_tree);
     m_tree.endStart();
     connect(&m_tree, &Tree::problemsChanged, this, &Daemon::checkReady);
@@ -246,6 +260,7 @@ void Daemon::reload(const Configuration &configuration)
     m_running.reset();
     m_tree.setTrustedGroup(configuration.trustedGroup);
     m_running = std::move(next);
+    m_tree.setContinued(m_running->continuedFrom(m_store.load(SavedSources)));
     m_running->publish(m_tree);
     m_running->onChange(this, [this] { checkReady(); });
     checkReady();
@@ -275,7 +290,8 @@ void Daemon::publishStatus()
         {QStringLiteral("facilities"), m_running->states()}});
 }
 
-// Takes away what a former daemon, or a former configuration, published and nothing publishes any more.
+// Takes away what a former daemon, or a former configuration, published and nothing publishes any more, and
+// notes what there is now.
 void Daemon::removeLeftovers()
 {
     const QStringList objects = m_tree.objects();
@@ -287,6 +303,7 @@ void Daemon::removeLeftovers()
             QFile::remove(devicePath(path)); // the socket of a service that was killed
     }
     m_store.save(SavedObjects, {{SavedObjects, objects}});
+    m_store.save(SavedSources, m_running->sources());
 }
 
 RequestTable Daemon::requests()

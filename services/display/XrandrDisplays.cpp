@@ -25,7 +25,9 @@ namespace {
 
 using Display = DisplayState::Display;
 
-constexpr std::chrono::seconds RetryInterval(2);
+// Between attempts to connect, growing.
+constexpr std::chrono::milliseconds FirstPause(100);
+constexpr std::chrono::milliseconds LongestPause(2000);
 
 template <typename Reply>
 struct FreeReply
@@ -99,16 +101,20 @@ public:
 
     void run()
     {
+        std::chrono::milliseconds pause = FirstPause;
         do {
+            pause = std::min(pause * 2, LongestPause);
             wait(true);
             const QString problem = connectToServer();
             wait(false);
-            if (problem.isEmpty())
+            if (problem.isEmpty()) {
+                pause = FirstPause;
                 follow();
+            }
             const QString reason = problem.isEmpty() ? lost() : problem;
             m_connection.reset();
             m_shared->tell([reason](XrandrDisplays &source) { source.miss(reason); });
-        } while (!isStopped(RetryInterval));
+        } while (!isStopped(pause));
     }
 
 private:

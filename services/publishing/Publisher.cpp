@@ -17,8 +17,13 @@ Publisher::Publisher(const QString &facility, Source &source, Tree &tree)
 
 void Publisher::follow()
 {
-    for (StatePublisher *state : m_states)
-        state->stand();
+    const bool holds = m_source.isKnown() || m_tree.isContinued(m_facility);
+    for (StatePublisher *state : m_states) {
+        if (holds)
+            state->stand();
+        else
+            state->publish({}); // another source's values, or a stranger's
+    }
     onChanged();
 }
 

@@ -3,6 +3,7 @@
 #include <QMap>
 #include <QObject>
 #include <QString>
+#include <QStringList>
 #include <QTimer>
 
 #include <chrono>
@@ -35,6 +36,11 @@ public:
     [[nodiscard]] std::optional<gid_t> trustedGroup() const { return m_trustedGroup; }
     void setTrustedGroup(std::optional<gid_t> group) { m_trustedGroup = group; }
 
+    /*! The facilities that the same source fed when the daemon died: what was published then holds until
+     * their sources are known, or away for too long. */
+    void setContinued(const QStringList &facilities) { m_continued = facilities; }
+    [[nodiscard]] bool isContinued(const QString &facility) const { return m_continued.contains(facility); }
+
     /*! The paths of all objects that the services have. */
     [[nodiscard]] QStringList objects() const { return m_objects.keys(); }
     /*! Whether everything is in the tree as it shall be. */
@@ -56,6 +62,7 @@ private:
     StateStore &m_store;
     QMap<QString, int> m_objects; // how many publish each
     QMap<QString, QString> m_problems;
+    QStringList m_continued;
     std::optional<gid_t> m_trustedGroup;
     bool m_isStarting = true;
 };

@@ -2,9 +2,14 @@
 
 #include <oz/OzSupportGlobal.hpp>
 
+#include <QtGlobal>
+
 #include <chrono>
 
 namespace oz {
+
+/*! The size of the longest message to or from a service, and of the largest object, in bytes. */
+inline constexpr qsizetype MaxMessageSize = 1 << 20;
 
 /*!
  * How long a waiting read of a served object takes at most, before it fails with ETIMEDOUT: 60 s, or the

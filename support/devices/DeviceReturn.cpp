@@ -2,8 +2,6 @@
 
 #include "sockets/LocalSocket.hpp"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QTimer>
 
 #include <cerrno>
@@ -34,37 +32,20 @@ void DeviceReturn::await(const std::shared_ptr<OpenDevice> &device, QObject *con
 }
 
 DeviceReturn::DeviceReturn(const std::shared_ptr<OpenDevice> &device, QObject *context)
-    : QObject(context), m_device(device), m_pause(FirstPause)
+    : QObject(context), m_device(device), m_watcher(device->path, device->root), m_pause(FirstPause)
 {
-    connect(&m_watcher, &QFileSystemWatcher::directoryChanged, this, &DeviceReturn::onFoldersChanged);
+    connect(&m_watcher, &DevicePathWatcher::changed, this, &DeviceReturn::onPathChanged);
+    // Any other timer may be early.
     const auto graceLeft = std::chrono::milliseconds(device->awayUntil.remainingTime() + 1);
     for (const std::chrono::milliseconds moment : {std::chrono::milliseconds(SettleTime), graceLeft})
-        QTimer::singleShot(moment, this, &DeviceReturn::giveUpWhereLost);
-    QMetaObject::invokeMethod(this, &DeviceReturn::onFoldersChanged, Qt::QueuedConnection);
+        QTimer::singleShot(moment, Qt::PreciseTimer, this, &DeviceReturn::giveUpWhereLost);
+    QMetaObject::invokeMethod(this, &DeviceReturn::look, Qt::QueuedConnection);
 }
 
-void DeviceReturn::onFoldersChanged()
+void DeviceReturn::onPathChanged()
 {
     m_pause = FirstPause;
-    watchFolders();
     look();
-}
-
-// All that are there below the root of the devices, or else the one where the root will be.
-void DeviceReturn::watchFolders()
-{
-    if (const QStringList former = m_watcher.directories(); !former.isEmpty())
-        m_watcher.removePaths(former);
-    QStringList folders;
-    QString folder = m_device->file;
-    do {
-        folder = QFileInfo(folder).path();
-        if (QFileInfo(folder).isDir())
-            folders.append(folder);
-    } while (folder != QLatin1String("/") && (folder.size() > m_device->root.size() || folders.isEmpty()));
-    // What cannot be watched is looked at from time to time.
-    if (!m_watcher.addPaths(folders).isEmpty())
-        QTimer::singleShot(LongestPause, this, &DeviceReturn::onFoldersChanged);
 }
 
 void DeviceReturn::look()
@@ -86,13 +67,13 @@ int DeviceReturn::connectAgain()
 {
     OpenDevice &device = *m_device;
     struct stat status;
-    if (::stat(device.encodedFile().constData(), &status) < 0)
+    if (::stat(device.file().constData(), &status) < 0)
         return errno;
     const FileIdentity present(status);
     if (present == device.service || !S_ISSOCK(status.st_mode))
         return ENOENT;
     UniqueFd socket;
-    if (const int error = LocalSocket::connect(device.encodedFile(), Wait::No, &socket, SOCK_STREAM))
+    if (const int error = LocalSocket::connect(device.file(), Wait::No, &socket, SOCK_STREAM))
         return error;
     // A service that goes again while it is spoken to is the next loss.
     const QByteArray said = device.said.join();
@@ -114,10 +95,10 @@ void DeviceReturn::giveUpWhereLost()
     const auto serviceLives = [&device] {
         struct stat status;
         UniqueFd probe;
-        if (::stat(device.encodedFile().constData(), &status) < 0
+        if (::stat(device.file().constData(), &status) < 0
             || !(FileIdentity(status) == device.service))
             return false;
-        const int error = LocalSocket::connect(device.encodedFile(), Wait::No, &probe, SOCK_STREAM);
+        const int error = LocalSocket::connect(device.file(), Wait::No, &probe, SOCK_STREAM);
         return error == 0 || error == EAGAIN;
     };
     if (!device.awayUntil.hasExpired() && !serviceLives())

@@ -2,7 +2,8 @@
 
 #include "devices/OpenDevice.hpp"
 
-#include <QFileSystemWatcher>
+#include <oz/DevicePathWatcher.hpp>
+
 #include <QObject>
 
 #include <chrono>
@@ -24,14 +25,13 @@ public:
 private:
     DeviceReturn(const std::shared_ptr<OpenDevice> &device, QObject *context);
 
-    void onFoldersChanged();
-    void watchFolders();
+    void onPathChanged();
     void look();
     [[nodiscard]] int connectAgain();
     void giveUpWhereLost();
 
     std::shared_ptr<OpenDevice> m_device;
-    QFileSystemWatcher m_watcher;
+    DevicePathWatcher m_watcher;
     std::chrono::milliseconds m_pause;
 };
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <oz/OzSupportGlobal.hpp>
-#include <oz/PpsServer.hpp>
+#include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
 #include <QObject>
@@ -30,7 +30,7 @@ class OZ_SUPPORT_EXPORT DeviceServer : public QObject
 
 public:
     /*! A connected client; its ids are never used twice. */
-    using Client = PpsServer::Client;
+    using Client = ServiceClient;
 
     /*! The longest line of a client, in bytes. */
     static constexpr int MaxLineSize = 4096;

@@ -62,9 +62,9 @@ int OpenDevices::open(const QString &path, bool closeOnExec, int *fd)
 {
     auto device = std::make_shared<OpenDevice>();
     device->root = deviceRoot();
-    device->file = device->root + path;
+    device->path = path;
     device->closeOnExec = closeOnExec;
-    const QByteArray file = device->encodedFile();
+    const QByteArray file = device->file();
     struct stat status;
     if (::stat(file.constData(), &status) < 0)
         return errno;

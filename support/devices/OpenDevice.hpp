@@ -28,8 +28,8 @@ struct OpenDevice
         Gone, //!< for its user too
     };
 
-    QString root; //!< the root of the devices, and the device's place below it
-    QString file;
+    QString root; //!< of all devices when it was opened
+    QString path; //!< below it
     bool closeOnExec = false;
     int fd = -1; //!< none once it is closed
     Link link = Link::Up;
@@ -41,7 +41,7 @@ struct OpenDevice
     QDeadlineTimer awayUntil;
     DeviceReturn *comingBack = nullptr; //!< lives on the platform's own thread
 
-    [[nodiscard]] QByteArray encodedFile() const { return QFile::encodeName(file); }
+    [[nodiscard]] QByteArray file() const { return QFile::encodeName(root + path); }
     /*! Remembers what the client has written. */
     void note(QByteArrayView text);
     /*! Puts \a socket behind the descriptor; what is armed for it stays. 0 or an errno. */

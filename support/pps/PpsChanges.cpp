@@ -23,6 +23,7 @@ class LineIndex
 public:
     explicit LineIndex(QByteArrayView message)
     {
+        m_lines.reserve(Few);
         PpsLines lines(message);
         for (PpsLine line; lines.next(&line);) {
             const std::size_t place = line.malformed ? m_lines.size() : placeOf(line.name);

@@ -31,7 +31,7 @@ public:
     [[nodiscard]] virtual int write(const QByteArray &message) = 0;
     /*! Follows what happens to the object from the event loop of the calling thread. With \a announces, the
      * owner hears of messages that wait. */
-    [[nodiscard]] virtual int attach(bool announces) = 0;
+    virtual void attach(bool announces) = 0;
     /*! Leaves the event loop of the calling thread. */
     virtual void detach() = 0;
 

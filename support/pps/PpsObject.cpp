@@ -26,33 +26,26 @@ public:
     {
         mode = wanted;
         const int failure = PpsChannel::open(parsed, mode, blocking || parsed.wait, this, &channel);
-        return failure ? failure : attach();
+        attach();
+        return failure;
     }
 
     // Watching a file costs a kernel watch, so it begins with the first receiver of readyRead().
-    int attach()
+    void attach()
     {
         static const QMetaMethod readyRead = QMetaMethod::fromSignal(&PpsObject::readyRead);
         if (!channel)
-            return 0;
+            return;
         // An object may be opened before its thread's event loop, or the application object, is there.
         if (!QAbstractEventDispatcher::instance())
             attachLater();
-        return channel->attach((mode & PpsOpenMode::Subscribe) && q->isSignalConnected(readyRead));
+        channel->attach((mode & PpsOpenMode::Subscribe) && q->isSignalConnected(readyRead));
     }
 
     void attachLater()
     {
         QMetaObject::invokeMethod(
-            q, [this] { attachOrLog(); }, Qt::QueuedConnection);
-    }
-
-    // For an object that is open already: nobody asks for a result.
-    void attachOrLog()
-    {
-        if (!done(attach()))
-            qCWarning(logSupport) << path
-                                  << "is open, but its changes will not be heard:" << q->errorString();
+            q, [this] { attach(); }, Qt::QueuedConnection);
     }
 
     // The last failure counts, not the last call.
@@ -169,7 +162,7 @@ void PpsObject::connectNotify(const QMetaMethod &signal)
     if (signal != QMetaMethod::fromSignal(&PpsObject::readyRead))
         return;
     if (QThread::currentThread() == thread())
-        d->attachOrLog();
+        d->attach();
     else
         d->attachLater();
 }

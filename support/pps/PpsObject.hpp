@@ -54,8 +54,8 @@ class PpsObjectPrivate;
  * An instance belongs to the thread that it lives on, like any QObject; different instances are independent.
  * Other threads may write to an open served object, one at a time.
  * It notifies in threads with an event loop, from when there is one; in others it can be opened, read and
- * written. Where a receiver connects after open() and the object cannot be watched, a warning of the category
- * "oz.support" says so.
+ * written. Where the folder of a state object cannot be watched, a warning of the category "oz.support" says
+ * so once; its changes are then looked for from time to time, and it is watched as soon as it can be.
  */
 class OZ_SUPPORT_EXPORT PpsObject : public QObject
 {

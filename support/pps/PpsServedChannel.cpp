@@ -114,6 +114,7 @@ int PpsServedChannel::write(const QByteArray &message)
         return EINVAL;
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
+    PpsWatcher::endTurn();
     Lock lock(m_mutex);
     const bool mayWait = m_blocking || !m_context;
     const bool isAtHome = !m_home || QThread::currentThread() == m_home;
@@ -140,16 +141,16 @@ int PpsServedChannel::write(const QByteArray &message)
     return EPIPE;
 }
 
-int PpsServedChannel::attach(bool announces)
+void PpsServedChannel::attach(bool announces)
 {
     m_announces = m_announces || announces;
     if (!QAbstractEventDispatcher::instance())
-        return 0;
+        return;
     const Lock lock(m_mutex);
     if (m_context) {
         if (m_notifier)
             m_notifier->setEnabled(true);
-        return 0;
+        return;
     }
     m_context = std::make_unique<QObject>();
     m_home = QThread::currentThread();
@@ -157,7 +158,6 @@ int PpsServedChannel::attach(bool announces)
         follow();
     else
         awaitReturn();
-    return 0;
 }
 
 void PpsServedChannel::detach()
@@ -223,17 +223,15 @@ void PpsServedChannel::awaitReturn()
         });
     }
     m_watcher = PpsWatcher::forThisThread();
-    int error = 0;
-    m_watched = m_watcher->watch(m_file, this, &error);
+    m_watched = m_watcher->watch(m_file, this);
     (void)tryReturn();
 }
 
 bool PpsServedChannel::waitForReturn(Lock *lock)
 {
     const auto watcher = PpsWatcher::forThisThread();
-    int error = 0;
     Waker waker;
-    WatchedFile *const watched = watcher->watch(m_file, &waker, &error);
+    WatchedFile *const watched = watcher->watch(m_file, &waker);
     while (!tryReturn() && m_link == Link::Away) {
         if (isLost()) {
             giveUp();
@@ -244,8 +242,7 @@ bool PpsServedChannel::waitForReturn(Lock *lock)
             m_unsettledUntil.hasExpired() ? m_awayUntil : std::min(m_unsettledUntil, m_awayUntil));
         lock->lock();
     }
-    if (watched)
-        watcher->unwatch(watched, &waker);
+    watcher->unwatch(watched, &waker);
     return m_link == Link::Up;
 }
 

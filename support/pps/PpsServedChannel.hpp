@@ -27,7 +27,7 @@ public:
     [[nodiscard]] int read(QByteArray *message) override;
     /*! May be called from any thread, once attach() was. */
     [[nodiscard]] int write(const QByteArray &message) override;
-    [[nodiscard]] int attach(bool announces) override;
+    void attach(bool announces) override;
     void detach() override;
 
 private:

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <oz/OzSupportGlobal.hpp>
+#include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
 #include <QList>
@@ -33,14 +34,7 @@ class OZ_SUPPORT_EXPORT PpsServer : public QObject
 
 public:
     /*! A connected client. The ids of a server are never used twice. */
-    struct Client
-    {
-        quint64 id = 0; //!< the connection
-        pid_t pid = 0; //!< of the process that opened the object, as the kernel vouches
-        uid_t uid = 0; //!< of the same process, as the next
-        gid_t gid = 0; //!< its group
-        QList<gid_t> groups{}; //!< further groups of the process
-    };
+    using Client = ServiceClient;
 
     /*! Binds to the device path \a path ("/pps/...", without options). */
     explicit PpsServer(const QString &path, QObject *parent = nullptr);

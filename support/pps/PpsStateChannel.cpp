@@ -1,5 +1,7 @@
 #include "pps/PpsStateChannel.hpp"
 
+#include "pps/PpsTextParts.hpp"
+
 #include <oz/PpsText.hpp>
 
 #include <cerrno>
@@ -19,28 +21,37 @@ PpsStateChannel::~PpsStateChannel()
 int PpsStateChannel::read(QByteArray *message)
 {
     PpsSnapshot own;
-    const auto look = [&]() -> const PpsSnapshot & {
-        return m_watched ? m_watched->current() : (own = PpsSnapshot::load(m_file));
-    };
-    const PpsSnapshot *snapshot = &look();
+    const PpsSnapshot *snapshot = &look(&own);
     std::optional<QByteArray> content = contentOf(*snapshot);
     if (m_blocking && !m_unread) {
-        if (const int error = attach(true))
-            return error;
-        for (snapshot = &look(), content = contentOf(*snapshot); content && content == m_read;
-             snapshot = &look(), content = contentOf(*snapshot)) {
+        attach(true);
+        for (snapshot = &look(&own), content = contentOf(*snapshot); content && isRead(content);
+             snapshot = &look(&own), content = contentOf(*snapshot)) {
             if (const int error = m_watcher->wait(QDeadlineTimer::Forever))
                 return error;
         }
     }
     m_unread = false;
+    m_newsTurn = 0;
     if (!content) {
         m_read.reset();
+        m_base.reset();
         return snapshot->error;
     }
-    *message = m_path.delta && m_read ? deltaLines(*m_read, *content) : *content;
-    m_read = std::move(content);
+    m_read = content;
+    *message = m_base ? deltaLines(*m_base, *content) : *content;
+    if (m_path.delta && PpsText::isValid(*message))
+        m_base = std::move(content);
     return 0;
+}
+
+const PpsSnapshot &PpsStateChannel::look(PpsSnapshot *own) const
+{
+    if (!m_watched)
+        return *own = PpsSnapshot::load(m_file);
+    // What is announced right now was looked at a moment ago.
+    const bool isNews = m_newsTurn && m_newsTurn == m_watcher->turn() && m_watched->latest();
+    return isNews ? *m_watched->latest() : m_watched->current();
 }
 
 int PpsStateChannel::write(const QByteArray &message)
@@ -48,34 +59,25 @@ int PpsStateChannel::write(const QByteArray &message)
     if (message.size() > PpsText::MaxMessageSize)
         return EMSGSIZE;
     const QByteArrayView header = PpsLines(message).header();
-    if (message.isEmpty() || (!header.isNull() && header != m_path.name))
-        return EINVAL;
-    QString malformed;
-    (void)PpsText::decode(message, &malformed);
-    if (!malformed.isEmpty())
+    if (message.isEmpty() || (!header.isNull() && header != m_path.name) || !PpsText::isValid(message))
         return EINVAL;
     const std::lock_guard lock(m_writing);
     return m_writer.publish(message, PpsMerge::Keep, PpsStateWriter::Create::No, 0);
 }
 
-int PpsStateChannel::attach(bool announces)
+void PpsStateChannel::attach(bool announces)
 {
     if (!announces)
-        return 0;
-    const auto watcher = PpsWatcher::forThisThread();
+        return;
+    m_watcher = PpsWatcher::forThisThread();
     if (m_watched)
-        return 0;
-    int error = 0;
-    m_watcher = watcher;
-    m_watched = m_watcher->watch(m_file, this, &error);
-    if (!m_watched)
-        return error;
+        return;
+    m_watched = m_watcher->watch(m_file, this);
     // Something may have been published between the last read and the watch.
     if (!m_unread)
         fileChanged();
     else
         m_watcher->scheduleAnnounce(this);
-    return 0;
 }
 
 void PpsStateChannel::detach()
@@ -87,16 +89,27 @@ void PpsStateChannel::detach()
 
 void PpsStateChannel::fileChanged()
 {
-    const bool isNews = contentOf(m_watched->current()) != m_read;
-    m_unread = m_unread || isNews;
-    if (isNews)
-        m_watcher->scheduleAnnounce(this);
+    const PpsSnapshot &snapshot = m_watched->current();
+    if (snapshot.error == EMFILE || snapshot.error == ENFILE || snapshot.error == ENOMEM) {
+        m_watcher->lookAgain(m_watched);
+        return;
+    }
+    if (isRead(contentOf(snapshot)))
+        return;
+    m_unread = true;
+    m_newsTurn = m_watcher->turn();
+    m_watcher->scheduleAnnounce(this);
 }
 
 void PpsStateChannel::announce()
 {
     if (m_unread)
         m_owner->messageWaits();
+}
+
+bool PpsStateChannel::isRead(const std::optional<QByteArray> &content) const
+{
+    return content && m_read ? sameAttributes(*content, *m_read) : !content && !m_read;
 }
 
 std::optional<QByteArray> PpsStateChannel::contentOf(const PpsSnapshot &snapshot) const

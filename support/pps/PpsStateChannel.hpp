@@ -18,12 +18,14 @@ public:
 
     [[nodiscard]] int read(QByteArray *message) override;
     [[nodiscard]] int write(const QByteArray &message) override;
-    [[nodiscard]] int attach(bool announces) override;
+    void attach(bool announces) override;
     void detach() override;
 
 private:
     void fileChanged() override;
     void announce() override;
+    [[nodiscard]] const PpsSnapshot &look(PpsSnapshot *own) const;
+    [[nodiscard]] bool isRead(const std::optional<QByteArray> &content) const;
     [[nodiscard]] std::optional<QByteArray> contentOf(const PpsSnapshot &snapshot) const;
 
     PpsPath m_path;
@@ -33,7 +35,9 @@ private:
     std::shared_ptr<PpsWatcher> m_watcher;
     WatchedFile *m_watched = nullptr;
     std::optional<QByteArray> m_read; // what was read last; nothing: never, or the object was gone
+    std::optional<QByteArray> m_base; // what the next delta counts from: what decoded last
     bool m_unread = true;
+    quint64 m_newsTurn = 0; // the watcher's turn in which there was something to announce
     std::mutex m_writing;
     PpsStateWriter m_writer;
 };

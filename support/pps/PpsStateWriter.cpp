@@ -1,6 +1,7 @@
 #include "pps/PpsStateWriter.hpp"
 
 #include "files/PlaceLock.hpp"
+#include "pps/PpsWatcher.hpp"
 
 #include <oz/PpsText.hpp>
 
@@ -43,6 +44,7 @@ struct PpsStateWriter::Change
 
 int PpsStateWriter::publish(const QByteArray &update, PpsMerge merge, Create create, mode_t mode)
 {
+    PpsWatcher::endTurn();
     m_problem.clear();
     Change change{update, merge, create, mode};
     Step step = Step::Again;
@@ -128,6 +130,8 @@ int PpsStateWriter::load()
         error = errno;
     if (error)
         m_known.reset();
+    else
+        m_known->content = selectLines(m_known->content, m_name, {});
     if (error == ELOOP)
         m_problem = linkProblem(m_file);
     return error;
@@ -163,6 +167,7 @@ int PpsStateWriter::commit(PlaceLock *lock, const Change &change)
 
 int PpsStateWriter::remove()
 {
+    PpsWatcher::endTurn();
     m_problem.clear();
     forget();
     if (const int error = openFolder(Create::No))

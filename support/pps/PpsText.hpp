@@ -1,5 +1,6 @@
 #pragma once
 
+#include <oz/Limits.hpp>
 #include <oz/OzSupportGlobal.hpp>
 
 #include <QByteArray>
@@ -22,7 +23,7 @@
  */
 namespace oz::PpsText {
 
-inline constexpr qsizetype MaxMessageSize = 1 << 20; //!< bytes; a longer message is refused
+inline constexpr qsizetype MaxMessageSize = oz::MaxMessageSize; //!< bytes; a longer one is refused
 inline constexpr int MaxDepth = 64; //!< maps and lists in one another; a deeper value is refused
 
 /*!

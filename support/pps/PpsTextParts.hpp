@@ -13,6 +13,9 @@ inline constexpr char HexDigits[] = "0123456789ABCDEF";
 /*! That a message of \a size bytes is too long. */
 [[nodiscard]] QString sizeError(qsizetype size);
 
+/*! Whether \a message decodes. */
+[[nodiscard]] bool isValid(const QByteArray &message);
+
 /*! The value of one line; an invalid QVariant, with the error text, where it does not fit the qualifier. */
 [[nodiscard]] QVariant decodeValue(const PpsLine &line, QString *error);
 

@@ -1,59 +1,96 @@
 #include "pps/PpsWatcher.hpp"
 
+#include "base/Log.hpp"
+#include "files/TreeFolder.hpp"
+
 #include <QAbstractEventDispatcher>
+#include <QFile>
 #include <QSocketNotifier>
 #include <QThreadStorage>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
+#include <system_error>
 
 namespace oz {
 
 namespace {
 
-// A publish is a rename onto the name, a removal an unlink. The birth of a file under construction is
-// neither.
-constexpr std::uint32_t DirectoryEvents =
-    IN_MOVED_TO | IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+using namespace std::chrono_literals;
+
+// Of the directory itself, and of those above it.
+constexpr std::uint32_t OwnEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+// A publish is a rename onto the name, a removal an unlink, or a rename of the object itself. The birth of a
+// file under construction is neither.
+constexpr std::uint32_t FileEvents = IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
+// Directories appear by mkdir().
+constexpr std::uint32_t DirectoryEvents = IN_MOVED_TO | IN_CREATE;
+
+constexpr ssize_t LargestEvent = sizeof(inotify_event) + NAME_MAX + 1;
+
+// Nothing tells when a watch is to be had again.
+constexpr auto FirstRetryPause = 250ms;
+constexpr auto LongestRetryPause = 8s;
 
 QThreadStorage<std::shared_ptr<PpsWatcher>> s_watchers;
 
-QByteArray parentOf(const QByteArray &path)
+QString reasonOf(int error)
 {
-    const qsizetype slash = path.lastIndexOf('/');
-    return slash <= 0 ? QByteArray("/") : path.first(slash);
-}
-
-QByteArray nameOf(const QByteArray &path)
-{
-    return path.sliced(path.lastIndexOf('/') + 1);
+    QString reason = QString::fromStdString(std::generic_category().message(error));
+    if (error == ENOSPC)
+        reason += QLatin1String("; the limit is fs.inotify.max_user_watches");
+    if (error == EMFILE)
+        reason += QLatin1String("; the limit is fs.inotify.max_user_instances, or that of open files");
+    return reason;
 }
 
 } // namespace
 
-class WatchedDirectory : public FileSubscriber
+class WatchedDirectory
 {
 public:
-    WatchedDirectory(PpsWatcher *owner, const QByteArray &at) : watcher(owner), path(at) { }
-    void fileChanged() override { watcher->m_rearming.push_back(this); }
+    WatchedDirectory(const QByteArray &at, WatchedDirectory *above) : path(at), parent(above) { }
 
-    PpsWatcher *watcher;
-    QByteArray path;
+    [[nodiscard]] std::uint32_t events() const
+    {
+        return OwnEvents | (files.empty() ? 0 : FileEvents) | (awaited ? DirectoryEvents : 0);
+    }
+    // The root stays where it is.
+    [[nodiscard]] bool isNeeded() const { return parent || !files.empty() || awaited; }
+    [[nodiscard]] bool isMissing() const { return error == ENOENT || error == ENOTDIR; }
+    // Whether news of it are heard.
+    [[nodiscard]] bool isFollowed() const
+    {
+        return descriptor >= 0 || (isMissing() && parent && parent->isFollowed());
+    }
+    [[nodiscard]] bool isBlind() const { return !files.empty() && !isFollowed(); }
+
+    const QByteArray path;
+    WatchedDirectory *const parent;
+    int children = 0;
+    int awaited = 0; // of the children
+    bool isAwaited = false;
     int descriptor = -1;
-    WatchedFile *inParent = nullptr; // while the directory is not there
+    int error = 0; // why there is none
+    bool isLamented = false;
     std::map<QByteArray, std::unique_ptr<WatchedFile>> files;
 };
 
 const PpsSnapshot &WatchedFile::current()
 {
-    if (!m_loaded || !m_snapshot.isCurrent(m_path)) {
+    if (!m_snapshot || !m_snapshot->isCurrent(m_path))
         m_snapshot = PpsSnapshot::load(m_path);
-        m_loaded = true;
-    }
-    return m_snapshot;
+    return *m_snapshot;
+}
+
+PpsWatcher::PpsWatcher()
+{
+    m_retry.setSingleShot(true);
+    m_retry.callOnTimeout(this, &PpsWatcher::retry);
 }
 
 PpsWatcher::~PpsWatcher() = default;
@@ -67,6 +104,12 @@ std::shared_ptr<PpsWatcher> PpsWatcher::forThisThread()
     return watcher;
 }
 
+void PpsWatcher::endTurn()
+{
+    if (s_watchers.hasLocalData())
+        s_watchers.localData()->m_turn = 0;
+}
+
 void PpsWatcher::attachToEventLoop()
 {
     QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
@@ -75,21 +118,19 @@ void PpsWatcher::attachToEventLoop()
     m_dispatcher = dispatcher;
     m_notifier = std::make_unique<QSocketNotifier>(m_inotify.get(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &PpsWatcher::onReadable);
+    if (isBlind())
+        retryLater();
 }
 
-WatchedFile *PpsWatcher::watch(const QByteArray &path, FileSubscriber *subscriber, int *error)
+bool PpsWatcher::isBlind() const
 {
-    if (!m_inotify) {
-        m_inotify = UniqueFd(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
-        if (!m_inotify) {
-            *error = errno;
-            return nullptr;
-        }
-        attachToEventLoop();
-    }
-    WatchedDirectory *directory = directoryAt(parentOf(path), error);
-    if (!directory)
-        return nullptr;
+    return std::any_of(m_directories.begin(), m_directories.end(),
+        [](const auto &entry) { return entry.second->isBlind(); });
+}
+
+WatchedFile *PpsWatcher::watch(const QByteArray &path, FileSubscriber *subscriber)
+{
+    WatchedDirectory *directory = directoryAt(folderOf(path));
     std::unique_ptr<WatchedFile> &file = directory->files[nameOf(path)];
     if (!file) {
         file = std::make_unique<WatchedFile>();
@@ -97,6 +138,9 @@ WatchedFile *PpsWatcher::watch(const QByteArray &path, FileSubscriber *subscribe
         file->m_path = path;
     }
     file->m_subscribers.push_back(subscriber);
+    if (directory->files.size() == 1 && file->m_subscribers.size() == 1)
+        arm(directory);
+    complain(directory);
     return file.get();
 }
 
@@ -108,36 +152,92 @@ void PpsWatcher::unwatch(WatchedFile *file, FileSubscriber *subscriber)
     if (!file->m_subscribers.empty())
         return;
     WatchedDirectory *directory = file->m_directory;
+    m_lookingAgain.erase(file);
     directory->files.erase(nameOf(file->m_path));
-    releaseIfUnused(directory);
+    if (directory->files.empty() && directory->children > 0)
+        arm(directory);
+    else
+        releaseIfUnused(directory);
 }
 
-WatchedDirectory *PpsWatcher::directoryAt(const QByteArray &path, int *error)
+WatchedDirectory *PpsWatcher::directoryAt(const QByteArray &path)
 {
-    std::unique_ptr<WatchedDirectory> &directory = m_directories[path];
-    if (directory)
-        return directory.get();
-    directory = std::make_unique<WatchedDirectory>(this, path);
-    WatchedDirectory *made = directory.get();
-    arm(made);
-    if (made->descriptor < 0 && !made->inParent) {
-        *error = errno;
-        m_directories.erase(path);
-        return nullptr;
+    if (const auto found = m_directories.find(path); found != m_directories.end())
+        return found->second.get();
+    WatchedDirectory *parent = nullptr;
+    if (path != "/") {
+        parent = directoryAt(folderOf(path));
+        if (parent->descriptor < 0)
+            arm(parent);
+        ++parent->children;
     }
-    return made;
+    std::unique_ptr<WatchedDirectory> &made = m_directories[path];
+    made = std::make_unique<WatchedDirectory>(path, parent);
+    return made.get();
 }
 
 void PpsWatcher::releaseIfUnused(WatchedDirectory *directory)
 {
-    if (!directory->files.empty())
+    if (!directory->files.empty() || directory->children > 0)
         return;
     disarm(directory);
-    std::erase(m_rearming, directory);
-    if (WatchedFile *waiting = std::exchange(directory->inParent, nullptr))
-        unwatch(waiting, directory);
+    await(directory, false);
+    m_rearming.erase(directory);
+    WatchedDirectory *parent = directory->parent;
     const QByteArray path = directory->path;
     m_directories.erase(path);
+    if (parent) {
+        --parent->children;
+        releaseIfUnused(parent);
+    }
+}
+
+// Watches the directory as it is needed, or where it is not there, awaits it in the one above.
+void PpsWatcher::arm(WatchedDirectory *directory)
+{
+    if (!directory->isNeeded()) {
+        disarm(directory);
+        return;
+    }
+    directory->error = tryWatch(directory);
+    if (directory->isMissing() && directory->parent) {
+        await(directory, true);
+        directory->error = tryWatch(directory); // it may have appeared in between
+    }
+    if (!directory->isMissing())
+        await(directory, false);
+    if (directory->isFollowed())
+        directory->isLamented = false;
+}
+
+int PpsWatcher::tryWatch(WatchedDirectory *directory)
+{
+    if (!m_inotify) {
+        m_inotify = UniqueFd(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK));
+        if (!m_inotify)
+            return errno;
+        attachToEventLoop();
+    }
+    // Several paths may lead to one directory, whose watch is then for all of them.
+    const bool isAlone = directory->descriptor >= 0 && m_byDescriptor.count(directory->descriptor) == 1;
+    const int descriptor = ::inotify_add_watch(
+        m_inotify.get(), directory->path.constData(), directory->events() | (isAlone ? 0 : IN_MASK_ADD));
+    const int error = descriptor < 0 ? errno : 0;
+    if (descriptor != directory->descriptor) {
+        disarm(directory);
+        directory->descriptor = descriptor;
+        if (!error)
+            m_byDescriptor.emplace(descriptor, directory);
+    }
+    return error;
+}
+
+void PpsWatcher::await(WatchedDirectory *directory, bool isAwaited)
+{
+    if (std::exchange(directory->isAwaited, isAwaited) == isAwaited)
+        return;
+    directory->parent->awaited += isAwaited ? 1 : -1;
+    arm(directory->parent);
 }
 
 void PpsWatcher::disarm(WatchedDirectory *directory)
@@ -156,53 +256,83 @@ void PpsWatcher::disarm(WatchedDirectory *directory)
         ::inotify_rm_watch(m_inotify.get(), descriptor);
 }
 
-// Watches the directory, or where it is not there, its name in the directory above. Errno tells why neither
-// worked.
-void PpsWatcher::arm(WatchedDirectory *directory)
+// With all below it, whose paths lead somewhere else now.
+void PpsWatcher::rearmLater(WatchedDirectory *directory)
 {
-    disarm(directory);
-    const auto tryHere = [&] {
-        directory->descriptor =
-            ::inotify_add_watch(m_inotify.get(), directory->path.constData(), DirectoryEvents | IN_MASK_ADD);
-        return directory->descriptor >= 0;
-    };
-    if (!tryHere() && (errno == ENOENT || errno == ENOTDIR) && directory->path != "/") {
-        if (!directory->inParent) {
-            int error = 0;
-            directory->inParent = watch(directory->path, directory, &error);
-            if (!directory->inParent) {
-                errno = error;
-                return;
-            }
-        }
-        // Directories appear by mkdir(), which the parent's watch does not report by itself.
-        if (const WatchedDirectory *parent = directory->inParent->m_directory; parent->descriptor >= 0) {
-            (void)::inotify_add_watch(
-                m_inotify.get(), parent->path.constData(), DirectoryEvents | IN_CREATE | IN_MASK_ADD);
-        }
-        tryHere(); // it may have appeared in between
-    }
-    if (directory->descriptor < 0)
-        return;
-    m_byDescriptor.emplace(directory->descriptor, directory);
-    if (WatchedFile *waiting = std::exchange(directory->inParent, nullptr))
-        unwatch(waiting, directory);
+    m_rearming.insert(directory);
+    const QByteArray below = directory->path == "/" ? directory->path : directory->path + '/';
+    for (auto entry = m_directories.lower_bound(below);
+         entry != m_directories.end() && entry->first.startsWith(below); ++entry)
+        m_rearming.insert(entry->second.get());
 }
 
 void PpsWatcher::rearmAll()
 {
-    while (!m_rearming.empty()) {
-        WatchedDirectory *directory = m_rearming.back();
-        std::erase(m_rearming, directory);
-        arm(directory);
+    if (m_rearming.empty())
+        return;
+    const std::set<WatchedDirectory *> due = std::exchange(m_rearming, {});
+    // Those above come first.
+    for (const auto &[path, directory] : m_directories) {
+        if (!due.contains(directory.get()))
+            continue;
+        disarm(directory.get());
+        arm(directory.get());
+        complain(directory.get());
+    }
+    for (WatchedDirectory *directory : due) {
         for (const auto &[name, file] : directory->files)
             refresh(file.get());
     }
 }
 
+void PpsWatcher::complain(WatchedDirectory *directory)
+{
+    if (!directory->isBlind())
+        return;
+    retryLater();
+    if (std::exchange(directory->isLamented, true))
+        return;
+    qCWarning(logSupport) << QFile::decodeName(directory->path)
+                          << "cannot be watched, so what changes there is heard late:"
+                          << reasonOf(directory->error);
+}
+
+void PpsWatcher::retryLater()
+{
+    if (!QAbstractEventDispatcher::instance() || m_retry.isActive())
+        return;
+    m_retryPause =
+        std::clamp<std::chrono::milliseconds>(m_retryPause * 2, FirstRetryPause, LongestRetryPause);
+    m_retry.start(m_retryPause);
+}
+
+void PpsWatcher::retry()
+{
+    std::set<WatchedFile *> due = std::exchange(m_lookingAgain, {});
+    for (const auto &[path, directory] : m_directories) {
+        if (directory->isFollowed() || !directory->isNeeded())
+            continue;
+        for (const auto &[name, file] : directory->files)
+            due.insert(file.get());
+        arm(directory.get());
+    }
+    for (WatchedFile *file : due)
+        refresh(file);
+    if (isBlind())
+        retryLater();
+    else if (m_lookingAgain.empty())
+        m_retryPause = {};
+}
+
+void PpsWatcher::lookAgain(WatchedFile *file)
+{
+    m_lookingAgain.insert(file);
+    retryLater();
+}
+
 void PpsWatcher::refresh(WatchedFile *file)
 {
-    file->m_loaded = false;
+    file->m_snapshot.reset();
     for (FileSubscriber *subscriber : file->m_subscribers)
         subscriber->fileChanged();
 }
@@ -210,61 +340,75 @@ void PpsWatcher::refresh(WatchedFile *file)
 void PpsWatcher::readEvents()
 {
     std::vector<WatchedFile *> changed;
-    const auto note = [&](WatchedFile *file) {
-        if (std::find(changed.begin(), changed.end(), file) == changed.end())
-            changed.push_back(file);
-    };
     alignas(inotify_event) char buffer[16 * 1024];
-    for (;;) {
-        const ssize_t size = ::read(m_inotify.get(), buffer, sizeof buffer);
-        if (size < 0 && errno == EINTR)
-            continue;
-        if (size <= 0)
-            break;
+    ssize_t size = 0;
+    do {
+        size = ::read(m_inotify.get(), buffer, sizeof buffer);
         for (ssize_t at = 0; at < size;) {
             const auto *event = reinterpret_cast<const inotify_event *>(buffer + at);
+            note(*event, &changed);
             at += ssize_t(sizeof *event + event->len);
-            if (event->mask & IN_Q_OVERFLOW) {
-                // Nobody knows what was missed: everything is looked at again.
-                for (const auto &[path, directory] : m_directories)
-                    m_rearming.push_back(directory.get());
-                continue;
-            }
-            const auto [first, last] = m_byDescriptor.equal_range(event->wd);
-            for (auto entry = first; entry != last; ++entry) {
-                WatchedDirectory *directory = entry->second;
-                if (event->mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED)) {
-                    m_rearming.push_back(directory);
-                } else if (event->len) {
-                    const auto file = directory->files.find(
-                        QByteArray::fromRawData(event->name, qsizetype(qstrnlen(event->name, event->len))));
-                    if (file != directory->files.end())
-                        note(file->second.get());
-                }
-            }
         }
-    }
+        // With room left for another there was no other.
+    } while ((size < 0 && errno == EINTR) || size > ssize_t(sizeof buffer) - LargestEvent);
     for (WatchedFile *file : changed)
         refresh(file);
     rearmAll();
 }
 
+void PpsWatcher::note(const inotify_event &event, std::vector<WatchedFile *> *changed)
+{
+    if (event.mask & IN_Q_OVERFLOW) {
+        // Nobody knows what was missed: everything is looked at again.
+        for (const auto &[path, directory] : m_directories)
+            m_rearming.insert(directory.get());
+        return;
+    }
+    const auto [first, last] = m_byDescriptor.equal_range(event.wd);
+    for (auto entry = first; entry != last; ++entry) {
+        WatchedDirectory *directory = entry->second;
+        if (event.mask & (IN_DELETE_SELF | IN_MOVE_SELF | IN_IGNORED | IN_UNMOUNT)) {
+            rearmLater(directory);
+            continue;
+        }
+        if (!event.len)
+            continue;
+        const auto name = QByteArray::fromRawData(event.name, qsizetype(qstrnlen(event.name, event.len)));
+        if (const auto file = directory->files.find(name); file != directory->files.end()) {
+            if (std::find(changed->begin(), changed->end(), file->second.get()) == changed->end())
+                changed->push_back(file->second.get());
+        }
+        // Also one that has been found there meanwhile: what is below it waits still.
+        if (directory->children > 0) {
+            const QByteArray path = (directory->path == "/" ? QByteArray() : directory->path) + '/' + name;
+            if (const auto child = m_directories.find(path); child != m_directories.end())
+                rearmLater(child->second.get());
+        }
+    }
+}
+
 void PpsWatcher::onReadable()
 {
     m_announceQueued = true; // announced right below, in this turn of the event loop
+    m_turn = ++m_lastTurn;
     readEvents();
     announceAll();
+    m_turn = 0;
 }
 
 int PpsWatcher::wait(const QDeadlineTimer &deadline)
 {
+    const bool wasBlind = isBlind();
+    const QDeadlineTimer limit = wasBlind ? std::min(deadline, QDeadlineTimer(FirstRetryPause)) : deadline;
     pollfd waiting{m_inotify.get(), POLLIN, 0};
-    const auto left = [&] { return int(std::min<qint64>(deadline.remainingTime(), INT_MAX)); };
+    const auto left = [&] { return int(std::min<qint64>(limit.remainingTime(), INT_MAX)); };
     while (::poll(&waiting, 1, left()) < 0) {
         if (errno != EINTR)
             return errno;
     }
     readEvents();
+    if (wasBlind)
+        retry();
     return 0;
 }
 

@@ -7,14 +7,19 @@
 #include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
+#include <QTimer>
 
+#include <chrono>
 #include <deque>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <vector>
 
 class QAbstractEventDispatcher;
 class QSocketNotifier;
+struct inotify_event;
 
 namespace oz {
 
@@ -44,20 +49,23 @@ class WatchedFile
 public:
     /*! What lies at the path now. */
     [[nodiscard]] const PpsSnapshot &current();
+    /*! What was read last; nothing where nothing was. */
+    [[nodiscard]] const std::optional<PpsSnapshot> &latest() const { return m_snapshot; }
 
 private:
     friend class PpsWatcher;
     WatchedDirectory *m_directory = nullptr;
     QByteArray m_path;
-    PpsSnapshot m_snapshot;
-    bool m_loaded = false;
+    std::optional<PpsSnapshot> m_snapshot;
     std::vector<FileSubscriber *> m_subscribers;
 };
 
 /*!
  * Watches the files of one thread through one inotify descriptor. Directories are watched, not files: a
  * replaced file needs no new watch, one publish is one event, and a file that is removed is seen again when
- * it returns. A directory that vanishes is waited for in the one above it.
+ * it returns. The directories above are watched for being moved or removed, and a directory that is not there
+ * is awaited in the one above it. Where a directory cannot be watched, a warning says so once; it is tried
+ * again from time to time, and its files are looked at then.
  */
 class PpsWatcher : public QObject
 {
@@ -71,40 +79,63 @@ public:
      */
     [[nodiscard]] static std::shared_ptr<PpsWatcher> forThisThread();
 
-    /*! Watches the file at \a path for \a subscriber; nothing, with \a error set to the errno, where that
-     * fails. */
-    [[nodiscard]] WatchedFile *watch(const QByteArray &path, FileSubscriber *subscriber, int *error);
+    /*! Watches the file at \a path for \a subscriber. */
+    [[nodiscard]] WatchedFile *watch(const QByteArray &path, FileSubscriber *subscriber);
     void unwatch(WatchedFile *file, FileSubscriber *subscriber);
+    /*! Has the subscribers of \a file look again in a while: what kept it from being read may be over then.
+     */
+    void lookAgain(WatchedFile *file);
 
     /*! Has \a subscriber announce from the thread's event loop, once. */
     void scheduleAnnounce(FileSubscriber *subscriber);
+
+    /*!
+     * Which turn of announcing this is: the files that were looked at in it need not be looked at again
+     * before it is over. 0 outside of one, and where this thread has published or asked for something in it.
+     */
+    [[nodiscard]] quint64 turn() const { return m_turn; }
+    /*! What this thread does now may change files. */
+    static void endTurn();
 
     /*! Waits until something happened to a watched file, or until \a deadline; 0 or the errno. */
     [[nodiscard]] int wait(const QDeadlineTimer &deadline);
 
 private:
-    friend class WatchedDirectory;
-
-    PpsWatcher() = default;
+    PpsWatcher();
     void attachToEventLoop();
     void onReadable();
     void announceAll();
     void readEvents();
+    void note(const inotify_event &event, std::vector<WatchedFile *> *changed);
     void refresh(WatchedFile *file);
-    void arm(WatchedDirectory *directory);
-    void disarm(WatchedDirectory *directory);
-    void rearmAll();
-    WatchedDirectory *directoryAt(const QByteArray &path, int *error);
+
+    WatchedDirectory *directoryAt(const QByteArray &path);
     void releaseIfUnused(WatchedDirectory *directory);
+    void arm(WatchedDirectory *directory);
+    [[nodiscard]] int tryWatch(WatchedDirectory *directory);
+    void await(WatchedDirectory *directory, bool isAwaited);
+    void disarm(WatchedDirectory *directory);
+    void rearmLater(WatchedDirectory *directory);
+    void rearmAll();
+
+    [[nodiscard]] bool isBlind() const;
+    void complain(WatchedDirectory *directory);
+    void retryLater();
+    void retry();
 
     UniqueFd m_inotify;
     QPointer<QAbstractEventDispatcher> m_dispatcher;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::map<QByteArray, std::unique_ptr<WatchedDirectory>> m_directories;
     std::multimap<int, WatchedDirectory *> m_byDescriptor;
-    std::vector<WatchedDirectory *> m_rearming;
+    std::set<WatchedDirectory *> m_rearming;
+    std::set<WatchedFile *> m_lookingAgain;
+    std::chrono::milliseconds m_retryPause{};
+    QTimer m_retry;
     std::deque<FileSubscriber *> m_announcing;
     bool m_announceQueued = false;
+    quint64 m_turn = 0;
+    quint64 m_lastTurn = 0;
 };
 
 } // namespace oz

@@ -4,7 +4,6 @@
 #include "files/TreeFolder.hpp"
 
 #include <oz/Limits.hpp>
-#include <oz/PpsText.hpp>
 
 #include <QDeadlineTimer>
 
@@ -63,7 +62,7 @@ int makeSocket(UniqueFd *socket, int type, Wait wait = Wait::Yes)
     if (!*socket)
         return errno;
     // One message has to fit the send buffer; the kernel grants what its limit allows.
-    const int wanted = int(PpsText::MaxMessageSize);
+    const int wanted = int(MaxMessageSize);
     ::setsockopt(socket->get(), SOL_SOCKET, SO_SNDBUF, &wanted, sizeof wanted);
     return 0;
 }
@@ -171,7 +170,7 @@ int send(int socket, const QByteArray &message, Wait wait)
     // An empty message could not be told from the end of the connection.
     if (message.isEmpty())
         return EINVAL;
-    if (message.size() > PpsText::MaxMessageSize)
+    if (message.size() > MaxMessageSize)
         return EMSGSIZE;
     const int flags = MSG_NOSIGNAL | (wait == Wait::Yes ? 0 : MSG_DONTWAIT);
     const QDeadlineTimer deadline(waitLimit());
@@ -198,10 +197,10 @@ int receive(int socket, QByteArray *message, Wait wait)
         return error;
     if (size == 0)
         return ECONNRESET;
-    message->resize(std::min<ssize_t>(size, PpsText::MaxMessageSize));
+    message->resize(std::min<ssize_t>(size, MaxMessageSize));
     if (::recv(socket, message->data(), std::size_t(message->size()), MSG_DONTWAIT) < 0)
         return errno;
-    return size > PpsText::MaxMessageSize ? EMSGSIZE : 0;
+    return size > MaxMessageSize ? EMSGSIZE : 0;
 }
 
 bool hasEnded(int socket)

@@ -2,7 +2,7 @@
 
 #include "sockets/LocalSocket.hpp"
 
-#include <oz/PpsServer.hpp>
+#include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
 #include <QObject>
@@ -27,7 +27,7 @@ namespace oz {
 class SocketServer : public QObject
 {
 public:
-    using Client = PpsServer::Client;
+    using Client = ServiceClient;
 
     /*! Ends all connections; what it listened on is gone. */
     ~SocketServer() override;

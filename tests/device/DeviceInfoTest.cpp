@@ -6,6 +6,7 @@
 #include <oz/device/DeviceInfo.hpp>
 
 #include <QCoreApplication>
+#include <QOrientationSensor>
 
 #include <optional>
 #include <thread>
@@ -18,8 +19,6 @@ namespace {
 class DeviceInfoTest : public DeviceTest
 {
 protected:
-    DeviceInfoTest() { QCoreApplication::addLibraryPath(OZ_PLUGINS); }
-
     // Publishes an orientation and gives what is signalled.
     QString turn(const QString &orientation, SignalLog *signalled)
     {
@@ -57,6 +56,36 @@ TEST_F(DeviceInfoTest, EachOrientationOfTheSensorIsSignalledOnceKnown)
     root.place(sensor.path(), "rubbish\n");
     EXPECT_EQ(signalled.settled(), "");
     EXPECT_EQ(info.orientation(), DeviceOrientation::LeftUp);
+}
+
+TEST_F(DeviceInfoTest, WhereNothingTellsTheOrientationThereIsNoReadingUntilSomethingDoes)
+{
+    const DeviceService manager("/dev/power/mgr", "statusactive\n");
+    DeviceInfo info;
+    SignalLog signalled(&info);
+    EXPECT_FALSE(waitUntil([&] { return info.isOrientationValid(); }, 100));
+    ASSERT_TRUE(sensor.publish({{"other", 1}}));
+    EXPECT_EQ(signalled.settled(), "");
+    EXPECT_EQ(turn("left-up", &signalled), "orientation(LeftUp) orientation(3) orientationValid(true)");
+    ASSERT_TRUE(sensor.replace({}));
+    EXPECT_EQ(signalled.waitFor(1), "orientationValid(false)");
+    EXPECT_EQ(log.take(), QStringList{"DeviceInfo: Invalid orientation received from the sensor reading"});
+    DeviceInfo later;
+    SignalLog signalledLater(&later);
+    EXPECT_EQ(signalledLater.settled(), "");
+}
+
+TEST_F(DeviceInfoTest, OtherProgramsGetTheOrientationOfTheTreeBeforeAnyOther)
+{
+    QCoreApplication::addLibraryPath(OZ_PLUGINS);
+    const auto identifierOfDefault = [] {
+        QOrientationSensor any;
+        any.connectToBackend();
+        return any.identifier();
+    };
+    EXPECT_NE(identifierOfDefault(), "ozdevice.orientation");
+    ASSERT_TRUE(sensor.publish({{"orientation", "top-up"}}));
+    EXPECT_EQ(identifierOfDefault(), "ozdevice.orientation");
 }
 
 TEST_F(DeviceInfoTest, EachStatusOfThePowerManagerIsAnActivity)

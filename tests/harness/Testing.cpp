@@ -241,6 +241,20 @@ QVariantMap attributesOf(const QString &path)
     return message.isEmpty() ? QVariantMap() : message.first().toMap();
 }
 
+NoFreeDescriptors::NoFreeDescriptors()
+{
+    const int lowestFree = ::dup(STDERR_FILENO);
+    ::close(lowestFree);
+    EXPECT_EQ(::getrlimit(RLIMIT_NOFILE, &m_before), 0);
+    const rlimit none{rlim_t(lowestFree), m_before.rlim_max};
+    EXPECT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+}
+
+void NoFreeDescriptors::lift()
+{
+    ::setrlimit(RLIMIT_NOFILE, &m_before);
+}
+
 qsizetype openDescriptors(qint64 process)
 {
     const QString owner = process ? QString::number(process) : QStringLiteral("self");

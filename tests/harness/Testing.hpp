@@ -16,6 +16,7 @@
 
 #include <functional>
 #include <ostream>
+#include <sys/resource.h>
 #include <tuple>
 
 // Lets GoogleTest print Qt's types in a failure.
@@ -119,6 +120,18 @@ void settle();
 
 /*! The attributes of the state object at \a path. */
 [[nodiscard]] QVariantMap attributesOf(const QString &path);
+
+/*! This process opens no descriptor for the life of the instance. */
+class NoFreeDescriptors
+{
+public:
+    NoFreeDescriptors();
+    ~NoFreeDescriptors() { lift(); }
+    void lift();
+
+private:
+    rlimit m_before{};
+};
 
 /*! How many descriptors a process has open; this one where \a process is 0. */
 [[nodiscard]] qsizetype openDescriptors(qint64 process = 0);

@@ -107,6 +107,52 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
     ::close(socket);
 }
 
+TEST_F(DaemonTest, WhatFindsNoRoomIsPublishedOnceThereIsSomeAndNobodySaysThatItIsBefore)
+{
+    // A file system of its own, which is full when the daemon starts.
+    QProcess daemon;
+    daemon.start("unshare",
+        {"-rm", "sh", "-c",
+            "mount -t tmpfs -o size=1m,mode=755 none \"$OZ_DEVICE_ROOT\" && { head -c 2m /dev/zero "
+            ">\"$OZ_DEVICE_ROOT/fill\" 2>/dev/null; exec \"$@\"; }",
+            "sh", OZ_DAEMON, "--config", "/dev/null", "--simulated"});
+    ASSERT_TRUE(daemon.waitForStarted());
+    const auto told = [&](const char *text) {
+        daemon.setReadChannel(QProcess::StandardError);
+        return waitUntil([&] { return daemon.peek(100'000).contains(text); });
+    };
+    ASSERT_TRUE(told("No space left on device; it is tried again"))
+        << daemon.readAllStandardError().toStdString();
+    const QString within = QStringLiteral("/proc/%1/root").arg(daemon.processId()) + root.file("");
+    qputenv("OZ_DEVICE_ROOT", within.toLocal8Bit());
+    PpsObject control("/pps/system/ozdeviced/control");
+    EXPECT_FALSE(control.open(PpsOpenMode::Publish)) << "it is not ready yet";
+    EXPECT_FALSE(daemon.peek(100'000).contains("serving"));
+    ASSERT_TRUE(QFile::remove(within + "/fill"));
+    EXPECT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+
+    QFile fill(within + "/fill");
+    ASSERT_TRUE(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (fill.write(QByteArray(4096, 'x')) == 4096) { }
+    EXPECT_TRUE(simProblem("sdcard unmount").endsWith(CardPath + ": No space left on device"));
+    EXPECT_EQ(device::SdCardInfo().state(), device::SdCardState::Mounted);
+    ASSERT_TRUE(fill.remove());
+    EXPECT_TRUE(waitUntil([] { return device::SdCardInfo().state() == device::SdCardState::Unmounted; }));
+    daemon.terminate();
+    daemon.waitForFinished();
+}
+
+TEST_F(DaemonTest, TheInstalledConfigurationNamesEveryFacility)
+{
+    QFile file(OZ_CONFIGURATION);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    for (const Facility &facility : facilities())
+        EXPECT_TRUE(text.contains('\n' + facility.name.toUtf8() + " = auto\n"))
+            << facility.name.toStdString();
+    EXPECT_NO_THROW((void)Configuration::parseFile(OZ_CONFIGURATION));
+}
+
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());

@@ -9,6 +9,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <unistd.h>
 
 // What every source has to do, whoever feeds the facility: the daemon and the service that it asks are
 // processes of their own, and an application's class is at the other end.
@@ -53,7 +54,12 @@ private:
 class XServerRig final : public Rig
 {
 public:
-    XServerRig() { m_host = run(&m_outer, "Xvfb", {"-screen", "0", "1600x1200x24"}, {}); }
+    XServerRig()
+        // A number that nobody else takes while the server is away.
+        : m_display(QStringLiteral(":%1").arg(2000 + ::getpid() % 50'000))
+    {
+        m_host = run(&m_outer, "Xvfb", {"-screen", "0", "1600x1200x24"}, {});
+    }
     ~XServerRig() override
     {
         stop();
@@ -63,7 +69,7 @@ public:
 
     void start() override
     {
-        m_display = run(&m_inner, "Xephyr", {"-screen", "800x600", "-resizeable"}, m_display);
+        run(&m_inner, "Xephyr", {"-screen", "800x600", "-resizeable"}, m_display);
         ASSERT_TRUE(waitUntil([&] { return xrandr({}) == 0; }));
     }
     void stop() override
@@ -83,7 +89,7 @@ public:
     void change(bool there) override { EXPECT_EQ(xrandr({"-s", there ? "1024x768" : "800x600"}), 0); }
 
 private:
-    // Starts a server on a display number, or one that it chooses itself, and gives what DISPLAY calls it.
+    // Starts a server as a display, or as one that it chooses itself, and gives what DISPLAY calls it.
     QString run(QProcess *server, const QString &program, QStringList arguments, QString display)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();

@@ -7,6 +7,9 @@
 
 #include <QFile>
 
+#include <fcntl.h>
+#include <unistd.h>
+
 // What applications see of a source that comes and goes, whoever it is.
 
 using namespace oz;
@@ -95,10 +98,45 @@ TEST_F(SourceTest, WhatAFormerDaemonPublishedStaysUntilItsSourceIsKnown)
     BatteryInfo battery;
     SignalLog heard(&battery);
     HandFedBattery restarted;
+    tree.setContinued({"battery"});
     const BatteryPublisher publishes("battery", restarted, tree);
     EXPECT_EQ(heard.settled(), "");
     restarted.know(charged(61));
     EXPECT_EQ(heard.waitFor(2), "level(61, Discharging) level(61, 3)");
+}
+
+TEST_F(SourceTest, WhatAnotherSourcePublishedBeforeHoldsNotForAMoment)
+{
+    {
+        const auto before = publisher();
+        source.know(charged(60));
+    }
+    HandFedBattery another;
+    const BatteryPublisher publishes("battery", another, tree);
+    EXPECT_EQ(attributesOf("/pps/system/BattMgr/status"), QVariantMap());
+}
+
+TEST_F(SourceTest, WhatCannotBeWrittenNowIsWrittenOnceItCanTheNewestAlone)
+{
+    const auto publishes = publisher();
+    source.know(charged(10));
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    std::vector<int> taken;
+    for (int descriptor = 0; (descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+        taken.push_back(descriptor);
+    source.know(charged(11));
+    source.know(charged(12));
+    const bool wasTrue = tree.isTrue();
+    for (const int descriptor : taken)
+        ::close(descriptor);
+    EXPECT_FALSE(wasTrue);
+    EXPECT_EQ(log.take(),
+        QStringList{
+            "cannot publish /pps/system/BattMgr/status: Too many open files; it is tried again until it "
+            "is done"});
+    EXPECT_TRUE(waitUntil([&] { return tree.isTrue(); }));
+    EXPECT_EQ(heard.waitFor(2), "level(12, Discharging) level(12, 3)");
 }
 
 } // namespace

@@ -14,7 +14,12 @@
 #include <cerrno>
 #include <filesystem>
 #include <future>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
 #include <sys/inotify.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -159,6 +164,46 @@ TEST_F(PpsObjectTest, ADeltaIsWhatChangedSinceThisObjectsLastRead)
     EXPECT_EQ(both.wakes, 1);
 }
 
+TEST_F(PpsObjectTest, AnotherOrderOrTextFormOfTheSameValuesIsNoNewsAndAnotherTypeIs)
+{
+    root.place(Path, "@status\na:n:2.5\nb::x\nc:json:{\"k\":[1,2]}\nd::\xC3\xA9\n");
+    Subscriber subscriber(Path);
+    Subscriber delta(Path + "?delta");
+    for (const char *same : {"@status\nd::\xC3\xA9\na:n:2.5\nc:json:{\"k\":[1,2]}\nb::x\n",
+             "a:n:25e-1\nb:c:\\x78\nc:json: { \"k\" : [1, 2] }\nd:c:\\xC3\\xA9\n"}) {
+        root.place(Path, same);
+        settle();
+        EXPECT_EQ(subscriber.wakes, 0) << same;
+        EXPECT_EQ(delta.read(), "@status\n");
+    }
+    const std::tuple<const char *, const char *> changes[] = {
+        {"c:json:{\"k\":[1,2.0]}\nb::x\na:n:2.5\nd::\xC3\xA9\n", "c:json:{\"k\":[1,2.0]}\n"},
+        {"c:json:{\"k\":[1,2.0]}\nb::x\na::2.5\nd::\xC3\xA9\n", "a::2.5\n"},
+        {"c:json:{\"k\":[1,2.0]}\nb::x\na::2.5\n", "-d\n"},
+    };
+    int wakes = 0;
+    for (const auto &[content, change] : changes) {
+        root.place(Path, content);
+        settle();
+        EXPECT_EQ(subscriber.wakes, ++wakes) << content;
+        EXPECT_EQ(delta.last, QByteArray("@status\n") + change);
+    }
+    // What does not decode is told, but no delta counts from it.
+    root.place(Path, "c:json:{\"k\":[1,2.0]}\nb:n:\na::2.5\n");
+    settle();
+    EXPECT_EQ(delta.last, "@status\nb:n:\n");
+    root.place(Path, "c:json:{\"k\":[1,2.0]}\nb::x\na::2.5\ne::1\n");
+    settle();
+    EXPECT_EQ(delta.last, "@status\ne::1\n");
+
+    // Nor does a publisher touch it.
+    const int inotify = watchBox(IN_MOVED_TO);
+    ASSERT_TRUE(publisher.publish({{"b", "x"}}) && publisher.replace(attributesOf(Path)));
+    char buffer[256];
+    EXPECT_EQ(::read(inotify, buffer, sizeof buffer), -1);
+    ::close(inotify);
+}
+
 TEST_F(PpsObjectTest, ASubscriberSurvivesRemovalAndReturnOfItsObjectAndOfItsDirectory)
 {
     publish({{"a", 1}});
@@ -171,12 +216,26 @@ TEST_F(PpsObjectTest, ASubscriberSurvivesRemovalAndReturnOfItsObjectAndOfItsDire
     EXPECT_EQ(subscriber.wakes, 2);
     EXPECT_EQ(subscriber.last, "@status\na:n:1\n") << "all of it: the object is a new one";
 
-    ASSERT_TRUE(QDir(root.file("/pps/services")).removeRecursively());
+    const QDir tree(root.file(""));
+    const auto expectReturn = [&](const char *how) {
+        ASSERT_TRUE(waitUntil([&] { return subscriber.last == "errno 2"; })) << how;
+        publish({{"a", 2}});
+        ASSERT_TRUE(waitUntil([&] { return subscriber.last == "@status\na:n:2\n"; })) << how;
+        publish({{"a", 3}});
+        EXPECT_EQ(subscriber.last, "@status\na:n:3\n") << how;
+    };
+    ASSERT_TRUE(QDir(tree.filePath("pps/services")).removeRecursively());
+    expectReturn("folder removed");
+    for (const char *moved : {"pps/services/box/status", "pps/services/box", "pps/services", "pps"}) {
+        ASSERT_EQ(std::rename(qPrintable(tree.filePath(moved)), qPrintable(tree.filePath("away"))), 0);
+        expectReturn(moved);
+        ASSERT_TRUE(QFile::remove(tree.filePath("away")) || QDir(tree.filePath("away")).removeRecursively());
+    }
+    // Something of that name comes back with all that is in it.
+    ASSERT_TRUE(QDir().rename(tree.filePath("pps"), tree.filePath("away")));
     ASSERT_TRUE(waitUntil([&] { return subscriber.last == "errno 2"; }));
-    publish({{"a", 2}});
-    ASSERT_TRUE(waitUntil([&] { return subscriber.last == "@status\na:n:2\n"; }));
-    publish({{"a", 3}});
-    EXPECT_EQ(subscriber.last, "@status\na:n:3\n");
+    ASSERT_TRUE(QDir().rename(tree.filePath("away"), tree.filePath("pps")));
+    EXPECT_TRUE(waitUntil([&] { return subscriber.last == "@status\na:n:3\n"; }));
 }
 
 TEST_F(PpsObjectTest, AnOverflowOfTheKernelsQueueLosesNothingForGood)
@@ -359,23 +418,90 @@ TEST_F(PpsObjectTest, NotifiesFromAnEventLoopThatComesLater)
     other.join();
 }
 
-TEST_F(PpsObjectTest, SaysSoWhereItCannotBeWatched)
+// Lets a system call fail from now on, in this process.
+void forbidCall(long call, int error)
+{
+    sock_filter filter[] = {
+        BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+        BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, std::uint32_t(call), 0, 1),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | std::uint32_t(error)),
+        BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW),
+    };
+    const sock_fprog program{std::size(filter), filter};
+    ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+    ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+}
+
+// Both ways of subscribing to what cannot be watched hear of a change, late, with one warning for the folder.
+void expectLateNews(LogCapture *log, const char *reason)
+{
+    PpsPublisher publisher(Path);
+    Subscriber early(Path);
+    PpsObject late(Path);
+    int lateWakes = 0;
+    ASSERT_TRUE(late.open(PpsOpenMode::Subscribe));
+    EXPECT_EQ(late.read(), early.last);
+    QObject::connect(&late, &PpsObject::readyRead, [&] { ++lateWakes; });
+    EXPECT_EQ(log->take(),
+        QStringList{QString("\"%1\" cannot be watched, so what changes there is heard late: \"%2\"")
+                        .arg(devicePath("/pps/services/box"), reason)});
+    EXPECT_EQ(log->categories(), QStringList{"oz.support"});
+    ASSERT_TRUE(publisher.publish({{"a", 2}}));
+    EXPECT_TRUE(waitUntil([&] { return early.last == "@status\na:n:2\n" && lateWakes == 1; }));
+    EXPECT_EQ(early.object.error(), 0);
+}
+
+TEST_F(PpsObjectTest, WhatCannotBeWatchedIsReadAndHeardLateAndWatchedAsSoonAsItCanBe)
 {
     publish({{"a", 1}});
-    root.setMode("/pps/services/box", 0111);
-    const auto connectLate = [&] {
-        PpsObject object(Path);
-        if (!object.open(PpsOpenMode::Subscribe))
-            return 1;
-        QObject::connect(&object, &PpsObject::readyRead, [] {});
-        EXPECT_EQ(log.take(),
-            QStringList{"\"/pps/services/box/status\" is open, but its changes will not be heard: "
-                        "\"Permission denied\""});
-        EXPECT_EQ(log.categories(), QStringList{"oz.support"});
-        return HasFailure() ? 2 : 0;
+    const auto inUnlistedFolder = [&] {
+        root.setMode("/pps/services/box", 0311);
+        expectLateNews(&log, "Permission denied");
+        root.setMode("/pps/services/box", 0711 | 0444);
+        return HasFailure() ? 1 : 0;
     };
-    EXPECT_EQ(runWithoutRights(connectLate), 0);
-    root.setMode("/pps/services/box", 0755);
+    const auto withoutWatches = [&] {
+        forbidCall(SYS_inotify_add_watch, ENOSPC);
+        std::thread([&] {
+            QEventLoop loop;
+            expectLateNews(&log, "No space left on device; the limit is fs.inotify.max_user_watches");
+        }).join();
+        return HasFailure() ? 1 : 0;
+    };
+    EXPECT_EQ(runWithoutPrivileges(inUnlistedFolder), 0);
+    publish({{"a", 1}});
+    EXPECT_EQ(runWithoutPrivileges(withoutWatches), 0);
+
+    publish({{"a", 1}});
+    std::thread([&] {
+        QEventLoop loop;
+        PpsObject object(Path);
+        int wakes = 0;
+        QObject::connect(&object, &PpsObject::readyRead, [&] {
+            ++wakes;
+            (void)object.read();
+        });
+        {
+            const NoFreeDescriptors none;
+            ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
+        }
+        EXPECT_EQ(log.take().size(), 1);
+        ASSERT_TRUE(waitUntil([&] { return wakes == 1; })) << "what was there at open";
+        ASSERT_TRUE(publisher.publish({{"a", 2}}));
+        EXPECT_TRUE(waitUntil([&] { return wakes == 2; }));
+        {
+            NoFreeDescriptors none;
+            const pid_t child = ::fork();
+            if (child == 0) {
+                none.lift();
+                ::_exit(PpsPublisher(Path).publish({{"a", 3}}) ? 0 : 1);
+            }
+            ASSERT_EQ(::waitpid(child, nullptr, 0), child);
+            EXPECT_FALSE(waitUntil([&] { return wakes > 2; }, 100)) << "it cannot be read";
+        }
+        EXPECT_TRUE(waitUntil([&] { return wakes == 3; }));
+        EXPECT_EQ(object.error(), 0);
+    }).join();
 }
 
 TEST(DeviceRootTest, FollowsTheEnvironmentVariableThenTheRuntimeDirectory)

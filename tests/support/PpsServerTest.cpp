@@ -15,7 +15,6 @@
 #include <cerrno>
 #include <csignal>
 #include <optional>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <thread>
@@ -51,7 +50,11 @@ public:
         }));
     }
     ~ServiceProcess() { stop(); }
-    void pause() const { ::kill(m_pid, SIGSTOP); }
+    void pause() const
+    {
+        ::kill(m_pid, SIGSTOP);
+        EXPECT_EQ(::waitpid(m_pid, nullptr, WUNTRACED), m_pid);
+    }
     void stop()
     {
         if (m_pid > 0) {
@@ -187,6 +190,9 @@ TEST_F(PpsServerTest, AWaitHasAnEndBeforeWhichAnAnswerCounts)
     service.pause();
     while (client.write(QByteArray(100'000, 'x'))) { }
     EXPECT_EQ(client.error(), ETIMEDOUT) << "there is no room for another";
+    Client unwilling;
+    while (unwilling.write(QByteArray(100'000, 'x'))) { }
+    EXPECT_EQ(unwilling.error(), EAGAIN) << "who does not wait is not held up";
 }
 
 TEST_F(PpsServerTest, AClientHearsOfAnswersFromItsEventLoop)
@@ -433,12 +439,7 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     const Client served;
     ASSERT_TRUE(waitUntil([&] { return server.clientCount() == 1; }));
     const Client client;
-    rlimit before;
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &before), 0);
-    const int lowestFree = ::dup(STDERR_FILENO);
-    ::close(lowestFree);
-    const rlimit none{rlim_t(lowestFree), before.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &none), 0);
+    NoFreeDescriptors none;
     int turns = 0;
     bool ended = false;
     QTimer::singleShot(50, [&] { ended = true; });
@@ -446,7 +447,7 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     EXPECT_LT(turns, 20) << "it does not spin meanwhile";
     EXPECT_EQ(server.clientCount(), 1);
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &before), 0);
+    none.lift();
     EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 

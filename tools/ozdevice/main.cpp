@@ -5,9 +5,7 @@
 #include "ozdevice/Verbs.hpp"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
 #include <iostream>
@@ -16,22 +14,6 @@
 using namespace oz::tools;
 
 namespace {
-
-// Lets this program, and whatever it starts, find the plugins that stand beside it, in a build tree as when
-// installed anywhere.
-void offerPlugins()
-{
-    for (const char *place : {"/../lib/qt6/plugins", "/../" OZ_QT_PLUGIN_DIR}) {
-        const QString directory =
-            QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String(place));
-        if (!QFileInfo::exists(directory + QLatin1String("/sensors")))
-            continue;
-        QCoreApplication::addLibraryPath(directory);
-        const QByteArray others = qgetenv("QT_PLUGIN_PATH");
-        qputenv("QT_PLUGIN_PATH", QFile::encodeName(directory) + (others.isEmpty() ? "" : ":") + others);
-        return;
-    }
-}
 
 void addVerbs(CLI::App &parser, Action &action)
 {
@@ -108,7 +90,6 @@ int execute(int argc, char **argv)
             WrongUse, QString::fromUtf8(error.what()) + QLatin1String(" (see ozdevice --help)"));
     }
     const QCoreApplication application(argc, argv);
-    offerPlugins();
     captureLog(verbose);
     return action();
 }
