@@ -102,8 +102,7 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
     EXPECT_EQ(signalled.waitFor(1), "attached(false)");
     daemon.terminate();
     daemon.waitForFinished();
-    EXPECT_TRUE(daemon.readAllStandardError().contains(
-        "display is absent: the X server " + display.toUtf8() + " is gone"));
+    EXPECT_TRUE(daemon.readAllStandardError().contains("display is absent: "));
 }
 
 TEST_F(XrandrTest, OutputsThatComeAndGoAreAttachedAndDetached)
@@ -164,6 +163,7 @@ TEST_F(XrandrTest, AServerThatIsStoppedHoldsUpNobodyAndIsFollowedAgain)
     EXPECT_TRUE(waitUntil([&] { return reason() == "the X server " + display + " does not answer"; }));
     ::kill(pid_t(outer.processId()), SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return DisplayInfo(0).isAttached(); }));
+    log.take(); // of each look before
 }
 
 TEST_F(XrandrTest, ASinkThatIsConnectedIsADisplayBesideThoseOfTheServer)
