@@ -150,13 +150,14 @@ TEST_F(DisplayInfoTest, TheSizeThatIsSignalledIsTheOneThatHoldsAndTheLastIsHeard
         EXPECT_EQ(size, info.pixelSize());
         EXPECT_NE(std::exchange(last, size), size);
     });
+    constexpr QSize Final(3000, 1);
     std::thread changes([&] {
-        for (int width = 1; width <= 3000; ++width) {
+        for (int width = 1; width <= Final.width(); ++width) {
             displays[4].size = {width, 1};
             publish();
         }
     });
-    EXPECT_TRUE(waitUntil([&] { return last == QSize(3000, 1); }));
+    EXPECT_TRUE(waitUntil([&] { return last == Final; }));
     changes.join();
 }
 
