@@ -216,11 +216,13 @@ void PpsServedChannel::awaitReturn()
 {
     m_waiting = std::make_unique<QObject>();
     for (const QDeadlineTimer &deadline : {m_unsettledUntil, m_awayUntil}) {
-        QTimer::singleShot(std::chrono::milliseconds(deadline.remainingTime()), m_waiting.get(), [this] {
-            const Lock lock(m_mutex);
-            if (isLost())
-                giveUp();
-        });
+        // Not before the time: nobody looks again.
+        QTimer::singleShot(
+            std::chrono::milliseconds(deadline.remainingTime()), Qt::PreciseTimer, m_waiting.get(), [this] {
+                const Lock lock(m_mutex);
+                if (isLost())
+                    giveUp();
+            });
     }
     m_watcher = PpsWatcher::forThisThread();
     m_watched = m_watcher->watch(m_file, this);
