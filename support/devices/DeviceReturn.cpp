@@ -95,8 +95,7 @@ void DeviceReturn::giveUpWhereLost()
     const auto serviceLives = [&device] {
         struct stat status;
         UniqueFd probe;
-        if (::stat(device.file().constData(), &status) < 0
-            || !(FileIdentity(status) == device.service))
+        if (::stat(device.file().constData(), &status) < 0 || !(FileIdentity(status) == device.service))
             return false;
         const int error = LocalSocket::connect(device.file(), Wait::No, &probe, SOCK_STREAM);
         return error == 0 || error == EAGAIN;

@@ -216,13 +216,13 @@ void PpsServedChannel::awaitReturn()
 {
     m_waiting = std::make_unique<QObject>();
     for (const QDeadlineTimer &deadline : {m_unsettledUntil, m_awayUntil}) {
-        // Not before the time: nobody looks again.
-        QTimer::singleShot(
-            std::chrono::milliseconds(deadline.remainingTime()), Qt::PreciseTimer, m_waiting.get(), [this] {
-                const Lock lock(m_mutex);
-                if (isLost())
-                    giveUp();
-            });
+        // Any other timer may be early.
+        const std::chrono::milliseconds left(deadline.remainingTime() + 1);
+        QTimer::singleShot(left, Qt::PreciseTimer, m_waiting.get(), [this] {
+            const Lock lock(m_mutex);
+            if (isLost())
+                giveUp();
+        });
     }
     m_watcher = PpsWatcher::forThisThread();
     m_watched = m_watcher->watch(m_file, this);

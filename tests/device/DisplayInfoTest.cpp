@@ -141,6 +141,25 @@ TEST_F(DisplayInfoTest, SignalsAttachingAndTheSizeOfADisplayThatStaysAttached)
     EXPECT_EQ(info.displayName(), "hdmi");
 }
 
+TEST_F(DisplayInfoTest, TheSizeThatIsSignalledIsTheOneThatHoldsAndTheLastIsHeard)
+{
+    publish();
+    DisplayInfo info(4);
+    QSize last;
+    QObject::connect(&info, qOverload<QSize>(&DisplayInfo::pixelSizeChanged), [&](QSize size) {
+        EXPECT_EQ(size, info.pixelSize());
+        EXPECT_NE(std::exchange(last, size), size);
+    });
+    std::thread changes([&] {
+        for (int width = 1; width <= 3000; ++width) {
+            displays[4].size = {width, 1};
+            publish();
+        }
+    });
+    EXPECT_TRUE(waitUntil([&] { return last == QSize(3000, 1); }));
+    changes.join();
+}
+
 TEST_F(DisplayInfoTest, ASlotMayDestroyTheObject)
 {
     publish();

@@ -156,7 +156,7 @@ TEST_F(DaemonTest, TheInstalledConfigurationNamesEveryFacility)
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
-    ServiceClient control("/pps/system/ozdeviced/control");
+    oz::testing::ServiceClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},

@@ -17,7 +17,7 @@ using namespace oz::testing;
 
 namespace {
 
-using Client = ServiceClient;
+using Client = oz::testing::ServiceClient;
 
 class ActivityTest : public DeviceTest
 {

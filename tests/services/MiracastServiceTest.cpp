@@ -187,7 +187,7 @@ TEST_F(MiracastServiceTest, AMalformedRequestIsAnsweredWhereItCanBeAndHarmsNobod
 {
     const QByteArray nobodys[] = {"rubbish", "", "msg::miracast_shutdown\n", "id::x\n",
         "msg::miracast_shutdown\nid::" + QByteArray(300, 'x') + "\n", QByteArray(100'000, '\xff')};
-    ServiceClient control(Control);
+    oz::testing::ServiceClient control(Control);
     for (const QByteArray &message : nobodys) {
         if (!control.write(message))
             continue;

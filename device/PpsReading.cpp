@@ -1,4 +1,4 @@
-#include "Frame.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -74,30 +74,9 @@ QVariant memberOf(const QVariantMap &attributes, const QString &attribute, const
     return attributes.value(attribute).toMap().value(member);
 }
 
-ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
+QString textIn(const QVariantMap &map, const char *name)
 {
-    PpsObject control(request.path);
-    if (request.setBlocking)
-        control.setBlocking(true);
-    if (!control.open(PpsOpenMode::PublishSubscribe)) {
-        if (texts.openFailed)
-            texts.openFailed->warn(control);
-        return {ControlAnswer::NotOpened, control.error(), {}};
-    }
-    bool ok = false;
-    const QByteArray data = PpsObject::encode(request.attributes, &ok);
-    if (!ok) {
-        texts.encodeFailed.warn(control);
-        return {};
-    }
-    if (!control.write(data)) {
-        texts.writeFailed.warn(control);
-        return {};
-    }
-    const auto message = readOrLog(&control, texts.answer);
-    if (!message)
-        return {};
-    return {ControlAnswer::Answered, 0, *message};
+    return map.value(QLatin1String(name)).toString();
 }
 
 } // namespace oz::device
