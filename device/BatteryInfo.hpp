@@ -34,6 +34,7 @@ class OZ_DEVICE_EXPORT BatteryInfo : public QObject
         oz::device::BatteryChargingState::Type chargingState READ chargingState NOTIFY levelChanged FINAL)
     /*! Whether there is a battery in the device; false also for unknown. */
     Q_PROPERTY(bool present READ isPresent NOTIFY presentChanged FINAL)
+    /*! Whether the battery is sound; Unknown for unknown. */
     Q_PROPERTY(oz::device::BatteryCondition::Type condition READ condition NOTIFY conditionChanged FINAL)
     /*! The charge that the battery holds when full, in mAh; -1 for unknown. */
     Q_PROPERTY(int fullChargeCapacity READ fullChargeCapacity NOTIFY fullChargeCapacityChanged FINAL)

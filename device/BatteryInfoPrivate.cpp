@@ -1,6 +1,7 @@
 #include "BatteryInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "NamedValue.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -101,7 +102,7 @@ BatteryInfoPrivate::BatteryInfoPrivate(BatteryInfo *publicObject)
 {
     if (!openOrLog(m_pps, PpsOpenMode::Subscribe, OpenFailed))
         return;
-    m_values = readValues();
+    m_values.begin(readValues());
     connect(m_pps, &PpsObject::readyRead, this, &BatteryInfoPrivate::onReadyRead);
 }
 

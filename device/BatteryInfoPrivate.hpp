@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/BatteryInfo.hpp>
 
 #include <limits>
@@ -39,7 +41,7 @@ public:
 
     explicit BatteryInfoPrivate(BatteryInfo *q);
 
-    [[nodiscard]] const Values &values() const { return m_values; }
+    [[nodiscard]] const Values &values() const { return *m_values; }
 
 private Q_SLOTS:
     void onReadyRead();
@@ -51,7 +53,7 @@ private:
 
     BatteryInfo *q;
     oz::PpsObject *m_pps;
-    Values m_values;
+    Announced<Values> m_values;
 };
 
 } // namespace oz::device

@@ -1,6 +1,6 @@
 #include "CellularDataInterfacePrivate.hpp"
 
-#include "Frame.hpp"
+#include "ControlExchange.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -83,8 +83,9 @@ void CellularDataInterfacePrivate::setName(const QString &name)
     }
     const QPointer<CellularDataInterface> alive(q);
     updateState();
-    if (alive)
-        Q_EMIT q->nameChanged(m_name);
+    // A slot may have set another, which is announced by then.
+    if (alive && m_name == name)
+        Q_EMIT q->nameChanged(name);
 }
 
 void CellularDataInterfacePrivate::updateState()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/CellularDataInterface.hpp>
 
 #include <QVariantMap>
@@ -31,7 +33,7 @@ public:
     [[nodiscard]] static QStringList allNames();
     [[nodiscard]] QString name() const { return m_name; }
     void setName(const QString &name);
-    [[nodiscard]] const State &state() const { return m_state; }
+    [[nodiscard]] const State &state() const { return *m_state; }
     CellularConnectionRequestResult::Type requestConnect();
     CellularConnectionRequestResult::Type requestDisconnect();
 
@@ -47,7 +49,7 @@ private:
     QString m_name;
     oz::PpsObject *m_status = nullptr;
     QString m_connectId; // of the connection that was requested here; empty for none
-    State m_state;
+    Announced<State> m_state;
 };
 
 } // namespace oz::device

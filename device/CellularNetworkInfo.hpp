@@ -32,6 +32,7 @@ class CellularNetworkInfoPrivate;
 class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
 {
     Q_OBJECT
+    /*! Which network this object is about; 0 unless another was chosen. It has no unknown value. */
     Q_PROPERTY(int index READ index WRITE setIndex NOTIFY indexChanged FINAL)
     /*! None where there is no network of this index. */
     Q_PROPERTY(oz::device::CellularTechnology::Type technology READ technology NOTIFY technologyChanged FINAL)

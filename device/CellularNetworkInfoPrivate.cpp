@@ -1,6 +1,6 @@
 #include "CellularNetworkInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
@@ -35,10 +35,11 @@ constexpr ReadTexts PrivateReading{
     {"CellularNetworkInfo - failed to read private PPS data: ", LogText::ErrorString},
     {"CellularNetworkInfo - failed to decode private PPS data"}};
 
-using TechnologyChange = Change<Fields<&Selection::technology>,
-    qOverload<CellularTechnology::Type>(&CellularNetworkInfo::technologyChanged),
-    qOverload<int>(&CellularNetworkInfo::technologyChanged)>;
-using IndexChange = Change<Fields<&Selection::index>, &CellularNetworkInfo::indexChanged>;
+using SelectionChanges =
+    ChangeTable<Change<Fields<&Selection::technology>,
+                    qOverload<CellularTechnology::Type>(&CellularNetworkInfo::technologyChanged),
+                    qOverload<int>(&CellularNetworkInfo::technologyChanged)>,
+        Change<Fields<&Selection::index>, &CellularNetworkInfo::indexChanged>>;
 
 using Changes = ChangeTable<Change<Fields<&Values::displayName>, &CellularNetworkInfo::displayNameChanged>,
     Change<Fields<&Values::services>,
@@ -79,8 +80,9 @@ CellularTechnology::Type findTechByIndex(int index, CellularTechnology::Types ac
 
 CellularNetworkInfoPrivate::CellularNetworkInfoPrivate(int index, CellularNetworkInfo *publicObject)
     : QObject(publicObject), q(publicObject), m_radioInfo(new CellularRadioInfo(this)),
-      m_settingsObject(new PpsObject(SettingsPpsPath, this)), m_selection{.index = index}
+      m_settingsObject(new PpsObject(SettingsPpsPath, this))
 {
+    m_selection.begin({.index = index});
     if (openOrLog(m_settingsObject, PpsOpenMode::Subscribe, SettingsOpenFailed))
         connect(m_settingsObject, &PpsObject::readyRead, this, &CellularNetworkInfoPrivate::updateState);
     updatePpsObjects();
@@ -90,21 +92,22 @@ CellularNetworkInfoPrivate::CellularNetworkInfoPrivate(int index, CellularNetwor
 
 void CellularNetworkInfoPrivate::setIndex(int index)
 {
-    if (index == m_selection.index)
+    if (index == m_selection->index)
         return;
     const QPointer<CellularNetworkInfo> alive(q);
-    m_selection.index = index;
+    SelectionChanges::store(&m_selection, {index, m_selection->technology});
     updatePpsObjects();
-    IndexChange::emitOn(alive, m_selection);
+    if (alive)
+        SelectionChanges::emitUntold(q, &m_selection);
 }
 
 void CellularNetworkInfoPrivate::updatePpsObjects()
 {
     const CellularTechnology::Type technology =
-        findTechByIndex(m_selection.index, m_radioInfo->activeTechnologies());
-    if (technology == m_selection.technology)
+        findTechByIndex(m_selection->index, m_radioInfo->activeTechnologies());
+    if (technology == m_selection->technology)
         return;
-    m_selection.technology = technology;
+    SelectionChanges::store(&m_selection, {m_selection->index, technology});
     delete std::exchange(m_publicObject, nullptr);
     delete std::exchange(m_privateObject, nullptr);
     if (technology != CellularTechnology::None) {
@@ -122,7 +125,8 @@ void CellularNetworkInfoPrivate::updatePpsObjects()
     }
     const QPointer<CellularNetworkInfo> alive(q);
     updateFrom(nullptr);
-    TechnologyChange::emitOn(alive, m_selection);
+    if (alive)
+        SelectionChanges::emitUntold(q, &m_selection);
 }
 
 void CellularNetworkInfoPrivate::updateState()
@@ -139,17 +143,17 @@ void CellularNetworkInfoPrivate::updateFrom(const QObject *source)
     const bool fromPrivate = !source || source == m_privateObject;
     const QPointer<CellularNetworkInfo> alive(q);
     if (fromSettings) {
-        Values fresh = m_values;
+        Values fresh = *m_values;
         fresh.displayName = readSettingsProperty(QStringLiteral("network_name"));
         Changes::storeAndEmit(q, &m_values, fresh);
     }
     if (alive && fromPublic) {
-        Values fresh = m_values;
+        Values fresh = *m_values;
         static_cast<PublicState &>(fresh) = readPublicState();
         Changes::storeAndEmit(q, &m_values, fresh);
     }
     if (alive && fromPrivate) {
-        Values fresh = m_values;
+        Values fresh = *m_values;
         static_cast<PrivateState &>(fresh) = readPrivateState();
         Changes::storeAndEmit(q, &m_values, fresh);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/CellularNetworkInfo.hpp>
 
 namespace oz {
@@ -55,8 +57,8 @@ public:
     CellularNetworkInfoPrivate(int index, CellularNetworkInfo *q);
 
     void setIndex(int index);
-    [[nodiscard]] const Selection &selection() const { return m_selection; }
-    [[nodiscard]] const Values &values() const { return m_values; }
+    [[nodiscard]] const Selection &selection() const { return *m_selection; }
+    [[nodiscard]] const Values &values() const { return *m_values; }
 
 private Q_SLOTS:
     void updatePpsObjects();
@@ -73,8 +75,8 @@ private:
     oz::PpsObject *m_publicObject = nullptr;
     oz::PpsObject *m_privateObject = nullptr;
     oz::PpsObject *m_settingsObject;
-    Selection m_selection;
-    Values m_values;
+    Announced<Selection> m_selection;
+    Announced<Values> m_values;
 };
 
 } // namespace oz::device

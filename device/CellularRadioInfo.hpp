@@ -29,6 +29,7 @@ class CellularRadioInfoPrivate;
 class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
 {
     Q_OBJECT
+    /*! Whether the radio is powered; false for unknown. */
     Q_PROPERTY(bool poweredOn READ isPoweredOn NOTIFY poweredOnChanged FINAL)
     /*! The technologies that the hardware supports. */
     Q_PROPERTY(oz::device::CellularTechnology::Types technologies READ technologies CONSTANT FINAL)

@@ -1,6 +1,7 @@
 #include "CellularRadioInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "NamedValue.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -145,16 +146,18 @@ CellularRadioInfoPrivate::CellularRadioInfoPrivate(CellularRadioInfo *publicObje
         || !openOrLog(m_persistentObject, PpsOpenMode::Subscribe, PersistentOpenFailed)
         || !openOrLog(m_dataObject, PpsOpenMode::Subscribe, DataOpenFailed))
         return;
-    static_cast<PublicState &>(m_values) = readPublicState();
-    m_values.enabledTechnologies = readPersistentState();
-    static_cast<DataState &>(m_values) = readDataState();
+    Values first;
+    static_cast<PublicState &>(first) = readPublicState();
+    first.enabledTechnologies = readPersistentState();
+    static_cast<DataState &>(first) = readDataState();
+    m_values.begin(first);
     for (const PpsObject *pps : {m_publicObject, m_persistentObject, m_dataObject})
         connect(pps, &PpsObject::readyRead, this, &CellularRadioInfoPrivate::updateState);
 }
 
 void CellularRadioInfoPrivate::updateState()
 {
-    Values fresh = m_values;
+    Values fresh = *m_values;
     if (sender() == m_publicObject) {
         // What the hardware can do was promised to stay.
         const PublicState reading = readPublicState();

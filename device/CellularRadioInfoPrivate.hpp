@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/CellularRadioInfo.hpp>
 
 namespace oz {
@@ -38,7 +40,7 @@ public:
 
     explicit CellularRadioInfoPrivate(CellularRadioInfo *q);
 
-    [[nodiscard]] const Values &values() const { return m_values; }
+    [[nodiscard]] const Values &values() const { return *m_values; }
 
 private Q_SLOTS:
     void updateState();
@@ -52,7 +54,7 @@ private:
     oz::PpsObject *m_publicObject;
     oz::PpsObject *m_persistentObject;
     oz::PpsObject *m_dataObject;
-    Values m_values;
+    Announced<Values> m_values;
 };
 
 } // namespace oz::device

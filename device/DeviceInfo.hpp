@@ -18,7 +18,7 @@ class DeviceInfoPrivate;
  * first call of orientation() in one.
  *
  * Where the power manager's device cannot be opened at construction, the activity stays Unknown for the life
- * of this object; where it goes away later, it becomes Unknown and stays so.
+ * of this object; where it goes away later for longer than graceTime(), it is Unknown until it is back.
  *
  * Source: the orientation sensor of Qt Sensors; the status "user_activity" of the device "/dev/power/mgr".
  *

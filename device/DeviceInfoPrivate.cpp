@@ -1,6 +1,7 @@
 #include "DeviceInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "Log.hpp"
+#include "OrientationSensor.hpp"
 #include "powman/PowmanStatus.hpp"
 
 #include <oz/EventService.hpp>
@@ -10,6 +11,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <optional>
 #include <string_view>
 
 namespace oz::device {
@@ -28,6 +30,13 @@ constexpr struct
     {"active", UserActivityState::Active},
     {"standby", UserActivityState::Inactive},
 };
+
+using Orientation = DeviceInfoPrivate::Orientation;
+
+using Changes = ChangeTable<
+    Change<Fields<&Orientation::value>, qOverload<DeviceOrientation::Type>(&DeviceInfo::orientationChanged),
+        qOverload<int>(&DeviceInfo::orientationChanged)>,
+    Change<Fields<&Orientation::valid>, &DeviceInfo::orientationValidChanged>>;
 
 std::optional<DeviceOrientation::Type> orientationOf(QOrientationReading::Orientation reading)
 {
@@ -57,7 +66,7 @@ void warn(const char *text, int error)
 } // namespace
 
 DeviceInfoPrivate::DeviceInfoPrivate(DeviceInfo *publicObject)
-    : QObject(publicObject), q(publicObject), m_sensor(new QOrientationSensor(this))
+    : QObject(publicObject), q(publicObject), m_sensor(makeOrientationSensor(this))
 {
     // These values cross a queued connection.
     qRegisterMetaType<UserActivityState::Type>("oz::device::UserActivityState::Type");
@@ -127,28 +136,17 @@ DeviceOrientation::Type DeviceInfoPrivate::orientation() const
 {
     if (!m_sensor->isActive())
         tryStartOrientationSensor();
-    return m_orientation;
+    return m_orientation->value;
 }
 
 void DeviceInfoPrivate::orientationChanged()
 {
-    const QOrientationReading *reading = m_sensor->reading();
-    const bool wasValid = std::exchange(m_orientationValid, true);
-    const auto orientation = orientationOf(reading->orientation());
-    if (!orientation) {
-        m_orientationValid = false;
+    const auto orientation = orientationOf(m_sensor->reading()->orientation());
+    if (!orientation)
         qCWarning(logDevice) << "DeviceInfo: Invalid orientation received from the sensor reading";
-    }
-    const bool isValid = m_orientationValid;
-    const QPointer<DeviceInfo> alive(q);
-    if (orientation && *orientation != m_orientation) {
-        m_orientation = *orientation;
-        Q_EMIT q->orientationChanged(*orientation);
-        if (alive)
-            Q_EMIT q->orientationChanged(int(*orientation));
-    }
-    if (alive && isValid != wasValid)
-        Q_EMIT q->orientationValidChanged(isValid);
+    // What the sensor was sure of last stays.
+    Changes::storeAndEmit(
+        q, &m_orientation, {orientation.value_or(m_orientation->value), orientation.has_value()});
 }
 
 UserActivityState::Type DeviceInfoPrivate::readActivityState() const

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/EventDelivery.hpp>
 #include <oz/device/DeviceInfo.hpp>
 
@@ -16,6 +18,13 @@ class DeviceInfoPrivate : public QObject
     Q_OBJECT
 
 public:
+    /*! What the sensor has told. */
+    struct Orientation
+    {
+        DeviceOrientation::Type value = DeviceOrientation::TopUp;
+        bool valid = false;
+    };
+
     explicit DeviceInfoPrivate(DeviceInfo *q);
     ~DeviceInfoPrivate() override;
 
@@ -24,7 +33,7 @@ public:
     void tryStartOrientationSensor() const;
     [[nodiscard]] DeviceOrientation::Type orientation() const;
     [[nodiscard]] UserActivityState::Type activityState() const { return m_activityState; }
-    [[nodiscard]] bool isOrientationValid() const { return m_orientationValid; }
+    [[nodiscard]] bool isOrientationValid() const { return m_orientation->valid; }
 
 Q_SIGNALS:
     void activityStateChanged(oz::device::UserActivityState::Type activityState);
@@ -42,14 +51,13 @@ private:
 
     DeviceInfo *q;
     QOrientationSensor *m_sensor;
-    DeviceOrientation::Type m_orientation = DeviceOrientation::TopUp;
+    Announced<Orientation> m_orientation;
     PowmanStatus *m_status = nullptr;
     // The event service's thread may write it while the getter reads.
     std::atomic<UserActivityState::Type> m_activityState = UserActivityState::Unknown;
     sigevent m_event;
     bool m_hubInitialized = false;
     bool m_handlerRegistered = false;
-    bool m_orientationValid = false;
 };
 
 } // namespace oz::device

@@ -38,27 +38,27 @@ int DisplayInfo::secondaryDisplayId()
 
 bool DisplayInfo::isValid() const
 {
-    return d->valid;
+    return d->isValid();
 }
 
 int DisplayInfo::displayId() const
 {
-    return d->displayId;
+    return d->displayId();
 }
 
 QString DisplayInfo::displayName() const
 {
-    return d->displayName;
+    return d->values().displayName;
 }
 
 QSize DisplayInfo::pixelSize() const
 {
-    return d->pixelSize;
+    return d->values().pixelSize;
 }
 
 QSizeF DisplayInfo::physicalSize() const
 {
-    return d->physicalSize;
+    return d->values().physicalSize;
 }
 
 QSizeF DisplayInfo::resolution() const
@@ -68,22 +68,22 @@ QSizeF DisplayInfo::resolution() const
 
 DisplayAspectType::Type DisplayInfo::aspectType() const
 {
-    return d->aspectType;
+    return d->values().aspectType;
 }
 
 bool DisplayInfo::isAttached() const
 {
-    return d->attached;
+    return d->values().attached;
 }
 
 bool DisplayInfo::isDetachable() const
 {
-    return d->detachable;
+    return d->values().detachable;
 }
 
 DisplayTechnology::Type DisplayInfo::displayTechnology() const
 {
-    return d->displayTechnology;
+    return d->values().displayTechnology;
 }
 
 bool DisplayInfo::isWireless() const

@@ -1,6 +1,6 @@
 #include "DisplayInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "Log.hpp"
 
 #include <oz/EventService.hpp>
 
@@ -8,7 +8,23 @@ namespace oz::device {
 
 namespace {
 
+using Values = DisplayInfoPrivate::Values;
+
 constexpr QLatin1StringView WirelessName("miracast");
+
+// The size is announced of a display that stays attached; otherwise attachedChanged stands for everything.
+template <auto Field, auto Signal>
+struct WhileAttached : Change<Fields<Field>, Signal>
+{
+    static bool differs(const Values &before, const Values &after)
+    {
+        return before.attached && after.attached && before.*Field != after.*Field;
+    }
+};
+
+using Changes = ChangeTable<Change<Fields<&Values::attached>, &DisplayInfo::attachedChanged>,
+    WhileAttached<&Values::pixelSize, qOverload<QSize>(&DisplayInfo::pixelSizeChanged)>,
+    WhileAttached<&Values::pixelSizeMap, qOverload<QVariant>(&DisplayInfo::pixelSizeChanged)>>;
 
 // By the display service's codes, from 0.
 constexpr DisplayTechnology::Type Technologies[] = {DisplayTechnology::Unknown, DisplayTechnology::Crt,
@@ -34,17 +50,17 @@ qreal resolutionOf(int pixels, qreal millimetres)
 
 } // namespace
 
-DisplayInfoPrivate::DisplayInfoPrivate(int id, DisplayInfo *publicObject) : q(publicObject), displayId(id)
+DisplayInfoPrivate::DisplayInfoPrivate(int id, DisplayInfo *publicObject) : q(publicObject), m_displayId(id)
 {
     if (!m_context.isValid() || !m_event.isValid())
         return;
-    m_display = ScreenDisplay::forId(m_context, displayId);
+    m_display = ScreenDisplay::forId(m_context, m_displayId);
     if (!m_display.isValid()) {
-        qCWarning(logDevice) << "DisplayInfo:" << displayId << "is not a valid display id";
+        qCWarning(logDevice) << "DisplayInfo:" << m_displayId << "is not a valid display id";
         return;
     }
-    populate(nullptr);
-    valid = true;
+    m_values.begin(populate(nullptr));
+    m_valid = true;
     if (hub_initialize() < 0) {
         qCWarning(logDevice) << "DisplayInfo: failed to initialize hub";
         return;
@@ -58,8 +74,6 @@ DisplayInfoPrivate::DisplayInfoPrivate(int id, DisplayInfo *publicObject) : q(pu
 
 DisplayInfoPrivate::~DisplayInfoPrivate()
 {
-    if (m_destroyed)
-        *m_destroyed = true;
     if (m_notification.notify != EventKind::None) {
         m_context.notify(ScreenNotifyDisplay, m_display.handle(), nullptr);
         hub_remove_sigevent_handler(&m_notification);
@@ -68,26 +82,32 @@ DisplayInfoPrivate::~DisplayInfoPrivate()
     hub_shutdown();
 }
 
-void DisplayInfoPrivate::populate(const bool *isAttached)
+DisplayInfoPrivate::Values DisplayInfoPrivate::populate(const bool *attached) const
 {
-    displayName = m_display.name();
-    detachable = m_display.isDetachable();
-    physicalSize = m_display.physicalSize();
-    pixelSize = oz::device::pixelSize(m_display);
-    aspectType = aspectOf(pixelSize);
-    displayTechnology = technologyOf(m_display.technology());
-    attached = isAttached ? *isAttached : m_display.isAttached();
+    Values values;
+    values.displayName = m_display.name();
+    values.detachable = m_display.isDetachable();
+    values.physicalSize = m_display.physicalSize();
+    values.pixelSize = pixelSize(m_display);
+    values.pixelSizeMap = QVariantMap{{QStringLiteral("width"), values.pixelSize.width()},
+        {QStringLiteral("height"), values.pixelSize.height()}};
+    values.aspectType = aspectOf(values.pixelSize);
+    values.displayTechnology = technologyOf(m_display.technology());
+    values.attached = attached ? *attached : m_display.isAttached();
+    return values;
 }
 
 bool DisplayInfoPrivate::isWireless() const
 {
-    return displayName.contains(WirelessName);
+    return m_values->displayName.contains(WirelessName);
 }
 
 QSizeF DisplayInfoPrivate::resolution() const
 {
-    return {resolutionOf(pixelSize.width(), physicalSize.width()),
-        resolutionOf(pixelSize.height(), physicalSize.height())};
+    const QSize pixels = m_values->pixelSize;
+    const QSizeF millimetres = m_values->physicalSize;
+    return {resolutionOf(pixels.width(), millimetres.width()),
+        resolutionOf(pixels.height(), millimetres.height())};
 }
 
 int DisplayInfoPrivate::hubSigeventHandler(void *data)
@@ -96,37 +116,21 @@ int DisplayInfoPrivate::hubSigeventHandler(void *data)
     return 0;
 }
 
-// A slot may destroy this object, which ends the announcements.
 void DisplayInfoPrivate::handleDisplayEvent()
 {
-    bool destroyed = false;
-    bool *const outer = std::exchange(m_destroyed, &destroyed);
-    while (!destroyed && m_context.readEvent(m_event, 0)) {
+    const QPointer<DisplayInfo> alive(q);
+    while (alive && m_context.readEvent(m_event, 0)) {
         const int type = m_event.type();
         if (type == ScreenEventType::None)
             break;
         if (type != ScreenEventType::Display || m_event.display().id() != m_display.id())
             continue;
         const bool isAttached = m_event.isAttached();
-        if (isAttached != attached) {
-            populate(&isAttached);
-            Q_EMIT q->attachedChanged(isAttached);
-        } else if (isAttached) {
-            const QSize size = oz::device::pixelSize(m_display);
-            if (size == pixelSize)
-                continue;
-            populate(&isAttached);
-            Q_EMIT q->pixelSizeChanged(size);
-            if (!destroyed) {
-                Q_EMIT q->pixelSizeChanged(QVariant(QVariantMap{
-                    {QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}}));
-            }
-        }
+        const bool isNews =
+            isAttached != m_values->attached || (isAttached && pixelSize(m_display) != m_values->pixelSize);
+        if (isNews)
+            Changes::storeAndEmit(q, &m_values, populate(&isAttached));
     }
-    if (!destroyed)
-        m_destroyed = outer;
-    else if (outer)
-        *outer = true;
 }
 
 } // namespace oz::device

@@ -1,8 +1,9 @@
 #include <oz/device/HardwareInfo.hpp>
 
-#include "Frame.hpp"
 #include "HardwareFamily.hpp"
 #include "HardwareInfoPrivate.hpp"
+#include "NamedValue.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 

@@ -29,6 +29,7 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_OBJECT
     /*! The device's personal identification number; empty for unknown, like all texts here. */
     Q_PROPERTY(QString pin READ pin CONSTANT FINAL)
+    /*! The serial number of the device; empty for unknown. */
     Q_PROPERTY(QString serialNumber READ serialNumber CONSTANT FINAL)
     /*! The equipment identity of a GSM, UMTS or LTE device. */
     Q_PROPERTY(QString imei READ imei CONSTANT FINAL)
@@ -38,7 +39,9 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_PROPERTY(QString hardwareId READ hardwareId CONSTANT FINAL)
     /*! The name that the user gave the device. */
     Q_PROPERTY(QString deviceName READ deviceName CONSTANT FINAL)
+    /*! The name of the model; empty for unknown. */
     Q_PROPERTY(QString modelName READ modelName CONSTANT FINAL)
+    /*! The number of the model; empty for unknown. */
     Q_PROPERTY(QString modelNumber READ modelNumber CONSTANT FINAL)
     /*!
      * Whether the device has a keyboard of keys. The inventory says "none", in any letter case, where it has
@@ -46,12 +49,15 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
      * for granted would leave its user without any.
      */
     Q_PROPERTY(bool isPhysicalKeyboardDevice READ isPhysicalKeyboardDevice CONSTANT FINAL)
+    /*! The kind of HDMI connector; None where there is none, Unknown for unknown. */
     Q_PROPERTY(oz::device::HdmiConnector::Type hdmiConnector READ hdmiConnector CONSTANT REVISION 1 FINAL)
     /*! This and the following are true for the devices of one family, known by their hardware identifiers. */
     Q_PROPERTY(bool isTrackpadDevice READ isTrackpadDevice CONSTANT REVISION 2 FINAL)
     /*! Whether the device has keys to take and end a call. */
     Q_PROPERTY(bool hasPhysicalPhoneKeys READ hasPhysicalPhoneKeys CONSTANT REVISION 2 FINAL)
+    /*! Whether the device has a key to go back. */
     Q_PROPERTY(bool hasPhysicalBackButton READ hasPhysicalBackButton CONSTANT REVISION 2 FINAL)
+    /*! Whether the device has a key for the menu. */
     Q_PROPERTY(bool hasPhysicalMenuButton READ hasPhysicalMenuButton CONSTANT REVISION 2 FINAL)
 
 public:

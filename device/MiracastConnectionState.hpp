@@ -15,7 +15,8 @@ class OZ_DEVICE_EXPORT MiracastConnectionState
 
 public:
     enum Type {
-        Unknown = 0, //!< the service is not there, or says what it should not
+        Unknown = 0, //!< no reading yet, or the service says what it should not; a service that goes away
+                     //!< changes nothing
         Connected = 1,
         Connecting = 2,
         Disconnected = 3,

@@ -15,7 +15,8 @@ class OZ_DEVICE_EXPORT MiracastDisplayState
 
 public:
     enum Type {
-        Unknown = 0, //!< the service is not there, or says what it should not
+        Unknown = 0, //!< no reading yet, or the service says what it should not; a service that goes away
+                     //!< changes nothing
         Stopped = 1, //!< there is none
         Playing = 2, //!< the display shows the device's screen
         Paused = 3,

@@ -40,17 +40,20 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_OBJECT
     /*! The hardware address of the sink that is connected or being connected; empty for none. */
     Q_PROPERTY(QString hardwareAddress READ hardwareAddress NOTIFY hardwareAddressChanged FINAL)
+    /*! How far a sink is connected; Unknown for unknown. */
     Q_PROPERTY(oz::device::MiracastConnectionState::Type connectionState READ connectionState NOTIFY
             connectionStateChanged FINAL)
     /*! The name of that sink, which is whatever text it chose; empty for none. */
     Q_PROPERTY(QString deviceName READ deviceName NOTIFY deviceNameChanged FINAL)
     /*! The size in pixels of what that sink shows; 0 by 0 for unknown. */
     Q_PROPERTY(QSize devicePixelSize READ devicePixelSize NOTIFY devicePixelSizeChanged FINAL)
+    /*! What the session does; Unknown for unknown. */
     Q_PROPERTY(oz::device::MiracastDisplayState::Type displayState READ displayState NOTIFY
             displayStateChanged FINAL)
     /*! What kind of device that sink is. */
     Q_PROPERTY(oz::device::MiracastDeviceCategory::Type deviceCategory READ deviceCategory NOTIFY
             deviceTypeChanged FINAL)
+    /*! What kind of device that sink is in its category; Unknown for unknown. */
     Q_PROPERTY(oz::device::MiracastDeviceSubCategory::Type deviceSubCategory READ deviceSubCategory NOTIFY
             deviceTypeChanged FINAL)
     /*! The identifier of the session; empty for none. */
@@ -99,7 +102,9 @@ public Q_SLOTS:
     void requestScan();
     /*! Asks the service to end the session, or what is being connected. */
     void requestDisconnect();
+    /*! Asks the service to pause the session; pauseCompleted follows. */
     void requestPause();
+    /*! Asks the service to go on with the session; resumeCompleted follows. */
     void requestResume();
 
 Q_SIGNALS:
@@ -111,13 +116,19 @@ Q_SIGNALS:
     void deviceConnected(QString deviceName, QString hardwareAddress,
         oz::device::MiracastDeviceCategory::Type category,
         oz::device::MiracastDeviceSubCategory::Type subCategory);
-    /*! A sink that was connected is so no more. */
+    /*! A sink that was connected is disconnected, without another state between. */
     void deviceDisconnected();
+    /*! A scan of this instance has ended. */
     void scanCompleted(oz::device::MiracastResult::Type result);
+    /*! The service has answered requestConnect() of this instance. */
     void connectCompleted(oz::device::MiracastResult::Type result);
+    /*! The service has answered requestPause() of this instance. */
     void pauseCompleted(oz::device::MiracastResult::Type result);
+    /*! The service has answered requestResume() of this instance. */
     void resumeCompleted(oz::device::MiracastResult::Type result);
+    /*! The service has answered requestDisconnect() of this instance. */
     void disconnectCompleted(oz::device::MiracastResult::Type result);
+    /*! The service has answered requestShutdown() of this instance. */
     void shutdownCompleted(oz::device::MiracastResult::Type result);
     void connectionStateChanged(oz::device::MiracastConnectionState::Type state);
     void hardwareAddressChanged(QString hardwareAddress);

@@ -15,7 +15,7 @@ class OZ_DEVICE_EXPORT MiracastStopReason
 
 public:
     enum Type {
-        Unknown = 0, //!< nothing is known of the service
+        Unknown = 0, //!< no reading yet, or the service says what it should not
         NotStopped = 1,
         Application = 2, //!< an application shut it down
         NotSupported = 3, //!< the device has no wireless display

@@ -1,6 +1,6 @@
 #include <oz/device/NetworkDataUsage.hpp>
 
-#include "Frame.hpp"
+#include "Log.hpp"
 #include "NetworkDataUsagePrivate.hpp"
 
 #include <oz/InterfaceData.hpp>
@@ -50,22 +50,22 @@ QString NetworkDataUsage::networkInterfaceName() const
 
 quint64 NetworkDataUsage::packetsReceived() const
 {
-    return d->counters.packetsReceived;
+    return d->counters->packetsReceived;
 }
 
 quint64 NetworkDataUsage::bytesReceived() const
 {
-    return d->counters.bytesReceived;
+    return d->counters->bytesReceived;
 }
 
 quint64 NetworkDataUsage::packetsSent() const
 {
-    return d->counters.packetsSent;
+    return d->counters->packetsSent;
 }
 
 quint64 NetworkDataUsage::bytesSent() const
 {
-    return d->counters.bytesSent;
+    return d->counters->bytesSent;
 }
 
 void NetworkDataUsage::setNetworkInterfaceName(const QString &networkInterfaceName)
@@ -75,8 +75,9 @@ void NetworkDataUsage::setNetworkInterfaceName(const QString &networkInterfaceNa
     d->networkInterfaceName = networkInterfaceName;
     const QPointer<NetworkDataUsage> alive(this);
     Changes::storeAndEmit(this, &d->counters, {});
-    if (alive)
-        Q_EMIT networkInterfaceNameChanged(d->networkInterfaceName);
+    // A slot may have set another, which is announced by then.
+    if (alive && d->networkInterfaceName == networkInterfaceName)
+        Q_EMIT networkInterfaceNameChanged(networkInterfaceName);
 }
 
 bool NetworkDataUsage::update()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/NetworkDataUsage.hpp>
 
 namespace oz::device {
@@ -16,7 +18,7 @@ struct NetworkDataUsagePrivate
 
     NetworkDataUsage *q;
     QString networkInterfaceName;
-    Counters counters{};
+    Announced<Counters> counters{};
 };
 
 } // namespace oz::device

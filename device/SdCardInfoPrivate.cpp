@@ -1,6 +1,6 @@
 #include "SdCardInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -56,7 +56,7 @@ void SdCardInfoPrivate::update(PpsObject *pps, bool emitSignals)
     if (emitSignals)
         Changes::storeAndEmit(q, &m_state, fresh);
     else
-        m_state = fresh;
+        m_state.begin(fresh);
 }
 
 } // namespace oz::device

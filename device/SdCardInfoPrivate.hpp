@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/SdCardInfo.hpp>
 
 namespace oz {
@@ -22,15 +24,15 @@ public:
     explicit SdCardInfoPrivate(SdCardInfo *q);
 
     void update(oz::PpsObject *pps, bool emitSignals);
-    [[nodiscard]] SdCardState::Type state() const { return m_state.state; }
-    [[nodiscard]] SdCardActivity::Type activity() const { return m_state.activity; }
+    [[nodiscard]] SdCardState::Type state() const { return m_state->state; }
+    [[nodiscard]] SdCardActivity::Type activity() const { return m_state->activity; }
 
 private Q_SLOTS:
     void onReadyRead();
 
 private:
     SdCardInfo *q;
-    State m_state;
+    Announced<State> m_state;
 };
 
 } // namespace oz::device

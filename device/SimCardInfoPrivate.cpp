@@ -1,6 +1,7 @@
 #include "SimCardInfoPrivate.hpp"
 
-#include "Frame.hpp"
+#include "NamedValue.hpp"
+#include "PpsReading.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -46,23 +47,23 @@ SimCardInfoPrivate::SimCardInfoPrivate(SimCardInfo *publicObject)
       m_restrictedObject(new PpsObject(RestrictedPpsPath, this))
 {
     if (openOrLog(m_privateObject, PpsOpenMode::Subscribe, PrivateOpenFailed)) {
-        static_cast<PrivateState &>(m_values) = readPrivateState();
+        m_values.begin({readPrivateState(), {}});
         connect(m_privateObject, &PpsObject::readyRead, this, &SimCardInfoPrivate::updatePrivateState);
     }
     if (openOrLog(m_restrictedObject, PpsOpenMode::Subscribe, RestrictedOpenFailed)) {
-        m_values.subscriberIdentifier = readRestrictedState();
+        m_values.begin({*m_values, readRestrictedState()});
         connect(m_restrictedObject, &PpsObject::readyRead, this, &SimCardInfoPrivate::updateRestrictedState);
     }
 }
 
 void SimCardInfoPrivate::updatePrivateState()
 {
-    Changes::storeAndEmit(q, &m_values, Values{readPrivateState(), m_values.subscriberIdentifier});
+    Changes::storeAndEmit(q, &m_values, Values{readPrivateState(), m_values->subscriberIdentifier});
 }
 
 void SimCardInfoPrivate::updateRestrictedState()
 {
-    Changes::storeAndEmit(q, &m_values, Values{m_values, readRestrictedState()});
+    Changes::storeAndEmit(q, &m_values, Values{*m_values, readRestrictedState()});
 }
 
 SimCardInfoPrivate::PrivateState SimCardInfoPrivate::readPrivateState()

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/SimCardInfo.hpp>
 
 namespace oz {
@@ -29,7 +31,7 @@ public:
 
     explicit SimCardInfoPrivate(SimCardInfo *q);
 
-    [[nodiscard]] const Values &values() const { return m_values; }
+    [[nodiscard]] const Values &values() const { return *m_values; }
 
 private Q_SLOTS:
     void updatePrivateState();
@@ -42,7 +44,7 @@ private:
     SimCardInfo *q;
     oz::PpsObject *m_privateObject;
     oz::PpsObject *m_restrictedObject;
-    Values m_values;
+    Announced<Values> m_values;
 };
 
 } // namespace oz::device

@@ -1,8 +1,10 @@
 #include <oz/device/VibrationController.hpp>
 
-#include "Frame.hpp"
+#include "Log.hpp"
 
 #include <oz/PpsObject.hpp>
+
+#include <QVariantMap>
 
 #include <limits>
 

@@ -1,6 +1,7 @@
 #include <oz/device/WiFiDirect.hpp>
 
 #include "WiFiDirectPrivate.hpp"
+#include "WiFiDirectRequests.hpp"
 
 namespace oz::device {
 
@@ -63,7 +64,7 @@ QString WiFiDirect::networkPassword() const
 
 int WiFiDirect::requestScan()
 {
-    return d->requestScan();
+    return WiFiDirectRequests::scan();
 }
 
 int WiFiDirect::requestStartSession()
@@ -79,28 +80,28 @@ int WiFiDirect::requestStopSession(const QString &session)
 WiFiDirectResult::Type WiFiDirect::requestConnect(const QString &hardwareAddress,
     WiFiDirectIntent::Type intent, WiFiDirectWpsMethod::Type wpsMethod, const QString &wpsPin)
 {
-    return d->requestConnect(hardwareAddress, intent, wpsMethod, wpsPin);
+    return WiFiDirectRequests::connectTo(hardwareAddress, intent, wpsMethod, wpsPin);
 }
 
 int WiFiDirect::requestConnect(
     const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin)
 {
-    return d->requestConnect(hardwareAddress, intent, wpsMethod, wpsPin);
+    return WiFiDirectRequests::connectTo(hardwareAddress, intent, wpsMethod, wpsPin);
 }
 
 int WiFiDirect::cancelConnectRequest()
 {
-    return d->cancelConnectRequest();
+    return WiFiDirectRequests::cancelConnect();
 }
 
 QString WiFiDirect::ipAddress(const QString &hardwareAddress)
 {
-    return d->ipAddress(hardwareAddress);
+    return WiFiDirectRequests::ipAddress(hardwareAddress);
 }
 
 bool WiFiDirect::isSupported()
 {
-    return WiFiDirectPrivate::isSupported();
+    return WiFiDirectRequests::isSupported();
 }
 
 QStringList WiFiDirect::visibleDevices() const

@@ -47,6 +47,7 @@ class OZ_DEVICE_EXPORT WiFiDirect : public QObject
     Q_PROPERTY(bool supported READ isSupported CONSTANT FINAL)
     /*! When the peers in sight were last updated, to the second, in local time; null for unknown. */
     Q_PROPERTY(QDateTime lastUpdate READ lastUpdate NOTIFY lastUpdateChanged FINAL)
+    /*! How far the phone is connected; Unknown for unknown. */
     Q_PROPERTY(oz::device::WiFiDirectConnectionState::Type connectionState READ connectionState NOTIFY
             connectionStateChanged FINAL)
     /*! The network interface of the group, such as "p2p0"; empty while not connected. */
@@ -142,6 +143,7 @@ public:
 Q_SIGNALS:
     /*! A session was opened; requestStopSession() takes its key. */
     void sessionStarted(QString session);
+    /*! A session that this object had asked to close is closed. */
     void sessionStopped();
     /*!
      * A peer has come into sight. This signal itself sets off deviceFound, so a receiver of both hears
@@ -158,6 +160,7 @@ Q_SIGNALS:
     /*! A peer is connected; \a intent is its part in the group, Any where that is not known. */
     void deviceConnected(QString name, QString hardwareAddress, oz::device::WiFiDirectDeviceType::Type type,
         QString ipAddress, oz::device::WiFiDirectIntent::Type intent);
+    /*! A peer is connected no more. */
     void deviceDisconnected(QString hardwareAddress);
     void scanningChanged(bool scanning);
     void enabledChanged(bool enabled);

@@ -13,8 +13,9 @@ struct WiFiDirectDeviceInfo
 {
     QString name; //!< as the peer gives it: any text, or none
     QString hardwareAddress; //!< as the service writes it
-    WiFiDirectDeviceType::Type type = WiFiDirectDeviceType::Unknown;
-    WiFiDirectSecondaryDeviceType::Types secondaryTypes = WiFiDirectSecondaryDeviceType::Unknown;
+    WiFiDirectDeviceType::Type type = WiFiDirectDeviceType::Unknown; //!< what it says that it is
+    WiFiDirectSecondaryDeviceType::Types secondaryTypes =
+        WiFiDirectSecondaryDeviceType::Unknown; //!< what it can do besides
     WiFiDirectRole::Type role = WiFiDirectRole::Unknown; //!< in whatever group
 };
 

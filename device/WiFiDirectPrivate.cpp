@@ -1,115 +1,29 @@
 #include "WiFiDirectPrivate.hpp"
 
-#include "Frame.hpp"
+#include "PpsReading.hpp"
+#include "WiFiDirectRequests.hpp"
+#include "WiFiDirectWords.hpp"
 #include "WpsDeviceType.hpp"
 
 #include <oz/PpsObject.hpp>
 
 #include <QSet>
 
-#include <span>
-
 namespace oz::device {
 
 namespace {
 
-using Result = WiFiDirectResult;
+using namespace WiFiDirectWords;
 using ManagerState = WiFiDirectPrivate::ManagerState;
 using NetworkState = WiFiDirectPrivate::NetworkState;
 using Peers = WiFiDirectPrivate::Peers;
 
 const QString StatusPpsPath = QStringLiteral("/pps/services/wifi_p2p/manager/status");
-const QString ControlPpsPath = QStringLiteral("/pps/services/wifi_p2p/manager/control?wait");
-const QString WIFIDIRECT_PPSID = QStringLiteral("oz.device.WiFiDirect");
 
-constexpr LogText SupportOpenFailed{"WiFiDirect: Unable to locate WiFiDirect PPS channel."};
-constexpr ReadTexts SupportReading{{"WiFiDirect: Unable to read WiFiDirect PPS channel."},
-    {"WiFiDirect: Unable to parse WiFiDirect status."}};
 constexpr LogText StatusOpenFailed{
     "WiFiDirect: Unable to open status channel. (", LogText::ErrorStringInBrackets};
 constexpr ReadTexts StatusReading{{"WiFiDirect: Unable to read status. (", LogText::ErrorStringInBrackets},
     {"WiFiDirect: Unable to decode status message."}};
-
-constexpr LogText ControlOpenFailed{"WiFiDirect: Unable to open control. (", LogText::ErrorStringInBrackets};
-constexpr LogText ControlWriteFailed{
-    "WiFiDirect: Unable to write to control. (", LogText::ErrorStringInBrackets};
-constexpr LogText ControlReadFailed{"WiFiDirect: Unable to read control. (", LogText::ErrorStringInBrackets};
-constexpr ControlTexts CommandExchange{
-    .openFailed = ControlOpenFailed,
-    .encodeFailed = {"WiFiDirect: Unable to encode message to control."},
-    .writeFailed = ControlWriteFailed,
-    .answer = {ControlReadFailed, {"WiFiDirect: Unable to decode control result."}},
-};
-constexpr ControlTexts BlockingExchange{
-    .openFailed = ControlOpenFailed,
-    .encodeFailed = {"WiFiDirect: Unable to encode message for control."},
-    .writeFailed = ControlWriteFailed,
-    .answer = {ControlReadFailed,
-        {"WiFiDirect: Unable to decode control result. (", LogText::ErrorStringInBrackets}},
-};
-
-// The error numbers of the service, wherever this runs.
-enum ServiceError { Busy = 16, NoDevice = 19, Invalid = 22, NoNetwork = 64 };
-
-// What an error of the service means to one request: its result, and a warning where there is one.
-struct Refusal
-{
-    ServiceError error;
-    Result::Type result;
-    const char *warning = nullptr;
-    bool tellsError = false; // behind the warning, with a closing bracket
-};
-
-constexpr Refusal ConnectRefusals[] = {
-    {Busy, Result::Busy},
-    {NoDevice, Result::DeviceNotFound},
-    {Invalid, Result::InternalError, "WiFiDirect: Service reports unable to parse message."},
-};
-constexpr Refusal CancelRefusals[] = {
-    {Invalid, Result::NoRequestToCancel},
-};
-constexpr Refusal StartSessionRefusals[] = {
-    {NoNetwork, Result::NoNetworkConnection},
-};
-constexpr Refusal StopSessionRefusals[] = {
-    {Invalid, Result::InvalidSession},
-    {NoNetwork, Result::NoNetworkConnection},
-};
-constexpr Refusal IpAddressRefusals[] = {
-    {Busy, Result::InternalError, "WiFiDirect: Control was busy. (", true},
-    {NoDevice, Result::InternalError, "WiFiDirect: Device not found. (", true},
-    {Invalid, Result::InternalError, "WiFiDirect: Internal error reported from control. (", true},
-    // The doubled word is how the warning is known.
-    {NoNetwork, Result::InternalError, "WiFiDirect: Device not not connected to network. (", true},
-};
-
-constexpr NamedValue<WiFiDirectIntent::Type> IntentNames[] = {
-    {"GO", WiFiDirectIntent::GroupOwner},
-    {"client", WiFiDirectIntent::Client},
-    {"any", WiFiDirectIntent::Any},
-};
-
-constexpr NamedValue<WiFiDirectRole::Type> RoleNames[] = {
-    {"GO", WiFiDirectRole::GroupOwner},
-    {"client", WiFiDirectRole::Client},
-};
-
-constexpr NamedValue<WiFiDirectConnectionState::Type> ConnectionStateNames[] = {
-    {"connected", WiFiDirectConnectionState::Connected},
-    {"connecting", WiFiDirectConnectionState::Connecting},
-    {"disconnected", WiFiDirectConnectionState::Disconnected},
-};
-
-// The service has numbers of its own for the methods.
-constexpr struct
-{
-    WiFiDirectWpsMethod::Type method;
-    int number;
-} WpsMethodNumbers[] = {
-    {WiFiDirectWpsMethod::PushButtonConfiguration, 0},
-    {WiFiDirectWpsMethod::RandomPin, 2},
-    {WiFiDirectWpsMethod::PresetPin, 3},
-};
 
 struct ConnectedPeer : WiFiDirectDeviceInfo
 {
@@ -117,20 +31,16 @@ struct ConnectedPeer : WiFiDirectDeviceInfo
     WiFiDirectIntent::Type intent = WiFiDirectIntent::Any;
 };
 
-// That scanning has changed, and that a scan is over where it is.
-struct ScanningChange : Change<Fields<&ManagerState::scanning>, &WiFiDirect::scanningChanged>
+bool isIdle(const ManagerState &state)
 {
-    static void emitOn(const QPointer<WiFiDirect> &q, const ManagerState &state)
-    {
-        Change::emitOn(q, state);
-        if (q && !state.scanning)
-            Q_EMIT q->scanCompleted();
-    }
-};
+    return !state.scanning;
+}
 
-using ManagerChanges =
-    ChangeTable<ScanningChange, Change<Fields<&ManagerState::enabled>, &WiFiDirect::enabledChanged>,
-        Change<Fields<&ManagerState::lastUpdate>, &WiFiDirect::lastUpdateChanged>>;
+using ScanningField = Fields<&ManagerState::scanning>;
+using ManagerChanges = ChangeTable<Change<ScanningField, &WiFiDirect::scanningChanged>,
+    ConditionalChange<ScanningField, isIdle, Fields<>, &WiFiDirect::scanCompleted>,
+    Change<Fields<&ManagerState::enabled>, &WiFiDirect::enabledChanged>,
+    Change<Fields<&ManagerState::lastUpdate>, &WiFiDirect::lastUpdateChanged>>;
 
 using NetworkChanges =
     ChangeTable<Change<Fields<&NetworkState::connectionState>,
@@ -160,11 +70,6 @@ using Connecting = Change<Fields<&ConnectedPeer::name, &ConnectedPeer::hardwareA
     qOverload<QString, QString, WiFiDirectDeviceType::Type, QString, WiFiDirectIntent::Type>(
         &WiFiDirect::deviceConnected),
     qOverload<QString, QString, int, QString, int>(&WiFiDirect::deviceConnected)>;
-
-QString textIn(const QVariantMap &map, const char *name)
-{
-    return map.value(QLatin1String(name)).toString();
-}
 
 QString addressIn(const QVariantMap &peer)
 {
@@ -208,7 +113,7 @@ ConnectedPeer connectedFromMap(const QVariantMap &peer)
     info.hardwareAddress = addressIn(peer);
     info.type = typeIn(peer);
     info.ipAddress = textIn(peer, "ip_addr");
-    info.intent = valueNamed(IntentNames, textIn(peer, "role")).value_or(WiFiDirectIntent::Any);
+    info.intent = valueNamed(Intents, textIn(peer, "role")).value_or(WiFiDirectIntent::Any);
     return info;
 }
 
@@ -226,13 +131,13 @@ ManagerState managerStateIn(const QVariantMap &status, const ManagerState &befor
 NetworkState networkStateIn(const QVariantMap &connection)
 {
     NetworkState state;
-    state.connectionState = valueNamed(ConnectionStateNames, textIn(connection, "status"))
+    state.connectionState = valueNamed(ConnectionStates, textIn(connection, "status"))
                                 .value_or(WiFiDirectConnectionState::Unknown);
     // What is left over of a group that is gone is none of the application's business.
     if (state.connectionState != WiFiDirectConnectionState::Connected)
         return state;
     state.networkInterfaceName = textIn(connection, "network_if");
-    state.networkRole = valueNamed(RoleNames, textIn(connection, "role")).value_or(WiFiDirectRole::Unknown);
+    state.networkRole = valueNamed(Roles, textIn(connection, "role")).value_or(WiFiDirectRole::Unknown);
     state.networkSsid = textIn(connection, "ssid");
     state.networkOwnerHardwareAddress = textIn(connection, "go_mac_addr");
     state.networkOwnerIpAddress = textIn(connection, "go_ip_addr");
@@ -275,58 +180,12 @@ void follow(Peers *peers, const QVariantList &list, Record (*recordOf)(const QVa
     }
 }
 
-Result::Type resultOf(int error, std::span<const Refusal> refusals)
-{
-    for (const Refusal &refusal : refusals) {
-        if (refusal.error != error)
-            continue;
-        if (refusal.tellsError)
-            qCWarning(logDevice) << refusal.warning << error << ")";
-        else if (refusal.warning)
-            qCWarning(logDevice) << refusal.warning;
-        return refusal.result;
-    }
-    qCWarning(logDevice) << "WiFiDirect: Unknown error condition. (" << error << ")";
-    return Result::InternalError;
-}
-
-QVariantMap send(
-    const QVariantMap &command, bool setBlocking, const ControlTexts &texts, Result::Type *result)
-{
-    const ControlAnswer answer = exchange({ControlPpsPath, command, setBlocking}, texts);
-    *result = answer.outcome == ControlAnswer::Answered ? Result::Success : Result::InternalError;
-    return answer.message;
-}
-
-} // namespace
-
-/*! One kind of request: its name, how it is exchanged, and what the service's refusals mean to it. */
-struct WiFiDirectPrivate::Command
-{
-    enum Exchange { Plain, Blocking };
-
-    const char *name;
-    Exchange exchange;
-    std::span<const Refusal> refusals;
-};
-
-namespace {
-
-using Command = WiFiDirectPrivate::Command;
-
-const Command Scan{"wifi_p2p_scan_and_listen", Command::Plain, ConnectRefusals};
-const Command Connect{"wifi_p2p_connect", Command::Blocking, ConnectRefusals};
-const Command CancelConnect{"wifi_p2p_cancel_connect", Command::Blocking, CancelRefusals};
-const Command StartSession{"wifi_p2p_start_session", Command::Plain, StartSessionRefusals};
-const Command StopSession{"wifi_p2p_stop_session", Command::Plain, StopSessionRefusals};
-const Command GetIpAddress{"wifi_p2p_get_ip_address", Command::Blocking, IpAddressRefusals};
-
 } // namespace
 
 WiFiDirectPrivate::WiFiDirectPrivate(WiFiDirect *publicObject)
     : q(publicObject), m_status(new PpsObject(StatusPpsPath, this))
 {
-    if (!isSupported())
+    if (!WiFiDirectRequests::isSupported())
         return;
     connect(m_status, &PpsObject::readyRead, this, &WiFiDirectPrivate::onStatusReadyRead);
     if (openOrLog(m_status, PpsOpenMode::Subscribe, StatusOpenFailed))
@@ -334,18 +193,6 @@ WiFiDirectPrivate::WiFiDirectPrivate(WiFiDirect *publicObject)
     connect(q, DiscoveredTyped, q,
         qOverload<QString, QString, WiFiDirectDeviceType::Type>(&WiFiDirect::deviceFound));
     connect(q, DiscoveredInt, q, qOverload<QString, QString, int>(&WiFiDirect::deviceFound));
-}
-
-bool WiFiDirectPrivate::isSupported()
-{
-    constexpr int NotSupported = 2;
-    PpsObject status(StatusPpsPath);
-    if (!openOrLog(&status, PpsOpenMode::Subscribe, SupportOpenFailed))
-        return false;
-    const auto message = readOrLog(&status, SupportReading);
-    return message
-        && attributesOf(*message, QStringLiteral("@status")).value(QStringLiteral("p2p_mgr_enabled")).toInt()
-        != NotSupported;
 }
 
 void WiFiDirectPrivate::onStatusReadyRead()
@@ -366,7 +213,7 @@ void WiFiDirectPrivate::handleStatus()
     const QPointer<WiFiDirect> alive(q);
     const int reading = ++m_readings;
     const auto isCurrent = [this, &alive, reading] { return alive && m_readings == reading; };
-    ManagerChanges::storeAndEmit(q, &m_manager, managerStateIn(status, m_manager));
+    ManagerChanges::storeAndEmit(q, &m_manager, managerStateIn(status, *m_manager));
     if (isCurrent())
         handleNetworkConnection(status.value(QStringLiteral("connection")).toMap());
     if (isCurrent())
@@ -391,90 +238,21 @@ void WiFiDirectPrivate::handleConnectedDevices(const QVariantList &list, const I
         &WiFiDirect::deviceDisconnected, q);
 }
 
-WiFiDirectResult::Type WiFiDirectPrivate::requestScan()
-{
-    return request(Scan);
-}
-
 WiFiDirectResult::Type WiFiDirectPrivate::requestStartSession()
 {
-    QVariantMap answered;
-    const Result::Type result = request(StartSession, {}, &answered);
-    if (result == Result::Success) {
-        QMetaObject::invokeMethod(
-            q, "sessionStarted", Qt::QueuedConnection, Q_ARG(QString, textIn(answered, "session_key")));
-    }
+    QString session;
+    const WiFiDirectResult::Type result = WiFiDirectRequests::startSession(&session);
+    if (result == WiFiDirectResult::Success)
+        QMetaObject::invokeMethod(q, "sessionStarted", Qt::QueuedConnection, Q_ARG(QString, session));
     return result;
 }
 
 WiFiDirectResult::Type WiFiDirectPrivate::requestStopSession(const QString &session)
 {
-    const Result::Type result = request(StopSession, {{QStringLiteral("session_key"), session}});
-    if (result == Result::Success)
+    const WiFiDirectResult::Type result = WiFiDirectRequests::stopSession(session);
+    if (result == WiFiDirectResult::Success)
         QMetaObject::invokeMethod(q, "sessionStopped", Qt::QueuedConnection);
     return result;
-}
-
-WiFiDirectResult::Type WiFiDirectPrivate::requestConnect(
-    const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin)
-{
-    // What is no enumerator has no word or number for the service, and is left out.
-    QVariantMap argument{{QStringLiteral("addr"), hardwareAddress},
-        {QStringLiteral("wps_pin"), wpsPin.isEmpty() ? QStringLiteral("NULL") : wpsPin}};
-    for (const auto &[name, value] : IntentNames) {
-        if (value == intent)
-            argument.insert(QStringLiteral("go_intent"), QLatin1String(name));
-    }
-    for (const auto &[method, number] : WpsMethodNumbers) {
-        if (method == wpsMethod)
-            argument.insert(QStringLiteral("wps_method"), number);
-    }
-    return request(Connect, argument);
-}
-
-WiFiDirectResult::Type WiFiDirectPrivate::cancelConnectRequest()
-{
-    return request(CancelConnect);
-}
-
-QString WiFiDirectPrivate::ipAddress(const QString &hardwareAddress)
-{
-    QVariantMap answered;
-    if (request(GetIpAddress, {{QStringLiteral("addr"), hardwareAddress}}, &answered) != Result::Success)
-        return {};
-    return textIn(answered, "ip_address");
-}
-
-QVariantMap WiFiDirectPrivate::sendCommand(const QVariantMap &command, WiFiDirectResult::Type *result)
-{
-    return send(command, false, CommandExchange, result);
-}
-
-WiFiDirectResult::Type WiFiDirectPrivate::request(
-    const Command &command, const QVariantMap &argument, QVariantMap *answered)
-{
-    if (!isSupported())
-        return Result::NotSupported;
-    QVariantMap message{
-        {QStringLiteral("msg"), QLatin1String(command.name)}, {QStringLiteral("id"), WIFIDIRECT_PPSID}};
-    if (!argument.isEmpty())
-        message.insert(QStringLiteral("dat"), argument);
-    Result::Type result = Result::InternalError;
-    const QVariantMap decoded = command.exchange == Command::Blocking
-        ? send(message, true, BlockingExchange, &result)
-        : sendCommand(message, &result);
-    if (result != Result::Success)
-        return result;
-    const QVariantMap answer = attributesOf(decoded, QStringLiteral("@control"));
-    if (textIn(answer, "res") != QLatin1String(command.name) || textIn(answer, "id") != WIFIDIRECT_PPSID) {
-        qCWarning(logDevice) << "WiFiDirect: Malformed response from control.";
-        return Result::InternalError;
-    }
-    if (const int error = answer.value(QStringLiteral("err")).toInt())
-        return resultOf(error, command.refusals);
-    if (answered)
-        *answered = answer.value(QStringLiteral("dat")).toMap();
-    return Result::Success;
 }
 
 } // namespace oz::device

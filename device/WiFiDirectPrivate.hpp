@@ -1,5 +1,7 @@
 #pragma once
 
+#include "ChangeTable.hpp"
+
 #include <oz/device/WiFiDirect.hpp>
 #include <oz/device/WiFiDirectDeviceInfo.hpp>
 
@@ -46,24 +48,15 @@ public:
         QMap<QString, WiFiDirectDeviceInfo> devices;
     };
 
-    struct Command;
-
     explicit WiFiDirectPrivate(WiFiDirect *q);
 
-    [[nodiscard]] static bool isSupported();
-    [[nodiscard]] const ManagerState &manager() const { return m_manager; }
-    [[nodiscard]] const NetworkState &network() const { return m_network; }
+    [[nodiscard]] const ManagerState &manager() const { return *m_manager; }
+    [[nodiscard]] const NetworkState &network() const { return *m_network; }
     [[nodiscard]] const Peers &visible() const { return m_visible; }
     [[nodiscard]] const Peers &connected() const { return m_connected; }
 
-    WiFiDirectResult::Type requestScan();
     WiFiDirectResult::Type requestStartSession();
     WiFiDirectResult::Type requestStopSession(const QString &session);
-    /*! Numbers, since callers may have ones that are no enumerators. */
-    WiFiDirectResult::Type requestConnect(
-        const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin);
-    WiFiDirectResult::Type cancelConnectRequest();
-    [[nodiscard]] QString ipAddress(const QString &hardwareAddress);
 
 private Q_SLOTS:
     void onStatusReadyRead();
@@ -78,14 +71,10 @@ private:
     void handleDiscoveredDevices(const QVariantList &list, const IsCurrent &isCurrent);
     void handleConnectedDevices(const QVariantList &list, const IsCurrent &isCurrent);
 
-    [[nodiscard]] static QVariantMap sendCommand(const QVariantMap &command, WiFiDirectResult::Type *result);
-    [[nodiscard]] static WiFiDirectResult::Type request(
-        const Command &command, const QVariantMap &argument = {}, QVariantMap *answered = nullptr);
-
     WiFiDirect *q;
     oz::PpsObject *m_status;
-    ManagerState m_manager;
-    NetworkState m_network;
+    Announced<ManagerState> m_manager;
+    Announced<NetworkState> m_network;
     Peers m_visible;
     Peers m_connected;
     int m_readings = 0;

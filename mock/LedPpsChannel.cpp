@@ -16,6 +16,8 @@ LedPpsChannel::LedPpsChannel(QObject *parent)
 {
     if (!m_control->open(PpsOpenMode::Publish) || !m_status->open(PpsOpenMode::Subscribe))
         return;
+    // What the LED shows already does not come of this request, and is not heard of.
+    (void)m_status->read();
     connect(m_status, &PpsObject::readyRead, this, &LedPpsChannel::onReadyRead);
     connect(this, &LedPpsChannel::sendPassthrough, this, &LedPpsChannel::onSend);
 }

@@ -14,8 +14,8 @@ extern const QString s_statusPath;
 
 /*!
  * The LED service's two objects for the time of one request: what sendPassthrough() brings is written to the
- * control object, and receivePassthrough() brings each message of the status object, decoded. Where one of
- * them does not open, the channel is silent.
+ * control object, and receivePassthrough() brings each message that the status object has from then on,
+ * decoded. Where one of them does not open, the channel is silent.
  */
 class LedPpsChannel : public QObject
 {

@@ -1,6 +1,9 @@
 // Feeds Qt's orientation sensor from the tree, where a device publishes its orientation there. Everywhere
-// else Qt goes on to its other backends.
+// else Qt goes on to its other backends, but for those who want none of these.
 
+#include "OrientationSource.hpp"
+
+#include <oz/DevicePathWatcher.hpp>
 #include <oz/PpsObject.hpp>
 
 #include <QOrientationSensor>
@@ -8,7 +11,9 @@
 #include <QSensorManager>
 #include <QSensorPluginInterface>
 
+#include <cerrno>
 #include <chrono>
+#include <memory>
 #include <utility>
 
 namespace oz::sensors {
@@ -16,7 +21,6 @@ namespace oz::sensors {
 namespace {
 
 const QString PpsPath = QStringLiteral("/pps/services/sensors/orientation");
-constexpr const char *Identifier = "ozdevice.orientation";
 
 constexpr std::pair<const char *, QOrientationReading::Orientation> Orientations[] = {
     {"top-up", QOrientationReading::TopUp},
@@ -52,15 +56,43 @@ public:
     // The first reading comes from the event loop, as every other.
     void start() override
     {
-        if (!m_pps.open(PpsOpenMode::Subscribe)) {
-            sensorError(m_pps.error());
-            sensorStopped();
-        }
+        if (openOrWait())
+            return;
+        sensorError(m_pps.error());
+        sensorStopped();
     }
 
-    void stop() override { m_pps.close(); }
+    void stop() override
+    {
+        m_watcher.reset();
+        m_pps.close();
+        m_isKnown = false;
+    }
 
 private:
+    // False where neither works out.
+    bool openOrWait()
+    {
+        if (m_pps.open(PpsOpenMode::Subscribe)) {
+            m_watcher.reset();
+            return true;
+        }
+        if (m_pps.error() != ENOENT && m_pps.error() != ENOTDIR)
+            return false;
+        if (m_watcher)
+            return true;
+        m_watcher = std::make_unique<DevicePathWatcher>(PpsPath);
+        // The watcher ends where this succeeds.
+        connect(
+            m_watcher.get(), &DevicePathWatcher::changed, this,
+            [this] {
+                if (m_watcher)
+                    start();
+            },
+            Qt::QueuedConnection);
+        return openOrWait(); // it may have come in between
+    }
+
     void read()
     {
         bool ok = false;
@@ -68,15 +100,20 @@ private:
         const QVariantMap message = ok ? PpsObject::decode(text) : QVariantMap();
         if (message.isEmpty())
             return; // the object is gone, or malformed; what it told last holds
-        m_reading.setOrientation(
-            orientationOf(message.first().toMap().value(QStringLiteral("orientation")).toString()));
+        const QVariant orientation = message.first().toMap().value(QStringLiteral("orientation"));
+        m_isKnown = m_isKnown || orientation.isValid();
+        if (!m_isKnown)
+            return; // nothing has told it yet
+        m_reading.setOrientation(orientationOf(orientation.toString()));
         const auto now = std::chrono::steady_clock::now().time_since_epoch();
         m_reading.setTimestamp(quint64(std::chrono::duration_cast<std::chrono::microseconds>(now).count()));
         newReadingAvailable();
     }
 
     PpsObject m_pps;
+    std::unique_ptr<DevicePathWatcher> m_watcher; // while the object is not there
     QOrientationReading m_reading;
+    bool m_isKnown = false; // there was one
 };
 
 } // namespace
@@ -90,16 +127,17 @@ class OrientationPlugin final : public QObject, public QSensorPluginInterface, p
 public:
     void registerSensors() override
     {
-        if (!QSensorManager::isBackendRegistered(QOrientationSensor::sensorType, Identifier))
-            QSensorManager::registerBackend(QOrientationSensor::sensorType, Identifier, this);
-        // Before the backends of real sensors too, which a computer that simulates a device may have.
-        if (hasOrientation())
-            QSensorManager::setDefaultBackend(QOrientationSensor::sensorType, Identifier);
+        if (!QSensorManager::isBackendRegistered(QOrientationSensor::sensorType, OrientationIdentifier))
+            QSensorManager::registerBackend(QOrientationSensor::sensorType, OrientationIdentifier, this);
+        // Before the backends of real sensors too, which a computer that simulates a device may have. Where
+        // it makes no backend, these have their turn.
+        QSensorManager::setDefaultBackend(QOrientationSensor::sensorType, OrientationIdentifier);
     }
 
     QSensorBackend *createBackend(QSensor *sensor) override
     {
-        return hasOrientation() ? new OrientationBackend(sensor) : nullptr;
+        const bool wanted = sensor->property(TreeOnlyProperty).toBool() || hasOrientation();
+        return wanted ? new OrientationBackend(sensor) : nullptr;
     }
 
 private:

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "../Frame.hpp"
+#include "../Log.hpp"
 
 #include <cerrno>
 #include <cstring>

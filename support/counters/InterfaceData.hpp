@@ -15,6 +15,7 @@ namespace oz {
  */
 struct InterfaceData
 {
+    /*! Whether the link is there. */
     enum LinkState { LinkUnknown = 0, LinkDown = 1, LinkUp = 2 };
 
     char name[16] = {}; //!< the question: at most 15 bytes, ended by a NUL; every other field is the answer
@@ -27,18 +28,18 @@ struct InterfaceData
     quint64 metric = 0; //!< not told by the kernel
     quint64 baudRate = 0; //!< bits per second; not told by the kernel
     quint64 packetsReceived = 0; //!< this and all other counters begin with the interface
-    quint64 receiveErrors = 0;
-    quint64 packetsSent = 0;
-    quint64 sendErrors = 0;
-    quint64 collisions = 0;
-    quint64 bytesReceived = 0;
-    quint64 bytesSent = 0;
+    quint64 receiveErrors = 0; //!< packets received that were faulty
+    quint64 packetsSent = 0; //!< packets that were sent
+    quint64 sendErrors = 0; //!< packets that could not be sent
+    quint64 collisions = 0; //!< of packets while they were sent
+    quint64 bytesReceived = 0; //!< of all packets received
+    quint64 bytesSent = 0; //!< of all packets sent
     quint64 multicastsReceived = 0; //!< packets
     quint64 multicastsSent = 0; //!< packets; not told by the kernel
     quint64 receiveDrops = 0; //!< packets received and dropped for want of room, or of a receiver
     quint64 unknownProtocols = 0; //!< packets; the kernel counts them among receiveDrops
     qint32 changedSeconds = 0; //!< the time of the last change; not told by the kernel
-    qint32 changedNanoseconds = 0;
+    qint32 changedNanoseconds = 0; //!< what belongs to changedSeconds
 };
 
 static_assert(sizeof(InterfaceData) == 144);

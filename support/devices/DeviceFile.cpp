@@ -1,55 +1,23 @@
 #include <oz/DeviceFile.hpp>
 
 #include "base/Errno.hpp"
-#include "events/EventSources.hpp"
-#include "sockets/LocalSocket.hpp"
+#include "base/Log.hpp"
+#include "devices/OpenDevice.hpp"
 
-#include <oz/DeviceRoot.hpp>
+#include <QDeadlineTimer>
 
-#include <QFile>
-
-#include <fcntl.h>
-#include <mutex>
 #include <poll.h>
-#include <set>
-#include <sys/stat.h>
 
 namespace oz {
 
 namespace {
 
-// The descriptors whose devices owe an answer.
-class Owing
-{
-public:
-    void insert(int fd)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_descriptors.insert(fd);
-    }
-    bool take(int fd)
-    {
-        const std::lock_guard lock(m_mutex);
-        return m_descriptors.erase(fd) > 0;
-    }
-
-private:
-    std::mutex m_mutex;
-    std::set<int> m_descriptors;
-};
-
-Owing &owing()
-{
-    static auto *const s_owing = new Owing; // outlives the service thread
-    return *s_owing;
-}
-
-int waitForInput(int fd, int milliseconds)
+int waitForInput(int fd, const QDeadlineTimer &deadline)
 {
     pollfd input{fd, POLLIN, 0};
     int ready = 0;
     do {
-        ready = ::poll(&input, 1, milliseconds);
+        ready = ::poll(&input, 1, int(deadline.remainingTime()));
     } while (ready < 0 && errno == EINTR);
     return ready;
 }
@@ -60,51 +28,45 @@ int openDevice(const char *path, int flags)
 {
     if ((flags & ~DeviceOpen::CloseOnExec) != DeviceOpen::ReadWrite || !path || *path != '/')
         return fail(EINVAL);
-    const QByteArray file = QFile::encodeName(devicePath(QString::fromUtf8(path)));
+    int fd = -1;
     const bool closeOnExec = flags & DeviceOpen::CloseOnExec;
-    struct stat status;
-    if (::stat(file.constData(), &status) == 0 && !S_ISSOCK(status.st_mode))
-        return ::open(file.constData(), O_RDWR | O_NOCTTY | (closeOnExec ? O_CLOEXEC : 0));
-    UniqueFd socket;
-    if (const int error = LocalSocket::connect(file, LocalSocket::Wait::No, &socket, SOCK_STREAM))
-        return fail(error);
-    // Local sockets are born with close-on-exec.
-    if (!closeOnExec && ::fcntl(socket.get(), F_SETFD, 0) < 0)
-        return -1;
-    return socket.release();
+    const int error = OpenDevices::instance().open(QString::fromUtf8(path), closeOnExec, &fd);
+    if (error == ENOTSOCK)
+        qCWarning(logSupport) << path << "is no device: what lies there is no socket";
+    return error ? fail(error) : fd;
 }
 
 ssize_t readDevice(int fd, void *buffer, std::size_t size)
 {
-    const bool owed = owing().take(fd);
-    const int ready = waitForInput(fd, owed ? DeviceAnswerTimeout : 0);
-    if (ready < 0)
-        return -1;
-    if (ready == 0)
-        return owed ? fail(ETIMEDOUT) : 0;
-    const ssize_t got = ::read(fd, buffer, size);
-    if (got == 0 || (got < 0 && errno == ECONNRESET))
-        return fail(ENODEV);
-    return got;
+    const bool isOwed = OpenDevices::instance().takeOwed(fd);
+    const QDeadlineTimer deadline(isOwed ? DeviceAnswerTimeout : 0);
+    for (;;) {
+        const int ready = waitForInput(fd, deadline);
+        if (ready < 0)
+            return -1;
+        if (ready == 0)
+            return isOwed ? fail(ETIMEDOUT) : 0;
+        const ssize_t got = ::read(fd, buffer, size);
+        if (got > 0 || (got < 0 && errno != EAGAIN && errno != ECONNRESET))
+            return got;
+        // Where it is not the end, something else is behind the descriptor by now.
+        if (EventSources::isHungUp(fd) && OpenDevices::instance().judge(fd) != EventSources::HangUp::Bridged)
+            return fail(ENODEV);
+    }
 }
 
 ssize_t writeDevice(int fd, const void *data, std::size_t size)
 {
-    ssize_t written = ::send(fd, data, size, MSG_NOSIGNAL);
-    if (written < 0 && errno == ENOTSOCK)
-        written = ::write(fd, data, size);
-    if (written < 0 && (errno == EPIPE || errno == ECONNRESET))
-        return fail(ENODEV);
-    if (written > 0)
-        owing().insert(fd);
-    return written;
+    std::size_t written = 0;
+    const QByteArrayView text(static_cast<const char *>(data), qsizetype(size));
+    const int error = OpenDevices::instance().write(fd, text, &written);
+    return error ? fail(error) : ssize_t(written);
 }
 
 int closeDevice(int fd)
 {
-    (void)owing().take(fd);
-    EventSources::forget(fd);
-    return ::close(fd);
+    const int error = OpenDevices::instance().close(fd);
+    return error ? fail(error) : 0;
 }
 
 } // namespace oz

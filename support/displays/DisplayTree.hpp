@@ -20,21 +20,23 @@ inline const QString PpsPath = QStringLiteral("/pps/services/display/displays");
 /*! What is known of a display; the values are those of ScreenProperty. */
 struct Display
 {
-    QString name;
-    int kind = 0;
-    bool attached = false;
-    bool detachable = false;
+    QString name; //!< one that contains "miracast" is taken for wireless
+    int kind = 0; //!< a ScreenDisplayKind
+    bool attached = false; //!< whether it can be seen now
+    bool detachable = false; //!< whether it can be taken off
     QSize size{0, 0}; //!< pixels, in the native orientation
     QSize physicalSize{0, 0}; //!< millimetres; 0 where not known
     int rotation = 0; //!< degrees
-    int technology = 0;
+    int technology = 0; //!< as ScreenProperty::Technology
 
+    /*! Whether everything is equal. */
     bool operator==(const Display &) const = default;
 };
 
 /*! The displays by their identifiers, which are 0 or more. */
 using Displays = std::map<int, Display>;
 
+/*! The attributes of the object that tells of these displays. */
 [[nodiscard]] OZ_SUPPORT_EXPORT QVariantMap toAttributes(const Displays &displays);
 /*! The displays of an object's attributes; those that are no map under a number are left out, and members
  * that are missing are 0, false or empty. */

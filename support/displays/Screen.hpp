@@ -25,6 +25,7 @@ using screen_event_t = _screen_event *;
 
 /*! The properties, with the platform's published values. */
 namespace ScreenProperty {
+/*! The properties. */
 enum Type : int {
     EventDisplay = 11, //!< of an event, a pointer: the display it concerns
     IdString = 20, //!< of a display, text: its name
@@ -43,13 +44,13 @@ enum Type : int {
 
 /*! The kinds of display that are told apart. */
 namespace ScreenDisplayKind {
-inline constexpr int Internal = 0x7660;
+inline constexpr int Internal = 0x7660; //!< a panel of the device
 inline constexpr int External = 0x7661; //!< every other
 } // namespace ScreenDisplayKind
 
 /*! The types of event. */
 namespace ScreenEventType {
-inline constexpr int None = 0;
+inline constexpr int None = 0; //!< nothing has happened
 inline constexpr int Display = 11; //!< a display was attached or detached, or its size or rotation changed
 } // namespace ScreenEventType
 
@@ -58,8 +59,8 @@ inline constexpr int ScreenNotifyDisplay = 3;
 
 /*!
  * Makes a context; \a flags is ScreenApplicationContext. Fails with ENOENT where no display service has
- * published displays, EBADMSG where what it has published is malformed, EAGAIN where the platform's own
- * thread cannot start; EACCES, EMFILE.
+ * published displays, EBADMSG where what it has published is malformed; EAGAIN, EMFILE or ENFILE where the
+ * platform's own thread cannot start, which the next call tries again; EACCES.
  */
 OZ_SUPPORT_EXPORT int screen_create_context(screen_context_t *context, int flags);
 /*! Destroys a context, its display handles and its requests for notification. */
@@ -79,8 +80,9 @@ OZ_SUPPORT_EXPORT int screen_get_display_property_cv(
     screen_display_t display, int property, int size, char *value);
 
 /*!
- * Has \a event delivered whenever an event that concerns the display \a object is queued, and at once where
- * one is queued already. nullptr takes the request back. \a type is ScreenNotifyDisplay.
+ * Has \a event delivered when an event that concerns the display \a object is queued where none was: whoever
+ * is told takes events until there is none, and is told once of what comes meanwhile. At once where one is
+ * queued already. nullptr takes the request back. \a type is ScreenNotifyDisplay.
  */
 OZ_SUPPORT_EXPORT int screen_notify(
     screen_context_t context, int type, const void *object, const sigevent *event);

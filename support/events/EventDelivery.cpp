@@ -84,30 +84,36 @@ int raiseSignal(const sigevent &event)
     return result < 0 ? errno : 0;
 }
 
+std::atomic<EventSources::HangUp (*)(int fd)> s_judge = nullptr;
+
+EventSources::HangUp judgeHangUp(int fd)
+{
+    const auto judge = s_judge.load();
+    return judge ? judge(fd) : EventSources::HangUp::Final;
+}
+
 // The descriptors whose input is waited for, on the service thread.
 class ArmedDescriptors
 {
 public:
-    static ArmedDescriptors *instance()
+    static ArmedDescriptors &instance()
     {
         static auto *const s_instance = new ArmedDescriptors; // outlives the service thread
-        s_existing = s_instance->m_epoll ? s_instance : nullptr;
-        return s_existing;
+        return *s_instance;
     }
 
-    // Without starting anything.
-    static ArmedDescriptors *existing() { return s_existing; }
+    enum class Watch { Now, OnceResumed };
 
-    int arm(int fd, const sigevent &event)
+    int arm(int fd, const sigevent &event, Watch watch)
     {
         const std::lock_guard lock(m_mutex);
+        if (const int error = tryStart())
+            return error;
         const quint64 id = ++m_lastId;
-        epoll_event wanted{EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, {.u64 = id}};
-        // A descriptor that was closed and opened anew is not known any more, whatever its number was armed
-        // for.
-        if (::epoll_ctl(m_epoll.get(), EPOLL_CTL_MOD, fd, &wanted) < 0
-            && (errno != ENOENT || ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, fd, &wanted) < 0))
-            return errno;
+        if (watch == Watch::Now) {
+            if (const int error = waitFor(fd, id))
+                return error;
+        }
         disarm(fd);
         m_armed.emplace(id, Armed{fd, event});
         m_ids[fd] = id;
@@ -117,8 +123,21 @@ public:
     void forget(int fd)
     {
         const std::lock_guard lock(m_mutex);
-        ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, fd, nullptr);
+        stopWaitingFor(fd);
         disarm(fd);
+    }
+
+    void suspend(int fd)
+    {
+        const std::lock_guard lock(m_mutex);
+        stopWaitingFor(fd);
+    }
+
+    void resume(int fd)
+    {
+        const std::lock_guard lock(m_mutex);
+        if (const auto found = m_ids.find(fd); found != m_ids.end())
+            (void)waitFor(fd, found->second);
     }
 
 private:
@@ -128,17 +147,37 @@ private:
         sigevent event;
     };
 
-    ArmedDescriptors() : m_epoll(::epoll_create1(EPOLL_CLOEXEC))
+    // A start that fails is tried again by the next who arms.
+    int tryStart()
     {
-        ServiceThread *thread = m_epoll ? ServiceThread::instance() : nullptr;
-        if (!thread) {
-            m_epoll.reset();
-            return;
-        }
+        if (m_epoll)
+            return 0;
+        UniqueFd epoll(::epoll_create1(EPOLL_CLOEXEC));
+        ServiceThread *thread = epoll ? ServiceThread::instance() : nullptr;
+        if (!thread)
+            return errno;
+        m_epoll = std::move(epoll);
         thread->post([this](QObject *context) {
             auto *notifier = new QSocketNotifier(m_epoll.get(), QSocketNotifier::Read, context);
             QObject::connect(notifier, &QSocketNotifier::activated, context, [this] { deliverReady(); });
         });
+        return 0;
+    }
+
+    int waitFor(int fd, quint64 id)
+    {
+        epoll_event wanted{EPOLLIN | EPOLLRDHUP | EPOLLONESHOT, {.u64 = id}};
+        // A descriptor that was closed and opened anew is not known any more, whatever its number was armed
+        // for.
+        const bool waits = ::epoll_ctl(m_epoll.get(), EPOLL_CTL_MOD, fd, &wanted) == 0
+            || (errno == ENOENT && ::epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, fd, &wanted) == 0);
+        return waits ? 0 : errno;
+    }
+
+    void stopWaitingFor(int fd)
+    {
+        if (m_epoll)
+            ::epoll_ctl(m_epoll.get(), EPOLL_CTL_DEL, fd, nullptr);
     }
 
     void disarm(int fd)
@@ -157,19 +196,29 @@ private:
             deliver(ready[i].data.u64);
     }
 
-    // Under the lock, so that nothing comes once forget() has returned.
     void deliver(quint64 id)
     {
-        const std::lock_guard lock(m_mutex);
-        const auto found = m_armed.find(id);
+        std::unique_lock lock(m_mutex);
+        auto found = m_armed.find(id);
         if (found == m_armed.end())
             return;
+        const int fd = found->second.fd;
+        // Whoever judges has locks of its own, and may suspend and resume.
+        lock.unlock();
+        const bool isBridged = EventSources::isHungUp(fd) && judgeHangUp(fd) == EventSources::HangUp::Bridged;
+        lock.lock();
+        found = m_armed.find(id);
+        if (found == m_armed.end())
+            return;
+        if (isBridged) {
+            (void)waitFor(fd, id);
+            return;
+        }
+        // Under the lock, so that nothing comes once forget() has returned.
         const Armed armed = found->second;
         disarm(armed.fd);
         (void)EventSources::deliver(armed.event);
     }
-
-    static inline std::atomic<ArmedDescriptors *> s_existing = nullptr;
 
     UniqueFd m_epoll;
     std::mutex m_mutex;
@@ -208,8 +257,31 @@ int deliver(const sigevent &event)
 
 void forget(int fd)
 {
-    if (ArmedDescriptors *armed = ArmedDescriptors::existing())
-        armed->forget(fd);
+    ArmedDescriptors::instance().forget(fd);
+}
+
+void suspend(int fd)
+{
+    ArmedDescriptors::instance().suspend(fd);
+}
+
+void resume(int fd)
+{
+    ArmedDescriptors::instance().resume(fd);
+}
+
+void judgeHangUps(HangUp (*judge)(int fd))
+{
+    s_judge = judge;
+}
+
+bool isHungUp(int fd)
+{
+    pollfd state{fd, POLLIN | POLLRDHUP, 0};
+    if (::poll(&state, 1, 0) <= 0 || !(state.revents & (POLLRDHUP | POLLHUP | POLLERR)))
+        return false;
+    int waiting = 0;
+    return ::ioctl(fd, FIONREAD, &waiting) == 0 && waiting == 0;
 }
 
 } // namespace EventSources
@@ -223,17 +295,28 @@ int ionotify(int fd, int action, int flags, const sigevent *event)
         return -1;
     if (state.revents & POLLNVAL)
         return fail(EBADF);
-    if (state.revents & (POLLIN | POLLRDHUP | POLLHUP | POLLERR)) {
-        int waiting = 0;
-        const bool gone = (state.revents & (POLLRDHUP | POLLHUP | POLLERR))
-            && ::ioctl(fd, FIONREAD, &waiting) == 0 && waiting == 0;
-        return gone ? fail(ENODEV) : NotifyConditionInput;
+    using Armed = ArmedDescriptors;
+    auto watch = Armed::Watch::Now;
+    if (state.revents != 0) {
+        if (!EventSources::isHungUp(fd))
+            return NotifyConditionInput;
+        switch (judgeHangUp(fd)) {
+        case EventSources::HangUp::Final:
+            return fail(ENODEV);
+        case EventSources::HangUp::Bridged:
+            break;
+        case EventSources::HangUp::Lost:
+            watch = Armed::Watch::OnceResumed;
+        }
     }
-    ArmedDescriptors *armed = ArmedDescriptors::instance();
-    if (!armed)
-        return -1;
-    const int error = armed->arm(fd, *event);
-    return error ? fail(error) : 0;
+    if (const int error = Armed::instance().arm(fd, *event, watch))
+        return fail(error);
+    if (watch == Armed::Watch::Now)
+        return 0;
+    // It may have been resumed before this was armed.
+    if (!EventSources::isHungUp(fd))
+        EventSources::resume(fd);
+    return fail(ENODEV);
 }
 
 int MsgDeliverEvent_r(int rcvid, const sigevent *event)

@@ -11,6 +11,7 @@ namespace oz {
 
 /*! The kinds of event, as the first word of the record holds them. */
 namespace EventKind {
+/*! The kinds. */
 enum Type : int {
     None = 0, //!< nothing is delivered
     SignalWithCode = 3, //!< a signal to the process, with a value and a code
@@ -32,8 +33,8 @@ struct sigevent
     union {
         int sival_int;
         void *sival_ptr = nullptr;
-    } value;
-    short code = 0;
+    } value; //!< what the receiver is to be given
+    short code = 0; //!< likewise
     short priority = 0; //!< of a pulse; pulses are received in the order of sending, whatever it is
 };
 
@@ -49,8 +50,10 @@ inline constexpr int NotifyConditionInput = 0x10000000;
  * to be armed again for the next one. Arming again before that replaces the event. Closing the descriptor
  * takes the request away.
  *
- * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF; ENODEV where the
- * other side is gone and has left nothing to read.
+ * -1, with the reason in errno: EINVAL for another action, other flags or no event; EBADF; EMFILE, ENFILE or
+ * EAGAIN where the platform's own thread cannot start, which the next call tries again; ENODEV where the
+ * other side is gone and has left nothing to read. For a device (see DeviceFile.hpp) that is gone the request
+ * stands all the same: the event comes once the device is back.
  */
 OZ_SUPPORT_EXPORT int ionotify(int fd, int action, int flags, const sigevent *event);
 

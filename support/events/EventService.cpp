@@ -77,9 +77,10 @@ public:
         const std::shared_ptr<Handler> handler = found->second;
         m_handlers.erase(found);
         detachIfUnused();
-        *event = {};
         m_returned.wait(
             lock, [&] { return handler->depth == 0 || handler->thread == std::this_thread::get_id(); });
+        // Not before: a handler that is under way may be using it.
+        *event = {};
         // Its own call may still be under way on this object.
         if (handler->home && handler->depth == 0 && handler->home->thread() == QThread::currentThread())
             delete handler->home;
@@ -94,6 +95,8 @@ private:
         HubHandler call = nullptr;
         void *data = nullptr;
         QObject *home = nullptr; // lives on the thread whose event loop calls; none for the service's own
+        int waiting = 0; // deliveries that are still to be calls
+        bool isPosted = false; // one that stands in the event loop's queue for all of them
         int depth = 0; // of the calls under way, which are all on one thread
         std::thread::id thread;
     };
@@ -110,18 +113,26 @@ private:
             EventSources::detach(std::exchange(m_coid, 0));
     }
 
-    // The lock keeps the handler's home alive while the call is posted.
     void onPulse(int id)
     {
         const std::lock_guard lock(m_mutex);
         const auto found = m_handlers.find(id);
         if (found == m_handlers.end())
             return;
-        if (QObject *home = found->second->home)
+        ++found->second->waiting;
+        postCall(found->second.get(), id);
+    }
+
+    // Under the lock, which keeps the handler's home alive.
+    void postCall(Handler *handler, int id)
+    {
+        if (std::exchange(handler->isPosted, true))
+            return;
+        if (QObject *home = handler->home)
             QMetaObject::invokeMethod(
                 home, [this, id] { run(id); }, Qt::QueuedConnection);
-        else
-            ServiceThread::instance()->post([this, id](QObject *) { run(id); });
+        else if (ServiceThread *thread = ServiceThread::instance())
+            thread->post([this, id](QObject *) { run(id); });
     }
 
     void run(int id)
@@ -131,13 +142,21 @@ private:
         if (found == m_handlers.end())
             return;
         const std::shared_ptr<Handler> handler = found->second;
-        ++handler->depth;
-        handler->thread = std::this_thread::get_id();
-        lock.unlock();
-        (void)handler->call(handler->data);
-        lock.lock();
-        --handler->depth;
-        m_returned.notify_all();
+        handler->isPosted = false;
+        // What comes meanwhile waits for its turn, as it would behind other events.
+        for (int turns = handler->waiting; turns > 0 && handler->waiting > 0 && m_handlers.contains(id);
+             --turns) {
+            // For an event loop that the handler runs.
+            if (--handler->waiting > 0)
+                postCall(handler.get(), id);
+            ++handler->depth;
+            handler->thread = std::this_thread::get_id();
+            lock.unlock();
+            (void)handler->call(handler->data);
+            lock.lock();
+            --handler->depth;
+            m_returned.notify_all();
+        }
     }
 
     std::mutex m_mutex;

@@ -8,8 +8,9 @@
  *
  * A handler runs on the event loop of the thread that registered it, where that thread has one then (and not
  * again before that loop turns); otherwise on the service's own thread, one handler after the other. Several
- * deliveries are several calls. A handler may do everything, removing itself included, but one on the
- * service's thread holds up all others there while it runs.
+ * deliveries are several calls, of which one at a time stands in the event loop's queue. A handler may do
+ * everything, removing itself included, but one on the service's thread holds up all others there while it
+ * runs.
  */
 
 namespace oz {
@@ -21,8 +22,8 @@ using HubHandler = int (*)(void *data);
 inline constexpr int HubMaxHandlers = 65536;
 
 /*!
- * Starts to use the service on this thread. Each call wants a hub_shutdown(). Fails with EAGAIN where the
- * service's thread cannot start.
+ * Starts to use the service on this thread. Each call wants a hub_shutdown(). Fails with EAGAIN, EMFILE or
+ * ENFILE where the platform's own thread cannot start, which the next call tries again.
  */
 OZ_SUPPORT_EXPORT int hub_initialize();
 
@@ -39,9 +40,9 @@ OZ_SUPPORT_EXPORT int hub_shutdown();
 OZ_SUPPORT_EXPORT int hub_add_sigevent_handler(sigevent *event, HubHandler handler, void *data);
 
 /*!
- * Takes the handler of \a event away and zeroes the record. When it returns, the handler does not run any
- * more and will not run again: a call on another thread is waited for, deliveries that are under way are
- * dropped. ENOENT where no handler belongs to the event.
+ * Takes the handler of \a event away and, once it does not run any more, zeroes the record. When it returns,
+ * the handler does not run any more and will not run again: a call on another thread is waited for,
+ * deliveries that are under way are dropped. ENOENT where no handler belongs to the event.
  */
 OZ_SUPPORT_EXPORT int hub_remove_sigevent_handler(sigevent *event);
 

@@ -21,4 +21,24 @@ int deliver(const sigevent &event);
 /*! Takes back what ionotify() armed for \a fd, which is about to be closed. */
 void forget(int fd);
 
+/*!
+ * Around giving \a fd another file behind it: what is armed for it stays, waits for nothing after suspend(),
+ * and for what is there by then after resume().
+ */
+void suspend(int fd);
+void resume(int fd);
+
+/*! What a descriptor is whose other side is gone and has left nothing to read. */
+enum class HangUp {
+    Final, //!< gone for good
+    Bridged, //!< it has another file behind it now, and is to be looked at anew
+    Lost, //!< gone, but it may be resumed
+};
+
+/*! Has \a judge tell what such a descriptor is; before, all are final. */
+void judgeHangUps(HangUp (*judge)(int fd));
+
+/*! Whether the other side of \a fd is gone and has left nothing to read. */
+[[nodiscard]] bool isHungUp(int fd);
+
 } // namespace oz::EventSources

@@ -1,17 +1,21 @@
 #include "events/ServiceThread.hpp"
 
+#include "base/UniqueFd.hpp"
+
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <sys/eventfd.h>
 
 namespace oz {
 
 ServiceThread *ServiceThread::instance()
 {
     // Never destroyed: whatever ends after it may still post.
-    static ServiceThread *const s_thread = new ServiceThread;
-    if (!s_thread->m_started) {
-        errno = EAGAIN;
+    static auto *const s_thread = new ServiceThread;
+    const std::lock_guard starting(s_thread->m_starting);
+    if (const int error = s_thread->tryStart()) {
+        errno = error;
         return nullptr;
     }
     return s_thread;
@@ -20,6 +24,18 @@ ServiceThread *ServiceThread::instance()
 ServiceThread::ServiceThread()
 {
     setObjectName(QStringLiteral("oz-services"));
+}
+
+int ServiceThread::tryStart()
+{
+    if (m_started)
+        return 0;
+    {
+        // An event loop that gets no descriptor ends the whole program.
+        const UniqueFd spare[] = {UniqueFd(::eventfd(0, EFD_CLOEXEC)), UniqueFd(::eventfd(0, EFD_CLOEXEC))};
+        if (!spare[1])
+            return errno;
+    }
     std::unique_lock lock(m_mutex);
     // The program's signals are for its own threads.
     sigset_t all;
@@ -30,9 +46,10 @@ ServiceThread::ServiceThread()
     ::pthread_sigmask(SIG_SETMASK, &before, nullptr);
     m_started = isRunning();
     if (!m_started)
-        return;
+        return EAGAIN;
     m_running.wait(lock, [this] { return m_context != nullptr; });
     std::atexit([] { instance()->stop(); });
+    return 0;
 }
 
 void ServiceThread::stop()

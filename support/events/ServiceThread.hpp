@@ -17,7 +17,8 @@ namespace oz {
 class ServiceThread final : private QThread
 {
 public:
-    /*! Started; nullptr, with the reason in errno, where that fails. */
+    /*! Started; nullptr, with the reason in errno, where that fails, in which case the next call tries again.
+     */
     [[nodiscard]] static ServiceThread *instance();
 
     /*! Runs \a call on this thread, after what was posted before, with an object that lives there. Nothing
@@ -34,13 +35,15 @@ public:
 
 private:
     ServiceThread();
+    int tryStart();
     void run() override;
     void stop();
 
+    std::mutex m_starting;
+    bool m_started = false;
     std::mutex m_mutex;
     std::condition_variable m_running;
     QObject *m_context = nullptr; // while the thread runs
-    bool m_started = false;
 };
 
 } // namespace oz

@@ -219,7 +219,9 @@ void PpsServedChannel::awaitReturn()
 {
     m_waiting = std::make_unique<QObject>();
     for (const QDeadlineTimer &deadline : {m_unsettledUntil, m_awayUntil}) {
-        QTimer::singleShot(std::chrono::milliseconds(deadline.remainingTime()), m_waiting.get(), [this] {
+        // Any other timer may be early.
+        const std::chrono::milliseconds left(deadline.remainingTime() + 1);
+        QTimer::singleShot(left, Qt::PreciseTimer, m_waiting.get(), [this] {
             const Lock lock(m_mutex);
             if (isLost())
                 giveUp();

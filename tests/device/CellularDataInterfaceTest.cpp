@@ -1,6 +1,6 @@
+#include "device/Objects.hpp"
 #include "harness/ControlService.hpp"
 #include "harness/Testing.hpp"
-#include "device/Objects.hpp"
 
 #include <oz/device/CellularDataInterface.hpp>
 

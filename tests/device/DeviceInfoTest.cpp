@@ -6,7 +6,9 @@
 #include <oz/device/DeviceInfo.hpp>
 
 #include <QCoreApplication>
+#include <QOrientationSensor>
 
+#include <optional>
 #include <thread>
 
 using namespace oz::device;
@@ -17,8 +19,6 @@ namespace {
 class DeviceInfoTest : public DeviceTest
 {
 protected:
-    DeviceInfoTest() { QCoreApplication::addLibraryPath(OZ_PLUGINS); }
-
     // Publishes an orientation and gives what is signalled.
     QString turn(const QString &orientation, SignalLog *signalled)
     {
@@ -58,6 +58,36 @@ TEST_F(DeviceInfoTest, EachOrientationOfTheSensorIsSignalledOnceKnown)
     EXPECT_EQ(info.orientation(), DeviceOrientation::LeftUp);
 }
 
+TEST_F(DeviceInfoTest, WhereNothingTellsTheOrientationThereIsNoReadingUntilSomethingDoes)
+{
+    const DeviceService manager("/dev/power/mgr", "statusactive\n");
+    DeviceInfo info;
+    SignalLog signalled(&info);
+    EXPECT_FALSE(waitUntil([&] { return info.isOrientationValid(); }, 100));
+    ASSERT_TRUE(sensor.publish({{"other", 1}}));
+    EXPECT_EQ(signalled.settled(), "");
+    EXPECT_EQ(turn("left-up", &signalled), "orientation(LeftUp) orientation(3) orientationValid(true)");
+    ASSERT_TRUE(sensor.replace({}));
+    EXPECT_EQ(signalled.waitFor(1), "orientationValid(false)");
+    EXPECT_EQ(log.take(), QStringList{"DeviceInfo: Invalid orientation received from the sensor reading"});
+    DeviceInfo later;
+    SignalLog signalledLater(&later);
+    EXPECT_EQ(signalledLater.settled(), "");
+}
+
+TEST_F(DeviceInfoTest, OtherProgramsGetTheOrientationOfTheTreeBeforeAnyOther)
+{
+    QCoreApplication::addLibraryPath(OZ_PLUGINS);
+    const auto identifierOfDefault = [] {
+        QOrientationSensor any;
+        any.connectToBackend();
+        return any.identifier();
+    };
+    EXPECT_NE(identifierOfDefault(), "ozdevice.orientation");
+    ASSERT_TRUE(sensor.publish({{"orientation", "top-up"}}));
+    EXPECT_EQ(identifierOfDefault(), "ozdevice.orientation");
+}
+
 TEST_F(DeviceInfoTest, EachStatusOfThePowerManagerIsAnActivity)
 {
     DeviceService manager("/dev/power/mgr", "statusstandby\n");
@@ -78,11 +108,32 @@ TEST_F(DeviceInfoTest, EachStatusOfThePowerManagerIsAnActivity)
     EXPECT_EQ(log.take(), QStringList{"DeviceInfo: Unrecognized status value asleep"});
     manager.send("statusactive\n");
     EXPECT_EQ(signalled.waitFor(2), "activityState(Active) activityState(1)");
-    manager.stop();
+}
+
+TEST_F(DeviceInfoTest, AManagerThatRestartsIsNotSeenAndOneThatStaysAwayIsUnknownUntilItComes)
+{
+    std::optional<DeviceService> manager(std::in_place, "/dev/power/mgr", "statusactive\n");
+    ASSERT_TRUE(sensor.publish({{"orientation", "top-up"}}));
+    DeviceInfo info;
+    SignalLog signalled(&info);
+    EXPECT_EQ(signalled.waitFor(1), "orientationValid(true)");
+    const auto restartWith = [&](const char *status) {
+        manager->stop(DeviceService::File::Left);
+        EXPECT_EQ(signalled.settled(), "");
+        manager.emplace("/dev/power/mgr", status);
+    };
+    restartWith("statusactive\n");
+    restartWith("statusstandby\n");
+    EXPECT_EQ(signalled.waitFor(2), "activityState(Inactive) activityState(2)");
+    qputenv("OZ_GRACE_TIME", "0.05");
+    manager->stop();
     EXPECT_EQ(signalled.waitFor(2), "activityState(Unknown) activityState(0)");
     EXPECT_EQ(log.take(),
         (QStringList{"DeviceInfo: Failed to obtain status No such device",
             "DeviceInfo: Failed to schedule SIGEVENT handler No such device"}));
+    manager.emplace("/dev/power/mgr", "statusactive\n");
+    EXPECT_EQ(signalled.waitFor(2), "activityState(Active) activityState(1)");
+    qunsetenv("OZ_GRACE_TIME");
 }
 
 TEST_F(DeviceInfoTest, WithoutPowerManagerTheDefaultsStay)
@@ -90,6 +141,11 @@ TEST_F(DeviceInfoTest, WithoutPowerManagerTheDefaultsStay)
     DeviceInfo info;
     EXPECT_EQ(valuesOf(info), "orientation=TopUp activityState=Unknown orientationValid=false");
     EXPECT_EQ(log.take(), QStringList{"DeviceInfo: Initialization failed"});
+    root.place("/dev/power/mgr", "statusactive\n"); // always readable
+    EXPECT_EQ(DeviceInfo().activityState(), UserActivityState::Unknown);
+    EXPECT_EQ(log.take(),
+        (QStringList{"/dev/power/mgr is no device: what lies there is no socket",
+            "DeviceInfo: Initialization failed"}));
 }
 
 TEST_F(DeviceInfoTest, AThreadWithoutAnEventLoopHasTheActivityAlone)

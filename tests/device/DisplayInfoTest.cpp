@@ -12,7 +12,10 @@
 #include <QCoreApplication>
 
 #include <cerrno>
+#include <future>
+#include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 
 using namespace oz::device;
 using namespace oz::testing;
@@ -138,6 +141,26 @@ TEST_F(DisplayInfoTest, SignalsAttachingAndTheSizeOfADisplayThatStaysAttached)
     EXPECT_EQ(info.displayName(), "hdmi");
 }
 
+TEST_F(DisplayInfoTest, TheSizeThatIsSignalledIsTheOneThatHoldsAndTheLastIsHeard)
+{
+    publish();
+    DisplayInfo info(4);
+    QSize last;
+    QObject::connect(&info, qOverload<QSize>(&DisplayInfo::pixelSizeChanged), [&](QSize size) {
+        EXPECT_EQ(size, info.pixelSize());
+        EXPECT_NE(std::exchange(last, size), size);
+    });
+    constexpr QSize Final(3000, 1);
+    std::thread changes([&] {
+        for (int width = 1; width <= Final.width(); ++width) {
+            displays[4].size = {width, 1};
+            publish();
+        }
+    });
+    EXPECT_TRUE(waitUntil([&] { return last == Final; }));
+    changes.join();
+}
+
 TEST_F(DisplayInfoTest, ASlotMayDestroyTheObject)
 {
     publish();
@@ -182,12 +205,17 @@ TEST_F(DisplayInfoTest, TheDisplayServiceQueuesWhatHappensToEachDisplay)
         return QString("%1 of %2 %3").arg(event.type()).arg(event.display().id()).arg(event.isAttached());
     };
     EXPECT_EQ(next(0), "none");
+    const DisplayInfo info(1);
+    const PostedCalls posted;
     for (int width = 1; width <= 1000; ++width) {
         displays[1].size = {width, 1};
         displays[4].attached = width % 2;
         publish();
     }
-    EXPECT_TRUE(waitUntil([&] { return ScreenDisplay::forId(context, 1).size() == QSize(1000, 1); }));
+    while (ScreenDisplay::forId(context, 1).size() != QSize(1000, 1))
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(waitUntil([&] { return info.pixelSize() == QSize(1000, 1); }));
+    EXPECT_LE(posted.delivered(), 2) << "while the event loop did not turn";
     // Sizes that follow each other are one event; of a queue that overflows the latest stay.
     QStringList events;
     for (QString text = next(-1); text != "none"; text = next(0))
@@ -197,6 +225,50 @@ TEST_F(DisplayInfoTest, TheDisplayServiceQueuesWhatHappensToEachDisplay)
     EXPECT_EQ(events.filter("of 4").last(), "11 of 4 0");
     EXPECT_EQ(event.display().id(), -1);
     EXPECT_EQ(log.take(), QStringList{"ScreenEvent: failed to read display property - Invalid argument"});
+}
+
+TEST_F(DisplayInfoTest, AWatchThatFailsForWantOfDescriptorsIsTriedAgain)
+{
+    publish();
+    // The platform's own thread is kept from its first watch until there is no descriptor left.
+    struct
+    {
+        std::promise<void> goOn;
+        std::atomic<int> calls = 0;
+    } held;
+    oz::sigevent event;
+    ASSERT_EQ(oz::hub_initialize(), 0);
+    std::thread([&] {
+        const auto hold = [](void *data) {
+            auto *self = static_cast<decltype(held) *>(data);
+            if (self->calls++ == 0)
+                self->goOn.get_future().wait();
+            return 0;
+        };
+        EXPECT_EQ(oz::hub_add_sigevent_handler(&event, hold, &held), 0);
+    }).join();
+    const auto call = [&] {
+        EXPECT_EQ(oz::MsgSendPulse_r(event.coid, 0, event.code, event.value.sival_int), 0);
+    };
+    call();
+    DisplayInfo info(4);
+    const int next = ::dup(2);
+    ::close(next);
+    rlimit limit{};
+    ::getrlimit(RLIMIT_NOFILE, &limit);
+    const rlimit none{rlim_t(next), limit.rlim_max};
+    ::setrlimit(RLIMIT_NOFILE, &none);
+    call(); // behind the watch
+    held.goOn.set_value();
+    while (held.calls < 2)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    ::setrlimit(RLIMIT_NOFILE, &limit);
+    displays[4].size = {640, 480};
+    publish();
+    EXPECT_TRUE(waitUntil([&] { return info.pixelSize() == QSize(640, 480); }));
+    log.take();
+    oz::hub_remove_sigevent_handler(&event);
+    oz::hub_shutdown();
 }
 
 TEST_F(DisplayInfoTest, HandlesThatAreNoneAreErrors)

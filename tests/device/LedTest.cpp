@@ -216,6 +216,25 @@ TEST_F(LedTest, ASlotMayBeginTheNextRequestOrDestroyTheObject)
     }
 }
 
+TEST_F(LedTest, WhatIsLitBeforeARequestIsNoFlashOfIt)
+{
+    Led led;
+    int ended = 0;
+    QObject::connect(&led, &Led::activeChanged, [&](bool active) {
+        if (!active && ++ended < 3)
+            led.flash(1);
+    });
+    led.flash(1);
+    EXPECT_EQ(requests(1), "requestLED red 1");
+    for (int flash = 1; flash <= 3; ++flash) {
+        show({"red"});
+        settle();
+        EXPECT_EQ(ended, flash);
+        EXPECT_EQ(requests(flash < 3 ? 2 : 1), flash < 3 ? "cancelLED, requestLED red 1" : "cancelLED");
+        show({});
+    }
+}
+
 TEST_F(LedTest, ThousandsOfRequestsLeaveNothingOpen)
 {
     Led led;

@@ -159,6 +159,46 @@ TEST_F(MiracastManagerTest, AnnouncesEachDeltaInTheOrderOfItsFields)
     EXPECT_EQ(miracast.sessionId(), "s1");
 }
 
+TEST_F(MiracastManagerTest, WhatANewerReadingWithinASlotOvertakesIsAnnouncedNoFurther)
+{
+    MiracastManager miracast;
+    SignalLog heard(&miracast);
+    const QByteArray sink = R"(sink_device:json:{"name":"TV","mac":"a:b","type":"7-0050F204-1"})";
+    const auto become = [&](const QByteArray &text, MiracastConnectionState::Type state) {
+        publish(sink + "\nsink_state::" + text);
+        EXPECT_TRUE(waitUntil([&] { return miracast.connectionState() == state; }));
+    };
+    QObject::connect(&miracast, &MiracastManager::deviceNameChanged, [&] {
+        become("DISCONNECTED", MiracastConnectionState::Disconnected);
+        become("CONNECTED", MiracastConnectionState::Connected);
+    });
+    publish(sink + "\nsink_state::CONNECTED");
+    EXPECT_EQ(heard.waitFor(11),
+        "deviceName(\"TV\") hardwareAddress(\"a:b\") deviceType(Display, Television) deviceType(7, 24) "
+        "connectionState(Disconnected) connectionState(3) deviceDisconnected() "
+        "connectionState(Connected) connectionState(1) "
+        "deviceConnected(\"TV\", \"a:b\", Display, Television) deviceConnected(\"TV\", \"a:b\", 7, 24)");
+    EXPECT_EQ(heard.settled(), "");
+}
+
+TEST_F(MiracastManagerTest, OneAnswerEndsAllRequestsOfItsToken)
+{
+    Service service;
+    MiracastManager miracast;
+    SignalLog heard(&miracast);
+    QByteArray token;
+    for (QByteArray other; token.isEmpty() || token != other;) { // until both are of one millisecond
+        miracast.requestPause();
+        miracast.requestPause();
+        token = service.nextToken();
+        other = service.nextToken();
+    }
+    answer(token, "miracast_session_pause", "n:0");
+    EXPECT_EQ(heard.waitFor(2), "pauseCompleted(Success) pauseCompleted(1)");
+    answer(token, "miracast_session_pause", "n:0");
+    EXPECT_EQ(heard.settled(), "");
+}
+
 TEST_F(MiracastManagerTest, EveryCodeOfTheServiceHasItsResultAndEveryRequestItsSignal)
 {
     const std::tuple<QByteArray, int, QStringList> codes[] = {{"n:0", 1, {}}, {"n:-1000", 2, {}},

@@ -1,5 +1,5 @@
-#include "harness/Testing.hpp"
 #include "device/Objects.hpp"
+#include "harness/Testing.hpp"
 
 #include <oz/device/SimCardInfo.hpp>
 

@@ -148,27 +148,39 @@ TEST_F(WiFiDirectTest, ASlotOfAnySignalMayDestroyIt)
     }
 }
 
-TEST_F(WiFiDirectTest, ANewerReadingWithinASlotIsNotUndoneByTheOneThatIsBeingAnnounced)
+TEST_F(WiFiDirectTest, WhatANewerReadingWithinASlotOvertakesIsAnnouncedNoFurther)
 {
-    for (const char *slot : {SIGNAL(lastUpdateChanged(QDateTime)), SIGNAL(networkSsidChanged(QString)),
-             SIGNAL(deviceFound(QString, QString, int)), SIGNAL(deviceDisconnected(QString))}) {
+    for (const char *slot : {SIGNAL(scanningChanged(bool)), SIGNAL(lastUpdateChanged(QDateTime)),
+             SIGNAL(networkSsidChanged(QString)), SIGNAL(deviceFound(QString, QString, int)),
+             SIGNAL(deviceDisconnected(QString))}) {
         root.place(Status,
             "@status\nscanning:b:true\nconnected_devices:json:{\"device_list\":[{\"mac_addr\":\"old\"}]}\n");
         WiFiDirect wifi;
         const auto newer = [&] {
-            root.place(Status, seeing(R"([{"mac_addr":"newest"}])") + "last_discover_update:n:6\n");
-            EXPECT_TRUE(waitUntil([&] { return wifi.visibleDevices() == QStringList{"newest"}; }));
+            for (const QByteArray scanning : {"true", "false"}) {
+                root.place(Status,
+                    seeing(R"([{"mac_addr":"newest"}])") + "last_discover_update:n:6\nscanning:b:" + scanning
+                        + '\n');
+                EXPECT_TRUE(waitUntil([&] { return wifi.isScanning() == (scanning == "true"); }));
+            }
+            EXPECT_EQ(wifi.visibleDevices(), QStringList{"newest"});
         };
+        SignalLog heard(&wifi);
+        bool scanEnded = false; // before the newer one, where it is
         oz::meta::SignalTap tap(
             &wifi, [&, done = false](const QMetaMethod &signal, const QVariantList &) mutable {
-                if (!done && signal.methodSignature() == QMetaObject::normalizedSignature(slot + 1)) {
+                const QByteArray name = signal.methodSignature();
+                scanEnded = scanEnded || (!done && name == "scanCompleted()");
+                if (!done && name == QMetaObject::normalizedSignature(slot + 1)) {
                     done = true;
                     newer();
                 }
             });
         root.place(Status, Eventful);
         ASSERT_TRUE(waitUntil([&] { return wifi.lastUpdate().toSecsSinceEpoch() == 6; })) << slot;
-        settle();
+        const QString all = heard.settled();
+        EXPECT_EQ(all.count("scanCompleted()"), scanEnded ? 2 : 1) << slot << all.toStdString();
+        EXPECT_LE(all.count("lastUpdate("), 2) << all.toStdString();
         EXPECT_EQ(wifi.visibleDevices(), QStringList{"newest"}) << slot;
         EXPECT_EQ(wifi.connectedDevices(), QStringList()) << slot;
         EXPECT_EQ(wifi.networkSsid(), "") << slot;

@@ -19,6 +19,7 @@ DeviceService::DeviceService(const QString &path, const QByteArray &greeting)
     : m_file(QFile::encodeName(devicePath(path))), m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     QDir().mkpath(QFileInfo(QFile::decodeName(m_file)).path());
+    ::unlink(m_file.constData());
     sockaddr_un address{AF_UNIX, {}};
     EXPECT_LT(m_file.size(), qsizetype(sizeof address.sun_path));
     std::memcpy(address.sun_path, m_file.constData(), std::size_t(m_file.size()));
@@ -66,14 +67,21 @@ void DeviceService::send(const QByteArray &text)
     EXPECT_EQ(::send(latestClient(), text.constData(), std::size_t(text.size()), MSG_NOSIGNAL), text.size());
 }
 
-void DeviceService::stop()
+void DeviceService::stop(File file)
 {
     if (!m_thread.joinable())
         return;
-    ::unlink(m_file.constData());
+    if (file == File::Removed)
+        ::unlink(m_file.constData());
     ::shutdown(m_socket, SHUT_RDWR);
     m_thread.join();
     ::close(m_socket);
+    endConnections();
+}
+
+void DeviceService::endConnections()
+{
+    const std::lock_guard lock(m_mutex);
     for (const int client : m_clients)
         ::close(client);
     m_clients.clear();

@@ -18,14 +18,19 @@ public:
     explicit DeviceService(const QString &path, const QByteArray &greeting = {});
     ~DeviceService() { stop(); }
 
+    /*! What becomes of the socket's file when the service ends. */
+    enum class File { Removed, Left };
+
     /*! Waits until so many clients have connected. */
     void awaitClients(std::size_t count);
     /*! The line that the client which connected last has written. */
     [[nodiscard]] QByteArray takeLine();
     /*! Sends \a text to that client. */
     void send(const QByteArray &text);
-    /*! Ends the service, with all its connections. */
-    void stop();
+    /*! Ends all connections, and goes on to listen. */
+    void endConnections();
+    /*! Ends the service, with all its connections; one that is killed leaves its file. */
+    void stop(File file = File::Removed);
 
 private:
     void accept(const QByteArray &greeting);

@@ -262,6 +262,17 @@ qsizetype openDescriptors(qint64 process)
     return descriptors.entryList(QDir::Files | QDir::System).size();
 }
 
+PostedCalls::PostedCalls()
+{
+    QCoreApplication::instance()->installEventFilter(this);
+}
+
+bool PostedCalls::eventFilter(QObject *, QEvent *event)
+{
+    m_delivered += event->type() == QEvent::MetaCall;
+    return false;
+}
+
 bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()> &act)
 {
     qsizetype heard = 0;

@@ -5,6 +5,7 @@
 #include <oz/PpsOpenMode.hpp>
 
 #include <QByteArray>
+#include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QTemporaryDir>
@@ -134,6 +135,18 @@ private:
 
 /*! How many descriptors a process has open; this one where \a process is 0. */
 [[nodiscard]] qsizetype openDescriptors(qint64 process = 0);
+
+/*! Counts the calls that were posted to objects of this thread, as they are delivered. */
+class PostedCalls : private QObject
+{
+public:
+    PostedCalls();
+    [[nodiscard]] int delivered() const { return m_delivered; }
+
+private:
+    bool eventFilter(QObject *object, QEvent *event) override;
+    int m_delivered = 0;
+};
 
 /*!
  * Whether \a act makes \a object emit so many signals, and nothing follows when a slot of the last destroys

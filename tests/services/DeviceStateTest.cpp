@@ -3,8 +3,6 @@
 #include <oz/DeviceFile.hpp>
 #include <oz/device/DeviceInfo.hpp>
 
-#include <QCoreApplication>
-
 #include <poll.h>
 
 // The power manager and the orientation sensor of the simulated phone.
@@ -22,7 +20,6 @@ protected:
         : ServicesTest(R"({"activity": {"idle-seconds": 0.5, "other-statuses": {"charger": "none"}},
                            "orientation": {"orientation": "face-up"}})")
     {
-        QCoreApplication::addLibraryPath(OZ_PLUGINS);
     }
 };
 

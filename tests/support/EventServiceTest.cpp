@@ -10,6 +10,7 @@
 #include <fcntl.h>
 #include <future>
 #include <sys/eventfd.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -210,7 +211,7 @@ TEST(EventService, RemovingWaitsForAHandlerThatRunsOnAnotherThread)
         counter.then = [&] {
             inside = true;
             std::this_thread::sleep_for(std::chrono::milliseconds(50));
-            left = true;
+            left = counter.event.notify == EventKind::Pulse; // which it may still use
         };
         ASSERT_EQ(counter.send(), 0);
         ASSERT_EQ(counter.send(), 0);
@@ -239,6 +240,41 @@ TEST(EventService, OneShutdownTooManyHarmsNobody)
     ASSERT_EQ(counter.send(), 0);
     ASSERT_TRUE(waitUntil([&] { return counter.calls == 1; }));
     EXPECT_EQ(hub_initialize(), 0);
+}
+
+TEST(EventService, AnEventLoopThatDoesNotTurnCollectsOneCallOfAHandler)
+{
+    Counter counter;
+    const PostedCalls posted;
+    for (int i = 0; i < 1000; ++i)
+        EXPECT_EQ(counter.send(), 0);
+    EXPECT_TRUE(waitUntil([&] { return counter.calls == 1000; }));
+    EXPECT_EQ(posted.delivered(), 1);
+}
+
+// What a process meets in which nobody used the platform before.
+TEST(EventServiceDeathTest, WithoutDescriptorsEachFirstUseFailsAndTheNextOneWorks)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto useIt = [] {
+        const int fd = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+        const int next = ::dup(fd);
+        ::close(next);
+        rlimit limit{};
+        ::getrlimit(RLIMIT_NOFILE, &limit);
+        const rlimit none{rlim_t(next), limit.rlim_max};
+        ::setrlimit(RLIMIT_NOFILE, &none);
+        const oz::sigevent nothing{};
+        const bool failed = arm(fd, nothing) == -1 && std::exchange(errno, 0) == EMFILE
+            && arm(fd, nothing) == -1 && std::exchange(errno, 0) == EMFILE && hub_initialize() == -1
+            && errno == EMFILE;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+        Counter counter;
+        const bool armed = arm(fd, counter.event) == 0;
+        ::eventfd_write(fd, 1);
+        return failed && armed && waitUntil([&] { return counter.calls == 1; }) ? 0 : 1;
+    };
+    EXPECT_EXIT(std::exit(useIt()), ::testing::ExitedWithCode(0), "");
 }
 
 TEST(EventService, ManyRoundsFromManyThreadsReachTheirHandlers)

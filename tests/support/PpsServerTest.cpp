@@ -422,18 +422,59 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 
-TEST_F(PpsServerTest, MoreClientsThanItServesWaitUntilOthersLeave)
+TEST_F(PpsServerTest, AUserWithTooManyClientsLosesTheOneThatWasIdleForLongest)
 {
+    constexpr int most = 500;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
+    std::vector<quint64> came;
+    std::vector<quint64> gone;
+    QObject::connect(&server, &PpsServer::connected, [&](const auto &client) { came.push_back(client.id); });
+    QObject::connect(
+        &server, &PpsServer::disconnected, [&](const auto &client) { gone.push_back(client.id); });
     std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 1200; ++i) {
+    const auto connectOne = [&] {
         clients.push_back(std::make_unique<Client>());
-        QCoreApplication::processEvents();
+        EXPECT_TRUE(waitUntil([&] { return came.size() == clients.size(); }));
+    };
+    for (int i = 0; i < most; ++i)
+        connectOne();
+    EXPECT_TRUE(gone.empty());
+    server.hold(came[0]);
+    EXPECT_TRUE(clients[1]->write("x::1\n"));
+    settle();
+    connectOne();
+    EXPECT_EQ(gone, (std::vector{came[2]}));
+    EXPECT_EQ(server.clientCount(), most);
+    const QStringList told = log.take();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].contains("has as many clients as it takes"));
+    server.release(came[0]);
+    connectOne();
+    EXPECT_EQ(gone.back(), came[0]) << "and it is told once";
+}
+
+TEST_F(PpsServerTest, UsersHaveTurnsHoweverMuchOneOfThemSends)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be another user, too";
+    constexpr int clients = 300;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    QList<QByteArray> received;
+    QObject::connect(&server, &PpsServer::received,
+        [&](const auto &, const QByteArray &message) { received.append(message); });
+    std::vector<std::unique_ptr<Client>> flood;
+    for (int i = 0; i < clients; ++i) {
+        flood.push_back(std::make_unique<Client>());
+        for (int j = 0; j < 3; ++j)
+            EXPECT_TRUE(flood.back()->write("from::flood\n"));
     }
-    EXPECT_EQ(server.clientCount(), 1000);
-    clients.erase(clients.begin(), clients.begin() + 500);
-    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 700; }));
+    EXPECT_EQ(runWithoutRights([] { return Client().write("from::other\n") ? 0 : 1; }), 0);
+    EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 1; }));
+    // The turns that were under way before it was accepted, and one of the flood's in each round.
+    const auto place = received.indexOf("from::other\n");
+    EXPECT_LT(place, 150);
 }
 
 } // namespace

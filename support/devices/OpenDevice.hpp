@@ -1,0 +1,77 @@
+#pragma once
+
+#include "base/UniqueFd.hpp"
+#include "events/EventSources.hpp"
+#include "files/FileIdentity.hpp"
+
+#include <QByteArray>
+#include <QByteArrayList>
+#include <QDeadlineTimer>
+#include <QFile>
+#include <QString>
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <sys/types.h>
+
+namespace oz {
+
+class DeviceReturn;
+
+/*! A device that this process has open. Its descriptor outlives the service behind it. */
+struct OpenDevice
+{
+    enum class Link {
+        Up,
+        Away, //!< nothing stands behind the descriptor that anybody could take for the end of the service
+        Gone, //!< for its user too
+    };
+
+    QString root; //!< of all devices when it was opened
+    QString path; //!< below it
+    bool closeOnExec = false;
+    int fd = -1; //!< none once it is closed
+    Link link = Link::Up;
+    bool owesAnswer = false;
+    QByteArrayList said; //!< the client's lines, each once, to be said again to the next service
+    QByteArray line; //!< what the client has written of the next one
+    FileIdentity service; //!< the socket file that was connected to last
+    UniqueFd bridge; //!< while away: the other end of what stands behind the descriptor
+    QDeadlineTimer awayUntil;
+    DeviceReturn *comingBack = nullptr; //!< lives on the platform's own thread
+
+    [[nodiscard]] QByteArray file() const { return QFile::encodeName(root + path); }
+    /*! Remembers what the client has written. */
+    void note(QByteArrayView text);
+    /*! Puts \a socket behind the descriptor; what is armed for it stays. 0 or an errno. */
+    [[nodiscard]] int putBehind(UniqueFd socket);
+};
+
+/*! The open devices by their descriptors. The functions give 0 or an errno; any thread may call them. */
+class OpenDevices
+{
+public:
+    [[nodiscard]] static OpenDevices &instance();
+
+    [[nodiscard]] int open(const QString &path, bool closeOnExec, int *fd);
+    [[nodiscard]] int close(int fd);
+    /*! Writes to the service, or notes what to say to the next one. */
+    [[nodiscard]] int write(int fd, QByteArrayView text, std::size_t *written);
+    /*! Whether the device owes its client an answer, which counts as asked for with that. */
+    [[nodiscard]] bool takeOwed(int fd);
+    /*! What \a fd is, whose other side is gone. */
+    [[nodiscard]] EventSources::HangUp judge(int fd);
+
+private:
+    friend class DeviceReturn;
+
+    OpenDevices();
+    [[nodiscard]] EventSources::HangUp judgeLocked(int fd);
+    [[nodiscard]] EventSources::HangUp lose(const std::shared_ptr<OpenDevice> &device);
+
+    std::mutex m_mutex;
+    std::map<int, std::shared_ptr<OpenDevice>> m_devices;
+};
+
+} // namespace oz
