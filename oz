@@ -5,26 +5,33 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 
 packages=(
     build-essential cmake ninja-build ccache pkg-config
-    qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libmnl-dev libsystemd-dev
+    qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
     libxcb-randr0-dev
     libgtest-dev libgmock-dev
 )
-test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2)
+test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish)
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git)
+docs_packages=(doxygen)
+abi_packages=(abigail-tools git)
 
 usage() {
     cat <<'TEXT'
 Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
 
-  demo      builds, starts a simulated phone of its own and shows a live SD card for a short tour
-  test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...)
+  demo      builds what it shows, starts a simulated phone of its own and shows a live SD card for a short tour
+  test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...). With the release
+            preset, what is installed is what is tested
   build     builds
   run       builds and runs the ozdevice command with the arguments
-  bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json
+  bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json. It fails
+            where an aim is missed by more than the noise of the run
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
-  lint      checks the formatting and runs clang-tidy; --fix formats
+  lint      checks the formatting and the public headers' documentation, and runs clang-tidy; --changed [BASE] runs
+            that on what has changed since BASE (the main branch) alone, --fix formats
+  docs      builds the public headers' documentation in build/docs; what has none is an error
+  abi       compares the libraries' binary interface with that of the last tag
   coverage  runs the tests and prints the line coverage of the libraries and programs
   install   installs the release preset; the arguments go to cmake --install (--prefix DIR)
   setup     installs the Debian packages that the verbs need
@@ -53,13 +60,65 @@ need() {
     "${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
 }
 
+# configure PRESET [CMAKE ARGUMENT...]
+configure() {
+    local log="build/$1.log"
+    mkdir -p build
+    cmake --preset "$@" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
+}
+
+# build PRESET [PACKAGE...]; what is in build_targets, else everything; with what is in configure_options.
+build_targets=()
+configure_options=()
 build() {
     need "${packages[@]}" "${@:2}"
     say "building ($1)"
-    local log="build/$1.log"
-    mkdir -p build
-    cmake --preset "$1" >"$log" 2>&1 || { cat "$log" >&2; exit 1; }
-    cmake --build --preset "$1" || { echo "oz: the build failed" >&2; exit 1; }
+    configure "$1" "${configure_options[@]+"${configure_options[@]}"}"
+    cmake --build --preset "$1" ${build_targets[@]+--target "${build_targets[@]}"} ||
+        { echo "oz: the build failed" >&2; exit 1; }
+}
+
+product_sources() {
+    git ls-files -- 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' 'tools/*.cpp'
+}
+
+# The product's sources that have changed since the commit $1, or include a header that has.
+changed_sources() {
+    local changed header names=()
+    changed=$(git diff --name-only --diff-filter=d "$1" -- '*.cpp' '*.hpp')
+    for header in $(grep '\.hpp$' <<<"$changed"); do
+        names+=(-e "[/\"<]$(basename "$header")[\">]")
+    done
+    {
+        grep -Fxf <(echo "$changed") <(product_sources)
+        [ ${#names[@]} -eq 0 ] || product_sources | xargs grep -l "${names[@]}"
+        true # finding none is no failure
+    } | sort -u
+}
+
+# The commit that this work began from.
+base_commit() {
+    local base
+    base=$(git merge-base HEAD origin/main 2>/dev/null || git merge-base HEAD main 2>/dev/null || git rev-parse HEAD)
+    if [ "$base" = "$(git rev-parse HEAD)" ]; then base=$(git rev-parse HEAD^ 2>/dev/null || echo "$base"); fi
+    echo "$base"
+}
+
+# A library with everything that abidiff compares. build_for_abi SOURCE BUILD
+build_for_abi() {
+    cmake -S "$1" -B "$2" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOZ_BUILD_TESTS=OFF >"$2.log" 2>&1 &&
+        cmake --build "$2" --target ozsupport ozdevice >>"$2.log" 2>&1 || { tail -n 20 "$2.log" >&2; exit 1; }
+}
+
+check_docs() {
+    need "${packages[@]}" "${docs_packages[@]}"
+    say "documentation of the public headers"
+    configure "$preset"
+    mkdir -p build/docs
+    OZ_HEADERS=$PWD/build/$preset/include/oz doxygen docs/api/Doxyfile || {
+        sed "s|^$PWD/build/$preset/include/||" build/docs/warnings >&2
+        exit 1
+    }
 }
 
 verb=${1:-help}
@@ -82,9 +141,11 @@ set -- "${arguments[@]+"${arguments[@]}"}"
 
 case $verb in
     demo)
+        build_targets=(ozdevice_command)
         build "$preset"
         exec "build/$preset/bin/ozdevice" demo "$@" ;;
     test)
+        configure_options=(-DOZ_BUILD_TESTS=ON)
         build "$preset" "${test_packages[@]}"
         say "testing ($preset)"
         exec ctest --test-dir "build/$preset" --parallel "$(nproc)" --output-on-failure --no-tests=error "$@" ;;
@@ -111,26 +172,66 @@ case $verb in
         if [ "${1:-}" = --fix ]; then
             exec clang-format -i "${sources[@]}"
         fi
+        files=$(product_sources)
+        if [ "${1:-}" = --changed ]; then
+            base=${2:-$(base_commit)}
+            files=$(changed_sources "$base")
+        fi
         say "formatting"
         clang-format --dry-run --Werror "${sources[@]}"
+        check_docs
+        [ -n "$files" ] || { say "no source has changed since $base"; exit 0; }
+        # The plugin includes its generated code.
+        build_targets=(oz_sensors_autogen)
         build dev
-        say "clang-tidy"
+        say "clang-tidy of $(wc -l <<<"$files") sources"
         # Precompiled headers are the compiler's own, and of no use to clang-tidy.
         mkdir -p build/tidy
         sed -E 's/ -Winvalid-pch| -include [^ ]*cmake_pch\.hxx| -fpch-preprocess//g' \
             build/dev/compile_commands.json >build/tidy/compile_commands.json
-        git ls-files 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' 'tools/*.cpp' |
-            xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' ;;
+        xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' <<<"$files" ;;
+    docs)
+        check_docs
+        say "see build/docs/html/index.html" ;;
+    abi)
+        tag=$(git describe --tags --abbrev=0 2>/dev/null) || {
+            say "there is no tag yet whose interface could be compared"
+            exit 0
+        }
+        need "${packages[@]}" "${abi_packages[@]}"
+        say "comparing with $tag"
+        mkdir -p "build/abi/$tag/source"
+        git archive "$tag" | tar -x -C "build/abi/$tag/source"
+        build_for_abi "build/abi/$tag/source" "build/abi/$tag/build"
+        build_for_abi . build/abi/current
+        failed=0
+        for library in libozsupport libozdevice; do
+            old="build/abi/$tag/build/lib/$library.so"
+            new="build/abi/current/lib/$library.so"
+            if [ "$(readlink "$old")" != "$(readlink "$new")" ]; then
+                say "$library has a name of its own in this version, so nothing is to be compared"
+                continue
+            fi
+            # 4 says that something has changed, 8 that it breaks programs, 1 and 2 that abidiff did not work.
+            status=0
+            abidiff --headers-dir1 "build/abi/$tag/build/include" --headers-dir2 build/abi/current/include \
+                "$old" "$new" || status=$?
+            [ $((status & ~4)) -eq 0 ] || failed=1
+        done
+        [ $failed -eq 0 ] || { echo "oz: programs that were built with $tag do not run with this version" >&2; exit 1; }
+        say "programs that were built with $tag run with this version" ;;
     coverage)
         build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
         exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'mock/' --filter 'sensors/' --filter 'services/' \
             --filter 'tools/' build/coverage "$@" ;;
     install)
+        configure_options=(-DOZ_BUILD_TESTS=OFF)
         build release
         exec cmake --install build/release "$@" ;;
     setup)
-        need "${packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" "${lint_packages[@]}" ;;
+        need "${packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" "${lint_packages[@]}" \
+            "${docs_packages[@]}" "${abi_packages[@]}" ;;
     clean)
         rm -rf build ;;
     help | --help | -h)

@@ -115,7 +115,7 @@ const std::map<QString, std::function<std::unique_ptr<QObject>(Bell)>> &faciliti
         {"device",
             ringsAt<DeviceInfo>(qOverload<UserActivityState::Type>(&DeviceInfo::activityStateChanged))},
         {"display", ringsAt<DisplayInfo>(qOverload<QSize>(&DisplayInfo::pixelSizeChanged), 0)},
-        {"wifidirect",
+        {"wifi-direct",
             ringsAt<WiFiDirect>(qOverload<QString, QString, WiFiDirectDeviceType::Type,
                 WiFiDirectSecondaryDeviceType::Types, WiFiDirectRole::Type>(&WiFiDirect::deviceDiscovered))},
         {"miracast",
@@ -243,8 +243,8 @@ int main(int argc, char **argv)
             continue;
         const std::vector<Samples> measured = measureFacility(argv[0], message, rounds);
         const auto add = [&](const char *name, std::size_t under, double share, double aim) {
-            ratios.push_back({message.facility + " / " + name,
-                measured[1].percentile(share) / measured[under].percentile(share), aim});
+            ratios.push_back(
+                ratioOf(message.facility + " / " + name, measured[1], measured[under], share, aim));
         };
         // The bare file is not decoded, which tells with a large message: there the bus is the measure.
         const bool isSmall = PpsObject::encode(message.attributes).size() <= 4096;
@@ -256,14 +256,14 @@ int main(int argc, char **argv)
     }
     const std::vector<Samples> activity = measureActivity(argv[0], rounds);
     for (const double share : {0.5, 0.99}) {
-        ratios.push_back({share < 0.9 ? "device / file, median" : "device / file, p99",
-            activity[1].percentile(share) / activity[0].percentile(share), 0});
+        ratios.push_back(ratioOf(share < 0.9 ? "device / file, median" : "device / file, p99", activity[1],
+            activity[0], share, 0));
     }
     samples.insert(samples.end(), activity.begin(), activity.end());
-    print(ratios);
+    const bool reached = print(ratios);
     if (!json.empty())
         writeJson(json, "us", samples, ratios);
-    return 0;
+    return reached ? 0 : 1;
 }
 
 #include "Latency.moc"

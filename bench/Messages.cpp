@@ -98,7 +98,7 @@ std::vector<Message> allMessages()
         {"data-profile", "/pps/services/cds/cnice/status", data, with(data, "internet", profile(false))},
         {"led", "/pps/services/led/status", led, with(led, "red", "on")},
         {"display", DisplayTree::PpsPath, displays(768), displays(640)},
-        {"wifidirect", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
+        {"wifi-direct", "/pps/services/wifi_p2p/manager/status", peers(100), peers(101)},
         {"miracast", "/pps/services/miracast/status", miracast, with(miracast, "session", "PAUSED")},
     };
 }

@@ -6,6 +6,7 @@
 #include <QJsonObject>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
@@ -34,14 +35,52 @@ double Samples::percentile(double share) const
     return sorted[std::min(sorted.size() - 1, std::size_t(share * double(sorted.size())))];
 }
 
-void print(const std::vector<Ratio> &ratios)
+double deviation(const std::vector<double> &values)
 {
-    for (const Ratio &ratio : ratios) {
-        std::printf("  %-62s %6.2f", ratio.name.c_str(), ratio.value);
-        if (ratio.aim > 0)
-            std::printf("   (at most %.2f: %s)", ratio.aim, ratio.value <= ratio.aim ? "reached" : "MISSED");
-        std::printf("\n");
+    if (values.size() < 2)
+        return 0;
+    double sum = 0;
+    for (const double value : values)
+        sum += value;
+    const double mean = sum / double(values.size());
+    double squares = 0;
+    for (const double value : values)
+        squares += (value - mean) * (value - mean);
+    return std::sqrt(squares / double(values.size() - 1));
+}
+
+Ratio ratioOf(const std::string &name, const Samples &over, const Samples &under, double share, double aim)
+{
+    const std::size_t size = std::min(over.values.size(), under.values.size());
+    const std::size_t parts = std::min<std::size_t>(size, 10);
+    std::vector<double> ratios;
+    for (std::size_t part = 0; part < parts; ++part) {
+        const auto slice = [&](const Samples &samples) {
+            const auto at = [&](std::size_t index) {
+                return samples.values.begin() + std::ptrdiff_t(index * size / parts);
+            };
+            return Samples{{}, {at(part), at(part + 1)}}.percentile(share);
+        };
+        ratios.push_back(slice(over) / slice(under));
     }
+    return {name, over.percentile(share) / under.percentile(share), aim, deviation(ratios)};
+}
+
+bool print(const std::vector<Ratio> &ratios)
+{
+    bool reached = true;
+    for (const Ratio &ratio : ratios) {
+        std::printf("  %-62s %6.2f ± %4.2f", ratio.name.c_str(), ratio.value, ratio.noise);
+        if (ratio.aim > 0) {
+            std::printf("   (at most %.2f: %s)", ratio.aim,
+                ratio.isMissed()               ? "MISSED"
+                    : ratio.value <= ratio.aim ? "reached"
+                                               : "missed by less than the noise");
+        }
+        std::printf("\n");
+        reached = reached && !ratio.isMissed();
+    }
+    return reached;
 }
 
 void writeJson(const std::string &file, const std::string &unit, const std::vector<Samples> &samples,
@@ -56,8 +95,8 @@ void writeJson(const std::string &file, const std::string &unit, const std::vect
     }
     QJsonArray derived;
     for (const Ratio &ratio : ratios)
-        derived.append(QJsonObject{
-            {"name", QString::fromStdString(ratio.name)}, {"value", ratio.value}, {"aim", ratio.aim}});
+        derived.append(QJsonObject{{"name", QString::fromStdString(ratio.name)}, {"value", ratio.value},
+            {"aim", ratio.aim}, {"noise", ratio.noise}, {"missed", ratio.isMissed()}});
     QFile output(QString::fromStdString(file));
     if (!output.open(QIODevice::WriteOnly)) {
         std::fprintf(stderr, "%s: %s\n", file.c_str(), qPrintable(output.errorString()));

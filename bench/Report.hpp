@@ -30,10 +30,22 @@ struct Ratio
     std::string name;
     double value = 0;
     double aim = 0;
+    double noise = 0; //!< how far it strays within the run: the standard deviation from part to part
+
+    [[nodiscard]] bool isMissed() const { return aim > 0 && value - noise > aim; }
 };
 
-/*! Prints the ratios, with a mark where an aim is missed. */
-void print(const std::vector<Ratio> &ratios);
+/*!
+ * The ratio of a percentile of two quantities that were measured in turns. The noise is that of its values in
+ * the tenths of the run, each of which had the same of whatever else the machine did.
+ */
+[[nodiscard]] Ratio ratioOf(
+    const std::string &name, const Samples &over, const Samples &under, double share, double aim);
+/*! The standard deviation. */
+[[nodiscard]] double deviation(const std::vector<double> &values);
+
+/*! Prints the ratios with what their aims came to; whether none is missed by more than the noise. */
+[[nodiscard]] bool print(const std::vector<Ratio> &ratios);
 
 /*! Writes the samples' figures and the ratios to \a file. */
 void writeJson(const std::string &file, const std::string &unit, const std::vector<Samples> &samples,

@@ -4,7 +4,7 @@
 #include "Processes.hpp"
 #include "Report.hpp"
 
-#include "core/Daemon.hpp"
+#include "daemon/Daemon.hpp"
 #include "miracast/MiracastPublisher.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -51,7 +51,7 @@ struct FacilityRequest
 const std::vector<FacilityRequest> &facilityRequests()
 {
     static const std::vector<FacilityRequest> all{
-        {"wifidirect", {{"msg", "wifi_p2p_cancel_connect"}, {"id", "oz.device.WiFiDirect"}},
+        {"wifi-direct", {{"msg", "wifi_p2p_cancel_connect"}, {"id", "oz.device.WiFiDirect"}},
             []() -> std::function<bool()> {
                 return [wifi = std::make_shared<device::WiFiDirect>()] {
                     return wifi->cancelConnectRequest() == device::WiFiDirectResult::NoRequestToCancel;
@@ -151,7 +151,7 @@ int serve(const QString &role, const Bell &bell)
     if (role == "bare")
         serveBare(bell);
     if (role == "facility") {
-        const services::Daemon daemon{services::SourceConfig(), services::JsonNode::emptyMap()};
+        const services::Daemon daemon{services::Configuration::simulated(), services::JsonNode::emptyMap()};
         bell.ring();
         return QCoreApplication::exec();
     }
@@ -232,8 +232,8 @@ int main(int argc, char **argv)
                         }});
         measure(&ways, std::min(rounds, request.maxRounds), request.rest);
         const auto add = [&](const char *name, std::size_t under, double share, double aim) {
-            ratios.push_back({request.name + " request / " + name,
-                ways[1].samples.percentile(share) / ways[under].samples.percentile(share), aim});
+            ratios.push_back(ratioOf(
+                request.name + " request / " + name, ways[1].samples, ways[under].samples, share, aim));
         };
         add("socket, median", 0, 0.5, 3);
         add("socket, p99", 0, 0.99, 3);
@@ -242,10 +242,10 @@ int main(int argc, char **argv)
         for (const Way &way : ways)
             samples.push_back(way.samples);
     }
-    print(ratios);
+    const bool reached = print(ratios);
     if (!json.empty())
         writeJson(json, "us", samples, ratios);
-    return 0;
+    return reached ? 0 : 1;
 }
 
 #include "Requests.moc"

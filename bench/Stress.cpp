@@ -1,10 +1,10 @@
 // Many processes that send requests to the services at once: whether each gets its own answers, and whether
 // the services stay as they are. Not one of the benchmarks: run it by hand, `bench_stress [--processes 50]
-// [--seconds 10] [--facility wifidirect|miracast]`.
+// [--seconds 10] [--facility wifi-direct|miracast]`.
 
 #include "Processes.hpp"
 
-#include "core/Daemon.hpp"
+#include "daemon/Daemon.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/MiracastManager.hpp>
@@ -161,7 +161,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments();
     if (words.value(1) == "--role") {
-        const services::Daemon daemon{services::SourceConfig(), services::JsonNode::emptyMap()};
+        const services::Daemon daemon{services::Configuration::simulated(), services::JsonNode::emptyMap()};
         Bell(words.value(2).toInt()).ring();
         return QCoreApplication::exec();
     }

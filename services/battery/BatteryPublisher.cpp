@@ -4,84 +4,69 @@ namespace oz::services {
 
 namespace {
 
+using Battery = BatteryState::Battery;
+
 constexpr int MissingInteger = 80'000'000;
 
 // Without charge the number of chargers tells discharging from not charging.
-QString chargingStateText(BatterySource::Charging charging)
+QString textOf(BatteryState::Charging charging)
 {
     switch (charging) {
-    case BatterySource::Charging::No:
+    case BatteryState::Charging::No:
         return QStringLiteral("NC");
-    case BatterySource::Charging::Yes:
+    case BatteryState::Charging::Yes:
         return QStringLiteral("CC");
-    case BatterySource::Charging::Full:
+    case BatteryState::Charging::Full:
         return QStringLiteral("DC");
     }
     return {};
 }
 
-QString conditionText(BatterySource::Condition condition)
+QString textOf(std::optional<BatteryState::Condition> condition)
 {
-    switch (condition) {
-    case BatterySource::Condition::Unknown:
+    if (!condition)
         return QStringLiteral("UNKNOWN");
-    case BatterySource::Condition::Good:
-        return QStringLiteral("OK");
-    case BatterySource::Condition::Bad:
-        return QStringLiteral("BAD");
-    }
-    return {};
+    return *condition == BatteryState::Condition::Good ? QStringLiteral("OK") : QStringLiteral("BAD");
 }
 
-QVariantMap statusOf(const BatterySource::Battery &battery)
+QVariantMap statusOf(const std::optional<Battery> &inserted)
 {
+    const Battery battery = inserted.value_or(Battery());
     return {
-        {QStringLiteral("BatteryPresent"), QStringLiteral("YES")},
-        {QStringLiteral("StateOfCharge"), battery.level},
-        {QStringLiteral("StateOfBattery"), conditionText(battery.condition)},
-        {QStringLiteral("FullChargeCap"), battery.fullChargeCapacity},
-        {QStringLiteral("CycleCount"), battery.cycleCount},
+        {QStringLiteral("BatteryPresent"), inserted ? QStringLiteral("YES") : QStringLiteral("NO")},
+        {QStringLiteral("StateOfCharge"), battery.level.value_or(MissingInteger)},
+        {QStringLiteral("StateOfBattery"), textOf(battery.condition)},
+        {QStringLiteral("FullChargeCap"), battery.fullChargeCapacity.value_or(MissingInteger)},
+        {QStringLiteral("CycleCount"), battery.cycleCount.value_or(MissingInteger)},
         {QStringLiteral("Temperature"),
             battery.temperature ? qRound(*battery.temperature * 100) : MissingInteger},
     };
 }
 
-QVariantMap statusOfNone()
-{
-    return {
-        {QStringLiteral("BatteryPresent"), QStringLiteral("NO")},
-        {QStringLiteral("StateOfCharge"), MissingInteger},
-        {QStringLiteral("StateOfBattery"), conditionText(BatterySource::Condition::Unknown)},
-        {QStringLiteral("FullChargeCap"), MissingInteger},
-        {QStringLiteral("CycleCount"), MissingInteger},
-        {QStringLiteral("Temperature"), MissingInteger},
-    };
-}
-
 } // namespace
 
-BatteryPublisher::BatteryPublisher(BatterySource &source)
-    : m_source(source), m_status(QStringLiteral("/pps/system/BattMgr/status"))
+BatteryPublisher::BatteryPublisher(const QString &facility, BatterySource &source, Tree &tree)
+    : PublisherOf(facility, source, tree), m_status(tree, QStringLiteral("/pps/system/BattMgr/status"))
 {
-    connect(&source, &BatterySource::changed, this, &BatteryPublisher::publish);
-    publish();
+    declare(m_status);
+    follow();
 }
 
-void BatteryPublisher::publish()
+void BatteryPublisher::publishState(const BatteryState &state)
 {
-    const auto state = m_source.state();
-    if (!state)
-        return;
     const QString receiver =
-        state->wirelessReceiver.isEmpty() ? QStringLiteral("null") : state->wirelessReceiver;
+        state.wirelessReceiver.isEmpty() ? QStringLiteral("null") : state.wirelessReceiver;
+    QVariantMap system;
+    if (state.charging)
+        system.insert(QStringLiteral("ChargingState"), textOf(*state.charging));
+    QVariantMap chargers;
+    insertKnown(&chargers, QStringLiteral("NumOfSource"), state.chargers);
     m_status.publish({
-        {QStringLiteral("SystemInfo"),
-            QVariantMap{{QStringLiteral("ChargingState"), chargingStateText(state->charging)}}},
-        {QStringLiteral("ChargerInfo"), QVariantMap{{QStringLiteral("NumOfSource"), state->chargers}}},
+        {QStringLiteral("SystemInfo"), system},
+        {QStringLiteral("ChargerInfo"), chargers},
         {QStringLiteral("BatteryInfo"),
             QVariantMap{{QStringLiteral("ActiveBattery"), 0},
-                {QStringLiteral("BatteryStatus"),
-                    QVariantList{state->battery ? statusOf(*state->battery) : statusOfNone()}}}},
+                {QStringLiteral("BatteryStatus"), QVariantList{statusOf(state.battery)}}}},
         {QStringLiteral("WlcSourceInfo"),
             QVariantMap{{QStringLiteral("WlcSrcParameters"),
                 QVariantList{QVariantMap{{QStringLiteral("RxID"), receiver}}}}}},

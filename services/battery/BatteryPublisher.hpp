@@ -1,20 +1,19 @@
 #pragma once
 
 #include "battery/BatterySource.hpp"
-#include "core/StatePublisher.hpp"
+#include "publishing/Publisher.hpp"
 
 namespace oz::services {
 
 /*! Publishes "/pps/system/BattMgr/status": "SystemInfo", "ChargerInfo", "BatteryInfo" and "WlcSourceInfo". */
-class BatteryPublisher : public QObject
+class BatteryPublisher final : public PublisherOf<BatterySource>
 {
 public:
-    explicit BatteryPublisher(BatterySource &source);
+    BatteryPublisher(const QString &facility, BatterySource &source, Tree &tree);
 
 private:
-    void publish();
+    void publishState(const BatteryState &state) override;
 
-    BatterySource &m_source;
     StatePublisher m_status;
 };
 

@@ -1,43 +1,34 @@
 #pragma once
 
-#include <QObject>
-#include <QString>
-
-#include <optional>
+#include "source/Source.hpp"
 
 namespace oz::services {
 
-/*! What the battery and its chargers are doing, whoever knows it. */
-class BatterySource : public QObject
+struct BatteryState
 {
-    Q_OBJECT
-
-public:
     enum class Charging { No, Yes, Full };
-    enum class Condition { Unknown, Good, Bad };
+    enum class Condition { Good, Bad };
 
     struct Battery
     {
-        int level = 0; //!< percent
-        Condition condition = Condition::Unknown;
-        int fullChargeCapacity = 0; //!< mAh
-        int cycleCount = 0;
+        std::optional<int> level; //!< percent
+        std::optional<Condition> condition;
+        std::optional<int> fullChargeCapacity; //!< mAh
+        std::optional<int> cycleCount;
         std::optional<double> temperature; //!< degrees Celsius
+
+        bool operator==(const Battery &) const = default;
     };
 
-    struct State
-    {
-        Charging charging = Charging::No;
-        int chargers = 0; //!< the number that is connected
-        std::optional<Battery> battery; //!< nothing while it is taken out
-        QString wirelessReceiver; //!< its identifier, empty where the device lies on no wireless charger
-    };
+    std::optional<Charging> charging;
+    std::optional<int> chargers; //!< the number that is connected
+    std::optional<Battery> battery; //!< nothing while it is taken out
+    QString wirelessReceiver; //!< its identifier, empty where the device lies on no wireless charger
 
-    /*! The state; nothing while it is not known yet, which is then not published either. */
-    [[nodiscard]] virtual std::optional<State> state() const = 0;
-
-Q_SIGNALS:
-    void changed();
+    bool operator==(const BatteryState &) const = default;
 };
+
+/*! What the battery and its chargers are doing, whoever knows it. */
+using BatterySource = StateSource<BatteryState>;
 
 } // namespace oz::services

@@ -1,6 +1,6 @@
 #include "battery/SimulatedBattery.hpp"
 
-#include "core/Error.hpp"
+#include "publishing/Error.hpp"
 
 namespace oz::services {
 
@@ -9,10 +9,18 @@ namespace {
 constexpr double ColdestCharge = 0; // degrees Celsius
 constexpr double HottestCharge = 45;
 
-// In the order of BatterySource::Condition.
+using Charging = BatteryState::Charging;
+using Condition = BatteryState::Condition;
+
+// "unknown", and then in the order of Condition.
 QStringList conditionWords()
 {
     return {QStringLiteral("unknown"), QStringLiteral("ok"), QStringLiteral("bad")};
+}
+
+std::optional<Condition> conditionOf(qsizetype place)
+{
+    return place < 1 ? std::nullopt : std::optional(Condition(place - 1));
 }
 
 std::chrono::milliseconds paceIn(const JsonNode &section, const QString &key, double fallback)
@@ -22,18 +30,19 @@ std::chrono::milliseconds paceIn(const JsonNode &section, const QString &key, do
 
 } // namespace
 
-SimulatedBattery::SimulatedBattery(const JsonNode &section)
+SimulatedBattery::SimulatedBattery(const JsonNode &section, SimulatedPhone &phone)
+    : m_timer(phone.clock(), PhoneTimer::Repeatedly)
 {
     const QString temperature = QStringLiteral("temperature");
     section.allowOnly({QStringLiteral("level"), QStringLiteral("plugged"),
         QStringLiteral("wireless-receiver"), QStringLiteral("present"), QStringLiteral("condition"),
         QStringLiteral("full-charge-capacity"), QStringLiteral("cycle-count"), temperature,
         QStringLiteral("charging-seconds-per-percent"), QStringLiteral("discharging-seconds-per-percent")});
-    m_battery.level = section.integer(QStringLiteral("level"), 80, 0, 100);
+    m_level = section.integer(QStringLiteral("level"), 80, 0, 100);
     m_plugged = section.boolean(QStringLiteral("plugged"), false);
     m_receiver = section.text(QStringLiteral("wireless-receiver"), {});
     m_present = section.boolean(QStringLiteral("present"), true);
-    m_battery.condition = Condition(conditionWords().indexOf(
+    m_battery.condition = conditionOf(conditionWords().indexOf(
         section.word(QStringLiteral("condition"), QStringLiteral("ok"), conditionWords())));
     m_battery.fullChargeCapacity =
         section.integer(QStringLiteral("full-charge-capacity"), 2'800, 1, 1'000'000);
@@ -43,26 +52,11 @@ SimulatedBattery::SimulatedBattery(const JsonNode &section)
     m_chargingPace = paceIn(section, QStringLiteral("charging-seconds-per-percent"), 60);
     m_dischargingPace = paceIn(section, QStringLiteral("discharging-seconds-per-percent"), 600);
 
-    connect(&m_timer, &QTimer::timeout, this, [this] {
-        m_battery.level += m_step;
+    connect(&m_timer, &PhoneTimer::timeout, this, [this] {
+        m_level += m_step;
         update();
     });
     update();
-}
-
-std::optional<BatterySource::State> SimulatedBattery::state() const
-{
-    State state;
-    state.chargers = chargers();
-    state.wirelessReceiver = m_receiver;
-    if (m_present)
-        state.battery = m_battery;
-    if (m_present && state.chargers > 0) {
-        state.charging = m_battery.level == 100 ? Charging::Full
-            : takesCharge()                     ? Charging::Yes
-                                                : Charging::No;
-    }
-    return state;
 }
 
 std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
@@ -84,7 +78,7 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
             QStringLiteral("lays the phone on a wireless charger, or takes it from there"),
             [this](const QStringList &words) { m_receiver = words.value(0); }),
         verb(QStringLiteral("level"), {QStringLiteral("PERCENT")}, QStringLiteral("sets the charge"),
-            [this](const QStringList &words) { m_battery.level = SimArgument::integer(words[0], 0, 100); }),
+            [this](const QStringList &words) { m_level = SimArgument::integer(words[0], 0, 100); }),
         verb(QStringLiteral("temperature"), {QStringLiteral("CELSIUS|unknown")},
             QStringLiteral("sets the temperature; it takes charge from 0 to 45 only"),
             [this](const QStringList &words) {
@@ -95,7 +89,7 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
         verb(QStringLiteral("condition"), {QStringLiteral("ok|bad|unknown")},
             QStringLiteral("sets the condition"),
             [this](const QStringList &words) {
-                m_battery.condition = Condition(SimArgument::oneOf(words[0], conditionWords()));
+                m_battery.condition = conditionOf(SimArgument::oneOf(words[0], conditionWords()));
             }),
         verb(QStringLiteral("remove"), {}, QStringLiteral("takes the battery out"),
             [this](const QStringList &) { m_present = false; }),
@@ -104,19 +98,52 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
     };
 }
 
+// What the phone's file says stays: capacity, cycles and paces.
+QVariantMap SimulatedBattery::saved() const
+{
+    QVariantMap saved{{QStringLiteral("level"), m_level}, {QStringLiteral("present"), m_present},
+        {QStringLiteral("plugged"), m_plugged}, {QStringLiteral("receiver"), m_receiver},
+        {QStringLiteral("condition"), m_battery.condition ? int(*m_battery.condition) + 1 : 0}};
+    if (m_battery.temperature)
+        saved.insert(QStringLiteral("temperature"), *m_battery.temperature);
+    return saved;
+}
+
+void SimulatedBattery::restore(const QVariantMap &saved)
+{
+    m_level = std::clamp(saved.value(QStringLiteral("level")).toInt(), 0, 100);
+    m_present = saved.value(QStringLiteral("present")).toBool();
+    m_plugged = saved.value(QStringLiteral("plugged")).toBool();
+    m_receiver = saved.value(QStringLiteral("receiver")).toString();
+    m_battery.condition = conditionOf(std::clamp(saved.value(QStringLiteral("condition")).toInt(), 0, 2));
+    m_battery.temperature.reset();
+    if (const QVariant temperature = saved.value(QStringLiteral("temperature")); temperature.isValid())
+        m_battery.temperature = temperature.toDouble();
+    update();
+}
+
 bool SimulatedBattery::takesCharge() const
 {
     const auto &temperature = m_battery.temperature;
     return !temperature || (*temperature >= ColdestCharge && *temperature <= HottestCharge);
 }
 
+Charging SimulatedBattery::charging() const
+{
+    if (!m_present || chargers() == 0)
+        return Charging::No;
+    if (m_level == 100)
+        return Charging::Full;
+    return takesCharge() ? Charging::Yes : Charging::No;
+}
+
 void SimulatedBattery::update()
 {
     int step = 0;
     if (m_present && chargers() == 0)
-        step = m_battery.level > 0 ? -1 : 0;
+        step = m_level > 0 ? -1 : 0;
     else if (m_present && takesCharge())
-        step = m_battery.level < 100 ? 1 : 0;
+        step = m_level < 100 ? 1 : 0;
     // A percent that has begun goes on while the direction stays.
     if (step != m_step) {
         m_step = step;
@@ -125,7 +152,9 @@ void SimulatedBattery::update()
         else
             m_timer.start(step > 0 ? m_chargingPace : m_dischargingPace);
     }
-    Q_EMIT changed();
+    save();
+    m_battery.level = m_level;
+    know({charging(), chargers(), m_present ? std::optional(m_battery) : std::nullopt, m_receiver});
 }
 
 } // namespace oz::services

@@ -1,35 +1,35 @@
 #pragma once
 
 #include "battery/BatterySource.hpp"
-#include "core/SimulatedPhone.hpp"
-
-#include <QTimer>
+#include "phone/SimulatedPhone.hpp"
 
 namespace oz::services {
 
 /*! The phone's battery and chargers: the section "battery". The level moves as time goes by. */
-class SimulatedBattery : public BatterySource, public SimulatedPart
+class SimulatedBattery final : public BatterySource, public SimulatedPart
 {
 public:
-    explicit SimulatedBattery(const JsonNode &section);
+    SimulatedBattery(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<State> state() const override;
-    [[nodiscard]] QString name() const override { return QStringLiteral("battery"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
 private:
     [[nodiscard]] int chargers() const { return int(m_plugged) + int(!m_receiver.isEmpty()); }
     [[nodiscard]] bool takesCharge() const;
+    [[nodiscard]] BatteryState::Charging charging() const;
     void update();
 
-    Battery m_battery;
+    int m_level;
+    BatteryState::Battery m_battery; // but for the level
     bool m_present;
     bool m_plugged;
     QString m_receiver;
     std::chrono::milliseconds m_chargingPace; // for one percent
     std::chrono::milliseconds m_dischargingPace;
     int m_step = 0; // of the level, at the end of the timer's current interval
-    QTimer m_timer;
+    PhoneTimer m_timer;
 };
 
 } // namespace oz::services

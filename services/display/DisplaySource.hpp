@@ -1,24 +1,37 @@
 #pragma once
 
-#include <oz/DisplayTree.hpp>
+#include "source/Source.hpp"
 
-#include <QObject>
+#include <QSize>
 
-#include <optional>
+#include <map>
 
 namespace oz::services {
 
-/*! The displays of the device, whoever knows them. */
-class DisplaySource : public QObject
+struct DisplayState
 {
-    Q_OBJECT
+    enum class Technology { Unknown, Crt, Lcd, Plasma, Led, Oled };
 
-public:
-    /*! The displays; nothing while they are not known yet. */
-    [[nodiscard]] virtual std::optional<DisplayTree::Displays> displays() const = 0;
+    struct Display
+    {
+        QString name;
+        bool internal = false; //!< built into the device
+        bool attached = false;
+        bool detachable = false;
+        QSize size{0, 0}; //!< pixels, in the native orientation
+        QSize physicalSize{0, 0}; //!< millimetres; 0 where not known
+        int rotation = 0; //!< degrees
+        Technology technology = Technology::Unknown;
 
-Q_SIGNALS:
-    void changed();
+        bool operator==(const Display &) const = default;
+    };
+
+    std::map<int, Display> displays; //!< by their identifiers, which are 0 or more
+
+    bool operator==(const DisplayState &) const = default;
 };
+
+/*! The displays of the device, whoever knows them. */
+using DisplaySource = StateSource<DisplayState>;
 
 } // namespace oz::services

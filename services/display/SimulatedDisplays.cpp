@@ -1,20 +1,20 @@
 #include "display/SimulatedDisplays.hpp"
 
-#include "core/Error.hpp"
-
-#include <oz/Screen.hpp>
+#include "miracast/MiracastSource.hpp"
+#include "publishing/Error.hpp"
 
 namespace oz::services {
 
 namespace {
 
-using DisplayTree::Display;
+using Display = DisplayState::Display;
+using Technology = DisplayState::Technology;
 
 constexpr int MaxPixels = 65535;
 constexpr int MaxMillimetres = 100'000;
 constexpr int MaxNameSize = 127; // bytes, of what a client of the display service can read
 
-// By the display service's codes, from 0.
+// In the order of Technology.
 const QStringList &technologies()
 {
     static const QStringList all{QStringLiteral("unknown"), QStringLiteral("crt"), QStringLiteral("lcd"),
@@ -34,20 +34,17 @@ QString numbersText(const QList<int> &numbers)
 
 } // namespace
 
-SimulatedDisplays::SimulatedDisplays(const JsonNode &section)
+SimulatedDisplays::SimulatedDisplays(const JsonNode &section, SimulatedPhone &)
 {
     section.allowOnly({QStringLiteral("displays")});
     if (!section.contains(QStringLiteral("displays"))) {
-        m_displays = {{0,
-                          {QStringLiteral("panel"), ScreenDisplayKind::Internal, true, false, {768, 1280},
-                              {54, 90}, 0, 5}},
-            {1,
-                {QStringLiteral("hdmi"), ScreenDisplayKind::External, false, true, {1920, 1080}, {531, 299},
-                    0, 2}}};
-        return;
+        m_state.displays = {
+            {0, {QStringLiteral("panel"), true, true, false, {768, 1280}, {54, 90}, 0, Technology::Oled}},
+            {1, {QStringLiteral("hdmi"), false, false, true, {1920, 1080}, {531, 299}, 0, Technology::Lcd}}};
     }
     for (const JsonNode &node : section.maps(QStringLiteral("displays")))
         readDisplay(node);
+    tell();
 }
 
 void SimulatedDisplays::readDisplay(const JsonNode &node)
@@ -60,18 +57,17 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
     if (!node.contains(id))
         node.fail(QStringLiteral("a display needs an 'id'"));
     const int number = node.integer(id, 0, 0, 9999);
-    if (m_displays.contains(number))
+    if (m_state.displays.contains(number))
         node.fail(QStringLiteral("another display has this identifier"), id);
-    const bool internal = node.word(QStringLiteral("kind"), QStringLiteral("external"),
-                              {QStringLiteral("internal"), QStringLiteral("external")})
-        == u"internal";
     Display display;
+    display.internal = node.word(QStringLiteral("kind"), QStringLiteral("external"),
+                           {QStringLiteral("internal"), QStringLiteral("external")})
+        == u"internal";
     display.name = node.text(QStringLiteral("name"), QLatin1String("display-") + QString::number(number));
     if (display.name.toUtf8().size() > MaxNameSize)
         node.fail(QStringLiteral("a name has at most 127 bytes"), QStringLiteral("name"));
-    display.kind = internal ? ScreenDisplayKind::Internal : ScreenDisplayKind::External;
     display.attached = node.boolean(QStringLiteral("attached"), true);
-    display.detachable = node.boolean(QStringLiteral("detachable"), !internal);
+    display.detachable = node.boolean(QStringLiteral("detachable"), !display.internal);
     display.size = {node.integer(QStringLiteral("width"), 1280, 1, MaxPixels),
         node.integer(QStringLiteral("height"), 720, 1, MaxPixels)};
     display.physicalSize = {node.integer(QStringLiteral("mm-width"), 0, 0, MaxMillimetres),
@@ -80,9 +76,9 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
     display.rotation = node.integer(rotation, 0, 0, 270);
     if (!Rotations.contains(display.rotation))
         node.fail(QLatin1String("expected one of ") + numbersText(Rotations), rotation);
-    display.technology = int(technologies().indexOf(
+    display.technology = Technology(technologies().indexOf(
         node.word(QStringLiteral("technology"), technologies().constFirst(), technologies())));
-    m_displays.emplace(number, display);
+    m_state.displays.emplace(number, display);
 }
 
 std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
@@ -95,19 +91,19 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
             QStringLiteral("adds an external display, attached; one called 'miracast...' is wireless"),
             [this](const QStringList &words) {
                 const int number = SimArgument::integer(words[0], 0, 9999);
-                if (m_displays.contains(number))
+                if (m_state.displays.contains(number))
                     throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
                 if (words[1].toUtf8().size() > MaxNameSize)
                     throw Error(QStringLiteral("a name has at most 127 bytes"));
                 const auto millimetres = [&](qsizetype place) {
                     return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
                 };
-                m_displays.emplace(number,
-                    Display{words[1], ScreenDisplayKind::External, true, true,
+                m_state.displays.emplace(number,
+                    Display{words[1], false, true, true,
                         {SimArgument::integer(words[2], 1, MaxPixels),
                             SimArgument::integer(words[3], 1, MaxPixels)},
-                        {millimetres(4), millimetres(5)}, 0, 0});
-                Q_EMIT changed();
+                        {millimetres(4), millimetres(5)}, 0, Technology::Unknown});
+                tell();
             }},
         {QStringLiteral("remove"), {id}, QStringLiteral("takes a display away"),
             [this](const QStringList &words) {
@@ -127,7 +123,7 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 for (const int rotation : Rotations)
                     rotations.append(QString::number(rotation));
                 display.rotation = Rotations[SimArgument::oneOf(words[1], rotations)];
-                Q_EMIT changed();
+                tell();
             }},
         {QStringLiteral("resize"), {id, QStringLiteral("WIDTH"), QStringLiteral("HEIGHT")},
             QStringLiteral("gives a display another size in pixels"),
@@ -135,38 +131,50 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 Display &display = displayNamed(words[0]);
                 display.size = {SimArgument::integer(words[1], 1, MaxPixels),
                     SimArgument::integer(words[2], 1, MaxPixels)};
-                Q_EMIT changed();
+                tell();
             }},
     };
+}
+
+const Display *SimulatedDisplays::find(int id) const
+{
+    const auto found = m_state.displays.find(id);
+    return found == m_state.displays.end() ? nullptr : &found->second;
 }
 
 int SimulatedDisplays::addWireless(const QString &receiver, QSize size)
 {
     int id = 1;
-    while (m_displays.contains(id))
+    while (m_state.displays.contains(id))
         ++id;
-    QString name = QLatin1String("miracast-") + receiver;
-    while (name.toUtf8().size() > MaxNameSize)
-        name.chop(name.back().isLowSurrogate() ? 2 : 1);
-    m_displays.emplace(id, Display{name, ScreenDisplayKind::External, true, true, size, {0, 0}, 0, 0});
-    Q_EMIT changed();
+    m_state.displays.emplace(id,
+        Display{wirelessDisplayName(receiver, MaxNameSize), false, true, true, size, {0, 0}, 0,
+            Technology::Unknown});
+    tell();
     return id;
 }
 
 void SimulatedDisplays::remove(int id)
 {
-    if (m_displays.erase(id))
-        Q_EMIT changed();
+    if (m_state.displays.erase(id))
+        tell();
+}
+
+void SimulatedDisplays::removeWireless(const QString &receiver)
+{
+    const QString name = wirelessDisplayName(receiver, MaxNameSize);
+    if (std::erase_if(m_state.displays, [&](const auto &entry) { return entry.second.name == name; }) > 0)
+        tell();
 }
 
 Display &SimulatedDisplays::displayNamed(const QString &id)
 {
     bool ok = false;
-    const auto found = m_displays.find(id.toInt(&ok));
-    if (ok && found != m_displays.end())
+    const auto found = m_state.displays.find(id.toInt(&ok));
+    if (ok && found != m_state.displays.end())
         return found->second;
     QList<int> known;
-    for (const auto &[number, display] : m_displays)
+    for (const auto &[number, display] : m_state.displays)
         known.append(number);
     throw Error(
         QLatin1String("there is no display '") + id + QLatin1String("'; there are ") + numbersText(known));
@@ -178,7 +186,46 @@ void SimulatedDisplays::setAttached(const QString &id, bool attached)
     if (!attached && !display.detachable)
         throw Error(QStringLiteral("this display cannot be detached"));
     display.attached = attached;
-    Q_EMIT changed();
+    tell();
+}
+
+QVariantMap SimulatedDisplays::saved() const
+{
+    QVariantList list;
+    for (const auto &[id, display] : m_state.displays) {
+        list.append(QVariantMap{{QStringLiteral("id"), id}, {QStringLiteral("name"), display.name},
+            {QStringLiteral("internal"), display.internal}, {QStringLiteral("attached"), display.attached},
+            {QStringLiteral("detachable"), display.detachable},
+            {QStringLiteral("width"), display.size.width()},
+            {QStringLiteral("height"), display.size.height()},
+            {QStringLiteral("mm-width"), display.physicalSize.width()},
+            {QStringLiteral("mm-height"), display.physicalSize.height()},
+            {QStringLiteral("rotation"), display.rotation},
+            {QStringLiteral("technology"), int(display.technology)}});
+    }
+    return {{QStringLiteral("displays"), list}};
+}
+
+void SimulatedDisplays::restore(const QVariantMap &saved)
+{
+    m_state.displays.clear();
+    for (const QVariant &entry : saved.value(QStringLiteral("displays")).toList()) {
+        const QVariantMap before = entry.toMap();
+        const auto number = [&before](const char *name) { return before.value(QLatin1String(name)).toInt(); };
+        const auto isSet = [&before](const char *name) { return before.value(QLatin1String(name)).toBool(); };
+        const int technology = std::clamp(number("technology"), 0, int(technologies().size()) - 1);
+        m_state.displays.emplace(number("id"),
+            Display{before.value(QStringLiteral("name")).toString(), isSet("internal"), isSet("attached"),
+                isSet("detachable"), {number("width"), number("height")},
+                {number("mm-width"), number("mm-height")}, number("rotation"), Technology(technology)});
+    }
+    tell();
+}
+
+void SimulatedDisplays::tell()
+{
+    save();
+    know(m_state);
 }
 
 } // namespace oz::services

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
 #include "display/DisplaySource.hpp"
+#include "phone/SimulatedPhone.hpp"
 
 namespace oz::services {
 
@@ -9,22 +9,27 @@ namespace oz::services {
 class SimulatedDisplays final : public DisplaySource, public SimulatedPart
 {
 public:
-    explicit SimulatedDisplays(const JsonNode &section);
+    SimulatedDisplays(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<DisplayTree::Displays> displays() const override { return m_displays; }
-    [[nodiscard]] QString name() const override { return QStringLiteral("display"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
+    /*! The display of \a id; null where there is none. */
+    [[nodiscard]] const DisplayState::Display *find(int id) const;
     /*! Adds a display without wire, for a receiver called \a receiver, and gives its identifier. */
     int addWireless(const QString &receiver, QSize size);
     void remove(int id);
+    /*! Takes away the display that addWireless() made for \a receiver; does nothing where there is none. */
+    void removeWireless(const QString &receiver);
 
 private:
     void readDisplay(const JsonNode &node);
-    DisplayTree::Display &displayNamed(const QString &id);
+    DisplayState::Display &displayNamed(const QString &id);
     void setAttached(const QString &id, bool attached);
+    void tell();
 
-    DisplayTree::Displays m_displays;
+    DisplayState m_state;
 };
 
 } // namespace oz::services

@@ -1,23 +1,33 @@
 #include "display/XrandrDisplays.hpp"
 
-#include "core/Error.hpp"
-#include "core/Log.hpp"
+#include "publishing/Log.hpp"
 
-#include <oz/Screen.hpp>
+#include <oz/Limits.hpp>
 
 #include <QByteArrayList>
+#include <QMap>
 #include <QPointer>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <thread>
+#include <unistd.h>
+#include <xcb/randr.h>
 
 namespace oz::services {
 
 namespace {
 
-using DisplayTree::Display;
+using Display = DisplayState::Display;
 
-constexpr std::chrono::seconds RetryInterval(2);
+// Between attempts to connect, growing.
+constexpr std::chrono::milliseconds FirstPause(100);
+constexpr std::chrono::milliseconds LongestPause(2000);
 
 template <typename Reply>
 struct FreeReply
@@ -59,175 +69,262 @@ int degreesOf(quint16 rotation)
     return rotation & XCB_RANDR_ROTATION_ROTATE_270 ? 270 : 0;
 }
 
-QString serverName()
-{
-    return qEnvironmentVariable("DISPLAY");
-}
-
 } // namespace
 
-XrandrDisplays::XrandrDisplays()
+// What the source and its reader have in common. The reader may outlive the source: a server that does not
+// answer cannot be hurried.
+struct XrandrDisplays::Shared
 {
-    if (const QString problem = tryConnect(); !problem.isEmpty())
-        throw SourceUnavailable(problem);
-    m_retry.setInterval(RetryInterval);
-    connect(&m_retry, &QTimer::timeout, this, [this] {
-        if (tryConnect().isEmpty()) {
-            m_retry.stop();
-            qCInfo(logServices).noquote() << "display: the X server" << serverName() << "is there again";
-        }
-    });
-}
+    ~Shared() { ::close(stop); }
 
-XrandrDisplays::~XrandrDisplays() = default;
+    // Has the source do something on its thread, where it is still there.
+    void tell(const std::function<void(XrandrDisplays &source)> &what)
+    {
+        const std::lock_guard locker(mutex);
+        if (source)
+            QMetaObject::invokeMethod(
+                source, [what, receiver = source] { what(*receiver); }, Qt::QueuedConnection);
+    }
 
-QString XrandrDisplays::tryConnect()
+    std::mutex mutex;
+    XrandrDisplays *source = nullptr; // none once it is gone
+    const int stop = ::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK); // readable once the reader shall end
+};
+
+class XrandrDisplays::Reader
 {
-    if (serverName().isEmpty())
-        return QStringLiteral("DISPLAY names no X server");
-    int number = 0;
-    m_connection.reset(xcb_connect(nullptr, &number));
-    xcb_connection_t *connection = m_connection.get();
-    if (xcb_connection_has_error(connection))
-        return QLatin1String("no X server is reachable at DISPLAY=") + serverName();
-    const xcb_query_extension_reply_t *randr = xcb_get_extension_data(connection, &xcb_randr_id);
-    const auto version = randr && randr->present
-        ? replyOf(connection, xcb_randr_query_version(connection, 1, 2), xcb_randr_query_version_reply)
-        : nullptr;
-    if (!version || (version->major_version == 1 && version->minor_version < 2))
-        return QLatin1String("the X server ") + serverName() + QLatin1String(" is without RandR 1.2");
-    xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
-    for (; number > 0 && screen.rem > 1; --number)
-        xcb_screen_next(&screen);
-    m_root = screen.data->root;
-    m_connectorType = atomNamed(connection, QByteArrayLiteral("ConnectorType"));
-    xcb_randr_select_input(connection, m_root,
-        XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE
-            | XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
-    m_notifier =
-        std::make_unique<QSocketNotifier>(xcb_get_file_descriptor(connection), QSocketNotifier::Read);
-    // Queued, so that the notifier may end in what it calls.
-    connect(m_notifier.get(), &QSocketNotifier::activated, this, &XrandrDisplays::onReadable,
-        Qt::QueuedConnection);
-    // Has the server look at its outputs, which some do not do by themselves.
-    (void)replyOf(
-        connection, xcb_randr_get_screen_resources(connection, m_root), xcb_randr_get_screen_resources_reply);
-    read();
-    QMetaObject::invokeMethod(this, &XrandrDisplays::onReadable, Qt::QueuedConnection);
-    return {};
-}
+public:
+    Reader(std::shared_ptr<Shared> shared, const QString &server)
+        : m_shared(std::move(shared)), m_server(server)
+    {
+    }
 
-void XrandrDisplays::onReadable()
-{
-    if (!m_connection)
-        return;
-    // Reading takes further events in, of which the descriptor tells nothing any more.
-    while (takeEvents())
+    void run()
+    {
+        std::chrono::milliseconds pause = FirstPause;
+        do {
+            pause = std::min(pause * 2, LongestPause);
+            wait(true);
+            const QString problem = connectToServer();
+            wait(false);
+            if (problem.isEmpty()) {
+                pause = FirstPause;
+                follow();
+            }
+            const QString reason = problem.isEmpty() ? lost() : problem;
+            m_connection.reset();
+            m_shared->tell([reason](XrandrDisplays &source) { source.miss(reason); });
+        } while (!isStopped(pause));
+    }
+
+private:
+    struct Disconnect
+    {
+        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+    };
+
+    struct Output
+    {
+        int id = 0;
+        bool hasMode = false;
+        bool forced = false; // had no mode, and was given one without being connected
+    };
+
+    [[nodiscard]] QString lost() const
+    {
+        return QLatin1String("the X server ") + m_server + QLatin1String(" is gone");
+    }
+
+    void wait(bool waits)
+    {
+        m_shared->tell([waits](XrandrDisplays &source) { source.onWaiting(waits); });
+    }
+
+    // Whether the reader shall end, for which it waits so long.
+    [[nodiscard]] bool isStopped(std::chrono::milliseconds time) const
+    {
+        pollfd stop{m_shared->stop, POLLIN, 0};
+        return ::poll(&stop, 1, int(time.count())) > 0;
+    }
+
+    // What kept it from connecting; nothing where it did.
+    [[nodiscard]] QString connectToServer()
+    {
+        int number = 0;
+        m_connection.reset(xcb_connect(m_server.toLocal8Bit().constData(), &number));
+        xcb_connection_t *connection = m_connection.get();
+        if (xcb_connection_has_error(connection))
+            return QLatin1String("no X server is reachable at DISPLAY=") + m_server;
+        const xcb_query_extension_reply_t *randr = xcb_get_extension_data(connection, &xcb_randr_id);
+        const auto version = randr && randr->present
+            ? replyOf(connection, xcb_randr_query_version(connection, 1, 2), xcb_randr_query_version_reply)
+            : nullptr;
+        if (!version || (version->major_version == 1 && version->minor_version < 2))
+            return QLatin1String("the X server ") + m_server + QLatin1String(" is without RandR 1.2");
+        xcb_screen_iterator_t screen = xcb_setup_roots_iterator(xcb_get_setup(connection));
+        for (; number > 0 && screen.rem > 1; --number)
+            xcb_screen_next(&screen);
+        m_root = screen.data->root;
+        m_connectorType = atomNamed(connection, QByteArrayLiteral("ConnectorType"));
+        xcb_randr_select_input(connection, m_root,
+            XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE
+                | XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+        // Has the server look at its outputs, which some do not do by themselves.
+        (void)replyOf(connection, xcb_randr_get_screen_resources(connection, m_root),
+            xcb_randr_get_screen_resources_reply);
+        return {};
+    }
+
+    // Until the server is gone, or the source.
+    void follow()
+    {
+        xcb_connection_t *connection = m_connection.get();
         read();
-    if (xcb_connection_has_error(m_connection.get()))
-        onLost();
-}
-
-// Whether any came.
-bool XrandrDisplays::takeEvents()
-{
-    bool any = false;
-    while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection.get())) {
-        std::free(event);
-        any = true;
-    }
-    return any;
-}
-
-void XrandrDisplays::onLost()
-{
-    qCWarning(logServices).noquote() << "display: the X server" << serverName()
-                                     << "is gone; its displays are detached until it is back";
-    m_notifier.reset();
-    m_connection.reset();
-    DisplayTree::Displays detached = m_displays;
-    for (auto &[id, display] : detached)
-        display.attached = false;
-    become(detached);
-    m_retry.start();
-}
-
-void XrandrDisplays::read()
-{
-    xcb_connection_t *connection = m_connection.get();
-    const auto resources = replyOf(connection, xcb_randr_get_screen_resources_current(connection, m_root),
-        xcb_randr_get_screen_resources_current_reply);
-    if (!resources)
-        return;
-    const xcb_timestamp_t time = resources->config_timestamp;
-    QMap<xcb_randr_mode_t, QSize> modes;
-    const xcb_randr_mode_info_t *mode = xcb_randr_get_screen_resources_current_modes(resources.get());
-    for (int i = 0; i < xcb_randr_get_screen_resources_current_modes_length(resources.get()); ++i, ++mode)
-        modes.insert(mode->id, QSize(mode->width, mode->height));
-
-    DisplayTree::Displays displays;
-    const xcb_randr_output_t *outputs = xcb_randr_get_screen_resources_current_outputs(resources.get());
-    for (int i = 0; i < xcb_randr_get_screen_resources_current_outputs_length(resources.get()); ++i) {
-        const auto output = replyOf(connection, xcb_randr_get_output_info(connection, outputs[i], time),
-            xcb_randr_get_output_info_reply);
-        if (!output)
-            continue;
-        const QByteArray name(reinterpret_cast<const char *>(xcb_randr_get_output_info_name(output.get())),
-            xcb_randr_get_output_info_name_length(output.get()));
-        const auto crtc = output->crtc == XCB_NONE
-            ? nullptr
-            : replyOf(connection, xcb_randr_get_crtc_info(connection, output->crtc, time),
-                xcb_randr_get_crtc_info_reply);
-        if (!m_outputs.contains(name))
-            m_outputs.insert(name, {int(m_outputs.size())});
-        Output &known = m_outputs[name];
-        const bool hasMode = crtc && crtc->mode != XCB_NONE;
-        const bool connected = output->connection == XCB_RANDR_CONNECTION_CONNECTED;
-        known.forced = hasMode && !connected && (known.forced || !known.hasMode);
-        known.hasMode = hasMode;
-
-        const bool panel = isPanel(outputs[i], name);
-        Display display;
-        display.name = QString::fromUtf8(name);
-        display.kind = panel ? ScreenDisplayKind::Internal : ScreenDisplayKind::External;
-        display.detachable = !panel;
-        display.attached = hasMode && (connected || known.forced);
-        display.physicalSize = QSize(int(output->mm_width), int(output->mm_height));
-        if (hasMode) {
-            display.size = modes.value(crtc->mode);
-            display.rotation = degreesOf(crtc->rotation);
-        } else if (xcb_randr_get_output_info_modes_length(output.get()) > 0) {
-            display.size = modes.value(*xcb_randr_get_output_info_modes(output.get()));
+        for (;;) {
+            // Reading takes further events in, of which the descriptor tells nothing any more.
+            while (takeEvents())
+                read();
+            pollfd sockets[] = {
+                {xcb_get_file_descriptor(connection), POLLIN, 0}, {m_shared->stop, POLLIN, 0}};
+            if (xcb_connection_has_error(connection) || ::poll(sockets, 2, -1) < 0 || sockets[1].revents)
+                return;
         }
-        displays[known.id] = display;
     }
-    // Of a server that went away meanwhile this is only a part.
-    if (!xcb_connection_has_error(connection))
-        become(displays);
-}
 
-void XrandrDisplays::become(const DisplayTree::Displays &displays)
+    // Whether any came.
+    [[nodiscard]] bool takeEvents()
+    {
+        bool any = false;
+        while (xcb_generic_event_t *event = xcb_poll_for_event(m_connection.get())) {
+            std::free(event);
+            any = true;
+        }
+        return any;
+    }
+
+    void read()
+    {
+        wait(true);
+        const auto displays = readDisplays();
+        wait(false);
+        if (displays)
+            m_shared->tell([state = *displays](XrandrDisplays &source) { source.know(state); });
+    }
+
+    [[nodiscard]] std::optional<DisplayState> readDisplays()
+    {
+        xcb_connection_t *connection = m_connection.get();
+        const auto resources = replyOf(connection, xcb_randr_get_screen_resources_current(connection, m_root),
+            xcb_randr_get_screen_resources_current_reply);
+        if (!resources)
+            return std::nullopt;
+        const xcb_timestamp_t time = resources->config_timestamp;
+        QMap<xcb_randr_mode_t, QSize> modes;
+        const xcb_randr_mode_info_t *mode = xcb_randr_get_screen_resources_current_modes(resources.get());
+        for (int i = 0; i < xcb_randr_get_screen_resources_current_modes_length(resources.get()); ++i, ++mode)
+            modes.insert(mode->id, QSize(mode->width, mode->height));
+
+        DisplayState state;
+        const xcb_randr_output_t *outputs = xcb_randr_get_screen_resources_current_outputs(resources.get());
+        for (int i = 0; i < xcb_randr_get_screen_resources_current_outputs_length(resources.get()); ++i) {
+            const auto output = replyOf(connection, xcb_randr_get_output_info(connection, outputs[i], time),
+                xcb_randr_get_output_info_reply);
+            if (!output)
+                continue;
+            const QByteArray name(
+                reinterpret_cast<const char *>(xcb_randr_get_output_info_name(output.get())),
+                xcb_randr_get_output_info_name_length(output.get()));
+            const auto crtc = output->crtc == XCB_NONE
+                ? nullptr
+                : replyOf(connection, xcb_randr_get_crtc_info(connection, output->crtc, time),
+                    xcb_randr_get_crtc_info_reply);
+            if (!m_outputs.contains(name))
+                m_outputs.insert(name, {int(m_outputs.size())});
+            Output &known = m_outputs[name];
+            const bool hasMode = crtc && crtc->mode != XCB_NONE;
+            const bool connected = output->connection == XCB_RANDR_CONNECTION_CONNECTED;
+            known.forced = hasMode && !connected && (known.forced || !known.hasMode);
+            known.hasMode = hasMode;
+
+            const bool panel = isPanel(outputs[i], name);
+            Display display;
+            display.name = QString::fromUtf8(name);
+            display.internal = panel;
+            display.detachable = !panel;
+            display.attached = hasMode && (connected || known.forced);
+            display.physicalSize = QSize(int(output->mm_width), int(output->mm_height));
+            if (hasMode) {
+                display.size = modes.value(crtc->mode);
+                display.rotation = degreesOf(crtc->rotation);
+            } else if (xcb_randr_get_output_info_modes_length(output.get()) > 0) {
+                display.size = modes.value(*xcb_randr_get_output_info_modes(output.get()));
+            }
+            state.displays[known.id] = display;
+        }
+        // Of a server that went away meanwhile this is only a part.
+        return xcb_connection_has_error(connection) ? std::nullopt : std::optional(state);
+    }
+
+    [[nodiscard]] bool isPanel(xcb_randr_output_t output, const QByteArray &name)
+    {
+        xcb_connection_t *connection = m_connection.get();
+        const auto type = replyOf(connection,
+            xcb_randr_get_output_property(connection, output, m_connectorType, XCB_ATOM_ATOM, 0, 1, 0, 0),
+            xcb_randr_get_output_property_reply);
+        if (type && type->format == 32 && type->num_items == 1) {
+            xcb_atom_t value = XCB_ATOM_NONE;
+            std::memcpy(&value, xcb_randr_get_output_property_data(type.get()), sizeof value);
+            return atomName(connection, value) == "Panel";
+        }
+        const QByteArrayList panels{"eDP", "LVDS", "DSI"};
+        return std::any_of(
+            panels.begin(), panels.end(), [&](const QByteArray &panel) { return name.startsWith(panel); });
+    }
+
+    std::shared_ptr<Shared> m_shared;
+    QString m_server;
+    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
+    xcb_window_t m_root = 0;
+    xcb_atom_t m_connectorType = 0;
+    QMap<QByteArray, Output> m_outputs; // by their names
+};
+
+XrandrDisplays::XrandrDisplays(const QString &display)
+    : m_server(display.isEmpty() ? qEnvironmentVariable("DISPLAY") : display),
+      m_shared(std::make_shared<Shared>())
 {
-    if (displays == m_displays)
+    if (m_server.isEmpty()) {
+        miss(QStringLiteral("DISPLAY names no X server"));
         return;
-    m_displays = displays;
-    Q_EMIT changed();
+    }
+    m_patience.setSingleShot(true);
+    m_patience.setInterval(graceTime());
+    connect(&m_patience, &QTimer::timeout, this,
+        [this] { miss(QLatin1String("the X server ") + m_server + QLatin1String(" does not answer")); });
+    m_shared->source = this;
+    // The signals of the process are for its event loop.
+    sigset_t all;
+    sigset_t before;
+    sigfillset(&all);
+    pthread_sigmask(SIG_BLOCK, &all, &before);
+    std::thread([shared = m_shared, server = m_server] { Reader(shared, server).run(); }).detach();
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-bool XrandrDisplays::isPanel(xcb_randr_output_t output, const QByteArray &name)
+XrandrDisplays::~XrandrDisplays()
 {
-    xcb_connection_t *connection = m_connection.get();
-    const auto type = replyOf(connection,
-        xcb_randr_get_output_property(connection, output, m_connectorType, XCB_ATOM_ATOM, 0, 1, 0, 0),
-        xcb_randr_get_output_property_reply);
-    if (type && type->format == 32 && type->num_items == 1) {
-        xcb_atom_t value = XCB_ATOM_NONE;
-        std::memcpy(&value, xcb_randr_get_output_property_data(type.get()), sizeof value);
-        return atomName(connection, value) == "Panel";
-    }
-    const QByteArrayList panels{"eDP", "LVDS", "DSI"};
-    return std::any_of(
-        panels.begin(), panels.end(), [&](const QByteArray &panel) { return name.startsWith(panel); });
+    const std::lock_guard locker(m_shared->mutex);
+    m_shared->source = nullptr;
+    const quint64 once = 1;
+    (void)!::write(m_shared->stop, &once, sizeof once);
+}
+
+void XrandrDisplays::onWaiting(bool waits)
+{
+    if (!waits)
+        m_patience.stop();
+    else if (!m_patience.isActive())
+        m_patience.start();
 }
 
 } // namespace oz::services

@@ -2,60 +2,39 @@
 
 #include "display/DisplaySource.hpp"
 
-#include <QMap>
-#include <QSocketNotifier>
 #include <QTimer>
 
 #include <memory>
-#include <xcb/randr.h>
 
 namespace oz::services {
 
 /*!
- * The displays of the X server that DISPLAY names: its RandR outputs, which get identifiers from 0 in the
- * order in which they are first seen. An output is attached while it is connected and shows something. One
- * that is a built-in panel (by its "ConnectorType", or else by its name: eDP, LVDS, DSI) is internal.
+ * The displays of an X server: its RandR outputs, which get identifiers from 0 in the order in which they are
+ * first seen. An output is attached while it is connected and shows something. One that is a built-in panel
+ * (by its "ConnectorType", or else by its name: eDP, LVDS, DSI) is internal.
  *
- * Where the server goes away, all outputs are detached until one is there again.
+ * A thread of its own talks to the server, so that one which does not answer holds nobody up. Where the
+ * server is not there, or says nothing for the grace time, the source is absent until it does.
  */
 class XrandrDisplays final : public DisplaySource
 {
+    Q_OBJECT
+
 public:
-    /*! Connects; throws SourceUnavailable where that fails, or the server is without RandR 1.2. */
-    XrandrDisplays();
+    /*! Of the server that \a display names, or DISPLAY where that is empty. */
+    explicit XrandrDisplays(const QString &display = {});
     ~XrandrDisplays() override;
 
-    [[nodiscard]] std::optional<DisplayTree::Displays> displays() const override { return m_displays; }
-
 private:
-    struct Disconnect
-    {
-        void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
-    };
+    struct Shared;
+    class Reader;
 
-    struct Output
-    {
-        int id = 0;
-        bool hasMode = false;
-        bool forced = false; // had no mode, and was given one without being connected
-    };
+    /*! While the reader waits for the server, for whom that takes too long is told. */
+    void onWaiting(bool waits);
 
-    /*! What kept it from connecting; nothing where it did. */
-    [[nodiscard]] QString tryConnect();
-    void onReadable();
-    [[nodiscard]] bool takeEvents();
-    void read();
-    void onLost();
-    void become(const DisplayTree::Displays &displays);
-    [[nodiscard]] bool isPanel(xcb_randr_output_t output, const QByteArray &name);
-
-    std::unique_ptr<xcb_connection_t, Disconnect> m_connection;
-    std::unique_ptr<QSocketNotifier> m_notifier;
-    xcb_window_t m_root = 0;
-    xcb_atom_t m_connectorType = 0;
-    QMap<QByteArray, Output> m_outputs; // by their names
-    DisplayTree::Displays m_displays;
-    QTimer m_retry;
+    QString m_server;
+    std::shared_ptr<Shared> m_shared;
+    QTimer m_patience;
 };
 
 } // namespace oz::services

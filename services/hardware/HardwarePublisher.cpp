@@ -4,7 +4,7 @@ namespace oz::services {
 
 namespace {
 
-QVariantMap identifiersOf(const HardwareSource::State &hardware)
+QVariantMap identifiersOf(const HardwareState &hardware)
 {
     QVariantMap attributes;
     insertKnown(&attributes, QStringLiteral("devicepin"), hardware.pin);
@@ -14,7 +14,7 @@ QVariantMap identifiersOf(const HardwareSource::State &hardware)
     return attributes;
 }
 
-QVariantMap namesOf(const HardwareSource::State &hardware)
+QVariantMap namesOf(const HardwareState &hardware)
 {
     QVariantMap attributes;
     insertKnown(&attributes, QStringLiteral("hardwareid"), hardware.hardwareId);
@@ -24,47 +24,57 @@ QVariantMap namesOf(const HardwareSource::State &hardware)
     return attributes;
 }
 
-QVariantMap inventoryOf(const HardwareSource::State &hardware)
+QVariantMap inventoryOf(const HardwareState &hardware)
 {
-    QVariantMap attributes{{QStringLiteral("Processor_Numbers"), int(hardware.processors.size())}};
+    QVariantMap attributes;
+    if (hardware.processors)
+        attributes.insert(QStringLiteral("Processor_Numbers"), int(hardware.processors->size()));
     int number = 0;
-    for (const HardwareSource::Processor &processor : hardware.processors) {
+    for (const HardwareState::Processor &processor :
+        hardware.processors.value_or(QList<HardwareState::Processor>())) {
         const QString prefix = QStringLiteral("Processor") + QString::number(++number);
-        attributes.insert(
-            prefix + QLatin1String("_CPUSpeed"), QString(QString::number(processor.speed) + u"MHz"));
-        attributes.insert(prefix + QLatin1String("_CPUName"), processor.model);
+        if (processor.speed) {
+            attributes.insert(
+                prefix + QLatin1String("_CPUSpeed"), QString(QString::number(*processor.speed) + u"MHz"));
+        }
+        insertKnown(&attributes, prefix + QLatin1String("_CPUName"), processor.model);
     }
     insertKnown(&attributes, QStringLiteral("Keyboard"), hardware.keyboard);
     if (hardware.hdmi) {
         attributes.insert(QStringLiteral("HDMI"),
-            *hardware.hdmi == HardwareSource::Hdmi::Micro ? QStringLiteral("Micro") : QStringLiteral("None"));
-    }
-    if (hardware.miracast) {
-        attributes.insert(QStringLiteral("Miracast_Supported"),
-            *hardware.miracast ? QStringLiteral("yes") : QStringLiteral("no"));
+            *hardware.hdmi == HardwareState::Hdmi::Micro ? QStringLiteral("Micro") : QStringLiteral("None"));
     }
     return attributes;
 }
 
 } // namespace
 
-HardwarePublisher::HardwarePublisher(HardwareSource &source)
-    : m_source(source), m_identifiers(QStringLiteral("/pps/services/private/deviceproperties"), 0640),
-      m_names(QStringLiteral("/pps/services/deviceproperties")),
-      m_inventory(QStringLiteral("/pps/services/hw_info/inventory"))
+HardwarePublisher::HardwarePublisher(
+    const QString &facility, HardwareSource &source, Tree &tree, const MiracastSource *miracast)
+    : PublisherOf(facility, source, tree), m_miracast(miracast),
+      m_identifiers(tree, QStringLiteral("/pps/services/private/deviceproperties"), 0640),
+      m_names(tree, QStringLiteral("/pps/services/deviceproperties")),
+      m_inventory(tree, QStringLiteral("/pps/services/hw_info/inventory"))
 {
-    connect(&source, &HardwareSource::changed, this, &HardwarePublisher::publish);
-    publish();
+    for (StatePublisher *object : {&m_identifiers, &m_names, &m_inventory})
+        declare(*object);
+    if (miracast)
+        connect(miracast, &MiracastSource::changed, this, &HardwarePublisher::republish);
+    follow();
 }
 
-void HardwarePublisher::publish()
+void HardwarePublisher::publishState(const HardwareState &hardware)
 {
-    const auto hardware = m_source.state();
-    if (!hardware)
-        return;
-    m_identifiers.publish(identifiersOf(*hardware));
-    m_names.publish(namesOf(*hardware));
-    m_inventory.publish(inventoryOf(*hardware));
+    m_identifiers.publish(identifiersOf(hardware));
+    m_names.publish(namesOf(hardware));
+    QVariantMap inventory = inventoryOf(hardware);
+    if (m_miracast && m_miracast->isKnown())
+        m_isMiracastSupported = m_miracast->state()->supported;
+    if (m_isMiracastSupported) {
+        inventory.insert(QStringLiteral("Miracast_Supported"),
+            *m_isMiracastSupported ? QStringLiteral("yes") : QStringLiteral("no"));
+    }
+    m_inventory.publish(inventory);
 }
 
 } // namespace oz::services

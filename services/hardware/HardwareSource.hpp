@@ -1,50 +1,41 @@
 #pragma once
 
-#include <QList>
-#include <QObject>
-#include <QString>
+#include "source/Source.hpp"
 
-#include <optional>
+#include <QList>
 
 namespace oz::services {
 
-/*! What the device is made of and how it is called, whoever knows it. */
-class HardwareSource : public QObject
+struct HardwareState
 {
-    Q_OBJECT
-
-public:
     enum class Hdmi { None, Micro };
 
     struct Processor
     {
-        QString model;
-        int speed = 0; //!< MHz
+        std::optional<QString> model;
+        std::optional<int> speed; //!< MHz
+
+        bool operator==(const Processor &) const = default;
     };
 
-    struct State
-    {
-        //! Identify the device and with it its owner: they are for no log.
-        std::optional<QString> pin;
-        std::optional<QString> serialNumber;
-        std::optional<QString> imei;
-        std::optional<QString> meid;
+    //! Identify the device and with it its owner: they are for no log.
+    std::optional<QString> pin;
+    std::optional<QString> serialNumber;
+    std::optional<QString> imei;
+    std::optional<QString> meid;
 
-        std::optional<QString> hardwareId;
-        std::optional<QString> deviceName;
-        std::optional<QString> modelName;
-        std::optional<QString> modelNumber;
-        QList<Processor> processors;
-        std::optional<QString> keyboard; //!< its kind, "none" for none
-        std::optional<Hdmi> hdmi;
-        std::optional<bool> miracast; //!< whether it can show its screen on wireless displays
-    };
+    std::optional<QString> hardwareId;
+    std::optional<QString> deviceName;
+    std::optional<QString> modelName;
+    std::optional<QString> modelNumber;
+    std::optional<QList<Processor>> processors;
+    std::optional<QString> keyboard; //!< its kind, "none" for none
+    std::optional<Hdmi> hdmi;
 
-    /*! The state; nothing while it is not known yet, which is then not published either. */
-    [[nodiscard]] virtual std::optional<State> state() const = 0;
-
-Q_SIGNALS:
-    void changed();
+    bool operator==(const HardwareState &) const = default;
 };
+
+/*! What the device is made of and how it is called, whoever knows it. */
+using HardwareSource = StateSource<HardwareState>;
 
 } // namespace oz::services

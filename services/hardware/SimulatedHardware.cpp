@@ -2,7 +2,7 @@
 
 namespace oz::services {
 
-SimulatedHardware::SimulatedHardware(const JsonNode &section)
+SimulatedHardware::SimulatedHardware(const JsonNode &section, SimulatedPhone &)
 {
     const struct
     {
@@ -30,20 +30,23 @@ SimulatedHardware::SimulatedHardware(const JsonNode &section)
     }
     section.allowOnly(known + QStringList{processors, hdmi, miracast});
 
-    m_state.processors = QList<Processor>(2, {QStringLiteral("Simulated core"), 1500});
+    using Processor = HardwareState::Processor;
+    QList<Processor> all(2, {QStringLiteral("Simulated core"), 1500});
     if (section.contains(processors))
-        m_state.processors.clear();
+        all.clear();
     for (const JsonNode &processor : section.maps(processors)) {
         processor.allowOnly({QStringLiteral("model"), QStringLiteral("mhz")});
-        m_state.processors.append({processor.text(QStringLiteral("model"), {}),
+        all.append({processor.text(QStringLiteral("model"), {}),
             processor.integer(QStringLiteral("mhz"), 1500, 1, 100'000)});
     }
+    m_state.processors = all;
     if (!section.isNull(hdmi)) {
         const QString connector =
             section.word(hdmi, QStringLiteral("micro"), {QStringLiteral("none"), QStringLiteral("micro")});
-        m_state.hdmi = connector == u"micro" ? Hdmi::Micro : Hdmi::None;
+        m_state.hdmi = connector == u"micro" ? HardwareState::Hdmi::Micro : HardwareState::Hdmi::None;
     }
-    m_state.miracast = section.boolean(miracast, true);
+    m_hasMiracast = section.boolean(miracast, true);
+    know(m_state);
 }
 
 std::vector<SimVerb> SimulatedHardware::verbs(const QString &)
@@ -51,8 +54,21 @@ std::vector<SimVerb> SimulatedHardware::verbs(const QString &)
     return {{QStringLiteral("name"), {QStringLiteral("TEXT")}, QStringLiteral("gives the device a name"),
         [this](const QStringList &words) {
             m_state.deviceName = words[0];
-            Q_EMIT changed();
+            save();
+            know(m_state);
         }}};
+}
+
+QVariantMap SimulatedHardware::saved() const
+{
+    return {{QStringLiteral("name"), m_state.deviceName.value_or(QString())}};
+}
+
+void SimulatedHardware::restore(const QVariantMap &saved)
+{
+    if (const QString name = saved.value(QStringLiteral("name")).toString(); !name.isEmpty())
+        m_state.deviceName = name;
+    know(m_state);
 }
 
 } // namespace oz::services

@@ -1,22 +1,26 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
 #include "hardware/HardwareSource.hpp"
+#include "phone/SimulatedPhone.hpp"
 
 namespace oz::services {
 
 /*! What the phone is: the section "hardware", of which only the device's name changes. */
-class SimulatedHardware : public HardwareSource, public SimulatedPart
+class SimulatedHardware final : public HardwareSource, public SimulatedPart
 {
 public:
-    explicit SimulatedHardware(const JsonNode &section);
+    SimulatedHardware(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<State> state() const override { return m_state; }
-    [[nodiscard]] QString name() const override { return QStringLiteral("hardware"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
+
+    /*! Whether the phone can show its screen on wireless displays. */
+    [[nodiscard]] bool hasMiracast() const { return m_hasMiracast; }
 
 private:
-    State m_state;
+    HardwareState m_state;
+    bool m_hasMiracast = true;
 };
 
 } // namespace oz::services

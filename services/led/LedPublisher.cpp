@@ -1,6 +1,11 @@
 #include "led/LedPublisher.hpp"
 
-#include "core/Error.hpp"
+#include "publishing/Error.hpp"
+#include "publishing/StateStore.hpp"
+
+#include <oz/Limits.hpp>
+
+#include <QFile>
 
 #include <cerrno>
 #include <limits>
@@ -18,7 +23,7 @@ constexpr std::size_t MostTold = 50; // of all clients
 struct Color
 {
     const char *name;
-    LedSource::Elements elements;
+    LedState::Elements elements;
 };
 
 constexpr Color Colors[] = {
@@ -64,46 +69,99 @@ QVariantMap attributesOf(const LedRequest &request)
         {QStringLiteral("shown"), request.shown}};
 }
 
+// When a process started, in the kernel's ticks: with its number it is like no other. 0 for one that is gone.
+qulonglong startOf(qint64 process)
+{
+    QFile stat(QStringLiteral("/proc/%1/stat").arg(process));
+    if (!stat.open(QIODevice::ReadOnly))
+        return 0;
+    const QByteArray text = stat.readAll();
+    return text.mid(text.lastIndexOf(')') + 2).split(' ').value(19).toULongLong();
+}
+
+QVariantMap savedOf(const LedRequest &request)
+{
+    QVariantMap saved = attributesOf(request);
+    saved.insert(QStringLiteral("started"), startOf(request.process));
+    return saved;
+}
+
+// Whether an id and a count make a request, and for whom.
+LedRequest requestOf(const Request &request)
+{
+    LedRequest led;
+    led.client = request.client.id;
+    led.id = request.id.toString();
+    led.process = request.client.pid;
+    if (led.id.isEmpty() || led.id.size() > LongestId)
+        throw Error(QStringLiteral("a request has an 'id' of 1 to 64 characters"));
+    return led;
+}
+
+void setColor(LedRequest *led, const QVariant &name)
+{
+    const Color &color = colorNamed(name);
+    led->color = QLatin1String(color.name);
+    led->elements = color.elements;
+}
+
 } // namespace
 
-LedPublisher::LedPublisher(LedSource &source)
-    : m_source(source), m_requests(source), m_status(Directory + QLatin1String("status")),
-      m_activity(Directory + QLatin1String("activity")),
-      m_control(
-          Directory + QLatin1String("control"), [this](const Request &request) { return onRequest(request); },
-          [this](const Request &request) { return m_source.takeMishap(request.message); })
+LedPublisher::LedPublisher(const QString &facility, LedSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree), m_requests(source),
+      m_status(tree, Directory + QLatin1String("status")),
+      m_activity(tree, Directory + QLatin1String("activity")),
+      m_control(tree, Directory + QLatin1String("control"), requests(), &source)
 {
-    connect(&m_source, &LedSource::changed, this, &LedPublisher::publishStatus);
-    connect(&m_requests, &LedRequests::changed, this, &LedPublisher::publishActivity);
-    connect(&m_control, &ControlObject::clientGone, this,
-        [this](const PpsServer::Client &client) { m_requests.forget(client.id); });
-    publishStatus();
-    publishActivity();
+    declare(m_status);
+    connect(&m_requests, &LedRequests::changed, this, &LedPublisher::onRequestsChanged);
+    connect(&m_control, &ControlObject::clientCame, this, &LedPublisher::onConnected);
+    connect(&m_control, &ControlObject::clientGone, this, &LedPublisher::onGone);
+    m_grace.setSingleShot(true);
+    connect(&m_grace, &QTimer::timeout, this, &LedPublisher::forgetOrphans);
+    restore();
+    onRequestsChanged();
+    follow();
     m_control.start(0666);
 }
 
 LedPublisher::~LedPublisher()
 {
     // Nobody is there to darken it later.
-    m_source.light({});
+    source().light({}, [](const Outcome &) {});
 }
 
-void LedPublisher::publishStatus()
+RequestTable LedPublisher::requests()
 {
-    const auto lit = m_source.lit();
-    if (!lit)
-        return;
-    const auto text = [](bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); };
-    m_status.publish({{QStringLiteral("red"), text(lit->red)}, {QStringLiteral("green"), text(lit->green)},
-        {QStringLiteral("blue"), text(lit->blue)}});
+    const auto answered = [this](Reply (LedPublisher::*handle)(const Request &)) {
+        return [this, handle](const Request &request, const Answer &answer) {
+            try {
+                answer((this->*handle)(request));
+            } catch (const Error &error) {
+                answer(Reply::failure(EINVAL, error.text()));
+            }
+        };
+    };
+    return {{QStringLiteral("requestLED"), {}, answered(&LedPublisher::begin)},
+        {QStringLiteral("cancelLED"), {}, answered(&LedPublisher::cancel)}};
 }
 
-void LedPublisher::publishActivity()
+void LedPublisher::publishState(const LedState &state)
+{
+    const auto text = [](bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); };
+    m_status.publish({{QStringLiteral("red"), text(state.lit.red)},
+        {QStringLiteral("green"), text(state.lit.green)}, {QStringLiteral("blue"), text(state.lit.blue)}});
+}
+
+void LedPublisher::onRequestsChanged()
 {
     QVariantList requests;
+    QVariantList saved;
     const std::vector<LedRequest> &all = m_requests.current();
     for (std::size_t i = all.size() - std::min(all.size(), MostTold); i < all.size(); ++i)
         requests.append(attributesOf(all[i]));
+    for (const LedRequest &request : all)
+        saved.append(savedOf(request));
     QVariantMap activity{
         {QStringLiteral("requests"), requests}, {QStringLiteral("flashes"), m_requests.flashes()}};
     if (const auto &last = m_requests.last()) {
@@ -111,46 +169,97 @@ void LedPublisher::publishActivity()
         ended.insert(QStringLiteral("end"), last->second);
         activity.insert(QStringLiteral("last"), ended);
     }
+    tree().store().save(facility(), {{QStringLiteral("requests"), saved}});
+    holdClients();
     m_activity.publish(activity);
 }
 
-Reply LedPublisher::onRequest(const Request &request)
+// A connection with a request under way gives way to nobody.
+void LedPublisher::holdClients()
 {
-    LedRequest led;
-    led.client = request.client.id;
-    led.id = request.id.toString();
-    led.process = request.client.pid;
-    if (led.id.isEmpty() || led.id.size() > LongestId)
-        return Reply::failure(EINVAL, QStringLiteral("a request has an 'id' of 1 to 64 characters"));
-    if (request.message == u"requestLED") {
-        if (m_requests.countOf(led.client) >= MostRequests)
-            return Reply::failure(EBUSY, QStringLiteral("this client has 100 requests under way"));
-        try {
-            begin(led, request.data.toMap());
-        } catch (const Error &error) {
-            return Reply::failure(EINVAL, QString::fromUtf8(error.what()));
-        }
-        return {};
+    std::set<quint64> busy;
+    for (const LedRequest &request : m_requests.current())
+        busy.insert(request.client);
+    for (const quint64 client : busy) {
+        if (!m_held.contains(client))
+            m_control.hold(client);
     }
-    if (request.message == u"cancelLED") {
-        const bool cancelled = m_requests.cancel(led.client, led.id);
-        return cancelled
-            ? Reply()
-            : Reply::failure(ENOENT,
-                QLatin1String("this client has no request '") + led.id + QLatin1String("' under way"));
+    for (const quint64 client : std::exchange(m_held, busy)) {
+        if (!busy.contains(client))
+            m_control.release(client);
     }
-    return Reply::failure(EINVAL,
-        QLatin1String("unknown request '") + request.message.left(LongestId)
-            + QLatin1String("'; known are requestLED, cancelLED"));
 }
 
-void LedPublisher::begin(LedRequest led, const QVariantMap &data)
+Reply LedPublisher::begin(const Request &request)
 {
-    const Color &color = colorNamed(data.value(QStringLiteral("color")));
-    led.color = QLatin1String(color.name);
-    led.elements = color.elements;
+    LedRequest led = requestOf(request);
+    if (m_requests.countOf(led.client) >= MostRequests)
+        return Reply::failure(EBUSY, QStringLiteral("this client has 100 requests under way"));
+    const QVariantMap data = request.data.toMap();
+    setColor(&led, data.value(QStringLiteral("color")));
     led.count = countIn(data.value(QStringLiteral("blinkCount")));
     m_requests.begin(led);
+    return {};
+}
+
+Reply LedPublisher::cancel(const Request &request)
+{
+    const LedRequest led = requestOf(request);
+    return m_requests.cancel(led)
+        ? Reply()
+        : Reply::failure(
+            ENOENT, QLatin1String("this client has no request '") + led.id + QLatin1String("' under way"));
+}
+
+// Its connection stands for what it asked for, also before a restart.
+void LedPublisher::onConnected(const PpsServer::Client &client)
+{
+    m_clients[client.id] = client.pid;
+}
+
+void LedPublisher::onGone(const PpsServer::Client &client)
+{
+    m_clients.erase(client.id);
+    m_requests.forget([&](const LedRequest &request) { return request.client == client.id; });
+    if (!m_grace.isActive())
+        forgetOrphans();
+}
+
+void LedPublisher::restore()
+{
+    std::vector<LedRequest> requests;
+    const QVariantMap before = tree().store().load(facility());
+    for (const QVariant &entry : before.value(QStringLiteral("requests")).toList()) {
+        const QVariantMap saved = entry.toMap();
+        LedRequest led;
+        led.id = saved.value(QStringLiteral("id")).toString();
+        led.process = saved.value(QStringLiteral("process")).toLongLong();
+        led.count = saved.value(QStringLiteral("count")).toInt();
+        led.shown = saved.value(QStringLiteral("shown")).toInt();
+        const qulonglong started = saved.value(QStringLiteral("started")).toULongLong();
+        if (started == 0 || started != startOf(led.process) || led.isDone())
+            continue;
+        try {
+            setColor(&led, saved.value(QStringLiteral("color")));
+        } catch (const Error &) {
+            continue;
+        }
+        requests.push_back(led);
+    }
+    if (requests.empty())
+        return;
+    m_requests.restore(requests);
+    m_grace.start(graceTime());
+}
+
+// Those of before a restart whose processes did not come back, or have gone.
+void LedPublisher::forgetOrphans()
+{
+    m_requests.forget([this](const LedRequest &request) {
+        return request.client == 0
+            && std::none_of(m_clients.begin(), m_clients.end(),
+                [&](const auto &client) { return client.second == request.process; });
+    });
 }
 
 } // namespace oz::services

@@ -1,8 +1,9 @@
 #pragma once
 
-#include "core/ControlObject.hpp"
-#include "core/StatePublisher.hpp"
 #include "led/LedRequests.hpp"
+#include "publishing/Publisher.hpp"
+
+#include <set>
 
 namespace oz::services {
 
@@ -10,26 +11,36 @@ namespace oz::services {
  * The LED service. It publishes "/pps/services/led/status": "red", "green" and "blue", each "on" or "off" and
  * nothing else, as clients take each change for a flash. It serves "/pps/services/led/control" with the
  * requests "requestLED" ("dat": "color" and "blinkCount") and "cancelLED"; a request is known by the
- * connection and its "id", and ends with the connection. What becomes of them is told by
+ * connection and its "id", and ends with the connection. Where the service was restarted, requests go on for
+ * clients that come back within the grace time. What becomes of them is told by
  * "/pps/services/led/activity": "requests", the newest 50 of them, the newest last, "last" and "flashes".
  */
-class LedPublisher : public QObject
+class LedPublisher final : public PublisherOf<LedSource>
 {
 public:
-    explicit LedPublisher(LedSource &source);
+    LedPublisher(const QString &facility, LedSource &source, Tree &tree);
     ~LedPublisher() override;
+    [[nodiscard]] FaultsByInstance faults() override { return {{QString(), &m_control.faults()}}; }
 
 private:
-    void publishStatus();
-    void publishActivity();
-    [[nodiscard]] Reply onRequest(const Request &request);
-    void begin(LedRequest led, const QVariantMap &data);
+    void publishState(const LedState &state) override;
+    void onRequestsChanged();
+    void holdClients();
+    [[nodiscard]] RequestTable requests();
+    [[nodiscard]] Reply begin(const Request &request);
+    [[nodiscard]] Reply cancel(const Request &request);
+    void onConnected(const PpsServer::Client &client);
+    void onGone(const PpsServer::Client &client);
+    void restore();
+    void forgetOrphans();
 
-    LedSource &m_source;
     LedRequests m_requests;
     StatePublisher m_status;
     StatePublisher m_activity;
     ControlObject m_control;
+    std::map<quint64, pid_t> m_clients; // the process of each connection
+    std::set<quint64> m_held; // connections that have requests under way
+    QTimer m_grace; // in which clients of before a restart come back
 };
 
 } // namespace oz::services

@@ -1,5 +1,7 @@
 #include "led/LedRequests.hpp"
 
+#include "publishing/Log.hpp"
+
 #include <algorithm>
 
 namespace oz::services {
@@ -18,10 +20,16 @@ LedRequests::LedRequests(LedSource &source) : m_source(source)
     });
 }
 
+void LedRequests::restore(const std::vector<LedRequest> &requests)
+{
+    m_current = requests;
+    // It may have been lit when the service died: only a flash after darkness is one more.
+    darken();
+}
+
 void LedRequests::begin(const LedRequest &request)
 {
-    end([&](const LedRequest &other) { return other.client == request.client && other.id == request.id; },
-        QStringLiteral("replaced"));
+    end([&](const LedRequest &other) { return other.isSameAs(request); }, QStringLiteral("replaced"));
     if (m_phase == Lit)
         darken();
     m_current.push_back(request);
@@ -31,15 +39,14 @@ void LedRequests::begin(const LedRequest &request)
         Q_EMIT changed();
 }
 
-bool LedRequests::cancel(quint64 client, const QString &id)
+bool LedRequests::cancel(const LedRequest &request)
 {
-    return end([&](const LedRequest &request) { return request.client == client && request.id == id; },
-        QStringLiteral("cancelled"));
+    return end([&](const LedRequest &other) { return other.isSameAs(request); }, QStringLiteral("cancelled"));
 }
 
-void LedRequests::forget(quint64 client)
+void LedRequests::forget(const std::function<bool(const LedRequest &)> &isGone)
 {
-    end([&](const LedRequest &request) { return request.client == client; }, QStringLiteral("client gone"));
+    end(isGone, QStringLiteral("client gone"));
 }
 
 int LedRequests::countOf(quint64 client) const
@@ -63,12 +70,26 @@ bool LedRequests::end(const std::function<bool(const LedRequest &)> &isMeant, co
     return true;
 }
 
+void LedRequests::light(const LedState::Elements &elements)
+{
+    m_source.light(elements, [](const Outcome &outcome) {
+        if (outcome.error)
+            qCWarning(logServices).noquote() << "led:" << outcome.errorText;
+    });
+}
+
 void LedRequests::darken()
 {
-    m_source.light({});
+    light({});
     m_phase = Dark;
     m_showsNewest = false;
-    m_phaseEnd.start(m_source.flash().off);
+    m_phaseEnd.start(times().darkTime);
+}
+
+// While the LED is away, the usual ones.
+LedState LedRequests::times() const
+{
+    return m_source.state().value_or(LedState());
 }
 
 void LedRequests::advance()
@@ -79,8 +100,8 @@ void LedRequests::advance()
     ++request.shown;
     ++m_flashes;
     m_phase = Lit;
-    m_phaseEnd.start(m_source.flash().on);
-    m_source.light(request.elements);
+    m_phaseEnd.start(times().flashTime);
+    light(request.elements);
     m_showsNewest = !request.isDone();
     if (request.isDone()) {
         m_last = {request, QStringLiteral("done")};

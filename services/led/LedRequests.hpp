@@ -13,14 +13,20 @@ struct LedRequest
 {
     static constexpr int UntilCancelled = -1;
 
-    quint64 client = 0; //!< the connection that it came on
+    quint64 client = 0; //!< the connection that it came on; 0 for one of before a restart
     QString id; //!< as the client chose it, for this connection
     qint64 process = 0;
     QString color;
-    LedSource::Elements elements;
+    LedState::Elements elements;
     int count = UntilCancelled;
     int shown = 0; //!< flashes so far
 
+    /*! Whether a client calls it so: by its connection, or by its process where a restart lies between. */
+    [[nodiscard]] bool isSameAs(const LedRequest &other) const
+    {
+        const bool sameClient = client && other.client ? client == other.client : process == other.process;
+        return sameClient && id == other.id;
+    }
     [[nodiscard]] bool isDone() const { return count != UntilCancelled && shown >= count; }
 };
 
@@ -36,12 +42,16 @@ class LedRequests : public QObject
 public:
     explicit LedRequests(LedSource &source);
 
+    /*! Goes on with requests of before a restart, the newest last, which no connection has yet. */
+    void restore(const std::vector<LedRequest> &requests);
+
     /*! Begins \a request; one of the same client and id ends. */
     void begin(const LedRequest &request);
-    /*! Ends a request; false where there is none. The last flash of one that is done is not cut short. */
-    bool cancel(quint64 client, const QString &id);
-    /*! Ends all requests of a client. */
-    void forget(quint64 client);
+    /*! Ends the request of the same client and id; false where there is none. The last flash of one that is
+     * done is not cut short. */
+    bool cancel(const LedRequest &request);
+    /*! Ends all requests that \a isGone picks, whose clients are gone. */
+    void forget(const std::function<bool(const LedRequest &)> &isGone);
     [[nodiscard]] int countOf(quint64 client) const;
 
     /*! The requests that are not done, the newest last. */
@@ -58,8 +68,10 @@ private:
     enum Phase { Ready, Lit, Dark };
 
     bool end(const std::function<bool(const LedRequest &)> &isMeant, const QString &how);
+    void light(const LedState::Elements &elements);
     void darken();
     void advance();
+    [[nodiscard]] LedState times() const;
 
     LedSource &m_source;
     std::vector<LedRequest> m_current;

@@ -1,20 +1,13 @@
 #pragma once
 
-#include "core/Mishaps.hpp"
-
-#include <QObject>
+#include "source/Source.hpp"
 
 #include <chrono>
-#include <optional>
 
 namespace oz::services {
 
-/*! The notification LED, whoever has it: its elements, and how long a flash is. */
-class LedSource : public QObject
+struct LedState
 {
-    Q_OBJECT
-
-public:
     struct Elements
     {
         bool red = false;
@@ -24,22 +17,19 @@ public:
         bool operator==(const Elements &) const = default;
     };
 
-    struct Flash
-    {
-        std::chrono::milliseconds on{250};
-        std::chrono::milliseconds off{250}; //!< at least, before the next one
-    };
+    Elements lit; //!< what is lit now
+    std::chrono::milliseconds flashTime{250}; //!< how long a flash is
+    std::chrono::milliseconds darkTime{250}; //!< at least, before the next one
 
-    /*! Which elements are lit; nothing while it is not known yet, which is then not published either. */
-    [[nodiscard]] virtual std::optional<Elements> lit() const = 0;
+    bool operator==(const LedState &) const = default;
+};
+
+/*! The notification LED, whoever has it. */
+class LedSource : public StateSource<LedState>
+{
+public:
     /*! Lights these elements and no others. */
-    virtual void light(const Elements &elements) = 0;
-    [[nodiscard]] virtual Flash flash() const = 0;
-    /*! What goes wrong with the request \a message that has come, where that can be arranged. */
-    [[nodiscard]] virtual std::optional<Mishap> takeMishap(const QString & /*message*/) { return {}; }
-
-Q_SIGNALS:
-    void changed();
+    virtual void light(const LedState::Elements &elements, const Done &done) = 0;
 };
 
 } // namespace oz::services

@@ -2,20 +2,21 @@
 
 namespace oz::services {
 
-SimulatedLed::SimulatedLed(const JsonNode &section)
+SimulatedLed::SimulatedLed(const JsonNode &section, SimulatedPhone &)
 {
     const QString on = QStringLiteral("on-seconds");
     const QString off = QStringLiteral("off-seconds");
     section.allowOnly({on, off});
-    m_flash = {section.seconds(on, 0.25, 0.001, 60), section.seconds(off, 0.25, 0.001, 60)};
+    m_state.flashTime = section.seconds(on, 0.25, 0.001, 60);
+    m_state.darkTime = section.seconds(off, 0.25, 0.001, 60);
+    know(m_state);
 }
 
-void SimulatedLed::light(const Elements &elements)
+void SimulatedLed::light(const LedState::Elements &elements, const Done &done)
 {
-    if (elements == m_lit)
-        return;
-    m_lit = elements;
-    Q_EMIT changed();
+    m_state.lit = elements;
+    know(m_state);
+    done({});
 }
 
 } // namespace oz::services

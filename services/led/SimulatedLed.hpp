@@ -1,7 +1,7 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
 #include "led/LedSource.hpp"
+#include "phone/SimulatedPhone.hpp"
 
 namespace oz::services {
 
@@ -9,22 +9,17 @@ namespace oz::services {
 class SimulatedLed final : public LedSource, public SimulatedPart
 {
 public:
-    explicit SimulatedLed(const JsonNode &section);
+    SimulatedLed(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<Elements> lit() const override { return m_lit; }
-    void light(const Elements &elements) override;
-    [[nodiscard]] Flash flash() const override { return m_flash; }
-    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &message) override
-    {
-        return m_mishaps.take(message);
-    }
-    [[nodiscard]] QString name() const override { return QStringLiteral("led"); }
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override { return m_mishaps.verbs(); }
+    void light(const LedState::Elements &elements, const Done &done) override;
+
+    [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override { return {}; }
+    /*! The service has the requests; what is lit follows from them. */
+    [[nodiscard]] QVariantMap saved() const override { return {}; }
+    void restore(const QVariantMap &) override { }
 
 private:
-    Flash m_flash;
-    Elements m_lit;
-    Mishaps m_mishaps;
+    LedState m_state;
 };
 
 } // namespace oz::services

@@ -1,7 +1,6 @@
 #include "miracast/MiracastPublisher.hpp"
 
-#include "core/Error.hpp"
-#include "core/Log.hpp"
+#include "publishing/Log.hpp"
 
 #include <oz/PpsText.hpp>
 
@@ -13,10 +12,10 @@ namespace oz::services {
 
 namespace {
 
-using Source = MiracastSource;
+using Result = MiracastSource::Result;
+using Stop = MiracastState::Stop;
 
 const QString MiracastPpsDir = QStringLiteral("/pps/services/miracast/");
-
 constexpr int MaxTextSize = 256; // of what a request is called by
 constexpr int MaxOpenRequests = 10; // of one process: a flood of one does not keep the others waiting
 
@@ -24,13 +23,62 @@ constexpr int MaxOpenRequests = 10; // of one process: a flood of one does not k
 constexpr const char *ConnectionTexts[] = {"DISCONNECTED", "CONNECTING", "CONNECTED"};
 constexpr const char *SessionTexts[] = {"STOPPED", "PLAYING", "PAUSED"};
 
-QVariantMap mapOf(const Source::Sink &sink)
+// As clients know them.
+int codeOf(Result result)
+{
+    switch (result) {
+    case Result::Success:
+        return 0;
+    case Result::PinRequired:
+        return -1000;
+    case Result::PinIncorrect:
+        return -1001;
+    case Result::SinkLost:
+        return -1002;
+    case Result::SinkRefused:
+        return -1003;
+    case Result::InvalidRequest:
+        return -1005;
+    case Result::Cancelled:
+        return -1007;
+    case Result::WiFiFailed:
+        return -1008;
+    case Result::SinkNotFound:
+        return -1009;
+    case Result::ServiceFailed:
+        return -1010;
+    case Result::ForbiddenByPolicy:
+        return -1012;
+    }
+    return -1010;
+}
+
+int stopReasonOf(const MiracastState &state)
+{
+    switch (state.stop) {
+    case Stop::None:
+        return 0;
+    case Stop::Internal:
+        return 1;
+    case Stop::Application:
+        return 2;
+    case Stop::NotSupported:
+        return 4;
+    case Stop::Policy:
+        return 5;
+    case Stop::WiFi:
+        return 6 + state.wiFiFailure;
+    }
+    return 1;
+}
+
+QVariantMap mapOf(const MiracastState::Sink &sink)
 {
     return {{QStringLiteral("name"), sink.name}, {QStringLiteral("mac"), sink.address},
         {QStringLiteral("type"), sink.type}};
 }
 
-QVariantMap statusOf(const Source::State &state)
+QVariantMap statusOf(const MiracastState &state)
 {
     QVariantMap status{
         {QStringLiteral("sink_device"), mapOf(state.sink)},
@@ -40,9 +88,9 @@ QVariantMap statusOf(const Source::State &state)
         {QStringLiteral("sink_resolution"),
             QVariantMap{{QStringLiteral("width"), state.resolution.width()},
                 {QStringLiteral("height"), state.resolution.height()}}},
-        {QStringLiteral("service_stop_reason"), state.stopReason},
+        {QStringLiteral("service_stop_reason"), stopReasonOf(state)},
         {QStringLiteral("service_status"),
-            state.stopReason == Source::NotStopped ? QStringLiteral("RUNNING") : QStringLiteral("STOPPED")},
+            state.stop == Stop::None ? QStringLiteral("RUNNING") : QStringLiteral("STOPPED")},
     };
     if (state.application) {
         status.insert(QStringLiteral("app_context"),
@@ -53,10 +101,10 @@ QVariantMap statusOf(const Source::State &state)
 }
 
 // Named so that their order is that of the list.
-QVariantMap sinksOf(const QList<Source::Sink> &sinks)
+QVariantMap sinksOf(const QList<MiracastState::Sink> &sinks)
 {
     QVariantMap attributes;
-    for (const Source::Sink &sink : sinks)
+    for (const MiracastState::Sink &sink : sinks)
         attributes.insert(
             QStringLiteral("sink%1").arg(attributes.size() + 1, 4, 10, QChar(u'0')), mapOf(sink));
     return attributes;
@@ -84,26 +132,80 @@ bool isText(const QVariant &value)
 
 } // namespace
 
-MiracastPublisher::MiracastPublisher(MiracastSource &source)
-    : m_source(source), m_status(MiracastPpsDir + QLatin1String("status")),
-      m_sinks(MiracastPpsDir + QLatin1String("sinks")), m_control(MiracastPpsDir + QLatin1String("control"))
+// Its answers are in the status; what is sent to a client itself tells only why there is none.
+class MiracastPublisher::Control final : public ServedObject
 {
-    connect(&source, &MiracastSource::changed, this, &MiracastPublisher::publish);
-    connect(&m_control, &PpsServer::received, this, &MiracastPublisher::onReceived);
+public:
+    Control(MiracastPublisher &publisher, Tree &tree)
+        : ServedObject(tree, MiracastPpsDir + QLatin1String("control")), m_publisher(publisher)
+    {
+    }
+
+private:
+    void onMessage(
+        const PpsServer::Client &client, const QVariantMap &decoded, const QString &malformed) override
+    {
+        const QVariantMap attributes = malformed.isEmpty() ? decoded : readableOf(lastMessage());
+        const Request request{client, attributes.value(QStringLiteral("msg")).toString(),
+            attributes.value(QStringLiteral("id")).toString(), attributes.value(QStringLiteral("dat"))};
+        const auto isName = [](const QString &text) { return !text.isEmpty() && text.size() <= MaxTextSize; };
+        if (!isName(request.message) || !isName(request.id.toString())) {
+            // Nobody could tell the answer in the status from another's.
+            return refuse(client, EINVAL,
+                QStringLiteral("expected a 'msg' and an 'id' of at most 256 characters each"));
+        }
+        // One that never reads these is cut off in the end.
+        if (!m_publisher.admit(client.pid))
+            return refuse(client, EBUSY, QStringLiteral("this process has too many requests under way"));
+        m_publisher.onRequest(request, !malformed.isEmpty());
+    }
+
+    void refuse(const PpsServer::Client &client, int error, const QString &text)
+    {
+        QVariantMap refusal;
+        Reply::failure(error, text).addErrorTo(&refusal);
+        server().send(client.id, refusal);
+    }
+
+    MiracastPublisher &m_publisher;
+};
+
+MiracastPublisher::MiracastPublisher(const QString &facility, MiracastSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree), m_status(tree, MiracastPpsDir + QLatin1String("status")),
+      m_sinks(tree, MiracastPpsDir + QLatin1String("sinks")), m_requests(requests()),
+      m_faults(faultWords(m_requests), {QStringLiteral("CODE"), -9999, -1},
+          {Fault::AnswerLate, Fault::NeverAnswer}),
+      m_control(std::make_unique<Control>(*this, tree))
+{
+    declare(m_status);
+    declare(m_sinks);
     m_turn.setSingleShot(true);
     m_turn.setTimerType(Qt::PreciseTimer);
     connect(&m_turn, &QTimer::timeout, this, &MiracastPublisher::turn);
-    publish();
-    Startup::serve(m_control, 0666);
+    follow();
+    m_control->start(0666);
 }
 
-void MiracastPublisher::publish()
+MiracastPublisher::~MiracastPublisher() = default;
+
+void MiracastPublisher::publishState(const MiracastState &state)
 {
-    const auto state = m_source.state();
-    if (!state)
-        return;
-    m_sinks.publish(sinksOf(state->sinks));
-    QVariantMap status = statusOf(*state);
+    m_sinks.publish(sinksOf(state.sinks));
+    m_told = statusOf(state);
+    publishStatus();
+}
+
+// Who asks an absent service is told so, too.
+void MiracastPublisher::publishAbsence()
+{
+    m_sinks.publish({});
+    m_told.clear();
+    publishStatus();
+}
+
+void MiracastPublisher::publishStatus()
+{
+    QVariantMap status = m_told;
     if (m_standing) {
         status.insert(QStringLiteral("last_request_id"), m_standing->id);
         status.insert(QStringLiteral("last_request"), m_standing->message);
@@ -112,44 +214,52 @@ void MiracastPublisher::publish()
     m_status.publish(status);
 }
 
-void MiracastPublisher::onReceived(const PpsServer::Client &client, const QByteArray &message)
+RequestTable MiracastPublisher::requests()
 {
-    QString malformed;
-    const QVariantMap decoded = PpsText::decode(message, &malformed);
-    const QVariantMap attributes = malformed.isEmpty() ? decoded.first().toMap() : readableOf(message);
-    const Request request{attributes.value(QStringLiteral("msg")).toString(),
-        attributes.value(QStringLiteral("id")).toString(), attributes.value(QStringLiteral("dat")),
-        client.pid};
-    const auto isName = [](const QString &text) { return !text.isEmpty() && text.size() <= MaxTextSize; };
-    if (!isName(request.message) || !isName(request.id)) {
-        // Nobody could tell the answer in the status from another's.
-        m_control.send(client.id,
-            QVariantMap{{QStringLiteral("err"), EINVAL},
-                {QStringLiteral("errstr"),
-                    QStringLiteral("expected a 'msg' and an 'id' of at most 256 characters each")}});
-        return;
-    }
-    if (!admit(client.pid))
-        return;
-    if (!malformed.isEmpty())
-        return answer(request, Source::InvalidRequest);
-    const auto mishap = m_source.takeMishap(request.message);
-    if (!mishap)
-        return handle(request);
-    switch (mishap->kind) {
-    case Mishap::AnswerLate:
-        QTimer::singleShot(mishap->number, this, [this, request] { handle(request); });
-        break;
-    case Mishap::NeverAnswer:
-        dismiss(request.process);
-        break;
-    default:
-        answer(request, mishap->number);
-        break;
-    }
+    constexpr auto trusted = RequestKind::For::Trusted;
+    // The way back of a request is its answer in the status, which other answers may keep waiting.
+    const auto done = [this](const Request &request) {
+        return [self = QPointer(this), request](Result result) {
+            if (self)
+                self->answer(request, codeOf(result));
+        };
+    };
+    const auto plain = [this, done](void (MiracastSource::*ask)(const MiracastSource::Done &)) {
+        return [this, done, ask](const Request &request, const auto &) { (source().*ask)(done(request)); };
+    };
+    const auto connectSink = [this, done](const Request &request, const auto &) {
+        const QVariantMap argument = request.data.toMap();
+        const QVariant address = argument.value(QStringLiteral("sink_mac"));
+        const QVariant pin = argument.value(QStringLiteral("pin"));
+        if (isText(address) && isText(pin))
+            source().connectSink(address.toString(), pin.toString(), done(request));
+        else
+            done(request)(Result::InvalidRequest);
+    };
+    const auto warmUp = [this, done](const Request &request, const auto &) {
+        const QVariantMap argument = request.data.toMap();
+        const QVariant name = argument.value(QStringLiteral("name"));
+        const bool persistent = argument.value(QStringLiteral("persistent")).toInt() != 0;
+        if (isText(name))
+            source().warmUp({name.toString(), persistent}, done(request));
+        else
+            done(request)(Result::InvalidRequest);
+    };
+    return {
+        {QStringLiteral("miracast_sink_discover"), QStringLiteral("scan"), plain(&MiracastSource::scan)},
+        {QStringLiteral("miracast_session_start"), QStringLiteral("connect"), connectSink, trusted},
+        {QStringLiteral("miracast_session_stop"), QStringLiteral("disconnect"),
+            plain(&MiracastSource::disconnectSink), trusted},
+        {QStringLiteral("miracast_session_pause"), QStringLiteral("pause"), plain(&MiracastSource::pause),
+            trusted},
+        {QStringLiteral("miracast_session_resume"), QStringLiteral("resume"), plain(&MiracastSource::resume),
+            trusted},
+        {QStringLiteral("miracast_shutdown"), QStringLiteral("shutdown"), plain(&MiracastSource::shutdown),
+            trusted},
+        {QStringLiteral("miracast_app_context"), QStringLiteral("warmup"), warmUp, trusted},
+    };
 }
 
-// Whether there is room for one more request of the process.
 bool MiracastPublisher::admit(pid_t process)
 {
     Process &asking = m_processes[process];
@@ -157,7 +267,7 @@ bool MiracastPublisher::admit(pid_t process)
         return ++asking.openRequests;
     if (!std::exchange(asking.wasTold, true)) {
         qCWarning(logServices) << "miracast: requests of process" << process
-                               << "are dropped: it has too many open ones";
+                               << "are refused: it has too many open ones";
     }
     return false;
 }
@@ -168,37 +278,43 @@ void MiracastPublisher::dismiss(pid_t process)
         m_processes.remove(process);
 }
 
+void MiracastPublisher::onRequest(const Request &request, bool isMalformed)
+{
+    if (isMalformed)
+        return answer(request, codeOf(Result::InvalidRequest));
+    const auto fault = m_faults.take(request.message);
+    if (!fault)
+        return handle(request);
+    switch (fault->kind) {
+    case Fault::AnswerLate:
+        QTimer::singleShot(fault->number, this, [this, request] { handle(request); });
+        break;
+    case Fault::NeverAnswer:
+        dismiss(request.client.pid);
+        break;
+    default:
+        answer(request, fault->number);
+        break;
+    }
+}
+
 void MiracastPublisher::handle(const Request &request)
 {
-    const Source::Done done = [self = QPointer(this), request](int code) {
-        if (self)
-            self->answer(request, code);
-    };
-    const QVariantMap argument = request.data.toMap();
-    const QVariant address = argument.value(QStringLiteral("sink_mac"));
-    const QVariant pin = argument.value(QStringLiteral("pin"));
-    const QVariant name = argument.value(QStringLiteral("name"));
-    if (request.message == u"miracast_sink_discover")
-        m_source.scan(done);
-    else if (request.message == u"miracast_session_start" && isText(address) && isText(pin))
-        m_source.connectSink(address.toString(), pin.toString(), done);
-    else if (request.message == u"miracast_session_stop")
-        m_source.disconnectSink(done);
-    else if (request.message == u"miracast_session_pause")
-        m_source.pause(done);
-    else if (request.message == u"miracast_session_resume")
-        m_source.resume(done);
-    else if (request.message == u"miracast_shutdown")
-        m_source.shutdown(done);
-    else if (request.message == u"miracast_app_context" && isText(name))
-        m_source.warmUp({name.toString(), argument.value(QStringLiteral("persistent")).toInt() != 0}, done);
+    const auto kind = std::find_if(m_requests.begin(), m_requests.end(),
+        [&](const RequestKind &each) { return each.message == request.message; });
+    if (kind == m_requests.end())
+        answer(request, codeOf(Result::InvalidRequest));
+    else if (!refusalOf(tree(), *kind, request.client).isEmpty())
+        answer(request, codeOf(Result::ForbiddenByPolicy));
+    else if (!source().isKnown())
+        answer(request, codeOf(Result::ServiceFailed));
     else
-        done(Source::InvalidRequest);
+        kind->handle(request, services::Answer([](const Reply *) {}));
 }
 
 void MiracastPublisher::answer(const Request &request, int code)
 {
-    m_answers.enqueue({request.id, request.message, code, request.process});
+    m_answers.enqueue({request.id.toString(), request.message, code, request.client.pid});
     if (!m_turn.isActive())
         return turn();
     // One that stands because nobody waited goes once it has had its time.
@@ -219,7 +335,7 @@ void MiracastPublisher::turn()
     } else {
         return;
     }
-    publish();
+    publishStatus();
     m_turn.start(m_standing && m_answers.isEmpty() ? LoneAnswerTime : AnswerTime);
 }
 

@@ -1,9 +1,7 @@
 #pragma once
 
-#include "core/StatePublisher.hpp"
 #include "miracast/MiracastSource.hpp"
-
-#include <oz/PpsServer.hpp>
+#include "publishing/Publisher.hpp"
 
 #include <QHash>
 #include <QQueue>
@@ -23,7 +21,7 @@ namespace oz::services {
  * client that reads within either time sees its own answer, whole, also where it says the same as the one
  * before.
  */
-class MiracastPublisher : public QObject
+class MiracastPublisher final : public PublisherOf<MiracastSource>
 {
 public:
     /*! How long an answer stands where others wait, and how long its place is empty before the next one. */
@@ -31,16 +29,15 @@ public:
     /*! How long an answer stands where no other waits. */
     static constexpr std::chrono::milliseconds LoneAnswerTime{1000};
 
-    explicit MiracastPublisher(MiracastSource &source);
+    MiracastPublisher(const QString &facility, MiracastSource &source, Tree &tree);
+    ~MiracastPublisher() override;
+
+    [[nodiscard]] FaultsByInstance faults() override { return {{QString(), &m_faults}}; }
 
 private:
-    struct Request
-    {
-        QString message;
-        QString id;
-        QVariant data;
-        pid_t process = 0;
-    };
+    class Control;
+    using Result = MiracastSource::Result;
+
     struct Answer
     {
         QString id;
@@ -48,24 +45,31 @@ private:
         int code = 0;
         pid_t process = 0;
     };
+
     struct Process
     {
         int openRequests = 0; // that wait for their answers to stand
         bool wasTold = false; // of one too many
     };
 
-    void publish();
-    void onReceived(const PpsServer::Client &client, const QByteArray &message);
+    void publishState(const MiracastState &state) override;
+    void publishAbsence() override;
+    void publishStatus();
+    [[nodiscard]] RequestTable requests();
+    /*! Whether there is room for one more request of the process. */
     [[nodiscard]] bool admit(pid_t process);
     void dismiss(pid_t process);
+    void onRequest(const Request &request, bool isMalformed);
     void handle(const Request &request);
     void answer(const Request &request, int code);
     void turn();
 
-    MiracastSource &m_source;
+    QVariantMap m_told; // the status without answers
     StatePublisher m_status;
     StatePublisher m_sinks;
-    PpsServer m_control;
+    RequestTable m_requests;
+    Faults m_faults;
+    std::unique_ptr<Control> m_control;
     QHash<pid_t, Process> m_processes; // that have requests open
     QQueue<Answer> m_answers; // that have not stood yet
     std::optional<Answer> m_standing;

@@ -1,9 +1,9 @@
 #include "miracast/SimulatedMiracast.hpp"
 
-#include "core/Error.hpp"
-#include "core/ShippedPhone.hpp"
 #include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
+#include "phone/ShippedPhone.hpp"
+#include "publishing/Error.hpp"
 
 #include <QUuid>
 
@@ -11,40 +11,39 @@ namespace oz::services {
 
 namespace {
 
-// The words of the verb fail-next.
-QList<std::pair<QString, QString>> requestWords()
+using Application = MiracastState::Application;
+using Stop = MiracastState::Stop;
+
+constexpr int WiFiCode = 6; // the first of the verb "stop" for failures of Wi-Fi Direct
+
+// What the codes of the verb "stop" mean.
+Stop stopOf(int code)
 {
-    return {{QStringLiteral("scan"), QStringLiteral("miracast_sink_discover")},
-        {QStringLiteral("connect"), QStringLiteral("miracast_session_start")},
-        {QStringLiteral("disconnect"), QStringLiteral("miracast_session_stop")},
-        {QStringLiteral("pause"), QStringLiteral("miracast_session_pause")},
-        {QStringLiteral("resume"), QStringLiteral("miracast_session_resume")},
-        {QStringLiteral("shutdown"), QStringLiteral("miracast_shutdown")},
-        {QStringLiteral("warmup"), QStringLiteral("miracast_app_context")}};
+    static const QMap<int, Stop> codes{{2, Stop::Application}, {4, Stop::NotSupported}, {5, Stop::Policy}};
+    return code >= WiFiCode ? Stop::WiFi : codes.value(code, Stop::Internal);
 }
 
 } // namespace
 
-SimulatedMiracast::SimulatedMiracast(
-    const JsonNode &section, const SimulatedHardware &hardware, SimulatedDisplays &displays)
-    : m_displays(displays), m_supported(hardware.state()->miracast.value_or(false)),
-      m_mishaps(
-          requestWords(), {QStringLiteral("CODE"), -9999, -1}, {Mishap::AnswerLate, Mishap::NeverAnswer}),
-      m_stopReason(m_supported ? NotStopped : NotSupported)
+SimulatedMiracast::SimulatedMiracast(const JsonNode &section, SimulatedPhone &phone)
+    : m_displays(phone.part<SimulatedDisplays>()),
+      m_supported(phone.part<SimulatedHardware>()->hasMiracast()),
+      m_stop(m_supported ? Stop::None : Stop::NotSupported), m_scanning(phone.clock()),
+      m_connecting(phone.clock())
 {
     const QString sinks = QStringLiteral("sinks");
     section.allowOnly({QStringLiteral("scan-seconds"), QStringLiteral("connect-seconds"), sinks});
     m_scanTime = section.seconds(QStringLiteral("scan-seconds"), 3);
     m_connectTime = section.seconds(QStringLiteral("connect-seconds"), 2);
-    const JsonNode all = (section.contains(sinks) ? section : shippedSection(name())).map(sinks);
+    const JsonNode all =
+        (section.contains(sinks) ? section : shippedSection(QStringLiteral("miracast"))).map(sinks);
     for (const auto &member : all.members())
         readSink(member.first, all.map(member.first));
 
-    m_scanning.setSingleShot(true);
-    connect(&m_scanning, &QTimer::timeout, this, &SimulatedMiracast::finishScan);
-    m_connecting.setSingleShot(true);
-    connect(&m_connecting, &QTimer::timeout, this, &SimulatedMiracast::finishConnecting);
-    connect(&displays, &DisplaySource::changed, this, &SimulatedMiracast::onDisplaysChanged);
+    connect(&m_scanning, &PhoneTimer::timeout, this, &SimulatedMiracast::finishScan);
+    connect(&m_connecting, &PhoneTimer::timeout, this, &SimulatedMiracast::finishConnecting);
+    connect(m_displays.get(), &DisplaySource::changed, this, &SimulatedMiracast::onDisplaysChanged);
+    tell();
 }
 
 void SimulatedMiracast::readSink(const QString &key, const JsonNode &node)
@@ -76,61 +75,67 @@ void SimulatedMiracast::readSink(const QString &key, const JsonNode &node)
 std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
 {
     const QString sink = QStringLiteral("SINK");
-    std::vector<SimVerb> verbs{
+    return {
         {QStringLiteral("sink-appears"), {sink},
             QStringLiteral("brings a sink into range; scans bring it into sight"),
-            [this](const QStringList &words) { sinkCalled(words[0]).inRange = true; }},
+            [this](const QStringList &words) {
+                sinkCalled(words[0]).inRange = true;
+                tell();
+            }},
         {QStringLiteral("sink-goes"), {sink},
             QStringLiteral("takes a sink out of range, which ends its session; a scan finds it missing"),
             [this](const QStringList &words) {
                 sinkCalled(words[0]).inRange = false;
-                if (m_session && m_session->key == words[0] && endConnection(Success))
-                    Q_EMIT changed();
+                if (m_session && m_session->key == words[0])
+                    (void)endConnection(Result::Success);
+                tell();
             }},
         {QStringLiteral("stop"), {QStringLiteral("CODE")},
             QStringLiteral(
                 "stops the service: 1 internally, 2 by an application, 4 for lack of support, 5 by "
                 "policy, 6 to 9 as Wi-Fi Direct fails"),
             [this](const QStringList &words) {
-                stop(SimArgument::integer(words[0], StoppedInternally, LastStopReason));
+                const int code = SimArgument::integer(words[0], 1, 9);
+                stop(stopOf(code), std::max(code - WiFiCode, 0));
             }},
         {QStringLiteral("start"), {}, QStringLiteral("starts the service again"),
             [this](const QStringList &) {
                 if (!m_supported)
                     throw Error(QStringLiteral("the phone has no Miracast"));
-                m_stopReason = NotStopped;
-                Q_EMIT changed();
+                m_stop = Stop::None;
+                tell();
             }},
     };
-    for (const SimVerb &mishap : m_mishaps.verbs())
-        verbs.push_back(mishap);
-    return verbs;
 }
 
-std::optional<MiracastSource::State> SimulatedMiracast::state() const
+void SimulatedMiracast::tell()
 {
-    State state;
-    state.stopReason = m_stopReason;
+    save();
+    MiracastState state;
+    state.supported = m_supported;
+    state.stop = m_stop;
+    state.wiFiFailure = m_wiFiFailure;
     state.application = m_application;
     for (const QString &key : m_visible)
         state.sinks.append(m_sinks.at(key).sink);
     if (m_attempt) {
-        state.connection = Connection::Connecting;
+        state.connection = MiracastState::Connection::Connecting;
         state.sink = m_sinks.at(m_attempt->key).sink;
     } else if (m_session) {
-        state.connection = Connection::Connected;
+        state.connection = MiracastState::Connection::Connected;
         state.sink = m_sinks.at(m_session->key).sink;
-        state.session = m_session->paused ? Session::Paused : Session::Playing;
+        state.session = m_session->paused ? MiracastState::Session::Paused : MiracastState::Session::Playing;
         state.sessionId = m_session->id;
-        state.resolution = m_displays.displays()->at(m_session->display).size;
+        if (const DisplayState::Display *display = m_displays->find(m_session->display))
+            state.resolution = display->size;
     }
-    return state;
+    know(state);
 }
 
 void SimulatedMiracast::scan(const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
     wake();
     m_scans.append(done);
     if (!m_scanning.isActive())
@@ -139,27 +144,27 @@ void SimulatedMiracast::scan(const Done &done)
 
 void SimulatedMiracast::connectSink(const QString &address, const QString &pin, const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
     wake();
     if (m_attempt || m_session)
-        return done(InvalidRequest);
+        return done(Result::InvalidRequest);
     const QString key = visibleAt(address);
     if (key.isEmpty())
-        return done(SinkNotFound);
+        return done(Result::SinkNotFound);
     m_attempt = Attempt{key, pin, done};
     m_connecting.start(m_connectTime);
-    Q_EMIT changed();
+    tell();
 }
 
 void SimulatedMiracast::disconnectSink(const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
-    if (!endConnection(Cancelled))
-        return done(InvalidRequest);
-    Q_EMIT changed();
-    done(Success);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
+    if (!endConnection(Result::Cancelled))
+        return done(Result::InvalidRequest);
+    tell();
+    done(Result::Success);
 }
 
 void SimulatedMiracast::pause(const Done &done)
@@ -174,38 +179,33 @@ void SimulatedMiracast::resume(const Done &done)
 
 void SimulatedMiracast::setPaused(bool paused, const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
     if (!m_session || m_session->paused == paused)
-        return done(InvalidRequest);
+        return done(Result::InvalidRequest);
     m_session->paused = paused;
-    Q_EMIT changed();
-    done(Success);
+    tell();
+    done(Result::Success);
 }
 
 void SimulatedMiracast::shutdown(const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
     if (m_application && !m_application->persistent)
         m_application.reset();
-    stop(StoppedByApplication);
-    done(Success);
+    stop(Stop::Application, 0);
+    done(Result::Success);
 }
 
 void SimulatedMiracast::warmUp(const Application &application, const Done &done)
 {
-    if (const int code = obstacle())
-        return done(code);
+    if (const Result refused = obstacle(); refused != Result::Success)
+        return done(refused);
     wake();
     m_application = application;
-    Q_EMIT changed();
-    done(Success);
-}
-
-std::optional<Mishap> SimulatedMiracast::takeMishap(const QString &message)
-{
-    return m_mishaps.take(message);
+    tell();
+    done(Result::Success);
 }
 
 SimulatedMiracast::Known &SimulatedMiracast::sinkCalled(const QString &key)
@@ -223,23 +223,29 @@ QString SimulatedMiracast::visibleAt(const QString &address) const
 }
 
 // What keeps the service from any request; one that an application has shut down starts with the next.
-int SimulatedMiracast::obstacle() const
+MiracastSource::Result SimulatedMiracast::obstacle() const
 {
     if (!m_supported)
-        return ServiceFailed;
-    if (m_stopReason == NotStopped || m_stopReason == StoppedByApplication)
-        return Success;
-    if (m_stopReason == StoppedByPolicy)
-        return ForbiddenByPolicy;
-    return m_stopReason >= StoppedByWiFi ? WiFiFailed : ServiceFailed;
+        return Result::ServiceFailed;
+    switch (m_stop) {
+    case Stop::None:
+    case Stop::Application:
+        return Result::Success;
+    case Stop::Policy:
+        return Result::ForbiddenByPolicy;
+    case Stop::WiFi:
+        return Result::WiFiFailed;
+    default:
+        return Result::ServiceFailed;
+    }
 }
 
 void SimulatedMiracast::wake()
 {
-    if (m_stopReason == NotStopped)
+    if (m_stop == Stop::None)
         return;
-    m_stopReason = NotStopped;
-    Q_EMIT changed();
+    m_stop = Stop::None;
+    tell();
 }
 
 void SimulatedMiracast::finishScan()
@@ -249,57 +255,58 @@ void SimulatedMiracast::finishScan()
         if (m_sinks.at(key).inRange)
             m_visible.append(key);
     }
-    Q_EMIT changed();
+    tell();
     for (const Done &done : std::exchange(m_scans, {}))
-        done(Success);
+        done(Result::Success);
 }
 
 void SimulatedMiracast::finishConnecting()
 {
     const Attempt attempt = *std::exchange(m_attempt, std::nullopt);
     const Known &known = m_sinks.at(attempt.key);
-    int code = Success;
+    Result result = Result::Success;
     if (!known.inRange)
-        code = SinkLost;
+        result = Result::SinkLost;
     else if (!known.accepts)
-        code = SinkRefused;
+        result = Result::SinkRefused;
     else if (!known.pin.isEmpty() && attempt.pin.isEmpty())
-        code = PinRequired;
+        result = Result::PinRequired;
     else if (!known.pin.isEmpty() && attempt.pin != known.pin)
-        code = PinIncorrect;
-    if (code == Success) {
-        const int display = m_displays.addWireless(known.sink.name, known.resolution);
+        result = Result::PinIncorrect;
+    if (result == Result::Success) {
+        const int display = m_displays->addWireless(known.sink.name, known.resolution);
         m_session = Running{attempt.key, QUuid::createUuid().toString(QUuid::WithoutBraces), display};
     }
-    Q_EMIT changed();
-    attempt.done(code);
+    tell();
+    attempt.done(result);
 }
 
-// Ends the session, or what is being connected, whose request is answered with the code; whether there was
+// Ends the session, or what is being connected, whose request is answered with the result; whether there was
 // any.
-bool SimulatedMiracast::endConnection(int code)
+bool SimulatedMiracast::endConnection(Result result)
 {
     m_connecting.stop();
     if (const auto attempt = std::exchange(m_attempt, std::nullopt)) {
-        attempt->done(code);
+        attempt->done(result);
         return true;
     }
     if (const auto session = std::exchange(m_session, std::nullopt)) {
-        m_displays.remove(session->display);
+        m_displays->remove(session->display);
         return true;
     }
     return false;
 }
 
-void SimulatedMiracast::stop(int reason)
+void SimulatedMiracast::stop(Stop reason, int wiFiFailure)
 {
-    m_stopReason = reason;
-    const int code = reason == StoppedByApplication ? int(Cancelled) : obstacle();
-    (void)endConnection(code);
+    m_stop = reason;
+    m_wiFiFailure = wiFiFailure;
+    const Result result = reason == Stop::Application ? Result::Cancelled : obstacle();
+    (void)endConnection(result);
     m_scanning.stop();
     for (const Done &done : std::exchange(m_scans, {}))
-        done(code);
-    Q_EMIT changed();
+        done(result);
+    tell();
 }
 
 // The session's display may have got another size, or be gone.
@@ -307,9 +314,61 @@ void SimulatedMiracast::onDisplaysChanged()
 {
     if (!m_session)
         return;
-    if (!m_displays.displays()->contains(m_session->display))
+    if (!m_displays->find(m_session->display))
         m_session.reset();
-    Q_EMIT changed();
+    tell();
+}
+
+QVariantMap SimulatedMiracast::saved() const
+{
+    QVariantMap inRange;
+    for (const auto &[key, known] : m_sinks)
+        inRange.insert(key, known.inRange);
+    QVariantMap saved{{QStringLiteral("in-range"), inRange}, {QStringLiteral("visible"), m_visible},
+        {QStringLiteral("stop"), int(m_stop)}, {QStringLiteral("wifi-failure"), m_wiFiFailure}};
+    if (m_application) {
+        saved.insert(QStringLiteral("application"),
+            QVariantMap{{QStringLiteral("name"), m_application->name},
+                {QStringLiteral("persistent"), m_application->persistent}});
+    }
+    if (m_session) {
+        saved.insert(QStringLiteral("session"),
+            QVariantMap{{QStringLiteral("sink"), m_session->key}, {QStringLiteral("id"), m_session->id},
+                {QStringLiteral("display"), m_session->display},
+                {QStringLiteral("paused"), m_session->paused}});
+    }
+    return saved;
+}
+
+// A scan, or a sink that was being connected, has ended with the daemon.
+void SimulatedMiracast::restore(const QVariantMap &saved)
+{
+    const QVariantMap inRange = saved.value(QStringLiteral("in-range")).toMap();
+    for (auto &[key, known] : m_sinks)
+        known.inRange = inRange.value(key, known.inRange).toBool();
+    for (const QString &key : saved.value(QStringLiteral("visible")).toStringList()) {
+        if (m_sinks.contains(key) && !m_visible.contains(key))
+            m_visible.append(key);
+    }
+    m_stop = Stop(std::clamp(saved.value(QStringLiteral("stop")).toInt(), 0, int(Stop::WiFi)));
+    m_wiFiFailure = std::clamp(saved.value(QStringLiteral("wifi-failure")).toInt(), 0, 3);
+    if (const QVariantMap application = saved.value(QStringLiteral("application")).toMap();
+        !application.isEmpty()) {
+        m_application = Application{application.value(QStringLiteral("name")).toString(),
+            application.value(QStringLiteral("persistent")).toBool()};
+    }
+    const QVariantMap session = saved.value(QStringLiteral("session")).toMap();
+    const QString key = session.value(QStringLiteral("sink")).toString();
+    const int display = session.value(QStringLiteral("display")).toInt();
+    if (m_sinks.contains(key) && m_displays->find(display)) {
+        m_session = Running{key, session.value(QStringLiteral("id")).toString(), display,
+            session.value(QStringLiteral("paused")).toBool()};
+    } else {
+        // The daemon may have died between what the displays and what this part saved.
+        for (const auto &[name, known] : m_sinks)
+            m_displays->removeWireless(known.sink.name);
+    }
+    tell();
 }
 
 } // namespace oz::services

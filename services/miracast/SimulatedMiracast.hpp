@@ -1,8 +1,7 @@
 #pragma once
 
 #include "miracast/MiracastSource.hpp"
-
-#include <QTimer>
+#include "phone/SimulatedPhone.hpp"
 
 namespace oz::services {
 
@@ -16,26 +15,24 @@ class SimulatedHardware;
 class SimulatedMiracast final : public MiracastSource, public SimulatedPart
 {
 public:
-    SimulatedMiracast(
-        const JsonNode &section, const SimulatedHardware &hardware, SimulatedDisplays &displays);
+    SimulatedMiracast(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] QString name() const override { return QStringLiteral("miracast"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
-    [[nodiscard]] std::optional<State> state() const override;
     void scan(const Done &done) override;
     void connectSink(const QString &address, const QString &pin, const Done &done) override;
     void disconnectSink(const Done &done) override;
     void pause(const Done &done) override;
     void resume(const Done &done) override;
     void shutdown(const Done &done) override;
-    void warmUp(const Application &application, const Done &done) override;
-    [[nodiscard]] std::optional<Mishap> takeMishap(const QString &message) override;
+    void warmUp(const MiracastState::Application &application, const Done &done) override;
 
 private:
     struct Known
     {
-        Sink sink;
+        MiracastState::Sink sink;
         bool inRange = true;
         bool accepts = true;
         QString pin; // empty for none
@@ -59,29 +56,30 @@ private:
     void readSink(const QString &key, const JsonNode &node);
     Known &sinkCalled(const QString &key);
     [[nodiscard]] QString visibleAt(const QString &address) const;
-    [[nodiscard]] int obstacle() const;
+    [[nodiscard]] Result obstacle() const;
     void wake();
     void finishScan();
     void finishConnecting();
     void setPaused(bool paused, const Done &done);
-    [[nodiscard]] bool endConnection(int code);
-    void stop(int reason);
+    [[nodiscard]] bool endConnection(Result result);
+    void stop(MiracastState::Stop reason, int wiFiFailure);
+    void tell();
     void onDisplaysChanged();
 
-    SimulatedDisplays &m_displays;
+    std::shared_ptr<SimulatedDisplays> m_displays;
     bool m_supported = true;
     std::chrono::milliseconds m_scanTime{};
     std::chrono::milliseconds m_connectTime{};
     QStringList m_keys; // of all sinks, in the order of the file
     std::map<QString, Known> m_sinks; // by their keys
 
-    Mishaps m_mishaps;
-    int m_stopReason = NotStopped;
-    std::optional<Application> m_application;
+    MiracastState::Stop m_stop;
+    int m_wiFiFailure = 0;
+    std::optional<MiracastState::Application> m_application;
     QStringList m_visible;
-    QTimer m_scanning;
+    PhoneTimer m_scanning;
     QList<Done> m_scans; // that wait for the end of the one that runs
-    QTimer m_connecting;
+    PhoneTimer m_connecting;
     std::optional<Attempt> m_attempt;
     std::optional<Running> m_session;
 };

@@ -1,6 +1,6 @@
 #include "radio/RadioPublisher.hpp"
 
-#include "radio/CellularTerms.hpp"
+#include "radio/CellularWords.hpp"
 
 namespace oz::services {
 
@@ -28,33 +28,45 @@ int maskByNumber(const QList<int> &bands)
 
 } // namespace
 
-RadioPublisher::RadioPublisher(RadioSource &source)
-    : m_source(source), m_public(QStringLiteral("/pps/services/cellular/radioctrl/status_public")),
-      m_persistent(QStringLiteral("/pps/services/cellular/radioctrl/status_persistent"))
+RadioPublisher::RadioPublisher(const QString &facility, RadioSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree),
+      m_public(tree, QStringLiteral("/pps/services/cellular/radioctrl/status_public")),
+      m_persistent(tree, QStringLiteral("/pps/services/cellular/radioctrl/status_persistent")),
+      m_connections(tree, QStringLiteral("/pps/services/cds/cnice/status"))
 {
-    connect(&source, &RadioSource::changed, this, &RadioPublisher::publish);
-    publish();
+    declare(m_public);
+    declare(m_persistent);
+    m_connections.stand();
+    follow();
 }
 
-void RadioPublisher::publish()
+void RadioPublisher::publishState(const RadioState &radio)
 {
-    const auto radio = m_source.state();
-    if (!radio)
-        return;
-    m_public.publish({
-        {QStringLiteral("power_status"), radio->poweredOn ? QStringLiteral("ON") : QStringLiteral("OFF")},
-        {QStringLiteral("provider_capability"),
-            QVariantMap{{QStringLiteral("services"), CellularTerms::serviceBits(radio->services)},
-                {QStringLiteral("tech"), radio->technologies}}},
-        {QStringLiteral("network_technology"), radio->networks},
-        {QStringLiteral("band_capability"),
-            QVariantMap{{QStringLiteral("cdma"), maskByPlace(radio->bands.cdma, CdmaBands)},
-                {QStringLiteral("gsm"), maskByPlace(radio->bands.gsm, GsmBands)},
-                {QStringLiteral("umts"), maskByNumber(radio->bands.umts)},
-                {QStringLiteral("lte"), maskByNumber(radio->bands.lte)}}},
-    });
-    m_persistent.publish({{QStringLiteral("configured_technologies"),
-        QVariantMap{{QStringLiteral("enabled"), radio->enabledTechnologies}}}});
+    QVariantMap state;
+    if (radio.poweredOn) {
+        state.insert(
+            QStringLiteral("power_status"), *radio.poweredOn ? QStringLiteral("ON") : QStringLiteral("OFF"));
+    }
+    QVariantMap capability;
+    if (radio.services)
+        capability.insert(QStringLiteral("services"), CellularWords::treeBits(*radio.services));
+    if (radio.technologies)
+        capability.insert(QStringLiteral("tech"), CellularWords::wordsOf(*radio.technologies));
+    state.insert(QStringLiteral("provider_capability"), capability);
+    if (radio.networks)
+        state.insert(QStringLiteral("network_technology"), CellularWords::wordsOf(*radio.networks));
+    if (radio.bands) {
+        state.insert(QStringLiteral("band_capability"),
+            QVariantMap{{QStringLiteral("cdma"), maskByPlace(radio.bands->cdma, CdmaBands)},
+                {QStringLiteral("gsm"), maskByPlace(radio.bands->gsm, GsmBands)},
+                {QStringLiteral("umts"), maskByNumber(radio.bands->umts)},
+                {QStringLiteral("lte"), maskByNumber(radio.bands->lte)}});
+    }
+    m_public.publish(state);
+    QVariantMap configured;
+    if (radio.enabledTechnologies)
+        configured.insert(QStringLiteral("enabled"), CellularWords::wordsOf(*radio.enabledTechnologies));
+    m_persistent.publish({{QStringLiteral("configured_technologies"), configured}});
 }
 
 } // namespace oz::services

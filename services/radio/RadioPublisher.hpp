@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/StatePublisher.hpp"
+#include "publishing/Publisher.hpp"
 #include "radio/RadioSource.hpp"
 
 namespace oz::services {
@@ -9,17 +9,17 @@ namespace oz::services {
  * Publishes, in "/pps/services/cellular/radioctrl/", "status_public" ("power_status", "provider_capability",
  * "network_technology", "band_capability") and "status_persistent" ("configured_technologies").
  */
-class RadioPublisher : public QObject
+class RadioPublisher final : public PublisherOf<RadioSource>
 {
 public:
-    explicit RadioPublisher(RadioSource &source);
+    RadioPublisher(const QString &facility, RadioSource &source, Tree &tree);
 
 private:
-    void publish();
+    void publishState(const RadioState &state) override;
 
-    RadioSource &m_source;
     StatePublisher m_public;
     StatePublisher m_persistent;
+    StatePublisher m_connections; // the connection service's: it stands for the radio's clients too
 };
 
 } // namespace oz::services

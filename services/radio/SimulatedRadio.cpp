@@ -1,8 +1,8 @@
 #include "radio/SimulatedRadio.hpp"
 
-#include "cellularnetwork/SimulatedNetworks.hpp"
-#include "core/Error.hpp"
-#include "radio/CellularTerms.hpp"
+#include "cellular-network/SimulatedNetworks.hpp"
+#include "publishing/Error.hpp"
+#include "radio/CellularWords.hpp"
 
 #include <numeric>
 
@@ -19,22 +19,24 @@ QList<int> numbers(int first, int last)
 
 } // namespace
 
-SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedNetworks &networks) : m_networks(networks)
+SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedPhone &phone)
+    : m_networks(phone.part<SimulatedNetworks>())
 {
     const QString technologies = QStringLiteral("technologies");
     const QString enabled = QStringLiteral("enabled-technologies");
     section.allowOnly({QStringLiteral("power"), technologies, enabled, QStringLiteral("services"),
         QStringLiteral("bands"), QStringLiteral("data"), QStringLiteral("data-roaming")});
-    m_state.poweredOn = section.boolean(QStringLiteral("power"), true);
-    m_state.technologies =
-        section.words(technologies, CellularTerms::technologies(), CellularTerms::technologies());
-    m_state.enabledTechnologies = section.words(enabled, m_state.technologies, m_state.technologies);
-    m_state.services =
-        section.words(QStringLiteral("services"), CellularTerms::services(), CellularTerms::services());
+    m_poweredOn = section.boolean(QStringLiteral("power"), true);
+    m_technologies =
+        section.words(technologies, CellularWords::technologies(), CellularWords::technologies());
+    m_enabled = section.words(enabled, m_technologies, m_technologies);
+    m_state.technologies = CellularWords::technologiesOf(m_technologies);
+    m_state.services = CellularWords::servicesOf(
+        section.words(QStringLiteral("services"), CellularWords::services(), CellularWords::services()));
     const JsonNode bands = section.map(QStringLiteral("bands"));
     bands.allowOnly(
         {QStringLiteral("cdma"), QStringLiteral("gsm"), QStringLiteral("umts"), QStringLiteral("lte")});
-    m_state.bands = {
+    m_state.bands = RadioState::Bands{
         .cdma = bands.integers(QStringLiteral("cdma"), {0, 1}, {0, 1, 15}),
         .gsm = bands.integers(QStringLiteral("gsm"), {850, 900, 1800, 1900}, {850, 900, 1800, 1900}),
         .umts = bands.integers(QStringLiteral("umts"), {1, 2, 5, 8}, numbers(1, 10)),
@@ -42,15 +44,8 @@ SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedNetworks &netwo
     };
     m_data = section.boolean(QStringLiteral("data"), true);
     m_dataRoaming = section.boolean(QStringLiteral("data-roaming"), false);
-    connect(&m_networks, &SimulatedNetworks::served, this, &SimulatedRadio::changed);
+    connect(m_networks.get(), &SimulatedNetworks::served, this, &SimulatedRadio::tell);
     allowNetworks();
-}
-
-std::optional<RadioSource::State> SimulatedRadio::state() const
-{
-    State state = m_state;
-    state.networks = m_networks.servingTechnologies();
-    return state;
 }
 
 std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
@@ -58,7 +53,7 @@ std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
     return {
         SimVerb::onOff(QStringLiteral("power"), QStringLiteral("switches the radio"),
             [this](bool on) {
-                m_state.poweredOn = on;
+                m_poweredOn = on;
                 allowNetworks();
             }),
         {QStringLiteral("enable"), {QStringLiteral("TECHNOLOGY,...")},
@@ -66,35 +61,35 @@ std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
             [this](const QStringList &words) {
                 const QStringList wanted = words[0].split(u',', Qt::SkipEmptyParts);
                 for (const QString &technology : wanted)
-                    (void)SimArgument::oneOf(technology, m_state.technologies);
-                m_state.enabledTechnologies = wanted;
+                    (void)SimArgument::oneOf(technology, m_technologies);
+                m_enabled = wanted;
                 allowNetworks();
             }},
         SimVerb::onOff(QStringLiteral("data"), QStringLiteral("switches mobile data"),
             [this](bool on) {
                 m_data = on;
-                Q_EMIT changed();
+                tell();
             }),
         SimVerb::onOff(QStringLiteral("data-roaming"), QStringLiteral("allows mobile data while roaming"),
             [this](bool on) {
                 m_dataRoaming = on;
-                Q_EMIT changed();
+                tell();
             }),
     };
 }
 
 bool SimulatedRadio::isDataRoaming() const
 {
-    return dataObstacle().isEmpty() && m_networks.dataNetwork()->isRoaming();
+    return dataObstacle().isEmpty() && m_networks->dataNetwork()->isRoaming();
 }
 
 QString SimulatedRadio::dataObstacle() const
 {
-    if (!m_state.poweredOn)
+    if (!m_poweredOn)
         return QStringLiteral("the radio is off");
     if (!m_data)
         return QStringLiteral("mobile data is off");
-    const CellularNetworkSource::Network *network = m_networks.dataNetwork();
+    const CellularNetworkState::Network *network = m_networks->dataNetwork();
     if (!network)
         return QStringLiteral("no network offers data");
     if (network->isRoaming() && !m_dataRoaming)
@@ -102,10 +97,40 @@ QString SimulatedRadio::dataObstacle() const
     return {};
 }
 
-// Ends with changed(), through the networks.
+QVariantMap SimulatedRadio::saved() const
+{
+    return {{QStringLiteral("power"), m_poweredOn}, {QStringLiteral("enabled"), m_enabled},
+        {QStringLiteral("data"), m_data}, {QStringLiteral("data-roaming"), m_dataRoaming}};
+}
+
+void SimulatedRadio::restore(const QVariantMap &saved)
+{
+    m_poweredOn = saved.value(QStringLiteral("power")).toBool();
+    m_data = saved.value(QStringLiteral("data")).toBool();
+    m_dataRoaming = saved.value(QStringLiteral("data-roaming")).toBool();
+    m_enabled.clear();
+    for (const QString &technology : saved.value(QStringLiteral("enabled")).toStringList()) {
+        if (m_technologies.contains(technology))
+            m_enabled.append(technology);
+    }
+    allowNetworks();
+}
+
+// Ends with tell(), through the networks.
 void SimulatedRadio::allowNetworks()
 {
-    m_networks.allow(m_state.poweredOn ? m_state.enabledTechnologies : QStringList());
+    m_networks->allow(m_poweredOn ? CellularWords::technologiesOf(m_enabled) : QList<Technology>());
+}
+
+void SimulatedRadio::tell()
+{
+    save();
+    RadioState state = m_state;
+    state.poweredOn = m_poweredOn;
+    state.enabledTechnologies = CellularWords::technologiesOf(m_enabled);
+    state.networks = m_networks->servingTechnologies();
+    know(state);
+    Q_EMIT dataChanged();
 }
 
 } // namespace oz::services

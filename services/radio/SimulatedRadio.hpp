@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
+#include "phone/SimulatedPhone.hpp"
 #include "radio/RadioSource.hpp"
 
 namespace oz::services {
@@ -11,14 +11,16 @@ class SimulatedNetworks;
  * The phone's radio: the section "radio". It decides which networks may serve, and whether there is mobile
  * data.
  */
-class SimulatedRadio : public RadioSource, public SimulatedPart
+class SimulatedRadio final : public RadioSource, public SimulatedPart
 {
-public:
-    SimulatedRadio(const JsonNode &section, SimulatedNetworks &networks);
+    Q_OBJECT
 
-    [[nodiscard]] std::optional<State> state() const override;
-    [[nodiscard]] QString name() const override { return QStringLiteral("radio"); }
+public:
+    SimulatedRadio(const JsonNode &section, SimulatedPhone &phone);
+
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
     /*! Whether the user has switched mobile data on. */
     [[nodiscard]] bool isDataOn() const { return m_data; }
@@ -29,11 +31,19 @@ public:
     /*! Why no mobile data can flow now; empty where it can. */
     [[nodiscard]] QString dataObstacle() const;
 
+Q_SIGNALS:
+    /*! Something of mobile data, or of the radio, may be another by now. It follows changed(). */
+    void dataChanged();
+
 private:
     void allowNetworks();
+    void tell();
 
-    SimulatedNetworks &m_networks;
-    State m_state; // but for the networks
+    std::shared_ptr<SimulatedNetworks> m_networks;
+    RadioState m_state; // what the hardware is
+    QStringList m_technologies; // of the hardware
+    QStringList m_enabled; // technologies
+    bool m_poweredOn;
     bool m_data;
     bool m_dataRoaming;
 };

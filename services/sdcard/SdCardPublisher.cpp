@@ -2,19 +2,20 @@
 
 namespace oz::services {
 
-SdCardPublisher::SdCardPublisher(SdCardSource &source)
-    : m_source(source), m_card(QStringLiteral("/pps/system/filesystem/removable/sdcard"))
+SdCardPublisher::SdCardPublisher(const QString &facility, SdCardSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree),
+      m_card(tree, QStringLiteral("/pps/system/filesystem/removable/sdcard"))
 {
-    connect(&source, &SdCardSource::changed, this, &SdCardPublisher::publish);
-    publish();
+    declare(m_card);
+    follow();
 }
 
-void SdCardPublisher::publish()
+void SdCardPublisher::publishState(const SdCardState &state)
 {
-    const auto card = m_source.state();
-    if (!card)
-        return;
-    m_card.publish({{QStringLiteral("mounted"), card->mounted}, {QStringLiteral("busy"), card->busy}});
+    QVariantMap attributes;
+    insertKnown(&attributes, QStringLiteral("mounted"), state.mounted);
+    insertKnown(&attributes, QStringLiteral("busy"), state.busy);
+    m_card.publish(attributes);
 }
 
 } // namespace oz::services

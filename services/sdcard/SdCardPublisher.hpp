@@ -1,20 +1,19 @@
 #pragma once
 
-#include "core/StatePublisher.hpp"
+#include "publishing/Publisher.hpp"
 #include "sdcard/SdCardSource.hpp"
 
 namespace oz::services {
 
 /*! Publishes "/pps/system/filesystem/removable/sdcard": "mounted" and "busy", booleans. */
-class SdCardPublisher : public QObject
+class SdCardPublisher final : public PublisherOf<SdCardSource>
 {
 public:
-    explicit SdCardPublisher(SdCardSource &source);
+    SdCardPublisher(const QString &facility, SdCardSource &source, Tree &tree);
 
 private:
-    void publish();
+    void publishState(const SdCardState &state) override;
 
-    SdCardSource &m_source;
     StatePublisher m_card;
 };
 

@@ -1,28 +1,18 @@
 #pragma once
 
-#include <QObject>
-
-#include <optional>
+#include "source/Source.hpp"
 
 namespace oz::services {
 
-/*! What the removable SD card is like, whoever knows it. */
-class SdCardSource : public QObject
+struct SdCardState
 {
-    Q_OBJECT
+    std::optional<bool> mounted;
+    std::optional<bool> busy; //!< being read or written
 
-public:
-    struct State
-    {
-        bool mounted = false;
-        bool busy = false; //!< being read or written
-    };
-
-    /*! The card's state; nothing while it is not known yet, which is then not published either. */
-    [[nodiscard]] virtual std::optional<State> state() const = 0;
-
-Q_SIGNALS:
-    void changed();
+    bool operator==(const SdCardState &) const = default;
 };
+
+/*! What the removable SD card is like, whoever knows it. */
+using SdCardSource = StateSource<SdCardState>;
 
 } // namespace oz::services

@@ -1,24 +1,25 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
+#include "phone/SimulatedPhone.hpp"
 #include "sdcard/SdCardSource.hpp"
 
 namespace oz::services {
 
 /*! The phone's card slot: the section "sdcard" with "mounted" and "busy". */
-class SimulatedSdCard : public SdCardSource, public SimulatedPart
+class SimulatedSdCard final : public SdCardSource, public SimulatedPart
 {
 public:
-    explicit SimulatedSdCard(const JsonNode &section);
+    SimulatedSdCard(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<State> state() const override { return m_state; }
-    [[nodiscard]] QString name() const override { return QStringLiteral("sdcard"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
 private:
     void become(bool mounted, bool busy);
 
-    State m_state;
+    bool m_mounted;
+    bool m_busy;
 };
 
 } // namespace oz::services

@@ -4,20 +4,22 @@ namespace oz::services {
 
 namespace {
 
-QString stateText(SimCardSource::Card card)
+using Card = SimCardState::Card;
+
+QString textOf(Card card)
 {
     switch (card) {
-    case SimCardSource::Card::Absent:
+    case Card::Missing:
         return QStringLiteral("NOT_DETECTED");
-    case SimCardSource::Card::Incompatible:
+    case Card::Incompatible:
         return QStringLiteral("INVALID_SIM");
-    case SimCardSource::Card::NotProvisioned:
+    case Card::NotProvisioned:
         return QStringLiteral("NOT_PROVISIONED");
-    case SimCardSource::Card::Unreadable:
+    case Card::Unreadable:
         return QStringLiteral("CARD_ERROR");
-    case SimCardSource::Card::PinRequired:
+    case Card::PinRequired:
         return QStringLiteral("CHV_REQUESTED");
-    case SimCardSource::Card::Ready:
+    case Card::Ready:
         return QStringLiteral("READY");
     }
     return {};
@@ -25,29 +27,30 @@ QString stateText(SimCardSource::Card card)
 
 } // namespace
 
-SimCardPublisher::SimCardPublisher(SimCardSource &source)
-    : m_source(source), m_private(QStringLiteral("/pps/services/cellular/uicc/card0/status_private"), 0640),
-      m_restricted(QStringLiteral("/pps/services/cellular/uicc/card0/status_restricted"), 0640)
+SimCardPublisher::SimCardPublisher(const QString &facility, SimCardSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree),
+      m_private(tree, QStringLiteral("/pps/services/cellular/uicc/card0/status_private"), 0640),
+      m_restricted(tree, QStringLiteral("/pps/services/cellular/uicc/card0/status_restricted"), 0640)
 {
-    connect(&source, &SimCardSource::changed, this, &SimCardPublisher::publish);
-    publish();
+    declare(m_private);
+    declare(m_restricted);
+    follow();
 }
 
-void SimCardPublisher::publish()
+void SimCardPublisher::publishState(const SimCardState &state)
 {
-    const auto state = m_source.state();
-    if (!state)
-        return;
-    QVariantMap card{
-        {QStringLiteral("uicc_state"), QVariantMap{{QStringLiteral("state"), stateText(state->card)}}}};
-    insertKnown(&card, QStringLiteral("iccid"), state->serialNumber);
-    if (state->homeNetwork) {
+    QVariantMap card;
+    if (state.card)
+        card.insert(
+            QStringLiteral("uicc_state"), QVariantMap{{QStringLiteral("state"), textOf(*state.card)}});
+    insertKnown(&card, QStringLiteral("iccid"), state.serialNumber);
+    if (state.homeNetwork) {
         card.insert(QStringLiteral("hplmn"),
-            QVariantMap{{QStringLiteral("mcc"), state->homeNetwork->countryCode},
-                {QStringLiteral("mnc"), state->homeNetwork->networkCode}});
+            QVariantMap{{QStringLiteral("mcc"), state.homeNetwork->countryCode},
+                {QStringLiteral("mnc"), state.homeNetwork->networkCode}});
     }
     QVariantMap subscriber;
-    insertKnown(&subscriber, QStringLiteral("imsi"), state->subscriberIdentifier);
+    insertKnown(&subscriber, QStringLiteral("imsi"), state.subscriberIdentifier);
     m_private.publish(card);
     m_restricted.publish(subscriber);
 }

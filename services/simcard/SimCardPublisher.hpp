@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/StatePublisher.hpp"
+#include "publishing/Publisher.hpp"
 #include "simcard/SimCardSource.hpp"
 
 namespace oz::services {
@@ -9,15 +9,14 @@ namespace oz::services {
  * Publishes "status_private" ("uicc_state", "hplmn", "iccid") and "status_restricted" ("imsi") in
  * "/pps/services/cellular/uicc/card0/", both for owner and group only.
  */
-class SimCardPublisher : public QObject
+class SimCardPublisher final : public PublisherOf<SimCardSource>
 {
 public:
-    explicit SimCardPublisher(SimCardSource &source);
+    SimCardPublisher(const QString &facility, SimCardSource &source, Tree &tree);
 
 private:
-    void publish();
+    void publishState(const SimCardState &state) override;
 
-    SimCardSource &m_source;
     StatePublisher m_private;
     StatePublisher m_restricted;
 };

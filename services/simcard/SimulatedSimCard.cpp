@@ -1,6 +1,6 @@
 #include "simcard/SimulatedSimCard.hpp"
 
-#include "core/Error.hpp"
+#include "publishing/Error.hpp"
 
 #include <QRegularExpression>
 
@@ -8,7 +8,7 @@ namespace oz::services {
 
 namespace {
 
-using Card = SimCardSource::Card;
+using Card = SimCardState::Card;
 
 // What the phone's file calls a state, and the verb that leads there.
 struct CardState
@@ -22,7 +22,7 @@ struct CardState
 const QList<CardState> &cardStates()
 {
     static const QList<CardState> states{
-        {Card::Absent, QStringLiteral("removed"), QStringLiteral("remove"),
+        {Card::Missing, QStringLiteral("removed"), QStringLiteral("remove"),
             QStringLiteral("takes the card out")},
         {Card::Ready, QStringLiteral("ready"), QStringLiteral("ready"), QStringLiteral("makes it ready")},
         {Card::PinRequired, QStringLiteral("pin"), QStringLiteral("pin"),
@@ -54,7 +54,7 @@ std::optional<QString> digits(
 
 } // namespace
 
-SimulatedSimCard::SimulatedSimCard(const JsonNode &section)
+SimulatedSimCard::SimulatedSimCard(const JsonNode &section, SimulatedPhone &)
 {
     section.allowOnly({QStringLiteral("state"), QStringLiteral("mcc"), QStringLiteral("mnc"),
         QStringLiteral("iccid"), QStringLiteral("imsi")});
@@ -62,46 +62,56 @@ SimulatedSimCard::SimulatedSimCard(const JsonNode &section)
     for (const CardState &state : cardStates())
         words.append(state.word);
     const QString word = section.word(QStringLiteral("state"), QStringLiteral("ready"), words);
-    m_state.card = cardStates()[words.indexOf(word)].card;
+    m_card = cardStates()[words.indexOf(word)].card;
     const auto mcc = digits(section, QStringLiteral("mcc"), QStringLiteral("001"), 3, 3);
     const auto mnc = digits(section, QStringLiteral("mnc"), QStringLiteral("01"), 2, 3);
     if (mcc && mnc)
-        m_state.homeNetwork = {*mcc, *mnc};
-    m_state.serialNumber =
+        m_held.homeNetwork = {*mcc, *mnc};
+    m_held.serialNumber =
         digits(section, QStringLiteral("iccid"), QStringLiteral("8900100000000000001"), 18, 20);
-    m_state.subscriberIdentifier =
+    m_held.subscriberIdentifier =
         digits(section, QStringLiteral("imsi"), QStringLiteral("001010000000001"), 6, 15);
-}
-
-std::optional<SimCardSource::State> SimulatedSimCard::state() const
-{
-    State readable;
-    readable.card = m_state.card;
-    if (m_state.card != Card::Absent && m_state.card != Card::Unreadable)
-        readable.serialNumber = m_state.serialNumber;
-    if (m_state.card == Card::Ready || m_state.card == Card::NotProvisioned) {
-        readable.subscriberIdentifier = m_state.subscriberIdentifier;
-        readable.homeNetwork = m_state.homeNetwork;
-    }
-    return readable;
+    become(m_card);
 }
 
 std::vector<SimVerb> SimulatedSimCard::verbs(const QString &)
 {
     std::vector<SimVerb> verbs{{QStringLiteral("insert"), {}, QStringLiteral("inserts the card, ready"),
-        [this](const QStringList &) {
-            m_state.card = Card::Ready;
-            Q_EMIT changed();
-        }}};
+        [this](const QStringList &) { become(Card::Ready); }}};
     for (const CardState &state : cardStates()) {
         verbs.push_back({state.verb, {}, state.help, [this, card = state.card](const QStringList &) {
-                             if (m_state.card == Card::Absent && card != Card::Absent)
+                             if (m_card == Card::Missing && card != Card::Missing)
                                  throw Error(QStringLiteral("no card is inserted"));
-                             m_state.card = card;
-                             Q_EMIT changed();
+                             become(card);
                          }});
     }
     return verbs;
+}
+
+QVariantMap SimulatedSimCard::saved() const
+{
+    return {{QStringLiteral("card"), int(m_card)}};
+}
+
+void SimulatedSimCard::restore(const QVariantMap &saved)
+{
+    become(Card(std::clamp(saved.value(QStringLiteral("card")).toInt(), 0, int(Card::Ready))));
+}
+
+// What can be read of it depends on its state.
+void SimulatedSimCard::become(Card card)
+{
+    m_card = card;
+    SimCardState readable;
+    readable.card = card;
+    if (card != Card::Missing && card != Card::Unreadable)
+        readable.serialNumber = m_held.serialNumber;
+    if (card == Card::Ready || card == Card::NotProvisioned) {
+        readable.subscriberIdentifier = m_held.subscriberIdentifier;
+        readable.homeNetwork = m_held.homeNetwork;
+    }
+    save();
+    know(readable);
 }
 
 } // namespace oz::services

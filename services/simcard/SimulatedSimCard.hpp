@@ -1,25 +1,28 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
+#include "phone/SimulatedPhone.hpp"
 #include "simcard/SimCardSource.hpp"
 
 namespace oz::services {
 
 /*! The phone's SIM card: the section "simcard". Its state tells what of it can be read. */
-class SimulatedSimCard : public SimCardSource, public SimulatedPart
+class SimulatedSimCard final : public SimCardSource, public SimulatedPart
 {
 public:
-    explicit SimulatedSimCard(const JsonNode &section);
+    SimulatedSimCard(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] std::optional<State> state() const override;
-    [[nodiscard]] QString name() const override { return QStringLiteral("simcard"); }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
     /*! Whether the phone can register with it. */
-    [[nodiscard]] bool isReady() const { return m_state.card == Card::Ready; }
+    [[nodiscard]] bool isReady() const { return m_card == SimCardState::Card::Ready; }
 
 private:
-    State m_state; // with everything that the card holds, readable or not
+    void become(SimCardState::Card card);
+
+    SimCardState::Card m_card;
+    SimCardState m_held; // everything that the card holds, readable or not
 };
 
 } // namespace oz::services

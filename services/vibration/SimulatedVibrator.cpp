@@ -2,19 +2,38 @@
 
 namespace oz::services {
 
-SimulatedVibrator::SimulatedVibrator(const JsonNode &section)
-    : m_present(section.boolean(QStringLiteral("present"), true))
+namespace {
+const QString Present = QStringLiteral("present");
+}
+
+SimulatedVibrator::SimulatedVibrator(const JsonNode &section, SimulatedPhone &)
+    : m_present(section.boolean(Present, true))
 {
-    section.allowOnly({QStringLiteral("present")});
+    section.allowOnly({Present});
+    become(m_present);
 }
 
 std::vector<SimVerb> SimulatedVibrator::verbs(const QString &)
 {
     return {SimVerb::onOff(
-        QStringLiteral("present"), QStringLiteral("takes the motor out, or puts it in"), [this](bool on) {
-            m_present = on;
-            Q_EMIT presentChanged();
-        })};
+        Present, QStringLiteral("takes the motor out, or puts it in"), [this](bool on) { become(on); })};
+}
+
+QVariantMap SimulatedVibrator::saved() const
+{
+    return {{Present, m_present}};
+}
+
+void SimulatedVibrator::restore(const QVariantMap &saved)
+{
+    become(saved.value(Present).toBool());
+}
+
+void SimulatedVibrator::become(bool present)
+{
+    m_present = present;
+    save();
+    know({present});
 }
 
 } // namespace oz::services

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "core/SimulatedPhone.hpp"
+#include "phone/SimulatedPhone.hpp"
 #include "vibration/VibrationSource.hpp"
 
 namespace oz::services {
@@ -9,15 +9,18 @@ namespace oz::services {
 class SimulatedVibrator final : public VibrationSource, public SimulatedPart
 {
 public:
-    explicit SimulatedVibrator(const JsonNode &section);
+    SimulatedVibrator(const JsonNode &section, SimulatedPhone &phone);
 
-    [[nodiscard]] bool isPresent() const override { return m_present; }
     /*! Nothing shakes; what the motor does is told by the service's activity. */
-    void drive(int) override { }
-    [[nodiscard]] QString name() const override { return QStringLiteral("vibration"); }
+    void drive(int, const Done &done) override { done({}); }
+
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
 
 private:
+    void become(bool present);
+
     bool m_present;
 };
 

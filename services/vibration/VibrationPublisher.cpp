@@ -1,6 +1,7 @@
 #include "vibration/VibrationPublisher.hpp"
 
-#include "core/Error.hpp"
+#include "publishing/Error.hpp"
+#include "publishing/Log.hpp"
 
 #include <cerrno>
 #include <limits>
@@ -30,7 +31,7 @@ class VibrationPublisher::Vibrator final : public ServedObject
 {
 public:
     explicit Vibrator(VibrationPublisher &publisher)
-        : ServedObject(QStringLiteral("/pps/services/vibrator")), m_publisher(publisher)
+        : ServedObject(publisher.tree(), QStringLiteral("/pps/services/vibrator")), m_publisher(publisher)
     {
     }
 
@@ -53,15 +54,15 @@ private:
     VibrationPublisher &m_publisher;
 };
 
-VibrationPublisher::VibrationPublisher(VibrationSource &source)
-    : m_source(source), m_activity(QStringLiteral("/pps/services/vibration/activity"))
+VibrationPublisher::VibrationPublisher(const QString &facility, VibrationSource &source, Tree &tree)
+    : PublisherOf(facility, source, tree),
+      m_activity(tree, QStringLiteral("/pps/services/vibration/activity"))
 {
     m_end.setSingleShot(true);
     m_end.setTimerType(Qt::PreciseTimer);
     connect(&m_end, &QTimer::timeout, this, [this] { endRun(QStringLiteral("done")); });
-    connect(&m_source, &VibrationSource::presentChanged, this, &VibrationPublisher::serve);
-    publish();
-    serve();
+    publishActivity();
+    follow();
 }
 
 VibrationPublisher::~VibrationPublisher()
@@ -69,15 +70,20 @@ VibrationPublisher::~VibrationPublisher()
     endRun(QStringLiteral("stopped"));
 }
 
-void VibrationPublisher::serve()
+void VibrationPublisher::publishState(const VibrationState &state)
 {
-    if (!m_source.isPresent()) {
-        m_vibrator.reset();
-        endRun(QStringLiteral("stopped"));
+    if (!state.present.value_or(false)) {
+        publishAbsence();
     } else if (!m_vibrator) {
         m_vibrator = std::make_unique<Vibrator>(*this);
         m_vibrator->start(0666);
     }
+}
+
+void VibrationPublisher::publishAbsence()
+{
+    m_vibrator.reset();
+    endRun(QStringLiteral("stopped"));
 }
 
 QVariantMap VibrationPublisher::onRequest(const QVariantMap &request)
@@ -99,8 +105,8 @@ void VibrationPublisher::run(int duration, int intensity)
     ++m_runs;
     if (duration != UntilStopped)
         m_end.start(duration);
-    m_source.drive(intensity);
-    publish();
+    drive(intensity);
+    publishActivity();
 }
 
 void VibrationPublisher::endRun(const QString &how)
@@ -108,8 +114,8 @@ void VibrationPublisher::endRun(const QString &how)
     if (!m_run)
         return;
     finish(how);
-    m_source.drive(0);
-    publish();
+    drive(0);
+    publishActivity();
 }
 
 void VibrationPublisher::finish(const QString &how)
@@ -129,7 +135,15 @@ QVariantMap VibrationPublisher::attributesOf(const Run &run)
         {Intensity, run.intensity}};
 }
 
-void VibrationPublisher::publish()
+void VibrationPublisher::drive(int intensity)
+{
+    source().drive(intensity, [facility = facility()](const Outcome &outcome) {
+        if (outcome.error)
+            qCWarning(logServices).noquote() << facility + QLatin1String(": ") + outcome.errorText;
+    });
+}
+
+void VibrationPublisher::publishActivity()
 {
     QVariantMap activity{{QStringLiteral("running"), m_run.has_value()}, {QStringLiteral("runs"), m_runs}};
     if (m_run)

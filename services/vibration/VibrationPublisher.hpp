@@ -1,7 +1,6 @@
 #pragma once
 
-#include "core/ServedObject.hpp"
-#include "core/StatePublisher.hpp"
+#include "publishing/Publisher.hpp"
 #include "vibration/VibrationSource.hpp"
 
 #include <QDateTime>
@@ -17,12 +16,12 @@ namespace oz::services {
  * (0 stops, 2147483647 is until stopped) and "intensity" (0 stops, up to 100). It answers with what it took,
  * or with "err" and "errstr". A request replaces the one before, of whichever client, and outlives its
  * client. What the motor does is told by "/pps/services/vibration/activity": "running", "runs", "run" while
- * there is one, and "last".
+ * there is one, and "last". Without a motor, or where nobody knows of one, there is no such object to serve.
  */
-class VibrationPublisher : public QObject
+class VibrationPublisher final : public PublisherOf<VibrationSource>
 {
 public:
-    explicit VibrationPublisher(VibrationSource &source);
+    VibrationPublisher(const QString &facility, VibrationSource &source, Tree &tree);
     ~VibrationPublisher() override;
 
 private:
@@ -34,15 +33,16 @@ private:
     };
     class Vibrator;
 
-    void serve();
-    void publish();
+    void publishState(const VibrationState &state) override;
+    void publishAbsence() override;
+    void publishActivity();
     [[nodiscard]] QVariantMap onRequest(const QVariantMap &request);
     void run(int duration, int intensity);
     void endRun(const QString &how);
     void finish(const QString &how);
+    void drive(int intensity);
     [[nodiscard]] static QVariantMap attributesOf(const Run &run);
 
-    VibrationSource &m_source;
     StatePublisher m_activity;
     std::unique_ptr<Vibrator> m_vibrator;
     std::optional<Run> m_run;

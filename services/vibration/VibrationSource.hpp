@@ -1,22 +1,22 @@
 #pragma once
 
-#include <QObject>
+#include "source/Source.hpp"
 
 namespace oz::services {
 
-/*! The vibration motor, whoever has it. */
-class VibrationSource : public QObject
+struct VibrationState
 {
-    Q_OBJECT
+    std::optional<bool> present; //!< whether there is a motor
 
+    bool operator==(const VibrationState &) const = default;
+};
+
+/*! The vibration motor, whoever has it. */
+class VibrationSource : public StateSource<VibrationState>
+{
 public:
-    /*! Whether there is a motor; without one there is no vibrator object either. */
-    [[nodiscard]] virtual bool isPresent() const = 0;
     /*! Lets the motor run at an \a intensity of 1 to 100 until it is told otherwise; 0 stops it. */
-    virtual void drive(int intensity) = 0;
-
-Q_SIGNALS:
-    void presentChanged();
+    virtual void drive(int intensity, const Done &done) = 0;
 };
 
 } // namespace oz::services

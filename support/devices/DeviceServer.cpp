@@ -137,9 +137,24 @@ bool DeviceServer::listen(mode_t mode)
     return d->error.done(d->listenAtPath(mode));
 }
 
+bool DeviceServer::isListening() const
+{
+    return d->isListening();
+}
+
 bool DeviceServer::send(quint64 client, const QByteArray &line)
 {
     return d->send(client, line);
+}
+
+void DeviceServer::hold(quint64 client)
+{
+    d->hold(client);
+}
+
+void DeviceServer::release(quint64 client)
+{
+    d->release(client);
 }
 
 int DeviceServer::error() const

@@ -19,8 +19,8 @@ class DeviceServerPrivate;
  * the device is a connection of its own.
  *
  * Clients cannot harm it: a line over 4 KiB ends that client's connection; one that does not read gets the
- * latest line once it does, after two former ones at most, without those between; while more than 1,000
- * clients are connected, further ones wait.
+ * latest line once it does, after two former ones at most, without those between. The limits and
+ * turns of users are those of PpsServer.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -29,6 +29,7 @@ class OZ_SUPPORT_EXPORT DeviceServer : public QObject
     Q_OBJECT
 
 public:
+    /*! A connected client; its ids are never used twice. */
     using Client = ServiceClient;
 
     /*! The longest line of a client, in bytes. */
@@ -39,16 +40,25 @@ public:
     /*! Ends all connections; the device is gone. */
     ~DeviceServer() override;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
      * PpsServer::listen(). */
     bool listen(mode_t mode = 0666);
+    [[nodiscard]] bool isListening() const;
 
     /*! Sends \a line and a line feed; false where the client is not connected any more. */
     bool send(quint64 client, const QByteArray &line);
 
+    /*! As PpsServer::hold() and PpsServer::release(). */
+    void hold(quint64 client);
+    /*! See hold(). */
+    void release(quint64 client);
+
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
+    /*! error() as text; empty for 0. */
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:

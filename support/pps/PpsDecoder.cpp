@@ -219,7 +219,9 @@ QVariant decodeValue(const PpsLine &line, QString *error)
     if (qualifier == "b64") {
         const auto decoded = QByteArray::fromBase64Encoding(
             QByteArray::fromRawData(value.data(), value.size()), QByteArray::AbortOnBase64DecodingErrors);
-        return decoded ? QVariant(*decoded) : refuse("base64");
+        // A character left over holds no byte.
+        const bool isWhole = (value.size() - value.count('=')) % 4 != 1;
+        return decoded && isWhole ? QVariant(*decoded) : refuse("base64");
     }
     *error = QLatin1String("'") + textFrom(line.name) + QLatin1String("' has the unknown qualifier '")
         + textFrom(qualifier) + QLatin1String("' (known are none, c, n, b, json, b64)");

@@ -73,7 +73,9 @@ public:
     bool open(oz::PpsOpenMode::Types mode);
     /*! Whether read() waits for the next message, as with the option "wait". To be called before open(). */
     void setBlocking(bool blocking);
+    /*! Whether open() has succeeded, and close() has not been called since. */
     [[nodiscard]] bool isOpen() const;
+    /*! Closes the object; nothing is notified any more. */
     void close();
 
     /*! The next message; \a ok, where given, tells whether there is one. */
@@ -107,7 +109,9 @@ Q_SIGNALS:
     void serviceReturned();
 
 protected:
+    /*! For the object itself. */
     bool event(QEvent *event) override;
+    /*! Begins to watch with the first receiver of readyRead(). */
     void connectNotify(const QMetaMethod &signal) override;
 
 private:

@@ -39,6 +39,7 @@ public:
     PpsPublisher(const PpsPublisher &) = delete;
     PpsPublisher &operator=(const PpsPublisher &) = delete;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*! Sets these attributes and keeps all others. What is there already wakes no subscriber. */
@@ -51,6 +52,7 @@ public:
     /*! Takes the object away. ENOENT where it is not there. */
     bool remove();
 
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
     /*! error() as text, with the attribute, link, folder or object that is the reason where there is one. */
     [[nodiscard]] QString errorString() const;

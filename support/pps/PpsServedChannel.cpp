@@ -1,7 +1,6 @@
 #include "pps/PpsServedChannel.hpp"
 
 #include "base/Log.hpp"
-#include "sockets/LocalSocket.hpp"
 
 #include <oz/Limits.hpp>
 #include <oz/PpsText.hpp>
@@ -13,6 +12,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <fcntl.h>
 #include <sys/stat.h>
 
 namespace oz {
@@ -20,7 +20,6 @@ namespace oz {
 namespace {
 
 using namespace std::chrono_literals;
-using LocalSocket::Wait;
 
 // What is kept for a service that is away fits the queue of a fresh socket.
 constexpr qsizetype MostKeptBytes = 64 * 1024;
@@ -39,6 +38,8 @@ class Waker final : public FileSubscriber
 
 } // namespace
 
+using LocalSocket::Wait;
+
 PpsServedChannel::PpsServedChannel(
     const PpsPath &path, PpsOpenMode::Types mode, bool blocking, PpsChannelOwner *owner)
     : m_path(path), m_file(path.filePath()), m_mode(mode), m_blocking(blocking), m_owner(owner)
@@ -50,15 +51,17 @@ PpsServedChannel::~PpsServedChannel()
     PpsServedChannel::detach();
 }
 
-int PpsServedChannel::connect()
+int PpsServedChannel::connect(Wait wait)
 {
     struct stat status;
     if (::stat(m_file.constData(), &status) < 0)
         return errno;
     const FileIdentity present(status);
     UniqueFd socket;
-    if (const int error = LocalSocket::connect(m_file, m_blocking ? Wait::Yes : Wait::No, &socket))
+    if (const int error = LocalSocket::connect(m_file, wait, &socket))
         return error;
+    if (m_blocking && ::fcntl(socket.get(), F_SETFL, 0) < 0)
+        return errno;
     m_server = present;
     m_socket = std::move(socket);
     m_link = Link::Up;
@@ -257,7 +260,7 @@ bool PpsServedChannel::tryReturn()
     struct stat status;
     if (::stat(m_file.constData(), &status) < 0 || FileIdentity(status) == m_server)
         return false;
-    const int error = S_ISSOCK(status.st_mode) ? connect() : ENOTSOCK;
+    const int error = S_ISSOCK(status.st_mode) ? connect(Wait::No) : ENOTSOCK;
     if (error == EAGAIN && m_waiting) {
         QTimer::singleShot(CrowdPause, m_waiting.get(), [this] { announce(); });
     }
@@ -294,8 +297,7 @@ void PpsServedChannel::giveUp()
 {
     m_link = Link::Gone;
     if (!m_kept.empty())
-        qCWarning(logSupport) << m_path.device << "lost" << m_kept.size()
-                              << "messages: its service did not come back";
+        qCWarning(logSupport) << m_path.device << "lost messages that no service took:" << m_kept.size();
     m_kept.clear();
     m_keptSize = 0;
     m_lossUntold = m_mode & PpsOpenMode::Subscribe;

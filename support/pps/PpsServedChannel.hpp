@@ -3,6 +3,7 @@
 #include "base/UniqueFd.hpp"
 #include "pps/PpsChannel.hpp"
 #include "pps/PpsWatcher.hpp"
+#include "sockets/LocalSocket.hpp"
 
 #include <deque>
 #include <mutex>
@@ -23,7 +24,7 @@ public:
     PpsServedChannel(const PpsPath &path, PpsOpenMode::Types mode, bool blocking, PpsChannelOwner *owner);
     ~PpsServedChannel() override;
 
-    [[nodiscard]] int connect();
+    [[nodiscard]] int connect(LocalSocket::Wait wait);
     [[nodiscard]] int read(QByteArray *message) override;
     /*! May be called from any thread, once attach() was. */
     [[nodiscard]] int write(const QByteArray &message) override;

@@ -44,6 +44,12 @@ public:
     LastError error;
 
 private:
+    void connected(Connection &connection) override
+    {
+        const Client client = connection.client;
+        Q_EMIT q->connected(client);
+    }
+
     int receive(Connection &connection) override
     {
         QByteArray message;
@@ -96,6 +102,16 @@ bool PpsServer::send(quint64 client, const QVariantMap &attributes)
 void PpsServer::disconnectClient(quint64 client)
 {
     d->drop(client);
+}
+
+void PpsServer::hold(quint64 client)
+{
+    d->hold(client);
+}
+
+void PpsServer::release(quint64 client)
+{
+    d->release(client);
 }
 
 int PpsServer::clientCount() const

@@ -4,6 +4,7 @@
 #include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <QVariantMap>
@@ -20,7 +21,10 @@ class PpsServerPrivate;
  * connection of its own, whose messages arrive in order, and which alone hears what is sent to it.
  *
  * Clients cannot harm it: a message over 1 MiB, or a client that leaves so many answers unread that its queue
- * is full, ends that client's connection; while more than 1,000 clients are connected, further ones wait.
+ * is full, ends that client's connection. Users have their turns one after the other, however many clients
+ * and messages they have. A user has at most 500 clients, and all have 1,000: beyond that the one that was
+ * idle for longest, with nothing under way, gives way to a new one, or the new one is refused; so it is where
+ * the process has few descriptors left. The log tells it once.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -29,6 +33,7 @@ class OZ_SUPPORT_EXPORT PpsServer : public QObject
     Q_OBJECT
 
 public:
+    /*! A connected client. The ids of a server are never used twice. */
     using Client = ServiceClient;
 
     /*! Binds to the device path \a path ("/pps/...", without options). */
@@ -36,6 +41,7 @@ public:
     /*! Ends all connections; the object is gone from the tree. */
     ~PpsServer() override;
 
+    /*! The device path, as given. */
     [[nodiscard]] QString path() const;
 
     /*!
@@ -45,6 +51,7 @@ public:
      * no path.
      */
     bool listen(mode_t mode = 0666);
+    /*! Whether the object is in the tree. */
     [[nodiscard]] bool isListening() const;
 
     /*! Sends \a message to the client; false where it is not connected any more, or does not read. */
@@ -54,12 +61,23 @@ public:
     bool send(quint64 client, const QVariantMap &attributes);
     /*! Ends the connection. What was sent before still arrives. */
     void disconnectClient(quint64 client);
+    /*! The client has something under way, so its connection gives way to none of its user's, until release()
+     * was called as often. */
+    void hold(quint64 client);
+    /*! See hold(). */
+    void release(quint64 client);
+    /*! How many clients are connected. */
     [[nodiscard]] int clientCount() const;
 
+    /*! The errno of the last failure; 0 where there was none. */
     [[nodiscard]] int error() const;
+    /*! error() as text; empty for 0. */
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:
+    /*! A client has connected. */
+    void connected(const oz::PpsServer::Client &client);
+    /*! A client has written \a message, whole and as it stands. */
     void received(const oz::PpsServer::Client &client, const QByteArray &message);
     /*! The client is gone, whoever ended the connection. */
     void disconnected(const oz::PpsServer::Client &client);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QList>
 
 #include <sys/types.h>
 
@@ -13,6 +13,7 @@ struct ServiceClient
     pid_t pid = 0; //!< of the process that opened the object or device, as the kernel vouches
     uid_t uid = 0;
     gid_t gid = 0;
+    QList<gid_t> groups{}; //!< further groups of the process
 };
 
 } // namespace oz

@@ -1,7 +1,7 @@
 #include "services/Services.hpp"
 
-#include "core/Daemon.hpp"
-#include "core/Error.hpp"
+#include "daemon/Daemon.hpp"
+#include "publishing/Error.hpp"
 
 #include <oz/device/SdCardInfo.hpp>
 
@@ -28,17 +28,27 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
     const auto parse = [&](const QByteArray &text) {
         root.place("/conf", text);
         try {
-            (void)SourceConfig::parseFile(root.file("/conf"));
+            (void)Configuration::parseFile(root.file("/conf"));
         } catch (const Error &error) {
             return QString(error.what()).remove(root.file(""));
         }
         return QString();
     };
     EXPECT_EQ(parse("# all simulated\n\nsdcard = simulated # as it is\nphone = /my/phone.json\n"), QString());
-    EXPECT_EQ(SourceConfig::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
+    EXPECT_EQ(Configuration::parseFile(root.file("/conf")).phoneFile, "/my/phone.json");
     EXPECT_EQ(
         parse("\nsdcard simulated\n"), "/conf:2: expected 'FACILITY = SOURCE', found 'sdcard simulated'");
-    EXPECT_EQ(parse("sdcard = real\n"), "/conf:1: sdcard has no source 'real'; it has simulated");
+    const std::pair<const char *, const char *> wrong[] = {
+        {"sdcard = real\n", "/conf:1: sdcard has no source 'real'; it has simulated, auto, none"},
+        {"sdcard = \033[1mreal\n",
+            "/conf:1: sdcard has no source '\\x1b[1mreal'; it has simulated, auto, none"},
+        {"display = xrandr screen=1\n",
+            "/conf:1: display = xrandr has no option 'screen=1'; it has display="},
+        {"wifi-direct = none\nwifidirect = auto\n", "/conf:2: 'wifi-direct' stands twice, first in line 1"},
+        {"trusted-group = nobody-at-all\n", "/conf:1: there is no group 'nobody-at-all'"},
+    };
+    for (const auto &[text, problem] : wrong)
+        EXPECT_EQ(parse(text), problem);
     EXPECT_TRUE(
         parse("toaster = simulated\n").startsWith("/conf:1: unknown facility 'toaster'; known are sdcard"));
 }
@@ -46,13 +56,13 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
 TEST_F(DaemonTest, OneServesARootAndAKilledOneIsReplaced)
 {
     QProcess first;
-    first.start(OZ_DAEMON, {"--config", "/dev/null"});
+    first.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     PpsObject control("/pps/system/ozdeviced/control");
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     control.close();
 
     QProcess second;
-    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    second.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(second.waitForFinished());
     EXPECT_EQ(second.exitCode(), 1);
     EXPECT_EQ(second.readAllStandardError(),
@@ -62,7 +72,7 @@ TEST_F(DaemonTest, OneServesARootAndAKilledOneIsReplaced)
     first.kill();
     first.waitForFinished();
     EXPECT_FALSE(control.open(PpsOpenMode::Publish));
-    second.start(OZ_DAEMON, {"--config", "/dev/null"});
+    second.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     second.terminate();
     ASSERT_TRUE(second.waitForFinished());
@@ -85,7 +95,7 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("NOTIFY_SOCKET", QString::fromLocal8Bit(socketPath));
     daemon.setProcessEnvironment(environment);
-    daemon.start(OZ_DAEMON, {"--config", "/dev/null"});
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(daemon.waitForStarted());
     char message[64] = "";
     ASSERT_GT(::recv(socket, message, sizeof message - 1, 0), 0);
@@ -97,9 +107,55 @@ TEST_F(DaemonTest, TellsTheServiceManagerWhenEverythingIsPublished)
     ::close(socket);
 }
 
+TEST_F(DaemonTest, WhatFindsNoRoomIsPublishedOnceThereIsSomeAndNobodySaysThatItIsBefore)
+{
+    // A file system of its own, which is full when the daemon starts.
+    QProcess daemon;
+    daemon.start("unshare",
+        {"-rm", "sh", "-c",
+            "mount -t tmpfs -o size=1m,mode=755 none \"$OZ_DEVICE_ROOT\" && { head -c 2m /dev/zero "
+            ">\"$OZ_DEVICE_ROOT/fill\" 2>/dev/null; exec \"$@\"; }",
+            "sh", OZ_DAEMON, "--config", "/dev/null", "--simulated"});
+    ASSERT_TRUE(daemon.waitForStarted());
+    const auto told = [&](const char *text) {
+        daemon.setReadChannel(QProcess::StandardError);
+        return waitUntil([&] { return daemon.peek(100'000).contains(text); });
+    };
+    ASSERT_TRUE(told("No space left on device; it is tried again"))
+        << daemon.readAllStandardError().toStdString();
+    const QString within = QStringLiteral("/proc/%1/root").arg(daemon.processId()) + root.file("");
+    qputenv("OZ_DEVICE_ROOT", within.toLocal8Bit());
+    PpsObject control("/pps/system/ozdeviced/control");
+    EXPECT_FALSE(control.open(PpsOpenMode::Publish)) << "it is not ready yet";
+    EXPECT_FALSE(daemon.peek(100'000).contains("serving"));
+    ASSERT_TRUE(QFile::remove(within + "/fill"));
+    EXPECT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+
+    QFile fill(within + "/fill");
+    ASSERT_TRUE(fill.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    while (fill.write(QByteArray(4096, 'x')) == 4096) { }
+    EXPECT_TRUE(simProblem("sdcard unmount").endsWith(CardPath + ": No space left on device"));
+    EXPECT_EQ(device::SdCardInfo().state(), device::SdCardState::Mounted);
+    ASSERT_TRUE(fill.remove());
+    EXPECT_TRUE(waitUntil([] { return device::SdCardInfo().state() == device::SdCardState::Unmounted; }));
+    daemon.terminate();
+    daemon.waitForFinished();
+}
+
+TEST_F(DaemonTest, TheInstalledConfigurationNamesEveryFacility)
+{
+    QFile file(OZ_CONFIGURATION);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray text = file.readAll();
+    for (const Facility &facility : facilities())
+        EXPECT_TRUE(text.contains('\n' + facility.name.toUtf8() + " = auto\n"))
+            << facility.name.toStdString();
+    EXPECT_NO_THROW((void)Configuration::parseFile(OZ_CONFIGURATION));
+}
+
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
-    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
     oz::testing::ServiceClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",

@@ -1,6 +1,6 @@
 #include "services/Services.hpp"
 
-#include "core/Daemon.hpp"
+#include "daemon/Daemon.hpp"
 
 #include <oz/device/Led.hpp>
 #include <oz/device/VibrationController.hpp>
@@ -64,7 +64,7 @@ protected:
 
 TEST_F(ActivityTest, TheLedFlashesAsOftenAsItIsAskedToAndSaysForWhom)
 {
-    const Daemon daemon(SourceConfig(), phone("0.1", "0.1"));
+    const Daemon daemon(Configuration::simulated(), phone("0.1", "0.1"));
     QStringList shown;
     PpsObject status("/pps/services/led/status");
     QObject::connect(&status, &PpsObject::readyRead, [&] {
@@ -94,7 +94,7 @@ TEST_F(ActivityTest, TheLedFlashesAsOftenAsItIsAskedToAndSaysForWhom)
 
 TEST_F(ActivityTest, TheNewestRequestHasTheLedAndTheOneBeforeGoesOnAfterIt)
 {
-    const Daemon daemon(SourceConfig(), phone("60", "0.02"));
+    const Daemon daemon(Configuration::simulated(), phone("60", "0.02"));
     const QString control = "/pps/services/led/control";
     const auto request = [](const char *color, int count) {
         return QByteArray("msg::requestLED\nid::1\ndat:json:{\"color\":\"") + color
@@ -141,7 +141,7 @@ TEST_F(ActivityTest, TheNewestRequestHasTheLedAndTheOneBeforeGoesOnAfterIt)
 
 TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody)
 {
-    auto daemon = std::make_unique<Daemon>(SourceConfig(), phone("60", "0.02"));
+    auto daemon = std::make_unique<Daemon>(Configuration::simulated(), phone("60", "0.02"));
     Client client("/pps/services/led/control");
     const auto ask = [](const char *json) {
         return QByteArray("msg::requestLED\nid::7\ndat:json:") + json + '\n';
@@ -180,7 +180,7 @@ TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody
 
 TEST_F(ActivityTest, TheMotorRunsForItsTimeOrUntilItIsToldOtherwise)
 {
-    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
     EXPECT_EQ(vibration(), (QVariantMap{{"running", false}, {"runs", 0}}));
     const auto last = [](const char *name) { return vibration().value("last").toMap().value(name); };
     VibrationController motor;

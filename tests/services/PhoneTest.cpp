@@ -1,8 +1,7 @@
 #include "services/Services.hpp"
 
-#include "battery/BatteryPublisher.hpp"
-#include "core/Daemon.hpp"
-#include "core/Error.hpp"
+#include "daemon/Daemon.hpp"
+#include "publishing/Error.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
@@ -173,20 +172,20 @@ class PhoneTest : public DeviceTest, public ::testing::WithParamInterface<Story>
 
 TEST_P(PhoneTest, AnEmptyFileMeansWhatTheShippedOneSaysAndARestartShowsNothingInBetween)
 {
-    auto daemon = std::make_unique<Daemon>(SourceConfig(), JsonNode::emptyMap());
+    auto daemon = std::make_unique<Daemon>(Configuration::simulated(), JsonNode::emptyMap());
     const std::unique_ptr<QObject> facility(GetParam().make());
     EXPECT_EQ(valuesOf(*facility), GetParam().values);
     SignalLog heard(facility.get());
     daemon.reset();
-    daemon = std::make_unique<Daemon>(SourceConfig(), JsonNode::parseFile(OZ_PHONE_FILE));
+    daemon = std::make_unique<Daemon>(Configuration::simulated(), JsonNode::parseFile(OZ_PHONE_FILE));
     EXPECT_EQ(heard.settled(), "");
     EXPECT_EQ(valuesOf(*facility), GetParam().values);
 }
 
 TEST_P(PhoneTest, EachOrderIsSignalledAsWhatItChanges)
 {
-    const Daemon daemon(
-        SourceConfig(), JsonNode::parse("{\"data-profile\": {\"connect-seconds\": 3600}}", "phone.json"));
+    const Daemon daemon(Configuration::simulated(),
+        JsonNode::parse("{\"data-profile\": {\"connect-seconds\": 3600}}", "phone.json"));
     const std::unique_ptr<QObject> facility(GetParam().make());
     SignalLog heard(facility.get());
     for (const auto &[order, signalled] : GetParam().steps) {
@@ -202,7 +201,7 @@ using SimulatedPhoneTest = DeviceTest;
 
 TEST_F(SimulatedPhoneTest, TheBatteryChargesUntilItIsFullAndRunsDownToNothing)
 {
-    const Daemon daemon(SourceConfig(),
+    const Daemon daemon(Configuration::simulated(),
         JsonNode::parse(R"({"battery": {"level": 97, "plugged": true, "charging-seconds-per-percent": 0.001,
             "discharging-seconds-per-percent": 0.001}})",
             "phone.json"));
@@ -219,7 +218,7 @@ TEST_F(SimulatedPhoneTest, TheBatteryChargesUntilItIsFullAndRunsDownToNothing)
 
 TEST_F(SimulatedPhoneTest, TheDeviceTakesANewNameAndSaysWhichProcessorsItHas)
 {
-    const Daemon daemon(SourceConfig(),
+    const Daemon daemon(Configuration::simulated(),
         JsonNode::parse(R"({"hardware": {"processors": [{"model": "Fast", "mhz": 2000}, {}], "meid": null,
             "hardware-id": "other", "keyboard": "none", "hdmi": "none"}})",
             "phone.json"));
@@ -244,7 +243,7 @@ TEST_F(SimulatedPhoneTest, APeerMayHaveAnyName)
     const QString name =
         "\"\\',{}\n\t\x01" + QString(QChar(0x202e)) + QString(1, QChar(0)) + QString(4096, 'x');
     const QByteArray peer = QJsonDocument(QJsonObject{{"name", name}}).toJson();
-    const Daemon daemon(SourceConfig(),
+    const Daemon daemon(Configuration::simulated(),
         JsonNode::parse(R"({"wifi-direct": {"scan-seconds": 0, "peers": {"\u202e\"\u0000": )" + peer + "}}}",
             "phone.json"));
     const WiFiDirect wifi;
@@ -252,27 +251,9 @@ TEST_F(SimulatedPhoneTest, APeerMayHaveAnyName)
     EXPECT_TRUE(waitUntil([&] { return wifi.name("02:00:00:00:01:01") == name; }));
 }
 
-TEST_F(SimulatedPhoneTest, WhatIsNotKnownYetIsNotPublished)
-{
-    class LateBattery : public BatterySource
-    {
-    public:
-        [[nodiscard]] std::optional<State> state() const override { return known; }
-        std::optional<State> known;
-    };
-    LateBattery source;
-    const BatteryPublisher publisher(source);
-    Q_EMIT source.changed();
-    EXPECT_FALSE(QFile::exists(root.file("/pps/system/BattMgr/status")));
-    source.known = BatterySource::State();
-    Q_EMIT source.changed();
-    EXPECT_FALSE(BatteryInfo().isPresent());
-    EXPECT_TRUE(QFile::exists(root.file("/pps/system/BattMgr/status")));
-}
-
 TEST_F(SimulatedPhoneTest, IdentifiersAreForOwnerAndGroupOnly)
 {
-    const Daemon daemon(SourceConfig(), JsonNode::emptyMap());
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
     const std::tuple<QString, mode_t> rows[] = {
         {"/pps/services/private/deviceproperties", 0640},
         {"/pps/services/deviceproperties", 0644},
@@ -393,7 +374,8 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
 {
     const auto problemOf = [](const std::function<JsonNode()> &file) {
         try {
-            const SimulatedPhone phone(file());
+            StateStore store;
+            const SimulatedPhone phone(file(), phoneParts(), store);
         } catch (const Error &error) {
             return QString(error.what());
         }
@@ -406,11 +388,11 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
         {"{\"sdcard\": []}", "1: sdcard: expected a map, found a list"},
         {"{\"sdcard\": {\"mounted\": false,\n\"busy\": true}}",
             "2: sdcard.busy: a card that is not mounted cannot be busy"},
-        {"{\"sdcard\": {\"busy\": true,\n\"busy\": true}}", "2: sdcard.busy: stands twice, first in line 1"},
-        {"{\n\n\"sdcard\" 1}", "3: Missing a colon after a name of object member."},
-        {"", "1: The document is empty."},
+        {"{\"sdcard\": {\"busy\": true,\n\"busy\": true}}", "2: Duplicate key: 'busy'"},
+        {"{\n\n\"sdcard\" 1}", "3: Missing ':' after object member name"},
+        {"", "1: Syntax error: value, object or array expected."},
         {"[]", "1: expected a map, found a list"},
-        {"{} {}", "1: The document root must not be followed by other values."},
+        {"{} {}", "1: Extra non-whitespace after JSON value."},
     };
     for (const auto &[text, problem] : files)
         EXPECT_EQ(problemOf([&text = text] { return JsonNode::parse(text, "phone.json"); }),
@@ -472,7 +454,7 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
 
 TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
 {
-    SimulatedPhone phone(JsonNode::emptyMap());
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
     const std::tuple<QString, QString> rows[] = {
         {"battery level much", "battery level: expected a whole number from 0 to 100, found 'much'"},
         {"battery temperature 300", "battery temperature: expected a number from -100 to 200, found '300'"},
@@ -503,11 +485,8 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
             "miracast fail-next: expected a whole number from -9999 to -1, found '5'"},
         {"miracast stop 0", "miracast stop: expected a whole number from 1 to 9, found '0'"},
     };
-    for (const auto &[order, problem] : rows) {
-        QStringList words = order.split(' ');
-        const QString facility = words.takeFirst();
-        EXPECT_EQ(phone.run(facility, words), problem) << order.toStdString();
-    }
+    for (const auto &[order, problem] : rows)
+        EXPECT_EQ(simProblem(order), problem) << order.toStdString();
 }
 
 } // namespace

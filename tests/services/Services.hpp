@@ -21,6 +21,8 @@ QVariantMap ask(const QString &path, const QVariantMap &request);
 
 /*! Tells the phone what `ozdevice sim` would. */
 void sim(const QString &line);
+/*! What is wrong with telling the phone that; nothing where it is done. */
+QString simProblem(const QString &line);
 
 /*!
  * A test with services in a process of their own, so that requests which wait are answered. They log nothing
@@ -32,6 +34,8 @@ protected:
     explicit ServicesTest(const QByteArray &phoneFile) : m_phoneFile(phoneFile) { }
     void SetUp() override;
     void TearDown() override;
+    /*! Starts the daemon, and waits until everything is published. */
+    void start(const QStringList &furtherArguments = {});
 
     QProcess daemon;
 

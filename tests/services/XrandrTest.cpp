@@ -1,11 +1,14 @@
-#include "harness/Testing.hpp"
+#include "services/Services.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/DisplayInfo.hpp>
+#include <oz/device/MiracastManager.hpp>
+#include <oz/device/SdCardInfo.hpp>
 
 #include <QProcess>
 #include <QProcessEnvironment>
 
+#include <csignal>
 #include <unistd.h>
 
 // The displays of real X servers, as an application sees them while xrandr changes them.
@@ -41,7 +44,8 @@ protected:
 
     void startDaemon(const QString &display)
     {
-        startOn(display, &daemon, OZ_DAEMON, {"--config", "/dev/null", "--displays", "xrandr"});
+        startOn(
+            display, &daemon, OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--displays", "xrandr"});
         PpsObject control("/pps/system/ozdeviced/control");
         ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     }
@@ -72,6 +76,7 @@ private:
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", display);
+        environment.insert("OZ_GRACE_TIME", "1");
         process->setProcessEnvironment(environment);
         process->start(program, arguments);
         EXPECT_TRUE(process->waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
@@ -97,8 +102,7 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
     EXPECT_EQ(signalled.waitFor(1), "attached(false)");
     daemon.terminate();
     daemon.waitForFinished();
-    EXPECT_TRUE(
-        daemon.readAllStandardError().contains("is gone; its displays are detached until it is back"));
+    EXPECT_TRUE(daemon.readAllStandardError().contains("display is absent: "));
 }
 
 TEST_F(XrandrTest, OutputsThatComeAndGoAreAttachedAndDetached)
@@ -131,14 +135,58 @@ TEST_F(XrandrTest, OutputsThatComeAndGoAreAttachedAndDetached)
     EXPECT_EQ(firstSignalled.settled(), "");
 }
 
-TEST_F(XrandrTest, WithoutAServerTheSimulatedDisplaysStay)
+TEST_F(XrandrTest, WithoutAServerThereAreNoDisplaysAndNobodyInventsAny)
 {
     startDaemon(":4242");
-    EXPECT_EQ(DisplayInfo(0).displayName(), "panel");
-    daemon.terminate();
-    ASSERT_TRUE(daemon.waitForFinished());
-    EXPECT_TRUE(daemon.readAllStandardError().contains(
-        "display: no X server is reachable at DISPLAY=:4242; the simulated phone feeds it instead\n"));
+    DisplayInfo info(0);
+    EXPECT_FALSE(info.isAttached());
+    EXPECT_EQ(log.take(), QStringList{"DisplayInfo: 0 is not a valid display id"});
+    const QVariantMap display =
+        attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap()["display"].toMap();
+    EXPECT_EQ(display.value("state"), "absent");
+    EXPECT_EQ(display.value("reason"), "no X server is reachable at DISPLAY=:4242");
+}
+
+TEST_F(XrandrTest, AServerThatIsStoppedHoldsUpNobodyAndIsFollowedAgain)
+{
+    const QString display = start(&outer, "Xvfb", {"-screen", "0", "640x480x24"});
+    ::kill(pid_t(outer.processId()), SIGSTOP);
+    startDaemon(display);
+    EXPECT_EQ(SdCardInfo().state(), SdCardState::Mounted);
+    sim("sdcard unmount");
+    EXPECT_EQ(SdCardInfo().state(), SdCardState::Unmounted);
+    const auto reason = [] {
+        const QVariantMap facilities =
+            attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap();
+        return facilities["display"].toMap().value("reason");
+    };
+    EXPECT_TRUE(waitUntil([&] { return reason() == "the X server " + display + " does not answer"; }));
+    ::kill(pid_t(outer.processId()), SIGCONT);
+    EXPECT_TRUE(waitUntil([&] { return DisplayInfo(0).isAttached(); }));
+    log.take(); // of each look before
+}
+
+TEST_F(XrandrTest, ASinkThatIsConnectedIsADisplayBesideThoseOfTheServer)
+{
+    startDaemon(start(&outer, "Xvfb", {"-screen", "0", "640x480x24"}));
+    const MiracastManager manager;
+    sim("clock speed 1000");
+    EXPECT_EQ(ask("/pps/services/miracast/control", {{"msg", "x"}}).value("err"), EINVAL);
+    PpsObject control("/pps/services/miracast/control");
+    ASSERT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
+    const QString tv = "02:00:00:00:02:01";
+    const auto sinks = [] { return attributesOf("/pps/services/miracast/sinks"); };
+    EXPECT_TRUE(control.write("msg::miracast_sink_discover\nid::1\n"));
+    ASSERT_TRUE(waitUntil([&] { return !sinks().isEmpty(); }));
+    EXPECT_TRUE(control.write("msg::miracast_session_start\nid::2\ndat:json:{\"sink_mac\":\"" + tv.toUtf8()
+        + "\",\"pin\":\"\"}\n"));
+    ASSERT_TRUE(waitUntil([&] { return manager.connectionState() == MiracastConnectionState::Connected; }));
+    EXPECT_EQ(DisplayInfo(0).pixelSize(), QSize(640, 480));
+    DisplayInfo wireless(1);
+    EXPECT_TRUE(wireless.isAttached() && wireless.isWireless());
+    SignalLog signalled(&wireless);
+    sim("miracast sink-goes tv");
+    EXPECT_EQ(signalled.waitFor(1), "attached(false)");
 }
 
 } // namespace

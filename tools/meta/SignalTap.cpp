@@ -1,17 +1,15 @@
 #include "SignalTap.hpp"
 
+#include "MetaDescription.hpp"
+
 namespace oz::meta {
 
 SignalTap::SignalTap(QObject *sender, Heard heard) : m_heard(std::move(heard))
 {
-    const QMetaObject *type = sender->metaObject();
-    for (int index = QObject::staticMetaObject.methodCount(); index < type->methodCount(); ++index) {
-        const QMetaMethod method = type->method(index);
-        if (method.methodType() != QMetaMethod::Signal)
-            continue;
+    for (const QMetaMethod &method : signalsOf(sender->metaObject())) {
         // Slots without a declaration: their numbers follow those of QObject, see qt_metacall().
         const int slot = QObject::staticMetaObject.methodCount() + int(m_signals.size());
-        if (QMetaObject::connect(sender, index, this, slot, Qt::DirectConnection))
+        if (QMetaObject::connect(sender, method.methodIndex(), this, slot, Qt::DirectConnection))
             m_signals.push_back(method);
     }
 }

@@ -39,33 +39,21 @@ private:
 /*! Does what the parsed words say, once the application object exists; the exit status. */
 using Action = std::function<int()>;
 
-/*! Each adds its verbs to \a parser; the one that is called for sets \a action. */
-void addFacilityCommands(CLI::App &parser, Action &action);
-void addTreeCommands(CLI::App &parser, Action &action);
-void addPhoneCommands(CLI::App &parser, Action &action);
-void addCompletionCommands(CLI::App &parser, Action &action);
-
 /*! The words of the call after "--", which the parser does not see: whatever they are, they are only words.
  */
 [[nodiscard]] const std::vector<std::string> &wordsAfterDashes();
+void setWordsAfterDashes(const std::vector<std::string> &words);
 
-/*! Writes one line to standard output, at once. */
-void printLine(const QString &line);
-
-/*! That an object of the facility is not there, in words; with a hint where no services may be running. */
-[[nodiscard]] QString unavailableText(const QString &facility, const QString &problem);
-
-/*! The library's warnings since the last call, each once. */
-[[nodiscard]] QStringList takeLibraryWarnings();
-
-enum class Paint { Bold, Dim, Value };
-/*! \a text in a colour, where standard output is a terminal and NO_COLOR is not set. */
-[[nodiscard]] QString painted(Paint paint, const QString &text);
-
-/*! "250ms", "10s", "1.5s", "2m" or a number of seconds, in milliseconds; throws CommandError. */
-[[nodiscard]] int milliseconds(const QString &duration);
+/*! The words as the Qt side has them. */
+[[nodiscard]] QStringList toStringList(const std::vector<std::string> &words);
 
 /*! The words as "a, b and c". */
 [[nodiscard]] QString enumerated(const QStringList &words);
+
+/*! The most similar of \a known, for who has mistyped \a word; empty where none is similar. */
+[[nodiscard]] QStringList nearest(const QString &word, const QStringList &known);
+
+/*! That \a word is none of \a known, with the nearest ones, or all where none is near. */
+[[nodiscard]] QString unknownText(const QString &what, const QString &word, const QStringList &known);
 
 } // namespace oz::tools

@@ -1,19 +1,19 @@
 #include "ozdevice/CounterTable.hpp"
 
-#include "ozdevice/Command.hpp"
+#include "meta/MetaDescription.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/SignalLines.hpp"
 
 #include <QDateTime>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QMetaProperty>
 
+#include <algorithm>
 #include <cmath>
 
 namespace oz::tools {
 
 namespace {
 
-constexpr int TimeWidth = 12; // "14:03:11.482"
+constexpr int TimeWidth = 14; // "14:03:11.482"
 constexpr int RateWidth = 12;
 constexpr int TotalWidth = 14;
 
@@ -24,37 +24,43 @@ QString right(const QString &text, int width)
 
 } // namespace
 
-CounterTable::CounterTable(const FacilityEntry &entry, QObject *object, const QString &selected, bool asJson)
-    : m_entry(entry), m_object(object), m_selected(selected), m_json(asJson)
+CounterTable::CounterTable(const FacilityEntry &entry, const QStringList &selected, bool asJson)
+    : m_entry(entry), m_json(asJson), m_nameWidth(int(entry.selector.size()))
 {
-    for (int i = QObject::staticMetaObject.propertyCount(); i < entry.type->propertyCount(); ++i) {
-        const QMetaProperty property = entry.type->property(i);
+    for (const QMetaProperty &property : meta::propertiesOf(entry.type)) {
         if (property.metaType().id() == QMetaType::ULongLong)
             m_names.append(QLatin1String(property.name()));
     }
-    m_before = read();
+    for (const QString &one : selected) {
+        auto instance = std::make_unique<FacilityInstance>(entry, one);
+        QList<quint64> counters = read(*instance);
+        m_rows.push_back({std::move(instance), std::move(counters)});
+        m_nameWidth = std::max(m_nameWidth, int(one.size()));
+    }
     m_since.start();
     if (!m_json)
         printHead();
 }
 
-QList<quint64> CounterTable::read() const
+QList<quint64> CounterTable::read(const FacilityInstance &instance) const
 {
-    m_entry.readAnew(m_object);
+    (void)takeLibraryWarnings();
+    m_entry.readAnew(instance.object());
     if (const QStringList warnings = takeLibraryWarnings(); !warnings.isEmpty()) {
-        throw CommandError(Unavailable,
-            m_entry.name + u' ' + m_selected + QLatin1String(": ") + warnings.join(QLatin1String("; ")));
+        throw CommandError(
+            Unavailable, instance.title() + QLatin1String(": ") + warnings.join(QLatin1String("; ")));
     }
     QList<quint64> counters;
     for (const QString &name : m_names)
-        counters.append(m_object->property(name.toLatin1().constData()).toULongLong());
+        counters.append(instance.object()->property(name.toLatin1().constData()).toULongLong());
     return counters;
 }
 
 void CounterTable::printHead() const
 {
-    QString names = QString(TimeWidth, u' ');
-    QString units = QStringLiteral("time").leftJustified(TimeWidth);
+    QString names = QString(TimeWidth + m_nameWidth, u' ');
+    QString units =
+        QStringLiteral("time").leftJustified(TimeWidth) + m_entry.selector.leftJustified(m_nameWidth);
     for (const QString &name : m_names) {
         names += right(name, RateWidth + TotalWidth);
         units += right(QStringLiteral("per second"), RateWidth) + right(QStringLiteral("in all"), TotalWidth);
@@ -63,33 +69,48 @@ void CounterTable::printHead() const
     printLine(painted(Paint::Bold, units));
 }
 
+void CounterTable::print(
+    const FacilityInstance &instance, const QList<quint64> &perSecond, const QList<quint64> &totals) const
+{
+    if (!m_json) {
+        const QString now = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+        QString line = painted(Paint::Dim, now.leftJustified(TimeWidth))
+            + painted(Paint::Bold, instance.selected().leftJustified(m_nameWidth));
+        for (qsizetype i = 0; i < totals.size(); ++i) {
+            line += painted(Paint::Value, right(QString::number(perSecond[i]), RateWidth))
+                + right(QString::number(totals[i]), TotalWidth);
+        }
+        printLine(line);
+        return;
+    }
+    const auto object = [this](const QList<quint64> &values) {
+        QJsonObject named;
+        for (qsizetype i = 0; i < values.size(); ++i)
+            named.insert(m_names[i], QJsonValue::fromVariant(values[i]));
+        return named;
+    };
+    QJsonObject line = jsonBeginning(instance);
+    line.insert(QStringLiteral("perSecond"), object(perSecond));
+    line.insert(QStringLiteral("total"), object(totals));
+    printJson(line, QJsonDocument::Compact);
+}
+
 void CounterTable::printNext()
 {
-    const QList<quint64> counters = read();
     const double seconds = double(m_since.nsecsElapsed()) / 1e9;
     m_since.start();
-    const QDateTime now = QDateTime::currentDateTime();
-    QString line = painted(Paint::Dim, now.toString(QStringLiteral("HH:mm:ss.zzz")));
-    QJsonObject rates;
-    QJsonObject totals;
-    for (qsizetype i = 0; i < counters.size(); ++i) {
-        // Counters begin anew where another interface has taken the name.
-        const quint64 more = counters[i] >= m_before[i] ? counters[i] - m_before[i] : counters[i];
-        const auto rate = qint64(std::llround(double(more) / seconds));
-        line += painted(Paint::Value, right(QString::number(rate), RateWidth))
-            + right(QString::number(counters[i]), TotalWidth);
-        rates.insert(m_names[i], rate);
-        totals.insert(m_names[i], QJsonValue::fromVariant(counters[i]));
+    for (Row &row : m_rows) {
+        const QList<quint64> counters = read(*row.instance);
+        QList<quint64> perSecond;
+        for (qsizetype i = 0; i < counters.size(); ++i) {
+            // Counters begin anew where another interface has taken the name.
+            const quint64 before = row.counters[i];
+            const quint64 more = counters[i] >= before ? counters[i] - before : counters[i];
+            perSecond.append(quint64(std::llround(double(more) / seconds)));
+        }
+        row.counters = counters;
+        print(*row.instance, perSecond, counters);
     }
-    m_before = counters;
-    if (m_json) {
-        line = QString::fromUtf8(
-            QJsonDocument(QJsonObject{{QStringLiteral("time"), now.toUTC().toString(Qt::ISODateWithMs)},
-                              {QStringLiteral("facility"), m_entry.name}, {m_entry.selector, m_selected},
-                              {QStringLiteral("perSecond"), rates}, {QStringLiteral("total"), totals}})
-                .toJson(QJsonDocument::Compact));
-    }
-    printLine(line);
 }
 
 } // namespace oz::tools

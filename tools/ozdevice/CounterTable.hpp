@@ -1,9 +1,12 @@
 #pragma once
 
-#include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/FacilityInstance.hpp"
 
 #include <QElapsedTimer>
 #include <QList>
+
+#include <memory>
+#include <vector>
 
 namespace oz::tools {
 
@@ -11,22 +14,28 @@ namespace oz::tools {
 class CounterTable
 {
 public:
-    /*! \a selected tells which one \a object is. Reads for the first time. */
-    CounterTable(const FacilityEntry &entry, QObject *object, const QString &selected, bool asJson);
+    /*! Of the instances \a selected. Reads for the first time; throws CommandError where that fails. */
+    CounterTable(const FacilityEntry &entry, const QStringList &selected, bool asJson);
 
-    /*! Reads again, and prints one line about the time since. */
+    /*! Reads again, and prints a line for each instance about the time since. */
     void printNext();
 
 private:
-    [[nodiscard]] QList<quint64> read() const;
+    struct Row
+    {
+        std::unique_ptr<FacilityInstance> instance;
+        QList<quint64> counters;
+    };
+    [[nodiscard]] QList<quint64> read(const FacilityInstance &instance) const;
     void printHead() const;
+    void print(const FacilityInstance &instance, const QList<quint64> &perSecond,
+        const QList<quint64> &totals) const;
 
     const FacilityEntry &m_entry;
-    QObject *m_object;
-    QString m_selected;
     bool m_json;
     QStringList m_names;
-    QList<quint64> m_before;
+    std::vector<Row> m_rows;
+    int m_nameWidth = 0;
     QElapsedTimer m_since;
 };
 

@@ -2,6 +2,7 @@
 
 #include "ozdevice/Command.hpp"
 
+#include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
@@ -17,6 +18,7 @@
 #include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
+#include <algorithm>
 #include <net/if.h>
 
 namespace oz::tools {
@@ -68,20 +70,60 @@ FacilityEntry deviceState()
 {
     auto entry =
         facility<device::DeviceInfo>("device", "how the device is held, and whether somebody uses it");
+    entry.parts = QStringList{QStringLiteral("activity"), QStringLiteral("orientation")};
     entry.isComplete = [](const QObject *object) {
         return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
     };
-    return entry;
+    return std::move(entry).alsoCalled(entry.parts).from({QStringLiteral("/dev/power/mgr")});
 }
 
-// Nothing selected is the primary one, whatever its identifier.
+QStringList displays()
+{
+    PpsObject object(QStringLiteral("/pps/services/display/displays"));
+    if (!object.open(PpsOpenMode::Subscribe))
+        return {};
+    QStringList identifiers =
+        PpsObject::decode(object.read()).value(QStringLiteral("@displays")).toMap().keys();
+    std::sort(identifiers.begin(), identifiers.end(),
+        [](const QString &a, const QString &b) { return a.toInt() < b.toInt(); });
+    return identifiers;
+}
+
 FacilityEntry display()
 {
     auto entry = facility<device::DisplayInfo, int>("display", "a display", "display");
+    // Nothing selected is the primary one, whatever its identifier.
     entry.make = [chosen = entry.make](const QString &selected) {
         return selected.isEmpty() ? std::make_unique<device::DisplayInfo>() : chosen(selected);
     };
-    return entry;
+    entry.instances = displays;
+    return std::move(entry).from({QStringLiteral("/pps/services/display/displays")});
+}
+
+FacilityEntry cellularNetwork()
+{
+    auto entry =
+        facility<device::CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index");
+    static const QStringList indices{QStringLiteral("0"), QStringLiteral("1")};
+    // By their number: the second index has a technology on every device that might run two.
+    entry.instances = [] { return indices.mid(0, device::CellularRadioInfo().networkCount()); };
+    entry.mayCome = [](const QString &selected) { return indices.contains(selected); };
+    return std::move(entry).from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")});
+}
+
+FacilityEntry dataProfile()
+{
+    using Result = device::CellularConnectionRequestResult;
+    auto entry =
+        facility<device::CellularDataInterface, QString>("data-profile", "a cellular data profile", "name");
+    entry.instances = [] { return device::CellularDataInterface().allNames(); };
+    entry.mayCome = [](const QString &) { return true; };
+    entry.isNothingUnselected = true;
+    entry.methodsOfNone = {"allNames"};
+    return std::move(entry)
+        .from({QStringLiteral("/pps/services/cds/cnice/status")})
+        .controlledBy("/pps/services/cds/cnice/%1_control")
+        .returning<Result::Type>({"requestConnect", "requestDisconnect"}, Result::Requested);
 }
 
 QStringList networkInterfaces()
@@ -99,11 +141,44 @@ FacilityEntry networkUsage()
     auto entry = facility<device::NetworkDataUsage, QString>(
         "network", "the traffic of a network interface", "interface");
     entry.readAnew = [](QObject *object) { qobject_cast<device::NetworkDataUsage *>(object)->update(); };
-    entry.choices = networkInterfaces;
+    entry.instances = networkInterfaces;
+    entry.isNothingUnselected = true;
     return entry;
 }
 
+FacilityEntry wifiDirect()
+{
+    using device::WiFiDirectResult;
+    return facility<device::WiFiDirect>("wifi-direct", "Wi-Fi Direct: peers, connection and requests")
+        .alsoCalled({QStringLiteral("wifidirect")})
+        .from({QStringLiteral("/pps/services/wifi_p2p/manager/status")})
+        .servedBy("/pps/services/wifi_p2p/manager/control")
+        .controlledBy("/pps/services/wifi_p2p/manager/control")
+        .answeredBy({{"requestScan", {"scanCompleted", "scanning"}}})
+        .returning<WiFiDirectResult::Type>({"requestScan", "requestStartSession", "requestStopSession",
+                                               "requestConnect", "cancelConnectRequest"},
+            WiFiDirectResult::Success)
+        .returning<device::WiFiDirectDeviceType::Type>({"deviceType"});
+}
+
 } // namespace
+
+QString FacilityEntry::title(const QString &selected) const
+{
+    return selected.isEmpty() ? name : name + u' ' + selected;
+}
+
+FacilityEntry FacilityEntry::alsoCalled(const QStringList &words) &&
+{
+    aliases = words;
+    return std::move(*this);
+}
+
+FacilityEntry FacilityEntry::from(const QStringList &paths) &&
+{
+    objects = paths;
+    return std::move(*this);
+}
 
 FacilityEntry FacilityEntry::busyWhile(const char *property) &&
 {
@@ -117,9 +192,15 @@ FacilityEntry FacilityEntry::servedBy(const char *path) &&
     return std::move(*this);
 }
 
-FacilityEntry FacilityEntry::answeredBy(const QHash<QByteArray, QByteArray> &signalsOfMethods) &&
+FacilityEntry FacilityEntry::controlledBy(const char *path) &&
 {
-    answers = signalsOfMethods;
+    control = QLatin1String(path);
+    return std::move(*this);
+}
+
+FacilityEntry FacilityEntry::answeredBy(const QHash<QByteArray, LaterAnswer> &answersOfMethods) &&
+{
+    answers = answersOfMethods;
     return std::move(*this);
 }
 
@@ -141,32 +222,58 @@ const std::vector<FacilityEntry> &facilityTable()
     // Its flag set is read by it, see meta::enumOf().
     qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
     static const std::vector<FacilityEntry> table{
-        facility<SdCardInfo>("sdcard", "the removable SD card"),
-        facility<BatteryInfo>("battery", "the battery and its chargers"),
-        facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts"),
-        facility<SimCardInfo>("simcard", "the SIM card"),
-        facility<CellularRadioInfo>("radio", "the cellular radio"),
-        facility<CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index"),
-        facility<CellularDataInterface, QString>("data-profile", "a cellular data profile", "name"),
+        facility<SdCardInfo>("sdcard", "the removable SD card")
+            .from({QStringLiteral("/pps/system/filesystem/removable/sdcard")}),
+        facility<BatteryInfo>("battery", "the battery and its chargers")
+            .from({QStringLiteral("/pps/system/BattMgr/status")}),
+        facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts")
+            .from({QStringLiteral("/pps/services/private/deviceproperties"),
+                QStringLiteral("/pps/services/deviceproperties"),
+                QStringLiteral("/pps/services/hw_info/inventory")}),
+        deviceState(),
+        facility<SimCardInfo>("simcard", "the SIM card")
+            .from({QStringLiteral("/pps/services/cellular/uicc/card0/status_private")}),
+        facility<CellularRadioInfo>("radio", "the cellular radio")
+            .from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")}),
+        cellularNetwork(),
+        dataProfile(),
+        display(),
         facility<Led>("led", "the notification LED")
+            .from({QStringLiteral("/pps/services/led/status")})
             .busyWhile("active")
             .servedBy("/pps/services/led/control")
             .toldBy("/pps/services/led/activity"),
         facility<VibrationController>("vibration", "the vibration motor")
+            .from({QStringLiteral("/pps/services/vibrator")})
             .servedBy("/pps/services/vibrator")
             .toldBy("/pps/services/vibration/activity"),
-        networkUsage(),
-        deviceState(),
-        display(),
-        facility<WiFiDirect>("wifidirect", "Wi-Fi Direct: peers, connection and requests"),
+        wifiDirect(),
         facility<MiracastManager>("miracast", "wireless displays: sinks and the session with one")
+            .from({QStringLiteral("/pps/services/miracast/status")})
             .servedBy("/pps/services/miracast/control")
             .answeredBy({{"requestScan", "scanCompleted"}, {"requestConnect", "connectCompleted"},
                 {"requestDisconnect", "disconnectCompleted"}, {"requestPause", "pauseCompleted"},
                 {"requestResume", "resumeCompleted"}, {"requestShutdown", "shutdownCompleted"}})
             .reading({"miracast_name", "miracast_persistent"}),
+        networkUsage(),
     };
     return table;
+}
+
+QStringList facilityNames()
+{
+    QStringList names;
+    for (const FacilityEntry &entry : facilityTable())
+        names.append(entry.name);
+    return names;
+}
+
+const FacilityEntry *findFacility(const QString &name)
+{
+    const auto &table = facilityTable();
+    const auto found = std::find_if(
+        table.begin(), table.end(), [&](const FacilityEntry &entry) { return entry.isCalled(name); });
+    return found == table.end() ? nullptr : &*found;
 }
 
 } // namespace oz::tools

@@ -1,71 +1,26 @@
 #include "ozdevice/PrivatePhone.hpp"
 
 #include "ozdevice/Command.hpp"
-
-#include <oz/DeviceRoot.hpp>
-#include <oz/PpsObject.hpp>
+#include "ozdevice/Daemon.hpp"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QThread>
-#include <QVariantMap>
 
 #include <cerrno>
-#include <csignal>
+#include <chrono>
 #include <cstdlib>
 #include <unistd.h>
 
 namespace oz::tools {
 
-const char *const DaemonControlPath = "/pps/system/ozdeviced/control";
-
 namespace {
 
-constexpr int StartDeadline = 20'000; // milliseconds
-constexpr int StopDeadline = 5'000;
+constexpr std::chrono::seconds StartDeadline{20};
+constexpr std::chrono::milliseconds StopDeadline{5000};
 
 } // namespace
-
-QVariant askDaemon(const QString &message, const QVariant &data)
-{
-    PpsObject control(QLatin1String(DaemonControlPath) + QLatin1String("?wait"));
-    if (!control.open(PpsOpenMode::PublishSubscribe)) {
-        const QString reason = control.error() == ENOENT || control.error() == ECONNREFUSED
-            ? QStringLiteral("no ozdeviced is running")
-            : control.errorString();
-        throw CommandError(Unavailable,
-            QLatin1String("cannot reach the services under ") + devicePath(QStringLiteral("/pps"))
-                + QLatin1String(": ") + reason);
-    }
-    QVariantMap request{{QStringLiteral("msg"), message}, {QStringLiteral("id"), 1}};
-    if (data.isValid())
-        request.insert(QStringLiteral("dat"), data);
-    bool ok = control.write(PpsObject::encode(request));
-    QVariantMap answer;
-    if (ok)
-        answer = PpsObject::decode(control.read(&ok)).value(QStringLiteral("@control")).toMap();
-    if (!ok)
-        throw CommandError(Failed, QLatin1String("the services did not answer: ") + control.errorString());
-    if (answer.value(QStringLiteral("err")).toInt() != 0)
-        throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
-    return answer.value(QStringLiteral("dat"));
-}
-
-bool waitForDaemon(int milliseconds, const std::function<bool()> &goOn)
-{
-    const QDeadlineTimer deadline(milliseconds);
-    for (;;) {
-        PpsObject probe{QLatin1String(DaemonControlPath)};
-        if (probe.open(PpsOpenMode::Publish))
-            return true;
-        if (deadline.hasExpired() || !goOn())
-            return false;
-        QThread::msleep(5);
-    }
-}
 
 PrivatePhone::PrivatePhone(const QString &phoneFile)
 {
@@ -81,8 +36,8 @@ PrivatePhone::PrivatePhone(const QString &phoneFile)
 
     // Beside this program, in a build tree as when installed.
     const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/ozdeviced");
-    QStringList arguments{
-        QStringLiteral("--private"), QStringLiteral("--config"), QStringLiteral("/dev/null")};
+    QStringList arguments{QStringLiteral("--private"), QStringLiteral("--config"),
+        QStringLiteral("/dev/null"), QStringLiteral("--simulated")};
     if (!phoneFile.isEmpty())
         arguments << QStringLiteral("--phone") << QFileInfo(phoneFile).absoluteFilePath();
     m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
@@ -105,7 +60,7 @@ PrivatePhone::PrivatePhone(const QString &phoneFile)
 PrivatePhone::~PrivatePhone()
 {
     m_daemon.terminate();
-    if (!m_daemon.waitForFinished(StopDeadline)) {
+    if (!m_daemon.waitForFinished(int(StopDeadline.count()))) {
         m_daemon.kill();
         m_daemon.waitForFinished();
     }

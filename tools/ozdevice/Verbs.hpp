@@ -39,4 +39,20 @@ private:
     Action &m_action;
 };
 
+/*! Each adds its verb to \a parser; the one that is called for sets \a action. */
+void addCallVerb(CLI::App &parser, Action &action);
+void addCompletionVerbs(CLI::App &parser, Action &action);
+void addDemoVerb(CLI::App &parser, Action &action);
+void addDescribeVerb(CLI::App &parser, Action &action);
+void addDoctorVerb(CLI::App &parser, Action &action);
+void addListVerb(CLI::App &parser, Action &action);
+void addPpsVerbs(CLI::App &parser, Action &action);
+void addRunVerb(CLI::App &parser, Action &action);
+void addSetVerb(CLI::App &parser, Action &action);
+void addShowVerb(CLI::App &parser, Action &action);
+void addSimVerb(CLI::App &parser, Action &action);
+void addStatusVerb(CLI::App &parser, Action &action);
+void addWaitReadyVerb(CLI::App &parser, Action &action);
+void addWatchVerb(CLI::App &parser, Action &action);
+
 } // namespace oz::tools

@@ -1,142 +1,107 @@
 // The command of the library: looks at the device, changes what can be changed, and simulates what is not
 // there.
 
-#include "ozdevice/Command.hpp"
-
-#include <CLI/CLI.hpp>
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Verbs.hpp"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
+#include <iostream>
 #include <string_view>
-#include <unistd.h>
-
-namespace oz::tools {
-
-namespace {
-
-QStringList s_libraryWarnings;
-bool s_verbose = false;
-std::vector<std::string> s_wordsAfterDashes;
-
-// What the library warns of is for the verbs to tell, unless everything is wanted.
-void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
-{
-    if (s_verbose || qstrcmp(context.category, "oz.device") != 0)
-        std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, text)));
-    if (type == QtWarningMsg && !s_libraryWarnings.contains(text))
-        s_libraryWarnings.append(text);
-}
-
-} // namespace
-
-const std::vector<std::string> &wordsAfterDashes()
-{
-    return s_wordsAfterDashes;
-}
-
-QString unavailableText(const QString &facility, const QString &problem)
-{
-    const bool isMissing = problem.contains(QLatin1String(std::strerror(ENOENT)));
-    return facility + QLatin1String(": ") + problem
-        + (isMissing ? QStringLiteral(" (is ozdeviced running? try: ozdevice run -- COMMAND)") : QString());
-}
-
-QStringList takeLibraryWarnings()
-{
-    return std::exchange(s_libraryWarnings, {});
-}
-
-void printLine(const QString &line)
-{
-    std::fputs((line + u'\n').toUtf8().constData(), stdout);
-    std::fflush(stdout);
-}
-
-QString painted(Paint paint, const QString &text)
-{
-    static const bool terminal = ::isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR");
-    if (!terminal)
-        return text;
-    const char *code = paint == Paint::Bold ? "\033[1m" : paint == Paint::Dim ? "\033[2m" : "\033[32m";
-    return QLatin1String(code) + text + QLatin1String("\033[0m");
-}
-
-int milliseconds(const QString &duration)
-{
-    const struct
-    {
-        const char *unit;
-        double factor;
-    } units[] = {{"ms", 1}, {"s", 1000}, {"m", 60'000}, {"h", 3'600'000}, {"", 1000}};
-    for (const auto &[unit, factor] : units) {
-        if (!duration.endsWith(QLatin1String(unit)))
-            continue;
-        bool ok = false;
-        const double number = duration.chopped(qsizetype(qstrlen(unit))).toDouble(&ok);
-        if (ok && number >= 0 && number * factor <= 2e9)
-            return int(number * factor);
-        break;
-    }
-    throw CommandError(WrongUse,
-        QLatin1String("'") + duration + QLatin1String("' is no time; expected 500ms, 10s, 2m or seconds"));
-}
-
-QString enumerated(const QStringList &words)
-{
-    if (words.isEmpty())
-        return QStringLiteral("none");
-    if (words.size() == 1)
-        return words.first();
-    return QStringList(words.mid(0, words.size() - 1)).join(QLatin1String(", ")) + QLatin1String(" and ")
-        + words.last();
-}
-
-} // namespace oz::tools
 
 using namespace oz::tools;
 
-int main(int argc, char **argv)
+namespace {
+
+void addVerbs(CLI::App &parser, Action &action)
+{
+    addListVerb(parser, action);
+    addShowVerb(parser, action);
+    addDescribeVerb(parser, action);
+    addWatchVerb(parser, action);
+    addCallVerb(parser, action);
+    addSetVerb(parser, action);
+    addStatusVerb(parser, action);
+    addDoctorVerb(parser, action);
+    addRunVerb(parser, action);
+    addSimVerb(parser, action);
+    addWaitReadyVerb(parser, action);
+    addDemoVerb(parser, action);
+    addPpsVerbs(parser, action);
+    addCompletionVerbs(parser, action);
+}
+
+// A word where a verb is wanted, which is none: the parser would only say that it did not expect it.
+void checkVerbs(const CLI::App &parser, char **words, char **end)
+{
+    const CLI::App *verb = &parser;
+    for (; words != end && !verb->get_subcommands({}).empty(); ++words) {
+        const std::string word = *words;
+        if (word.rfind('-', 0) == 0)
+            continue;
+        const CLI::App *named = nullptr;
+        QStringList known;
+        for (const CLI::App *sub : verb->get_subcommands({})) {
+            if (sub->get_name() == word)
+                named = sub;
+            if (!sub->get_group().empty())
+                known.append(QString::fromStdString(sub->get_name()));
+        }
+        if (!named) {
+            throw CommandError(WrongUse,
+                unknownText(QString::fromStdString(verb->get_name()) + QLatin1String(" has no verb"),
+                    QString::fromStdString(word), known));
+        }
+        verb = named;
+    }
+}
+
+int execute(int argc, char **argv)
 {
     CLI::App parser(
         "Looks at a phone's hardware and radios, changes what can be changed, and simulates a phone.",
         "ozdevice");
+    bool verbose = false;
     parser.set_version_flag("--version", OZ_VERSION);
     parser.require_subcommand(1);
     parser.set_help_all_flag("--help-all", "The help of all verbs");
-    parser.add_flag("-v,--verbose", s_verbose, "Print the library's own warnings too");
+    parser.add_flag("-v,--verbose", verbose, "Print the library's own warnings too");
     parser.footer(
         "The device is the one under OZ_DEVICE_ROOT, else / where /pps exists, else\n"
         "$XDG_RUNTIME_DIR/ozdevice. `ozdevice run -- COMMAND` has one of its own.\n\n"
         "Exit status: 0 done, 1 refused or failed, 2 wrong use, 3 an object is not there or not for you.");
     Action action;
-    addFacilityCommands(parser, action);
-    addPhoneCommands(parser, action);
-    addTreeCommands(parser, action);
-    addCompletionCommands(parser, action);
+    addVerbs(parser, action);
     char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
-        s_wordsAfterDashes.assign(dashes + 1, argv + argc);
+        setWordsAfterDashes({dashes + 1, argv + argc});
+    checkVerbs(parser, argv + 1, dashes);
     try {
         parser.parse(int(dashes - argv), argv);
     } catch (const CLI::Success &help) {
-        return parser.exit(help);
+        parser.exit(help);
+        if (!std::cout.flush())
+            throw CommandError(Failed, QStringLiteral("cannot write to standard output"));
+        return Success;
     } catch (const CLI::ParseError &error) {
-        std::fprintf(stderr, "ozdevice: %s (see ozdevice --help)\n", error.what());
-        return WrongUse;
+        throw CommandError(
+            WrongUse, QString::fromUtf8(error.what()) + QLatin1String(" (see ozdevice --help)"));
     }
     const QCoreApplication application(argc, argv);
-    qInstallMessageHandler(&handleMessage);
+    captureLog(verbose);
+    return action();
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
     try {
-        return action();
+        return execute(argc, argv);
     } catch (const CommandError &error) {
-        std::fprintf(stderr, "ozdevice: %s\n", error.what());
+        complain(QString::fromUtf8(error.what()));
         return error.status();
     }
 }

@@ -1,0 +1,341 @@
+#include "daemon/Daemon.hpp"
+
+#include "publishing/Error.hpp"
+#include "publishing/Log.hpp"
+
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsPublisher.hpp>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFile>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace oz::services {
+
+namespace {
+
+const QString StatusPpsPath = QStringLiteral("/pps/system/ozdeviced/status");
+const QString ControlPpsPath = QStringLiteral("/pps/system/ozdeviced/control");
+// In the store.
+const QString SavedObjects = QStringLiteral("objects");
+const QString SavedSources = QStringLiteral("sources");
+
+} // namespace
+
+// One daemon a root. The kernel gives the lock up with its process, so a daemon that was killed is in
+// nobody's way.
+class Daemon::RootLock
+{
+public:
+    RootLock()
+    {
+        const QString tree = devicePath(QStringLiteral("/pps"));
+        if (!QDir().mkpath(tree))
+            throw Error(QLatin1String("cannot make the directory ") + tree);
+        const QByteArray file = QFile::encodeName(tree + QLatin1String("/.ozdeviced.lock"));
+        m_fd = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
+        if (m_fd < 0)
+            throw Error(QFile::decodeName(file) + QLatin1String(": ") + qt_error_string(errno));
+        if (::flock(m_fd, LOCK_EX | LOCK_NB) < 0) {
+            char pid[16] = "";
+            const ssize_t size = ::read(m_fd, pid, sizeof pid - 1);
+            ::close(m_fd);
+            throw Error(QLatin1String("another ozdeviced (process ")
+                + QString::fromLatin1(pid, std::max<ssize_t>(size, 0)).trimmed() + QLatin1String(") serves ")
+                + tree);
+        }
+        // Its number is for the person who starts a second one; a full file system has no room for it.
+        const QByteArray pid = QByteArray::number(qlonglong(QCoreApplication::applicationPid())) + '\n';
+        if (::ftruncate(m_fd, 0) == 0)
+            (void)!::write(m_fd, pid.constData(), std::size_t(pid.size()));
+    }
+    ~RootLock() { ::close(m_fd); }
+    RootLock(const RootLock &) = delete;
+    RootLock &operator=(const RootLock &) = delete;
+
+private:
+    int m_fd = -1;
+};
+
+// The sources and publishers of one configuration.
+class Daemon::Running : public QObject
+{
+public:
+    Running(const Configuration &configuration, const std::optional<JsonNode> &phoneFile, StateStore &store)
+        : m_configuration(configuration),
+          m_providers([this, phoneFile, &store] { return makePhone(phoneFile, store); })
+    {
+        for (const Facility &facility : facilities())
+            m_rows.push_back(rowOf(facility));
+    }
+
+    // Publishes everything; apart from making the sources, so that a wrong configuration disturbs nothing.
+    void publish(Tree &tree)
+    {
+        for (Row &row : m_rows) {
+            if (Source *source = m_sources.of(row.facility->name))
+                row.publisher = row.facility->publish(*source, m_sources, tree);
+        }
+        if (SimulatedPhone *phone = m_providers.phoneInUse()) {
+            phone->setFurtherVerbs(
+                [this](const QString &part, const QString &instance) { return faultVerbs(part, instance); });
+        }
+    }
+
+    [[nodiscard]] bool hasSettled() const
+    {
+        return std::all_of(m_rows.begin(), m_rows.end(),
+            [](const Row &row) { return !row.publisher || row.publisher->hasSettled(); });
+    }
+
+    void onChange(QObject *context, const std::function<void()> &slot)
+    {
+        for (const Row &row : m_rows) {
+            if (!row.publisher)
+                continue;
+            connect(row.publisher.get(), &Publisher::settled, context, slot);
+            connect(m_sources.of(row.facility->name), &Source::changed, context, slot);
+        }
+    }
+
+    [[nodiscard]] QVariantMap sources() const
+    {
+        QVariantMap sources;
+        for (const Row &row : m_rows)
+            sources.insert(row.facility->name, row.source);
+        return sources;
+    }
+
+    // The facilities that the same source fed before.
+    [[nodiscard]] QStringList continuedFrom(const QVariantMap &before) const
+    {
+        QStringList facilities;
+        for (const Row &row : m_rows) {
+            if (before.value(row.facility->name) == row.source)
+                facilities.append(row.facility->name);
+        }
+        return facilities;
+    }
+
+    [[nodiscard]] QVariantMap states() const
+    {
+        static const QString words[] = {
+            QStringLiteral("pending"), QStringLiteral("known"), QStringLiteral("absent")};
+        QVariantMap states;
+        for (const Row &row : m_rows) {
+            const Source *source = m_sources.of(row.facility->name);
+            QVariantMap state{{QStringLiteral("source"), row.source},
+                {QStringLiteral("state"), source ? words[int(source->presence())] : SourceChoice::None}};
+            const QString reason = source ? source->absence() : row.reason;
+            if (!reason.isEmpty())
+                state.insert(QStringLiteral("reason"), reason);
+            states.insert(row.facility->name, state);
+        }
+        return states;
+    }
+
+    [[nodiscard]] QVariantMap describePhone()
+    {
+        const SimulatedPhone *phone = m_providers.phoneInUse();
+        return phone ? phone->describe() : QVariantMap();
+    }
+
+    // Throws Error where that cannot be told it.
+    void tellPhone(const QString &name, const QStringList &words)
+    {
+        const Facility *facility = findFacility(name);
+        for (const Row &row : m_rows) {
+            if (row.facility == facility && row.source == SourceChoice::None)
+                throw Error(QLatin1String("nothing feeds ") + row.facility->name);
+            if (row.facility == facility && row.source != SimulatedSource) {
+                throw Error(row.facility->name + QLatin1String(" is fed by '") + row.source
+                    + QLatin1String("', not by the simulated phone"));
+            }
+        }
+        if (!m_providers.phoneInUse())
+            throw Error(QStringLiteral("no facility is fed by the simulated phone"));
+        m_providers.phone().run(facility ? facility->name : name, words);
+    }
+
+private:
+    struct Row
+    {
+        const Facility *facility;
+        QString source;
+        QString reason; // why it is none
+        std::unique_ptr<Publisher> publisher;
+    };
+
+    [[nodiscard]] Row rowOf(const Facility &facility)
+    {
+        const SourceChoice choice = m_configuration.choiceOf(facility.name);
+        Row row{&facility, choice.source, {}, nullptr};
+        if (choice.source == SourceChoice::None) {
+            row.reason = QStringLiteral("the configuration says so");
+            return row;
+        }
+        QStringList reasons;
+        for (const SourceKind &kind : facility.sources) {
+            if (choice.source == SourceChoice::Auto) {
+                if (!kind.obstacle)
+                    continue;
+                if (const QString obstacle = kind.obstacle(); !obstacle.isEmpty()) {
+                    reasons.append(kind.name + QLatin1String(": ") + obstacle);
+                    continue;
+                }
+            } else if (kind.name != choice.source) {
+                continue;
+            }
+            row.source = kind.name;
+            m_sources.add(facility.name, kind.make(m_providers, choice.options));
+            return row;
+        }
+        row.source = SourceChoice::None;
+        row.reason = reasons.isEmpty() ? QStringLiteral("this system has no source for it")
+                                       : reasons.join(QLatin1String("; "));
+        return row;
+    }
+
+    [[nodiscard]] std::unique_ptr<SimulatedPhone> makePhone(
+        const std::optional<JsonNode> &file, StateStore &store) const
+    {
+        return std::make_unique<SimulatedPhone>(
+            file ? *file : JsonNode::parseFile(m_configuration.phoneFile), phoneParts(), store);
+    }
+
+    [[nodiscard]] std::vector<SimVerb> faultVerbs(const QString &name, const QString &instance) const
+    {
+        std::vector<SimVerb> verbs;
+        for (const Row &row : m_rows) {
+            if (row.facility->name != name || !row.publisher)
+                continue;
+            const auto faults = row.publisher->faults();
+            if (const auto found = faults.find(instance); found != faults.end()) {
+                for (const FaultOrder &order : found->second->orders())
+                    verbs.push_back(SimVerb::fault(order));
+            }
+        }
+        return verbs;
+    }
+
+    Configuration m_configuration;
+    Providers m_providers;
+    Sources m_sources;
+    std::vector<Row> m_rows; // last, so that publishers go before what they follow
+};
+
+Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode> &phone, Start start)
+    : m_lock(std::make_unique<RootLock>()), m_store(devicePath(QStringLiteral("/pps/.ozdeviced"))),
+      m_tree(m_store), m_status(m_tree, StatusPpsPath), m_control(m_tree, ControlPpsPath, requests())
+{
+    if (start == Start::Fresh)
+        m_store.clear();
+    m_tree.setTrustedGroup(configuration.trustedGroup);
+    m_running = std::make_unique<Running>(configuration, phone, m_store);
+    m_tree.setContinued(m_running->continuedFrom(m_store.load(SavedSources)));
+    m_running->publish(m_tree);
+    m_tree.endStart();
+    connect(&m_tree, &Tree::problemsChanged, this, &Daemon::checkReady);
+    m_running->onChange(this, [this] { checkReady(); });
+    checkReady();
+}
+
+Daemon::~Daemon()
+{
+    disconnect(&m_tree, nullptr, this, nullptr);
+    m_running.reset();
+    PpsPublisher(StatusPpsPath).remove();
+}
+
+void Daemon::reload(const Configuration &configuration)
+{
+    // A phone or a source that cannot be made is found out before anything is taken down; the store has what
+    // the phone is like now, and the new one goes on from there where its file is the same.
+    auto next = std::make_unique<Running>(configuration, std::nullopt, m_store);
+    m_running.reset();
+    m_tree.setTrustedGroup(configuration.trustedGroup);
+    m_running = std::move(next);
+    m_tree.setContinued(m_running->continuedFrom(m_store.load(SavedSources)));
+    m_running->publish(m_tree);
+    m_running->onChange(this, [this] { checkReady(); });
+    checkReady();
+    removeLeftovers();
+}
+
+// What the daemon is asked for is served once everything is there, and says what is not from then on.
+void Daemon::checkReady()
+{
+    if (!m_running)
+        return;
+    if (!m_isReady && m_running->hasSettled() && m_tree.isTrue()) {
+        m_isReady = true;
+        removeLeftovers();
+        publishStatus();
+        m_control.start(0600);
+        Q_EMIT ready();
+    } else if (m_isReady) {
+        publishStatus();
+    }
+}
+
+void Daemon::publishStatus()
+{
+    m_status.publish({{QStringLiteral("pid"), QCoreApplication::applicationPid()},
+        {QStringLiteral("sources"), m_running->sources()},
+        {QStringLiteral("facilities"), m_running->states()}});
+}
+
+// Takes away what a former daemon, or a former configuration, published and nothing publishes any more, and
+// notes what there is now.
+void Daemon::removeLeftovers()
+{
+    const QStringList objects = m_tree.objects();
+    const QStringList before = m_store.load(SavedObjects).value(SavedObjects).toStringList();
+    for (const QString &path : before) {
+        if (!path.startsWith(u"/pps/") || objects.contains(path))
+            continue;
+        if (!PpsPublisher(path).remove())
+            QFile::remove(devicePath(path)); // the socket of a service that was killed
+    }
+    m_store.save(SavedObjects, {{SavedObjects, objects}});
+    m_store.save(SavedSources, m_running->sources());
+}
+
+RequestTable Daemon::requests()
+{
+    const auto answered = [this](Reply (Daemon::*handle)(const Request &)) {
+        return [this, handle](
+                   const Request &request, const Answer &answer) { answer((this->*handle)(request)); };
+    };
+    return {{QStringLiteral("describe"), {}, answered(&Daemon::describe)},
+        {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
+}
+
+Reply Daemon::describe(const Request &)
+{
+    return {QVariantMap{{QStringLiteral("simulated"), m_running->describePhone()},
+                {QStringLiteral("sources"), m_running->sources()}},
+        0, {}};
+}
+
+Reply Daemon::sim(const Request &request)
+{
+    const QVariantMap order = request.data.toMap();
+    QStringList words = order.value(QStringLiteral("arguments")).toStringList();
+    words.prepend(order.value(QStringLiteral("verb")).toString());
+    try {
+        m_running->tellPhone(order.value(QStringLiteral("facility")).toString(), words);
+    } catch (const Error &error) {
+        return Reply::failure(EINVAL, error.text());
+    }
+    if (!m_tree.isTrue())
+        return Reply::failure(EAGAIN, QLatin1String("done, but not published yet: ") + m_tree.problemText());
+    return {};
+}
+
+} // namespace oz::services

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "daemon/Configuration.hpp"
+#include "publishing/ControlObject.hpp"
+#include "publishing/StateStore.hpp"
+
+#include <QObject>
+
+#include <memory>
+#include <optional>
+
+namespace oz::services {
+
+/*!
+ * All services of one device root. It serves, for tools:
+ * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
+ * the words that follow it in `ozdevice sim`) and "describe", for the daemon's own user only. It is served
+ * last, so where it can be opened, everything is published.
+ * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
+ * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
+ */
+class Daemon : public QObject
+{
+    Q_OBJECT
+
+public:
+    enum class Start {
+        Continue, //!< go on where a daemon that died was
+        Fresh, //!< begin anew
+    };
+
+    /*!
+     * Claims the device root and starts every facility; throws Error. The simulated phone, where one is
+     * wanted, is made from \a phone, or else from the configuration's file.
+     */
+    explicit Daemon(const Configuration &configuration, const std::optional<JsonNode> &phone = {},
+        Start start = Start::Continue);
+    ~Daemon() override;
+
+    /*! Whether everything is published. */
+    [[nodiscard]] bool isReady() const { return m_isReady; }
+
+    /*! Takes over another configuration, and the phone's file anew. Where that is wrong it throws Error, and
+     * everything goes on as it was. */
+    void reload(const Configuration &configuration);
+
+Q_SIGNALS:
+    void ready();
+
+private:
+    class RootLock;
+    class Running;
+
+    void checkReady();
+    void publishStatus();
+    void removeLeftovers();
+    [[nodiscard]] RequestTable requests();
+    [[nodiscard]] Reply describe(const Request &request);
+    [[nodiscard]] Reply sim(const Request &request);
+
+    std::unique_ptr<RootLock> m_lock;
+    StateStore m_store;
+    Tree m_tree;
+    StatePublisher m_status;
+    std::unique_ptr<Running> m_running;
+    ControlObject m_control;
+    bool m_isReady = false;
+};
+
+} // namespace oz::services

@@ -1,0 +1,247 @@
+// The services daemon: publishes the device's tree and serves its control objects.
+
+#include "daemon/Daemon.hpp"
+#include "publishing/Error.hpp"
+#include "publishing/Log.hpp"
+
+#include <oz/DeviceRoot.hpp>
+
+#include <CLI/CLI.hpp>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSocketNotifier>
+#include <QTimer>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/signalfd.h>
+#include <systemd/sd-daemon.h>
+#include <unistd.h>
+
+using namespace oz::services;
+
+namespace {
+
+struct Options
+{
+    std::string config;
+    std::string phone;
+    std::vector<std::string> sources;
+    std::string displays;
+    std::string trustedGroup;
+    bool simulated = false;
+    bool fresh = false;
+    bool listSources = false;
+    bool isPrivate = false;
+};
+
+// Calls \a slot with the number of each of \a signals that comes, from the event loop.
+void onSignals(const std::vector<int> &signals, const std::function<void(int signal)> &slot)
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : signals)
+        sigaddset(&set, signal);
+    sigprocmask(SIG_BLOCK, &set, nullptr);
+    const int descriptor = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
+    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, qApp);
+    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [descriptor, slot] {
+        signalfd_siginfo info;
+        while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info))
+            slot(int(info.ssi_signo));
+    });
+}
+
+// A tree with many clients needs more descriptors than a shell allows by default.
+void raiseDescriptorLimit()
+{
+    constexpr rlim_t wanted = 65'536;
+    rlimit limit{};
+    if (::getrlimit(RLIMIT_NOFILE, &limit) < 0 || limit.rlim_cur >= wanted)
+        return;
+    limit.rlim_cur = std::min(wanted, limit.rlim_max);
+    (void)::setrlimit(RLIMIT_NOFILE, &limit);
+}
+
+// Tells the service manager as often as it wants to hear it that the event loop turns.
+void feedWatchdog()
+{
+    uint64_t microseconds = 0;
+    if (sd_watchdog_enabled(0, &microseconds) <= 0)
+        return;
+    auto *timer = new QTimer(qApp);
+    QObject::connect(timer, &QTimer::timeout, [] { sd_notify(0, "WATCHDOG=1"); });
+    timer->start(std::chrono::milliseconds(microseconds / 2000));
+}
+
+// The daemon's own prefix, wherever it was installed to.
+QString inPrefix(const QString &path)
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath() + QLatin1String("/../") + path);
+}
+
+// In /etc for a daemon of the system, else in the prefix's own.
+QString installedConfiguration()
+{
+    const QString prefix = inPrefix({});
+    return (prefix == u"/usr" ? QString() : prefix) + QLatin1String("/etc/ozdevice/ozdeviced.conf");
+}
+
+Configuration readConfiguration(const Options &options)
+{
+    Configuration config;
+    if (!options.config.empty())
+        config = Configuration::parseFile(QString::fromStdString(options.config));
+    else if (QFileInfo::exists(installedConfiguration()))
+        config = Configuration::parseFile(installedConfiguration());
+    if (options.simulated)
+        config.simulateAll();
+    for (const std::string &line : options.sources) {
+        const QString text = QString::fromStdString(line);
+        config.choose(text.section(u'=', 0, 0), text.section(u'=', 1));
+    }
+    if (!options.displays.empty())
+        config.choose(QStringLiteral("display"), QString::fromStdString(options.displays));
+    if (!options.trustedGroup.empty())
+        config.setTrustedGroup(QString::fromStdString(options.trustedGroup));
+    if (!options.phone.empty())
+        config.phoneFile = QString::fromStdString(options.phone);
+    if (config.phoneFile.isEmpty())
+        config.phoneFile = inPrefix(QStringLiteral("share/ozdevice/phone.json"));
+    return config;
+}
+
+void listSources()
+{
+    for (const Facility &facility : facilities()) {
+        std::printf("%s:\n", qUtf8Printable(facility.name));
+        for (const SourceKind &kind : facility.sources) {
+            QString options;
+            for (const QString &option : kind.options)
+                options += QLatin1String(" [") + option + QLatin1String("=...]");
+            std::printf("  %s%s  %s\n", qUtf8Printable(kind.name), qUtf8Printable(options),
+                qUtf8Printable(kind.help));
+        }
+    }
+    std::printf("Each facility can be fed by 'auto' (the source of this system that is there, or none) and "
+                "by 'none' too.\n");
+}
+
+// Takes away what the daemon made under its root, and the root where nothing else is in it.
+void removeTree()
+{
+    QDir(oz::devicePath(QStringLiteral("/pps"))).removeRecursively();
+    for (const char *directory : {"/dev/power", "/dev"})
+        QDir().rmdir(oz::devicePath(QLatin1String(directory)));
+    QDir().rmdir(oz::deviceRoot());
+}
+
+void reload(Daemon &daemon, const Options &options)
+{
+    sd_notify(0, "RELOADING=1");
+    try {
+        daemon.reload(readConfiguration(options));
+        qCInfo(logServices) << "the configuration and the phone's file are read anew";
+    } catch (const Error &error) {
+        qCWarning(logServices).noquote() << error.text() + QLatin1String("; everything goes on as it was");
+    }
+    sd_notify(0, "READY=1");
+}
+
+int serve(const Options &options)
+{
+    Daemon daemon(
+        readConfiguration(options), {}, options.fresh ? Daemon::Start::Fresh : Daemon::Start::Continue);
+    onSignals({SIGTERM, SIGINT, SIGHUP}, [&](int signal) {
+        if (signal == SIGHUP)
+            reload(daemon, options);
+        else
+            QCoreApplication::quit();
+    });
+    feedWatchdog();
+    const auto announce = [&options] {
+        sd_notify(0, "READY=1");
+        if (!options.isPrivate)
+            qCInfo(logServices).noquote() << "serving" << oz::devicePath(QStringLiteral("/pps"));
+    };
+    if (daemon.isReady())
+        announce();
+    else
+        QObject::connect(&daemon, &Daemon::ready, announce);
+    const int status = QCoreApplication::exec();
+    sd_notify(0, "STOPPING=1");
+    return status;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    Options options;
+    CLI::App parser(
+        "Publishes the device's publish/subscribe tree and serves its control objects.", "ozdeviced");
+    parser.footer(
+        "The tree lies under the device root: OZ_DEVICE_ROOT where set, else / where /pps exists, else\n"
+        "$XDG_RUNTIME_DIR/ozdevice. SIGTERM and SIGINT stop the daemon; published state stays.\n"
+        "SIGHUP reads the configuration and the phone's file anew.\n\n"
+        "Exit status: 0 stopped by a signal, 1 cannot start (the reason is on standard error), 2 wrong use.");
+    parser.set_version_flag("--version", OZ_VERSION);
+    parser
+        .add_option("--config", options.config,
+            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... "
+            "for "
+            "/usr; without that file, 'auto' for all)")
+        ->type_name("FILE");
+    parser.add_option("--phone", options.phone, "The simulated phone's file")->type_name("FILE");
+    parser
+        .add_option("--source", options.sources,
+            "Feed a facility by a source, or by 'auto' or 'none', over what the configuration says")
+        ->type_name("FACILITY=SOURCE");
+    parser.add_flag("--simulated", options.simulated,
+        "Feed every facility by the simulated phone, whatever the configuration says");
+    parser.add_flag("--fresh", options.fresh, "Begin anew, not where a daemon that died was");
+    parser
+        .add_option("--trusted-group", options.trustedGroup,
+            "Let only members of this group ask for what acts for everybody: sessions, connections, shutting "
+            "down")
+        ->type_name("GROUP");
+    parser
+        .add_option("--displays", options.displays,
+            "Feed the displays by a source: simulated, or xrandr for those of the X server that DISPLAY "
+            "names")
+        ->type_name("SOURCE");
+    parser.add_flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
+    parser.add_flag("--private", options.isPrivate,
+        "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");
+    try {
+        parser.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return parser.exit(error) ? 2 : 0;
+    }
+    if (options.listSources) {
+        listSources();
+        return 0;
+    }
+    if (options.isPrivate && qEnvironmentVariableIsEmpty("OZ_DEVICE_ROOT")) {
+        std::fprintf(stderr, "ozdeviced: --private needs a device root of its own in OZ_DEVICE_ROOT\n");
+        return 2;
+    }
+    if (options.isPrivate)
+        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    const QCoreApplication application(argc, argv);
+    raiseDescriptorLimit();
+    try {
+        const int status = serve(options);
+        if (options.isPrivate)
+            removeTree();
+        return status;
+    } catch (const Error &error) {
+        std::fprintf(stderr, "ozdeviced: %s\n", error.what());
+        return 1;
+    }
+}

@@ -1,0 +1,23 @@
+#include "display/DisplayPublisher.hpp"
+#include "display/SimulatedDisplays.hpp"
+#include "display/XrandrDisplays.hpp"
+#include "facility/Facility.hpp"
+
+namespace oz::services {
+
+Facility displayFacility()
+{
+    const SourceKind xrandr{QStringLiteral("xrandr"), QStringLiteral("the outputs of an X server (RandR)"),
+        {QStringLiteral("display")},
+        [](Providers &, const SourceOptions &options) -> std::shared_ptr<Source> {
+            return std::make_shared<XrandrDisplays>(options.value(QStringLiteral("display")));
+        },
+        [] {
+            return qEnvironmentVariableIsEmpty("DISPLAY") ? QStringLiteral("DISPLAY names no X server")
+                                                          : QString();
+        }};
+    return describeFacility<DisplaySource, DisplayPublisher, SimulatedDisplays, MiracastSource>(
+        QStringLiteral("display"), {xrandr});
+}
+
+} // namespace oz::services

@@ -1,0 +1,93 @@
+#include "phone/SimVerb.hpp"
+
+#include "publishing/Error.hpp"
+#include "publishing/Faults.hpp"
+
+#include <algorithm>
+
+namespace oz::services {
+
+namespace {
+
+[[noreturn]] void failExpecting(const QString &expected, const QString &found)
+{
+    throw Error(QLatin1String("expected ") + expected + QLatin1String(", found '") + found + u'\'');
+}
+
+QString rangeText(double least, double most)
+{
+    return QLatin1String(" from ") + QString::number(least) + QLatin1String(" to ")
+        + QString::number(most, 'g', 10);
+}
+
+} // namespace
+
+SimVerb SimVerb::onOff(
+    const QString &verb, const QString &description, const std::function<void(bool on)> &turn)
+{
+    static const QStringList words{QStringLiteral("on"), QStringLiteral("off")};
+    return {verb, {QStringLiteral("on|off")}, description,
+        [turn](const QStringList &given) { turn(SimArgument::oneOf(given[0], words) == 0); }};
+}
+
+SimVerb SimVerb::fault(const FaultOrder &order)
+{
+    QStringList arguments;
+    if (!order.words.isEmpty())
+        arguments.append(order.words.join(u'|'));
+    if (!order.number.isEmpty())
+        arguments.append(order.number);
+    return {
+        order.name, arguments, order.help, [order](QStringList given) {
+            QString word;
+            if (!order.words.isEmpty()) {
+                word = given.takeFirst();
+                (void)SimArgument::oneOf(word, order.words);
+            }
+            order.give(word,
+                order.number.isEmpty() ? 0 : SimArgument::integer(given.first(), order.least, order.most));
+        }};
+}
+
+void SimVerb::runAs(const QString &title, const QStringList &given) const
+{
+    const auto optional = std::count_if(arguments.begin(), arguments.end(),
+        [](const QString &argument) { return argument.startsWith(u'['); });
+    if (given.size() > arguments.size() || given.size() < arguments.size() - optional) {
+        throw Error(title + QLatin1String(" takes ")
+            + (arguments.isEmpty() ? QStringLiteral("no arguments") : arguments.join(u' '))
+            + QLatin1String(", not ") + QString::number(given.size()) + QLatin1String(" arguments"));
+    }
+    try {
+        run(given);
+    } catch (const Error &error) {
+        throw Error(title + QLatin1String(": ") + error.text());
+    }
+}
+
+int SimArgument::integer(const QString &word, int least, int most)
+{
+    bool ok = false;
+    const int value = word.toInt(&ok);
+    if (!ok || value < least || value > most)
+        failExpecting(QLatin1String("a whole number") + rangeText(least, most), word);
+    return value;
+}
+
+double SimArgument::number(const QString &word, double least, double most)
+{
+    bool ok = false;
+    const double value = word.toDouble(&ok);
+    if (!ok || !(value >= least && value <= most))
+        failExpecting(QLatin1String("a number") + rangeText(least, most), word);
+    return value;
+}
+
+int SimArgument::oneOf(const QString &word, const QStringList &words)
+{
+    if (!words.contains(word))
+        failExpecting(QLatin1String("one of ") + words.join(QLatin1String(", ")), word);
+    return int(words.indexOf(word));
+}
+
+} // namespace oz::services

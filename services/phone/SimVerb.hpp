@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <functional>
+#include <vector>
+
+namespace oz::services {
+
+struct FaultOrder;
+
+/*! A thing that a part of the phone can be told to do while it runs. */
+struct SimVerb
+{
+    QString name;
+    QStringList arguments; //!< their names, for help; "[NAME]" for one that may be left out
+    QString help;
+    /*! Does it, with as many arguments as allowed; throws Error where that is impossible. */
+    std::function<void(const QStringList &arguments)> run;
+
+    /*! A verb that switches something, with the argument "on" or "off". */
+    static SimVerb onOff(
+        const QString &verb, const QString &description, const std::function<void(bool on)> &turn);
+    /*! A verb that orders a fault. */
+    static SimVerb fault(const FaultOrder &order);
+
+    /*! Runs it as \a title, which errors name. */
+    void runAs(const QString &title, const QStringList &given) const;
+};
+
+/*! What the arguments of verbs mean. Each throws Error, which says what was expected. */
+namespace SimArgument {
+[[nodiscard]] int integer(const QString &word, int least, int most);
+[[nodiscard]] double number(const QString &word, double least, double most);
+/*! The place of \a word among \a words. */
+[[nodiscard]] int oneOf(const QString &word, const QStringList &words);
+} // namespace SimArgument
+
+} // namespace oz::services

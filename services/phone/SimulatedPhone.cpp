@@ -1,0 +1,144 @@
+#include "phone/SimulatedPhone.hpp"
+
+#include "publishing/Error.hpp"
+#include "publishing/StateStore.hpp"
+
+#include <algorithm>
+
+namespace oz::services {
+
+namespace {
+
+const QString ClockName = QStringLiteral("clock");
+
+// The phone's own time, as a part that is in no file.
+class ClockPart final : public SimulatedPart
+{
+public:
+    explicit ClockPart(PhoneClock &clock) : m_clock(clock) { }
+
+    [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override
+    {
+        return {
+            {QStringLiteral("advance"), {QStringLiteral("SECONDS")},
+                QStringLiteral("lets the phone's time pass at once"),
+                [this](const QStringList &words) {
+                    m_clock.advance(std::chrono::milliseconds(
+                        qint64(SimArgument::number(words[0], 0, 1'000'000) * 1000)));
+                }},
+            {QStringLiteral("speed"), {QStringLiteral("FACTOR")},
+                QStringLiteral("lets the phone's time go faster than the real one; 0 stands still"),
+                [this](const QStringList &words) {
+                    m_clock.setSpeed(SimArgument::number(words[0], 0, 100'000));
+                }},
+        };
+    }
+    [[nodiscard]] QVariantMap saved() const override { return {}; }
+    void restore(const QVariantMap &) override { }
+
+private:
+    PhoneClock &m_clock;
+};
+
+// Takes the next word, which is one of \a known; throws with \a title where it is not.
+QString takeWord(const QString &title, const QStringList &known, QStringList *words)
+{
+    if (words->isEmpty())
+        throw Error(title + QLatin1String(" wants one of ") + known.join(u", "));
+    QString word = words->first();
+    if (!known.contains(word)) {
+        throw Error(
+            title + QLatin1String(" has no '") + word + QLatin1String("'; it has ") + known.join(u", "));
+    }
+    words->removeFirst();
+    return word;
+}
+
+} // namespace
+
+SimulatedPhone::SimulatedPhone(
+    const JsonNode &file, const std::vector<PartDescription> &parts, StateStore &store)
+{
+    QStringList names;
+    for (const PartDescription &description : parts)
+        names.append(description.name);
+    file.allowOnly(names);
+    for (const PartDescription &description : parts)
+        m_parts.emplace_back(description.name, description.make(file.map(description.name), *this));
+
+    const QString phone = QStringLiteral("phone");
+    const QVariantMap identity{{QStringLiteral("file"), file.fingerprint()}};
+    const bool isTheSame = store.load(phone) == identity;
+    const auto entryOf = [](const QString &name) { return QString(QLatin1String("phone-") + name); };
+    for (const auto &[name, part] : m_parts) {
+        if (const QVariantMap saved = store.load(entryOf(name)); isTheSame && !saved.isEmpty())
+            part->restore(saved);
+    }
+    for (const auto &[name, part] : m_parts) {
+        const auto save = [&store, entry = entryOf(name), saving = part.get()] {
+            store.save(entry, saving->saved());
+        };
+        save();
+        part->onSave(save);
+    }
+    store.save(phone, identity);
+    m_parts.emplace_back(ClockName, std::make_shared<ClockPart>(m_clock));
+}
+
+SimulatedPhone::~SimulatedPhone() = default;
+
+void SimulatedPhone::run(const QString &name, QStringList words)
+{
+    QStringList names;
+    for (const auto &[known, part] : m_parts)
+        names.append(known);
+    QStringList path{name};
+    words.prepend(name);
+    takeWord(QStringLiteral("the simulated phone"), names, &words);
+    SimulatedPart &part = *m_parts[std::size_t(names.indexOf(name))].second;
+
+    QString instance;
+    if (const QStringList instances = part.instances(); instances != QStringList{QString()}) {
+        instance = takeWord(path.join(u' '), instances, &words);
+        path.append(instance);
+    }
+    const std::vector<SimVerb> verbs = verbsOf(name, part, instance);
+    QStringList verbNames;
+    for (const SimVerb &verb : verbs)
+        verbNames.append(verb.name);
+    const QString verb = takeWord(path.join(u' '), verbNames, &words);
+    path.append(verb);
+    verbs[std::size_t(verbNames.indexOf(verb))].runAs(path.join(u' '), words);
+}
+
+std::vector<SimVerb> SimulatedPhone::verbsOf(
+    const QString &name, SimulatedPart &part, const QString &instance) const
+{
+    std::vector<SimVerb> verbs = part.verbs(instance);
+    if (m_furtherVerbs) {
+        for (SimVerb &verb : m_furtherVerbs(name, instance))
+            verbs.push_back(std::move(verb));
+    }
+    return verbs;
+}
+
+QVariantMap SimulatedPhone::describe() const
+{
+    QVariantMap parts;
+    for (const auto &[name, part] : m_parts) {
+        QVariantMap described;
+        const QStringList instances = part->instances();
+        if (instances != QStringList{QString()})
+            described.insert(QStringLiteral("instances"), instances);
+        QVariantList verbs;
+        for (const SimVerb &verb : verbsOf(name, *part, instances.value(0))) {
+            verbs.append(QVariantMap{{QStringLiteral("name"), verb.name},
+                {QStringLiteral("arguments"), verb.arguments}, {QStringLiteral("help"), verb.help}});
+        }
+        described.insert(QStringLiteral("verbs"), verbs);
+        parts.insert(name, described);
+    }
+    return parts;
+}
+
+} // namespace oz::services

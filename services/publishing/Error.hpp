@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QString>
+
+#include <stdexcept>
+
+namespace oz::services {
+
+/*!
+ * What keeps the services from starting, or the simulated phone from doing what it is told, in words for the
+ * person who asks for it: what, where and why.
+ */
+class Error : public std::runtime_error
+{
+public:
+    explicit Error(const QString &text) : std::runtime_error(text.toStdString()) { }
+    [[nodiscard]] QString text() const { return QString::fromUtf8(what()); }
+};
+
+} // namespace oz::services

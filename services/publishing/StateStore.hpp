@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QByteArray>
+#include <QHash>
+#include <QString>
+#include <QVariantMap>
+
+namespace oz::services {
+
+/*!
+ * What the daemon has to know again after it died: a file for each name, beside the tree and for its user
+ * alone. It goes with the tree, so a device that starts anew begins anew.
+ */
+class StateStore
+{
+public:
+    /*! Keeps everything in memory alone. */
+    StateStore() = default;
+    /*! Keeps it in \a directory, which is made where it is not there. */
+    explicit StateStore(const QString &directory);
+
+    /*! What was saved under \a name; nothing where nothing was, or where it cannot be read. */
+    [[nodiscard]] QVariantMap load(const QString &name) const;
+    /*! Saves \a state in one step; what was saved last is not written again. */
+    void save(const QString &name, const QVariantMap &state);
+    /*! Forgets everything. */
+    void clear();
+
+private:
+    [[nodiscard]] QString fileOf(const QString &name) const;
+
+    QString m_directory;
+    QHash<QString, QByteArray> m_saved;
+    bool m_hasWarned = false;
+};
+
+} // namespace oz::services

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <QMap>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <sys/types.h>
+
+namespace oz::services {
+
+class StateStore;
+class TreeObject;
+
+/*! What the services have in the tree, and what of it is not there yet. */
+class Tree : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! What services have to know again goes into \a store. */
+    explicit Tree(StateStore &store) : m_store(store) { }
+
+    [[nodiscard]] StateStore &store() const { return m_store; }
+
+    /*! While the services start, what can never be put into the tree is an Error that keeps them from it. */
+    [[nodiscard]] bool isStarting() const { return m_isStarting; }
+    void endStart() { m_isStarting = false; }
+
+    /*! The group whose members, beside root and the services' own user, may ask for what acts for everybody;
+     * nothing where everybody may. */
+    [[nodiscard]] std::optional<gid_t> trustedGroup() const { return m_trustedGroup; }
+    void setTrustedGroup(std::optional<gid_t> group) { m_trustedGroup = group; }
+
+    /*! The facilities that the same source fed when the daemon died: what was published then holds until
+     * their sources are known, or away for too long. */
+    void setContinued(const QStringList &facilities) { m_continued = facilities; }
+    [[nodiscard]] bool isContinued(const QString &facility) const { return m_continued.contains(facility); }
+
+    /*! The paths of all objects that the services have. */
+    [[nodiscard]] QStringList objects() const { return m_objects.keys(); }
+    /*! Whether everything is in the tree as it shall be. */
+    [[nodiscard]] bool isTrue() const { return m_problems.isEmpty(); }
+    /*! What is not in the tree as it shall be, and why, by path. It is tried again until it is. */
+    [[nodiscard]] const QMap<QString, QString> &problems() const { return m_problems; }
+    /*! problems() in a line; empty where there are none. */
+    [[nodiscard]] QString problemText() const;
+
+Q_SIGNALS:
+    void problemsChanged();
+
+private:
+    friend class TreeObject;
+    void add(const QString &path);
+    void remove(const QString &path);
+    void setProblem(const QString &path, const QString &problem);
+
+    StateStore &m_store;
+    QMap<QString, int> m_objects; // how many publish each
+    QMap<QString, QString> m_problems;
+    QStringList m_continued;
+    std::optional<gid_t> m_trustedGroup;
+    bool m_isStarting = true;
+};
+
+/*!
+ * An object of the tree that is put there until it is there: a file system that is full, or descriptors that
+ * are used up, keep it from that for a while only. It is tried with growing pauses, and the log tells when it
+ * begins to fail and when it is done.
+ */
+class TreeObject
+{
+public:
+    virtual ~TreeObject();
+    TreeObject(const TreeObject &) = delete;
+    TreeObject &operator=(const TreeObject &) = delete;
+
+    [[nodiscard]] const QString &path() const { return m_path; }
+
+protected:
+    TreeObject(Tree &tree, const QString &path);
+
+    struct Failure
+    {
+        int error = 0;
+        QString text;
+    };
+    /*! Puts the object into the tree as it shall be now. */
+    virtual Failure put() = 0;
+    /*! Calls put(), and again later where it fails; throws Error while the services start, where there is no
+     * hope. */
+    void attempt();
+    [[nodiscard]] Tree &tree() const { return m_tree; }
+
+private:
+    void retryLater();
+
+    Tree &m_tree;
+    QString m_path;
+    std::unique_ptr<QTimer> m_retry;
+    std::chrono::milliseconds m_pause{}; // before the next attempt
+    bool m_isFailing = false;
+};
+
+} // namespace oz::services

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "phone/SimulatedPhone.hpp"
+#include "wifi-direct/WiFiDirectSource.hpp"
+
+#include <QSet>
+
+#include <map>
+
+namespace oz::services {
+
+/*!
+ * The phone's Wi-Fi Direct and the peers around it: the section "wifi-direct". A peer in range comes into
+ * sight during a scan and is out of sight as soon as it is out of range. There is one connection at a time;
+ * it ends with the last of its sessions, with the last peer of a group that the phone owns, or with the peer
+ * that owns the group.
+ */
+class SimulatedWiFiDirect final : public WiFiDirectSource, public SimulatedPart
+{
+public:
+    SimulatedWiFiDirect(const JsonNode &section, SimulatedPhone &phone);
+
+    void scan(const Done &done) override;
+    void connectPeer(const ConnectRequest &request, const Done &done) override;
+    void cancelConnect(const Done &done) override;
+    void startSession(const Done &done) override;
+    void stopSession(const QString &key, const Done &done) override;
+    void ipAddress(const QString &address, const Done &done) override;
+
+    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] QVariantMap saved() const override;
+    void restore(const QVariantMap &saved) override;
+
+private:
+    using Group = WiFiDirectState::Group;
+    using Peer = WiFiDirectState::Peer;
+    using Role = WiFiDirectState::Role;
+
+    // What a peer is in a group that is not the phone's.
+    enum class Elsewhere { None, Owner, Client };
+
+    struct Known
+    {
+        Peer peer;
+        QString ssid; // of a group that it owns
+        QString password;
+        QString pin;
+        QStringList methods; // of Wi-Fi Protected Setup, that it takes part in
+        Intent intent = Intent::Any;
+        Elsewhere elsewhere = Elsewhere::None;
+        bool inRange = true;
+    };
+
+    struct Member
+    {
+        QString key;
+        Role role;
+        int host; // the last number of its IP address
+    };
+
+    void readPeer(const QString &key, const JsonNode &node);
+    [[nodiscard]] Known &peerCalled(const QString &key);
+    [[nodiscard]] QString visibleAt(const QString &address) const;
+    [[nodiscard]] bool isMember(const QString &key) const;
+    [[nodiscard]] std::optional<Role> roleWith(const Known &peer, Intent intent) const;
+    [[nodiscard]] Group groupWith(const Known &peer, Role role) const;
+    [[nodiscard]] Outcome obstacle() const;
+    void tell();
+    void scanFurther();
+    [[nodiscard]] bool showNextPeer();
+    void endScan();
+    void finishConnecting();
+    void join(const QString &key, Role role);
+    void leave(const QString &key);
+    void endGroup();
+    void lose(const QString &key);
+    void switchOff();
+    void noteDiscovery();
+
+    bool m_supported = true;
+    bool m_enabled = true;
+    QString m_address;
+    Group m_ownGroup; // as it is while the phone owns one
+    std::chrono::milliseconds m_scanTime;
+    std::chrono::milliseconds m_connectTime;
+    QStringList m_keys; // of the peers, in the order of the file
+    std::map<QString, Known> m_peers; // by their keys
+
+    std::optional<qint64> m_lastDiscovery;
+    PhoneTimer m_scanning;
+    int m_scanSteps = 0; // until the scan ends
+    QStringList m_visible;
+    PhoneTimer m_connecting;
+    ConnectRequest m_request; // while connecting
+    std::optional<Group> m_group;
+    QList<Member> m_members;
+    QSet<QString> m_sessions; // their keys
+};
+
+} // namespace oz::services

@@ -1,0 +1,268 @@
+#include "services/Services.hpp"
+
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
+#include <oz/device/MiracastManager.hpp>
+#include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
+
+#include <QFile>
+
+#include <csignal>
+#include <unistd.h>
+
+// What every source has to do, whoever feeds the facility: the daemon and the service that it asks are
+// processes of their own, and an application's class is at the other end.
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+/*! A service that feeds a facility, and how it is driven. */
+class Rig
+{
+public:
+    virtual ~Rig() = default;
+    /*! Starts the service, where there is one beside the daemon. */
+    virtual void start() { }
+    /*! Lets the service die. */
+    virtual void stop() { }
+    /*! Lets the service stand still, or go on. */
+    virtual void stall(bool) { }
+    /*! Whether the service is another process than the daemon. */
+    [[nodiscard]] virtual bool isProcess() const { return false; }
+    /*! What the daemon is started with. */
+    [[nodiscard]] virtual QStringList arguments() const { return {"--simulated"}; }
+    /*! Changes something, this way and back. */
+    virtual void change(bool there) = 0;
+};
+
+class PhoneRig final : public Rig
+{
+public:
+    PhoneRig(const char *there, const char *back) : m_there(there), m_back(back) { }
+    void change(bool there) override { sim(there ? m_there : m_back); }
+
+private:
+    const char *m_there;
+    const char *m_back;
+};
+
+// A server that can be resized, within one that cannot.
+class XServerRig final : public Rig
+{
+public:
+    XServerRig()
+        // A number that nobody else takes while the server is away.
+        : m_display(QStringLiteral(":%1").arg(2000 + ::getpid() % 50'000))
+    {
+        m_host = run(&m_outer, "Xvfb", {"-screen", "0", "1600x1200x24"}, {});
+    }
+    ~XServerRig() override
+    {
+        stop();
+        m_outer.kill();
+        m_outer.waitForFinished();
+    }
+
+    void start() override
+    {
+        run(&m_inner, "Xephyr", {"-screen", "800x600", "-resizeable"}, m_display);
+        ASSERT_TRUE(waitUntil([&] { return xrandr({}) == 0; }));
+    }
+    void stop() override
+    {
+        m_inner.kill();
+        m_inner.waitForFinished();
+        // What it leaves keeps the next one from its number.
+        QFile::remove("/tmp/.X" + m_display.mid(1) + "-lock");
+        QFile::remove("/tmp/.X11-unix/X" + m_display.mid(1));
+    }
+    void stall(bool stalls) override { ::kill(pid_t(m_inner.processId()), stalls ? SIGSTOP : SIGCONT); }
+    [[nodiscard]] bool isProcess() const override { return true; }
+    [[nodiscard]] QStringList arguments() const override
+    {
+        return {"--simulated", "--source", "display=xrandr display=" + m_display};
+    }
+    void change(bool there) override { EXPECT_EQ(xrandr({"-s", there ? "1024x768" : "800x600"}), 0); }
+
+private:
+    // Starts a server as a display, or as one that it chooses itself, and gives what DISPLAY calls it.
+    QString run(QProcess *server, const QString &program, QStringList arguments, QString display)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DISPLAY", m_host);
+        server->setProcessEnvironment(environment);
+        arguments << "-nolisten"
+                  << "tcp";
+        if (display.isEmpty())
+            arguments << "-displayfd"
+                      << "1";
+        else
+            arguments << display;
+        server->start(program, arguments);
+        EXPECT_TRUE(server->waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
+        if (display.isEmpty()) {
+            EXPECT_TRUE(waitUntil([&] { return server->canReadLine() || server->waitForReadyRead(1); }));
+            display = ':' + server->readLine().trimmed();
+        }
+        return display;
+    }
+
+    [[nodiscard]] int xrandr(const QStringList &arguments) const
+    {
+        QProcess process;
+        process.start("xrandr", QStringList{"-d", m_display} + arguments);
+        return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit ? process.exitCode()
+                                                                                         : -1;
+    }
+
+    QProcess m_outer;
+    QProcess m_inner;
+    QString m_host;
+    QString m_display;
+};
+
+struct Case
+{
+    const char *name;
+    std::function<std::unique_ptr<Rig>()> rig;
+    std::function<QObject *()> make;
+    const char *there; //!< the signals of the change
+    const char *back;
+};
+
+void PrintTo(const Case &row, std::ostream *out)
+{
+    *out << row.name;
+}
+
+template <typename Facility>
+QObject *make()
+{
+    return new Facility;
+}
+
+const Case Cases[] = {
+    {"simulated_battery", [] { return std::make_unique<PhoneRig>("battery level 12", "battery level 80"); },
+        make<BatteryInfo>, "level(12, Discharging) level(12, 3)", "level(80, Discharging) level(80, 3)"},
+    {"simulated_sdcard", [] { return std::make_unique<PhoneRig>("sdcard unmount", "sdcard mount"); },
+        make<SdCardInfo>, "state(Unmounted) state(2)", "state(Mounted) state(1)"},
+    {"simulated_simcard", [] { return std::make_unique<PhoneRig>("simcard incompatible", "simcard insert"); },
+        make<SimCardInfo>,
+        R"(state(Incompatible) state(1) mobileCountryCode("") mobileNetworkCode("") subscriberIdentifier(""))",
+        R"(state(Ready) state(5) mobileCountryCode("001") mobileNetworkCode("01") subscriberIdentifier("001010000000001"))"},
+    {"simulated_miracast", [] { return std::make_unique<PhoneRig>("miracast stop 5", "miracast start"); },
+        make<MiracastManager>, "stopReason(ItPolicy) stopReason(4) status(Stopped)",
+        "stopReason(NotStopped) stopReason(1) status(Running)"},
+    {"xrandr", [] { return std::make_unique<XServerRig>(); },
+        [] { return static_cast<QObject *>(new DisplayInfo(0)); },
+        R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
+        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))"},
+};
+
+class SourceSuite : public DeviceTest, public ::testing::WithParamInterface<Case>
+{
+protected:
+    SourceSuite() : rig(GetParam().rig())
+    {
+        qputenv("OZ_GRACE_TIME", "2");
+        rig->start();
+        startDaemon();
+        facility.reset(GetParam().make());
+        heard = std::make_unique<SignalLog>(facility.get());
+    }
+    ~SourceSuite() override
+    {
+        daemon.terminate();
+        EXPECT_TRUE(daemon.waitForFinished());
+    }
+
+    void startDaemon()
+    {
+        daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments());
+        PpsObject control("/pps/system/ozdeviced/control");
+        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    }
+
+    void changesAreHeard()
+    {
+        for (const bool there : {true, false}) {
+            const QString expected = there ? GetParam().there : GetParam().back;
+            rig->change(there);
+            EXPECT_EQ(heard->waitFor(expected.count(')')), expected);
+        }
+    }
+
+    std::unique_ptr<Rig> rig;
+    QProcess daemon;
+    std::unique_ptr<QObject> facility;
+    std::unique_ptr<SignalLog> heard;
+};
+
+TEST_P(SourceSuite, EachChangeIsHeardOnceAndThenThereIsSilence)
+{
+    changesAreHeard();
+    EXPECT_EQ(heard->settled(), "");
+}
+
+TEST_P(SourceSuite, ADaemonThatIsKilledAndStartedAgainIsNotSeen)
+{
+    const QString values = valuesOf(*facility);
+    daemon.kill();
+    daemon.waitForFinished();
+    startDaemon();
+    EXPECT_EQ(heard->settled(), "");
+    EXPECT_EQ(valuesOf(*facility), values);
+    changesAreHeard();
+}
+
+TEST_P(SourceSuite, AStateThatWasChangedOutlivesTheDaemon)
+{
+    rig->change(true);
+    EXPECT_EQ(heard->waitFor(QString(GetParam().there).count(')')), GetParam().there);
+    daemon.kill();
+    daemon.waitForFinished();
+    startDaemon();
+    EXPECT_EQ(heard->settled(), "");
+}
+
+TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)
+{
+    if (!rig->isProcess())
+        return; // the daemon itself
+    rig->stall(true);
+    for (const char *order : {"battery level 33", "sdcard unmount"})
+        sim(order);
+    EXPECT_EQ(SdCardInfo().state(), SdCardState::Unmounted);
+    EXPECT_EQ(heard->settled(), "");
+    rig->stall(false);
+    changesAreHeard();
+}
+
+TEST_P(SourceSuite, AServiceThatStaysAwayMakesItUnknownAndIsFollowedWhenItComes)
+{
+    if (!rig->isProcess())
+        return;
+    rig->stop();
+    EXPECT_EQ(heard->waitFor(1), "attached(false)");
+    rig->start();
+    EXPECT_TRUE(waitUntil([&] { return DisplayInfo(0).isAttached(); }));
+    log.take();
+}
+
+TEST_P(SourceSuite, AServiceThatRestartsWithinTheGraceTimeIsNotSeen)
+{
+    if (!rig->isProcess())
+        return;
+    rig->stop();
+    rig->start();
+    changesAreHeard();
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, SourceSuite, ::testing::ValuesIn(Cases), [](const auto &row) { return std::string(row.param.name); });
+
+} // namespace

@@ -1,0 +1,142 @@
+#include "services/Services.hpp"
+
+#include "battery/BatteryPublisher.hpp"
+#include "publishing/StateStore.hpp"
+
+#include <oz/device/BatteryInfo.hpp>
+
+#include <QFile>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+// What applications see of a source that comes and goes, whoever it is.
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::services;
+using namespace oz::testing;
+
+namespace {
+
+class HandFedBattery : public BatterySource
+{
+public:
+    using BatterySource::know;
+    using BatterySource::miss;
+};
+
+class SourceTest : public DeviceTest
+{
+protected:
+    SourceTest() { qputenv("OZ_GRACE_TIME", "0.3"); }
+
+    [[nodiscard]] std::unique_ptr<Publisher> publisher()
+    {
+        auto made = std::make_unique<BatteryPublisher>("battery", source, tree);
+        tree.endStart();
+        return made;
+    }
+
+    static BatteryState charged(int level)
+    {
+        return {BatteryState::Charging::No, 0, BatteryState::Battery{level, {}, {}, {}, 20.0}, {}};
+    }
+
+    StateStore store;
+    Tree tree{store};
+    HandFedBattery source;
+};
+
+TEST_F(SourceTest, WhatASourceDoesNotTellIsUnknownToApplications)
+{
+    const auto publishes = publisher();
+    source.know(charged(50));
+    EXPECT_EQ(valuesOf(BatteryInfo()),
+        "level=50 chargingState=Discharging present=true condition=Unknown fullChargeCapacity=-1 "
+        "cycleCount=-1 temperature=20 rxid=\"\"");
+}
+
+TEST_F(SourceTest, OneThatComesLaterIsFollowedByApplicationsThatStartedFirst)
+{
+    const auto publishes = publisher();
+    EXPECT_TRUE(QFile::exists(root.file("/pps/system/BattMgr/status")));
+    EXPECT_FALSE(publishes->hasSettled());
+    BatteryInfo battery;
+    EXPECT_EQ(battery.level(), -1);
+    log.take(); // that the object has no attributes
+    SignalLog heard(&battery);
+    source.know(charged(7));
+    EXPECT_TRUE(publishes->hasSettled());
+    EXPECT_EQ(heard.waitFor(4), "level(7, Discharging) level(7, 3) present(true) temperature(20)");
+}
+
+TEST_F(SourceTest, ARestartWithinTheGraceTimeIsNotSeenAndALongerOneEmptiesTheObjects)
+{
+    const auto publishes = publisher();
+    source.know(charged(30));
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    source.miss("its service restarts");
+    EXPECT_EQ(heard.settled(), "");
+    source.know(charged(30));
+    source.know(charged(31));
+    EXPECT_EQ(heard.waitFor(2), "level(31, Discharging) level(31, 3)");
+    source.miss("its service is stopped");
+    EXPECT_EQ(heard.waitFor(2).left(36), "level(-1, Unknown) level(-1, 0) pres");
+    EXPECT_EQ(log.take().first(), "battery is absent: its service is stopped");
+    source.know(charged(32));
+    EXPECT_EQ(heard.waitFor(2).left(40), "level(32, Discharging) level(32, 3) pres");
+}
+
+TEST_F(SourceTest, WhatAFormerDaemonPublishedStaysUntilItsSourceIsKnown)
+{
+    {
+        const auto before = publisher();
+        source.know(charged(60));
+    }
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    HandFedBattery restarted;
+    tree.setContinued({"battery"});
+    const BatteryPublisher publishes("battery", restarted, tree);
+    EXPECT_EQ(heard.settled(), "");
+    restarted.know(charged(61));
+    EXPECT_EQ(heard.waitFor(2), "level(61, Discharging) level(61, 3)");
+}
+
+TEST_F(SourceTest, WhatAnotherSourcePublishedBeforeHoldsNotForAMoment)
+{
+    {
+        const auto before = publisher();
+        source.know(charged(60));
+    }
+    HandFedBattery another;
+    const BatteryPublisher publishes("battery", another, tree);
+    EXPECT_EQ(attributesOf("/pps/system/BattMgr/status"), QVariantMap());
+}
+
+TEST_F(SourceTest, WhatCannotBeWrittenNowIsWrittenOnceItCanTheNewestAlone)
+{
+    const auto publishes = publisher();
+    source.know(charged(10));
+    BatteryInfo battery;
+    SignalLog heard(&battery);
+    std::vector<int> taken;
+    for (int descriptor = 0; (descriptor = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+        taken.push_back(descriptor);
+    source.know(charged(11));
+    source.know(charged(12));
+    const bool wasTrue = tree.isTrue();
+    for (const int descriptor : taken)
+        ::close(descriptor);
+    EXPECT_FALSE(wasTrue);
+    EXPECT_EQ(log.take(),
+        QStringList{
+            "cannot publish /pps/system/BattMgr/status: Too many open files; it is tried again until it "
+            "is done"});
+    EXPECT_TRUE(waitUntil([&] { return tree.isTrue(); }));
+    EXPECT_EQ(heard.waitFor(2), "level(12, Discharging) level(12, 3)");
+}
+
+} // namespace

@@ -1,0 +1,94 @@
+#include "ozdevice/CallCompletion.hpp"
+
+#include "meta/MetaText.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/TerminationSignals.hpp"
+
+#include <QTimer>
+
+#include <cerrno>
+#include <chrono>
+
+namespace oz::tools {
+
+namespace {
+
+// What a service has taken it has begun by then.
+constexpr std::chrono::milliseconds BeginDeadline{500};
+
+} // namespace
+
+CallCompletion::CallCompletion(
+    const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Heard &heard)
+    : m_instance(instance), m_answer(instance.entry().answers.value(method)),
+      m_tap(instance.object(), [this, heard](const QMetaMethod &signal, const QVariantList &arguments) {
+          onSignal(signal, arguments, heard);
+      })
+{
+    const FacilityEntry &entry = instance.entry();
+    if (entry.service.isEmpty() || (!entry.answers.isEmpty() && m_answer.signal.isEmpty()))
+        return;
+    m_service.emplace(entry.service);
+    if (!m_service->open(PpsOpenMode::PublishSubscribe)) {
+        throw CommandError(Unavailable,
+            instance.title() + QLatin1String(": ") + Problem{entry.service, m_service->error()}.text());
+    }
+}
+
+void CallCompletion::onSignal(
+    const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Heard &heard)
+{
+    if (m_instance.entry().busy.isEmpty() && !m_answered)
+        m_loop.guard([&] { heard(signal, arguments); });
+    if (!m_answer.signal.isEmpty() && signal.name() == m_answer.signal && !m_answered) {
+        m_answered = true;
+        const bool isRefused = !arguments.isEmpty() && meta::valueText(arguments.first()) != u"Success";
+        m_status = isRefused ? Failed : Success;
+    }
+    if (isOver())
+        QCoreApplication::quit();
+}
+
+bool CallCompletion::isBusy() const
+{
+    const QByteArray &busy = m_instance.entry().busy;
+    return !busy.isEmpty() && m_instance.object()->property(busy.constData()).toBool();
+}
+
+int CallCompletion::wait()
+{
+    // What the call has put off until it has returned, such as the signal that brings a session's key.
+    QCoreApplication::sendPostedEvents(m_instance.object(), QEvent::MetaCall);
+    m_loop.check();
+    if (isOver())
+        return m_status;
+    const TerminationSignals signals([&](int signal) {
+        m_status = 128 + signal;
+        QCoreApplication::quit();
+    });
+    QObject::connect(&*m_service, &PpsObject::readyRead, [&] {
+        (void)m_service->read();
+        if (m_service->error() == ECONNRESET) {
+            m_loop.guard([&] {
+                throw CommandError(
+                    Unavailable, m_instance.title() + QLatin1String(": the service went away"));
+            });
+        }
+    });
+    QTimer check;
+    if (!m_answer.whileTrue.isEmpty()) {
+        QObject::connect(&check, &QTimer::timeout, [this] {
+            if (!m_instance.object()->property(m_answer.whileTrue.constData()).toBool())
+                QCoreApplication::quit();
+        });
+        check.start(BeginDeadline);
+    }
+    if (isBusy() && ::isatty(STDERR_FILENO)) {
+        complain(m_instance.title() + QLatin1String(" is ") + QLatin1String(m_instance.entry().busy)
+            + QLatin1String("; Ctrl-C ends it"));
+    }
+    (void)m_loop.run();
+    return m_status;
+}
+
+} // namespace oz::tools

@@ -1,0 +1,91 @@
+#include "ozdevice/Command.hpp"
+
+#include <algorithm>
+
+namespace oz::tools {
+
+namespace {
+
+std::vector<std::string> s_wordsAfterDashes;
+
+// How many letters are to be put in, taken out, changed or swapped with their neighbour to get from one word
+// to the other.
+int distance(const QString &from, const QString &to)
+{
+    std::vector<std::vector<int>> table(
+        std::size_t(from.size() + 1), std::vector<int>(std::size_t(to.size() + 1)));
+    const auto at = [&](qsizetype i, qsizetype j) -> int & { return table[std::size_t(i)][std::size_t(j)]; };
+    for (qsizetype i = 0; i <= from.size(); ++i) {
+        for (qsizetype j = 0; j <= to.size(); ++j) {
+            if (i == 0 || j == 0) {
+                at(i, j) = int(i + j);
+                continue;
+            }
+            at(i, j) = std::min(
+                {at(i - 1, j) + 1, at(i, j - 1) + 1, at(i - 1, j - 1) + (from[i - 1] == to[j - 1] ? 0 : 1)});
+            if (i > 1 && j > 1 && from[i - 1] == to[j - 2] && from[i - 2] == to[j - 1])
+                at(i, j) = std::min(at(i, j), at(i - 2, j - 2) + 1);
+        }
+    }
+    return at(from.size(), to.size());
+}
+
+} // namespace
+
+const std::vector<std::string> &wordsAfterDashes()
+{
+    return s_wordsAfterDashes;
+}
+
+void setWordsAfterDashes(const std::vector<std::string> &words)
+{
+    s_wordsAfterDashes = words;
+}
+
+QStringList toStringList(const std::vector<std::string> &words)
+{
+    QStringList list;
+    for (const std::string &word : words)
+        list.append(QString::fromStdString(word));
+    return list;
+}
+
+QString enumerated(const QStringList &words)
+{
+    if (words.isEmpty())
+        return QStringLiteral("none");
+    if (words.size() == 1)
+        return words.first();
+    return QStringList(words.mid(0, words.size() - 1)).join(QLatin1String(", ")) + QLatin1String(" and ")
+        + words.last();
+}
+
+QStringList nearest(const QString &word, const QStringList &known)
+{
+    const QString lower = word.toLower();
+    const int tolerance = std::max(1, int(word.size()) / 3);
+    std::vector<std::pair<int, QString>> found;
+    for (const QString &candidate : known) {
+        const bool isBegun = lower.size() > 1 && candidate.startsWith(lower, Qt::CaseInsensitive);
+        const int difference = isBegun ? 0 : distance(lower, candidate.toLower());
+        if (difference <= tolerance)
+            found.emplace_back(difference, candidate);
+    }
+    std::stable_sort(
+        found.begin(), found.end(), [](const auto &a, const auto &b) { return a.first < b.first; });
+    QStringList names;
+    for (std::size_t i = 0; i < std::min<std::size_t>(found.size(), 3); ++i)
+        names.append(found[i].second);
+    return names;
+}
+
+QString unknownText(const QString &what, const QString &word, const QStringList &known)
+{
+    const QStringList near = nearest(word, known);
+    return what + QLatin1String(" '") + word + QLatin1String("'; ")
+        + (near.isEmpty() ? QString(QLatin1String("there is ") + enumerated(known))
+                          : QString(QLatin1String("did you mean ") + near.join(QLatin1String(" or "))
+                              + QLatin1Char('?')));
+}
+
+} // namespace oz::tools

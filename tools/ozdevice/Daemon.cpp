@@ -1,0 +1,142 @@
+#include "ozdevice/Daemon.hpp"
+
+#include "ozdevice/Command.hpp"
+#include "ozdevice/Tree.hpp"
+
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
+
+#include <QDeadlineTimer>
+#include <QThread>
+#include <QVariantMap>
+
+#include <cerrno>
+#include <csignal>
+
+namespace oz::tools {
+
+namespace {
+
+// Where it can be opened, the daemon is ready.
+const QString ControlPath = QStringLiteral("/pps/system/ozdeviced/control");
+const QString StatusPath = QStringLiteral("/pps/system/ozdeviced/status");
+
+constexpr std::chrono::milliseconds AnswerDeadline{2000};
+
+bool isAlive(qint64 process)
+{
+    return process > 0 && (::kill(pid_t(process), 0) == 0 || errno == EPERM);
+}
+
+QByteArray requestText(const QString &message, const QVariant &data)
+{
+    QVariantMap request{{QStringLiteral("msg"), message}, {QStringLiteral("id"), 1}};
+    if (data.isValid())
+        request.insert(QStringLiteral("dat"), data);
+    return PpsObject::encode(request);
+}
+
+// Whether a daemon that takes connections also answers, which one that was stopped does not.
+bool answers(PpsObject *control)
+{
+    if (!control->write(requestText(QStringLiteral("describe"), {})))
+        return false;
+    const QDeadlineTimer deadline(AnswerDeadline);
+    for (bool ok = false; !deadline.hasExpired(); QThread::msleep(1)) {
+        (void)control->read(&ok);
+        if (ok)
+            return true;
+        if (control->error() != EAGAIN)
+            return false;
+    }
+    return false;
+}
+
+QVariantMap readStatus()
+{
+    PpsObject status(StatusPath);
+    if (!status.open(PpsOpenMode::Subscribe))
+        return {};
+    return PpsObject::decode(status.read()).value(QStringLiteral("@status")).toMap();
+}
+
+} // namespace
+
+DaemonState lookAtDaemon()
+{
+    DaemonState daemon;
+    daemon.status = readStatus();
+    daemon.age = ageOf(StatusPath);
+    const qint64 process = daemon.status.value(QStringLiteral("pid")).toLongLong();
+    PpsObject control(ControlPath);
+    if (control.open(PpsOpenMode::PublishSubscribe)) {
+        daemon.isRunning = answers(&control);
+        if (!daemon.isRunning) {
+            daemon.problem = QLatin1String("ozdeviced (process ") + QString::number(process)
+                + QLatin1String(") does not answer");
+        }
+    } else {
+        // The control object is for the daemon's user only; what it publishes tells others.
+        daemon.isRunning = control.error() == EACCES && isAlive(process);
+        if (!daemon.isRunning)
+            daemon.problem = QStringLiteral("no ozdeviced is running");
+    }
+    return daemon;
+}
+
+QString unfedText(const DaemonState &daemon)
+{
+    return QLatin1String("nothing feeds the tree under ") + devicePath(QStringLiteral("/pps"))
+        + QLatin1String(": ") + daemon.problem;
+}
+
+std::vector<SourceState> sourceStates(const DaemonState &daemon)
+{
+    std::vector<SourceState> states;
+    const QVariantMap facilities = daemon.status.value(QStringLiteral("facilities")).toMap();
+    const QVariantMap sources = daemon.status.value(QStringLiteral("sources")).toMap();
+    for (auto source = sources.cbegin(); source != sources.cend(); ++source) {
+        const QVariantMap facility = facilities.value(source.key()).toMap();
+        states.push_back({source.key(), facility.value(QStringLiteral("source"), *source).toString(),
+            facility.value(QStringLiteral("state")).toString(),
+            facility.value(QStringLiteral("reason")).toString()});
+    }
+    return states;
+}
+
+QVariant askDaemon(const QString &message, const QVariant &data)
+{
+    PpsObject control(ControlPath + QLatin1String("?wait"));
+    if (!control.open(PpsOpenMode::PublishSubscribe)) {
+        const QString reason = control.error() == ENOENT || control.error() == ECONNREFUSED
+            ? QStringLiteral("no ozdeviced is running")
+            : control.errorString() + QLatin1String(" (it is for the daemon's user)");
+        throw CommandError(Unavailable,
+            QLatin1String("cannot reach the services under ") + devicePath(QStringLiteral("/pps"))
+                + QLatin1String(": ") + reason);
+    }
+    bool ok = control.write(requestText(message, data));
+    QVariantMap answer;
+    if (ok)
+        answer = PpsObject::decode(control.read(&ok)).value(QStringLiteral("@control")).toMap();
+    if (!ok)
+        throw CommandError(Failed, QLatin1String("the services did not answer: ") + control.errorString());
+    if (answer.value(QStringLiteral("err")).toInt() != 0)
+        throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
+    return answer.value(QStringLiteral("dat"));
+}
+
+bool waitForDaemon(std::chrono::milliseconds time, const std::function<bool()> &goOn)
+{
+    const QDeadlineTimer deadline(time);
+    for (;;) {
+        PpsObject probe{ControlPath};
+        if (probe.open(PpsOpenMode::Publish))
+            return true;
+        if (deadline.hasExpired() || !goOn())
+            return false;
+        QThread::msleep(5);
+    }
+}
+
+} // namespace oz::tools

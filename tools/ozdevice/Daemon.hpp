@@ -1,0 +1,48 @@
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <vector>
+
+namespace oz::tools {
+
+/*! What can be seen of the daemon under the device root. */
+struct DaemonState
+{
+    bool isRunning = false; //!< it answers, or is another user's and its process is there
+    QString problem; //!< why not
+    QVariantMap status; //!< the attributes of its status object, also of one that was left behind
+    std::optional<std::chrono::seconds> age; //!< of the status object
+};
+
+[[nodiscard]] DaemonState lookAtDaemon();
+
+/*! That nothing feeds the tree, and why. */
+[[nodiscard]] QString unfedText(const DaemonState &daemon);
+
+/*! What the daemon says of a facility's source, under the name that it has there. */
+struct SourceState
+{
+    QString facility;
+    QString source;
+    QString state; //!< "known", "absent" or "none"; empty for unknown
+    QString reason; //!< of an absent one
+};
+
+[[nodiscard]] std::vector<SourceState> sourceStates(const DaemonState &daemon);
+
+/*!
+ * Sends a request ("sim", "describe") to the daemon under the device root and waits for the answer, whose
+ * "dat" it gives; throws CommandError where there is no daemon or the request is refused.
+ */
+[[nodiscard]] QVariant askDaemon(const QString &message, const QVariant &data = {});
+
+/*! Whether a daemon under the device root is ready within the time. */
+[[nodiscard]] bool waitForDaemon(
+    std::chrono::milliseconds time, const std::function<bool()> &goOn = [] { return true; });
+
+} // namespace oz::tools

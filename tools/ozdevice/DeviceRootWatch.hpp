@@ -1,0 +1,33 @@
+#pragma once
+
+#include "ozdevice/EventLoop.hpp"
+
+#include <oz/DeviceRoot.hpp>
+
+#include <QFileInfo>
+#include <QFileSystemWatcher>
+
+namespace oz::tools {
+
+/*! Ends \a loop when the device root is taken away, as that of `ozdevice run` is: nothing comes from there
+ * any more. */
+class DeviceRootWatch
+{
+public:
+    explicit DeviceRootWatch(EventLoop *loop) : m_watcher({deviceRoot()})
+    {
+        QObject::connect(&m_watcher, &QFileSystemWatcher::directoryChanged, [loop](const QString &root) {
+            loop->guard([&] {
+                if (!QFileInfo::exists(root)) {
+                    throw CommandError(
+                        Unavailable, QLatin1String("the device root ") + root + QLatin1String(" is gone"));
+                }
+            });
+        });
+    }
+
+private:
+    QFileSystemWatcher m_watcher;
+};
+
+} // namespace oz::tools

@@ -1,0 +1,113 @@
+#include "ozdevice/FacilityInstance.hpp"
+
+#include "ozdevice/Command.hpp"
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/Output.hpp"
+
+#include <oz/DeviceFile.hpp>
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
+
+#include <QFileInfo>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace oz::tools {
+
+namespace {
+
+// Why the object of a facility is not there, where its source is none.
+QString unfedHint(const FacilityEntry &entry, int error)
+{
+    if (error != ENOENT)
+        return {};
+    for (const SourceState &state : sourceStates(lookAtDaemon())) {
+        if (entry.fedParts().contains(state.facility) && state.state == u"none")
+            return QLatin1String(" (nothing feeds it: ") + state.reason + u')';
+    }
+    return {};
+}
+
+QString plainPath(const PpsObject &object)
+{
+    return object.path().section(u'?', 0, 0);
+}
+
+} // namespace
+
+QString Problem::text() const
+{
+    QString text = path + QLatin1String(": ") + qt_error_string(error);
+    const QFileInfo file(devicePath(path));
+    if (error == EACCES && file.exists()) {
+        text += QLatin1String(" (it is for the user ") + file.owner() + QLatin1String(" and the group ")
+            + file.group() + u')';
+    }
+    return text;
+}
+
+int tryToOpen(const QString &path)
+{
+    if (path.startsWith(QLatin1String("/dev/"))) {
+        const int descriptor = openDevice(path.toUtf8().constData(), DeviceOpen::ReadWrite);
+        if (descriptor < 0)
+            return errno;
+        closeDevice(descriptor);
+        return 0;
+    }
+    PpsObject object(path);
+    if (object.open(PpsOpenMode::Subscribe))
+        return 0;
+    // A served object may be for writing only.
+    return object.error() == EACCES && object.open(PpsOpenMode::Publish) ? 0 : object.error();
+}
+
+std::vector<Problem> problemsOf(const QStringList &paths)
+{
+    std::vector<Problem> problems;
+    for (const QString &path : paths) {
+        if (const int error = tryToOpen(path))
+            problems.push_back({path, error});
+    }
+    return problems;
+}
+
+FacilityInstance::FacilityInstance(const FacilityEntry &entry, const QString &selected, Presence presence)
+    : m_entry(entry), m_selected(selected)
+{
+    const bool isMissing = selected.isEmpty() && entry.isNothingUnselected && presence != MayBeNone;
+    const bool isExpected =
+        selected.isEmpty() || (presence == MayComeLater && entry.mayCome && entry.mayCome(selected));
+    // Where its objects are not there, that is the reason.
+    if (entry.instances && (isMissing || !isExpected) && problemsOf(entry.objects).empty()) {
+        const QStringList instances = entry.instances();
+        if (isMissing) {
+            throw CommandError(WrongUse,
+                entry.name + QLatin1String(": which one? --") + entry.selector + QLatin1String(" is one of ")
+                    + instances.join(QLatin1String(", ")));
+        }
+        if (!instances.contains(selected)) {
+            throw CommandError(Unavailable,
+                entry.name + QLatin1String(": there is no '") + selected + QLatin1String("'; there is ")
+                    + enumerated(instances));
+        }
+    }
+    m_object = entry.make(selected);
+}
+
+bool FacilityInstance::reportProblems() const
+{
+    std::vector<Problem> problems = problemsOf(m_entry.objects);
+    for (const PpsObject *pps : m_object->findChildren<PpsObject *>()) {
+        const bool isKnown = std::any_of(problems.begin(), problems.end(),
+            [&](const Problem &problem) { return problem.path == plainPath(*pps); });
+        if (!pps->isOpen() && pps->error() != 0 && !isKnown)
+            problems.push_back({plainPath(*pps), pps->error()});
+    }
+    for (const Problem &problem : problems)
+        complain(m_entry.name + QLatin1String(": ") + problem.text() + unfedHint(m_entry, problem.error));
+    return problems.empty();
+}
+
+} // namespace oz::tools

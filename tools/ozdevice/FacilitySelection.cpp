@@ -1,0 +1,104 @@
+#include "ozdevice/FacilitySelection.hpp"
+
+#include "ozdevice/Command.hpp"
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/FacilityInstance.hpp"
+#include "ozdevice/Output.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace oz::tools {
+
+void FacilitySelection::addFacilities(CLI::App *verb)
+{
+    verb->add_option("FACILITY", m_names, "Which ones (all)");
+}
+
+void FacilitySelection::addFacility(CLI::App *verb)
+{
+    verb->add_option("FACILITY", m_name, "Which one")->required();
+}
+
+void FacilitySelection::addSelectors(CLI::App *verb)
+{
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (!entry.selector.isEmpty()) {
+            verb->add_option("--" + entry.selector.toStdString(), m_selected[entry.selector],
+                "Which " + entry.name.toStdString());
+        }
+    }
+}
+
+std::vector<const FacilityEntry *> FacilitySelection::entries() const
+{
+    std::vector<const FacilityEntry *> entries;
+    for (const QString &word : toStringList(m_name.empty() ? m_names : std::vector{m_name})) {
+        const FacilityEntry *entry = findFacility(word);
+        if (!entry)
+            throw CommandError(
+                WrongUse, unknownText(QStringLiteral("there is no facility"), word, facilityNames()));
+        entries.push_back(entry);
+    }
+    if (entries.empty()) {
+        for (const FacilityEntry &entry : facilityTable())
+            entries.push_back(&entry);
+    }
+    for (const auto &[selector, value] : m_selected) {
+        const bool isTaken = std::any_of(entries.begin(), entries.end(),
+            [&](const FacilityEntry *entry) { return entry->selector == selector; });
+        if (!value.empty() && !isTaken) {
+            QStringList names;
+            for (const FacilityEntry *entry : entries)
+                names.append(entry->name);
+            throw CommandError(WrongUse,
+                enumerated(names) + (names.size() == 1 ? QLatin1String(" takes") : QLatin1String(" take"))
+                    + QLatin1String(" no --") + selector);
+        }
+    }
+    return entries;
+}
+
+QString FacilitySelection::selected(const FacilityEntry &entry) const
+{
+    const auto selected = m_selected.find(entry.selector);
+    return selected == m_selected.end() ? QString() : QString::fromStdString(selected->second);
+}
+
+QStringList FacilitySelection::instances(const FacilityEntry &entry) const
+{
+    if (const QString one = selected(entry); !one.isEmpty() || !entry.instances)
+        return {one};
+    const QStringList all = entry.instances();
+    // The first one stands for what is not there, with its unknown values.
+    return all.isEmpty() && !entry.isNothingUnselected ? QStringList{QString()} : all;
+}
+
+std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const FacilityEntry *> &entries)
+{
+    const bool isFromTree = std::any_of(
+        entries.begin(), entries.end(), [](const FacilityEntry *entry) { return !entry->objects.isEmpty(); });
+    if (!isFromTree)
+        return entries;
+    const DaemonState daemon = lookAtDaemon();
+    if (daemon.isRunning)
+        return entries;
+    std::vector<const FacilityEntry *> there;
+    bool isAnyFromTree = false;
+    for (const FacilityEntry *entry : entries) {
+        const auto problems = problemsOf(entry->objects);
+        const bool isThere = std::none_of(problems.begin(), problems.end(),
+            [](const Problem &problem) { return problem.error == ENOENT || problem.error == ECONNREFUSED; });
+        if (isThere)
+            there.push_back(entry);
+        isAnyFromTree = isAnyFromTree || (isThere && !entry->objects.isEmpty());
+    }
+    complain(unfedText(daemon)
+        + (isAnyFromTree ? QLatin1String("; the values are the last ones")
+                         : QLatin1String(" (try: ozdevice run -- COMMAND)")));
+    return there;
+}
+
+} // namespace oz::tools

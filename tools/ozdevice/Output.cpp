@@ -1,0 +1,106 @@
+#include "ozdevice/Output.hpp"
+
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <unistd.h>
+#include <utility>
+
+namespace oz::tools {
+
+namespace {
+
+const char *const LibraryCategory = "oz.device";
+
+QStringList s_libraryWarnings;
+bool s_verbose = false;
+QLoggingCategory::CategoryFilter s_rules = nullptr;
+bool s_rulesShowLibrary = true;
+
+void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
+{
+    const bool isOfLibrary = qstrcmp(context.category, LibraryCategory) == 0;
+    if (isOfLibrary ? s_verbose && s_rulesShowLibrary : true)
+        std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, text)));
+    if (isOfLibrary && type == QtWarningMsg && !s_libraryWarnings.contains(text))
+        s_libraryWarnings.append(text);
+}
+
+// Rules decide what is printed, and not what the verbs hear of.
+void filterCategory(QLoggingCategory *category)
+{
+    s_rules(category);
+    if (qstrcmp(category->categoryName(), LibraryCategory) != 0)
+        return;
+    s_rulesShowLibrary = category->isWarningEnabled();
+    category->setEnabled(QtWarningMsg, true);
+}
+
+} // namespace
+
+void printLine(const QString &line)
+{
+    const QByteArray text = (line + u'\n').toUtf8();
+    if (std::fwrite(text.constData(), 1, std::size_t(text.size()), stdout) != std::size_t(text.size())
+        || std::fflush(stdout) != 0) {
+        throw CommandError(
+            Failed, QLatin1String("cannot write to standard output: ") + qt_error_string(errno));
+    }
+}
+
+void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format)
+{
+    printLine(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());
+}
+
+void complain(const QString &text)
+{
+    std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(text));
+}
+
+QString painted(Paint paint, const QString &text)
+{
+    static const bool terminal = ::isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR");
+    if (!terminal || paint == Paint::None)
+        return text;
+    const char *code = paint == Paint::Bold ? "\033[1m" : paint == Paint::Dim ? "\033[2m" : "\033[32m";
+    return QLatin1String(code) + text + QLatin1String("\033[0m");
+}
+
+void printRows(const QList<QStringList> &rows, const QString &indentation, const QList<Paint> &paints)
+{
+    QList<qsizetype> widths;
+    for (const QStringList &row : rows) {
+        widths.resize(std::max(widths.size(), row.size()));
+        for (qsizetype i = 0; i < row.size(); ++i)
+            widths[i] = std::max(widths[i], row[i].size());
+    }
+    for (QStringList row : rows) {
+        while (!row.isEmpty() && row.last().isEmpty())
+            row.removeLast();
+        QString line = indentation;
+        for (qsizetype i = 0; i < row.size(); ++i) {
+            const bool isLast = i + 1 == row.size();
+            line +=
+                painted(paints.value(i, Paint::None), isLast ? row[i] : row[i].leftJustified(widths[i] + 2));
+        }
+        printLine(line);
+    }
+}
+
+void captureLog(bool verbose)
+{
+    s_verbose = verbose;
+    qInstallMessageHandler(&handleMessage);
+    s_rules = QLoggingCategory::installFilter(nullptr);
+    QLoggingCategory::installFilter(&filterCategory);
+}
+
+QStringList takeLibraryWarnings()
+{
+    return std::exchange(s_libraryWarnings, {});
+}
+
+} // namespace oz::tools

@@ -1,0 +1,186 @@
+#include "meta/MetaText.hpp"
+#include "meta/MethodCall.hpp"
+#include "ozdevice/CallCompletion.hpp"
+#include "ozdevice/FacilityDescription.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/PropertySetting.hpp"
+#include "ozdevice/SignalLines.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <oz/PpsObject.hpp>
+
+#include <algorithm>
+#include <chrono>
+#include <condition_variable>
+#include <csignal>
+#include <mutex>
+#include <thread>
+#include <unistd.h>
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    FacilitySelection facility;
+    std::string method;
+    std::vector<std::string> words;
+    std::vector<std::string> sets;
+};
+
+// Says on a terminal that a call waits, where it takes longer than a person expects. The call blocks the
+// thread, so another one has to.
+class WaitingNotice
+{
+public:
+    explicit WaitingNotice(const QString &what)
+    {
+        if (!::isatty(STDERR_FILENO))
+            return;
+        // Signals are for the thread that calls, which may take them through its event loop.
+        sigset_t all;
+        sigset_t before;
+        sigfillset(&all);
+        pthread_sigmask(SIG_SETMASK, &all, &before);
+        m_thread = std::jthread([what](const std::stop_token &ended) {
+            std::mutex mutex;
+            std::unique_lock lock(mutex);
+            std::condition_variable_any().wait_for(
+                lock, ended, std::chrono::milliseconds(500), [] { return false; });
+            if (!ended.stop_requested())
+                complain(what + QLatin1String(" waits for the service (Ctrl-C breaks it off)"));
+        });
+        pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    }
+
+private:
+    std::jthread m_thread;
+};
+
+meta::MethodCall findMethod(const FacilityEntry &entry, const QString &name, const QStringList &words)
+{
+    QString problem;
+    auto method = meta::MethodCall::find(entry.type, name, words, &problem);
+    if (method)
+        return *std::move(method);
+    throw CommandError(WrongUse,
+        problem.isEmpty() ? unknownText(
+            entry.name + QLatin1String(" has no method"), name, meta::MethodCall::namesOf(entry.type))
+                          : QString(entry.name + QLatin1String(": ") + problem));
+}
+
+// Whether the device has the facility, where it has opened any of its objects.
+bool isSupported(const FacilityInstance &instance)
+{
+    const auto objects = instance.object()->findChildren<PpsObject *>();
+    return std::any_of(objects.cbegin(), objects.cend(), [](const PpsObject *pps) { return pps->isOpen(); });
+}
+
+// Prints what a method has returned; whether it says that all is well.
+bool printReturned(const FacilityInstance &instance, const QByteArray &method, const QVariant &result)
+{
+    const FacilityEntry &entry = instance.entry();
+    const auto returned = entry.returns.constFind(method);
+    if (returned == entry.returns.cend()) {
+        if (result.isValid())
+            printLine(meta::valueText(result));
+        return true;
+    }
+    const int number = result.toInt();
+    const char *name = returned->names.valueToKey(number);
+    printLine((name ? QString::fromLatin1(name) : QStringLiteral("unknown")) + QLatin1String(" (")
+        + QString::number(number) + u')');
+    return !returned->success || number == *returned->success;
+}
+
+// Says why a request was refused, as far as the object tells that requests go to.
+void complainOfControl(const FacilityInstance &instance)
+{
+    if (instance.entry().control.isEmpty())
+        return;
+    const QString path = instance.entry().control.contains(u'%')
+        ? instance.entry().control.arg(instance.selected())
+        : instance.entry().control;
+    if (const int error = tryToOpen(path))
+        complain(instance.title() + QLatin1String(": ") + Problem{path, error}.text());
+}
+
+int invoke(const FacilityInstance &instance, const QByteArray &name, const meta::MethodCall &method,
+    const std::vector<PropertySetting> &settings)
+{
+    const FacilityEntry &entry = instance.entry();
+    CallCompletion completion(instance, name, [](const QMetaMethod &signal, const QVariantList &arguments) {
+        if (!isNumericTwin(signal))
+            printLine(signalText(signal, arguments));
+    });
+    for (const PropertySetting &setting : settings)
+        setting.applyTo(instance);
+    std::optional<WaitingNotice> notice(instance.title() + u' ' + QLatin1String(name));
+    (void)takeLibraryWarnings();
+    const QVariant result = method.invoke(instance.object());
+    const QStringList warnings = takeLibraryWarnings();
+    const bool isAnswered = entry.answers.contains(name);
+    if (!isAnswered)
+        notice.reset();
+    const bool isTaken = printReturned(instance, name, result);
+    // What the library warns of while it carries the call out has kept it from that; no answer follows.
+    for (const QString &warning : warnings)
+        complain(instance.title() + QLatin1String(": ") + warning);
+    if (!isTaken)
+        complainOfControl(instance);
+    return isTaken && warnings.isEmpty() ? completion.wait() : int(Failed);
+}
+
+int call(const Options &options)
+{
+    const FacilityEntry &entry = options.facility.entry();
+    if (options.method.empty()) {
+        if (meta::MethodCall::namesOf(entry.type).isEmpty())
+            throw CommandError(Failed, entry.name + QLatin1String(" has no methods"));
+        printMethods(entry);
+        return Success;
+    }
+    const QByteArray name = QByteArray::fromStdString(options.method);
+    const meta::MethodCall method = findMethod(entry, QString::fromUtf8(name), toStringList(options.words));
+    std::vector<PropertySetting> settings;
+    for (const std::string &set : options.sets)
+        settings.push_back(PropertySetting::parse(entry, QString::fromStdString(set)));
+    // It may be about what is there, whichever is meant.
+    const auto presence =
+        entry.methodsOfNone.contains(name) ? FacilityInstance::MayBeNone : FacilityInstance::MustBeThere;
+    if (withoutUnfed({&entry}).empty())
+        return Unavailable;
+    const FacilityInstance instance(entry, options.facility.selected(entry), presence);
+    if (!instance.reportProblems())
+        return Unavailable;
+    if (entry.answers.contains(name) && !entry.returns.contains(name) && !isSupported(instance)) {
+        complain(instance.title() + QLatin1String(": the device does not support it"));
+        return Unavailable;
+    }
+    return invoke(instance, name, method, settings);
+}
+
+} // namespace
+
+void addCallVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action)
+            .add("call", "Call a method of a facility and print what it returns", call);
+    options->facility.addFacility(verb);
+    verb->add_option("METHOD", options->method, "Which one; without it, they are listed");
+    verb->add_option("ARGUMENT", options->words, "Enumerators by name; a negative number after --");
+    verb->add_option("--set", options->sets, "Set a writable property of the object first, repeatable")
+        ->type_name("PROPERTY=VALUE")
+        ->expected(1)
+        ->take_all();
+    options->facility.addSelectors(verb);
+    verb->footer(
+        "Where a call goes on after it returned, as flashing does, the command waits until it has ended.\n"
+        "Where a signal answers it later, as a scan, it waits for that and prints the signals until then.\n"
+        "A request that is not taken, or whose answer is not Success, fails with the exit status 1.");
+}
+
+} // namespace oz::tools

@@ -1,0 +1,287 @@
+// The shell asks this program itself what can follow, so that new verbs and facilities complete at once.
+
+#include "meta/MetaDescription.hpp"
+#include "meta/MethodCall.hpp"
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/PropertySetting.hpp"
+#include "ozdevice/Tree.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
+
+#include <QDir>
+#include <QVariantMap>
+
+#include <algorithm>
+
+namespace oz::tools {
+
+namespace {
+
+constexpr const char *BashScript = R"bash(# bash completion for ozdevice
+_ozdevice()
+{
+    local IFS=$'\n'
+    COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" complete -- "${COMP_WORDS[@]:1:COMP_CWORD}" 2>/dev/null)" \
+        -- "${COMP_WORDS[COMP_CWORD]}"))
+    [[ ${COMPREPLY[0]-} == *[/=] ]] && compopt -o nospace
+    return 0
+}
+complete -o default -F _ozdevice ozdevice
+)bash";
+
+constexpr const char *ZshScript = R"zsh(#compdef ozdevice
+# zsh completion for ozdevice
+_ozdevice()
+{
+    local -a found
+    found=("${(@f)$(${words[1]} complete -- "${(@)words[2,CURRENT]}" 2>/dev/null)}")
+    found=(${found:#})
+    if (( ${#found} == 0 )); then
+        _files
+        return
+    fi
+    compadd -S '' -- ${(M)found:#*[/=]}
+    compadd -- ${found:#*[/=]}
+}
+if [[ ${funcstack[1]} == _ozdevice ]]; then
+    _ozdevice "$@"
+else
+    compdef _ozdevice ozdevice
+fi
+)zsh";
+
+constexpr const char *FishScript = R"fish(# fish completion for ozdevice
+function __ozdevice_candidates
+    set -l words (commandline -opc)
+    set -l program $words[1]
+    set -e words[1]
+    $program complete -- $words (commandline -ct) 2>/dev/null
+end
+complete -c ozdevice -f -n 'test -n "$(__ozdevice_candidates)"' -a '(__ozdevice_candidates)'
+)fish";
+
+// The words of a call before the one that is completed.
+struct Before
+{
+    QStringList words;
+    const FacilityEntry *facility = nullptr; // the first word, where it is one
+};
+
+// The facilities; by an older spelling where only that begins like \a word.
+QStringList facilitiesLike(const QString &word)
+{
+    QStringList names = facilityNames();
+    const auto begins = [&](const QString &name) { return name.startsWith(word); };
+    if (std::any_of(names.cbegin(), names.cend(), begins))
+        return names;
+    for (const FacilityEntry &entry : facilityTable())
+        names += entry.aliases;
+    return names;
+}
+
+// The entries of a directory of the tree; names that begin with a dot are no objects.
+QStringList treePaths(const QString &begun)
+{
+    const QString directory =
+        begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : QStringLiteral("/pps/");
+    QStringList paths;
+    for (const QFileInfo &entry : QDir(devicePath(ppsPath(directory)))
+                                      .entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
+        paths.append(directory + entry.fileName() + (entry.isDir() ? QStringLiteral("/") : QString()));
+    return paths;
+}
+
+QStringList attributesOf(const QString &path)
+{
+    PpsObject object(ppsPath(path));
+    if (!QFileInfo(devicePath(ppsPath(path))).isFile() || !object.open(PpsOpenMode::Subscribe))
+        return {};
+    const QVariantMap message = PpsObject::decode(object.read());
+    return message.isEmpty() ? QStringList() : message.first().toMap().keys();
+}
+
+QStringList simWords(const QStringList &before)
+{
+    const QVariantMap parts =
+        askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
+    if (before.isEmpty())
+        return parts.keys();
+    const FacilityEntry *entry = findFacility(before.first());
+    QStringList names{before.first()};
+    if (!parts.contains(names.first()) && entry)
+        names = entry->fedParts();
+    QStringList found;
+    for (const QString &name : names) {
+        const QVariantMap part = parts.value(name).toMap();
+        const QStringList instances = part.value(QStringLiteral("instances")).toStringList();
+        const qsizetype verbAt = instances.isEmpty() ? 1 : 2;
+        if (before.size() < verbAt)
+            return instances;
+        for (const QVariant &described : part.value(QStringLiteral("verbs")).toList()) {
+            const QVariantMap verb = described.toMap();
+            const QString verbName = verb.value(QStringLiteral("name")).toString();
+            if (before.size() == verbAt) {
+                found.append(verbName);
+            } else if (before[verbAt] == verbName) {
+                // "on|off", "CELSIUS|unknown": what is in capitals stands for something.
+                const QString argument =
+                    verb.value(QStringLiteral("arguments")).toStringList().value(before.size() - verbAt - 1);
+                for (const QString &word : argument.split(u'|')) {
+                    if (word == word.toLower())
+                        found.append(word);
+                }
+                if (argument == u"ID" && entry && entry->instances)
+                    found += entry->instances();
+            }
+        }
+    }
+    return found;
+}
+
+// The enumerators that can stand at the place of a method's argument.
+QStringList argumentWords(const FacilityEntry &entry, const QString &method, int index)
+{
+    QStringList words;
+    for (const QMetaMethod &candidate : meta::methodsOf(entry.type)) {
+        if (QLatin1String(candidate.name()) == method && index < candidate.parameterCount())
+            words += meta::enumeratorsOf(candidate.parameterMetaType(index));
+    }
+    words.removeDuplicates();
+    return words;
+}
+
+// What can follow \a option, where that takes a value that is known here.
+QStringList valuesOf(const QString &option, const Before &before)
+{
+    QStringList values;
+    if (option == u"--set" && before.facility) {
+        for (const QString &name : PropertySetting::namesOf(*before.facility))
+            values.append(name + u'=');
+    }
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (entry.instances && option == QString(QLatin1String("--") + entry.selector))
+            values = entry.instances();
+    }
+    return values;
+}
+
+// What can stand at the place of \a word, after the verb and the words before.
+QStringList candidates(const QString &verb, const Before &before, const QString &word)
+{
+    const qsizetype place = before.words.size();
+    if (verb == u"show" || verb == u"watch" || verb == u"describe")
+        return facilitiesLike(word);
+    if ((verb == u"call" || verb == u"set") && place == 0)
+        return facilitiesLike(word);
+    if (verb == u"call" && before.facility) {
+        return place == 1 ? meta::MethodCall::namesOf(before.facility->type)
+                          : argumentWords(*before.facility, before.words[1], int(place) - 2);
+    }
+    if (verb == u"set" && before.facility) {
+        if (place == 1)
+            return PropertySetting::namesOf(*before.facility);
+        const QMetaObject *type = before.facility->type;
+        return meta::enumeratorsOf(
+            type->property(type->indexOfProperty(before.words[1].toLatin1().constData())).metaType());
+    }
+    if (verb == u"sim")
+        return simWords(before.words);
+    return {};
+}
+
+QStringList ppsCandidates(const QString &verb, const Before &before, const QString &word)
+{
+    if (before.words.isEmpty())
+        return treePaths(word);
+    const bool namesAttributes = verb == u"get" || verb == u"rm";
+    return namesAttributes ? attributesOf(before.words.first()) : QStringList();
+}
+
+QStringList optionsOf(const CLI::App &verb)
+{
+    QStringList names;
+    for (const CLI::Option *option : verb.get_options()) {
+        for (const std::string &name : option->get_lnames())
+            names.append(QString::fromStdString("--" + name));
+    }
+    return names;
+}
+
+bool takesValue(const CLI::App &verb, const std::string &option)
+{
+    const CLI::Option *known = verb.get_option_no_throw(option);
+    return known && known->get_items_expected() > 0;
+}
+
+// What can stand at the place of the last of \a words.
+QStringList complete(const CLI::App &parser, const std::vector<std::string> &words)
+{
+    if (words.empty())
+        return {};
+    const QString word = QString::fromStdString(words.back());
+    // The deepest verb that is there; what follows it are its words.
+    const CLI::App *verb = &parser;
+    Before before;
+    std::string option; // whose value comes
+    for (std::size_t i = 0; i + 1 < words.size(); ++i) {
+        const std::string &one = words[i];
+        if (!std::exchange(option, {}).empty())
+            continue;
+        const auto named = verb->get_subcommands(
+            [&](const CLI::App *sub) { return before.words.isEmpty() && sub->get_name() == one; });
+        if (!named.empty())
+            verb = named.front();
+        else if (one.rfind('-', 0) != 0)
+            before.words.append(QString::fromStdString(one));
+        else if (takesValue(*verb, one))
+            option = one;
+    }
+    before.facility = findFacility(before.words.value(0));
+    if (!option.empty())
+        return valuesOf(QString::fromStdString(option), before);
+    if (word.startsWith(u'-'))
+        return optionsOf(*verb);
+    QStringList found;
+    for (const CLI::App *sub :
+        verb->get_subcommands([](const CLI::App *app) { return !app->get_group().empty(); }))
+        found.append(QString::fromStdString(sub->get_name()));
+    const QString name = QString::fromStdString(verb->get_name());
+    const bool isOfPps = verb->get_parent() && verb->get_parent() != &parser;
+    return found + (isOfPps ? ppsCandidates(name, before, word) : candidates(name, before, word));
+}
+
+} // namespace
+
+void addCompletionVerbs(CLI::App &parser, Action &action)
+{
+    static const std::map<std::string, const char *> scripts{
+        {"bash", BashScript}, {"zsh", ZshScript}, {"fish", FishScript}};
+    CLI::App *completion =
+        parser.add_subcommand("completion", "Print the completion script for bash, zsh or fish");
+    auto shell = std::make_shared<std::string>("bash");
+    completion->add_option("SHELL", *shell)->check(CLI::IsMember(scripts))->default_str("bash");
+    completion->callback([&action, shell] {
+        action = [shell] {
+            printLine(QString::fromLatin1(scripts.at(*shell)).chopped(1));
+            return int(Success);
+        };
+    });
+
+    CLI::App *completer = parser.add_subcommand("complete", "")->group("");
+    auto words = std::make_shared<std::vector<std::string>>();
+    completer->add_option("WORD", *words);
+    completer->callback([&parser, &action, words] {
+        words->insert(words->end(), wordsAfterDashes().begin(), wordsAfterDashes().end());
+        action = [&parser, words] {
+            for (const QString &candidate : complete(parser, *words))
+                printLine(candidate);
+            return int(Success);
+        };
+    });
+}
+
+} // namespace oz::tools

@@ -1,0 +1,46 @@
+#include "ozdevice/FacilityDescription.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Verbs.hpp"
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    FacilitySelection facilities;
+    bool json = false;
+};
+
+int describeThem(const Options &options)
+{
+    QJsonObject all;
+    bool isFirst = true;
+    for (const FacilityEntry *entry : options.facilities.entries()) {
+        if (options.json) {
+            all.insert(entry->name, describe(*entry));
+            continue;
+        }
+        if (!std::exchange(isFirst, false))
+            printLine({});
+        printDescription(*entry);
+    }
+    if (options.json)
+        printJson(all, QJsonDocument::Indented);
+    return Success;
+}
+
+} // namespace
+
+void addDescribeVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action)
+            .add("describe", "Tell what facilities have: properties, methods, signals, enumerators",
+                describeThem);
+    options->facilities.addFacilities(verb);
+    verb->add_flag("--json", options->json, "As JSON");
+}
+
+} // namespace oz::tools

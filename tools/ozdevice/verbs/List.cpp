@@ -1,0 +1,39 @@
+#include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Verbs.hpp"
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    bool names = false;
+};
+
+int list(const Options &options)
+{
+    QList<QStringList> rows;
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (options.names) {
+            printLine(entry.name);
+            continue;
+        }
+        rows.append({entry.name, QString::fromLatin1(entry.type->className()).section(u':', -1),
+            entry.help
+                + (entry.selector.isEmpty() ? QString()
+                                            : QString(QLatin1String(" (--") + entry.selector + u')'))});
+    }
+    printRows(rows, {}, {Paint::Bold});
+    return Success;
+}
+
+} // namespace
+
+void addListVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] = Verbs<Options>(parser, action).add("list", "List the facilities", list);
+    verb->add_flag("--names", options->names, "Names only");
+}
+
+} // namespace oz::tools

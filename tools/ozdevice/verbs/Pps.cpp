@@ -1,0 +1,276 @@
+// pps ls, get, set, rm, watch and send: the tree itself.
+
+#include "meta/MetaText.hpp"
+#include "ozdevice/DeviceRootWatch.hpp"
+#include "ozdevice/Durations.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Tree.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <oz/DeviceRoot.hpp>
+#include <oz/PpsObject.hpp>
+#include <oz/PpsPublisher.hpp>
+#include <oz/PpsText.hpp>
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTimer>
+
+#include <cerrno>
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    std::string path;
+    std::vector<std::string> words;
+    std::string attribute;
+    std::string mode = "644";
+    Duration duration;
+    bool json = false;
+    bool wait = false;
+    bool replace = false;
+    int count = 0;
+};
+
+QString pathOf(const Options &options)
+{
+    return ppsPath(QString::fromStdString(options.path));
+}
+
+CommandError failure(const QString &path, int error, const QString &text)
+{
+    const bool unavailable =
+        error == ENOENT || error == EACCES || error == ECONNREFUSED || error == ECONNRESET;
+    return {unavailable ? Unavailable : Failed, path + QLatin1String(": ") + text};
+}
+
+CommandError failure(const PpsObject &object)
+{
+    return failure(object.path(), object.error(),
+        object.error() == EINVAL
+            ? QStringLiteral("no path of an object, or an unknown option (known are f=A+B, delta, wait)")
+            : object.errorString());
+}
+
+// The lines of one message, checked, so that a mistake is told with its reason.
+QVariantMap parseLines(const Options &options)
+{
+    if (options.words.empty())
+        throw CommandError(WrongUse, QStringLiteral("an attribute is wanted, for example name::text"));
+    QByteArray text;
+    for (const std::string &word : options.words)
+        text += QByteArray::fromStdString(word) + '\n';
+    QString problem;
+    const QVariantMap message = PpsText::decode(text, &problem);
+    if (!problem.isEmpty())
+        throw CommandError(WrongUse,
+            QLatin1String("attribute ") + problem
+                + QLatin1String(" (for example name::text, name:n:5, name:b:true)"));
+    return message.first().toMap();
+}
+
+void print(const QByteArray &message, const Options &options)
+{
+    if (!options.json) {
+        printLine(QString::fromUtf8(message).chopped(message.endsWith('\n') ? 1 : 0));
+        return;
+    }
+    QString problem;
+    const QVariantMap decoded = PpsText::decode(message, &problem);
+    if (!problem.isEmpty())
+        throw CommandError(Failed, QLatin1String("malformed object: ") + problem);
+    const bool isOneOfMany = options.count || options.duration.seconds > 0;
+    printJson(
+        meta::valueJson(decoded).toObject(), isOneOfMany ? QJsonDocument::Compact : QJsonDocument::Indented);
+}
+
+QByteArray readOrThrow(PpsObject &object)
+{
+    bool ok = false;
+    QByteArray message = object.read(&ok);
+    if (!ok)
+        throw failure(object);
+    return message;
+}
+
+int ls(const Options &options)
+{
+    const QString path = pathOf(options);
+    const QFileInfo place(devicePath(path));
+    if (!place.exists())
+        throw failure(path, ENOENT, QStringLiteral("No such file or directory"));
+    if (!place.isDir())
+        throw CommandError(Failed, path + QLatin1String(": not a directory"));
+    for (const QFileInfo &entry :
+        QDir(place.filePath()).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
+        // "/" is a directory, "=" an object that a service serves.
+        const QString mark = entry.isDir() ? QStringLiteral("/")
+            : entry.isFile()               ? QString()
+                                           : QStringLiteral("=");
+        printLine(entry.fileName() + mark);
+    }
+    return Success;
+}
+
+int get(const Options &options)
+{
+    PpsObject object(pathOf(options));
+    if (!object.open(PpsOpenMode::Subscribe))
+        throw failure(object);
+    const QByteArray message = readOrThrow(object);
+    if (options.attribute.empty()) {
+        print(message, options);
+        return Success;
+    }
+    QString problem;
+    const QVariantMap attributes =
+        PpsText::decode(message, &problem)
+            .value(QLatin1Char('@') + QFileInfo(object.path().section(u'?', 0, 0)).fileName())
+            .toMap();
+    if (!problem.isEmpty())
+        throw CommandError(Failed, object.path() + QLatin1String(": ") + problem);
+    const QString name = QString::fromStdString(options.attribute);
+    if (!attributes.contains(name)) {
+        throw CommandError(Unavailable,
+            object.path() + QLatin1String(": no attribute '") + name + QLatin1String("'; it has ")
+                + enumerated(attributes.keys()));
+    }
+    const QVariant value = attributes.value(name);
+    printLine(value.typeId() == QMetaType::QString ? value.toString() : meta::valueText(value));
+    return Success;
+}
+
+int set(const Options &options)
+{
+    bool isMode = false;
+    const mode_t mode = QString::fromStdString(options.mode).toUInt(&isMode, 8);
+    if (!isMode || mode > 0777)
+        throw CommandError(WrongUse, QStringLiteral("--mode is an octal file mode such as 640"));
+    const QFileInfo place(devicePath(pathOf(options)));
+    if (place.exists() && !place.isFile() && !place.isDir()) {
+        throw CommandError(
+            Failed, pathOf(options) + QLatin1String(": a service serves it; `ozdevice pps send` asks that"));
+    }
+    PpsPublisher publisher(pathOf(options), mode);
+    const QVariantMap attributes = parseLines(options);
+    if (!(options.replace ? publisher.replace(attributes) : publisher.publish(attributes)))
+        throw failure(publisher.path(), publisher.error(), publisher.errorString());
+    return Success;
+}
+
+int rm(const Options &options)
+{
+    PpsPublisher publisher(pathOf(options));
+    QStringList names;
+    for (const std::string &word : options.words)
+        names.append(QString::fromStdString(word));
+    if (!(names.isEmpty() ? publisher.remove() : publisher.removeAttributes(names)))
+        throw failure(publisher.path(), publisher.error(), publisher.errorString());
+    return Success;
+}
+
+int watch(const Options &options)
+{
+    PpsObject object(pathOf(options));
+    int seen = 0;
+    EventLoop loop;
+    const DeviceRootWatch rootWatch(&loop);
+    const auto onReady = [&] {
+        bool ok = false;
+        const QByteArray message = object.read(&ok);
+        if (ok)
+            print(message, options);
+        else
+            printLine(QLatin1String("# ") + object.errorString());
+        if (object.error() == ECONNRESET)
+            throw failure(object);
+        if (options.count && ++seen >= options.count)
+            QCoreApplication::quit();
+    };
+    QObject::connect(&object, &PpsObject::readyRead, [&] { loop.guard(onReady); });
+    if (!object.open(PpsOpenMode::Subscribe))
+        throw failure(object);
+    if (options.duration.seconds > 0)
+        QTimer::singleShot(options.duration.milliseconds(), qApp, &QCoreApplication::quit);
+    return loop.run();
+}
+
+int send(const Options &options)
+{
+    PpsObject object(pathOf(options));
+    const QString plain = object.path().section(u'?', 0, 0);
+    if (QFileInfo(devicePath(plain)).isFile()) {
+        throw CommandError(Failed,
+            plain + QLatin1String(": a state object takes no messages; `ozdevice pps set` publishes it"));
+    }
+    const QByteArray message = PpsText::encode(parseLines(options));
+    if (options.wait)
+        object.setBlocking(true);
+    const bool reads = options.wait || object.path().contains(QLatin1String("wait"));
+    if (!object.open(reads ? PpsOpenMode::PublishSubscribe : PpsOpenMode::Publish))
+        throw failure(object);
+    if (!object.write(message))
+        throw failure(object);
+    if (reads)
+        print(readOrThrow(object), options);
+    return Success;
+}
+
+} // namespace
+
+void addPpsVerbs(CLI::App &parser, Action &action)
+{
+    CLI::App *pps = parser.add_subcommand("pps", "Look at and change the publish/subscribe tree itself");
+    pps->require_subcommand(1);
+    pps->footer(
+        "PATH is a device path (/pps/system/...), or what follows /pps/. Options follow it after a '?',\n"
+        "joined by commas: f=A+B (only these attributes), delta (only what changed), wait (wait for the "
+        "next\n"
+        "message). An attribute is written as in the tree: name::text, name:n:5, name:b:true,\n"
+        "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (take it away).");
+    Verbs<Options> verbs(*pps, action);
+
+    const auto [lister, lsOptions] =
+        verbs.add("ls", "List a directory; '/' marks directories, '=' served objects", ls);
+    lister->add_option("PATH", lsOptions->path)->default_str("/pps")->default_val("/pps");
+
+    const auto [getter, getOptions] = verbs.add("get", "Print an object, or one attribute of it", get);
+    getter->add_option("PATH", getOptions->path)->required();
+    getter->add_option("ATTRIBUTE", getOptions->attribute, "Print only the value of this one");
+    getter->add_flag("--json", getOptions->json, "As JSON");
+
+    const auto [setter, setOptions] =
+        verbs.add("set", "Publish attributes of a state object, which is made if need be", set);
+    setter->add_option("PATH", setOptions->path)->required();
+    setter->add_option("ATTRIBUTE", setOptions->words);
+    setter->allow_extras();
+    setter->add_flag("--replace", setOptions->replace, "Take all other attributes away");
+    setter->add_option("--mode", setOptions->mode, "The file mode of an object that is made")
+        ->default_str("644");
+
+    const auto [remover, rmOptions] = verbs.add("rm", "Remove an object, or attributes of it", rm);
+    remover->add_option("PATH", rmOptions->path)->required();
+    remover->add_option("NAME", rmOptions->words, "Attributes (the whole object)");
+
+    const auto [watcher, watchOptions] = verbs.add("watch", "Print an object now and at each change", watch);
+    watcher->add_option("PATH", watchOptions->path)->required();
+    watcher->add_flag("--json", watchOptions->json, "As JSON");
+    watcher->add_option("--count", watchOptions->count, "End after so many messages")
+        ->check(CLI::PositiveNumber);
+    addDuration(watcher, "--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
+
+    const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);
+    sender->add_option("PATH", sendOptions->path)->required();
+    sender->add_option("ATTRIBUTE", sendOptions->words);
+    sender->allow_extras();
+    sender->add_flag("--wait", sendOptions->wait, "Wait for the answer and print it");
+    sender->add_flag("--json", sendOptions->json, "Print the answer as JSON");
+}
+
+} // namespace oz::tools

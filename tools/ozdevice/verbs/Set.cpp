@@ -1,0 +1,50 @@
+#include "meta/MetaText.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/PropertySetting.hpp"
+#include "ozdevice/Verbs.hpp"
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    FacilitySelection facility;
+    std::string property;
+    std::vector<std::string> words;
+};
+
+int set(const Options &options)
+{
+    const FacilityEntry &entry = options.facility.entry();
+    const QString name = QString::fromStdString(options.property);
+    const PropertySetting setting(entry, name,
+        options.words.size() == 1 ? std::optional(QString::fromStdString(options.words.front()))
+                                  : std::nullopt);
+    const FacilityInstance instance(entry, options.facility.selected(entry), FacilityInstance::MayBeNone);
+    if (!instance.reportProblems())
+        return Unavailable;
+    setting.applyTo(instance);
+    printLine(
+        name + QLatin1String(" = ") + meta::valueText(instance.object()->property(options.property.c_str())));
+    complain(name
+        + QLatin1String(" belongs to this one object, which is gone now; a call of one that has it is ")
+        + QLatin1String("ozdevice call ") + entry.name + QLatin1String(" METHOD --set ") + name
+        + QLatin1String("=VALUE"));
+    return Success;
+}
+
+} // namespace
+
+void addSetVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action).add("set", "Set a writable property of a facility", set);
+    options->facility.addFacility(verb);
+    verb->add_option("PROPERTY", options->property)->required();
+    verb->add_option("VALUE", options->words);
+    options->facility.addSelectors(verb);
+}
+
+} // namespace oz::tools

@@ -1,0 +1,104 @@
+#include "meta/MetaDescription.hpp"
+#include "meta/MetaText.hpp"
+#include "ozdevice/FacilityInstance.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <QCoreApplication>
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <algorithm>
+
+namespace oz::tools {
+
+namespace {
+
+constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may be undefined
+
+struct Options
+{
+    FacilitySelection facilities;
+    bool json = false;
+};
+
+void waitForFirstValues(const FacilityInstance &instance)
+{
+    const FacilityEntry &entry = instance.entry();
+    if (entry.readAnew)
+        entry.readAnew(instance.object());
+    const QDeadlineTimer patience(FirstValuesDeadline);
+    while (entry.isComplete && !entry.isComplete(instance.object()) && !patience.hasExpired()) {
+        QCoreApplication::processEvents();
+        QThread::msleep(1);
+    }
+}
+
+QJsonObject valuesOf(const FacilityInstance &instance)
+{
+    QJsonObject values;
+    for (const QMetaProperty &property : meta::propertiesOf(instance.entry().type)) {
+        values.insert(QLatin1String(property.name()),
+            QJsonObject{{QStringLiteral("type"), meta::typeText(property.metaType())},
+                {QStringLiteral("value"), meta::valueJson(property.read(instance.object()))}});
+    }
+    return values;
+}
+
+void print(const FacilityInstance &instance)
+{
+    QList<QStringList> rows;
+    for (const QMetaProperty &property : meta::propertiesOf(instance.entry().type)) {
+        rows.append({QString::fromLatin1(property.name()), meta::typeText(property.metaType()),
+            meta::valueText(property.read(instance.object()))});
+    }
+    printLine(painted(Paint::Bold, instance.title()));
+    printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Dim, Paint::Value});
+}
+
+int show(const Options &options)
+{
+    const auto entries = options.facilities.entries();
+    const auto there = withoutUnfed(entries);
+    bool available = there.size() == entries.size();
+    // What the kernel tells is there in any case; that alone is not worth showing unless it is asked for.
+    if (!available && !options.facilities.isNamed()
+        && std::all_of(
+            there.begin(), there.end(), [](const auto *entry) { return entry->objects.isEmpty(); }))
+        return Unavailable;
+    QJsonObject all;
+    for (const FacilityEntry *entry : there) {
+        QJsonObject several;
+        for (const QString &selected : options.facilities.instances(*entry)) {
+            const FacilityInstance instance(*entry, selected);
+            available = instance.reportProblems() && available;
+            waitForFirstValues(instance);
+            if (!options.json)
+                print(instance);
+            else if (entry->selector.isEmpty())
+                all.insert(entry->name, valuesOf(instance));
+            else if (!selected.isEmpty())
+                several.insert(selected, valuesOf(instance));
+        }
+        if (!entry->selector.isEmpty())
+            all.insert(entry->name, several);
+    }
+    if (options.json)
+        printJson(all, QJsonDocument::Indented);
+    return available ? Success : Unavailable;
+}
+
+} // namespace
+
+void addShowVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action).add("show", "Show every property of facilities, with its type", show);
+    options->facilities.addFacilities(verb);
+    options->facilities.addSelectors(verb);
+    verb->add_flag("--json", options->json, "As JSON, enumerators by name");
+    verb->footer("Of several displays, networks and profiles, all are shown unless one is selected.");
+}
+
+} // namespace oz::tools

@@ -1,0 +1,36 @@
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/Durations.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <oz/DeviceRoot.hpp>
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    Duration timeout{10};
+};
+
+int waitReady(const Options &options)
+{
+    if (!waitForDaemon(options.timeout.milliseconds())) {
+        throw CommandError(Unavailable,
+            QLatin1String("no ozdeviced became ready under ") + devicePath(QStringLiteral("/pps"))
+                + QLatin1String(" within ") + QString::number(options.timeout.seconds) + QLatin1String(" s"));
+    }
+    return Success;
+}
+
+} // namespace
+
+void addWaitReadyVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action)
+            .add("wait-ready", "Wait until the services have published everything", waitReady);
+    addDuration(verb, "--timeout", options->timeout, "How long at most (10s)");
+}
+
+} // namespace oz::tools

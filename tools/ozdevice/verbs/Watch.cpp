@@ -1,0 +1,201 @@
+#include "meta/MetaText.hpp"
+#include "meta/SignalTap.hpp"
+#include "ozdevice/CounterTable.hpp"
+#include "ozdevice/DeviceRootWatch.hpp"
+#include "ozdevice/Durations.hpp"
+#include "ozdevice/FacilityInstance.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/SignalLines.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <oz/PpsObject.hpp>
+
+#include <QJsonArray>
+#include <QTimer>
+
+#include <algorithm>
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    FacilitySelection facilities;
+    bool json = false;
+    bool typed = false;
+    int count = 0;
+    Duration duration;
+    Duration every{1};
+    bool hasEvery = false;
+};
+
+void printSignal(
+    const FacilityInstance &instance, const QMetaMethod &signal, const QVariantList &arguments, bool asJson)
+{
+    if (!asJson) {
+        printLine(lineBeginning(instance) + signalText(signal, arguments));
+        return;
+    }
+    QJsonArray values;
+    for (const QVariant &argument : arguments)
+        values.append(meta::valueJson(argument));
+    QJsonObject line = jsonBeginning(instance);
+    line.insert(QStringLiteral("signal"), QLatin1String(signal.name()));
+    line.insert(QStringLiteral("signature"), QLatin1String(signal.methodSignature()));
+    line.insert(QStringLiteral("arguments"), values);
+    printJson(line, QJsonDocument::Compact);
+}
+
+// What changed in an object of the tree.
+void printChange(
+    const FacilityInstance &instance, const QString &path, const QVariantMap &changed, bool asJson)
+{
+    if (asJson) {
+        QJsonObject line = jsonBeginning(instance);
+        line.insert(QStringLiteral("object"), path);
+        line.insert(QStringLiteral("changed"), meta::valueJson(changed));
+        printJson(line, QJsonDocument::Compact);
+        return;
+    }
+    QStringList texts;
+    for (auto attribute = changed.cbegin(); attribute != changed.cend(); ++attribute) {
+        // One that is gone is written as in the tree.
+        texts.append(attribute->isValid()
+                ? QString(attribute.key() + u'=' + painted(Paint::Value, meta::valueText(*attribute)))
+                : QString(u'-' + attribute.key()));
+    }
+    printLine(lineBeginning(instance) + path.section(u'/', -1) + QLatin1String(": ") + texts.join(u' '));
+}
+
+// Prints what happens to facilities until it is enough.
+class Watch
+{
+public:
+    explicit Watch(const Options &options) : m_options(options), m_remaining(options.count) { }
+
+    // Begins to watch one; false, after saying why, where it is not there.
+    bool add(const FacilityEntry &entry, const QString &selected)
+    {
+        const FacilityInstance &instance = *m_instances.emplace_back(
+            std::make_unique<FacilityInstance>(entry, selected, FacilityInstance::MayComeLater));
+        m_taps.push_back(std::make_unique<meta::SignalTap>(
+            instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
+                if (!(m_options.typed && isNumericTwin(signal)))
+                    tell([&] { printSignal(instance, signal, arguments, m_options.json); });
+            }));
+        bool available = instance.reportProblems();
+        for (const QString &path : entry.activity)
+            available = addObject(instance, path) && available;
+        return available;
+    }
+
+    void addCounters(const FacilityEntry &entry, const QStringList &selected)
+    {
+        if (m_options.every.milliseconds().count() == 0)
+            throw CommandError(WrongUse, QStringLiteral("--every is a time longer than 0"));
+        auto *table =
+            m_tables.emplace_back(std::make_unique<CounterTable>(entry, selected, m_options.json)).get();
+        auto *timer = m_timers.emplace_back(std::make_unique<QTimer>()).get();
+        timer->setTimerType(Qt::PreciseTimer);
+        QObject::connect(timer, &QTimer::timeout, [this, table] { tell([&] { table->printNext(); }); });
+        timer->start(m_options.every.milliseconds());
+    }
+
+    [[nodiscard]] int run()
+    {
+        const DeviceRootWatch rootWatch(&m_loop);
+        if (m_options.duration.seconds > 0)
+            QTimer::singleShot(m_options.duration.milliseconds(), qApp, &QCoreApplication::quit);
+        return m_loop.run();
+    }
+
+private:
+    void tell(const std::function<void()> &print)
+    {
+        if (m_options.count && m_remaining == 0)
+            return;
+        m_loop.guard(print);
+        if (m_options.count && --m_remaining == 0)
+            QCoreApplication::quit();
+    }
+
+    bool addObject(const FacilityInstance &instance, const QString &path)
+    {
+        auto *object =
+            m_objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
+        if (!object->open(PpsOpenMode::Subscribe)) {
+            complain(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
+            return false;
+        }
+        (void)object->read(); // as it is now is no change
+        QObject::connect(object, &PpsObject::readyRead, [this, &instance, object, path] {
+            const QVariantMap message = PpsObject::decode(object->read());
+            if (!message.isEmpty())
+                tell([&] { printChange(instance, path, message.first().toMap(), m_options.json); });
+        });
+        return true;
+    }
+
+    const Options &m_options;
+    int m_remaining;
+    EventLoop m_loop;
+    std::vector<std::unique_ptr<FacilityInstance>> m_instances;
+    std::vector<std::unique_ptr<meta::SignalTap>> m_taps;
+    std::vector<std::unique_ptr<PpsObject>> m_objects;
+    std::vector<std::unique_ptr<CounterTable>> m_tables;
+    std::vector<std::unique_ptr<QTimer>> m_timers;
+};
+
+int watch(const Options &options)
+{
+    const auto entries = options.facilities.entries();
+    const bool hasCounters =
+        std::any_of(entries.begin(), entries.end(), [](const auto *entry) { return bool(entry->readAnew); });
+    if (options.hasEvery && !(hasCounters && options.facilities.isNamed()))
+        throw CommandError(WrongUse, QStringLiteral("--every is for counters, which only network has"));
+    const auto there = withoutUnfed(entries);
+    Watch watch(options);
+    bool available = there.size() == entries.size();
+    bool isAnyThere = false;
+    for (const FacilityEntry *entry : there) {
+        const QStringList instances = options.facilities.instances(*entry);
+        if (entry->readAnew) {
+            // Lines that come whether or not anything happens are for who asks for them.
+            if (options.facilities.isNamed()) {
+                watch.addCounters(*entry, instances);
+                isAnyThere = true;
+            }
+            continue;
+        }
+        for (const QString &selected : instances) {
+            const bool isThere = watch.add(*entry, selected);
+            available = isThere && available;
+            isAnyThere = isThere || isAnyThere;
+        }
+    }
+    // Of all, those are watched that there are.
+    return (options.facilities.isNamed() ? available : isAnyThere) ? watch.run() : Unavailable;
+}
+
+} // namespace
+
+void addWatchVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action).add("watch", "Print each signal of facilities as it comes", watch);
+    options->facilities.addFacilities(verb);
+    options->facilities.addSelectors(verb);
+    verb->add_flag("--json", options->json, "One JSON object a line");
+    verb->add_flag("--typed", options->typed, "Leave out the second, numeric form of enumeration signals");
+    addDuration(verb, "--every", options->every, "How often to read counters (1s)")
+        ->each([options = options](const std::string &) { options->hasEvery = true; });
+    verb->add_option("--count", options->count, "End after so many lines")->check(CLI::PositiveNumber);
+    addDuration(verb, "--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb->footer(
+        "Of several displays, networks and profiles, all that are there now are watched unless one is\n"
+        "selected. Counters are watched where they are named.");
+}
+
+} // namespace oz::tools
