@@ -71,6 +71,44 @@ private:
     std::unordered_map<std::string_view, std::size_t> m_places;
 };
 
+// Whether two JSON texts cannot be one value, as far as that is to be seen without parsing them: another
+// order of members and other white space keep the number of each character, and where the texts differ there
+// is nothing that could be written in another way.
+bool surelyDiffer(QByteArrayView one, QByteArrayView other)
+{
+    const auto isPartOfToken = [](char c) {
+        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.'
+            || c == '+' || c == '-' || c == '\\';
+    };
+    const qsizetype shorter = std::min(one.size(), other.size());
+    qsizetype begin = std::mismatch(one.begin(), one.begin() + shorter, other.begin()).first - one.begin();
+    while (begin > 0 && isPartOfToken(one[begin - 1]))
+        --begin;
+    qsizetype same = 0;
+    while (same < shorter - begin && one[one.size() - 1 - same] == other[other.size() - 1 - same])
+        ++same;
+    while (same > 0 && isPartOfToken(one[one.size() - same]))
+        --same;
+
+    int balance[256] = {};
+    const auto count = [&](QByteArrayView text, int step) {
+        const QByteArrayView part = text.sliced(begin, text.size() - same - begin);
+        for (qsizetype i = 0; i < part.size(); ++i) {
+            const char c = part[i];
+            const char next = i + 1 < part.size() ? part[i + 1] : ' ';
+            const bool isExponent = c >= '0' && c <= '9' && (next == 'e' || next == 'E');
+            if (c == '\\' || c == '.' || isExponent || (c == '-' && next == '0'))
+                return false;
+            if (c != ' ' && c != '\t' && c != '\r')
+                balance[uchar(c)] += step;
+        }
+        return true;
+    };
+    if (!count(one, 1) || !count(other, -1))
+        return false;
+    return std::any_of(std::begin(balance), std::end(balance), [](int left) { return left != 0; });
+}
+
 // Values are one where their shortest text is.
 bool sameValue(const PpsLine &one, const PpsLine &other)
 {
@@ -80,6 +118,8 @@ bool sameValue(const PpsLine &one, const PpsLine &other)
         return false;
     // Text as it stands has one form only.
     if (one.qualifier.isEmpty() && other.qualifier.isEmpty())
+        return false;
+    if (one.qualifier == "json" && other.qualifier == "json" && surelyDiffer(one.value, other.value))
         return false;
     const auto shortest = [](const PpsLine &line) {
         if (!line.text.isValidUtf8())

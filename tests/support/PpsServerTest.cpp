@@ -28,26 +28,23 @@ namespace {
 
 const QString Path = "/pps/services/box/control";
 
-// A service in a process of its own, which answers "echo" and does what other messages say.
+// A service in a process of its own, see EchoService.cpp.
 class ServiceProcess
 {
 public:
     explicit ServiceProcess(std::chrono::milliseconds startsAfter = {}) : m_pid(::fork())
     {
         if (m_pid == 0) {
-            std::this_thread::sleep_for(startsAfter);
-            // Not in the event loop that this process is born with, where the test's objects are.
-            std::thread([] { ::_exit(serve()); }).join();
+            const std::string delay = std::to_string(startsAfter.count());
+            ::execl(OZ_ECHO_SERVICE, OZ_ECHO_SERVICE, qPrintable(Path), delay.c_str(), nullptr);
+            ::_exit(127);
         }
-        if (startsAfter.count() == 0)
-            awaitStart();
-    }
-    static void awaitStart()
-    {
-        EXPECT_TRUE(waitUntil([] {
-            PpsObject probe(Path);
-            return probe.open(PpsOpenMode::PublishSubscribe);
-        }));
+        if (startsAfter.count() == 0) {
+            EXPECT_TRUE(waitUntil([] {
+                PpsObject probe(Path);
+                return probe.open(PpsOpenMode::PublishSubscribe);
+            }));
+        }
     }
     ~ServiceProcess() { stop(); }
     void pause() const
@@ -64,31 +61,6 @@ public:
     }
 
 private:
-    static int serve()
-    {
-        QEventLoop loop;
-        PpsServer server(Path);
-        QObject::connect(
-            &server, &PpsServer::received, [&](const PpsServer::Client &client, const QByteArray &message) {
-                if (message == "die")
-                    ::_exit(0);
-                if (message == "who")
-                    server.send(client.id, QVariantMap{{"pid", int(client.pid)}, {"uid", int(client.uid)}});
-                else if (message == "leave")
-                    server.disconnectClient(client.id);
-                else if (message == "late")
-                    QTimer::singleShot(100, &server, [&, id = client.id] { server.send(id, "at last"); });
-                else if (message == "shout")
-                    for (quint64 id = 1; id <= client.id; ++id)
-                        server.send(id, QByteArray("to all"));
-                else if (message != "silence")
-                    server.send(client.id, "echo " + message);
-            });
-        if (!server.listen())
-            return 1;
-        return loop.exec();
-    }
-
     pid_t m_pid;
 };
 
