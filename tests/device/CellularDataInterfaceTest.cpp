@@ -2,6 +2,7 @@
 #include "harness/ControlService.hpp"
 #include "harness/Testing.hpp"
 
+#include <oz/Limits.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 
 #include <QElapsedTimer>
@@ -168,7 +169,7 @@ TEST_F(CellularDataInterfaceTest, TheAnswerDecidesTheResult)
     }
 }
 
-TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerButForNoSecondOneAndForNoServiceThatDies)
+TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerButForNoSecondOneAndForNoServiceThatDiesOrIsSilent)
 {
     CellularDataInterface web("web");
     ControlService late(Control, [](PpsServer &server, quint64 client) {
@@ -194,6 +195,13 @@ TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerButForNoSecondOneAndForNoSe
     EXPECT_EQ(log.take().size(), 1);
     ASSERT_TRUE(waitUntil([&] { return !QFile::exists(root.file(MmsControl)); }));
     EXPECT_EQ(mms.requestConnect(), Result::InvalidInterface);
+
+    const ControlService silent(MmsControl, [](PpsServer &, quint64) {});
+    setWaitLimit(std::chrono::milliseconds(20));
+    EXPECT_EQ(mms.requestConnect(), Result::InternalError);
+    setWaitLimit(std::chrono::seconds(60));
+    EXPECT_EQ(log.take(),
+        QStringList{"CellularDataInterface - failed to read control PPS data:  \"Connection timed out\""});
 }
 
 TEST_F(CellularDataInterfaceTest, AControlObjectThatDoesNotOpenIsToldWithoutAWarning)

@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QSet>
 
+#include <optional>
 #include <thread>
 
 using namespace oz;
@@ -38,7 +39,7 @@ protected:
     {
         QList<QVariantMap> heard;
         EXPECT_TRUE(waitUntil([&] {
-            heard += service.take();
+            heard += service->take();
             return heard.size() >= count;
         }));
         QStringList texts;
@@ -51,7 +52,7 @@ protected:
         return texts.join(", ");
     }
 
-    ControlService service{Control, [](PpsServer &, quint64) {}};
+    std::optional<ControlService> service{std::in_place, Control, [](PpsServer &, quint64) {}};
 };
 
 TEST_F(LedTest, FlashesAsOftenAsItIsAskedToAndCountsWhatTheStatusShows)
@@ -117,7 +118,7 @@ TEST_F(LedTest, EveryRequestOfAnObjectBearsItsOwnId)
     EXPECT_EQ(valuesOf(first), "color=Magenta remainingFlashCount=0 active=false");
     QList<QVariantMap> heard;
     const auto next = [&] {
-        EXPECT_TRUE(waitUntil([&] { return !(heard = service.take()).isEmpty(); }));
+        EXPECT_TRUE(waitUntil([&] { return !(heard = service->take()).isEmpty(); }));
         return heard.value(0);
     };
     first.flash(2);
@@ -145,7 +146,7 @@ TEST_F(LedTest, WhatDoesNotOpenOrGoesAwayIsSilent)
         Led led;
         led.flash(2);
         EXPECT_EQ(requests(1), "requestLED red 2");
-        service.serveWith([](PpsServer &server, quint64) { server.deleteLater(); });
+        service->serveWith([](PpsServer &server, quint64) { server.deleteLater(); });
         led.setColor(LedColor::Blue);
         ASSERT_TRUE(waitUntil([&] { return !QFile::exists(root.file(Control)); }));
         SignalLog heard(&led);
@@ -156,7 +157,7 @@ TEST_F(LedTest, WhatDoesNotOpenOrGoesAwayIsSilent)
         show({"blue"});
         EXPECT_EQ(heard.settled(), "active(false) active(true)") << "without the service nothing is counted";
     }
-    service.take();
+    service->take();
     ControlService next(Control, [](PpsServer &, quint64) {});
     Led led;
     root.remove(Status);
@@ -214,6 +215,28 @@ TEST_F(LedTest, ASlotMayBeginTheNextRequestOrDestroyTheObject)
         })) << last;
         show({});
     }
+}
+
+TEST_F(LedTest, ARequestOutlivesTheServiceAndSoDoTheNextOnes)
+{
+    Led led;
+    SignalLog heard(&led);
+    led.flash(2);
+    EXPECT_EQ(requests(1), "requestLED red 2");
+    service.reset();
+    settle();
+    EXPECT_TRUE(led.isActive());
+    service.emplace(Control, [](PpsServer &, quint64) {});
+    for (const char *elements : {"red", "", "red"})
+        show({elements});
+    EXPECT_EQ(heard.settled(), "active(true) remainingFlashCount(1) active(false)");
+    led.flash();
+    service.reset();
+    led.cancel();
+    settle();
+    service.emplace(Control, [](PpsServer &, quint64) {});
+    led.flash(1);
+    EXPECT_TRUE(requests(1).endsWith("requestLED red 1"));
 }
 
 TEST_F(LedTest, WhatIsLitBeforeARequestIsNoFlashOfIt)
@@ -294,7 +317,7 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
         thread.join();
     QList<int> ids;
     EXPECT_TRUE(waitUntil([&] {
-        for (const QVariantMap &request : service.take()) {
+        for (const QVariantMap &request : service->take()) {
             if (request.value("dat").toMap().value("color") == "cyan")
                 ids.append(request.value("id").toInt());
         }

@@ -149,13 +149,6 @@ TEST_F(MiracastManagerTest, AnnouncesEachDeltaInTheOrderOfItsFields)
             "\"MiracastManager::setDisplayState - Invalid display state (playing)\""}));
     publish("session_id::s1");
     EXPECT_EQ(heard.settled(), "") << "what is taken back leaves the fields as they are";
-    root.place(Status, "malformed\n");
-    ASSERT_TRUE(waitUntil([&] { return log.categories().size() == 3; }));
-    root.remove(Status);
-    ASSERT_TRUE(waitUntil([&] { return log.categories().size() == 4; }));
-    EXPECT_EQ(
-        log.take(), QStringList(2, "MiracastManager::onStatusReadyRead - Unable to decode status message."));
-    EXPECT_EQ(heard.settled(), "");
     EXPECT_EQ(miracast.sessionId(), "s1");
 }
 
@@ -199,15 +192,12 @@ TEST_F(MiracastManagerTest, OneAnswerEndsAllRequestsOfItsToken)
     EXPECT_EQ(heard.settled(), "");
 }
 
-TEST_F(MiracastManagerTest, EveryCodeOfTheServiceHasItsResultAndEveryRequestItsSignal)
+TEST_F(MiracastManagerTest, ACodeOfTheServiceHasItsResultAndEveryRequestItsSignal)
 {
-    const std::tuple<QByteArray, int, QStringList> codes[] = {{"n:0", 1, {}}, {"n:-1000", 2, {}},
-        {"n:-1001", 3, {}}, {"n:-1002", 4, {"MiracastManager:  Connection Code ( -1002 )"}},
+    const std::tuple<QByteArray, int, QStringList> codes[] = {{"n:-1000", 2, {}}, {":-1005", 5, {}},
         {"n:-1003", 4, {"MiracastManager:  Connection Code ( -1003 )"}},
-        {"n:-1004", 4, {"MiracastManager:  Connection Code ( -1004 )"}}, {":-1005", 5, {}},
-        {"n:-1006", 0, {"MiracastManager:  Error Code ( -1006 )"}}, {"n:-1007", 6, {}}, {"n:-1008", 7, {}},
-        {"n:-1009", 9, {}}, {"n:-1010", 10, {}}, {"n:-1011", 0, {"MiracastManager:  Error Code ( -1011 )"}},
-        {"n:-1012", 8, {}}, {":none", 1, {}}, {"n:16", 0, {"MiracastManager:  Error Code ( 16 )"}}};
+        {"n:-1006", 0, {"MiracastManager:  Error Code ( -1006 )"}}, {"n:-1012", 8, {}}, {":none", 1, {}},
+        {"n:16", 0, {"MiracastManager:  Error Code ( 16 )"}}};
     Service service;
     MiracastManager miracast;
     const std::tuple<std::function<void()>, QByteArray, QString> requests[] = {
@@ -292,7 +282,7 @@ TEST_F(MiracastManagerTest, AScanAnnouncesEverySinkAndThenItsEnd)
             "MiracastManager::readSinks - Unable to open sinks channel."}));
 }
 
-TEST_F(MiracastManagerTest, EveryTypeOfSinkHasItsCategories)
+TEST_F(MiracastManagerTest, ATypeOfSinkThatIsListedHasItsCategories)
 {
     Service service;
     MiracastManager miracast;
@@ -303,21 +293,14 @@ TEST_F(MiracastManagerTest, EveryTypeOfSinkHasItsCategories)
         });
     QVariantMap sinks;
     QStringList expected;
-    // The first value and the number of the sub-categories of each category.
-    const int groups[][3] = {{1, 50, 9}, {2, 1, 9}, {3, 10, 5}, {4, 15, 4}, {5, 19, 1}, {6, 20, 4},
-        {7, 24, 4}, {8, 28, 6}, {9, 34, 5}, {10, 39, 5}, {11, 44, 6}};
-    const auto add = [&](const QString &type, int category, int subCategory) {
+    // At the ends of each range, and beyond them.
+    for (const auto &[type, category, subCategory] :
+        std::initializer_list<std::tuple<const char *, int, int>>{{"1-0050F204-9", 1, 58}, {"1-x-10", 1, 0},
+            {"5-x-1", 5, 19}, {"11-x-6", 11, 49}, {"11-x-0", 11, 0}, {"12-x-1", 0, 0}, {"255-x-1", 12, 0},
+            {"-7-x-1", 0, 0}, {"7-x-y", 0, 0}, {"0x7-x-1", 0, 0}, {"7", 0, 0}, {"", 0, 0}}) {
         sinks.insert(QString("s%1").arg(expected.size(), 4, 10, QChar('0')), QVariantMap{{"type", type}});
         expected.append(QString("%1.%2").arg(category).arg(subCategory));
-    };
-    for (const auto &[category, first, count] : groups) {
-        for (int i = 0; i <= count + 1; ++i) {
-            const bool listed = i > 0 && i <= count;
-            add(QString("%1-0050F204-%2").arg(category).arg(i), category, listed ? first + i - 1 : 0);
-        }
     }
-    for (const QString type : {"0-x-1", "12-x-1", "-7-x-1", "7-x-y", "x-x-1", "", "-", "7", "0x7-x-1"})
-        add(type, 0, 0);
     root.place(Sinks, "@sinks\n" + PpsObject::encode(sinks));
     miracast.requestScan();
     answer(service.nextToken(), "miracast_sink_discover", "n:0");

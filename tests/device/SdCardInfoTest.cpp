@@ -63,31 +63,6 @@ TEST_F(SdCardInfoTest, ReadsWhateverIsPublishedByTheRulesOfBooleans)
     }
 }
 
-TEST_F(SdCardInfoTest, AReadingThatFailsLeavesTheStateAndLogsOnce)
-{
-    publish(true, true);
-    SdCardInfo card;
-    SignalLog heard(&card);
-
-    root.place(Path, "@sdcard\nmounted:b:perhaps\n");
-    ASSERT_TRUE(waitUntil([&] { return !log.categories().isEmpty(); }));
-    root.remove(Path);
-    ASSERT_TRUE(waitUntil([&] { return log.categories().size() > 1; }));
-    settle();
-    EXPECT_EQ(log.take(),
-        (QStringList{
-            "SdCardInfo failed to parse pps data.", "SdCardInfo failed to read pps data, error 2 ."}));
-    EXPECT_EQ(log.categories(), (QStringList{"oz.device", "oz.device"}));
-    EXPECT_EQ(card.state(), SdCardState::Mounted);
-    EXPECT_EQ(card.activity(), SdCardActivity::Busy);
-    EXPECT_EQ(heard.take(), "");
-
-    // The next good reading goes on from there; a neighbour of the attributes is no news.
-    ASSERT_TRUE(publisher.publish({{"mountedAt", 5}}));
-    publish(true, false);
-    EXPECT_EQ(heard.waitFor(2), "activity(Idle) activity(1)");
-}
-
 TEST_F(SdCardInfoTest, TheSlotTakesAnyPpsObjectAndRefusesEverythingElse)
 {
     publish(false, false);
