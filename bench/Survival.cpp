@@ -333,6 +333,7 @@ int main(int argc, char **argv)
     std::fflush(stdout);
     const QTemporaryDir root("/dev/shm/oz-survival-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
+    qputenv("QT_LOGGING_RULES", "oz.deviced.info=false");
     qputenv("OZ_WAIT_LIMIT", "10");
     qputenv("OZ_GRACE_TIME", "3");
     return survive(seconds, clients, seed) ? 0 : 1;

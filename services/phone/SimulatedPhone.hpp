@@ -75,12 +75,12 @@ public:
     [[nodiscard]] PhoneClock &clock() { return m_clock; }
     void setFurtherVerbs(FurtherVerbs verbs) { m_furtherVerbs = std::move(verbs); }
 
-    /*! The part of the type \a Part, of those that are made already. */
-    template <typename Part>
-    [[nodiscard]] std::shared_ptr<Part> part() const
+    /*! The part that is a \a PartType, of those that are made already. */
+    template <typename PartType>
+    [[nodiscard]] std::shared_ptr<PartType> part() const
     {
         for (const auto &[name, candidate] : m_parts) {
-            if (auto found = std::dynamic_pointer_cast<Part>(candidate))
+            if (auto found = std::dynamic_pointer_cast<PartType>(candidate))
                 return found;
         }
         Q_UNREACHABLE();

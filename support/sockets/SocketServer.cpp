@@ -21,7 +21,8 @@ namespace {
 constexpr std::size_t MostClients = 1000; // of one server
 constexpr int MostClientsOfUser = 500; // of one server
 constexpr int AcceptedAtOnce = 64;
-constexpr int TurnsAtOnce = 16; // before the event loop looks who else has come
+constexpr int TurnsAtOnce = 4; // before the event loop looks who else has come
+constexpr int MessagesPerTurn = 16; // what a client sent in one go stays together
 constexpr std::chrono::milliseconds AcceptRetryInterval(100);
 constexpr int ReservedDescriptors = 64; // for the service's own work
 
@@ -167,7 +168,7 @@ void SocketServer::onReadable(quint64 id)
     Connection *connection = find(id);
     if (!connection)
         return;
-    // One of each user at once, as it comes.
+    // A turn of each user at once, as it comes.
     User &user = m_users[connection->client.uid];
     if (user.waiting.empty() && !std::exchange(user.hadTurn, true))
         return serve(id);
@@ -177,7 +178,7 @@ void SocketServer::onReadable(quint64 id)
         m_turns.start(0);
 }
 
-// A message of one user, and then one of the next.
+// A turn of one user, and then one of the next.
 void SocketServer::serveTurns()
 {
     const QPointer<SocketServer> alive(this);
@@ -200,16 +201,20 @@ void SocketServer::serveTurns()
 
 void SocketServer::serve(quint64 id)
 {
-    Connection *connection = find(id);
-    if (!connection)
-        return;
-    connection->lastTurn = ++m_lastTurn;
     const QPointer<SocketServer> alive(this);
-    const int error = receive(*connection);
-    if (!alive)
-        return;
-    if (error && error != EAGAIN)
-        return drop(id);
+    for (int message = 0; message < MessagesPerTurn; ++message) {
+        Connection *connection = find(id);
+        if (!connection)
+            return;
+        connection->lastTurn = ++m_lastTurn;
+        const int error = receive(*connection);
+        if (!alive)
+            return;
+        if (error == EAGAIN)
+            break;
+        if (error)
+            return drop(id);
+    }
     // Whether there is more is asked together with all others.
     if (Connection *still = find(id))
         still->notifier->setEnabled(true);
