@@ -3,6 +3,7 @@
 
 #include <oz/PpsText.hpp>
 
+#include "support/pps/PpsChanges.hpp"
 #include "support/pps/PpsLines.hpp"
 
 #include <cstdint>
