@@ -207,7 +207,8 @@ private:
     QProcess m_process;
 };
 
-// One order as `ozdevice sim` would give it, to a daemon that may die any moment.
+// A detached display that is turned is not announced to applications, so the attached one is. One order as
+// `ozdevice sim` would give it, to a daemon that may die any moment.
 void disturb(std::mt19937 &random)
 {
     static const QStringList orders{"battery level 10", "battery level 90", "battery plug", "battery unplug",
