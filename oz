@@ -9,7 +9,10 @@ packages=(
     libxcb-randr0-dev
     libgtest-dev libgmock-dev
 )
-test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish)
+test_packages=(
+    xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
+    dbus libumockdev-dev upower
+)
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git)
