@@ -107,6 +107,32 @@ private:
     Process m_service;
 };
 
+/*! A Wayland compositor without a screen. It does not run as root, so root becomes another user for it. */
+class SwayRig final : public Rig
+{
+public:
+    SwayRig();
+    void start() override;
+    void stop() override { m_compositor.end(); }
+    void stall(bool stalls) override { m_compositor.stall(stalls); }
+    [[nodiscard]] bool isProcess() const override { return true; }
+    [[nodiscard]] QStringList arguments() const override
+    {
+        return {"--simulated", "--source", "display=wayland display=" + m_folder.filePath("wayland-1")};
+    }
+    /*! The output has 1024x768 or 800x600 pixels. */
+    void change(bool there) override;
+    /*! Tells the compositor something; whether it does that. */
+    bool order(const QStringList &words);
+
+private:
+    [[nodiscard]] static QStringList asUser(const QStringList &program);
+    [[nodiscard]] QString socket() const { return m_folder.filePath("ipc"); }
+
+    QTemporaryDir m_folder;
+    Process m_compositor;
+};
+
 /*! UPower over a battery and a charger that are not there. */
 class UPowerRig final : public BusRig
 {
