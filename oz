@@ -11,7 +11,7 @@ packages=(
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus libumockdev-dev upower sway modemmanager
+    dbus libumockdev-dev upower sway modemmanager python3-dbusmock libglib2.0-bin
 )
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)

@@ -1,6 +1,7 @@
 #include "services/Rigs.hpp"
 #include "services/Services.hpp"
 
+#include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
@@ -92,6 +93,45 @@ TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
         rig.modem.registerIn(AtModem::Home, AtModem::Lte);
         EXPECT_TRUE(waitUntil([&] { return radio.networkCount() == 1 && !network.name().isEmpty(); }));
     }
+}
+
+class ProfilesTest : public DeviceTest
+{
+protected:
+    ProfilesTest()
+    {
+        rig.start();
+        daemon.setProcessEnvironment(rig.environment());
+        daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--source", "data-profile=networkmanager"});
+        PpsObject control("/pps/system/ozdeviced/control");
+        EXPECT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    }
+    ~ProfilesTest() override
+    {
+        daemon.terminate();
+        EXPECT_TRUE(daemon.waitForFinished());
+    }
+
+    NetworkManagerRig rig;
+    QProcess daemon;
+};
+
+TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible)
+{
+    EXPECT_EQ(CellularDataInterface().allNames(), QStringList{"Internet--Home-"});
+    CellularDataInterface profile("Internet--Home-");
+    CellularDataInterface other("Internet--Home-");
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(waitUntil([&] { return profile.connectionState() == CellularConnectionState::Connected; }));
+    EXPECT_EQ(other.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_EQ(profile.requestDisconnect(), CellularConnectionRequestResult::Requested);
+    settle();
+    EXPECT_EQ(profile.connectionState(), CellularConnectionState::Connected); // for the other
+    EXPECT_EQ(other.requestDisconnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(
+        waitUntil([&] { return profile.connectionState() == CellularConnectionState::Disconnected; }));
+    rig.refuse();
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::NotPossible);
 }
 
 } // namespace

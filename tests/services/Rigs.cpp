@@ -282,4 +282,56 @@ void ModemRig::change(bool there)
     modem.registerIn(there ? AtModem::Roaming : AtModem::Home, there ? AtModem::Umts : AtModem::Lte);
 }
 
+namespace {
+const QString NetworkManagerName = "org.freedesktop.NetworkManager";
+const QString NetworkManagerPath = "/org/freedesktop/NetworkManager";
+} // namespace
+
+NetworkManagerRig::NetworkManagerRig()
+    : BusRig("data-profile=networkmanager", NetworkManagerName,
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "networkmanager"}, {})
+{
+}
+
+QString NetworkManagerRig::call(const QString &path, const QString &method, const QStringList &arguments)
+{
+    Process process;
+    process.run("gdbus",
+        QStringList{
+            "call", "--system", "--dest", NetworkManagerName, "--object-path", path, "--method", method}
+            + arguments,
+        environment());
+    EXPECT_TRUE(process.hasEnded());
+    EXPECT_EQ(process.exitCode(), 0) << method.toStdString();
+    return QString::fromUtf8(process.readAll()).section('\'', 1, 1);
+}
+
+void NetworkManagerRig::start()
+{
+    BusRig::start();
+    // The template has no modems; what a connection is over makes no difference to it.
+    (void)call(NetworkManagerPath, "org.freedesktop.DBus.Mock.AddEthernetDevice", {"modem", "wwan0", "30"});
+    m_connection = call(NetworkManagerPath + "/Settings", NetworkManagerName + ".Settings.AddConnection",
+        {"{'connection': {'id': <'Internet (Home)'>, 'uuid': <'6e1e0ac2-1'>, 'type': <'gsm'>, "
+         "'autoconnect': <false>}, 'gsm': {'apn': <'internet.example'>}}"});
+}
+
+void NetworkManagerRig::change(bool there)
+{
+    if (there) {
+        m_active = call(NetworkManagerPath, NetworkManagerName + ".ActivateConnection",
+            {m_connection, NetworkManagerPath + "/Devices/modem", "/"});
+    } else {
+        (void)call(NetworkManagerPath, NetworkManagerName + ".DeactivateConnection", {m_active});
+    }
+}
+
+void NetworkManagerRig::refuse()
+{
+    (void)call(NetworkManagerPath, "org.freedesktop.DBus.Mock.AddMethod",
+        {NetworkManagerName, "ActivateConnection", "ooo", "o",
+            "raise dbus.exceptions.DBusException('not for you', name='" + NetworkManagerName
+                + ".PermissionDenied')"});
+}
+
 } // namespace oz::testing

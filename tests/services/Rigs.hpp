@@ -171,4 +171,22 @@ public:
     AtModem modem;
 };
 
+/*! NetworkManager as its mock template plays it, with a mobile connection "Internet (Home)". */
+class NetworkManagerRig final : public BusRig
+{
+public:
+    NetworkManagerRig();
+    void start() override;
+    /*! The connection is activated, or not, by somebody else. */
+    void change(bool there) override;
+    /*! Has it refuse to activate anything, as for a user without the right. */
+    void refuse();
+    /*! Calls a method as the system's tools do, and gives the answer. */
+    QString call(const QString &path, const QString &method, const QStringList &arguments);
+
+private:
+    QString m_connection;
+    QString m_active;
+};
+
 } // namespace oz::testing

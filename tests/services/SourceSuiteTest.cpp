@@ -2,6 +2,7 @@
 #include "services/Services.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
@@ -146,6 +147,11 @@ const Case Cases[] = {
         [] { return static_cast<QObject *>(new DisplayInfo(0)); },
         R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
         R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
+    {"networkmanager", [] { return std::make_unique<NetworkManagerRig>(); },
+        [] { return static_cast<QObject *>(new CellularDataInterface("Internet--Home-")); },
+        R"(connectionState(Connected) connectionState(2) networkInterfaceName("wwan0"))",
+        R"(connectionState(Disconnected) connectionState(0) networkInterfaceName(""))",
+        R"(apn("") enabled(false))"},
     {"modemmanager_network", [] { return std::make_unique<ModemRig>("cellular-network"); },
         make<CellularNetworkInfo>, "services(Data|DataUmts) services(16640) roaming(true)",
         "services(Data|DataLte) services(2097408) roaming(false)",
