@@ -6,6 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
+    libncurses-dev
     libxcb-randr0-dev
     libgtest-dev libgmock-dev
 )
