@@ -2,13 +2,16 @@
 
 #include "phone/SimulatedPhone.hpp"
 #include "publishing/Publisher.hpp"
+#include "publishing/StateStore.hpp"
 #include "source/Source.hpp"
 
 #include <QMap>
 #include <QStringList>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <typeindex>
 #include <vector>
 
 namespace oz::services {
@@ -22,7 +25,10 @@ class Providers
 public:
     using MakePhone = std::function<std::unique_ptr<SimulatedPhone>()>;
 
-    explicit Providers(MakePhone makePhone) : m_makePhone(std::move(makePhone)) { }
+    Providers(StateStore &store, MakePhone makePhone) : m_store(store), m_makePhone(std::move(makePhone)) { }
+
+    /*! For what has to be known again after the daemon died. */
+    [[nodiscard]] StateStore &store() const { return m_store; }
 
     [[nodiscard]] SimulatedPhone &phone()
     {
@@ -30,12 +36,30 @@ public:
             m_phone = m_makePhone();
         return *m_phone;
     }
+    /*! The one of this type that all sources share, which is made where there is none. */
+    template <typename Type>
+    [[nodiscard]] std::shared_ptr<Type> shared()
+    {
+        return shared<Type>([] { return std::make_shared<Type>(); });
+    }
+    /*! As shared(), made by \a make. */
+    template <typename Type, typename Make>
+    [[nodiscard]] std::shared_ptr<Type> shared(const Make &make)
+    {
+        std::weak_ptr<void> &entry = m_shared[typeid(Type)];
+        auto present = std::static_pointer_cast<Type>(entry.lock());
+        if (!present)
+            entry = present = make();
+        return present;
+    }
     /*! The simulated phone where something uses it, else null. */
     [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }
 
 private:
+    StateStore &m_store;
     MakePhone m_makePhone;
     std::unique_ptr<SimulatedPhone> m_phone;
+    std::map<std::type_index, std::weak_ptr<void>> m_shared;
 };
 
 /*! The sources of all facilities that have one. */
@@ -79,6 +103,13 @@ struct SourceKind
     /*! Why "auto" would not take it here; empty where it would. Nothing for one that "auto" never takes. */
     std::function<QString()> obstacle;
 };
+
+/*! For a source that "auto" takes on every system: it is absent, for a reason, until what it asks is there.
+ */
+inline QString noObstacle()
+{
+    return {};
+}
 
 /*! A facility of the device as the daemon offers it: who can feed it, and who publishes it. */
 struct Facility
