@@ -13,7 +13,7 @@ namespace {
 
 constexpr qsizetype MostEntries = 100'000; // of a log
 constexpr qsizetype MostAtOnce = 500; // in an answer
-constexpr std::chrono::seconds LongestWait(20); // for something to happen
+constexpr std::chrono::seconds LongestWait(20); // for something to happen; clients give up later
 constexpr double Fastest = 100'000; // as `ozdevice sim clock speed` takes it
 
 const QString FileKey = QStringLiteral("file");
@@ -49,6 +49,12 @@ ScenarioOptions optionsOf(const QVariantMap &order)
 }
 
 } // namespace
+
+ScenarioService::ScenarioService(const Tree &tree, Phone phone) : m_tree(tree), m_phone(std::move(phone))
+{
+    m_patience.setSingleShot(true);
+    connect(&m_patience, &QTimer::timeout, this, [this] { answerWaiting(true); });
+}
 
 QVariantMap ScenarioService::play(const QVariantMap &order)
 {
@@ -102,20 +108,46 @@ RequestTable ScenarioService::requests()
          })},
         {QStringLiteral("public-values"), {},
             answered([this](const QVariantMap &) { return describePublic(m_tree); })},
+        {QStringLiteral("record"), {}, answered([this](const QVariantMap &order) {
+             record(order);
+             return QVariant();
+         })},
+        {QStringLiteral("recorded"), {},
+            answered([this](const QVariantMap &order) { return recorded(order); })},
         {QStringLiteral("scenario"), {},
             [this](const Request &request, const Answer &answer) {
                 const auto from = request.data.toMap().value(QStringLiteral("from")).toLongLong();
                 if (!m_player)
                     return answer(Reply::failure(ENOENT, QStringLiteral("no scenario has been played")));
+                if (m_waiting.empty())
+                    m_patience.start(LongestWait);
                 m_waiting.push_back({answer, from});
-                answerWaiting();
-                // Its client waits for an answer no longer than it does for others.
-                QTimer::singleShot(LongestWait, this, [this, answer, from] {
-                    if (m_player)
-                        answer(tellFrom(from));
-                });
+                answerWaiting(false);
             }},
     };
+}
+
+void ScenarioService::record(const QVariantMap &order)
+{
+    const QStringList facilities = order.value(QStringLiteral("facilities")).toStringList();
+    m_recorder =
+        std::make_unique<Recorder>(m_tree, facilities.isEmpty() ? Recorder::facilities() : facilities,
+            order.value(QStringLiteral("keep-identifiers")).toBool());
+}
+
+QVariantMap ScenarioService::recorded(const QVariantMap &order)
+{
+    if (!m_recorder)
+        throw Error(QStringLiteral("nothing is being recorded"));
+    const QStringList &steps = m_recorder->steps();
+    const qsizetype from =
+        std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
+    const QStringList told = steps.mid(from, MostAtOnce);
+    const QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
+        {QStringLiteral("phone"), m_recorder->phone()}};
+    if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
+        m_recorder.reset();
+    return answer;
 }
 
 void ScenarioService::onLogged(const ScenarioEntry &entry)
@@ -130,7 +162,7 @@ void ScenarioService::onLogged(const ScenarioEntry &entry)
     if (!std::exchange(m_isAnswerPlanned, true)) {
         QTimer::singleShot(0, this, [this] {
             m_isAnswerPlanned = false;
-            answerWaiting();
+            answerWaiting(false);
         });
     }
 }
@@ -138,14 +170,14 @@ void ScenarioService::onLogged(const ScenarioEntry &entry)
 void ScenarioService::onFinished()
 {
     Q_EMIT finished(m_player->state(), m_player->problem());
-    answerWaiting();
+    answerWaiting(false);
 }
 
-void ScenarioService::answerWaiting()
+void ScenarioService::answerWaiting(bool all)
 {
     const bool isOver = m_player->state() != ScenarioPlayer::Playing;
     std::erase_if(m_waiting, [&](const Waiting &waiting) {
-        if (!isOver && waiting.from >= m_dropped + m_entries.size())
+        if (!all && !isOver && waiting.from >= m_dropped + m_entries.size())
             return false;
         waiting.answer(tellFrom(waiting.from));
         return true;

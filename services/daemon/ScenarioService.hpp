@@ -1,9 +1,11 @@
 #pragma once
 
+#include "phone/Recorder.hpp"
 #include "phone/ScenarioPlayer.hpp"
 #include "publishing/ControlObject.hpp"
 
 #include <QObject>
+#include <QTimer>
 #include <QVariantMap>
 
 #include <memory>
@@ -12,8 +14,8 @@
 namespace oz::services {
 
 /*!
- * Plays scenarios on the simulated phone, one at a time, for who asks for it through the daemon's control
- * object:
+ * Plays scenarios on the simulated phone, one at a time, and records them, for who asks for it through the
+ * daemon's control object:
  * - "play" ("dat": "file", and where wanted "speed", a number or "max", "seed", "keep-going", "variables",
  * and "check" to check the file alone): plays it, or says what is wrong with it. The answer has "description"
  * and "expectations", whether there are any.
@@ -21,6 +23,10 @@ namespace oz::services {
  * number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped") and the "problem".
  * - "stop-scenario" ends it.
  * - "public-values" lists what conditions can name.
+ * - "record" ("dat": "facilities", all that can be recorded where none are named, and "keep-identifiers")
+ * begins to record what the device does, in the place of what was recorded before.
+ * - "recorded" ("dat": "from", and "end" to end it) answers with the "steps" from that number on, their
+ * "count", and the "phone" of the recording.
  */
 class ScenarioService : public QObject
 {
@@ -35,7 +41,7 @@ public:
         std::function<Scenario::CheckOrder()> makeCheck;
     };
 
-    ScenarioService(const Tree &tree, Phone phone) : m_tree(tree), m_phone(std::move(phone)) { }
+    ScenarioService(const Tree &tree, Phone phone);
 
     /*! Loads the file that \a order names, and plays it; throws Error. */
     QVariantMap play(const QVariantMap &order);
@@ -55,8 +61,10 @@ private:
 
     void onLogged(const ScenarioEntry &entry);
     void onFinished();
-    void answerWaiting();
+    void answerWaiting(bool all);
     [[nodiscard]] Reply tellFrom(qsizetype from) const;
+    void record(const QVariantMap &order);
+    [[nodiscard]] QVariantMap recorded(const QVariantMap &order);
 
     const Tree &m_tree;
     Phone m_phone;
@@ -64,7 +72,9 @@ private:
     QList<ScenarioEntry> m_entries; // the newest
     qsizetype m_dropped = 0; // that were before those
     std::vector<Waiting> m_waiting;
+    QTimer m_patience; // of those that wait
     bool m_isAnswerPlanned = false;
+    std::unique_ptr<Recorder> m_recorder;
 };
 
 } // namespace oz::services

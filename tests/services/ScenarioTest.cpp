@@ -3,18 +3,28 @@
 #include "services/Services.hpp"
 
 #include "daemon/Daemon.hpp"
+#include "meta/MetaText.hpp"
 #include "publishing/Error.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/Led.hpp>
+#include <oz/device/SdCardInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
 
 #include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 using namespace oz;
 using namespace oz::services;
 using namespace oz::testing;
 
 namespace {
+
+const QString Control = "/pps/system/ozdeviced/control";
 
 class ScenarioTest : public DeviceTest
 {
@@ -24,7 +34,7 @@ protected:
     {
         root.place("/s.json", text);
         try {
-            (void)daemon.scenarios().play({{"file", root.file("/s.json")}, {"check", true}});
+            (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"check", true}});
         } catch (const Error &error) {
             return error.text().remove(root.file("/"));
         }
@@ -42,22 +52,23 @@ protected:
         QString end;
         QObject context;
         QObject::connect(
-            &daemon.scenarios(), &ScenarioService::logged, &context, [&](const ScenarioEntry &entry) {
+            &daemon->scenarios(), &ScenarioService::logged, &context, [&](const ScenarioEntry &entry) {
                 played.append(QStringList{QString::number(double(entry.time.count()) / 1000), entry.text,
                     entry.outcome, entry.detail}
                                   .join(' ')
                                   .trimmed());
             });
         QObject::connect(
-            &daemon.scenarios(), &ScenarioService::finished, &context, [&](ScenarioPlayer::State state) {
+            &daemon->scenarios(), &ScenarioService::finished, &context, [&](ScenarioPlayer::State state) {
                 end = state == ScenarioPlayer::Passed ? "passed" : "failed";
             });
-        (void)daemon.scenarios().play(order);
+        (void)daemon->scenarios().play(order);
         EXPECT_TRUE(waitUntil([&] { return !end.isEmpty(); })) << steps.toStdString();
         return played << end;
     }
 
-    Daemon daemon{Configuration::simulated(), JsonNode::emptyMap()};
+    std::unique_ptr<Daemon> daemon =
+        std::make_unique<Daemon>(Configuration::simulated(), JsonNode::emptyMap());
 };
 
 TEST_F(ScenarioTest, AFileIsCheckedToItsEndBeforeAnythingHappens)
@@ -270,9 +281,10 @@ TEST_F(ScenarioTest, AStepThatFailsEndsItUnlessItKeepsGoing)
     EXPECT_EQ(play(steps, {{"keep-going", true}}),
         (QStringList{"0 sdcard unmount done", busy,
             "0 expect sdcard.busy within 0 s failed sdcard.busy is false", "0 x said", "failed"}));
-    EXPECT_THROW((void)daemon.scenarios().play({{"file", "s.json"}}), Error);
+    EXPECT_THROW((void)daemon->scenarios().play({{"file", "s.json"}}), Error);
     for (const char *speed : {"0", "fast", "-1", "nan"})
-        EXPECT_THROW((void)daemon.scenarios().play({{"file", root.file("/s.json")}, {"speed", speed}}), Error)
+        EXPECT_THROW(
+            (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"speed", speed}}), Error)
             << speed;
 }
 
@@ -301,6 +313,93 @@ TEST_F(ScenarioTest, TimersThatStartOneAnotherKeepTheirTimesWhenTheClockIsAdvanc
     clock.advance(std::chrono::seconds(1));
     EXPECT_EQ(ended, (QList<qint64>{100, 500, 900}));
     EXPECT_EQ(clock.now().count(), 1000);
+}
+
+// What applications hear while a phone is told \a orders, one after the other, or plays a scenario.
+QStringList heardFrom(const std::function<void()> &act)
+{
+    device::BatteryInfo battery;
+    device::SdCardInfo card;
+    device::SimCardInfo simcard;
+    device::CellularNetworkInfo network;
+    device::CellularRadioInfo radio;
+    device::DisplayInfo display(1);
+    QStringList heard;
+    std::vector<std::unique_ptr<meta::SignalTap>> taps;
+    for (QObject *object :
+        std::initializer_list<QObject *>{&battery, &card, &simcard, &network, &radio, &display}) {
+        taps.push_back(std::make_unique<meta::SignalTap>(
+            object, [&heard](const QMetaMethod &signal, const QVariantList &arguments) {
+                QStringList texts{QString::fromLatin1(signal.name())};
+                for (const QVariant &argument : arguments)
+                    texts.append(meta::valueText(argument));
+                heard.append(texts.join(' '));
+            }));
+    }
+    settle();
+    heard.clear();
+    act();
+    settle();
+    return heard;
+}
+
+TEST_F(ScenarioTest, ARecordingPlaysTheSameToApplicationsWithoutSayingWhoTheyAre)
+{
+    const QStringList orders{"battery plug", "battery level 41", "battery temperature unknown",
+        "battery wireless RX-SECRET", "sdcard busy", "sdcard unmount", "sdcard mount", "simcard pin",
+        "simcard remove", "simcard insert", "cellular-network home-lte rssi -101",
+        "cellular-network home-umts serve", "cellular-network home-umts leave",
+        "cellular-network abroad serve", "radio data-roaming on", "radio power off", "display attach 1",
+        "display rotate 1 90", "display resize 1 640 480", "display remove 1", "orientation left-up",
+        "activity standby", "hardware name AnnSecret"};
+    // At the beginning it is not as another phone is.
+    sim("battery level 50");
+    (void)ask(Control, {{"msg", "record"}, {"id", 1}, {"dat", QVariantMap()}});
+    QStringList heard = heardFrom([&] {
+        for (const QString &order : orders) {
+            sim(order);
+            // Each has a time of its own.
+            QElapsedTimer since;
+            since.start();
+            EXPECT_TRUE(waitUntil([&] { return since.elapsed() > 4; }));
+        }
+    });
+    EXPECT_GT(heard.size(), 40);
+    const QVariantMap recorded =
+        ask(Control, {{"msg", "recorded"}, {"id", 1}, {"dat", QVariantMap{{"from", 0}, {"end", true}}}})
+            .value("dat")
+            .toMap();
+    const QByteArray phone =
+        QJsonDocument(QJsonObject::fromVariantMap(recorded.value("phone").toMap())).toJson();
+    const QByteArray steps = recorded.value("steps").toStringList().join(",\n").toUtf8();
+    // IMSI and ICCID of the phone, and names that people gave.
+    for (const char *identifier : {"001010000000001", "8900100000000000001", "RX-SECRET", "Secret"})
+        EXPECT_FALSE((phone + steps).contains(identifier)) << identifier;
+    EXPECT_TRUE(phone.contains("\"imsi\": \"001000000000001\"")) << phone.toStdString();
+    EXPECT_TRUE(steps.contains("battery wireless receiver-1")) << steps.toStdString();
+
+    root.place("/recorded.json", "{\"phone\": " + phone + ", \"steps\": [" + steps + "]}");
+    daemon.reset();
+    daemon = std::make_unique<Daemon>(
+        Configuration::simulated(), readPhoneFile(root.file("/recorded.json")), Daemon::Start::Fresh);
+    QString end;
+    QObject::connect(&daemon->scenarios(), &ScenarioService::finished, &daemon->scenarios(),
+        [&](ScenarioPlayer::State, const QString &problem) { end = "ended " + problem; });
+    const QStringList again = heardFrom([&] {
+        (void)daemon->scenarios().play({{"file", root.file("/recorded.json")}, {"speed", 0.1}});
+        EXPECT_TRUE(waitUntil([&] { return !end.isEmpty(); }));
+    });
+    EXPECT_EQ(end, "ended ");
+    heard.replaceInStrings("RX-SECRET", "receiver-1");
+    heard.replaceInStrings("8900100000000000001", "8900000000000000001");
+    heard.replaceInStrings("001010000000001", "001000000000001");
+    heard.replaceInStrings("cellIdChanged 8193", "cellIdChanged 2");
+    heard.replaceInStrings("cellIdChanged 513", "cellIdChanged 3");
+    heard.replaceInStrings("locationAreaCodeChanged 78", "locationAreaCodeChanged 1");
+    heard.replaceInStrings("locationAreaCodeChanged 9", "locationAreaCodeChanged 2");
+    // The first steps lead to where the recording began.
+    EXPECT_EQ(again.mid(std::max<qsizetype>(again.indexOf(heard.value(0)), 0)).join('\n').toStdString(),
+        heard.join('\n').toStdString());
 }
 
 } // namespace

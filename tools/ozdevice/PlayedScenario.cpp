@@ -115,7 +115,7 @@ void PlayedScenario::play()
     const QVariantMap told = askDaemon(QStringLiteral("play"), order()).toMap();
     m_hasExpectations = told.value(QStringLiteral("expectations")).toBool();
     const QString description = told.value(QStringLiteral("description")).toString();
-    if (!description.isEmpty() && !m_options.json)
+    if (!description.isEmpty() && !m_options.json && !m_options.quiet)
         printLine(painted(Paint::Bold, description));
     m_isPlaying = true;
     m_state = QStringLiteral("playing");
@@ -154,7 +154,10 @@ void PlayedScenario::onAnswer()
         throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
     const QVariantMap told = answer.value(QStringLiteral("dat")).toMap();
     for (const QVariant &entry : told.value(QStringLiteral("entries")).toList()) {
-        print(entry.toMap());
+        if (!m_options.quiet)
+            print(entry.toMap());
+        if (textAt(entry, "outcome") == u"said")
+            Q_EMIT said(textAt(entry, "text"));
         m_entries.append(entry);
     }
     m_next = told.value(QStringLiteral("next")).toLongLong();

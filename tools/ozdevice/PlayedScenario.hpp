@@ -24,6 +24,7 @@ struct ScenarioOptions
     std::vector<std::string> variables; //!< NAME=VALUE
     std::string junit;
     bool json = false;
+    bool quiet = false; //!< prints nothing
 
     /*! All but the scenario's own name. */
     void addTo(CLI::App *verb);
@@ -60,6 +61,8 @@ public:
     [[nodiscard]] const QString &problem() const { return m_problem; }
 
 Q_SIGNALS:
+    /*! What the scenario says. */
+    void said(const QString &text);
     void finished();
 
 private:

@@ -48,6 +48,7 @@ void addDoctorVerb(CLI::App &parser, Action &action);
 void addListVerb(CLI::App &parser, Action &action);
 void addPlayVerb(CLI::App &parser, Action &action);
 void addPpsVerbs(CLI::App &parser, Action &action);
+void addRecordVerb(CLI::App &parser, Action &action);
 void addRunVerb(CLI::App &parser, Action &action);
 void addSetVerb(CLI::App &parser, Action &action);
 void addShowVerb(CLI::App &parser, Action &action);

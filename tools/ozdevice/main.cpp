@@ -29,6 +29,7 @@ void addVerbs(CLI::App &parser, Action &action)
     addRunVerb(parser, action);
     addSimVerb(parser, action);
     addPlayVerb(parser, action);
+    addRecordVerb(parser, action);
     addWaitReadyVerb(parser, action);
     addDemoVerb(parser, action);
     addPpsVerbs(parser, action);
