@@ -662,6 +662,25 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
         EXPECT_TRUE(text.contains("| `" + line.trimmed().section(' ', 0, 0) + "` |")) << line.toStdString();
 }
 
+TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
+{
+    const QString file = root.file("/r.json");
+    const QString script = OZ_COMMAND " sim battery level 33; exit 4";
+    {
+        const Phone phone;
+        EXPECT_EQ(run({"record", file, "--", "bash", "-c", script}).status, 4);
+        EXPECT_EQ(run({"record", root.file("/none/r.json"), "--for", "1s"}).status, 1);
+        const Result led = run({"record", file + "2", "--only", "battery,led", "--for", "1s"});
+        EXPECT_EQ(led.status, 1);
+        EXPECT_TRUE(led.errors.startsWith("ozdevice: led cannot be recorded; what can is sdcard, "))
+            << led.errors.toStdString();
+    }
+    const Result played = run({"run", "--scenario", file, "--until-played", "--", "sleep", "100"});
+    EXPECT_EQ(played.status, 0) << played.errors.toStdString();
+    EXPECT_TRUE(played.output.contains("battery level 80\n") && played.output.contains("battery level 33\n"))
+        << played.output.toStdString();
+}
+
 TEST_F(CommandTest, TheConsoleShowsThePhoneAsItChangesAndDrivesIt)
 {
     const Phone phone;
