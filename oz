@@ -6,13 +6,13 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev libncurses-dev
+    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
     lowdown
     libgtest-dev libgmock-dev
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus libumockdev-dev upower sway
+    dbus libumockdev-dev upower sway modemmanager
 )
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
