@@ -6,7 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev
+    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
+    lowdown
     libgtest-dev libgmock-dev
 )
 test_packages=(
@@ -23,7 +24,7 @@ usage() {
     cat <<'TEXT'
 Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
 
-  demo      builds what it shows, starts a simulated phone of its own and shows a live SD card for a short tour; with
+  demo      builds what it shows, starts a simulated phone of its own and shows all of it, live, for half a minute; with
             --real, what this machine has: what feeds each facility, what it says, and what changes for a while
   test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...). With the release
             preset, what is installed is what is tested

@@ -91,6 +91,12 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
             [this](const QStringList &words) {
                 m_battery.condition = conditionOf(SimArgument::oneOf(words[0], conditionWords()));
             }),
+        SimVerb::onOff(QStringLiteral("hold"),
+            QStringLiteral("keeps the charge as it is, or lets it move by itself"),
+            [this](bool on) {
+                m_isHeld = on;
+                update();
+            }),
         verb(QStringLiteral("remove"), {}, QStringLiteral("takes the battery out"),
             [this](const QStringList &) { m_present = false; }),
         verb(QStringLiteral("insert"), {}, QStringLiteral("puts the battery in"),
@@ -102,7 +108,8 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
 QVariantMap SimulatedBattery::saved() const
 {
     QVariantMap saved{{QStringLiteral("level"), m_level}, {QStringLiteral("present"), m_present},
-        {QStringLiteral("plugged"), m_plugged}, {QStringLiteral("receiver"), m_receiver},
+        {QStringLiteral("plugged"), m_plugged}, {QStringLiteral("held"), m_isHeld},
+        {QStringLiteral("receiver"), m_receiver},
         {QStringLiteral("condition"), m_battery.condition ? int(*m_battery.condition) + 1 : 0}};
     if (m_battery.temperature)
         saved.insert(QStringLiteral("temperature"), *m_battery.temperature);
@@ -114,6 +121,7 @@ void SimulatedBattery::restore(const QVariantMap &saved)
     m_level = std::clamp(saved.value(QStringLiteral("level")).toInt(), 0, 100);
     m_present = saved.value(QStringLiteral("present")).toBool();
     m_plugged = saved.value(QStringLiteral("plugged")).toBool();
+    m_isHeld = saved.value(QStringLiteral("held")).toBool();
     m_receiver = saved.value(QStringLiteral("receiver")).toString();
     m_battery.condition = conditionOf(std::clamp(saved.value(QStringLiteral("condition")).toInt(), 0, 2));
     m_battery.temperature.reset();
@@ -140,7 +148,9 @@ Charging SimulatedBattery::charging() const
 void SimulatedBattery::update()
 {
     int step = 0;
-    if (m_present && chargers() == 0)
+    if (m_isHeld)
+        step = 0;
+    else if (m_present && chargers() == 0)
         step = m_level > 0 ? -1 : 0;
     else if (m_present && takesCharge())
         step = m_level < 100 ? 1 : 0;

@@ -26,6 +26,7 @@ private:
     bool m_present;
     bool m_plugged;
     QString m_receiver;
+    bool m_isHeld = false; // as it was told, whatever the chargers do
     std::chrono::milliseconds m_chargingPace; // for one percent
     std::chrono::milliseconds m_dischargingPace;
     int m_step = 0; // of the level, at the end of the timer's current interval

@@ -77,13 +77,15 @@ public:
     // Publishes everything; apart from making the sources, so that a wrong configuration disturbs nothing.
     void publish(Tree &tree)
     {
+        m_tree = &tree;
         for (Row &row : m_rows) {
             if (Source *source = m_sources.of(row.facility->name))
                 row.publisher = row.facility->publish(*source, m_sources, tree);
         }
         if (SimulatedPhone *phone = m_providers.phoneInUse()) {
-            phone->setFurtherVerbs(
-                [this](const QString &part, const QString &instance) { return faultVerbs(part, instance); });
+            phone->setFurtherVerbs([this](const QString &part, const QString &instance) {
+                return furtherVerbs(part, instance);
+            });
         }
     }
 
@@ -147,21 +149,37 @@ public:
         return phone ? phone->describe() : QVariantMap();
     }
 
-    // Throws Error where that cannot be told it.
-    void tellPhone(const QString &name, const QStringList &words)
+    // Throws Error where there is none.
+    [[nodiscard]] SimulatedPhone &phone() const
     {
-        const Facility *facility = findFacility(name);
-        for (const Row &row : m_rows) {
-            if (row.facility == facility && row.source == SourceChoice::None)
-                throw Error(QLatin1String("nothing feeds ") + row.facility->name);
-            if (row.facility == facility && row.source != SimulatedSource) {
-                throw Error(row.facility->name + QLatin1String(" is fed by '") + row.source
-                    + QLatin1String("', not by the simulated phone"));
-            }
-        }
         if (!m_providers.phoneInUse())
             throw Error(QStringLiteral("no facility is fed by the simulated phone"));
-        m_providers.phone().run(facility ? facility->name : name, words);
+        return *m_providers.phoneInUse();
+    }
+
+    // Throws Error where that cannot be told it.
+    void tellPhone(const QString &name, const QStringList &words) { phone().run(simulatedPart(name), words); }
+
+    // Tells orders to a phone that is like this one, and that nobody sees.
+    [[nodiscard]] Scenario::CheckOrder makeOrderCheck()
+    {
+        struct Double
+        {
+            StateStore store; // in memory
+            std::unique_ptr<SimulatedPhone> phone;
+        };
+        const auto copy = std::make_shared<Double>();
+        copy->phone = std::make_unique<SimulatedPhone>(*m_phoneFile, phoneParts(), copy->store);
+        copy->phone->clock().setSpeed(0);
+        copy->phone->setFurtherVerbs([this](const QString &part, const QString &instance) {
+            std::vector<SimVerb> verbs = furtherVerbs(part, instance);
+            for (SimVerb &verb : verbs)
+                verb.run = verb.check;
+            return verbs;
+        });
+        return [this, copy](const QStringList &words) {
+            copy->phone->run(simulatedPart(words.first()), words.mid(1));
+        };
     }
 
 private:
@@ -173,6 +191,21 @@ private:
         QString reason; // why it is none
         std::unique_ptr<Publisher> publisher;
     };
+
+    // The part of the phone with this name; throws where something else feeds the facility.
+    [[nodiscard]] QString simulatedPart(const QString &name) const
+    {
+        const Facility *facility = findFacility(name);
+        for (const Row &row : m_rows) {
+            if (row.facility == facility && row.source == SourceChoice::None)
+                throw WrongOrder(QLatin1String("nothing feeds ") + row.facility->name);
+            if (row.facility == facility && row.source != SimulatedSource) {
+                throw WrongOrder(row.facility->name + QLatin1String(" is fed by '") + row.source
+                    + QLatin1String("', not by the simulated phone"));
+            }
+        }
+        return facility ? facility->name : name;
+    }
 
     [[nodiscard]] Row rowOf(const Facility &facility)
     {
@@ -205,17 +238,29 @@ private:
     }
 
     [[nodiscard]] std::unique_ptr<SimulatedPhone> makePhone(
-        const std::optional<JsonNode> &file, StateStore &store) const
+        const std::optional<JsonNode> &file, StateStore &store)
     {
-        return std::make_unique<SimulatedPhone>(
-            file ? *file : JsonNode::parseFile(m_configuration.phoneFile), phoneParts(), store);
+        m_phoneFile = file ? *file : readPhoneFile(m_configuration.phoneFile);
+        return std::make_unique<SimulatedPhone>(*m_phoneFile, phoneParts(), store);
     }
 
-    [[nodiscard]] std::vector<SimVerb> faultVerbs(const QString &name, const QString &instance) const
+    // What services can be told to suffer.
+    [[nodiscard]] std::vector<SimVerb> furtherVerbs(const QString &name, const QString &instance)
     {
         std::vector<SimVerb> verbs;
-        for (const Row &row : m_rows) {
-            if (row.facility->name != name || !row.publisher)
+        for (Row &row : m_rows) {
+            if (row.facility->name != name || row.source != SimulatedSource)
+                continue;
+            verbs.push_back({QStringLiteral("kill-service"), {},
+                QStringLiteral("ends the facility's service, as if it had crashed"),
+                [&row](const QStringList &) { row.publisher.reset(); }});
+            verbs.push_back({QStringLiteral("start-service"), {}, QStringLiteral("starts it again"),
+                [this, &row](const QStringList &) {
+                    if (!row.publisher)
+                        row.publisher =
+                            row.facility->publish(*m_sources.of(row.facility->name), m_sources, *m_tree);
+                }});
+            if (!row.publisher)
                 continue;
             const auto faults = row.publisher->faults();
             if (const auto found = faults.find(instance); found != faults.end()) {
@@ -227,6 +272,8 @@ private:
     }
 
     Configuration m_configuration;
+    Tree *m_tree = nullptr;
+    std::optional<JsonNode> m_phoneFile;
     Providers m_providers;
     Sources m_sources;
     std::vector<Row> m_rows; // last, so that publishers go before what they follow
@@ -234,7 +281,12 @@ private:
 
 Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode> &phone, Start start)
     : m_lock(std::make_unique<RootLock>()), m_store(devicePath(QStringLiteral("/pps/.ozdeviced"))),
-      m_tree(m_store), m_status(m_tree, StatusPpsPath), m_control(m_tree, ControlPpsPath, requests())
+      m_tree(m_store), m_status(m_tree, StatusPpsPath),
+      m_scenarios(m_tree,
+          {[this]() -> PhoneClock & { return m_running->phone().clock(); },
+              [this](const QStringList &words) { m_running->tellPhone(words.first(), words.mid(1)); },
+              [this] { return m_running->makeOrderCheck(); }}),
+      m_control(m_tree, ControlPpsPath, requests())
 {
     if (start == Start::Fresh)
         m_store.clear();
@@ -251,6 +303,7 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
 Daemon::~Daemon()
 {
     disconnect(&m_tree, nullptr, this, nullptr);
+    m_scenarios.stop(QStringLiteral("the services end"));
     m_running.reset();
     PpsPublisher(StatusPpsPath).remove();
 }
@@ -260,6 +313,7 @@ void Daemon::reload(const Configuration &configuration)
     // A phone or a source that cannot be made is found out before anything is taken down; the store has what
     // the phone is like now, and the new one goes on from there where its file is the same.
     auto next = std::make_unique<Running>(configuration, std::nullopt, m_store);
+    m_scenarios.stop(QStringLiteral("the phone was made anew"));
     m_running.reset();
     m_tree.setTrustedGroup(configuration.trustedGroup);
     m_running = std::move(next);
@@ -315,8 +369,11 @@ RequestTable Daemon::requests()
         return [this, handle](
                    const Request &request, const Answer &answer) { answer((this->*handle)(request)); };
     };
-    return {{QStringLiteral("describe"), {}, answered(&Daemon::describe)},
+    RequestTable requests{{QStringLiteral("describe"), {}, answered(&Daemon::describe)},
         {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
+    for (RequestKind &kind : m_scenarios.requests())
+        requests.push_back(std::move(kind));
+    return requests;
 }
 
 Reply Daemon::describe(const Request &)

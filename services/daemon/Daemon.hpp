@@ -1,6 +1,7 @@
 #pragma once
 
 #include "daemon/Configuration.hpp"
+#include "daemon/ScenarioService.hpp"
 #include "publishing/ControlObject.hpp"
 #include "publishing/StateStore.hpp"
 
@@ -14,8 +15,8 @@ namespace oz::services {
 /*!
  * All services of one device root. It serves, for tools:
  * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
- * the words that follow it in `ozdevice sim`) and "describe", for the daemon's own user only. It is served
- * last, so where it can be opened, everything is published.
+ * the words that follow it in `ozdevice sim`), "describe", and those of ScenarioService, for the daemon's own
+ * user only. It is served last, so where it can be opened, everything is published.
  * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
  * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
  */
@@ -40,6 +41,9 @@ public:
     /*! Whether everything is published. */
     [[nodiscard]] bool isReady() const { return m_isReady; }
 
+    /*! What plays scenarios on the simulated phone. */
+    [[nodiscard]] ScenarioService &scenarios() { return m_scenarios; }
+
     /*! Takes over another configuration, and the phone's file anew. Where that is wrong it throws Error, and
      * everything goes on as it was. */
     void reload(const Configuration &configuration);
@@ -63,6 +67,7 @@ private:
     Tree m_tree;
     StatePublisher m_status;
     std::unique_ptr<Running> m_running;
+    ScenarioService m_scenarios;
     ControlObject m_control;
     bool m_isReady = false;
 };

@@ -31,6 +31,8 @@ struct Options
 {
     std::string config;
     std::string phone;
+    std::string scenario;
+    std::string speed;
     std::vector<std::string> sources;
     std::string displays;
     std::string trustedGroup;
@@ -109,8 +111,8 @@ Configuration readConfiguration(const Options &options)
         config.choose(QStringLiteral("display"), QString::fromStdString(options.displays));
     if (!options.trustedGroup.empty())
         config.setTrustedGroup(QString::fromStdString(options.trustedGroup));
-    if (!options.phone.empty())
-        config.phoneFile = QString::fromStdString(options.phone);
+    if (!options.phone.empty() || !options.scenario.empty())
+        config.phoneFile = QString::fromStdString(options.phone.empty() ? options.scenario : options.phone);
     if (config.phoneFile.isEmpty())
         config.phoneFile = inPrefix(QStringLiteral("share/ozdevice/phone.json"));
     return config;
@@ -153,6 +155,27 @@ void reload(Daemon &daemon, const Options &options)
     sd_notify(0, "READY=1");
 }
 
+// Plays the scenario that was asked for, and logs what becomes of it.
+void playScenario(Daemon &daemon, const Options &options)
+{
+    QVariantMap order{
+        {QStringLiteral("file"), QFileInfo(QString::fromStdString(options.scenario)).absoluteFilePath()}};
+    if (!options.speed.empty())
+        order.insert(QStringLiteral("speed"), QString::fromStdString(options.speed));
+    QObject::connect(&daemon.scenarios(), &ScenarioService::logged, qApp, [](const ScenarioEntry &entry) {
+        qCInfo(logServices).noquote()
+            << entry.place + QLatin1String(": ") + entry.text + QLatin1String(": ") + entry.outcome;
+    });
+    QObject::connect(&daemon.scenarios(), &ScenarioService::finished, qApp,
+        [](ScenarioPlayer::State state, const QString &problem) {
+            if (state == ScenarioPlayer::Passed)
+                qCInfo(logServices) << "the scenario has been played";
+            else
+                qCWarning(logServices).noquote() << "the scenario ended:" << problem;
+        });
+    (void)daemon.scenarios().play(order);
+}
+
 int serve(const Options &options)
 {
     Daemon daemon(
@@ -173,6 +196,8 @@ int serve(const Options &options)
         announce();
     else
         QObject::connect(&daemon, &Daemon::ready, announce);
+    if (!options.scenario.empty())
+        playScenario(daemon, options);
     const int status = QCoreApplication::exec();
     sd_notify(0, "STOPPING=1");
     return status;
@@ -197,7 +222,15 @@ int main(int argc, char **argv)
             "for "
             "/usr; without that file, 'auto' for all)")
         ->type_name("FILE");
-    parser.add_option("--phone", options.phone, "The simulated phone's file")->type_name("FILE");
+    parser.add_option("--phone", options.phone, "The simulated phone's file, or a scenario that has one")
+        ->type_name("FILE");
+    auto *scenario =
+        parser.add_option("--scenario", options.scenario, "Play a scenario on the simulated phone")
+            ->type_name("FILE");
+    parser
+        .add_option(
+            "--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
+        ->needs(scenario);
     parser
         .add_option("--source", options.sources,
             "Feed a facility by a source, or by 'auto' or 'none', over what the configuration says")

@@ -90,6 +90,7 @@ void PowerManager::follow(quint64 client, const QString &name)
 void PowerManager::become(const Statuses &statuses)
 {
     const Statuses before = std::exchange(m_statuses, statuses);
+    tree().tell(m_device->path(), {{UserActivity, statuses.value(UserActivity)}});
     const std::map<quint64, QString> followed = m_followed;
     for (const auto &[client, name] : followed) {
         if (before.isEmpty())

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace oz::services {
 
@@ -9,7 +10,11 @@ PhoneClock::PhoneClock() : m_since(realTime())
 {
     m_wake.setSingleShot(true);
     m_wake.setTimerType(Qt::PreciseTimer);
-    connect(&m_wake, &QTimer::timeout, this, [this] { runUntil(now()); });
+    connect(&m_wake, &QTimer::timeout, this, [this] {
+        if (m_speed == WithoutWaiting && !m_due.empty())
+            m_before = std::max(m_before, m_due.begin()->first);
+        runUntil(passed());
+    });
 }
 
 PhoneClock::Time PhoneClock::realTime()
@@ -17,14 +22,23 @@ PhoneClock::Time PhoneClock::realTime()
     return std::chrono::duration_cast<Time>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
+// What a timer does when it ends happens at that time, however late the event loop, or whoever advanced the
+// clock, has come to it.
 PhoneClock::Time PhoneClock::now() const
 {
-    return m_before + Time(std::llround(double((realTime() - m_since).count()) * m_speed));
+    return m_ending.value_or(passed());
+}
+
+PhoneClock::Time PhoneClock::passed() const
+{
+    return m_speed == WithoutWaiting
+        ? m_before
+        : m_before + Time(std::llround(double((realTime() - m_since).count()) * m_speed));
 }
 
 void PhoneClock::setSpeed(double speed)
 {
-    m_before = now();
+    m_before = passed();
     m_since = realTime();
     m_speed = speed;
     plan();
@@ -32,7 +46,7 @@ void PhoneClock::setSpeed(double speed)
 
 void PhoneClock::advance(Time time)
 {
-    const Time end = now() + time;
+    const Time end = passed() + time;
     m_before = end;
     m_since = realTime();
     runUntil(end);
@@ -57,7 +71,10 @@ void PhoneClock::runUntil(Time end)
 {
     while (!m_due.empty() && m_due.begin()->first <= end) {
         const auto [when, timer] = *m_due.begin();
+        const auto outer = std::exchange(m_ending, when);
         timer->end(when); // which takes it out, and perhaps others
+        Q_EMIT turned();
+        m_ending = outer;
     }
     plan();
 }
@@ -66,7 +83,7 @@ void PhoneClock::plan()
 {
     if (m_due.empty() || m_speed <= 0)
         return m_wake.stop();
-    const double left = double(std::max(m_due.begin()->first - now(), Time(0)).count()) / m_speed;
+    const double left = double(std::max(m_due.begin()->first - passed(), Time(0)).count()) / m_speed;
     m_wake.start(int(std::min(std::ceil(left), 1e9)));
 }
 

@@ -4,7 +4,9 @@
 #include <QTimer>
 
 #include <chrono>
+#include <limits>
 #include <map>
+#include <optional>
 
 namespace oz::services {
 
@@ -22,11 +24,18 @@ public:
 
     /*! The time since the phone was made. */
     [[nodiscard]] Time now() const;
+    /*! A speed: from the end of one timer straight to that of the next. */
+    static constexpr double WithoutWaiting = std::numeric_limits<double>::infinity();
+
     /*! How many times as fast as real time it goes: 0 stands still. */
     void setSpeed(double speed);
     [[nodiscard]] double speed() const { return m_speed; }
     /*! Lets \a time pass at once; whatever ends meanwhile ends in its order. */
     void advance(Time time);
+
+Q_SIGNALS:
+    /*! A timer has ended, and what it does is done; the next one that is due has not. */
+    void turned();
 
 private:
     friend class PhoneTimer;
@@ -35,6 +44,7 @@ private:
     [[nodiscard]] static Time realTime();
     Due::iterator add(Time when, PhoneTimer *timer);
     void remove(Due::iterator place);
+    [[nodiscard]] Time passed() const;
     void runUntil(Time end);
     void plan();
 
@@ -42,6 +52,7 @@ private:
     Time m_before{0}; // when the real time was m_since
     Time m_since;
     Due m_due;
+    std::optional<Time> m_ending; // when the timer ends that does so now
     QTimer m_wake;
 };
 

@@ -114,9 +114,8 @@ std::optional<QString> JsonNode::textOf() const
 
 void JsonNode::failHere(const QString &reason) const
 {
-    throw Error(m_document->file + u':' + QString::number(m_document->lineAt(m_value->getOffsetStart()))
-        + QLatin1String(": ") + (m_path.isEmpty() ? QString() : QString(m_path + QLatin1String(": ")))
-        + reason);
+    throw Error(m_document->file + u':' + QString::number(line()) + QLatin1String(": ")
+        + (m_path.isEmpty() ? QString() : QString(m_path + QLatin1String(": "))) + reason);
 }
 
 void JsonNode::fail(const QString &reason, const QString &key) const
@@ -151,15 +150,62 @@ JsonNode JsonNode::map(const QString &key) const
 
 std::vector<JsonNode> JsonNode::list(const QString &key) const
 {
+    const auto member = find(key);
+    return member ? member->elements() : std::vector<JsonNode>();
+}
+
+std::vector<JsonNode> JsonNode::elements() const
+{
     std::vector<JsonNode> nodes;
+    if (!isList())
+        failHere(QLatin1String("expected a list, found ") + description());
+    for (const Json::Value &element : *m_value)
+        nodes.push_back({m_document, &element, m_path + u'[' + QString::number(nodes.size()) + u']'});
+    return nodes;
+}
+
+std::optional<QString> JsonNode::asText() const
+{
+    return textOf();
+}
+
+QVariant JsonNode::asScalar() const
+{
+    if (m_value->isBool())
+        return m_value->asBool();
+    if (m_value->isNumeric())
+        return m_value->asDouble();
+    if (!m_value->isString())
+        failHere(QLatin1String("expected text, a number, or true or false, found ") + description());
+    return *textOf();
+}
+
+bool JsonNode::isMap() const
+{
+    return m_value->isObject();
+}
+
+bool JsonNode::isList() const
+{
+    return m_value->isArray();
+}
+
+JsonNode JsonNode::at(const QString &key) const
+{
     const auto member = find(key);
     if (!member)
-        return nodes;
-    if (!member->m_value->isArray())
-        member->failHere(QLatin1String("expected a list, found ") + member->description());
-    for (const Json::Value &element : *member->m_value)
-        nodes.push_back({m_document, &element, member->m_path + u'[' + QString::number(nodes.size()) + u']'});
-    return nodes;
+        failHere(QLatin1String("there is no '") + key + QLatin1String("', which is needed here"));
+    return *member;
+}
+
+QString JsonNode::file() const
+{
+    return m_document->file;
+}
+
+int JsonNode::line() const
+{
+    return m_document->lineAt(m_value->getOffsetStart());
 }
 
 std::vector<JsonNode> JsonNode::maps(const QString &key) const

@@ -3,6 +3,7 @@
 #include <QList>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include <chrono>
 #include <memory>
@@ -64,6 +65,19 @@ public:
 
     /*! Refuses members that are not in \a known: a misspelt key would otherwise do nothing, silently. */
     void allowOnly(const QStringList &known) const;
+
+    /*! The elements of this value, which is a list. */
+    [[nodiscard]] std::vector<JsonNode> elements() const;
+    /*! This value, where it is text. */
+    [[nodiscard]] std::optional<QString> asText() const;
+    /*! This value where it is text, a number or true or false; throws for others. */
+    [[nodiscard]] QVariant asScalar() const;
+    [[nodiscard]] bool isMap() const;
+    [[nodiscard]] bool isList() const;
+    /*! The member \a key; throws where it is not there. */
+    [[nodiscard]] JsonNode at(const QString &key) const;
+    [[nodiscard]] QString file() const;
+    [[nodiscard]] int line() const;
 
     /*! Tells this file's content from another's. */
     [[nodiscard]] QString fingerprint() const;

@@ -1,6 +1,5 @@
 #include "phone/SimVerb.hpp"
 
-#include "publishing/Error.hpp"
 #include "publishing/Faults.hpp"
 
 #include <algorithm>
@@ -11,7 +10,7 @@ namespace {
 
 [[noreturn]] void failExpecting(const QString &expected, const QString &found)
 {
-    throw Error(QLatin1String("expected ") + expected + QLatin1String(", found '") + found + u'\'');
+    throw WrongOrder(QLatin1String("expected ") + expected + QLatin1String(", found '") + found + u'\'');
 }
 
 QString rangeText(double least, double most)
@@ -37,15 +36,19 @@ SimVerb SimVerb::fault(const FaultOrder &order)
         arguments.append(order.words.join(u'|'));
     if (!order.number.isEmpty())
         arguments.append(order.number);
-    return {
-        order.name, arguments, order.help, [order](QStringList given) {
-            QString word;
-            if (!order.words.isEmpty()) {
-                word = given.takeFirst();
-                (void)SimArgument::oneOf(word, order.words);
-            }
-            order.give(word,
-                order.number.isEmpty() ? 0 : SimArgument::integer(given.first(), order.least, order.most));
+    const auto wordIn = [order](const QStringList &given) {
+        if (!order.words.isEmpty())
+            (void)SimArgument::oneOf(given.first(), order.words);
+        return order.words.isEmpty() ? QString() : given.first();
+    };
+    const auto numberIn = [order](const QStringList &given) {
+        return order.number.isEmpty() ? 0 : SimArgument::integer(given.last(), order.least, order.most);
+    };
+    return {order.name, arguments, order.help,
+        [order, wordIn, numberIn](const QStringList &given) { order.give(wordIn(given), numberIn(given)); },
+        [wordIn, numberIn](const QStringList &given) {
+            (void)wordIn(given);
+            (void)numberIn(given);
         }};
 }
 
@@ -54,12 +57,14 @@ void SimVerb::runAs(const QString &title, const QStringList &given) const
     const auto optional = std::count_if(arguments.begin(), arguments.end(),
         [](const QString &argument) { return argument.startsWith(u'['); });
     if (given.size() > arguments.size() || given.size() < arguments.size() - optional) {
-        throw Error(title + QLatin1String(" takes ")
+        throw WrongOrder(title + QLatin1String(" takes ")
             + (arguments.isEmpty() ? QStringLiteral("no arguments") : arguments.join(u' '))
             + QLatin1String(", not ") + QString::number(given.size()) + QLatin1String(" arguments"));
     }
     try {
         run(given);
+    } catch (const WrongOrder &error) {
+        throw WrongOrder(title + QLatin1String(": ") + error.text());
     } catch (const Error &error) {
         throw Error(title + QLatin1String(": ") + error.text());
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "publishing/Error.hpp"
+
 #include <QString>
 #include <QStringList>
 
@@ -10,6 +12,14 @@ namespace oz::services {
 
 struct FaultOrder;
 
+/*! An order that means nothing, whatever the phone is like: an unknown verb, or a value that it does not
+ * take. */
+class WrongOrder : public Error
+{
+public:
+    using Error::Error;
+};
+
 /*! A thing that a part of the phone can be told to do while it runs. */
 struct SimVerb
 {
@@ -18,6 +28,8 @@ struct SimVerb
     QString help;
     /*! Does it, with as many arguments as allowed; throws Error where that is impossible. */
     std::function<void(const QStringList &arguments)> run;
+    /*! Throws WrongOrder where run() would; for verbs of services, which have no double to try them on. */
+    std::function<void(const QStringList &arguments)> check = [](const QStringList &) {};
 
     /*! A verb that switches something, with the argument "on" or "off". */
     static SimVerb onOff(

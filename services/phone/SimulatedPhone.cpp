@@ -44,10 +44,10 @@ private:
 QString takeWord(const QString &title, const QStringList &known, QStringList *words)
 {
     if (words->isEmpty())
-        throw Error(title + QLatin1String(" wants one of ") + known.join(u", "));
+        throw WrongOrder(title + QLatin1String(" wants one of ") + known.join(u", "));
     QString word = words->first();
     if (!known.contains(word)) {
-        throw Error(
+        throw WrongOrder(
             title + QLatin1String(" has no '") + word + QLatin1String("'; it has ") + known.join(u", "));
     }
     words->removeFirst();

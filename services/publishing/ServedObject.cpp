@@ -19,7 +19,10 @@ ServedObject::ServedObject(Tree &tree, const QString &path) : TreeObject(tree, p
             m_lastMessage = message;
             QString malformed;
             const QVariantMap objects = PpsText::decode(message, &malformed);
-            onMessage(client, objects.isEmpty() ? QVariantMap() : objects.first().toMap(), malformed);
+            const QVariantMap attributes = objects.isEmpty() ? QVariantMap() : objects.first().toMap();
+            if (malformed.isEmpty())
+                Q_EMIT this->tree().asked(this->path(), attributes);
+            onMessage(client, attributes, malformed);
         });
     connect(&m_server, &PpsServer::connected, this, &ServedObject::clientCame);
     connect(&m_server, &PpsServer::disconnected, this, &ServedObject::clientGone);

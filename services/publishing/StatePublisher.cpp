@@ -17,6 +17,7 @@ void StatePublisher::publish(const QVariantMap &attributes)
 {
     m_attributes = attributes;
     attempt();
+    tree().tell(path(), attributes);
 }
 
 TreeObject::Failure StatePublisher::put()

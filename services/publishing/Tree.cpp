@@ -36,6 +36,15 @@ QString Tree::problemText() const
     return texts.join(QLatin1String("; "));
 }
 
+void Tree::tell(const QString &path, const QVariantMap &attributes)
+{
+    QVariantMap &told = m_told[path];
+    if (told == attributes)
+        return;
+    told = attributes;
+    Q_EMIT toldAnew(path);
+}
+
 void Tree::add(const QString &path)
 {
     ++m_objects[path];
@@ -44,8 +53,10 @@ void Tree::add(const QString &path)
 void Tree::remove(const QString &path)
 {
     setProblem(path, {});
-    if (--m_objects[path] == 0)
+    if (--m_objects[path] == 0) {
         m_objects.remove(path);
+        m_told.remove(path);
+    }
 }
 
 void Tree::setProblem(const QString &path, const QString &problem)

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QHash>
 #include <QMap>
 #include <QObject>
 #include <QString>
 #include <QStringList>
 #include <QTimer>
+#include <QVariantMap>
 
 #include <chrono>
 #include <memory>
@@ -50,8 +52,17 @@ public:
     /*! problems() in a line; empty where there are none. */
     [[nodiscard]] QString problemText() const;
 
+    /*! What the services last told under \a path, whether or not it could be written. */
+    [[nodiscard]] QVariantMap told(const QString &path) const { return m_told.value(path); }
+    /*! To be called where something is told under \a path. */
+    void tell(const QString &path, const QVariantMap &attributes);
+
 Q_SIGNALS:
     void problemsChanged();
+    /*! told() of \a path has changed. */
+    void toldAnew(const QString &path);
+    /*! A client has sent a message to the served object at \a path. */
+    void asked(const QString &path, const QVariantMap &attributes);
 
 private:
     friend class TreeObject;
@@ -62,6 +73,7 @@ private:
     StateStore &m_store;
     QMap<QString, int> m_objects; // how many publish each
     QMap<QString, QString> m_problems;
+    QHash<QString, QVariantMap> m_told;
     QStringList m_continued;
     std::optional<gid_t> m_trustedGroup;
     bool m_isStarting = true;

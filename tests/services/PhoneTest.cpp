@@ -469,7 +469,8 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
             "cellular-network has no 'nowhere'; it has home-lte, home-gsm, home-umts, home-cdma, abroad, "
             "partner"},
         {"cellular-network home-lte",
-            "cellular-network home-lte wants one of serve, leave, rssi, operator, roaming, suppress"},
+            "cellular-network home-lte wants one of serve, leave, rssi, operator, roaming, suppress, "
+            "kill-service, start-service"},
         {"data-profile mms permitted off",
             "data-profile mms permitted: everyone may use a profile that is not access-controlled"},
         {"data-profile mms fail-with 0",

@@ -3,6 +3,7 @@
 #include "harness/Testing.hpp"
 
 #include <QDir>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -10,7 +11,9 @@
 #include <QRegularExpression>
 
 #include <csignal>
+#include <fcntl.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -466,9 +469,12 @@ TEST_F(CommandTest, WorksOnTheTreeItself)
     EXPECT_EQ(run({"pps", "rm", "box/one"}).status, 0);
     EXPECT_EQ(run({"pps", "rm", "box/one"}).status, 3);
     const Phone phone;
-    EXPECT_EQ(run({"pps", "send", "system/ozdeviced/control", "msg::nonsense", "id:n:7", "--wait"}).output,
-        "@control\nerr:n:22\nerrstr::unknown request 'nonsense'; known are describe, "
-        "sim\nid:n:7\nres::nonsense\n");
+    const QString refusal =
+        run({"pps", "send", "system/ozdeviced/control", "msg::nonsense", "id:n:7", "--wait"}).output;
+    EXPECT_TRUE(refusal.startsWith(
+        "@control\nerr:n:22\nerrstr::unknown request 'nonsense'; known are describe, sim, play, "))
+        << refusal.toStdString();
+    EXPECT_TRUE(refusal.endsWith("\nid:n:7\nres::nonsense\n")) << refusal.toStdString();
 }
 
 TEST_F(CommandTest, RunGivesACommandAPhoneOfItsOwnAndItsExitStatus)
@@ -496,18 +502,15 @@ TEST_F(CommandTest, RunGivesACommandAPhoneOfItsOwnAndItsExitStatus)
 TEST_F(CommandTest, TheDemoToursEveryChangeWithoutATerminalAndCleansUpWhenInterrupted)
 {
     qputenv("XDG_RUNTIME_DIR", root.file("").toLocal8Bit());
-    const Result tour = run({"demo", "--pace", "50ms"});
-    EXPECT_EQ(tour.status, 0);
-    QStringList changes;
-    for (const QString &line : tour.output.split('\n')) {
-        if (line.startsWith("      "))
-            changes.append(line.simplified());
-    }
-    EXPECT_EQ(changes,
-        (QStringList{"state() Unmounted", "activity() Idle", "stateChanged Mounted", "activityChanged Busy",
-            "activityChanged Idle", "stateChanged Unmounted"}));
+    const Result tour = run({"demo", "--speed", "20"});
+    EXPECT_EQ(tour.status, 0) << tour.errors.toStdString();
+    for (const char *change : {"device orientationChanged(RightUp)", "sdcard activityChanged(Busy)",
+             "cellular-network 0 signalStrengthChanged(-79)", "battery levelChanged(4, Charging)",
+             "display 1 attachedChanged(true)", "radio poweredOnChanged(false)",
+             "simcard stateChanged(PinRequired)", "data-profile internet connectionStateChanged(Connected)"})
+        EXPECT_TRUE(tour.output.simplified().contains(change)) << change << tour.output.toStdString();
     QProcess interrupted;
-    interrupted.start(Command, {"demo", "--pace", "60s"});
+    interrupted.start(Command, {"demo"});
     ASSERT_TRUE(waitUntil([&] { return interrupted.canReadLine(); }));
     ::kill(pid_t(interrupted.processId()), SIGINT);
     ASSERT_TRUE(interrupted.waitForFinished());
@@ -525,7 +528,7 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
         {{"call", "--display", "1", "wifi-direct", "requestConnect", "x", ""},
             {"GroupOwner", "Client", "Any"}},
         {{"set", "led", ""}, {"color"}},
-        {{"sim", "sdcard", ""}, {"mount", "unmount", "busy", "idle"}},
+        {{"sim", "sdcard", ""}, {"mount", "unmount", "busy", "idle", "kill-service", "start-service"}},
         {{"sim", "radio", "power", ""}, {"on", "off"}},
         {{"sim", "display", "attach", ""}, {"0", "1"}},
         {{"pps", "get", "/pps/system/f"},
@@ -556,6 +559,184 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
         process.start(shell, {"-c", definition + script.arg(Command)});
         ASSERT_TRUE(process.waitForFinished()) << shell;
         EXPECT_EQ(process.readAllStandardOutput().trimmed(), "unmount") << shell;
+    }
+}
+
+TEST_F(CommandTest, PlaysEveryInstalledScenarioToItsEnd)
+{
+    const QStringList lines = run({"play", "--list"}).output.split('\n', Qt::SkipEmptyParts);
+    EXPECT_EQ(lines.size(), QDir(OZ_SCENARIOS, "*.json").count());
+    for (const QString &line : lines) {
+        const QString name = line.section(' ', 0, 0);
+        EXPECT_GT(line.simplified().size(), name.size() + 10) << "it has no description";
+        const Result result =
+            run({"run", "--scenario", name, "--speed", "max", "--until-played", "--", "sleep", "100"});
+        EXPECT_EQ(result.status, 0) << result.output.toStdString();
+        EXPECT_EQ(result.errors, QString());
+        EXPECT_TRUE(result.output.contains("... passed")) << "it expects nothing";
+    }
+}
+
+TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
+{
+    const QString file = root.file("/s.json");
+    const auto runs = [&](const QByteArray &steps, const QStringList &options, const QString &script) {
+        root.place("/s.json",
+            R"({"phone": {"battery": {"level": 9}}, "variables": {"n": 2}, "steps": [)" + steps + "]}");
+        return run(
+            QStringList{"run", "--scenario", "s.json"} + options + QStringList{"--", "bash", "-c", script});
+    };
+    const QString before = QDir::currentPath();
+    QDir::setCurrent(root.file("/"));
+    const QString flash = OZ_COMMAND " call led flash 2 >/dev/null;";
+    const QByteArray expected =
+        R"({"expect-request": "led.flash", "with": "count == ${n}", "within": 5, "name": "<2>"})";
+    const Result good = runs(expected, {"--junit", "r.xml", "--until-played"}, flash + "exec sleep 100");
+    EXPECT_EQ(good.status, 0) << good.errors.toStdString();
+    QFile report(root.file("/r.xml"));
+    ASSERT_TRUE(report.open(QIODevice::ReadOnly));
+    const QString xml = report.readAll();
+    EXPECT_TRUE(xml.contains(R"(<testsuite name="s" tests="1" failures="0" errors="0")"))
+        << xml.toStdString();
+    EXPECT_TRUE(xml.contains(R"(<testcase classname="s" name="&lt;2&gt;")")) << xml.toStdString();
+
+    const QString place = "ozdevice: " + file + ":1: ";
+    const QByteArray battery = R"("battery level 3", {"expect": "battery.level == 9", "within": 0})";
+    const std::tuple<QByteArray, QStringList, QString, int, QString> rows[] = {
+        // What the scenario says of its phone holds; a command that ends first ends one that expects nothing.
+        {"{\"wait\": 100}", {},
+            "test $(" OZ_COMMAND " pps get system/BattMgr/status | grep -c StateOfCharge.:9) = 1", 0, ""},
+        {"{\"wait\": 100}", {}, "exit 5", 5, ""},
+        {"{\"wait\": 100}," + expected, {}, "true", 1,
+            "ozdevice: the command ended before the scenario, which still expects"},
+        {expected, {"--set", "n=3", "--speed", "max"}, flash + "exec sleep 100", 1,
+            place + "expect-request led.flash with count == 3 within 5 s: it did not come"},
+        {battery, {}, "exec sleep 100", 1,
+            place + "expect battery.level == 9 within 0 s: battery.level is 3"},
+        {"\"battery level 101\"", {}, "touch started", 1,
+            place + "steps[0]: battery level: expected a whole number"},
+        {"\"battery plug\"", {"--set", "m=3"}, "touch started", 1,
+            place + "there is no variable 'm' to be set"},
+    };
+    for (const auto &[steps, options, script, status, error] : rows) {
+        const Result result = runs(steps, options, script);
+        EXPECT_EQ(result.status, status) << steps.toStdString() << result.errors.toStdString();
+        EXPECT_TRUE(error.isEmpty() ? result.errors.isEmpty() : result.errors.startsWith(error))
+            << result.errors.toStdString();
+    }
+    EXPECT_FALSE(QFile::exists("started"));
+    QDir::setCurrent(before);
+}
+
+TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
+{
+    const Phone phone;
+    root.place("/s.json", R"({"steps": ["battery level 3", {"wait": 100}, "battery level 2"]})");
+    const QString file = root.file("/s.json");
+    EXPECT_EQ(run({"play", file, "--check"}), (Result{0, "", ""}));
+    EXPECT_EQ(run({"play", "--stop"}), (Result{1, "", "ozdevice: no scenario is playing\n"}));
+    QProcess playing;
+    playing.start(Command, {"play", file, "--json"});
+    QByteArray lines;
+    ASSERT_TRUE(waitUntil([&] {
+        playing.waitForReadyRead(10);
+        lines += playing.readAllStandardOutput();
+        return lines.count('\n') == 2;
+    }));
+    EXPECT_EQ(QJsonDocument::fromJson(lines.split('\n')[0]).object().value("place").toString(), file + ":1");
+    EXPECT_EQ(run({"play", file}),
+        (Result{1, "", "ozdevice: a scenario is playing already; `ozdevice play --stop` ends it\n"}));
+    ::kill(pid_t(playing.processId()), SIGINT);
+    ASSERT_TRUE(playing.waitForFinished());
+    EXPECT_EQ(playing.exitCode(), 128 + SIGINT);
+    EXPECT_EQ(run({"play", file, "--speed", "max"}).status, 0);
+    const QString values = run({"play", "--values"}).output;
+    EXPECT_TRUE(values.contains(QRegularExpression("\n  battery\\.level +2 +the charge in percent")))
+        << values.toStdString();
+
+    // The page lists them all.
+    QFile page(OZ_DOCS "/scenarios.md");
+    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
+    const QString text = page.readAll();
+    for (const QString &line : values.split('\n').filter(QRegularExpression("^  [a-z]")))
+        EXPECT_TRUE(text.contains("| `" + line.trimmed().section(' ', 0, 0) + "` |")) << line.toStdString();
+}
+
+TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
+{
+    const QString file = root.file("/r.json");
+    const QString script = OZ_COMMAND " sim battery level 33; exit 4";
+    {
+        const Phone phone;
+        EXPECT_EQ(run({"record", file, "--", "bash", "-c", script}).status, 4);
+        EXPECT_EQ(run({"record", root.file("/none/r.json"), "--for", "1s"}).status, 1);
+        const Result led = run({"record", file + "2", "--only", "battery,led", "--for", "1s"});
+        EXPECT_EQ(led.status, 1);
+        EXPECT_TRUE(led.errors.startsWith("ozdevice: led cannot be recorded; what can is sdcard, "))
+            << led.errors.toStdString();
+    }
+    const Result played = run({"run", "--scenario", file, "--until-played", "--", "sleep", "100"});
+    EXPECT_EQ(played.status, 0) << played.errors.toStdString();
+    EXPECT_TRUE(played.output.contains("battery level 80\n") && played.output.contains("battery level 33\n"))
+        << played.output.toStdString();
+}
+
+TEST_F(CommandTest, TheConsoleShowsThePhoneAsItChangesAndDrivesIt)
+{
+    const Phone phone;
+    EXPECT_EQ(run({"top"}).status, 2) << "this is no terminal";
+    for (const bool hasColors : {true, false}) {
+        EXPECT_EQ(run({"sim", "battery", "unplug"}).status, 0);
+        EXPECT_EQ(run({"sim", "battery", "level", "80"}).status, 0);
+        int terminal = -1;
+        const winsize size{24, 80, 0, 0};
+        const pid_t console = ::forkpty(&terminal, nullptr, nullptr, &size);
+        ASSERT_GE(console, 0) << "no terminal to be had";
+        if (console == 0) {
+            ::setenv("TERM", "xterm", 1);
+            ::setenv("NO_COLOR", hasColors ? "" : "1", 1);
+            ::execl(OZ_COMMAND, OZ_COMMAND, "top", nullptr);
+            ::_exit(127);
+        }
+        ::fcntl(terminal, F_SETFL, O_NONBLOCK);
+        QByteArray shown;
+        const auto shows = [&](const QByteArray &text) {
+            return waitUntil([&] {
+                char buffer[4096];
+                for (ssize_t bytes = 0; (bytes = ::read(terminal, buffer, sizeof buffer)) > 0;)
+                    shown.append(buffer, bytes);
+                return shown.contains(text);
+            });
+        };
+        const auto press = [&](const QByteArray &keys) {
+            shown.clear();
+            EXPECT_EQ(::write(terminal, keys.constData(), std::size_t(keys.size())), keys.size());
+        };
+        ASSERT_TRUE(shows("Discharging") && shows("miracast") && shows("q: quit")) << shown.toStdString();
+        EXPECT_EQ(QString(shown).contains(QRegularExpression("\x1b\\[([0-9;]*;)?3[0-7]m")), hasColors);
+        shown.clear();
+        EXPECT_EQ(run({"sim", "battery", "level", "42"}).status, 0);
+        EXPECT_TRUE(shows("42"));
+        press("\x1bOB\r"); // down, to the battery
+        EXPECT_TRUE(shows("connects a charger"));
+        press("\r");
+        EXPECT_TRUE(shows("battery plug: done") && shows("Charging"));
+        press("\r\x1bOB\x1bOB\x1bOB\r");
+        EXPECT_TRUE(shows("PERCENT"));
+        press("101\r");
+        EXPECT_TRUE(shows("expected a whole number from 0 to 100")) << shown.toStdString();
+        const winsize small{10, 40, 0, 0};
+        shown.clear();
+        EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &small), 0);
+        EXPECT_TRUE(shows("sdcard"));
+        EXPECT_FALSE(shown.contains("miracast")) << "there is no room for it";
+        press("p");
+        EXPECT_TRUE(shows("low-battery"));
+        press("qq"); // back, and out
+        int status = 0;
+        EXPECT_EQ(::waitpid(console, &status, 0), console);
+        EXPECT_EQ(status, 0);
+        ::close(terminal);
     }
 }
 

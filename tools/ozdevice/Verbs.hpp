@@ -46,12 +46,15 @@ void addDemoVerb(CLI::App &parser, Action &action);
 void addDescribeVerb(CLI::App &parser, Action &action);
 void addDoctorVerb(CLI::App &parser, Action &action);
 void addListVerb(CLI::App &parser, Action &action);
+void addPlayVerb(CLI::App &parser, Action &action);
 void addPpsVerbs(CLI::App &parser, Action &action);
+void addRecordVerb(CLI::App &parser, Action &action);
 void addRunVerb(CLI::App &parser, Action &action);
 void addSetVerb(CLI::App &parser, Action &action);
 void addShowVerb(CLI::App &parser, Action &action);
 void addSimVerb(CLI::App &parser, Action &action);
 void addStatusVerb(CLI::App &parser, Action &action);
+void addTopVerb(CLI::App &parser, Action &action);
 void addWaitReadyVerb(CLI::App &parser, Action &action);
 void addWatchVerb(CLI::App &parser, Action &action);
 

@@ -21,12 +21,15 @@ void addVerbs(CLI::App &parser, Action &action)
     addShowVerb(parser, action);
     addDescribeVerb(parser, action);
     addWatchVerb(parser, action);
+    addTopVerb(parser, action);
     addCallVerb(parser, action);
     addSetVerb(parser, action);
     addStatusVerb(parser, action);
     addDoctorVerb(parser, action);
     addRunVerb(parser, action);
     addSimVerb(parser, action);
+    addPlayVerb(parser, action);
+    addRecordVerb(parser, action);
     addWaitReadyVerb(parser, action);
     addDemoVerb(parser, action);
     addPpsVerbs(parser, action);

@@ -5,6 +5,7 @@
 #include "ozdevice/Daemon.hpp"
 #include "ozdevice/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
+#include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/PropertySetting.hpp"
 #include "ozdevice/Tree.hpp"
 #include "ozdevice/Verbs.hpp"
@@ -154,10 +155,20 @@ QStringList argumentWords(const FacilityEntry &entry, const QString &method, int
     return words;
 }
 
+QStringList scenarioNames()
+{
+    QStringList names;
+    for (const QStringList &row : installedScenarios())
+        names.append(row.first());
+    return names;
+}
+
 // What can follow \a option, where that takes a value that is known here.
 QStringList valuesOf(const QString &option, const Before &before)
 {
     QStringList values;
+    if (option == u"--scenario")
+        values = scenarioNames();
     if (option == u"--set" && before.facility) {
         for (const QString &name : PropertySetting::namesOf(*before.facility))
             values.append(name + u'=');
@@ -173,7 +184,7 @@ QStringList valuesOf(const QString &option, const Before &before)
 QStringList candidates(const QString &verb, const Before &before, const QString &word)
 {
     const qsizetype place = before.words.size();
-    if (verb == u"show" || verb == u"watch" || verb == u"describe")
+    if (verb == u"show" || verb == u"watch" || verb == u"describe" || verb == u"top")
         return facilitiesLike(word);
     if ((verb == u"call" || verb == u"set") && place == 0)
         return facilitiesLike(word);
@@ -190,7 +201,7 @@ QStringList candidates(const QString &verb, const Before &before, const QString 
     }
     if (verb == u"sim")
         return simWords(before.words);
-    return {};
+    return verb == u"play" ? scenarioNames() : QStringList();
 }
 
 QStringList ppsCandidates(const QString &verb, const Before &before, const QString &word)

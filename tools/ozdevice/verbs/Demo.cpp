@@ -1,39 +1,72 @@
-#include "meta/MetaText.hpp"
-#include "ozdevice/Daemon.hpp"
-#include "ozdevice/Durations.hpp"
-#include "ozdevice/EventLoop.hpp"
+#include "ozdevice/Console.hpp"
 #include "ozdevice/Output.hpp"
+#include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/PrivatePhone.hpp"
+#include "ozdevice/SignalLines.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
-#include <oz/device/SdCardInfo.hpp>
-
 #include <QTimer>
+
+#include <unistd.h>
 
 namespace oz::tools {
 
 namespace {
 
+constexpr std::chrono::milliseconds LastLook{2000};
+
 struct Options
 {
-    Duration pace{1};
+    ScenarioOptions scenario;
 };
 
-// The tour: what a hand does with the card, while a program watches it.
+// The facilities that are part of a phone; the machine's own network interfaces are none.
+std::vector<const FacilityEntry *> phoneFacilities()
+{
+    std::vector<const FacilityEntry *> entries;
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (!entry.readAnew)
+            entries.push_back(&entry);
+    }
+    return entries;
+}
+
+// Prints each signal of every facility.
+class Lines
+{
+public:
+    explicit Lines(EventLoop &loop)
+    {
+        for (const FacilityEntry *entry : phoneFacilities()) {
+            for (const QString &selected : entry->instances ? entry->instances() : QStringList{QString()}) {
+                const FacilityInstance &instance = *m_instances.emplace_back(
+                    std::make_unique<FacilityInstance>(*entry, selected, FacilityInstance::MayComeLater));
+                m_taps.push_back(std::make_unique<meta::SignalTap>(
+                    instance.object(), [&](const QMetaMethod &signal, const QVariantList &arguments) {
+                        if (!isNumericTwin(signal)) {
+                            loop.guard([&] {
+                                printLine(QLatin1String("      ") + instance.title().leftJustified(24)
+                                    + signalText(signal, arguments));
+                            });
+                        }
+                    }));
+            }
+        }
+    }
+
+private:
+    std::vector<std::unique_ptr<FacilityInstance>> m_instances;
+    std::vector<std::unique_ptr<meta::SignalTap>> m_taps;
+};
+
+// The tour: a scenario on a phone of its own, in the terminal, or as a line for each change elsewhere.
 int demo(const Options &options)
 {
-    struct Step
-    {
-        const char *story;
-        const char *verb;
-    };
-    static constexpr Step tour[] = {
-        {"someone inserts a card", "mount"},
-        {"an application writes a photo", "busy"},
-        {"the photo is written", "idle"},
-        {"the card is taken out", "unmount"},
-    };
+    ScenarioOptions tour = options.scenario;
+    tour.scenario = "tour";
+    tour.quiet = true;
+    const bool isOnTerminal = ::isatty(STDIN_FILENO) && ::isatty(STDOUT_FILENO);
     int status = Success;
     EventLoop loop;
     const TerminationSignals signals([&](int signal) {
@@ -41,45 +74,32 @@ int demo(const Options &options)
         QCoreApplication::quit();
     });
     const PrivatePhone phone{QString()};
-    const auto sdcard = [](const char *verb) {
-        (void)askDaemon(QStringLiteral("sim"),
-            QVariantMap{{QStringLiteral("facility"), QStringLiteral("sdcard")},
-                {QStringLiteral("verb"), QLatin1String(verb)}, {QStringLiteral("arguments"), QStringList()}});
-    };
-    sdcard("unmount");
-
-    device::SdCardInfo card;
-    const auto show = [&loop](const char *what, const auto &value) {
-        loop.guard([&] {
-            printLine(QLatin1String("      ") + QString::fromLatin1(what).leftJustified(18)
-                + painted(Paint::Value, meta::valueText(QVariant::fromValue(value))));
+    PlayedScenario scenario(tour, loop);
+    {
+        const auto console = isOnTerminal ? std::make_unique<Console>(phoneFacilities(), loop) : nullptr;
+        const auto lines = isOnTerminal ? nullptr : std::make_unique<Lines>(loop);
+        if (!isOnTerminal)
+            printLine(
+                painted(Paint::Bold, QStringLiteral("The library's classes, live on a simulated phone")));
+        QObject::connect(&scenario, &PlayedScenario::said, qApp, [&](const QString &text) {
+            if (console)
+                console->say(text + QStringLiteral("   (q: quit)"));
+            else
+                loop.guard([&] { printLine(painted(Paint::Dim, QLatin1String("  ... ") + text)); });
         });
-    };
-    printLine(painted(Paint::Bold, QStringLiteral("A live oz::device::SdCardInfo on a simulated phone")));
-    show("state()", card.state());
-    show("activity()", card.activity());
-    QObject::connect(&card, qOverload<device::SdCardState::Type>(&device::SdCardInfo::stateChanged),
-        [&](device::SdCardState::Type state) { show("stateChanged", state); });
-    QObject::connect(&card, qOverload<device::SdCardActivity::Type>(&device::SdCardInfo::activityChanged),
-        [&](device::SdCardActivity::Type activity) { show("activityChanged", activity); });
-
-    std::size_t next = 0;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&] {
-        if (next == std::size(tour)) {
-            QCoreApplication::quit();
-            return;
-        }
-        loop.guard([&] {
-            printLine(painted(Paint::Dim, QLatin1String("  ... ") + QLatin1String(tour[next].story)));
-            sdcard(tour[next++].verb);
+        QObject::connect(&scenario, &PlayedScenario::finished, qApp, [&] {
+            QTimer::singleShot(isOnTerminal ? LastLook : LastLook / 10, qApp, &QCoreApplication::quit);
         });
-    });
-    timer.start(options.pace.milliseconds());
-    (void)loop.run();
-    if (status == Success)
-        printLine(
-            painted(Paint::Bold, QStringLiteral("That was the tour. Next: ozdevice --help, or the README.")));
+        scenario.play();
+        (void)loop.run();
+    }
+    if (status != Success)
+        return status;
+    if (!scenario.problem().isEmpty())
+        throw CommandError(Failed, scenario.problem());
+    printLine(painted(Paint::Bold,
+        QStringLiteral(
+            "That was the tour. Next: ozdevice run -- ozdevice top, ozdevice --help, or the README.")));
     return status;
 }
 
@@ -89,8 +109,8 @@ void addDemoVerb(CLI::App &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
-            .add("demo", "Take a short tour: a live SD card on a simulated phone", demo);
-    addDuration(verb, "--pace", options->pace, "The time from one step to the next (1s)");
+            .add("demo", "Take a tour of half a minute: a whole simulated phone, live", demo);
+    verb->add_option("--speed", options->scenario.speed, "Go through it so many times as fast");
 }
 
 } // namespace oz::tools

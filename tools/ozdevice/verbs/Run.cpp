@@ -1,10 +1,12 @@
 #include "ozdevice/Output.hpp"
+#include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/PrivatePhone.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <QCoreApplication>
 #include <QProcess>
+#include <QTimer>
 
 #include <csignal>
 
@@ -12,9 +14,14 @@ namespace oz::tools {
 
 namespace {
 
+constexpr int NotStarted = 127; // as shells have it
+constexpr std::chrono::seconds EndDeadline{5};
+
 struct Options
 {
     std::string phone;
+    ScenarioOptions scenario;
+    bool untilPlayed = false;
     std::vector<std::string> words;
 };
 
@@ -30,23 +37,72 @@ int run(const Options &options)
         if (signal != SIGINT && command.state() == QProcess::Running)
             ::kill(pid_t(command.processId()), signal);
     });
-    const PrivatePhone phone(QString::fromStdString(options.phone));
+    EventLoop loop;
+    const auto scenario = options.scenario.scenario.empty()
+        ? nullptr
+        : std::make_unique<PlayedScenario>(options.scenario, loop);
+    const QString ownPhone = QString::fromStdString(options.phone);
+    const PrivatePhone phone(ownPhone.isEmpty() && scenario
+            ? scenarioFile(QString::fromStdString(options.scenario.scenario))
+            : ownPhone);
+    if (scenario)
+        (void)scenario->check();
     command.setProcessChannelMode(QProcess::ForwardedChannels);
     command.setInputChannelMode(QProcess::ForwardedInputChannel);
     command.setChildProcessModifier([&] { signals.unblock(); });
-    QObject::connect(&command, &QProcess::finished, qApp, &QCoreApplication::quit);
+    const QString program = words.takeFirst();
+    bool isEnded = false; // by this program
+    const auto endCommand = [&] {
+        isEnded = command.state() != QProcess::NotRunning;
+        command.terminate();
+        QTimer::singleShot(EndDeadline, &command, &QProcess::kill);
+    };
+    QObject::connect(&command, &QProcess::finished, qApp, [&] {
+        // What it still expects of the command will not come.
+        if (scenario && scenario->isPlaying())
+            loop.guard([&] { scenario->stop(); });
+        else
+            QCoreApplication::quit();
+    });
     QObject::connect(&command, &QProcess::errorOccurred, qApp, [&](QProcess::ProcessError error) {
         if (error == QProcess::FailedToStart)
-            QCoreApplication::exit(127);
+            QCoreApplication::exit(NotStarted);
     });
-    const QString program = words.takeFirst();
-    command.start(program, words);
-    const int status = QCoreApplication::exec();
-    if (status == 127) {
-        complain(program + QLatin1String(": ") + command.errorString());
-        return 127;
+    if (scenario) {
+        QObject::connect(scenario.get(), &PlayedScenario::finished, qApp, [&] {
+            if (command.state() == QProcess::NotRunning)
+                QCoreApplication::quit();
+            else if (options.untilPlayed || !scenario->hasPassed())
+                endCommand();
+        });
+        QObject::connect(&command, &QProcess::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
     }
-    return command.exitStatus() == QProcess::CrashExit ? 128 + command.exitCode() : command.exitCode();
+    command.start(program, words);
+    int status = 0;
+    try {
+        status = loop.run();
+    } catch (const CommandError &) {
+        command.kill();
+        command.waitForFinished();
+        throw;
+    }
+    if (status == NotStarted) {
+        complain(program + QLatin1String(": ") + command.errorString());
+        return NotStarted;
+    }
+    if (!isEnded && command.exitStatus() == QProcess::CrashExit)
+        return 128 + command.exitCode();
+    if (!isEnded && command.exitCode() != 0)
+        return command.exitCode();
+    if (!scenario || scenario->hasPassed())
+        return Success;
+    // It ended by itself, and may do so before a scenario that expects nothing of it.
+    if (!isEnded && !scenario->hasExpectations() && scenario->wasStopped())
+        return Success;
+    throw CommandError(Failed,
+        scenario->wasStopped()
+            ? QStringLiteral("the command ended before the scenario, which still expects something of it")
+            : scenario->problem());
 }
 
 } // namespace
@@ -56,9 +112,17 @@ void addRunVerb(CLI::App &parser, Action &action)
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("run", "Run a command against a simulated phone of its own", run);
     verb->add_option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
+    verb->add_option("--scenario", options->scenario.scenario,
+        "Play a scenario meanwhile: a file, or the name of an installed one");
+    options->scenario.addTo(verb);
+    verb->add_flag("--until-played", options->untilPlayed, "End the command when the scenario is over");
     verb->add_option("COMMAND", options->words, "The command and its arguments, after --");
-    verb->footer("The phone starts before the command and ends after it; its device root is the command's\n"
-                 "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started.");
+    verb->footer(
+        "The phone starts before the command and ends after it; its device root is the command's\n"
+        "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started. A scenario has "
+        "its\n"
+        "own phone, unless --phone names one. Where one of its steps fails, the command is ended, and the\n"
+        "status is 1.");
 }
 
 } // namespace oz::tools

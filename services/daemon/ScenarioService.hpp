@@ -1,0 +1,80 @@
+#pragma once
+
+#include "phone/Recorder.hpp"
+#include "phone/ScenarioPlayer.hpp"
+#include "publishing/ControlObject.hpp"
+
+#include <QObject>
+#include <QTimer>
+#include <QVariantMap>
+
+#include <memory>
+#include <vector>
+
+namespace oz::services {
+
+/*!
+ * Plays scenarios on the simulated phone, one at a time, and records them, for who asks for it through the
+ * daemon's control object:
+ * - "play" ("dat": "file", and where wanted "speed", a number or "max", "seed", "keep-going", "variables",
+ * and "check" to check the file alone): plays it, or says what is wrong with it. The answer has "description"
+ * and "expectations", whether there are any.
+ * - "scenario" ("dat": "from"): waits for what happens and answers with the "entries" of the log from that
+ * number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped") and the "problem".
+ * - "stop-scenario" ends it.
+ * - "public-values" lists what conditions can name.
+ * - "record" ("dat": "facilities", all that can be recorded where none are named, and "keep-identifiers")
+ * begins to record what the device does, in the place of what was recorded before.
+ * - "recorded" ("dat": "from", and "end" to end it) answers with the "steps" from that number on, their
+ * "count", and the "phone" of the recording.
+ */
+class ScenarioService : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! The phone as scenarios need it. Each may throw Error. */
+    struct Phone
+    {
+        std::function<PhoneClock &()> clock;
+        ScenarioPlayer::Order order;
+        std::function<Scenario::CheckOrder()> makeCheck;
+    };
+
+    ScenarioService(const Tree &tree, Phone phone);
+
+    /*! Loads the file that \a order names, and plays it; throws Error. */
+    QVariantMap play(const QVariantMap &order);
+    void stop(const QString &reason);
+    [[nodiscard]] RequestTable requests();
+
+Q_SIGNALS:
+    void logged(const oz::services::ScenarioEntry &entry);
+    void finished(oz::services::ScenarioPlayer::State state, const QString &problem);
+
+private:
+    struct Waiting
+    {
+        Answer answer;
+        qsizetype from;
+    };
+
+    void onLogged(const ScenarioEntry &entry);
+    void onFinished();
+    void answerWaiting(bool all);
+    [[nodiscard]] Reply tellFrom(qsizetype from) const;
+    void record(const QVariantMap &order);
+    [[nodiscard]] QVariantMap recorded(const QVariantMap &order);
+
+    const Tree &m_tree;
+    Phone m_phone;
+    std::unique_ptr<ScenarioPlayer> m_player;
+    QList<ScenarioEntry> m_entries; // the newest
+    qsizetype m_dropped = 0; // that were before those
+    std::vector<Waiting> m_waiting;
+    QTimer m_patience; // of those that wait
+    bool m_isAnswerPlanned = false;
+    std::unique_ptr<Recorder> m_recorder;
+};
+
+} // namespace oz::services

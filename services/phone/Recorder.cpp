@@ -1,0 +1,421 @@
+#include "phone/Recorder.hpp"
+
+#include "phone/PublicValues.hpp"
+#include "publishing/Error.hpp"
+#include "publishing/Tree.hpp"
+#include "radio/CellularWords.hpp"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <cmath>
+
+namespace oz::services {
+
+namespace {
+
+const QString Radioctrl = QStringLiteral("/pps/services/cellular/radioctrl/");
+const QString Card = QStringLiteral("/pps/services/cellular/uicc/card0/");
+const QString Profiles = QStringLiteral("/pps/services/cds/cnice/status");
+
+// What tells where a cell is: in the phone's file, and in the tree.
+const QList<std::pair<QString, QString>> CellKeys{{QStringLiteral("cell-id"), QStringLiteral("cell_id")},
+    {QStringLiteral("lac"), QStringLiteral("lac")}, {QStringLiteral("tac"), QStringLiteral("tac")},
+    {QStringLiteral("bid"), QStringLiteral("bid")}, {QStringLiteral("nid"), QStringLiteral("nid")},
+    {QStringLiteral("sid"), QStringLiteral("sid")}};
+
+QString numberText(const QVariant &value)
+{
+    return QString::number(value.toDouble(), 'g', 10);
+}
+
+// The words of the phone's file for the services of a network.
+QStringList serviceWords(int bits)
+{
+    QStringList words;
+    for (const QString &word : CellularWords::services()) {
+        if ((bits & CellularWords::treeBits(CellularWords::servicesOf({word}))) != 0)
+            words.append(word);
+    }
+    return words;
+}
+
+QVariantMap displayOf(int id, const DisplayTree::Display &display)
+{
+    static const QStringList technologies{QStringLiteral("unknown"), QStringLiteral("crt"),
+        QStringLiteral("lcd"), QStringLiteral("plasma"), QStringLiteral("led"), QStringLiteral("oled")};
+    return {{QStringLiteral("id"), id}, {QStringLiteral("name"), display.name},
+        {QStringLiteral("kind"),
+            display.detachable ? QStringLiteral("external") : QStringLiteral("internal")},
+        {QStringLiteral("attached"), display.attached}, {QStringLiteral("detachable"), display.detachable},
+        {QStringLiteral("width"), display.size.width()}, {QStringLiteral("height"), display.size.height()},
+        {QStringLiteral("mm-width"), display.physicalSize.width()},
+        {QStringLiteral("mm-height"), display.physicalSize.height()},
+        {QStringLiteral("rotation"), display.rotation},
+        {QStringLiteral("technology"), technologies.value(display.technology, technologies.first())}};
+}
+
+} // namespace
+
+QStringList Recorder::facilities()
+{
+    return {QStringLiteral("sdcard"), QStringLiteral("battery"), QStringLiteral("activity"),
+        QStringLiteral("orientation"), QStringLiteral("hardware"), QStringLiteral("display"),
+        QStringLiteral("simcard"), QStringLiteral("radio"), QStringLiteral("cellular-network"),
+        QStringLiteral("data-profile")};
+}
+
+Recorder::Recorder(const Tree &tree, const QStringList &facilities, bool keepsIdentifiers)
+    : m_tree(tree), m_facilities(facilities), m_keepsIdentifiers(keepsIdentifiers)
+{
+    for (const QString &facility : facilities) {
+        if (!Recorder::facilities().contains(facility)) {
+            throw Error(facility + QLatin1String(" cannot be recorded; what can is ")
+                + Recorder::facilities().join(QLatin1String(", ")));
+        }
+    }
+    m_clock.start();
+    sample();
+    // What changes together is one change, and no object is looked at before the others follow.
+    connect(&tree, &Tree::toldAnew, this, [this] {
+        if (!std::exchange(m_isPlanned, true))
+            QMetaObject::invokeMethod(
+                this, [this] { sample(); }, Qt::QueuedConnection);
+    });
+}
+
+QVariantMap Recorder::phone() const
+{
+    QVariantMap phone = m_phone;
+    if (!m_networks.isEmpty()) {
+        QVariantMap networks;
+        for (const auto &[network, name] : m_networks)
+            networks.insert(name, network);
+        QVariantMap section = phone.value(QStringLiteral("cellular-network")).toMap();
+        section.insert(QStringLiteral("networks"), networks);
+        phone.insert(QStringLiteral("cellular-network"), section);
+    }
+    return phone;
+}
+
+void Recorder::sample()
+{
+    static const QList<std::pair<QString, void (Recorder::*)()>> all{
+        {QStringLiteral("sdcard"), &Recorder::recordSdCard},
+        {QStringLiteral("battery"), &Recorder::recordBattery},
+        {QStringLiteral("activity"), &Recorder::recordActivity},
+        {QStringLiteral("orientation"), &Recorder::recordOrientation},
+        {QStringLiteral("hardware"), &Recorder::recordHardware},
+        {QStringLiteral("display"), &Recorder::recordDisplay},
+        {QStringLiteral("simcard"), &Recorder::recordSimCard},
+        {QStringLiteral("radio"), &Recorder::recordRadio},
+        {QStringLiteral("cellular-network"), &Recorder::recordNetwork},
+        {QStringLiteral("data-profile"), &Recorder::recordDataProfile}};
+    m_isPlanned = false;
+    m_now.clear();
+    for (const PublicValue &value : publicValues()) {
+        if (!value.name.contains(u'*'))
+            m_now.insert(value.name, PublicValueUse{&value, {}}.now(m_tree));
+    }
+    for (const auto &[facility, record] : all) {
+        if (m_facilities.contains(facility))
+            (this->*record)();
+    }
+    m_before = m_now;
+    m_isFirst = false;
+}
+
+bool Recorder::isNew(const QString &name) const
+{
+    const QVariant value = now(name);
+    return value.isValid() && value != m_before.value(name);
+}
+
+void Recorder::order(const QStringList &words)
+{
+    QJsonObject step;
+    step.insert(QStringLiteral("at"), m_isFirst ? 0 : double(m_clock.elapsed()) / 1000);
+    // As text where that is the same words again.
+    const QString text = words.join(u' ');
+    if (text.split(u' ') == words && !text.contains(u'"') && !text.contains(QLatin1String("${")))
+        step.insert(QStringLiteral("sim"), text);
+    else
+        step.insert(QStringLiteral("sim"), QJsonArray::fromStringList(words));
+    m_steps.append(QString::fromUtf8(QJsonDocument(step).toJson(QJsonDocument::Compact)));
+}
+
+void Recorder::orderOnOff(const QString &name, const QStringList &begin)
+{
+    if (isNew(name))
+        order(begin + QStringList{isTrue(name) ? QStringLiteral("on") : QStringLiteral("off")});
+}
+
+QString Recorder::masked(const QString &kind, const QString &text)
+{
+    if (m_keepsIdentifiers || text.isEmpty())
+        return text;
+    QStringList &known = m_masked[kind];
+    if (!known.contains(text))
+        known.append(text);
+    return kind + u'-' + QString::number(known.indexOf(text) + 1);
+}
+
+int Recorder::maskedNumber(const QString &kind, int number)
+{
+    return m_keepsIdentifiers ? number : masked(kind, QString::number(number)).section(u'-', -1).toInt();
+}
+
+QString Recorder::maskedDigits(const QString &text, qsizetype kept) const
+{
+    return m_keepsIdentifiers ? text : text.left(kept).leftJustified(text.size() - 1, u'0') + u'1';
+}
+
+void Recorder::recordSdCard()
+{
+    const QString mounted = QStringLiteral("sdcard.mounted");
+    const QString busy = QStringLiteral("sdcard.busy");
+    if (isNew(mounted))
+        order({QStringLiteral("sdcard"),
+            isTrue(mounted) ? QStringLiteral("mount") : QStringLiteral("unmount")});
+    // A card that comes is idle, and one that goes ends what it did.
+    if (isTrue(mounted) && isNew(busy) && (isTrue(busy) || !isNew(mounted)))
+        order({QStringLiteral("sdcard"), isTrue(busy) ? QStringLiteral("busy") : QStringLiteral("idle")});
+}
+
+void Recorder::recordBattery()
+{
+    const QString battery = QStringLiteral("battery");
+    const QString present = QStringLiteral("battery.present");
+    const QString chargers = QStringLiteral("battery.chargers");
+    const QString receiver = QStringLiteral("battery.receiver");
+    const QString temperature = QStringLiteral("battery.temperature");
+    if (m_isFirst)
+        order({battery, QStringLiteral("hold"), QStringLiteral("on")});
+    if (isNew(present))
+        order({battery, isTrue(present) ? QStringLiteral("insert") : QStringLiteral("remove")});
+    const QString seen = now(receiver).toString();
+    const bool isOnPad = !seen.isEmpty() && seen != u"null";
+    const bool isWired = now(chargers).toInt() > (isOnPad ? 1 : 0);
+    if (isWired != std::exchange(m_wasWired, isWired) || (m_isFirst && now(chargers).isValid()))
+        order({battery, isWired ? QStringLiteral("plug") : QStringLiteral("unplug")});
+    if (isNew(receiver)) {
+        order(QStringList{battery, QStringLiteral("wireless")}
+            + (isOnPad ? QStringList{masked(QStringLiteral("receiver"), seen)} : QStringList()));
+    }
+    if (isNew(QStringLiteral("battery.level")))
+        order({battery, QStringLiteral("level"),
+            numberText(std::round(now(QStringLiteral("battery.level")).toDouble()))});
+    if (isTrue(present) && now(temperature) != m_before.value(temperature)) {
+        order({battery, QStringLiteral("temperature"),
+            now(temperature).isValid() ? numberText(now(temperature)) : QStringLiteral("unknown")});
+    }
+    if (isNew(QStringLiteral("battery.condition")))
+        order({battery, QStringLiteral("condition"), now(QStringLiteral("battery.condition")).toString()});
+}
+
+void Recorder::recordActivity()
+{
+    // It changes when the recording says so, and not by itself.
+    m_phone.insert(QStringLiteral("activity"), QVariantMap{{QStringLiteral("idle-seconds"), 0}});
+    const QString state = QStringLiteral("activity.state");
+    if (isNew(state))
+        order({QStringLiteral("activity"), now(state).toString()});
+}
+
+void Recorder::recordOrientation()
+{
+    const QString orientation = QStringLiteral("orientation.orientation");
+    if (isNew(orientation))
+        order({QStringLiteral("orientation"), now(orientation).toString()});
+}
+
+void Recorder::recordHardware()
+{
+    const QString name = QStringLiteral("hardware.name");
+    if (isNew(name) && !now(name).toString().isEmpty())
+        order({QStringLiteral("hardware"), QStringLiteral("name"),
+            masked(QStringLiteral("phone"), now(name).toString())});
+}
+
+void Recorder::recordDisplay()
+{
+    const QString display = QStringLiteral("display");
+    const QString attach = QStringLiteral("attach");
+    const QString detach = QStringLiteral("detach");
+    DisplayTree::Displays displays = DisplayTree::fromAttributes(m_tree.told(DisplayTree::PpsPath));
+    for (auto &[id, now] : displays) {
+        // That of a session has the name of the sink.
+        if (now.name.startsWith(QLatin1String("miracast")))
+            now.name = QLatin1String("miracast ") + masked(QStringLiteral("sink"), now.name.mid(8).trimmed());
+    }
+    if (m_isFirst) {
+        QVariantList all;
+        for (const auto &[id, now] : displays)
+            all.append(displayOf(id, now));
+        if (!all.isEmpty())
+            m_phone.insert(display, QVariantMap{{QStringLiteral("displays"), all}});
+        m_displays = displays;
+        return;
+    }
+    for (const auto &[id, before] : m_displays) {
+        if (!displays.contains(id))
+            order({display, before.detachable ? QStringLiteral("remove") : detach, QString::number(id)});
+    }
+    for (const auto &[id, now] : displays) {
+        const QString number = QString::number(id);
+        const auto known = m_displays.find(id);
+        const bool isKnown = known != m_displays.end();
+        if (!isKnown) {
+            order({display, QStringLiteral("add"), number, now.name, QString::number(now.size.width()),
+                QString::number(now.size.height()), QString::number(now.physicalSize.width()),
+                QString::number(now.physicalSize.height())});
+        } else if (known->second.size != now.size) {
+            order({display, QStringLiteral("resize"), number, QString::number(now.size.width()),
+                QString::number(now.size.height())});
+        }
+        if (isKnown ? known->second.rotation != now.rotation : now.rotation != 0)
+            order({display, QStringLiteral("rotate"), number, QString::number(now.rotation)});
+        if (isKnown ? known->second.attached != now.attached : !now.attached)
+            order({display, now.attached ? attach : detach, number});
+    }
+    m_displays = displays;
+}
+
+void Recorder::recordSimCard()
+{
+    const QString simcard = QStringLiteral("simcard");
+    const QString state = QStringLiteral("simcard.state");
+    const QVariantMap card = m_tree.told(Card + QLatin1String("status_private"));
+    QVariantMap section = m_phone.value(simcard).toMap();
+    const auto keep = [&](const QString &key, const QVariant &value, qsizetype digits) {
+        if (!value.toString().isEmpty() && !section.contains(key))
+            section.insert(key, digits < 0 ? value.toString() : maskedDigits(value.toString(), digits));
+    };
+    const QVariantMap home = card.value(QStringLiteral("hplmn")).toMap();
+    keep(QStringLiteral("mcc"), home.value(QStringLiteral("mcc")), -1);
+    keep(QStringLiteral("mnc"), home.value(QStringLiteral("mnc")), -1);
+    keep(QStringLiteral("iccid"), card.value(QStringLiteral("iccid")), 2);
+    keep(QStringLiteral("imsi"),
+        m_tree.told(Card + QLatin1String("status_restricted")).value(QStringLiteral("imsi")), 3);
+    if (!section.isEmpty())
+        m_phone.insert(simcard, section);
+    if (!isNew(state))
+        return;
+    const QString word = now(state).toString();
+    if (word == u"removed") {
+        order({simcard, QStringLiteral("remove")});
+        return;
+    }
+    const QVariant before = m_before.value(state);
+    const bool isInserted = before.isValid() && before != QLatin1String("removed");
+    if (!isInserted)
+        order({simcard, QStringLiteral("insert")});
+    if (isInserted || word != u"ready")
+        order({simcard, word});
+}
+
+void Recorder::recordRadio()
+{
+    const QString radio = QStringLiteral("radio");
+    orderOnOff(QStringLiteral("radio.power"), {radio, QStringLiteral("power")});
+    const QStringList enabled = now(QStringLiteral("radio.enabled")).toStringList();
+    if (isNew(QStringLiteral("radio.enabled")) && !enabled.isEmpty())
+        order({radio, QStringLiteral("enable"), enabled.join(u',')});
+    orderOnOff(QStringLiteral("radio.data"), {radio, QStringLiteral("data")});
+    orderOnOff(QStringLiteral("radio.data-roaming"), {radio, QStringLiteral("data-roaming")});
+}
+
+// The network that serves, each of its cells as a network of its own under a name of this recording.
+void Recorder::recordNetwork()
+{
+    const QString facility = QStringLiteral("cellular-network");
+    const QVariantMap told = m_tree.told(Radioctrl + QLatin1String("status_cell_public"));
+    QStringList technologies = m_tree.told(Radioctrl + QLatin1String("status_public"))
+                                   .value(QStringLiteral("network_technology"))
+                                   .toStringList();
+    if (technologies.size() > 1)
+        technologies.removeAll(QStringLiteral("cdma_1x")); // which serves beside
+    if (told.isEmpty() || technologies.isEmpty()) {
+        if (!m_serving.isEmpty())
+            order({facility, std::exchange(m_serving, {}), QStringLiteral("leave")});
+        return;
+    }
+    QVariantMap network{{QStringLiteral("technology"), technologies.first()},
+        {QStringLiteral("services"), serviceWords(told.value(QStringLiteral("network_service")).toInt())}};
+    const auto insert = [&](const QString &key, const QVariant &value) {
+        if (value.isValid())
+            network.insert(key, value);
+    };
+    insert(QStringLiteral("operator"), now(QStringLiteral("cellular-network.operator")));
+    insert(QStringLiteral("mcc"), now(QStringLiteral("cellular-network.mcc")));
+    insert(QStringLiteral("mnc"), now(QStringLiteral("cellular-network.mnc")));
+    insert(QStringLiteral("roaming"), now(QStringLiteral("cellular-network.roaming")));
+    insert(QStringLiteral("display-name"),
+        m_tree.told(QStringLiteral("/pps/services/rum/csm/status_public"))
+            .value(QStringLiteral("network_name")));
+    const QVariantMap cell = m_tree.told(Radioctrl + QLatin1String("status_cell_private"))
+                                 .value(QStringLiteral("serving_network"))
+                                 .toMap();
+    for (const auto &[key, attribute] : CellKeys) {
+        if (const int number = cell.value(attribute).toInt(); number != 0)
+            network.insert(key, maskedNumber(key, number));
+    }
+    // Without a card that is ready, every network offers emergency calls alone.
+    const bool isRestricted = now(QStringLiteral("simcard.state")) != QLatin1String("ready");
+    const auto likened = [isRestricted](QVariantMap map) {
+        if (isRestricted)
+            map.remove(QStringLiteral("services"));
+        return map;
+    };
+    QString name;
+    for (const auto &[known, itsName] : m_networks) {
+        if (name.isEmpty() && likened(known) == likened(network))
+            name = itsName;
+    }
+    if (name.isEmpty()) {
+        name = QStringLiteral("network-%1").arg(m_networks.size() + 1);
+        m_networks.append({network, name});
+        if (m_isFirst)
+            m_phone.insert(facility, QVariantMap{{QStringLiteral("serving"), QStringList{name}}});
+    }
+    const QVariant rssi = now(QStringLiteral("cellular-network.rssi"));
+    const bool isOther = name != m_serving;
+    if (rssi.isValid() && rssi.toInt() < 0 && (isOther || isNew(QStringLiteral("cellular-network.rssi"))))
+        order({facility, name, QStringLiteral("rssi"), numberText(rssi)});
+    if (isOther)
+        order({facility, name, QStringLiteral("serve")});
+    m_serving = name;
+}
+
+// Those that there are at the beginning. Connections follow from the rest of the phone, and from
+// applications.
+void Recorder::recordDataProfile()
+{
+    const QString facility = QStringLiteral("data-profile");
+    const QVariantMap told = m_tree.told(Profiles);
+    QVariantMap profiles = m_phone.value(facility).toMap().value(QStringLiteral("profiles")).toMap();
+    for (auto attribute = told.cbegin(); attribute != told.cend(); ++attribute) {
+        if (attribute->typeId() != QMetaType::QVariantMap)
+            continue;
+        const QVariantMap profile = attribute->toMap();
+        const QString enabled = QStringLiteral("enabled");
+        const QString before = facility + u'.' + attribute.key();
+        m_now.insert(before, profile.value(enabled));
+        if (m_isFirst) {
+            QVariantMap section{{enabled, profile.value(enabled).toBool()},
+                {QStringLiteral("always-on"), profile.value(QStringLiteral("always_on")).toBool()},
+                {QStringLiteral("access-controlled"),
+                    profile.value(QStringLiteral("access_controlled")).toBool()}};
+            if (profile.contains(QStringLiteral("apn")))
+                section.insert(QStringLiteral("apn"), profile.value(QStringLiteral("apn")));
+            profiles.insert(attribute.key(), section);
+        } else if (profiles.contains(attribute.key())) {
+            orderOnOff(before, {facility, attribute.key(), enabled});
+        }
+    }
+    if (m_isFirst && !profiles.isEmpty())
+        m_phone.insert(facility, QVariantMap{{QStringLiteral("profiles"), profiles}});
+}
+
+} // namespace oz::services

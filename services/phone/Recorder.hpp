@@ -1,0 +1,81 @@
+#pragma once
+
+#include <oz/DisplayTree.hpp>
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QMap>
+#include <QObject>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace oz::services {
+
+class Tree;
+
+/*!
+ * Writes down what a device does, whoever feeds its facilities, as a scenario that leads the simulated phone
+ * through the same values: what the tree tells, as it changes. What identifies a person or a device is
+ * masked, the same always by the same, unless it is to be kept.
+ */
+class Recorder : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! The facilities that can be recorded; the others are what applications do, or what they ask for. */
+    [[nodiscard]] static QStringList facilities();
+
+    /*! Begins with what \a tree tells now. \a facilities are some of facilities(); throws Error for others.
+     */
+    Recorder(const Tree &tree, const QStringList &facilities, bool keepsIdentifiers);
+
+    /*! The scenario's steps so far, each as JSON in a line. */
+    [[nodiscard]] const QStringList &steps() const { return m_steps; }
+    /*! The scenario's phone: what it must have for the steps to make sense. */
+    [[nodiscard]] QVariantMap phone() const;
+
+private:
+    void sample();
+    void recordSdCard();
+    void recordBattery();
+    void recordActivity();
+    void recordOrientation();
+    void recordHardware();
+    void recordDisplay();
+    void recordSimCard();
+    void recordRadio();
+    void recordNetwork();
+    void recordDataProfile();
+
+    [[nodiscard]] QVariant now(const QString &name) const { return m_now.value(name); }
+    /*! Whether the value is known, and was not the same before. */
+    [[nodiscard]] bool isNew(const QString &name) const;
+    [[nodiscard]] bool isTrue(const QString &name) const { return now(name).toBool(); }
+    /*! Adds an order, of words that may have blanks. */
+    void order(const QStringList &words);
+    /*! Adds "BEGIN on" or "BEGIN off" where a value that is true or false is new. */
+    void orderOnOff(const QString &name, const QStringList &begin);
+    /*! \a text, or what stands for it everywhere in this recording: "KIND-1", or as many digits. */
+    [[nodiscard]] QString masked(const QString &kind, const QString &text);
+    [[nodiscard]] int maskedNumber(const QString &kind, int number);
+    [[nodiscard]] QString maskedDigits(const QString &text, qsizetype kept) const;
+
+    const Tree &m_tree;
+    QStringList m_facilities;
+    bool m_keepsIdentifiers;
+    QElapsedTimer m_clock;
+    bool m_isFirst = true;
+    bool m_isPlanned = false;
+    QVariantMap m_before; // the public values
+    QVariantMap m_now;
+    QStringList m_steps;
+    QVariantMap m_phone;
+    QHash<QString, QStringList> m_masked; // by kind; their places are their numbers
+    bool m_wasWired = false;
+    DisplayTree::Displays m_displays;
+    QList<std::pair<QVariantMap, QString>> m_networks; // what each is like, and its name
+    QString m_serving;
+};
+
+} // namespace oz::services

@@ -1,0 +1,258 @@
+#include "ozdevice/PlayedScenario.hpp"
+
+#include "meta/MetaText.hpp"
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/Output.hpp"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QXmlStreamWriter>
+
+#include <cerrno>
+
+namespace oz::tools {
+
+namespace {
+
+QDir installedFolder()
+{
+    // Beside this program, in a build tree as when installed.
+    return {QCoreApplication::applicationDirPath() + QLatin1String("/../share/ozdevice/scenarios")};
+}
+
+QStringList installedNames()
+{
+    QStringList names;
+    for (const QString &file :
+        installedFolder().entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name))
+        names.append(file.chopped(5));
+    return names;
+}
+
+QString textAt(const QVariant &entry, const char *key)
+{
+    return entry.toMap().value(QLatin1String(key)).toString();
+}
+
+} // namespace
+
+void ScenarioOptions::addTo(CLI::App *verb)
+{
+    verb->add_option(
+        "--speed", speed, "The phone's time to the real one: a number, or max for without waiting");
+    verb->add_option(
+        "--seed", seed, "What is random is always the same with the same seed (default: the file's)");
+    verb->add_option("--set", variables, "Give a variable of the scenario another value")
+        ->type_name("NAME=VALUE");
+    verb->add_option("--junit", junit, "Write a report of the expectations, as JUnit does")
+        ->type_name("FILE");
+    verb->add_flag("--keep-going", keepGoing, "Go on after a step that failed");
+}
+
+QString scenarioFile(const QString &name)
+{
+    if (QFileInfo::exists(name))
+        return QFileInfo(name).absoluteFilePath();
+    const QStringList installed = installedNames();
+    if (installed.contains(name))
+        return QDir::cleanPath(installedFolder().absoluteFilePath(name + QLatin1String(".json")));
+    throw CommandError(Failed,
+        name.contains(u'/') || name.endsWith(QLatin1String(".json"))
+            ? QString(QLatin1String("there is no file ") + name)
+            : unknownText(QStringLiteral("there is no file and no installed scenario"), name, installed));
+}
+
+QList<QStringList> installedScenarios()
+{
+    static const QRegularExpression description(QStringLiteral(R"re("description": *"([^"]*)")re"));
+    QList<QStringList> rows;
+    for (const QString &name : installedNames()) {
+        QFile file(scenarioFile(name));
+        if (file.open(QIODevice::ReadOnly))
+            rows.append({name, description.match(QString::fromUtf8(file.readAll())).captured(1)});
+    }
+    return rows;
+}
+
+PlayedScenario::PlayedScenario(const ScenarioOptions &options, EventLoop &loop)
+    : m_options(options), m_loop(loop), m_file(scenarioFile(QString::fromStdString(options.scenario))),
+      m_control(QStringLiteral("/pps/system/ozdeviced/control"))
+{
+    connect(&m_control, &PpsObject::readyRead, this, [this] { m_loop.guard([this] { onAnswer(); }); });
+}
+
+QVariantMap PlayedScenario::order() const
+{
+    QVariantMap order{{QStringLiteral("file"), m_file}, {QStringLiteral("keep-going"), m_options.keepGoing}};
+    if (!m_options.speed.empty())
+        order.insert(QStringLiteral("speed"), QString::fromStdString(m_options.speed));
+    if (m_options.seed)
+        order.insert(QStringLiteral("seed"), QString::number(*m_options.seed));
+    QVariantMap variables;
+    for (const std::string &word : m_options.variables) {
+        const QString text = QString::fromStdString(word);
+        if (!text.contains(u'='))
+            throw CommandError(WrongUse, QLatin1String("--set takes NAME=VALUE, not '") + text + u'\'');
+        variables.insert(text.section(u'=', 0, 0), text.section(u'=', 1));
+    }
+    order.insert(QStringLiteral("variables"), variables);
+    return order;
+}
+
+QVariantMap PlayedScenario::check() const
+{
+    QVariantMap checking = order();
+    checking.insert(QStringLiteral("check"), true);
+    return askDaemon(QStringLiteral("play"), checking).toMap();
+}
+
+void PlayedScenario::play()
+{
+    const QVariantMap told = askDaemon(QStringLiteral("play"), order()).toMap();
+    m_hasExpectations = told.value(QStringLiteral("expectations")).toBool();
+    const QString description = told.value(QStringLiteral("description")).toString();
+    if (!description.isEmpty() && !m_options.json && !m_options.quiet)
+        printLine(painted(Paint::Bold, description));
+    m_isPlaying = true;
+    m_state = QStringLiteral("playing");
+    if (!m_control.open(PpsOpenMode::PublishSubscribe))
+        throw CommandError(
+            Unavailable, QLatin1String("cannot follow the scenario: ") + m_control.errorString());
+    ask();
+}
+
+void PlayedScenario::stop()
+{
+    if (m_isPlaying)
+        (void)askDaemon(QStringLiteral("stop-scenario"));
+}
+
+void PlayedScenario::ask()
+{
+    const QVariantMap request{{QStringLiteral("msg"), QStringLiteral("scenario")},
+        {QStringLiteral("id"), m_next},
+        {QStringLiteral("dat"), QVariantMap{{QStringLiteral("from"), m_next}}}};
+    if (!m_control.write(PpsObject::encode(request)))
+        throw CommandError(Unavailable, QStringLiteral("the services have gone while the scenario played"));
+}
+
+void PlayedScenario::onAnswer()
+{
+    bool ok = false;
+    const QByteArray message = m_control.read(&ok);
+    if (!ok) {
+        if (m_control.error() == EAGAIN)
+            return;
+        throw CommandError(Unavailable, QStringLiteral("the services have gone while the scenario played"));
+    }
+    const QVariantMap answer = PpsObject::decode(message).value(QStringLiteral("@control")).toMap();
+    if (answer.value(QStringLiteral("err")).toInt() != 0)
+        throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
+    const QVariantMap told = answer.value(QStringLiteral("dat")).toMap();
+    for (const QVariant &entry : told.value(QStringLiteral("entries")).toList()) {
+        if (!m_options.quiet)
+            print(entry.toMap());
+        if (textAt(entry, "outcome") == u"said")
+            Q_EMIT said(textAt(entry, "text"));
+        m_entries.append(entry);
+    }
+    m_next = told.value(QStringLiteral("next")).toLongLong();
+    m_state = told.value(QStringLiteral("state")).toString();
+    if (m_state == u"playing")
+        return ask();
+    m_isPlaying = false;
+    m_problem = told.value(QStringLiteral("problem")).toString();
+    if (m_state == u"stopped")
+        m_problem = QLatin1String("the scenario was stopped: ") + m_problem;
+    writeReport();
+    Q_EMIT finished();
+}
+
+void PlayedScenario::print(const QVariantMap &entry) const
+{
+    if (m_options.json)
+        return printJson(QJsonObject::fromVariantMap(entry), QJsonDocument::Compact);
+    const QString outcome = textAt(entry, "outcome");
+    QString line =
+        painted(Paint::Dim,
+            QString::number(entry.value(QStringLiteral("time")).toDouble(), 'f', 1).rightJustified(9)
+                + QLatin1String(" s  "))
+        + textAt(entry, "text");
+    if (outcome == u"passed" || outcome == u"waiting")
+        line += painted(outcome == u"passed" ? Paint::Value : Paint::Dim, QLatin1String("  ... ") + outcome);
+    else if (outcome == u"failed")
+        line += painted(Paint::Bold, QLatin1String("  ... FAILED: ")) + textAt(entry, "detail");
+    printLine(line);
+}
+
+// Each expectation is a test case, and so is each other step that failed.
+void PlayedScenario::writeReport() const
+{
+    if (m_options.junit.empty())
+        return;
+    QSaveFile file(QString::fromStdString(m_options.junit));
+    const QString suite = QFileInfo(m_file).completeBaseName();
+    struct Case
+    {
+        QString name;
+        double seconds;
+        QString problem;
+    };
+    std::vector<Case> cases;
+    int failures = 0;
+    double seconds = 0;
+    for (const QVariant &entry : m_entries) {
+        const bool hasFailed = textAt(entry, "outcome") == u"failed";
+        const QString expectation = textAt(entry, "expectation");
+        if (expectation.isEmpty() && !hasFailed)
+            continue;
+        cases.push_back({expectation.isEmpty() ? textAt(entry, "text") : expectation,
+            entry.toMap().value(QStringLiteral("seconds")).toDouble(),
+            hasFailed ? QString(textAt(entry, "place") + QLatin1String(": ") + textAt(entry, "text")
+                + QLatin1String(": ") + textAt(entry, "detail"))
+                      : QString()});
+    }
+    if (cases.empty() || m_state == u"stopped") {
+        cases.push_back({QStringLiteral("the scenario plays to its end"), 0,
+            m_state == u"passed" ? QString() : m_problem});
+    }
+    for (const Case &each : cases) {
+        failures += each.problem.isEmpty() ? 0 : 1;
+        seconds += each.seconds;
+    }
+    bool isWritten = file.open(QIODevice::WriteOnly);
+    if (isWritten) {
+        QXmlStreamWriter xml(&file);
+        xml.setAutoFormatting(true);
+        xml.writeStartDocument();
+        xml.writeStartElement(QStringLiteral("testsuites"));
+        xml.writeStartElement(QStringLiteral("testsuite"));
+        xml.writeAttribute(QStringLiteral("name"), suite);
+        xml.writeAttribute(QStringLiteral("tests"), QString::number(cases.size()));
+        xml.writeAttribute(QStringLiteral("failures"), QString::number(failures));
+        xml.writeAttribute(QStringLiteral("errors"), QStringLiteral("0"));
+        xml.writeAttribute(QStringLiteral("time"), QString::number(seconds));
+        for (const Case &each : cases) {
+            xml.writeStartElement(QStringLiteral("testcase"));
+            xml.writeAttribute(QStringLiteral("classname"), suite);
+            xml.writeAttribute(QStringLiteral("name"), each.name);
+            xml.writeAttribute(QStringLiteral("time"), QString::number(each.seconds));
+            if (!each.problem.isEmpty()) {
+                xml.writeStartElement(QStringLiteral("failure"));
+                xml.writeAttribute(QStringLiteral("message"), each.problem);
+                xml.writeEndElement();
+            }
+            xml.writeEndElement();
+        }
+        xml.writeEndDocument();
+        isWritten = !xml.hasError() && file.commit();
+    }
+    if (!isWritten)
+        throw CommandError(Failed, file.fileName() + QLatin1String(": ") + file.errorString());
+}
+
+} // namespace oz::tools

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "ozdevice/EventLoop.hpp"
+
+#include <oz/PpsObject.hpp>
+
+#include <QObject>
+#include <QVariantMap>
+
+#include <CLI/CLI.hpp>
+
+#include <memory>
+#include <optional>
+
+namespace oz::tools {
+
+/*! How a scenario is to be played, as verbs are told it. */
+struct ScenarioOptions
+{
+    std::string scenario;
+    std::string speed;
+    std::optional<quint32> seed;
+    bool keepGoing = false;
+    std::vector<std::string> variables; //!< NAME=VALUE
+    std::string junit;
+    bool json = false;
+    bool quiet = false; //!< prints nothing
+
+    /*! All but the scenario's own name. */
+    void addTo(CLI::App *verb);
+};
+
+/*! The whole path of the scenario \a name: a file, or one that is installed; throws CommandError. */
+[[nodiscard]] QString scenarioFile(const QString &name);
+/*! Those that are installed, with what they are about. */
+[[nodiscard]] QList<QStringList> installedScenarios();
+
+/*! A scenario that the daemon plays, followed to its end: each step is printed, and a report written. */
+class PlayedScenario : public QObject
+{
+    Q_OBJECT
+
+public:
+    /*! Problems end \a loop. */
+    PlayedScenario(const ScenarioOptions &options, EventLoop &loop);
+
+    /*! Has the whole file checked, without playing it; throws CommandError with what is wrong. What it says
+     * of itself. */
+    QVariantMap check() const;
+    /*! Has it played; throws as check(). */
+    void play();
+    /*! Ends it, where it is still playing. */
+    void stop();
+
+    [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
+    [[nodiscard]] bool hasExpectations() const { return m_hasExpectations; }
+    [[nodiscard]] bool hasPassed() const { return m_state == u"passed"; }
+    /*! Whether it was ended before it was over. */
+    [[nodiscard]] bool wasStopped() const { return m_state == u"stopped"; }
+    /*! Which step failed, or why it was stopped; empty where all is well. */
+    [[nodiscard]] const QString &problem() const { return m_problem; }
+
+Q_SIGNALS:
+    /*! What the scenario says. */
+    void said(const QString &text);
+    void finished();
+
+private:
+    [[nodiscard]] QVariantMap order() const;
+    void ask();
+    void onAnswer();
+    void print(const QVariantMap &entry) const;
+    void writeReport() const;
+
+    const ScenarioOptions &m_options;
+    EventLoop &m_loop;
+    QString m_file;
+    PpsObject m_control;
+    qint64 m_next = 0;
+    bool m_isPlaying = false;
+    bool m_hasExpectations = false;
+    QString m_state;
+    QString m_problem;
+    QVariantList m_entries; // for the report
+};
+
+} // namespace oz::tools

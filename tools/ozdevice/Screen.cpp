@@ -1,0 +1,226 @@
+// The library's macros have the names of members everywhere.
+#define NCURSES_NOMACROS 1
+#define NCURSES_WIDECHAR 1
+
+#include "ozdevice/Screen.hpp"
+
+#include "ozdevice/Command.hpp"
+
+#include <curses.h>
+#include <cwchar>
+#include <sys/ioctl.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+namespace oz::tools {
+
+namespace {
+
+constexpr int EscapeDelay = 50; // milliseconds, in which the rest of a key's sequence comes
+
+// Colours, by their numbers as pairs.
+enum Pair : short { TitlePair = 1, ChangedPair, WrongPair };
+
+sigset_t sizeSignals()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGWINCH);
+    return set;
+}
+
+} // namespace
+
+Screen::Screen(std::function<void(char32_t)> onKey, std::function<void()> onResize)
+    : m_onKey(std::move(onKey)), m_onResize(std::move(onResize))
+{
+    if (!::isatty(STDIN_FILENO) || !::isatty(STDOUT_FILENO))
+        throw CommandError(
+            WrongUse, QStringLiteral("this needs a terminal; `ozdevice watch` prints changes anywhere"));
+    const QByteArray terminal = qgetenv("TERM");
+    m_screen = ::newterm(nullptr, stdout, stdin);
+    if (!m_screen) {
+        throw CommandError(Failed,
+            QLatin1String("the terminal '") + QString::fromLocal8Bit(terminal)
+                + QLatin1String("' is not known here"));
+    }
+    ::cbreak();
+    ::noecho();
+    ::nonl();
+    ::set_escdelay(EscapeDelay);
+    ::keypad(::stdscr, TRUE);
+    ::nodelay(::stdscr, TRUE);
+    hideCursor();
+    if (qEnvironmentVariableIsEmpty("NO_COLOR") && ::has_colors()) {
+        ::start_color();
+        ::use_default_colors();
+        ::init_pair(TitlePair, COLOR_CYAN, -1);
+        ::init_pair(ChangedPair, COLOR_YELLOW, -1);
+        ::init_pair(WrongPair, COLOR_RED, -1);
+    }
+    m_input = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(m_input.get(), &QSocketNotifier::activated, [this] { readKeys(); });
+    const sigset_t signals = sizeSignals();
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    m_sizeSignal = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
+    QObject::connect(m_sizeSignal.get(), &QSocketNotifier::activated, [this, descriptor] {
+        signalfd_siginfo info;
+        while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info)) { }
+        onSizeChanged();
+    });
+}
+
+Screen::~Screen()
+{
+    ::close(int(m_sizeSignal->socket()));
+    const sigset_t signals = sizeSignals();
+    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    ::endwin();
+    ::delscreen(m_screen);
+}
+
+int Screen::rows() const
+{
+    return ::getmaxy(::stdscr);
+}
+
+int Screen::columns() const
+{
+    return ::getmaxx(::stdscr);
+}
+
+void Screen::clear()
+{
+    ::werase(::stdscr);
+}
+
+int Screen::attributesOf(Style style)
+{
+    const auto pair = [](Pair number) { return COLOR_PAIR(number); };
+    switch (style) {
+    case Plain:
+        return A_NORMAL;
+    case Title:
+        return int(A_BOLD | pair(TitlePair));
+    case Dim:
+        return A_DIM;
+    case Changed:
+        return int(A_BOLD | pair(ChangedPair));
+    case Selected:
+        return A_REVERSE;
+    case Wrong:
+        return int(A_BOLD | pair(WrongPair));
+    }
+    return A_NORMAL;
+}
+
+int Screen::put(int row, int column, const QString &text, Style style)
+{
+    if (row < 0 || row >= rows())
+        return column;
+    ::wattrset(::stdscr, attributesOf(style));
+    for (const char32_t character : text.toUcs4()) {
+        wchar_t shown[] = {wchar_t(character), 0};
+        int width = ::wcwidth(shown[0]);
+        if (width < 0) { // a control character, or one that this locale has not
+            shown[0] = L'?';
+            width = 1;
+        }
+        if (column + width > columns())
+            break;
+        ::mvwaddwstr(::stdscr, row, column, shown);
+        column += width;
+    }
+    ::wattrset(::stdscr, A_NORMAL);
+    return column;
+}
+
+void Screen::fill(int row, int column, Style style)
+{
+    if (columns() > column)
+        put(row, column, QString(columns() - column, u' '), style);
+}
+
+void Screen::setCursor(int row, int column)
+{
+    ::curs_set(1);
+    ::wmove(::stdscr, row, std::min(column, columns() - 1));
+}
+
+void Screen::hideCursor()
+{
+    ::curs_set(0);
+}
+
+void Screen::show()
+{
+    ::wrefresh(::stdscr);
+}
+
+void Screen::readKeys()
+{
+    wint_t read = 0;
+    for (;;) {
+        const int kind = ::wget_wch(::stdscr, &read);
+        if (kind == ERR) {
+            // A terminal that has gone is always readable.
+            int waiting = 0;
+            if (::ioctl(STDIN_FILENO, FIONREAD, &waiting) < 0 || !::isatty(STDIN_FILENO)) {
+                m_input->setEnabled(false);
+                m_onKey(U'q');
+            }
+            return;
+        }
+        const bool isCharacter = kind != KEY_CODE_YES;
+        if (isCharacter) {
+            m_onKey(read == 27                     ? Escape
+                    : read == '\r' || read == '\n' ? Enter
+                    : read == 127 || read == 8     ? Backspace
+                                                   : read);
+            continue;
+        }
+        switch (read) {
+        case KEY_UP:
+            m_onKey(Up);
+            break;
+        case KEY_DOWN:
+            m_onKey(Down);
+            break;
+        case KEY_PPAGE:
+            m_onKey(PageUp);
+            break;
+        case KEY_NPAGE:
+            m_onKey(PageDown);
+            break;
+        case KEY_HOME:
+            m_onKey(Home);
+            break;
+        case KEY_END:
+            m_onKey(End);
+            break;
+        case KEY_BACKSPACE:
+            m_onKey(Backspace);
+            break;
+        case KEY_ENTER:
+            m_onKey(Enter);
+            break;
+        case KEY_RESIZE:
+            m_onResize();
+            break;
+        default:
+            m_onKey(Other);
+        }
+    }
+}
+
+void Screen::onSizeChanged()
+{
+    winsize size{};
+    if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0)
+        ::resizeterm(size.ws_row, size.ws_col);
+    ::clearok(::stdscr, TRUE);
+    m_onResize();
+}
+
+} // namespace oz::tools

@@ -1,0 +1,108 @@
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/PlayedScenario.hpp"
+#include "ozdevice/TerminationSignals.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include "meta/MetaText.hpp"
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    ScenarioOptions scenario;
+    bool check = false;
+    bool stop = false;
+    bool list = false;
+    bool values = false;
+};
+
+int listInstalled()
+{
+    printRows(installedScenarios(), {}, {Paint::Bold});
+    return Success;
+}
+
+int listValues()
+{
+    const QVariantMap all = askDaemon(QStringLiteral("public-values")).toMap();
+    const auto text = [](const QVariantMap &row, const char *key) {
+        return row.value(QLatin1String(key)).toString();
+    };
+    QList<QStringList> rows;
+    for (const QVariant &value : all.value(QStringLiteral("values")).toList()) {
+        const QVariantMap row = value.toMap();
+        const QVariant now = row.value(QStringLiteral("now"));
+        rows.append({text(row, "name"), now.isValid() ? meta::valueText(now) : QString(), text(row, "help"),
+            QString(u'(' + text(row, "type") + u')')});
+    }
+    printLine(painted(Paint::Bold, QStringLiteral("Values, for when, expect and while")));
+    printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Value});
+    rows.clear();
+    for (const QVariant &request : all.value(QStringLiteral("requests")).toList()) {
+        const QVariantMap row = request.toMap();
+        rows.append({text(row, "name"), row.value(QStringLiteral("fields")).toStringList().join(u' '),
+            text(row, "help")});
+    }
+    printLine(painted(Paint::Bold, QStringLiteral("Requests, for expect-request; and what they come with")));
+    printRows(rows, QStringLiteral("  "));
+    return Success;
+}
+
+int play(const Options &options)
+{
+    if (options.list)
+        return listInstalled();
+    if (options.values)
+        return listValues();
+    if (options.stop) {
+        (void)askDaemon(QStringLiteral("stop-scenario"));
+        return Success;
+    }
+    if (options.scenario.scenario.empty())
+        throw CommandError(WrongUse,
+            QStringLiteral("play wants a scenario; `ozdevice play --list` lists those that are installed"));
+    EventLoop loop;
+    int status = Success;
+    PlayedScenario scenario(options.scenario, loop);
+    if (options.check) {
+        (void)scenario.check();
+        return Success;
+    }
+    const TerminationSignals signals([&](int signal) {
+        status = 128 + signal;
+        loop.guard([&] { scenario.stop(); });
+    });
+    QObject::connect(&scenario, &PlayedScenario::finished, qApp, &QCoreApplication::quit);
+    scenario.play();
+    (void)loop.run();
+    if (status != Success)
+        return status;
+    if (!scenario.hasPassed())
+        throw CommandError(Failed, scenario.problem());
+    return Success;
+}
+
+} // namespace
+
+void addPlayVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action)
+            .add("play", "Play a scenario on the simulated phone, and follow it to its end", play);
+    verb->add_option(
+        "SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
+    options->scenario.addTo(verb);
+    verb->add_flag("--json", options->scenario.json, "Print one JSON object a step");
+    verb->add_flag("--check", options->check, "Only check the file");
+    verb->add_flag("--stop", options->stop, "End the scenario that is playing");
+    verb->add_flag("--list", options->list, "List the installed scenarios");
+    verb->add_flag("--values", options->values, "List what conditions and expectations can name");
+    verb->footer(
+        "The exit status is 0 where every step was done and every expectation met, else 1. Ctrl-C ends the\n"
+        "scenario; where the command is killed, it plays on.");
+}
+
+} // namespace oz::tools

@@ -1,0 +1,151 @@
+#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DeviceRootWatch.hpp"
+#include "ozdevice/Durations.hpp"
+#include "ozdevice/Output.hpp"
+#include "ozdevice/TerminationSignals.hpp"
+#include "ozdevice/Verbs.hpp"
+
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QSaveFile>
+#include <QTimer>
+
+namespace oz::tools {
+
+namespace {
+
+constexpr std::chrono::seconds FetchEvery{1};
+
+struct Options
+{
+    std::string file;
+    std::vector<std::string> facilities;
+    bool keepsIdentifiers = false;
+    Duration duration;
+    std::vector<std::string> words; // of the command
+};
+
+// What the daemon has recorded, as far as it was fetched.
+class Recording
+{
+public:
+    void begin(const Options &options)
+    {
+        (void)askDaemon(QStringLiteral("record"),
+            QVariantMap{{QStringLiteral("facilities"), toStringList(options.facilities)},
+                {QStringLiteral("keep-identifiers"), options.keepsIdentifiers}});
+        m_clock.start();
+    }
+    void fetch(bool isLast = false)
+    {
+        for (bool isMore = true; isMore;) {
+            const QVariantMap told = askDaemon(QStringLiteral("recorded"),
+                QVariantMap{{QStringLiteral("from"), m_steps.size()},
+                    {QStringLiteral("end"),
+                        isLast}}).toMap();
+            m_phone = told.value(QStringLiteral("phone")).toMap();
+            m_steps += told.value(QStringLiteral("steps")).toStringList();
+            isMore = m_steps.size() < told.value(QStringLiteral("count")).toLongLong();
+        }
+    }
+    void write(const QString &name) const
+    {
+        QSaveFile file(name);
+        const QString when = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+        const double seconds = double(m_clock.elapsed()) / 1000;
+        QByteArray phone = QJsonDocument(QJsonObject::fromVariantMap(m_phone)).toJson().trimmed();
+        phone.replace('\n', "\n    ");
+        QStringList steps = m_steps;
+        steps.append(QStringLiteral(R"({"at":%1,"say":"the end of the recording"})").arg(seconds));
+        const QByteArray text =
+            "// What a device did, as `ozdevice record` wrote it down. Play it with\n// `ozdevice run "
+            "--scenario FILE -- COMMAND`, which starts the phone below.\n{\n    \"description\": "
+            "\"Recorded on "
+            + when.toUtf8() + ", " + QByteArray::number(seconds, 'f', 1)
+            + " seconds\",\n    \"phone\": " + phone + ",\n    \"steps\": [\n        "
+            + steps.join(QLatin1String(",\n        ")).toUtf8() + "\n    ]\n}\n";
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+            throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
+    }
+    [[nodiscard]] qsizetype count() const { return m_steps.size(); }
+
+private:
+    QElapsedTimer m_clock;
+    QVariantMap m_phone;
+    QStringList m_steps;
+};
+
+int record(const Options &options)
+{
+    const QString name = QString::fromStdString(options.file);
+    // Found out now, and not when everything has been recorded.
+    if (QSaveFile file(name); !file.open(QIODevice::WriteOnly))
+        throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
+    EventLoop loop;
+    QProcess command;
+    const TerminationSignals signals([&](int signal) {
+        if (command.state() == QProcess::Running && signal != SIGINT)
+            ::kill(pid_t(command.processId()), signal);
+        else if (command.state() == QProcess::NotRunning)
+            QCoreApplication::quit(); // as it is meant to end
+    });
+    Recording recording;
+    recording.begin(options);
+    // What was recorded before the services went is kept.
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&] { loop.guard([&] { recording.fetch(); }); });
+    timer.start(FetchEvery);
+    if (options.duration.seconds > 0)
+        QTimer::singleShot(options.duration.milliseconds(), qApp, &QCoreApplication::quit);
+    QStringList words = toStringList(options.words);
+    if (!words.isEmpty()) {
+        const QString program = words.takeFirst();
+        command.setProcessChannelMode(QProcess::ForwardedChannels);
+        command.setInputChannelMode(QProcess::ForwardedInputChannel);
+        command.setChildProcessModifier([&] { signals.unblock(); });
+        QObject::connect(&command, &QProcess::finished, qApp, &QCoreApplication::quit);
+        QObject::connect(&command, &QProcess::errorOccurred, qApp, [&](QProcess::ProcessError error) {
+            loop.guard([&] {
+                if (error == QProcess::FailedToStart)
+                    throw CommandError(Failed, program + QLatin1String(": ") + command.errorString());
+            });
+        });
+        command.start(program, words);
+    }
+    const DeviceRootWatch rootWatch(&loop);
+    try {
+        (void)loop.run();
+        recording.fetch(true);
+    } catch (const CommandError &) {
+        recording.write(name);
+        throw;
+    }
+    recording.write(name);
+    command.terminate();
+    command.waitForFinished();
+    complain(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
+    return options.words.empty() || command.exitStatus() == QProcess::CrashExit ? Success
+                                                                                : command.exitCode();
+}
+
+} // namespace
+
+void addRecordVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action).add("record", "Write what the device does into a scenario", record);
+    verb->add_option("FILE", options->file, "The scenario to write")->required();
+    verb->add_option("--only", options->facilities, "Only these facilities")
+        ->type_name("FACILITY")
+        ->delimiter(',');
+    verb->add_flag("--keep-identifiers", options->keepsIdentifiers,
+        "Write down what identifies the person and the device, instead of masking it");
+    addDuration(verb, "--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb->add_option("COMMAND", options->words, "Record while this command runs, after --");
+    verb->footer("Without a time and a command, Ctrl-C ends the recording.");
+}
+
+} // namespace oz::tools

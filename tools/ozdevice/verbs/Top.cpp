@@ -1,0 +1,48 @@
+#include "ozdevice/Console.hpp"
+#include "ozdevice/DeviceRootWatch.hpp"
+#include "ozdevice/FacilitySelection.hpp"
+#include "ozdevice/TerminationSignals.hpp"
+#include "ozdevice/Verbs.hpp"
+
+namespace oz::tools {
+
+namespace {
+
+struct Options
+{
+    FacilitySelection facilities;
+};
+
+int top(const Options &options)
+{
+    const auto entries = options.facilities.entries();
+    const auto there = withoutUnfed(entries);
+    if (there.empty() || (there.size() < entries.size() && !options.facilities.isNamed()))
+        return Unavailable;
+    EventLoop loop;
+    int status = Success;
+    const TerminationSignals signals([&](int signal) {
+        status = 128 + signal;
+        QCoreApplication::quit();
+    });
+    const DeviceRootWatch rootWatch(&loop);
+    const Console console(there, loop);
+    (void)loop.run();
+    return status;
+}
+
+} // namespace
+
+void addTopVerb(CLI::App &parser, Action &action)
+{
+    const auto [verb, options] =
+        Verbs<Options>(parser, action)
+            .add("top", "Show the phone in the terminal, live, and drive it by keys", top);
+    options->facilities.addFacilities(verb);
+    verb->footer(
+        "Values that have just changed stand out. Enter lists what the simulated phone can be told about a\n"
+        "facility, space shows all of its values, p plays a scenario. With NO_COLOR set there are no "
+        "colours.");
+}
+
+} // namespace oz::tools
