@@ -6,10 +6,14 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libxcb-randr0-dev
+    libxcb-randr0-dev qt6-declarative-dev qt6-declarative-dev-tools
     libgtest-dev libgmock-dev
 )
-test_packages=(xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish)
+test_packages=(
+    xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
+    qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
+    qml6-module-qtquick-window qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qttest
+)
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git)

@@ -1,0 +1,104 @@
+// Every file of tests over the module, each with a private phone.
+
+#include "services/Services.hpp"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QtQuickTest/quicktest.h>
+
+#include <csignal>
+
+using namespace oz;
+using namespace oz::testing;
+
+namespace {
+
+const QByteArray PhoneFile = R"({
+    "wifi-direct": {"scan-seconds": 0.2, "connect-seconds": 0.1},
+    "miracast": {"scan-seconds": 0.2, "connect-seconds": 0.1}})";
+
+/*! What the tests tell the phone; `phone` in QML. */
+class Phone : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Phone(const QProcess *daemon) : m_daemon(daemon) { }
+    /*! What is wrong with telling the phone that; nothing where it is done. */
+    Q_INVOKABLE QString sim(const QString &line) { return simProblem(line); }
+    Q_INVOKABLE void stall() { send(SIGSTOP); }
+    Q_INVOKABLE void goOn() { send(SIGCONT); }
+
+public Q_SLOTS:
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->rootContext()->setContextProperty(QStringLiteral("phone"), this);
+    }
+
+private:
+    void send(int signal) const { ::kill(pid_t(m_daemon->processId()), signal); }
+    const QProcess *m_daemon;
+};
+
+// The number of the tests of a file that fail.
+int failures(const QString &name, QObject *setup)
+{
+    const QByteArray file = QByteArray(OZ_QML_TESTS "/tst_") + name.toUtf8() + ".qml";
+    QByteArrayList words{"qml_test", "-input", file, "-import", OZ_QML_MODULES};
+    QList<char *> arguments;
+    for (QByteArray &word : words)
+        arguments.append(word.data());
+    return quick_test_main_with_setup(
+        int(arguments.size()), arguments.data(), "qml_test", OZ_QML_TESTS, setup);
+}
+
+const QString WithoutPhone = "Unknown";
+
+class QmlTest : public ServicesTest, public ::testing::WithParamInterface<QString>
+{
+protected:
+    QmlTest() : ServicesTest(PhoneFile) { }
+};
+
+QStringList filesWithPhone()
+{
+    QStringList names = QDir(OZ_QML_TESTS).entryList({"tst_*.qml"});
+    for (QString &name : names)
+        name = name.sliced(4).chopped(4);
+    names.removeOne(WithoutPhone);
+    return names;
+}
+
+} // namespace
+
+TEST_P(QmlTest, Passes)
+{
+    Phone phone(&daemon);
+    EXPECT_EQ(failures(GetParam(), &phone), 0);
+    phone.goOn();
+}
+INSTANTIATE_TEST_SUITE_P(Files, QmlTest, ::testing::ValuesIn(filesWithPhone()),
+    [](const auto &file) { return file.param.toStdString(); });
+
+class QmlWithoutPhoneTest : public DeviceTest
+{
+};
+
+TEST_F(QmlWithoutPhoneTest, EveryValueIsTheOneForUnknown)
+{
+    EXPECT_EQ(failures(WithoutPhone, nullptr), 0);
+    log.take(); // which objects are not there
+}
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    QGuiApplication application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
+
+#include "QmlTest.moc"
