@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QGuiApplication>
+#include <QImage>
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QtQuickTest/quicktest.h>
@@ -82,6 +83,40 @@ TEST_P(QmlTest, Passes)
 INSTANTIATE_TEST_SUITE_P(Files, QmlTest, ::testing::ValuesIn(filesWithPhone()),
     [](const auto &file) { return file.param.toStdString(); });
 
+// An example, and a change of the phone which is to be seen in it.
+using Example = std::pair<std::string, std::string>;
+
+class QmlExampleTest : public ServicesTest, public ::testing::WithParamInterface<Example>
+{
+protected:
+    QmlExampleTest() : ServicesTest(PhoneFile) { }
+    // What the application looks like; what it logs is a failure.
+    QImage picture() const
+    {
+        QProcess program;
+        program.setProcessChannelMode(QProcess::ForwardedOutputChannel);
+        program.start(
+            OZ_EXAMPLES "/example-" + QString::fromStdString(GetParam().first), {root.file("/picture.png")});
+        EXPECT_TRUE(waitUntil([&] { return program.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(program.exitCode(), 0);
+        EXPECT_EQ(program.readAllStandardError(), QByteArray());
+        return QImage(root.file("/picture.png"));
+    }
+};
+
+TEST_P(QmlExampleTest, ShowsThePhoneAsItIs)
+{
+    const QImage before = picture();
+    ASSERT_FALSE(before.isNull());
+    EXPECT_EQ(picture(), before);
+    sim(QString::fromStdString(GetParam().second));
+    EXPECT_NE(picture(), before);
+}
+INSTANTIATE_TEST_SUITE_P(Examples, QmlExampleTest,
+    ::testing::Values(Example{"statusbar", "simcard remove"},
+        Example{"profiles", "data-profile mms enabled off"}, Example{"cast", "miracast sink-goes projector"}),
+    [](const auto &example) { return example.param.first; });
+
 class QmlWithoutPhoneTest : public DeviceTest
 {
 };
@@ -96,6 +131,8 @@ int main(int argc, char **argv)
 {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
+    const QTemporaryDir own; // a runtime directory, whose lack Qt warns of
+    qputenv("XDG_RUNTIME_DIR", own.path().toLocal8Bit());
     QGuiApplication application(argc, argv);
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
