@@ -23,6 +23,7 @@
 #include <QDebug>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMetaProperty>
 #include <QProcess>
 #include <QSocketNotifier>
@@ -109,6 +110,8 @@ int watch(unsigned seed)
         }
     });
     load.start(std::chrono::milliseconds(50 + random() % 100));
+    std::puts("ready");
+    std::fflush(stdout);
     QSocketNotifier orders(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(&orders, &QSocketNotifier::activated, [&] {
         std::string order;
@@ -141,13 +144,21 @@ qsizetype descriptors(qint64 pid)
     return QDir(QString("/proc/%1/fd").arg(pid)).entryList(QDir::Files | QDir::System).size();
 }
 
+QByteArray lastLines(const QString &file)
+{
+    QFile log(file);
+    (void)log.open(QIODevice::ReadOnly);
+    const QByteArrayList lines = log.readAll().split('\n');
+    return lines.mid(std::max<qsizetype>(0, lines.size() - 20)).join('\n');
+}
+
 class Client
 {
 public:
-    Client(const QString &program, unsigned seed)
+    Client(const QString &program, unsigned seed, const QString &logFile) : log(logFile)
     {
         m_process.setProcessChannelMode(QProcess::SeparateChannels);
-        m_process.setStandardErrorFile(QProcess::nullDevice());
+        m_process.setStandardErrorFile(log);
         m_process.start(program, {"--watch", QString::number(seed)});
         m_process.waitForStarted();
     }
@@ -163,6 +174,10 @@ public:
     [[nodiscard]] QByteArray tell(const char *order)
     {
         m_process.write(QByteArray(order) + '\n');
+        return hear();
+    }
+    [[nodiscard]] QByteArray hear()
+    {
         QElapsedTimer waited;
         waited.start();
         while (!m_process.canReadLine() && waited.elapsed() < 90'000)
@@ -171,6 +186,7 @@ public:
     }
     [[nodiscard]] qint64 pid() const { return m_process.processId(); }
 
+    const QString log;
     long memory = 0;
     qsizetype files = 0;
 
@@ -214,8 +230,8 @@ void disturb(std::mt19937 &random)
     static const QStringList orders{"battery level 10", "battery level 90", "battery plug", "battery unplug",
         "sdcard unmount", "sdcard mount", "simcard pin", "simcard ready", "radio power off", "radio power on",
         "radio data off", "radio data on", "activity standby", "activity active", "orientation left-up",
-        "orientation top-up", "display attach 1", "display detach 1", "display rotate 1 90",
-        "display rotate 1 0", "wifi-direct enabled off", "wifi-direct enabled on", "miracast stop 5",
+        "orientation top-up", "display attach 1", "display detach 1", "display rotate 0 90",
+        "display rotate 0 0", "wifi-direct enabled off", "wifi-direct enabled on", "miracast stop 5",
         "miracast start", "cellular-network abroad serve", "cellular-network home-lte serve"};
     QStringList words = orders[qsizetype(random() % unsigned(orders.size()))].split(' ');
     const QString facility = words.takeFirst();
@@ -227,7 +243,7 @@ void disturb(std::mt19937 &random)
     }
 }
 
-bool survive(int seconds, int clientCount, unsigned seed)
+bool survive(int seconds, int clientCount, unsigned seed, const QString &logs)
 {
     std::mt19937 random(seed);
     const QString program = QCoreApplication::applicationFilePath();
@@ -243,7 +259,10 @@ bool survive(int seconds, int clientCount, unsigned seed)
         return false;
     std::vector<std::unique_ptr<Client>> clients;
     for (int i = 0; i < clientCount; ++i)
-        clients.push_back(std::make_unique<Client>(program, seed + unsigned(i)));
+        clients.push_back(std::make_unique<Client>(program, seed + unsigned(i), logs + QString::number(i)));
+    // A power manager that is not there when the application starts is not looked for later.
+    for (const auto &client : clients)
+        (void)client->hear();
 
     QElapsedTimer clock;
     clock.start();
@@ -282,14 +301,18 @@ bool survive(int seconds, int clientCount, unsigned seed)
         }
     }
     ::sleep(8); // what is under way ends: scans, flashes, the grace time of clients that did not come back
-    Client reference(program, seed);
+    Client reference(program, seed, logs + "reference");
+    (void)reference.hear();
     (void)reference.tell("quiet");
     ::sleep(1);
     const QByteArray expected = reference.tell("report");
+    std::vector<QByteArray> reports;
+    for (const auto &client : clients)
+        reports.push_back(client->tell("report"));
     long mostGrown = 0;
     qsizetype mostFiles = 0;
     for (std::size_t i = 0; i < clients.size(); ++i) {
-        if (const QByteArray seen = clients[i]->tell("report"); seen != expected) {
+        if (const QByteArray seen = reports[i]; seen != expected) {
             isRight = false;
             const QByteArrayList one = seen.split(' ');
             const QByteArrayList other = expected.split(' ');
@@ -299,6 +322,10 @@ bool survive(int seconds, int clientCount, unsigned seed)
                         other.value(word).constData());
                 }
             }
+            ::sleep(10);
+            std::printf("10 s later it %s; it logged last:\n%s\n",
+                clients[i]->tell("report") == expected ? "sees the same" : "still does not see the same",
+                lastLines(clients[i]->log).constData());
         }
         mostGrown = std::max(mostGrown, residentKilobytes(clients[i]->pid()) - clients[i]->memory);
         mostFiles = std::max(mostFiles, descriptors(clients[i]->pid()) - clients[i]->files);
@@ -337,5 +364,5 @@ int main(int argc, char **argv)
     qputenv("QT_LOGGING_RULES", "oz.deviced.info=false");
     qputenv("OZ_WAIT_LIMIT", "10");
     qputenv("OZ_GRACE_TIME", "3");
-    return survive(seconds, clients, seed) ? 0 : 1;
+    return survive(seconds, clients, seed, root.filePath("log-")) ? 0 : 1;
 }

@@ -8,7 +8,9 @@
 #include <QStringList>
 
 #include <functional>
+#include <map>
 #include <memory>
+#include <typeindex>
 #include <vector>
 
 namespace oz::services {
@@ -30,12 +32,29 @@ public:
             m_phone = m_makePhone();
         return *m_phone;
     }
+    /*! The one of this type that all sources share, which is made where there is none. */
+    template <typename Type>
+    [[nodiscard]] std::shared_ptr<Type> shared()
+    {
+        return shared<Type>([] { return std::make_shared<Type>(); });
+    }
+    /*! As shared(), made by \a make. */
+    template <typename Type, typename Make>
+    [[nodiscard]] std::shared_ptr<Type> shared(const Make &make)
+    {
+        std::weak_ptr<void> &entry = m_shared[typeid(Type)];
+        auto present = std::static_pointer_cast<Type>(entry.lock());
+        if (!present)
+            entry = present = make();
+        return present;
+    }
     /*! The simulated phone where something uses it, else null. */
     [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }
 
 private:
     MakePhone m_makePhone;
     std::unique_ptr<SimulatedPhone> m_phone;
+    std::map<std::type_index, std::weak_ptr<void>> m_shared;
 };
 
 /*! The sources of all facilities that have one. */
@@ -79,6 +98,13 @@ struct SourceKind
     /*! Why "auto" would not take it here; empty where it would. Nothing for one that "auto" never takes. */
     std::function<QString()> obstacle;
 };
+
+/*! For a source that "auto" takes on every system: it is absent, for a reason, until what it asks is there.
+ */
+inline QString noObstacle()
+{
+    return {};
+}
 
 /*! A facility of the device as the daemon offers it: who can feed it, and who publishes it. */
 struct Facility

@@ -1,3 +1,4 @@
+#include "services/Rigs.hpp"
 #include "services/Services.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
@@ -19,25 +20,6 @@ using namespace oz::device;
 using namespace oz::testing;
 
 namespace {
-
-/*! A service that feeds a facility, and how it is driven. */
-class Rig
-{
-public:
-    virtual ~Rig() = default;
-    /*! Starts the service, where there is one beside the daemon. */
-    virtual void start() { }
-    /*! Lets the service die. */
-    virtual void stop() { }
-    /*! Lets the service stand still, or go on. */
-    virtual void stall(bool) { }
-    /*! Whether the service is another process than the daemon. */
-    [[nodiscard]] virtual bool isProcess() const { return false; }
-    /*! What the daemon is started with. */
-    [[nodiscard]] virtual QStringList arguments() const { return {"--simulated"}; }
-    /*! Changes something, this way and back. */
-    virtual void change(bool there) = 0;
-};
 
 class PhoneRig final : public Rig
 {
@@ -132,6 +114,7 @@ struct Case
     std::function<QObject *()> make;
     const char *there; //!< the signals of the change
     const char *back;
+    const char *gone = ""; //!< and what is heard when the service stays away
 };
 
 void PrintTo(const Case &row, std::ostream *out)
@@ -160,7 +143,15 @@ const Case Cases[] = {
     {"xrandr", [] { return std::make_unique<XServerRig>(); },
         [] { return static_cast<QObject *>(new DisplayInfo(0)); },
         R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
-        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))"},
+        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
+    {"wayland", [] { return std::make_unique<SwayRig>(); },
+        [] { return static_cast<QObject *>(new DisplayInfo(0)); },
+        R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
+        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
+    {"upower", [] { return std::make_unique<UPowerRig>(); }, make<BatteryInfo>,
+        "level(70, Discharging) level(70, 3)", "level(80, Discharging) level(80, 3)",
+        "level(-1, Unknown) level(-1, 0) present(false) condition(Unknown) condition(0) "
+        "fullChargeCapacity(-1) cycleCount(-1) temperature(nan)"},
 };
 
 class SourceSuite : public DeviceTest, public ::testing::WithParamInterface<Case>
@@ -182,6 +173,7 @@ protected:
 
     void startDaemon()
     {
+        daemon.setProcessEnvironment(rig->environment());
         daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments());
         PpsObject control("/pps/system/ozdeviced/control");
         ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
@@ -234,9 +226,9 @@ TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)
     if (!rig->isProcess())
         return; // the daemon itself
     rig->stall(true);
-    for (const char *order : {"battery level 33", "sdcard unmount"})
+    for (const char *order : {"radio power off", "simcard pin"})
         sim(order);
-    EXPECT_EQ(SdCardInfo().state(), SdCardState::Unmounted);
+    EXPECT_EQ(SimCardInfo().state(), SimCardState::PinRequired);
     EXPECT_EQ(heard->settled(), "");
     rig->stall(false);
     changesAreHeard();
@@ -247,9 +239,12 @@ TEST_P(SourceSuite, AServiceThatStaysAwayMakesItUnknownAndIsFollowedWhenItComes)
     if (!rig->isProcess())
         return;
     rig->stop();
-    EXPECT_EQ(heard->waitFor(1), "attached(false)");
+    const QString values = valuesOf(*facility);
+    EXPECT_EQ(heard->waitFor(QString(GetParam().gone).count(')')), GetParam().gone);
     rig->start();
-    EXPECT_TRUE(waitUntil([&] { return DisplayInfo(0).isAttached(); }));
+    EXPECT_TRUE(waitUntil([&] { return valuesOf(*facility) == values; }));
+    heard->take();
+    changesAreHeard();
     log.take();
 }
 

@@ -1,0 +1,213 @@
+#include "battery/UPowerBattery.hpp"
+
+#include "linux/Worker.hpp"
+
+#include <oz/Limits.hpp>
+
+#include <QDir>
+
+#include <algorithm>
+
+namespace oz::services {
+
+namespace {
+
+const QString ManagerPath = QStringLiteral("/org/freedesktop/UPower");
+const QString ManagerInterface = QStringLiteral("org.freedesktop.UPower");
+const QString DeviceInterface = QStringLiteral("org.freedesktop.UPower.Device");
+const QString PowerSupplies = QStringLiteral("/sys/class/power_supply");
+
+// UPower's numbers.
+enum Type { LinePower = 1, BatteryType = 2 };
+enum State {
+    Charging = 1,
+    Discharging = 2,
+    Empty = 3,
+    FullyCharged = 4,
+    PendingCharge = 5,
+    PendingDischarge = 6
+};
+
+std::optional<BatteryState::Charging> chargingOf(uint state)
+{
+    switch (state) {
+    case Charging:
+        return BatteryState::Charging::Yes;
+    case FullyCharged:
+        return BatteryState::Charging::Full;
+    case Discharging:
+    case Empty:
+    case PendingCharge:
+    case PendingDischarge:
+        return BatteryState::Charging::No;
+    default:
+        return std::nullopt;
+    }
+}
+
+// The kernel's health: good, unknown, or what is wrong with it.
+std::optional<BatteryState::Condition> conditionOf(const QString &health)
+{
+    if (health.isEmpty() || health == u"Unknown")
+        return std::nullopt;
+    return health == u"Good" ? BatteryState::Condition::Good : BatteryState::Condition::Bad;
+}
+
+// The kernel's units are millionths of Ah, of Wh and of V.
+std::optional<int> milliampereHours(const SysFolder::Values &battery)
+{
+    if (const auto charge = SysFolder::number(battery, QStringLiteral("charge_full")))
+        return qRound(*charge / 1000);
+    const auto energy = SysFolder::number(battery, QStringLiteral("energy_full"));
+    const auto voltage = SysFolder::number(battery, QStringLiteral("voltage_min_design"));
+    if (energy && voltage && *voltage > 0)
+        return qRound(*energy / *voltage * 1000);
+    return std::nullopt;
+}
+
+// Who receives power without a wire; the kernel has no other identifier of it than its serial number or name.
+QString receiverOnCharger()
+{
+    const QStringList supplies = QDir(PowerSupplies).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    for (const QString &supply : supplies) {
+        const auto values = SysFolder::readFiles(PowerSupplies + u'/' + supply,
+            {QStringLiteral("type"), QStringLiteral("online"), QStringLiteral("serial_number")});
+        if (values.value(QStringLiteral("type")) != u"Wireless"
+            || values.value(QStringLiteral("online")) != u"1")
+            continue;
+        const QString serial = values.value(QStringLiteral("serial_number"));
+        return serial.isEmpty() ? supply : serial;
+    }
+    return {};
+}
+
+} // namespace
+
+UPowerBattery::UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &device)
+    : BusSource(std::make_shared<BusService>(
+        std::move(bus), QStringLiteral("org.freedesktop.UPower"), QStringLiteral("upower"))),
+      m_device(device)
+{
+    m_firstSample.setSingleShot(true);
+    m_firstSample.setInterval(graceTime());
+    m_firstSample.callOnTimeout(this, [this] {
+        if (objects().isComplete())
+            look();
+    });
+    connect(&service(), &BusService::appeared, &m_firstSample, qOverload<>(&QTimer::start));
+    objects().followList(
+        ManagerPath, ManagerInterface, QStringLiteral("EnumerateDevices"), {DeviceInterface});
+    service().hear(ManagerPath, ManagerInterface, QStringLiteral("DeviceAdded"), this,
+        [this](const QDBusMessage &message) {
+            objects().follow(message.arguments().value(0).value<QDBusObjectPath>().path(), {DeviceInterface});
+        });
+    service().hear(ManagerPath, ManagerInterface, QStringLiteral("DeviceRemoved"), this,
+        [this](const QDBusMessage &message) {
+            objects().forget(message.arguments().value(0).value<QDBusObjectPath>().path());
+        });
+}
+
+QVariant UPowerBattery::of(const QString &path, const char *property) const
+{
+    return objects().property(path, DeviceInterface, QLatin1String(property));
+}
+
+QString UPowerBattery::batteryPath() const
+{
+    const auto rank = [this](const QString &path) {
+        const uint state = of(path, "State").toUInt();
+        return state == Discharging ? 0 : state == Charging ? 1 : of(path, "IsPresent").toBool() ? 2 : 3;
+    };
+    QStringList paths;
+    for (const QString &path : objects().all().keys()) {
+        const bool isWanted =
+            m_device.isEmpty() || of(path, "NativePath").toString().section(u'/', -1) == m_device;
+        if (isWanted && of(path, "Type").toUInt() == BatteryType && of(path, "PowerSupply").toBool())
+            paths.append(path);
+    }
+    const auto best = std::min_element(paths.begin(), paths.end(),
+        [&](const QString &one, const QString &other) { return rank(one) < rank(other); });
+    return best == paths.end() ? QString() : *best;
+}
+
+void UPowerBattery::look()
+{
+    // What is asked of the kernel while it is asked already may be newer.
+    if (m_isReading)
+        m_readsAgain = true;
+    else
+        readKernel();
+}
+
+void UPowerBattery::readKernel()
+{
+    m_isReading = true;
+    m_readsAgain = false;
+    const QString path = batteryPath();
+    const QString folder = PowerSupplies + u'/' + of(path, "NativePath").toString().section(u'/', -1);
+    inWorker(
+        this,
+        [path, folder] {
+            static const QStringList names{QStringLiteral("health"), QStringLiteral("charge_full"),
+                QStringLiteral("energy_full"), QStringLiteral("voltage_min_design"),
+                QStringLiteral("cycle_count"), QStringLiteral("temp")};
+            return Kernel{path.isEmpty() ? SysFolder::Values() : SysFolder::readFiles(folder, names),
+                receiverOnCharger()};
+        },
+        [this, path](const Kernel &kernel) {
+            m_isReading = false;
+            if (m_readsAgain)
+                readKernel();
+            else if (objects().isComplete())
+                take(stateFrom(path, kernel));
+        });
+}
+
+BatteryState UPowerBattery::stateFrom(const QString &path, const Kernel &kernel) const
+{
+    BatteryState state;
+    state.wirelessReceiver = kernel.wirelessReceiver;
+    int chargers = kernel.wirelessReceiver.isEmpty() ? 0 : 1;
+    for (const QString &device : objects().all().keys()) {
+        if (of(device, "Type").toUInt() == LinePower && of(device, "Online").toBool())
+            ++chargers;
+    }
+    state.chargers = chargers;
+    if (path.isEmpty())
+        return state;
+    state.charging = chargingOf(of(path, "State").toUInt());
+    if (!of(path, "IsPresent").toBool())
+        return state;
+    BatteryState::Battery &battery = state.battery.emplace();
+    battery.level = qRound(of(path, "Percentage").toDouble());
+    battery.condition = conditionOf(kernel.battery.value(QStringLiteral("health")));
+    battery.fullChargeCapacity = milliampereHours(kernel.battery);
+    // Who does not count says 0, or less.
+    const auto cycles = SysFolder::number(kernel.battery, QStringLiteral("cycle_count"));
+    if (const int told = of(path, "ChargeCycles").toInt(); told > 0)
+        battery.cycleCount = told;
+    else if (cycles && *cycles > 0)
+        battery.cycleCount = int(*cycles);
+    // Tenths of a degree; UPower's own 0 may be that it does not know.
+    if (const auto tenths = SysFolder::number(kernel.battery, QStringLiteral("temp")))
+        battery.temperature = *tenths / 10;
+    else if (const double told = of(path, "Temperature").toDouble(); told != 0)
+        battery.temperature = told;
+    return state;
+}
+
+void UPowerBattery::take(const BatteryState &state)
+{
+    // A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
+    const bool isLie = state.battery ? state.battery->level == 0 : m_hadBattery;
+    if (isLie && m_firstSample.isActive())
+        return;
+    m_firstSample.stop();
+    m_hadBattery = state.battery.has_value();
+    if (!m_device.isEmpty() && batteryPath().isEmpty())
+        miss(QLatin1String("UPower knows no battery '") + m_device + u'\'');
+    else
+        know(state);
+}
+
+} // namespace oz::services

@@ -1,0 +1,45 @@
+#pragma once
+
+#include "linux/BusObjects.hpp"
+#include "source/Source.hpp"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace oz::services {
+
+/*!
+ * A source, of the type \a SourceType, that a service of the system bus feeds. It is absent while the service
+ * is away or does not answer.
+ */
+template <typename SourceType>
+class BusSource : public SourceType
+{
+protected:
+    using State = typename SourceType::State;
+
+    /*! The \a service that feeds it, whose object manager, where it has one, is at \a manager. */
+    explicit BusSource(std::shared_ptr<BusService> service, const QString &manager = {})
+        : m_service(std::move(service)), m_objects(*m_service, manager)
+    {
+        const auto missService = [this] { this->miss(m_service->absence()); };
+        QObject::connect(m_service.get(), &BusService::vanished, this, missService);
+        QObject::connect(
+            &m_objects, &BusObjects::failed, this, [this](const QString &reason) { this->miss(reason); });
+        QObject::connect(&m_objects, &BusObjects::changed, this, [this] { this->look(); });
+    }
+
+    /*! Called whenever all that is followed has been told, or has changed: for know() or miss(). */
+    virtual void look() = 0;
+
+    [[nodiscard]] BusService &service() { return *m_service; }
+    [[nodiscard]] BusObjects &objects() { return m_objects; }
+    [[nodiscard]] const BusObjects &objects() const { return m_objects; }
+
+private:
+    std::shared_ptr<BusService> m_service;
+    BusObjects m_objects;
+};
+
+} // namespace oz::services

@@ -1,0 +1,37 @@
+#include "linux/SysFolder.hpp"
+
+#include <QFile>
+
+namespace oz::services::SysFolder {
+
+std::optional<QString> readFile(const QString &name)
+{
+    constexpr qint64 Longest = 1 << 20;
+    QFile file(name);
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray content = file.read(Longest);
+    // What the device tree holds ends in a zero.
+    return file.error() == QFile::NoError
+        ? std::optional(QString::fromUtf8(content).remove(QChar()).trimmed())
+        : std::nullopt;
+}
+
+Values readFiles(const QString &folder, const QStringList &names)
+{
+    Values values;
+    for (const QString &name : names) {
+        if (const auto value = readFile(folder + u'/' + name))
+            values.insert(name, *value);
+    }
+    return values;
+}
+
+std::optional<double> number(const Values &values, const QString &name)
+{
+    bool ok = false;
+    const double number = values.value(name).toDouble(&ok);
+    return ok ? std::optional(number) : std::nullopt;
+}
+
+} // namespace oz::services::SysFolder

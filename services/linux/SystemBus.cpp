@@ -1,0 +1,83 @@
+#include "linux/SystemBus.hpp"
+
+#include "linux/Worker.hpp"
+
+#include <QDBusError>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+
+namespace oz::services {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto FirstPause = 250ms;
+constexpr auto LongestPause = 10s;
+
+const QString LocalPath = QStringLiteral("/org/freedesktop/DBus/Local");
+const QString LocalInterface = QStringLiteral("org.freedesktop.DBus.Local");
+
+} // namespace
+
+SystemBus::SystemBus() : m_problem(QStringLiteral("the system bus has not answered yet"))
+{
+    m_retry.setSingleShot(true);
+    m_retry.setTimerType(Qt::VeryCoarseTimer);
+    m_retry.setInterval(FirstPause);
+    m_retry.callOnTimeout(this, &SystemBus::tryToConnect);
+    tryToConnect();
+}
+
+SystemBus::~SystemBus()
+{
+    if (m_connection)
+        QDBusConnection::disconnectFromBus(m_connection->name());
+}
+
+void SystemBus::tryToConnect()
+{
+    static std::atomic<int> s_number = 0;
+    const QString name = QStringLiteral("oz-system-bus-") + QString::number(++s_number);
+    inWorker(
+        this, [name] { return QDBusConnection::connectToBus(QDBusConnection::SystemBus, name); },
+        [this](const QDBusConnection &connection) {
+            if (connection.isConnected()) {
+                take(connection);
+                return;
+            }
+            QDBusConnection::disconnectFromBus(connection.name());
+            drop(QLatin1String("there is no system bus: ") + connection.lastError().message());
+        });
+}
+
+void SystemBus::take(const QDBusConnection &connection)
+{
+    m_connection = connection;
+    m_problem.clear();
+    m_retry.setInterval(FirstPause);
+    m_connection->connect(
+        {}, LocalPath, LocalInterface, QStringLiteral("Disconnected"), this, SLOT(onDisconnected()));
+    Q_EMIT connected();
+}
+
+void SystemBus::onDisconnected()
+{
+    if (!m_connection)
+        return;
+    QDBusConnection::disconnectFromBus(m_connection->name());
+    m_connection.reset();
+    drop(QStringLiteral("the system bus is gone"));
+}
+
+void SystemBus::drop(const QString &problem)
+{
+    m_problem = problem;
+    m_retry.start();
+    m_retry.setInterval(std::min<std::chrono::milliseconds>(m_retry.intervalAsDuration() * 2, LongestPause));
+    Q_EMIT failed();
+}
+
+} // namespace oz::services

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QObject>
+
+#include <functional>
+#include <memory>
+#include <mutex>
+
+namespace oz::services {
+
+namespace Workers {
+
+// The way back from a worker's thread, which ends with the object that waits for it.
+class WayBack
+{
+public:
+    explicit WayBack(QObject *context);
+    /*! Calls \a what on the thread of the context, where that lives. Any thread may call this, once. */
+    void call(const std::function<void()> &what);
+
+private:
+    class End;
+    struct Shared
+    {
+        std::mutex mutex;
+        End *end = nullptr;
+    };
+
+    std::shared_ptr<Shared> m_shared;
+};
+
+void run(std::function<void()> work);
+
+} // namespace Workers
+
+/*!
+ * Has \a work done in a thread of its own, because the kernel or another process may take its time over it,
+ * and then \a done called with its result on the thread of \a context, as long as that lives. Nobody waits
+ * for the work, not even the end of the program.
+ */
+template <typename Work, typename Done>
+void inWorker(QObject *context, Work work, Done done)
+{
+    Workers::WayBack back(context);
+    Workers::run([back, work = std::move(work), done = std::move(done)]() mutable {
+        back.call([result = work(), done] { done(result); });
+    });
+}
+
+} // namespace oz::services

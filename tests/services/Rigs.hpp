@@ -1,0 +1,146 @@
+#pragma once
+
+#include "harness/Testing.hpp"
+
+#include <QProcess>
+#include <QProcessEnvironment>
+#include <QTemporaryDir>
+
+#include <map>
+#include <memory>
+
+namespace oz::testing {
+
+/*! A service that feeds a facility, and how it is driven. */
+class Rig
+{
+public:
+    virtual ~Rig() = default;
+    /*! Starts the service, where there is one beside the daemon. */
+    virtual void start() { }
+    /*! Lets the service die. */
+    virtual void stop() { }
+    /*! Lets the service stand still, or go on. */
+    virtual void stall(bool) { }
+    /*! Whether the service is another process than the daemon. */
+    [[nodiscard]] virtual bool isProcess() const { return false; }
+    /*! What the daemon is started with. */
+    [[nodiscard]] virtual QStringList arguments() const { return {"--simulated"}; }
+    [[nodiscard]] virtual QProcessEnvironment environment() const
+    {
+        return QProcessEnvironment::systemEnvironment();
+    }
+    /*! Changes something, this way and back. */
+    virtual void change(bool there) = 0;
+};
+
+/*! A process that ends with its owner. */
+class Process : public QProcess
+{
+public:
+    ~Process() override;
+    /*! Starts it, without a word on standard error; fails the test where it does not exist. */
+    void run(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment);
+    /*! Kills it. */
+    void end();
+    void stall(bool stalls);
+    /*! Its next line, for which the test waits. */
+    QString line();
+};
+
+/*! A message bus of the test's own, which programs take for the system's. */
+class PrivateBus
+{
+public:
+    PrivateBus();
+    void enter(QProcessEnvironment *environment) const;
+
+private:
+    Process m_daemon;
+    QString m_address;
+};
+
+/*! Devices in a /sys of the test's own, as umockdev plays them. */
+class MockDevices
+{
+public:
+    /*! The devices that \a description describes. */
+    explicit MockDevices(const QByteArray &description);
+    void add(const QByteArray &description);
+    void set(const QString &device, const QString &attribute, const QString &value);
+    /*! Has the kernel tell of a device. */
+    void event(const QString &device, const QString &action);
+    void enter(QProcessEnvironment *environment) const;
+    [[nodiscard]] QString file(const QString &path) const { return m_folder + path; }
+
+private:
+    void order(const QString &line);
+
+    QTemporaryDir m_files;
+    Process m_process;
+    QString m_folder;
+};
+
+/*! A rig of a service of the system bus, over devices that are not there. */
+class BusRig : public Rig
+{
+public:
+    void start() override;
+    void stop() override { m_service.end(); }
+    void stall(bool stalls) override { m_service.stall(stalls); }
+    [[nodiscard]] bool isProcess() const override { return true; }
+    [[nodiscard]] QStringList arguments() const override { return {"--simulated", "--source", m_source}; }
+    [[nodiscard]] QProcessEnvironment environment() const override;
+
+protected:
+    /*! By the daemon's \a source line, the \a name that the service takes on the bus, and its \a program. */
+    BusRig(const QString &source, const QString &name, const QStringList &program, const QByteArray &devices);
+
+    [[nodiscard]] MockDevices &devices() { return m_devices; }
+
+private:
+    QString m_source;
+    QString m_name;
+    QStringList m_program;
+    PrivateBus m_bus;
+    MockDevices m_devices;
+    Process m_service;
+};
+
+/*! A Wayland compositor without a screen. It does not run as root, so root becomes another user for it. */
+class SwayRig final : public Rig
+{
+public:
+    SwayRig();
+    void start() override;
+    void stop() override { m_compositor.end(); }
+    void stall(bool stalls) override { m_compositor.stall(stalls); }
+    [[nodiscard]] bool isProcess() const override { return true; }
+    [[nodiscard]] QStringList arguments() const override
+    {
+        return {"--simulated", "--source", "display=wayland display=" + m_folder.filePath("wayland-1")};
+    }
+    /*! The output has 1024x768 or 800x600 pixels. */
+    void change(bool there) override;
+    /*! Tells the compositor something; whether it does that. */
+    bool order(const QStringList &words);
+
+private:
+    [[nodiscard]] static QStringList asUser(const QStringList &program);
+    [[nodiscard]] QString socket() const { return m_folder.filePath("ipc"); }
+
+    QTemporaryDir m_folder;
+    Process m_compositor;
+};
+
+/*! UPower over a battery and a charger that are not there. */
+class UPowerRig final : public BusRig
+{
+public:
+    UPowerRig();
+    /*! The battery is at 70 or at 80 %. */
+    void change(bool there) override;
+    void setLevel(int percent);
+};
+
+} // namespace oz::testing
