@@ -19,7 +19,7 @@ test_packages=(
     dbus libumockdev-dev upower sway
     "${qml_packages[@]}"
 )
-bench_packages=(libbenchmark-dev dbus)
+bench_packages=(libbenchmark-dev dbus qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git "${qml_packages[@]}")
 docs_packages=(doxygen)
@@ -209,7 +209,7 @@ case $verb in
         clang-format --dry-run --Werror "${sources[@]}"
         check_docs
         # The module's description is generated; so is what the plugin includes.
-        build_targets=(oz_sensors_autogen oz_qml)
+        build_targets=(oz_sensors_autogen oz_qml oz_panel)
         build dev
         say "QML"
         check_qml

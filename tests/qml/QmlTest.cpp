@@ -86,36 +86,52 @@ INSTANTIATE_TEST_SUITE_P(Files, QmlTest, ::testing::ValuesIn(filesWithPhone()),
 // An example, and a change of the phone which is to be seen in it.
 using Example = std::pair<std::string, std::string>;
 
-class QmlExampleTest : public ServicesTest, public ::testing::WithParamInterface<Example>
+class PictureTest : public ServicesTest
 {
 protected:
-    QmlExampleTest() : ServicesTest(PhoneFile) { }
-    // What the application looks like; what it logs is a failure.
-    QImage picture() const
+    PictureTest() : ServicesTest(PhoneFile) { }
+    // What the program looks like that takes a picture of itself; what it logs is a failure.
+    QImage picture(const QString &program, const QStringList &words = {}) const
     {
-        QProcess program;
-        program.setProcessChannelMode(QProcess::ForwardedOutputChannel);
-        program.start(
-            OZ_EXAMPLES "/example-" + QString::fromStdString(GetParam().first), {root.file("/picture.png")});
-        EXPECT_TRUE(waitUntil([&] { return program.state() == QProcess::NotRunning; }));
-        EXPECT_EQ(program.exitCode(), 0);
-        EXPECT_EQ(program.readAllStandardError(), QByteArray());
-        return QImage(root.file("/picture.png"));
+        QProcess shown;
+        shown.setProcessChannelMode(QProcess::ForwardedOutputChannel);
+        const QString file = root.file("/picture.png");
+        shown.start(OZ_PROGRAMS "/" + program, words + QStringList{file});
+        EXPECT_TRUE(waitUntil([&] { return shown.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(shown.exitCode(), 0);
+        EXPECT_EQ(shown.readAllStandardError(), QByteArray());
+        return QImage(file);
     }
+};
+
+class QmlExampleTest : public PictureTest, public ::testing::WithParamInterface<Example>
+{
 };
 
 TEST_P(QmlExampleTest, ShowsThePhoneAsItIs)
 {
-    const QImage before = picture();
+    const QString program = QString::fromStdString("example-" + GetParam().first);
+    const QImage before = picture(program);
     ASSERT_FALSE(before.isNull());
-    EXPECT_EQ(picture(), before);
+    EXPECT_EQ(picture(program), before);
     sim(QString::fromStdString(GetParam().second));
-    EXPECT_NE(picture(), before);
+    EXPECT_NE(picture(program), before);
 }
 INSTANTIATE_TEST_SUITE_P(Examples, QmlExampleTest,
     ::testing::Values(Example{"statusbar", "simcard remove"},
         Example{"profiles", "data-profile mms enabled off"}, Example{"cast", "miracast sink-goes projector"}),
     [](const auto &example) { return example.param.first; });
+
+TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
+{
+    QSize size;
+    for (const char *page : {"battery", "data-profile", "display", "miracast"}) {
+        const QImage shown = picture("ozdevice-panel", {"--page", page, "--picture"});
+        EXPECT_FALSE(shown.isNull()) << page;
+        size = shown.size();
+    }
+    EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
+}
 
 class QmlWithoutPhoneTest : public DeviceTest
 {

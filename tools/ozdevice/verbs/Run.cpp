@@ -15,6 +15,7 @@ namespace {
 struct Options
 {
     std::string phone;
+    bool panel = false;
     std::vector<std::string> words;
 };
 
@@ -39,9 +40,19 @@ int run(const Options &options)
         if (error == QProcess::FailedToStart)
             QCoreApplication::exit(127);
     });
+    QProcess panel;
+    if (options.panel) {
+        panel.setProcessChannelMode(QProcess::ForwardedChannels);
+        panel.setChildProcessModifier([&] { signals.unblock(); });
+        panel.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
+        if (!panel.waitForStarted())
+            complain(QLatin1String("the panel: ") + panel.errorString());
+    }
     const QString program = words.takeFirst();
     command.start(program, words);
     const int status = QCoreApplication::exec();
+    panel.terminate();
+    panel.waitForFinished();
     if (status == 127) {
         complain(program + QLatin1String(": ") + command.errorString());
         return 127;
@@ -56,6 +67,7 @@ void addRunVerb(CLI::App &parser, Action &action)
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("run", "Run a command against a simulated phone of its own", run);
     verb->add_option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
+    verb->add_flag("--panel", options->panel, "Show the control panel meanwhile");
     verb->add_option("COMMAND", options->words, "The command and its arguments, after --");
     verb->footer("The phone starts before the command and ends after it; its device root is the command's\n"
                  "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started.");
