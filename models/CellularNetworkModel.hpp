@@ -20,6 +20,7 @@ public:
     ~CellularNetworkModel() override;
 
 protected:
+    /*! For the base. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

@@ -25,6 +25,7 @@ public:
     ~DataProfileModel() override;
 
 protected:
+    /*! For the base. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

@@ -17,15 +17,16 @@ class OZ_MODELS_EXPORT DeviceRequest : public QObject
 {
     Q_OBJECT
     /*! Whether the request is under way; once false, nothing changes any more. */
-    Q_PROPERTY(bool running READ isRunning NOTIFY finished)
+    Q_PROPERTY(bool running READ isRunning NOTIFY finished FINAL)
     /*! Whether the request was done; false while it runs, and where it was cancelled. */
-    Q_PROPERTY(bool succeeded READ hasSucceeded NOTIFY finished)
+    Q_PROPERTY(bool succeeded READ hasSucceeded NOTIFY finished FINAL)
     /*! RequestResult::code; 0 while it runs, and where it was cancelled. */
-    Q_PROPERTY(int code READ code NOTIFY finished)
+    Q_PROPERTY(int code READ code NOTIFY finished FINAL)
     /*! RequestResult::reason; empty while it runs, "Cancelled" where it was cancelled. */
-    Q_PROPERTY(QString reason READ reason NOTIFY finished)
+    Q_PROPERTY(QString reason READ reason NOTIFY finished FINAL)
 
 public:
+    /*! Follows \a future. */
     explicit DeviceRequest(const QFuture<RequestResult> &future, QObject *parent = nullptr);
     ~DeviceRequest() override;
 
@@ -33,6 +34,7 @@ public:
     [[nodiscard]] bool hasSucceeded() const { return m_result.succeeded; }
     [[nodiscard]] int code() const { return m_result.code; }
     [[nodiscard]] QString reason() const { return m_result.reason; }
+    /*! The future that it follows. */
     [[nodiscard]] QFuture<RequestResult> future() const { return m_watcher.future(); }
 
 public Q_SLOTS:

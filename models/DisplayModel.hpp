@@ -25,6 +25,7 @@ public:
     ~DisplayModel() override;
 
 protected:
+    /*! For the base. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

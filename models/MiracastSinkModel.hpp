@@ -22,7 +22,7 @@ class OZ_MODELS_EXPORT MiracastSinkModel : public RecordModel
     Q_OBJECT
     /*! The object that looks for the sinks, for its other properties and its requests: requestScan() fills
      * the model. */
-    Q_PROPERTY(oz::device::MiracastManager *manager READ manager CONSTANT)
+    Q_PROPERTY(oz::device::MiracastManager *manager READ manager CONSTANT FINAL)
 
 public:
     explicit MiracastSinkModel(QObject *parent = nullptr);

@@ -17,7 +17,7 @@ class OZ_MODELS_EXPORT NetworkInterfaceModel : public ObjectModel
 {
     Q_OBJECT
     /*! Milliseconds from one update to the next; 0, as at first, for none but those asked for. */
-    Q_PROPERTY(int interval READ interval WRITE setInterval NOTIFY intervalChanged)
+    Q_PROPERTY(int interval READ interval WRITE setInterval NOTIFY intervalChanged FINAL)
 
 public:
     explicit NetworkInterfaceModel(QObject *parent = nullptr);
@@ -34,6 +34,7 @@ Q_SIGNALS:
     void intervalChanged(int interval);
 
 protected:
+    /*! For the base. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

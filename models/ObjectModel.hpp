@@ -24,6 +24,7 @@ protected:
     ObjectModel(const QMetaObject &type, const QByteArray &key, const QByteArray &text, QObject *parent);
     /*! Has an object for each of these keys, in this order. */
     void setKeys(const QVariantList &keys);
+    /*! An object of the class, for a key that is new. */
     [[nodiscard]] virtual std::unique_ptr<QObject> makeObject(const QVariant &key) = 0;
     /*! Calls \a visit with each object. */
     template <typename Visit>

@@ -19,15 +19,17 @@ class OZ_MODELS_EXPORT RecordModel : public QAbstractListModel
 {
     Q_OBJECT
     /*! The number of rows. */
-    Q_PROPERTY(int count READ count NOTIFY countChanged)
+    Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
 
 public:
     ~RecordModel() override;
 
     [[nodiscard]] int count() const { return int(m_records.size()); }
+    /*! The count; a row has no rows. */
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
     /*! Of the roles of roleNames(), and Qt::DisplayRole, which is what a user knows the record by. */
     [[nodiscard]] QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    /*! The roles from Qt::UserRole on, by their names in QML; the key is the first. */
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
     /*! The row of the record with a key; -1 where there is none. */

@@ -12,6 +12,7 @@ struct RequestResult
     int code = 0; //!< an enumerator of the request's class; 0 where that has none
     QString reason; //!< why it failed: the enumerator's name; empty where it succeeded
 
+    /*! Whether all of that is the same. */
     bool operator==(const RequestResult &) const = default;
 };
 

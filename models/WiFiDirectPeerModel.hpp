@@ -23,7 +23,7 @@ class OZ_MODELS_EXPORT WiFiDirectPeerModel : public RecordModel
 {
     Q_OBJECT
     /*! The object that tells of the peers, for its other properties and its requests. */
-    Q_PROPERTY(oz::device::WiFiDirect *wifiDirect READ wifiDirect CONSTANT)
+    Q_PROPERTY(oz::device::WiFiDirect *wifiDirect READ wifiDirect CONSTANT FINAL)
 
 public:
     explicit WiFiDirectPeerModel(QObject *parent = nullptr);
