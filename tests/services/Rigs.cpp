@@ -84,7 +84,15 @@ void MockDevices::event(const QString &device, const QString &action)
 void MockDevices::order(const QString &line)
 {
     m_process.write(line.toUtf8() + '\n');
-    EXPECT_EQ(m_process.line(), "ok") << line.toStdString();
+    QString answer = m_process.line();
+    for (; answer.startsWith("heard "); answer = m_process.line())
+        m_heard.append(answer);
+    EXPECT_EQ(answer, "ok") << line.toStdString();
+}
+
+QString MockDevices::heard()
+{
+    return (m_heard.isEmpty() ? m_process.line() : m_heard.takeFirst()).mid(6);
 }
 
 void MockDevices::enter(QProcessEnvironment *environment) const

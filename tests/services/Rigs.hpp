@@ -70,6 +70,10 @@ public:
     void set(const QString &device, const QString &attribute, const QString &value);
     /*! Has the kernel tell of a device. */
     void event(const QString &device, const QString &action);
+    /*! Plays the motor that is the input device \a file. */
+    void emulateRumble(const QString &file) { order("rumble " + file); }
+    /*! What it is asked for next. */
+    QString heard();
     void enter(QProcessEnvironment *environment) const;
     [[nodiscard]] QString file(const QString &path) const { return m_folder + path; }
 
@@ -79,6 +83,7 @@ private:
     QTemporaryDir m_files;
     Process m_process;
     QString m_folder;
+    QStringList m_heard;
 };
 
 /*! A rig of a service of the system bus, over devices that are not there. */
