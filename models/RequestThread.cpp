@@ -35,8 +35,8 @@ public:
     }
     static RunningThreads &instance()
     {
-        static RunningThreads threads;
-        return threads;
+        static auto *threads = new RunningThreads; // one may end after everything else
+        return *threads;
     }
 
 private:

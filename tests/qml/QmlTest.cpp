@@ -133,6 +133,25 @@ TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
     EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
 }
 
+TEST(QmlModuleTest, HasEveryClassAndHolderOfTheLibrary)
+{
+    QFile description(OZ_QML_MODULES "/oz/device/oz_device.qmltypes");
+    ASSERT_TRUE(description.open(QIODevice::ReadOnly));
+    const QByteArray known = description.readAll();
+    int found = 0;
+    for (const QFileInfo &header : QDir(OZ_HEADERS "/oz/device").entryInfoList({"*.hpp"})) {
+        QFile file(header.filePath());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray text = file.readAll();
+        if (!text.contains("Q_OBJECT") && !text.contains("Q_GADGET"))
+            continue;
+        EXPECT_TRUE(known.contains("\"oz.device/" + header.baseName().toUtf8() + " 1.0\""))
+            << header.baseName().toStdString();
+        ++found;
+    }
+    EXPECT_GT(found, 40);
+}
+
 class QmlWithoutPhoneTest : public DeviceTest
 {
 };
