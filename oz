@@ -6,7 +6,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev qt6-declarative-dev qt6-declarative-dev-tools
+    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev
+    qt6-declarative-dev qt6-declarative-dev-tools
     libgtest-dev libgmock-dev
 )
 # What the QML of examples and tests imports.
@@ -16,7 +17,7 @@ qml_packages=(
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus libumockdev-dev upower sway
+    dbus libumockdev-dev upower sway modemmanager
     "${qml_packages[@]}"
 )
 bench_packages=(libbenchmark-dev dbus qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)

@@ -41,6 +41,11 @@ QString Process::line()
     return QString::fromUtf8(readLine()).trimmed();
 }
 
+bool Process::hasEnded()
+{
+    return waitUntil([this] { return state() == QProcess::NotRunning; });
+}
+
 PrivateBus::PrivateBus()
 {
     m_daemon.run("dbus-daemon", {"--session", "--print-address", "--nofork"},
@@ -224,6 +229,57 @@ bool SwayRig::order(const QStringList &words)
 void SwayRig::change(bool there)
 {
     EXPECT_TRUE(order({"output", "HEADLESS-1", "mode", there ? "1024x768" : "800x600"}));
+}
+
+namespace {
+const QString ModemManagerName = "org.freedesktop.ModemManager1";
+}
+
+ModemRig::ModemRig(const QString &facility)
+    : BusRig(facility + "=modemmanager", ModemManagerName,
+        {"ModemManager", "--test-session", "--no-auto-scan", "--test-enable", "--test-no-udev",
+            "--test-no-suspend-resume", "--test-no-qrtr"},
+        {}),
+      modem(QStringLiteral("oz-modem-%1-").arg(::getpid()))
+{
+}
+
+void ModemRig::start()
+{
+    BusRig::start();
+    plug();
+    // One that waits for its PIN cannot be enabled; one that is enabled asks for the network's name last.
+    const auto isReady = [this] {
+        if (!modem.pin.isEmpty())
+            return order({"--modem=any"}).contains("sim-pin");
+        (void)order({"--modem=any", "--enable"});
+        return order({"--modem=any"}).contains("Test Home");
+    };
+    EXPECT_TRUE(waitUntil(isReady));
+}
+
+void ModemRig::plug()
+{
+    Process process;
+    process.run("dbus-send",
+        {"--system", "--print-reply", "--dest=" + ModemManagerName, "/org/freedesktop/ModemManager1",
+            ModemManagerName + ".Test.SetProfile", "string:phone", "string:generic",
+            "array:string:" + modem.ports().join(',')},
+        environment());
+    EXPECT_TRUE(process.hasEnded());
+}
+
+// The modem answers from this process's event loop.
+QString ModemRig::order(const QStringList &words) const
+{
+    Process process;
+    process.run("mmcli", words, environment());
+    return process.hasEnded() && process.exitCode() == 0 ? QString::fromUtf8(process.readAll()) : QString();
+}
+
+void ModemRig::change(bool there)
+{
+    modem.registerIn(there ? AtModem::Roaming : AtModem::Home, there ? AtModem::Umts : AtModem::Lte);
 }
 
 } // namespace oz::testing

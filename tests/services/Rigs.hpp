@@ -1,6 +1,7 @@
 #pragma once
 
 #include "harness/Testing.hpp"
+#include "services/AtModem.hpp"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -30,6 +31,8 @@ public:
     {
         return QProcessEnvironment::systemEnvironment();
     }
+    /*! For how many seconds the daemon bears that the service is away. */
+    [[nodiscard]] virtual int graceTime() const { return 2; }
     /*! Changes something, this way and back. */
     virtual void change(bool there) = 0;
 };
@@ -44,6 +47,8 @@ public:
     /*! Kills it. */
     void end();
     void stall(bool stalls);
+    /*! Whether it ends by itself; the event loop runs meanwhile. */
+    [[nodiscard]] bool hasEnded();
     /*! Its next line, for which the test waits. */
     QString line();
 };
@@ -146,6 +151,24 @@ public:
     /*! The battery is at 70 or at 80 %. */
     void change(bool there) override;
     void setLevel(int percent);
+};
+
+/*! ModemManager over a modem that is not there. */
+class ModemRig final : public BusRig
+{
+public:
+    explicit ModemRig(const QString &facility);
+    void start() override;
+    /*! It takes its time to find the modem. */
+    [[nodiscard]] int graceTime() const override { return 8; }
+    /*! The modem is abroad in an older network, or at home. */
+    void change(bool there) override;
+    /*! What mmcli says; nothing where it fails. */
+    QString order(const QStringList &words) const;
+    /*! Plugs the modem in. */
+    void plug();
+
+    AtModem modem;
 };
 
 } // namespace oz::testing
