@@ -7,16 +7,23 @@ packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
     libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
+    qt6-declarative-dev qt6-declarative-dev-tools
     lowdown
     libgtest-dev libgmock-dev
+)
+# What the QML of examples and tests imports.
+qml_packages=(
+    qml6-module-qtquick qml6-module-qtquick-controls qml6-module-qtquick-layouts qml6-module-qtquick-templates
+    qml6-module-qtquick-window qml6-module-qtqml qml6-module-qtqml-workerscript qml6-module-qttest
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
     dbus libumockdev-dev upower sway modemmanager python3-dbusmock libglib2.0-bin
+    "${qml_packages[@]}"
 )
-bench_packages=(libbenchmark-dev dbus)
+bench_packages=(libbenchmark-dev dbus qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
 fuzz_packages=(clang libclang-rt-dev)
-lint_packages=(clang-format clang-tidy git)
+lint_packages=(clang-format clang-tidy git "${qml_packages[@]}")
 docs_packages=(doxygen)
 abi_packages=(abigail-tools git)
 
@@ -33,8 +40,8 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json. It fails
             where an aim is missed by more than the noise of the run
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
-  lint      checks the formatting and the public headers' documentation, and runs clang-tidy; --changed [BASE] runs
-            that on what has changed since BASE (the main branch) alone, --fix formats
+  lint      checks the formatting and the public headers' documentation, and runs QML's tools and clang-tidy;
+            --changed [BASE] runs that on what has changed since BASE (the main branch) alone, --fix formats
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the libraries' binary interface with that of the last tag
   coverage  runs the tests and prints the line coverage of the libraries and programs
@@ -84,7 +91,8 @@ build() {
 }
 
 product_sources() {
-    git ls-files -- 'support/*.cpp' 'device/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' 'tools/*.cpp'
+    git ls-files -- 'support/*.cpp' 'device/*.cpp' 'models/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' \
+        'tools/*.cpp'
 }
 
 # The product's sources that have changed since the commit $1, or include a header that has.
@@ -124,6 +132,21 @@ check_docs() {
         sed "s|^$PWD/build/$preset/include/||" build/docs/warnings >&2
         exit 1
     }
+}
+
+# What QML's own tools find in the QML files; the format alone where $1 is --fix.
+check_qml() {
+    local tools file failed=0
+    tools=$(qtpaths6 --query QT_HOST_BINS)
+    while IFS= read -r file; do
+        if [ "${1:-}" = --fix ]; then
+            "$tools/qmlformat" "$file" >build/formatted.qml && cp build/formatted.qml "$file"
+        else
+            "$tools/qmlformat" "$file" | diff -u "$file" - || failed=1
+            "$tools/qmllint" -I build/dev/qml "$file" || failed=1
+        fi
+    done < <(git ls-files '*.qml')
+    [ $failed -eq 0 ] || { echo "oz: QML's tools are not content" >&2; exit 1; }
 }
 
 # What this machine has, by a daemon of its own that ends with this.
@@ -207,7 +230,10 @@ case $verb in
         need "${packages[@]}" "${lint_packages[@]}"
         mapfile -t sources < <(git ls-files '*.cpp' '*.hpp')
         if [ "${1:-}" = --fix ]; then
-            exec clang-format -i "${sources[@]}"
+            clang-format -i "${sources[@]}"
+            mkdir -p build
+            check_qml --fix
+            exit 0
         fi
         files=$(product_sources)
         if [ "${1:-}" = --changed ]; then
@@ -217,10 +243,12 @@ case $verb in
         say "formatting"
         clang-format --dry-run --Werror "${sources[@]}"
         check_docs
-        [ -n "$files" ] || { say "no source has changed since $base"; exit 0; }
-        # The plugin includes its generated code.
-        build_targets=(oz_sensors_autogen)
+        # The module's description is generated; so is what the plugin includes.
+        build_targets=(oz_sensors_autogen oz_qml oz_panel)
         build dev
+        say "QML"
+        check_qml
+        [ -n "$files" ] || { say "no source has changed since $base"; exit 0; }
         say "clang-tidy of $(wc -l <<<"$files") sources"
         # Precompiled headers are the compiler's own, and of no use to clang-tidy.
         mkdir -p build/tidy
@@ -260,8 +288,8 @@ case $verb in
     coverage)
         build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
-        exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'mock/' --filter 'sensors/' --filter 'services/' \
-            --filter 'tools/' build/coverage "$@" ;;
+        exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'models/' --filter 'mock/' --filter 'sensors/' \
+            --filter 'services/' --filter 'tools/' build/coverage "$@" ;;
     install)
         configure_options=(-DOZ_BUILD_TESTS=OFF)
         build release

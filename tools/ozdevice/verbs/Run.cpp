@@ -22,6 +22,7 @@ struct Options
     std::string phone;
     ScenarioOptions scenario;
     bool untilPlayed = false;
+    bool panel = false;
     std::vector<std::string> words;
 };
 
@@ -77,6 +78,14 @@ int run(const Options &options)
         });
         QObject::connect(&command, &QProcess::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
     }
+    QProcess panel;
+    if (options.panel) {
+        panel.setProcessChannelMode(QProcess::ForwardedChannels);
+        panel.setChildProcessModifier([&] { signals.unblock(); });
+        panel.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
+        if (!panel.waitForStarted())
+            complain(QLatin1String("the panel: ") + panel.errorString());
+    }
     command.start(program, words);
     int status = 0;
     try {
@@ -85,6 +94,10 @@ int run(const Options &options)
         command.kill();
         command.waitForFinished();
         throw;
+    }
+    if (panel.state() != QProcess::NotRunning) {
+        panel.terminate();
+        panel.waitForFinished();
     }
     if (status == NotStarted) {
         complain(program + QLatin1String(": ") + command.errorString());
@@ -116,6 +129,7 @@ void addRunVerb(CLI::App &parser, Action &action)
         "Play a scenario meanwhile: a file, or the name of an installed one");
     options->scenario.addTo(verb);
     verb->add_flag("--until-played", options->untilPlayed, "End the command when the scenario is over");
+    verb->add_flag("--panel", options->panel, "Show the control panel meanwhile");
     verb->add_option("COMMAND", options->words, "The command and its arguments, after --");
     verb->footer(
         "The phone starts before the command and ends after it; its device root is the command's\n"

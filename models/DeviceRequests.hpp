@@ -1,0 +1,73 @@
+#pragma once
+
+#include <oz/device/LedColor.hpp>
+#include <oz/device/WiFiDirectIntent.hpp>
+#include <oz/device/WiFiDirectWpsMethod.hpp>
+#include <oz/models/OzModelsGlobal.hpp>
+#include <oz/models/RequestResult.hpp>
+
+#include <QFuture>
+
+#include <memory>
+
+namespace oz::models {
+
+/*!
+ * Requests that do not wait: each is a future, and runs on a thread that this object has for its subject, so
+ * that a service which is silent holds up nothing but further requests to the same.
+ *
+ * A future's progress is 1 from when its service is being asked. A future that is cancelled has no result.
+ * What had not begun is never asked; what was asked and is then taken is taken back as the request says.
+ * Requests of one subject, such as one data profile or the LED, run one after the other where the service's
+ * answer is waited for.
+ *
+ * Destroying this object ends its data connections and its flashes, without waiting for that; its futures
+ * that are not finished are cancelled.
+ *
+ * Any thread may call it.
+ */
+class OZ_MODELS_EXPORT DeviceRequests
+{
+public:
+    DeviceRequests();
+    ~DeviceRequests();
+    Q_DISABLE_COPY_MOVE(DeviceRequests)
+
+    /*! CellularDataInterface::requestConnect(): the connection is this object's. Cancelled, it is
+     * disconnected. */
+    [[nodiscard]] QFuture<RequestResult> connectProfile(const QString &name);
+    /*! CellularDataInterface::requestDisconnect(), of a connection of this object. */
+    [[nodiscard]] QFuture<RequestResult> disconnectProfile(const QString &name);
+
+    /*! WiFiDirect::requestScan(). */
+    [[nodiscard]] QFuture<RequestResult> scanPeers();
+    /*! WiFiDirect::requestConnect(). Cancelled, it is followed by cancelConnectRequest(). */
+    [[nodiscard]] QFuture<RequestResult> connectPeer(const QString &hardwareAddress,
+        device::WiFiDirectIntent::Type intent, device::WiFiDirectWpsMethod::Type wpsMethod,
+        const QString &wpsPin);
+    /*! WiFiDirect::cancelConnectRequest(). */
+    [[nodiscard]] QFuture<RequestResult> cancelPeer();
+
+    /*!
+     * MiracastManager::requestConnect(); finished when the connection is there or has failed. Cancelled, it
+     * is followed by requestDisconnect(). Where the service goes away before it answers, the future goes on
+     * until it is cancelled.
+     */
+    [[nodiscard]] QFuture<RequestResult> connectSink(const QString &hardwareAddress, const QString &pin);
+    /*! MiracastManager::requestDisconnect(), likewise. */
+    [[nodiscard]] QFuture<RequestResult> disconnectSink();
+
+    /*! Led::flash(count); finished when all flashes have been seen. Cancelled, the LED goes out. */
+    [[nodiscard]] QFuture<RequestResult> flash(device::LedColor::Type color, int count);
+    /*!
+     * VibrationController::start() for so many \a milliseconds; finished after that time. Cancelled, the
+     * motor stops. Fails at once where the vibrator is not supported.
+     */
+    [[nodiscard]] QFuture<RequestResult> vibrate(uint milliseconds);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};
+
+} // namespace oz::models

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <oz/models/RecordModel.hpp>
+
+#include <map>
+#include <memory>
+
+namespace oz::models {
+
+/*!
+ * A list of objects of one class, an object a row: its roles are the class's properties, which are followed.
+ *
+ * Use an instance on the thread that created it.
+ */
+class OZ_MODELS_EXPORT ObjectModel : public RecordModel
+{
+    Q_OBJECT
+
+public:
+    ~ObjectModel() override;
+
+protected:
+    /*! \a key is the property that tells the objects apart, \a text the one that users know them by. */
+    ObjectModel(const QMetaObject &type, const QByteArray &key, const QByteArray &text, QObject *parent);
+    /*! Has an object for each of these keys, in this order. */
+    void setKeys(const QVariantList &keys);
+    /*! An object of the class, for a key that is new. */
+    [[nodiscard]] virtual std::unique_ptr<QObject> makeObject(const QVariant &key) = 0;
+    /*! Calls \a visit with each object. */
+    template <typename Visit>
+    void forEachObject(const Visit &visit) const
+    {
+        for (const auto &object : m_objects)
+            visit(object.second.get());
+    }
+
+private Q_SLOTS:
+    /*! Takes in what the sender tells. */
+    void refresh();
+
+private:
+    [[nodiscard]] Record read(const QObject &object) const;
+
+    QByteArrayList m_properties;
+    std::map<QString, std::unique_ptr<QObject>> m_objects;
+};
+
+} // namespace oz::models

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <oz/models/OzModelsGlobal.hpp>
+
+#include <QAbstractListModel>
+#include <QByteArrayList>
+#include <QVariantList>
+#include <QVariantMap>
+
+namespace oz::models {
+
+/*!
+ * A list of records that are known by a key. What changes is told row by row and role by role: rows are
+ * inserted, removed, moved and changed, and the model is never reset. Enumerators are numbers.
+ *
+ * Use an instance on the thread that created it.
+ */
+class OZ_MODELS_EXPORT RecordModel : public QAbstractListModel
+{
+    Q_OBJECT
+    /*! The number of rows. */
+    Q_PROPERTY(int count READ count NOTIFY countChanged FINAL)
+
+public:
+    ~RecordModel() override;
+
+    [[nodiscard]] int count() const { return int(m_records.size()); }
+    /*! The count; a row has no rows. */
+    [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
+    /*! Of the roles of roleNames(), and Qt::DisplayRole, which is what a user knows the record by. */
+    [[nodiscard]] QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    /*! The roles from Qt::UserRole on, by their names in QML; the key is the first. */
+    [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
+
+    /*! The row of the record with a key; -1 where there is none. */
+    [[nodiscard]] Q_INVOKABLE int rowOf(const QVariant &key) const;
+    /*! The values of a row by their roles' names; empty where there is no such row. */
+    [[nodiscard]] Q_INVOKABLE QVariantMap record(int row) const;
+
+Q_SIGNALS:
+    void countChanged(int count);
+
+protected:
+    /*! A value for each role, in the order of the roles. */
+    using Record = QVariantList;
+
+    /*! The first role is the key; \a text is the one that users know a record by. */
+    RecordModel(QByteArrayList roles, const QByteArray &text, QObject *parent);
+    /*! Becomes these records in this order. Of several with one key, the first counts. */
+    void setRecords(const QList<Record> &records);
+    /*! Changes the record with this key; adds it at the end where there is none. */
+    void setRecord(const Record &record);
+
+private:
+    void changeRow(int row, const Record &record);
+    void insertRow(int row, const Record &record);
+
+    QByteArrayList m_roles;
+    int m_text;
+    QList<Record> m_records;
+};
+
+} // namespace oz::models

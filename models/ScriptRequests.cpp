@@ -1,0 +1,64 @@
+#include "ScriptRequests.hpp"
+
+namespace oz::models {
+
+ScriptRequests::ScriptRequests(QObject *parent) : QObject(parent) { }
+
+ScriptRequests::~ScriptRequests() = default;
+
+DeviceRequest *ScriptRequests::connectProfile(const QString &name)
+{
+    return follow(m_requests.connectProfile(name));
+}
+
+DeviceRequest *ScriptRequests::disconnectProfile(const QString &name)
+{
+    return follow(m_requests.disconnectProfile(name));
+}
+
+DeviceRequest *ScriptRequests::scanPeers()
+{
+    return follow(m_requests.scanPeers());
+}
+
+DeviceRequest *ScriptRequests::connectPeer(
+    const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin)
+{
+    return follow(m_requests.connectPeer(hardwareAddress, device::WiFiDirectIntent::Type(intent),
+        device::WiFiDirectWpsMethod::Type(wpsMethod), wpsPin));
+}
+
+DeviceRequest *ScriptRequests::cancelPeer()
+{
+    return follow(m_requests.cancelPeer());
+}
+
+DeviceRequest *ScriptRequests::connectSink(const QString &hardwareAddress, const QString &pin)
+{
+    return follow(m_requests.connectSink(hardwareAddress, pin));
+}
+
+DeviceRequest *ScriptRequests::disconnectSink()
+{
+    return follow(m_requests.disconnectSink());
+}
+
+DeviceRequest *ScriptRequests::flash(int color, int count)
+{
+    return follow(m_requests.flash(device::LedColor::Type(color), count));
+}
+
+DeviceRequest *ScriptRequests::vibrate(uint milliseconds)
+{
+    return follow(m_requests.vibrate(milliseconds));
+}
+
+DeviceRequest *ScriptRequests::follow(const QFuture<RequestResult> &future)
+{
+    // A script's engine deletes what has no parent and no use, even before it has told its end.
+    auto *request = new DeviceRequest(future, this);
+    connect(request, &DeviceRequest::finished, request, [request] { request->setParent(nullptr); });
+    return request;
+}
+
+} // namespace oz::models

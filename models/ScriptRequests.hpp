@@ -1,0 +1,49 @@
+#pragma once
+
+#include <oz/models/DeviceRequest.hpp>
+#include <oz/models/DeviceRequests.hpp>
+
+namespace oz::models {
+
+/*!
+ * DeviceRequests for scripts: "DeviceRequests" in QML. A DeviceRequest that a call returns belongs to this
+ * object while it runs, and to the caller afterwards.
+ *
+ * Use an instance on the thread that created it.
+ */
+class OZ_MODELS_EXPORT ScriptRequests : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ScriptRequests(QObject *parent = nullptr);
+    ~ScriptRequests() override;
+
+    /*! DeviceRequests::connectProfile(). */
+    Q_INVOKABLE oz::models::DeviceRequest *connectProfile(const QString &name);
+    /*! DeviceRequests::disconnectProfile(). */
+    Q_INVOKABLE oz::models::DeviceRequest *disconnectProfile(const QString &name);
+    /*! DeviceRequests::scanPeers(). */
+    Q_INVOKABLE oz::models::DeviceRequest *scanPeers();
+    /*! DeviceRequests::connectPeer(), with a WiFiDirectIntent and a WiFiDirectWpsMethod. */
+    Q_INVOKABLE oz::models::DeviceRequest *connectPeer(
+        const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin = {});
+    /*! DeviceRequests::cancelPeer(). */
+    Q_INVOKABLE oz::models::DeviceRequest *cancelPeer();
+    /*! DeviceRequests::connectSink(). */
+    Q_INVOKABLE oz::models::DeviceRequest *connectSink(
+        const QString &hardwareAddress, const QString &pin = {});
+    /*! DeviceRequests::disconnectSink(). */
+    Q_INVOKABLE oz::models::DeviceRequest *disconnectSink();
+    /*! DeviceRequests::flash(), with a LedColor. */
+    Q_INVOKABLE oz::models::DeviceRequest *flash(int color, int count);
+    /*! DeviceRequests::vibrate(). */
+    Q_INVOKABLE oz::models::DeviceRequest *vibrate(uint milliseconds);
+
+private:
+    DeviceRequest *follow(const QFuture<RequestResult> &future);
+
+    DeviceRequests m_requests;
+};
+
+} // namespace oz::models

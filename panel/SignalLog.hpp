@@ -1,0 +1,26 @@
+#pragma once
+
+#include "meta/SignalTap.hpp"
+
+#include <QStringListModel>
+#include <QtQml/qqmlregistration.h>
+
+#include <memory>
+#include <vector>
+
+/*! What every facility of the library signals, the newest last; the last thousand lines. */
+class SignalLog : public QStringListModel
+{
+    Q_OBJECT
+    QML_ELEMENT
+
+public:
+    explicit SignalLog(QObject *parent = nullptr);
+    ~SignalLog() override;
+
+    Q_INVOKABLE void append(const QString &line);
+
+private:
+    std::vector<std::unique_ptr<QObject>> m_facilities;
+    std::vector<std::unique_ptr<oz::meta::SignalTap>> m_taps;
+};

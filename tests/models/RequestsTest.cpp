@@ -1,0 +1,121 @@
+// Requests that do not wait, over a simulated phone.
+
+#include "services/Services.hpp"
+
+#include <oz/device/CellularConnectionRequestResult.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/MiracastManager.hpp>
+#include <oz/device/WiFiDirect.hpp>
+#include <oz/models/DeviceRequest.hpp>
+#include <oz/models/DeviceRequests.hpp>
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+
+#include <csignal>
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::models;
+using namespace oz::testing;
+
+namespace {
+
+const QString Tv = "02:00:00:00:01:01";
+const QString Sink = "02:00:00:00:02:01";
+const QString SinkWithPin = "02:00:00:00:02:02";
+
+class RequestsTest : public ServicesTest
+{
+protected:
+    RequestsTest()
+        : ServicesTest(
+            R"({"wifi-direct": {"scan-seconds": 0.05, "connect-seconds": 0.05}, "led": {"on-seconds": 0.02, "off-seconds": 0.02},
+                           "miracast": {"scan-seconds": 0.05, "connect-seconds": 0.05}})")
+    {
+    }
+    static QString outcome(const QFuture<RequestResult> &future)
+    {
+        DeviceRequest request(future);
+        EXPECT_TRUE(waitUntil([&] { return !request.isRunning(); }));
+        return request.hasSucceeded() ? "done" : request.reason();
+    }
+    void signalDaemon(int signal) const { EXPECT_EQ(::kill(pid_t(daemon.processId()), signal), 0); }
+
+    DeviceRequests requests;
+};
+
+} // namespace
+
+TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
+{
+    EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");
+    EXPECT_EQ(outcome(requests.connectProfile("mms")), "NotPossible");
+    EXPECT_EQ(outcome(requests.connectProfile("none")), "InvalidInterface");
+    CellularDataInterface mms("mms");
+    EXPECT_TRUE(waitUntil([&] { return mms.connectionState() == CellularConnectionState::Connected; }));
+    EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
+    EXPECT_TRUE(waitUntil([&] { return mms.connectionState() == CellularConnectionState::Disconnected; }));
+    sim("wifi-direct fail-next scan 16");
+    EXPECT_EQ(outcome(requests.scanPeers()), "Busy");
+    EXPECT_EQ(outcome(requests.cancelPeer()), "NoRequestToCancel");
+    WiFiDirect wifi;
+    EXPECT_EQ(outcome(requests.scanPeers()), "done");
+    EXPECT_TRUE(waitUntil([&] { return wifi.visibleDevices().contains(Tv); }));
+    const auto method = WiFiDirectWpsMethod::RandomPin;
+    EXPECT_EQ(outcome(requests.connectPeer(Tv, WiFiDirectIntent::Any, method, "12345670")), "done");
+    MiracastManager manager;
+    QSignalSpy scanned(&manager, SIGNAL(scanCompleted(int)));
+    manager.requestScan();
+    EXPECT_TRUE(waitUntil([&] { return scanned.count() == 1; }));
+    EXPECT_EQ(outcome(requests.connectSink(SinkWithPin, "")), "PinRequired");
+    EXPECT_EQ(outcome(requests.connectSink(Sink, "")), "done");
+    EXPECT_EQ(outcome(requests.disconnectSink()), "done");
+    EXPECT_EQ(outcome(requests.flash(LedColor::Blue, 2)), "done");
+    EXPECT_EQ(outcome(requests.vibrate(10)), "done");
+    sim("vibration present off");
+    EXPECT_EQ(outcome(requests.vibrate(10)), "NotSupported");
+}
+
+TEST_F(RequestsTest, WhatIsCancelledIsTakenBack)
+{
+    sim("data-profile mms answer-late 200");
+    QFuture<RequestResult> slow = requests.connectProfile("mms");
+    QFuture<RequestResult> behind = requests.connectProfile("mms");
+    EXPECT_TRUE(waitUntil([&] { return slow.progressValue() == 1; }));
+    slow.cancel();
+    behind.cancel();
+    EXPECT_TRUE(waitUntil([&] { return slow.isFinished() && behind.isFinished(); }));
+    EXPECT_EQ(slow.resultCount() + behind.resultCount(), 0);
+    EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "NotPossible"); // there is none
+
+    QFuture<RequestResult> flashes = requests.flash(LedColor::Red, -1);
+    const auto lit = [] { return attributesOf("/pps/services/led/status"); };
+    const QVariantMap dark = lit();
+    EXPECT_TRUE(waitUntil([&] { return lit() != dark; }));
+    flashes.cancel();
+    EXPECT_TRUE(waitUntil([&] { return flashes.isFinished(); }));
+    EXPECT_EQ(outcome(requests.flash(LedColor::Blue, 1)), "done");
+}
+
+TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
+{
+    signalDaemon(SIGSTOP);
+    QElapsedTimer watch;
+    watch.start();
+    auto own = std::make_unique<DeviceRequests>();
+    DeviceRequest profile(own->connectProfile("mms"));
+    DeviceRequest peers(own->scanPeers());
+    QSignalSpy finished(&profile, &DeviceRequest::finished);
+    settle();
+    EXPECT_TRUE(profile.isRunning() && peers.isRunning());
+    profile.cancel();
+    EXPECT_EQ(finished.count(), 1);
+    EXPECT_EQ(profile.reason(), "Cancelled");
+    own.reset(); // waits for no answer
+    EXPECT_LT(watch.elapsed(), 5'000);
+    signalDaemon(SIGCONT);
+    EXPECT_TRUE(waitUntil([&] { return !peers.isRunning(); }));
+    EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");
+    EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
+}

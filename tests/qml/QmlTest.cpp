@@ -1,0 +1,176 @@
+// Every file of tests over the module, each with a private phone.
+
+#include "services/Services.hpp"
+
+#include <QDir>
+#include <QGuiApplication>
+#include <QImage>
+#include <QQmlContext>
+#include <QQmlEngine>
+#include <QtQuickTest/quicktest.h>
+
+#include <csignal>
+
+using namespace oz;
+using namespace oz::testing;
+
+namespace {
+
+const QByteArray PhoneFile = R"({
+    "wifi-direct": {"scan-seconds": 0.2, "connect-seconds": 0.1},
+    "miracast": {"scan-seconds": 0.2, "connect-seconds": 0.1}})";
+
+/*! What the tests tell the phone; `phone` in QML. */
+class Phone : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit Phone(const QProcess *daemon) : m_daemon(daemon) { }
+    /*! What is wrong with telling the phone that; nothing where it is done. */
+    Q_INVOKABLE QString sim(const QString &line) { return simProblem(line); }
+    Q_INVOKABLE void stall() { send(SIGSTOP); }
+    Q_INVOKABLE void goOn() { send(SIGCONT); }
+
+public Q_SLOTS:
+    void qmlEngineAvailable(QQmlEngine *engine)
+    {
+        engine->rootContext()->setContextProperty(QStringLiteral("phone"), this);
+    }
+
+private:
+    void send(int signal) const { ::kill(pid_t(m_daemon->processId()), signal); }
+    const QProcess *m_daemon;
+};
+
+// The number of the tests of a file that fail.
+int failures(const QString &name, QObject *setup)
+{
+    const QByteArray file = QByteArray(OZ_QML_TESTS "/tst_") + name.toUtf8() + ".qml";
+    QByteArrayList words{"qml_test", "-input", file, "-import", OZ_QML_MODULES};
+    QList<char *> arguments;
+    for (QByteArray &word : words)
+        arguments.append(word.data());
+    return quick_test_main_with_setup(
+        int(arguments.size()), arguments.data(), "qml_test", OZ_QML_TESTS, setup);
+}
+
+const QString WithoutPhone = "Unknown";
+
+class QmlTest : public ServicesTest, public ::testing::WithParamInterface<QString>
+{
+protected:
+    QmlTest() : ServicesTest(PhoneFile) { }
+};
+
+QStringList filesWithPhone()
+{
+    QStringList names = QDir(OZ_QML_TESTS).entryList({"tst_*.qml"});
+    for (QString &name : names)
+        name = name.sliced(4).chopped(4);
+    names.removeOne(WithoutPhone);
+    return names;
+}
+
+} // namespace
+
+TEST_P(QmlTest, Passes)
+{
+    Phone phone(&daemon);
+    EXPECT_EQ(failures(GetParam(), &phone), 0);
+    phone.goOn();
+}
+INSTANTIATE_TEST_SUITE_P(Files, QmlTest, ::testing::ValuesIn(filesWithPhone()),
+    [](const auto &file) { return file.param.toStdString(); });
+
+// An example, and a change of the phone which is to be seen in it.
+using Example = std::pair<std::string, std::string>;
+
+class PictureTest : public ServicesTest
+{
+protected:
+    PictureTest() : ServicesTest(PhoneFile) { }
+    // What the program looks like that takes a picture of itself; what it logs is a failure.
+    QImage picture(const QString &program, const QStringList &words = {}) const
+    {
+        QProcess shown;
+        shown.setProcessChannelMode(QProcess::ForwardedOutputChannel);
+        const QString file = root.file("/picture.png");
+        shown.start(OZ_PROGRAMS "/" + program, words + QStringList{file});
+        EXPECT_TRUE(waitUntil([&] { return shown.state() == QProcess::NotRunning; }));
+        EXPECT_EQ(shown.exitCode(), 0);
+        EXPECT_EQ(shown.readAllStandardError(), QByteArray());
+        return QImage(file);
+    }
+};
+
+class QmlExampleTest : public PictureTest, public ::testing::WithParamInterface<Example>
+{
+};
+
+TEST_P(QmlExampleTest, ShowsThePhoneAsItIs)
+{
+    const QString program = QString::fromStdString("example-" + GetParam().first);
+    const QImage before = picture(program);
+    ASSERT_FALSE(before.isNull());
+    EXPECT_EQ(picture(program), before);
+    sim(QString::fromStdString(GetParam().second));
+    EXPECT_NE(picture(program), before);
+}
+INSTANTIATE_TEST_SUITE_P(Examples, QmlExampleTest,
+    ::testing::Values(Example{"statusbar", "simcard remove"},
+        Example{"profiles", "data-profile mms enabled off"}, Example{"cast", "miracast sink-goes projector"}),
+    [](const auto &example) { return example.param.first; });
+
+TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
+{
+    QSize size;
+    for (const char *page : {"battery", "data-profile", "display", "miracast"}) {
+        const QImage shown = picture("ozdevice-panel", {"--page", page, "--picture"});
+        EXPECT_FALSE(shown.isNull()) << page;
+        size = shown.size();
+    }
+    EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
+}
+
+TEST(QmlModuleTest, HasEveryClassAndHolderOfTheLibrary)
+{
+    QFile description(OZ_QML_MODULES "/oz/device/oz_device.qmltypes");
+    ASSERT_TRUE(description.open(QIODevice::ReadOnly));
+    const QByteArray known = description.readAll();
+    int found = 0;
+    for (const QFileInfo &header : QDir(OZ_HEADERS "/oz/device").entryInfoList({"*.hpp"})) {
+        QFile file(header.filePath());
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        const QByteArray text = file.readAll();
+        if (!text.contains("Q_OBJECT") && !text.contains("Q_GADGET"))
+            continue;
+        EXPECT_TRUE(known.contains("\"oz.device/" + header.baseName().toUtf8() + " 1.0\""))
+            << header.baseName().toStdString();
+        ++found;
+    }
+    EXPECT_GT(found, 40);
+}
+
+class QmlWithoutPhoneTest : public DeviceTest
+{
+};
+
+TEST_F(QmlWithoutPhoneTest, EveryValueIsTheOneForUnknown)
+{
+    EXPECT_EQ(failures(WithoutPhone, nullptr), 0);
+    log.take(); // which objects are not there
+}
+
+int main(int argc, char **argv)
+{
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    qputenv("QT_QUICK_BACKEND", "software");
+    const QTemporaryDir own; // a runtime directory, whose lack Qt warns of
+    qputenv("XDG_RUNTIME_DIR", own.path().toLocal8Bit());
+    QGuiApplication application(argc, argv);
+    ::testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
+
+#include "QmlTest.moc"

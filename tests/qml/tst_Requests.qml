@@ -1,0 +1,92 @@
+import QtQuick
+import QtTest
+import oz.device 1.2
+
+Item {
+    id: scene
+    width: 200
+    height: 200
+
+    // Something moves all the time.
+    Rectangle {
+        width: 10
+        height: 10
+        NumberAnimation on x  {
+            from: 0
+            to: 190
+            duration: 1000
+            loops: Animation.Infinite
+        }
+    }
+
+    BatteryInfo {
+        id: battery
+    }
+    DeviceRequests {
+        id: requests
+    }
+    DataProfileModel {
+        id: profiles
+    }
+    Repeater {
+        id: names
+        model: DisplayModel {
+        }
+        delegate: Item {
+            required property string displayName
+            required property bool attached
+        }
+    }
+
+    TestCase {
+        name: "Requests"
+        when: windowShown
+
+        property int frames: 0
+        property real longest: 0
+        property real last: 0
+
+        function countFrame() {
+            const now = Date.now();
+            ++frames;
+            longest = Math.max(longest, now - last);
+            last = now;
+        }
+
+        function test_endWithResultAndReason() {
+            const request = requests.connectProfile("none");
+            compare(request.running, true);
+            let told = 0;
+            request.finished.connect(() => ++told);
+            tryCompare(request, "running", false);
+            compare([told, request.succeeded, request.code, request.reason], [1, false, CellularConnectionRequestResult.InvalidInterface, "InvalidInterface"]);
+        }
+
+        function test_modelsGiveTheirRolesToDelegates() {
+            compare(names.count, 2);
+            compare([names.itemAt(0).displayName, names.itemAt(1).attached], ["panel", false]); // qmllint disable
+            compare(phone.sim("display attach 1"), ""); // qmllint disable unqualified
+            tryVerify(() => names.itemAt(1).attached); // qmllint disable
+            compare(profiles.record(profiles.rowOf("internet")).valid, true);
+        }
+
+        function test_aStalledServiceFreezesNoFrame() {
+            const window = scene.Window.window;
+            phone.stall(); // qmllint disable unqualified
+            const running = [requests.connectProfile("mms"), requests.scanPeers(), requests.connectSink("02:00:00:00:02:01"), requests.flash(LedColor.Red, 3), requests.vibrate(100)];
+            last = Date.now();
+            window.afterAnimating.connect(countFrame);
+            wait(5000);
+            window.afterAnimating.disconnect(countFrame);
+            console.info("%1 frames in 5 s, the longest pause %2 ms".arg(frames).arg(longest));
+            verify(frames > 25, frames);
+            verify(longest < 1000, longest);
+            verify(running[0].running && running[1].running);
+            phone.goOn(); // qmllint disable unqualified
+            tryVerify(() => !running[0].running && !running[1].running);
+            verify(running[0].succeeded, running[0].reason);
+            const end = requests.disconnectProfile("mms");
+            tryVerify(() => !end.running);
+        }
+    }
+}
