@@ -21,6 +21,8 @@ namespace oz::sensors {
 namespace {
 
 const QString PpsPath = QStringLiteral("/pps/services/sensors/orientation");
+// Held open by whoever reads the orientation: some devices measure it only then.
+const QString ReadersPath = QStringLiteral("/pps/services/sensors/orientation-readers");
 
 constexpr std::pair<const char *, QOrientationReading::Orientation> Orientations[] = {
     {"top-up", QOrientationReading::TopUp},
@@ -46,7 +48,8 @@ class OrientationBackend final : public QSensorBackend
     Q_OBJECT
 
 public:
-    explicit OrientationBackend(QSensor *sensor) : QSensorBackend(sensor), m_pps(PpsPath)
+    explicit OrientationBackend(QSensor *sensor)
+        : QSensorBackend(sensor), m_pps(PpsPath), m_readers(ReadersPath)
     {
         setReading<QOrientationReading>(&m_reading);
         addDataRate(0, 0); // a reading comes with each change
@@ -66,6 +69,7 @@ public:
     {
         m_watcher.reset();
         m_pps.close();
+        m_readers.close();
         m_isKnown = false;
     }
 
@@ -75,6 +79,7 @@ private:
     {
         if (m_pps.open(PpsOpenMode::Subscribe)) {
             m_watcher.reset();
+            holdOpen();
             return true;
         }
         if (m_pps.error() != ENOENT && m_pps.error() != ENOTDIR)
@@ -93,8 +98,16 @@ private:
         return openOrWait(); // it may have come in between
     }
 
+    // A publisher of the device's own may do without.
+    void holdOpen()
+    {
+        if (!m_readers.isOpen())
+            m_readers.open(PpsOpenMode::Publish);
+    }
+
     void read()
     {
+        holdOpen(); // a daemon that was away is there
         bool ok = false;
         const QByteArray text = m_pps.read(&ok);
         const QVariantMap message = ok ? PpsObject::decode(text) : QVariantMap();
@@ -111,6 +124,7 @@ private:
     }
 
     PpsObject m_pps;
+    PpsObject m_readers;
     std::unique_ptr<DevicePathWatcher> m_watcher; // while the object is not there
     QOrientationReading m_reading;
     bool m_isKnown = false; // there was one
