@@ -1,6 +1,8 @@
 #include "services/Rigs.hpp"
 
+#include <QDir>
 #include <QFile>
+#include <QSaveFile>
 
 #include <csignal>
 
@@ -35,7 +37,8 @@ void Process::stall(bool stalls)
 
 QString Process::line()
 {
-    EXPECT_TRUE(waitUntil([this] { return canReadLine() || waitForReadyRead(1); })) << program().toStdString();
+    EXPECT_TRUE(waitUntil([this] { return canReadLine() || waitForReadyRead(1); }))
+        << program().toStdString();
     return QString::fromUtf8(readLine()).trimmed();
 }
 
@@ -72,6 +75,20 @@ void MockDevices::add(const QByteArray &description)
 void MockDevices::set(const QString &device, const QString &attribute, const QString &value)
 {
     order(QStringList{"set", device, attribute, value}.join(' '));
+}
+
+void MockDevices::write(const QString &path, const QByteArray &content)
+{
+    EXPECT_TRUE(QDir().mkpath(QFileInfo(file(path)).path()));
+    QSaveFile output(file(path));
+    EXPECT_TRUE(output.open(QIODevice::WriteOnly) && output.write(content) == content.size());
+    EXPECT_TRUE(output.commit());
+}
+
+void MockDevices::remove(const QString &device)
+{
+    event(device, "remove");
+    order("remove " + device);
 }
 
 void MockDevices::event(const QString &device, const QString &action)
@@ -116,6 +133,17 @@ void BusRig::start()
                 "org.freedesktop.DBus.GetNameOwner", "string:" + m_name});
         return ask.waitForFinished() && ask.exitCode() == 0;
     })) << m_program.first().toStdString();
+}
+
+void BusRig::call(const QStringList &arguments)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment());
+    process.start("gdbus",
+        QStringList{"call", "--system", "--dest", m_name, "--object-path", arguments.first(), "--method"}
+            + arguments.mid(1));
+    EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0)
+        << process.readAllStandardError().toStdString();
 }
 
 namespace {
@@ -163,6 +191,198 @@ void UPowerRig::setLevel(int percent)
     devices().set(Battery, "capacity", QString::number(percent));
     devices().set(Battery, "energy_now", QString::number(percent * 120'000));
     devices().event(Battery, "change");
+}
+
+namespace {
+
+const QString Card = "/sys/devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1";
+const QString CardPartition = Card + "/mmcblk1p1";
+
+const QByteArray Cards = R"(P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa
+E: SUBSYSTEM=mmc
+A: type=SD\n
+A: name=SU08G\n
+A: serial=0x1234\n
+
+P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1
+N: mmcblk1
+E: SUBSYSTEM=block
+E: DEVTYPE=disk
+E: DEVNAME=/dev/mmcblk1
+E: MAJOR=179
+E: MINOR=8
+E: ID_NAME=SU08G
+E: ID_SERIAL=0x1234
+E: ID_DRIVE_FLASH_SD=1
+E: ID_DRIVE_MEDIA_FLASH_SD=1
+E: ID_PART_TABLE_TYPE=dos
+A: dev=179:8\n
+A: size=15523840\n
+A: removable=0\n
+A: stat=10 0 0 0 5 0 0 0 0 0 0\n
+
+P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1/mmcblk1p1
+N: mmcblk1p1
+E: SUBSYSTEM=block
+E: DEVTYPE=partition
+E: DEVNAME=/dev/mmcblk1p1
+E: MAJOR=179
+E: MINOR=9
+E: ID_FS_USAGE=filesystem
+E: ID_FS_TYPE=vfat
+E: ID_PART_ENTRY_SCHEME=dos
+E: ID_PART_ENTRY_NUMBER=1
+E: ID_PART_ENTRY_DISK=179:8
+A: dev=179:9\n
+A: partition=1\n
+A: size=15521792\n
+
+)";
+
+} // namespace
+
+UDisksRig::UDisksRig()
+    : BusRig("sdcard=udisks2", "org.freedesktop.UDisks2", {"/usr/libexec/udisks2/udisksd"}, Cards)
+{
+    mount(true);
+}
+
+void UDisksRig::start()
+{
+    BusRig::start();
+    devices().event(Card, "add");
+    devices().event(CardPartition, "add");
+}
+
+void UDisksRig::change(bool there)
+{
+    mount(!there);
+    devices().event(CardPartition, "change");
+}
+
+void UDisksRig::mount(bool isMounted)
+{
+    devices().write("/proc/self/mountinfo",
+        isMounted ? "36 25 179:9 / /media/card rw,relatime shared:1 - vfat /dev/mmcblk1p1 rw\n" : "");
+}
+
+void UDisksRig::readCard(bool reads)
+{
+    devices().set(Card, "stat", reads ? "10 0 0 0 5 0 0 0 1 0 0" : "10 0 0 0 5 0 0 0 0 0 0");
+}
+
+void UDisksRig::pullCard()
+{
+    for (const QString &device : {CardPartition, Card})
+        devices().event(device, "remove");
+}
+
+namespace {
+
+const QByteArray Machine = R"(P: /devices/virtual/dmi/id
+E: SUBSYSTEM=dmi
+A: product_name=Rig 2\n
+A: product_sku=R2-100\n
+A: product_serial=To Be Filled By O.E.M.\n
+A: board_name=rig-board\n
+
+P: /devices/LNXSYSTM:00/LNXPWRBN:00/input/input0
+E: SUBSYSTEM=input
+E: ID_INPUT=1
+E: ID_INPUT_KEY=1
+
+P: /devices/platform/gpu/drm/card0
+E: SUBSYSTEM=drm
+
+P: /devices/platform/gpu/drm/card0/card0-eDP-1
+E: SUBSYSTEM=drm
+
+)";
+
+const QString Keyboard = "/sys/devices/platform/usb1/input/input7";
+
+} // namespace
+
+HardwareRig::HardwareRig()
+    : BusRig("hardware=linux", "org.freedesktop.hostname1", {"/lib/systemd/systemd-hostnamed"}, Machine)
+{
+    devices().write("/proc/cpuinfo",
+        "processor\t: 0\nmodel name\t: Rig core\ncpu MHz\t\t: 1199.7\n\n"
+        "processor\t: 1\nmodel name\t: Rig core\ncpu MHz\t\t: 800.0\n\nHardware\t: Rig\n");
+    devices().write("/sys/devices/system/cpu/present", "0-2\n");
+    devices().write("/sys/devices/system/cpu/cpu1/cpufreq/cpuinfo_max_freq", "2400000\n");
+}
+
+QProcessEnvironment HardwareRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("SYSTEMD_HOSTNAME_FORCE_DMI", "1"); // in a container too
+    return environment;
+}
+
+void HardwareRig::change(bool there)
+{
+    if (there) {
+        devices().add("P: " + Keyboard.mid(4).toUtf8()
+            + "\nE: SUBSYSTEM=input\nE: ID_INPUT=1\nE: ID_INPUT_KEYBOARD=1\n\n");
+        devices().event(Keyboard, "add");
+    } else {
+        devices().remove(Keyboard);
+    }
+}
+
+LogindRig::LogindRig()
+    : BusRig("activity=logind", "org.freedesktop.login1",
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"}, {})
+{
+}
+
+void LogindRig::start()
+{
+    BusRig::start();
+    call({"/org/freedesktop/login1", "org.freedesktop.DBus.Mock.AddSession", "c1", "seat0", "1000", "user",
+        "true"});
+    // As the service itself tells of a seat, unlike its stand-in.
+    call({"/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "org.freedesktop.login1.Manager",
+        "SeatNew", "so", "[<'seat0'>, <objectpath '/org/freedesktop/login1/seat/seat0'>]"});
+}
+
+void LogindRig::change(bool there)
+{
+    call({"/org/freedesktop/login1/seat/seat0", "org.freedesktop.DBus.Mock.UpdateProperties",
+        "org.freedesktop.login1.Seat", QString("{'IdleHint': <%1>}").arg(there ? "true" : "false")});
+}
+
+namespace {
+
+const QString Accelerometer = "/sys/devices/platform/accel/iio:device0";
+
+const QByteArray Sensors = R"(P: /devices/platform/accel/iio:device0
+N: iio:device0
+E: SUBSYSTEM=iio
+E: DEVNAME=/dev/iio:device0
+E: DEVTYPE=iio_device
+E: IIO_SENSOR_PROXY_TYPE=iio-poll-accel
+A: name=accel_3d\n
+A: in_accel_x_raw=0\n
+A: in_accel_y_raw=-256\n
+A: in_accel_z_raw=0\n
+A: in_accel_scale=0.038\n
+
+)";
+
+} // namespace
+
+SensorRig::SensorRig()
+    : BusRig(
+        "orientation=iio-sensor-proxy", "net.hadess.SensorProxy", {"/usr/sbin/iio-sensor-proxy"}, Sensors)
+{
+}
+
+void SensorRig::change(bool there)
+{
+    devices().set(Accelerometer, "in_accel_x_raw", there ? "256" : "0");
+    devices().set(Accelerometer, "in_accel_y_raw", there ? "0" : "-256");
 }
 
 } // namespace oz::testing

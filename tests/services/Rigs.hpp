@@ -68,8 +68,11 @@ public:
     explicit MockDevices(const QByteArray &description);
     void add(const QByteArray &description);
     void set(const QString &device, const QString &attribute, const QString &value);
+    void remove(const QString &device);
     /*! Has the kernel tell of a device. */
     void event(const QString &device, const QString &action);
+    /*! A file of /sys or /proc that belongs to no device. */
+    void write(const QString &path, const QByteArray &content);
     void enter(QProcessEnvironment *environment) const;
     [[nodiscard]] QString file(const QString &path) const { return m_folder + path; }
 
@@ -97,6 +100,8 @@ protected:
     BusRig(const QString &source, const QString &name, const QStringList &program, const QByteArray &devices);
 
     [[nodiscard]] MockDevices &devices() { return m_devices; }
+    /*! Calls a method of the service: the object's path, the method with its interface, and what it takes. */
+    void call(const QStringList &arguments);
 
 private:
     QString m_source;
@@ -115,6 +120,51 @@ public:
     /*! The battery is at 70 or at 80 %. */
     void change(bool there) override;
     void setLevel(int percent);
+};
+
+/*! UDisks2 over a card that is not there, and that is mounted at first. */
+class UDisksRig final : public BusRig
+{
+public:
+    UDisksRig();
+    void start() override;
+    /*! The card's file system is unmounted, or mounted. */
+    void change(bool there) override;
+    /*! The kernel has a read from the card under way, or has not. */
+    void readCard(bool reads);
+    void pullCard();
+
+private:
+    void mount(bool isMounted);
+};
+
+/*! hostnamed, over a machine that is not there. */
+class HardwareRig final : public BusRig
+{
+public:
+    HardwareRig();
+    [[nodiscard]] QProcessEnvironment environment() const override;
+    /*! A keyboard is plugged in, or out. */
+    void change(bool there) override;
+};
+
+/*! A stand-in for logind, with one session. */
+class LogindRig final : public BusRig
+{
+public:
+    LogindRig();
+    void start() override;
+    /*! Nobody uses the device, or somebody does. */
+    void change(bool there) override;
+};
+
+/*! iio-sensor-proxy over an accelerometer that is not there. */
+class SensorRig final : public BusRig
+{
+public:
+    SensorRig();
+    /*! The device is held with its left side up, or its top. */
+    void change(bool there) override;
 };
 
 } // namespace oz::testing
