@@ -33,6 +33,18 @@ constexpr std::pair<const char *, QOrientationReading::Orientation> Orientations
     {"face-down", QOrientationReading::FaceDown},
 };
 
+// A publisher of the device's own may do without the object; a daemon that was away may be there now.
+std::shared_ptr<PpsObject> openReaders()
+{
+    thread_local std::weak_ptr<PpsObject> t_readers; // one for all sensors of a thread
+    std::shared_ptr<PpsObject> readers = t_readers.lock();
+    if (!readers)
+        t_readers = readers = std::make_shared<PpsObject>(ReadersPath);
+    if (!readers->isOpen())
+        readers->open(PpsOpenMode::Publish);
+    return readers;
+}
+
 // Every other text is an orientation that nobody can tell.
 QOrientationReading::Orientation orientationOf(const QString &text)
 {
@@ -48,8 +60,7 @@ class OrientationBackend final : public QSensorBackend
     Q_OBJECT
 
 public:
-    explicit OrientationBackend(QSensor *sensor)
-        : QSensorBackend(sensor), m_pps(PpsPath), m_readers(ReadersPath)
+    explicit OrientationBackend(QSensor *sensor) : QSensorBackend(sensor), m_pps(PpsPath)
     {
         setReading<QOrientationReading>(&m_reading);
         addDataRate(0, 0); // a reading comes with each change
@@ -69,7 +80,7 @@ public:
     {
         m_watcher.reset();
         m_pps.close();
-        m_readers.close();
+        m_readers.reset();
         m_isKnown = false;
     }
 
@@ -79,7 +90,7 @@ private:
     {
         if (m_pps.open(PpsOpenMode::Subscribe)) {
             m_watcher.reset();
-            holdOpen();
+            m_readers = openReaders();
             return true;
         }
         if (m_pps.error() != ENOENT && m_pps.error() != ENOTDIR)
@@ -98,16 +109,9 @@ private:
         return openOrWait(); // it may have come in between
     }
 
-    // A publisher of the device's own may do without.
-    void holdOpen()
-    {
-        if (!m_readers.isOpen())
-            m_readers.open(PpsOpenMode::Publish);
-    }
-
     void read()
     {
-        holdOpen(); // a daemon that was away is there
+        m_readers = openReaders();
         bool ok = false;
         const QByteArray text = m_pps.read(&ok);
         const QVariantMap message = ok ? PpsObject::decode(text) : QVariantMap();
@@ -124,7 +128,7 @@ private:
     }
 
     PpsObject m_pps;
-    PpsObject m_readers;
+    std::shared_ptr<PpsObject> m_readers; // while this reads
     std::unique_ptr<DevicePathWatcher> m_watcher; // while the object is not there
     QOrientationReading m_reading;
     bool m_isKnown = false; // there was one

@@ -4,7 +4,12 @@
 #include <QFile>
 #include <QSaveFile>
 
+#include <oz/PpsObject.hpp>
+
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace oz::testing {
 
@@ -124,23 +129,34 @@ QProcessEnvironment BusRig::environment() const
 
 void BusRig::start()
 {
-    m_service.run(m_program.first(), m_program.mid(1), environment());
-    EXPECT_TRUE(waitUntil([this] {
+    runOnBus(&m_service, m_program, m_name);
+}
+
+void BusRig::runOnBus(Process *process, const QStringList &program, const QString &name)
+{
+    process->run(program.first(), program.mid(1), environment());
+    EXPECT_TRUE(waitUntil([&] {
         QProcess ask;
         ask.setProcessEnvironment(environment());
         ask.start("dbus-send",
             {"--system", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                "org.freedesktop.DBus.GetNameOwner", "string:" + m_name});
+                "org.freedesktop.DBus.GetNameOwner", "string:" + name});
         return ask.waitForFinished() && ask.exitCode() == 0;
-    })) << m_program.first().toStdString();
+    })) << program.join(' ').toStdString();
 }
 
-void BusRig::call(const QStringList &arguments)
+bool BusRig::hasSaid(const QByteArray &text)
+{
+    return m_service.readAllStandardOutput().contains(text);
+}
+
+void BusRig::call(const QStringList &arguments, const QString &name)
 {
     QProcess process;
     process.setProcessEnvironment(environment());
     process.start("gdbus",
-        QStringList{"call", "--system", "--dest", m_name, "--object-path", arguments.first(), "--method"}
+        QStringList{"call", "--system", "--dest", name.isEmpty() ? m_name : name, "--object-path",
+            arguments.first(), "--method"}
             + arguments.mid(1));
     EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0)
         << process.readAllStandardError().toStdString();
@@ -244,7 +260,14 @@ A: size=15521792\n
 UDisksRig::UDisksRig()
     : BusRig("sdcard=udisks2", "org.freedesktop.UDisks2", {"/usr/libexec/udisks2/udisksd"}, Cards)
 {
-    mount(true);
+    mount("/media/card");
+}
+
+QProcessEnvironment UDisksRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("PATH", m_tools.path() + ':' + environment.value("PATH"));
+    return environment;
 }
 
 void UDisksRig::start()
@@ -256,14 +279,50 @@ void UDisksRig::start()
 
 void UDisksRig::change(bool there)
 {
-    mount(!there);
+    mount(there ? "" : "/media/card");
     devices().event(CardPartition, "change");
 }
 
-void UDisksRig::mount(bool isMounted)
+void UDisksRig::mount(const QByteArray &place)
 {
     devices().write("/proc/self/mountinfo",
-        isMounted ? "36 25 179:9 / /media/card rw,relatime shared:1 - vfat /dev/mmcblk1p1 rw\n" : "");
+        place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - vfat /dev/mmcblk1p1 rw\n");
+}
+
+void UDisksRig::allowAll()
+{
+    const QString authority = "org.freedesktop.PolicyKit1";
+    runOnBus(
+        &m_authority, {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "polkitd"}, authority);
+    call({"/org/freedesktop/PolicyKit1/Authority", "org.freedesktop.DBus.Mock.AllowUnknown", "true"},
+        authority);
+}
+
+void UDisksRig::startJob()
+{
+    const QString end = m_tools.filePath("end");
+    ASSERT_EQ(::mkfifo(end.toLocal8Bit().constData(), 0600), 0);
+    QFile tool(m_tools.filePath("dosfslabel"));
+    ASSERT_TRUE(tool.open(QIODevice::WriteOnly));
+    tool.write("#!/bin/sh\nread line <" + end.toLocal8Bit() + '\n');
+    tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    tool.close();
+    m_job.run("gdbus",
+        {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
+            "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
+            "org.freedesktop.UDisks2.Filesystem.SetLabel", "NAME", "{}"},
+        environment());
+}
+
+void UDisksRig::endJob()
+{
+    const QByteArray end = m_tools.filePath("end").toLocal8Bit();
+    int descriptor = -1;
+    EXPECT_TRUE(waitUntil([&] {
+        descriptor = ::open(end.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        return descriptor >= 0;
+    })) << "nobody waits for the end of the job";
+    ::close(descriptor);
 }
 
 void UDisksRig::readCard(bool reads)
@@ -331,6 +390,16 @@ void HardwareRig::change(bool there)
     }
 }
 
+void HardwareRig::placeDeviceTree()
+{
+    const QString tree = "/sys/firmware/devicetree/base/";
+    devices().write(tree + "model", QByteArrayLiteral("Maker Phone 5\0"));
+    devices().write(tree + "compatible", QByteArrayLiteral("maker,phone-5\0maker,soc\0"));
+    devices().write(tree + "serial-number", QByteArrayLiteral("0123456789\0"));
+    devices().write(tree + "hdmi-out/compatible", QByteArrayLiteral("hdmi-connector\0"));
+    devices().write(tree + "hdmi-out/type", QByteArrayLiteral("d\0"));
+}
+
 LogindRig::LogindRig()
     : BusRig("activity=logind", "org.freedesktop.login1",
         {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"}, {})
@@ -351,6 +420,12 @@ void LogindRig::change(bool there)
 {
     call({"/org/freedesktop/login1/seat/seat0", "org.freedesktop.DBus.Mock.UpdateProperties",
         "org.freedesktop.login1.Seat", QString("{'IdleHint': <%1>}").arg(there ? "true" : "false")});
+}
+
+void LogindRig::endSession()
+{
+    call({"/org/freedesktop/login1/seat/seat0", "org.freedesktop.DBus.Mock.UpdateProperties",
+        "org.freedesktop.login1.Seat", "{'Sessions': <@a(so) []>}"});
 }
 
 namespace {
@@ -383,6 +458,45 @@ void SensorRig::change(bool there)
 {
     devices().set(Accelerometer, "in_accel_x_raw", there ? "256" : "0");
     devices().set(Accelerometer, "in_accel_y_raw", there ? "0" : "-256");
+}
+
+QProcessEnvironment SensorRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("G_MESSAGES_DEBUG", "all"); // it tells of its clients in no other way
+    return environment;
+}
+
+void SensorRig::waitForRelease()
+{
+    EXPECT_TRUE(waitUntil([this] { return hasSaid("'ReleaseAccelerometer'"); }));
+}
+
+RigTest::RigTest(std::unique_ptr<Rig> service) : rig(std::move(service))
+{
+    qputenv("OZ_GRACE_TIME", "2");
+}
+
+RigTest::~RigTest()
+{
+    daemon.terminate();
+    EXPECT_TRUE(daemon.waitForFinished());
+}
+
+void RigTest::startDaemon(const QStringList &arguments)
+{
+    daemon.setProcessEnvironment(rig->environment());
+    daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments() + arguments);
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+}
+
+QString RigTest::sourceOf(const QString &facility)
+{
+    const QVariantMap state =
+        attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap().value(facility).toMap();
+    const QString reason = state.value("reason").toString();
+    return state.value("state").toString() + (reason.isEmpty() ? "" : ": ") + reason;
 }
 
 } // namespace oz::testing

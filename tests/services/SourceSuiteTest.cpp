@@ -198,29 +198,15 @@ const Case Cases[] = {
         "orientation(LeftUp) orientation(3)", "orientation(TopUp) orientation(2)", "orientationValid(false)"},
 };
 
-class SourceSuite : public DeviceTest, public ::testing::WithParamInterface<Case>
+class SourceSuite : public RigTest, public ::testing::WithParamInterface<Case>
 {
 protected:
-    SourceSuite() : rig(GetParam().rig())
+    SourceSuite() : RigTest(GetParam().rig())
     {
-        qputenv("OZ_GRACE_TIME", "2");
         rig->start();
         startDaemon();
         facility.reset(GetParam().make());
         heard = std::make_unique<SignalLog>(facility.get());
-    }
-    ~SourceSuite() override
-    {
-        daemon.terminate();
-        EXPECT_TRUE(daemon.waitForFinished());
-    }
-
-    void startDaemon()
-    {
-        daemon.setProcessEnvironment(rig->environment());
-        daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments());
-        PpsObject control("/pps/system/ozdeviced/control");
-        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     }
 
     void changesAreHeard()
@@ -232,8 +218,6 @@ protected:
         }
     }
 
-    std::unique_ptr<Rig> rig;
-    QProcess daemon;
     std::unique_ptr<QObject> facility;
     std::unique_ptr<SignalLog> heard;
 };
