@@ -6,12 +6,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libudev-dev libxcb-randr0-dev
+    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev
     libgtest-dev libgmock-dev
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy
+    dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway
 )
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)
@@ -23,7 +23,8 @@ usage() {
     cat <<'TEXT'
 Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
 
-  demo      builds what it shows, starts a simulated phone of its own and shows a live SD card for a short tour
+  demo      builds what it shows, starts a simulated phone of its own and shows a live SD card for a short tour; with
+            --real, what this machine has: what feeds each facility, what it says, and what changes for a while
   test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...). With the release
             preset, what is installed is what is tested
   build     builds
@@ -124,6 +125,37 @@ check_docs() {
     }
 }
 
+# What this machine has, by a daemon of its own that ends with this.
+show_real_device() {
+    build_targets+=(ozdeviced)
+    build "$preset"
+    local bin=build/$preset/bin
+    OZ_DEVICE_ROOT=$(mktemp -d)
+    export OZ_DEVICE_ROOT
+    "$bin/ozdeviced" --private --config /dev/null &
+    # shellcheck disable=SC2064
+    trap "kill $! 2>/dev/null; wait; rm -rf '$OZ_DEVICE_ROOT'" EXIT
+    "$bin/ozdevice" wait-ready
+    say "what feeds each facility here (ozdevice doctor)"
+    "$bin/ozdevice" doctor || true
+    # Activity and orientation are one class to applications.
+    local shown fed
+    shown=$("$bin/ozdevice" doctor | awk '/^$/ { exit } NR > 1 && $3 == "works" { print $1 }' |
+        sed 's/^activity$\|^orientation$/device/' | sort -u)
+    fed=$("$bin/ozdevice" doctor | awk '/^$/ { exit } NR > 1 && $2 != "none" { print $1 }' |
+        sed 's/^activity$\|^orientation$/device/' | sort -u)
+    for facility in $shown; do
+        say "ozdevice show $facility"
+        "$bin/ozdevice" show "$facility" || true
+    done
+    if [ -n "$fed" ]; then
+        say "what changes in ten seconds (ozdevice watch" $fed")"
+        # shellcheck disable=SC2086
+        timeout 10 "$bin/ozdevice" watch $fed || [ $? -eq 124 ]
+    fi
+    exit
+}
+
 verb=${1:-help}
 [ $# -gt 0 ] && shift
 preset=dev
@@ -145,6 +177,7 @@ set -- "${arguments[@]+"${arguments[@]}"}"
 case $verb in
     demo)
         build_targets=(ozdevice_command)
+        [ "${1:-}" != --real ] || show_real_device
         build "$preset"
         exec "build/$preset/bin/ozdevice" demo "$@" ;;
     test)

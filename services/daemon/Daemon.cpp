@@ -68,7 +68,7 @@ class Daemon::Running : public QObject
 public:
     Running(const Configuration &configuration, const std::optional<JsonNode> &phoneFile, StateStore &store)
         : m_configuration(configuration),
-          m_providers([this, phoneFile, &store] { return makePhone(phoneFile, store); })
+          m_providers(store, [this, phoneFile, &store] { return makePhone(phoneFile, store); })
     {
         for (const Facility &facility : facilities())
             m_rows.push_back(rowOf(facility));
@@ -134,6 +134,8 @@ public:
             const QString reason = source ? source->absence() : row.reason;
             if (!reason.isEmpty())
                 state.insert(QStringLiteral("reason"), reason);
+            if (row.isAutomatic)
+                state.insert(QStringLiteral("auto"), true);
             states.insert(row.facility->name, state);
         }
         return states;
@@ -167,6 +169,7 @@ private:
     {
         const Facility *facility;
         QString source;
+        bool isAutomatic; // not by name in the configuration
         QString reason; // why it is none
         std::unique_ptr<Publisher> publisher;
     };
@@ -174,7 +177,7 @@ private:
     [[nodiscard]] Row rowOf(const Facility &facility)
     {
         const SourceChoice choice = m_configuration.choiceOf(facility.name);
-        Row row{&facility, choice.source, {}, nullptr};
+        Row row{&facility, choice.source, choice.source == SourceChoice::Auto, {}, nullptr};
         if (choice.source == SourceChoice::None) {
             row.reason = QStringLiteral("the configuration says so");
             return row;

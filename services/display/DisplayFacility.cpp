@@ -1,5 +1,6 @@
 #include "display/DisplayPublisher.hpp"
 #include "display/SimulatedDisplays.hpp"
+#include "display/WaylandDisplays.hpp"
 #include "display/XrandrDisplays.hpp"
 #include "facility/Facility.hpp"
 
@@ -7,6 +8,16 @@ namespace oz::services {
 
 Facility displayFacility()
 {
+    const SourceKind wayland{QStringLiteral("wayland"), QStringLiteral("the outputs of a Wayland compositor"),
+        {QStringLiteral("display")},
+        [](Providers &, const SourceOptions &options) -> std::shared_ptr<Source> {
+            return std::make_shared<WaylandDisplays>(options.value(QStringLiteral("display")));
+        },
+        [] {
+            return WaylandDisplays::sessionServer().isEmpty()
+                ? QStringLiteral("WAYLAND_DISPLAY names no compositor")
+                : QString();
+        }};
     const SourceKind xrandr{QStringLiteral("xrandr"), QStringLiteral("the outputs of an X server (RandR)"),
         {QStringLiteral("display")},
         [](Providers &, const SourceOptions &options) -> std::shared_ptr<Source> {
@@ -17,7 +28,7 @@ Facility displayFacility()
                                                           : QString();
         }};
     return describeFacility<DisplaySource, DisplayPublisher, SimulatedDisplays, MiracastSource>(
-        QStringLiteral("display"), {xrandr});
+        QStringLiteral("display"), {wayland, xrandr});
 }
 
 } // namespace oz::services

@@ -2,6 +2,7 @@
 
 #include "phone/SimulatedPhone.hpp"
 #include "publishing/Publisher.hpp"
+#include "publishing/StateStore.hpp"
 #include "source/Source.hpp"
 
 #include <QMap>
@@ -24,7 +25,10 @@ class Providers
 public:
     using MakePhone = std::function<std::unique_ptr<SimulatedPhone>()>;
 
-    explicit Providers(MakePhone makePhone) : m_makePhone(std::move(makePhone)) { }
+    Providers(StateStore &store, MakePhone makePhone) : m_store(store), m_makePhone(std::move(makePhone)) { }
+
+    /*! For what has to be known again after the daemon died. */
+    [[nodiscard]] StateStore &store() const { return m_store; }
 
     [[nodiscard]] SimulatedPhone &phone()
     {
@@ -52,6 +56,7 @@ public:
     [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }
 
 private:
+    StateStore &m_store;
     MakePhone m_makePhone;
     std::unique_ptr<SimulatedPhone> m_phone;
     std::map<std::type_index, std::weak_ptr<void>> m_shared;

@@ -1,7 +1,7 @@
 #include "hardware/KernelInventory.hpp"
 
 #include "linux/SysFolder.hpp"
-#include "linux/Udev.hpp"
+#include "linux/UdevDevices.hpp"
 
 #include <QDir>
 

@@ -13,7 +13,8 @@ const QString HostInterface = QStringLiteral("org.freedesktop.hostname1");
 LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
     : m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"), QStringLiteral("systemd"),
         BusService::EndsWhenIdle),
-      m_objects(m_hostnamed), m_devices({QStringLiteral("input"), QStringLiteral("drm")})
+      m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { readKernel(); }),
+      m_connectors(QStringLiteral("drm"), [this] { readKernel(); })
 {
     connect(
         &m_hostnamed, &BusService::appeared, this, [this] { m_objects.follow(HostPath, {HostInterface}); });
@@ -26,7 +27,6 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
     };
     connect(&m_objects, &BusObjects::failed, this, goOn);
     connect(&m_hostnamed, &BusService::vanished, this, goOn);
-    connect(&m_devices, &UdevMonitor::changed, this, &LinuxHardware::readKernel);
     readKernel();
 }
 

@@ -2,7 +2,7 @@
 
 #include "hardware/HardwareSource.hpp"
 #include "linux/BusObjects.hpp"
-#include "linux/Udev.hpp"
+#include "linux/UdevMonitor.hpp"
 
 namespace oz::services {
 
@@ -22,7 +22,8 @@ private:
 
     BusService m_hostnamed;
     BusObjects m_objects;
-    UdevMonitor m_devices;
+    UdevMonitor m_inputs;
+    UdevMonitor m_connectors;
     std::optional<QVariantMap> m_names; // as hostnamed told them last; none where it tells nothing
     std::optional<HardwareState> m_kernel;
     bool m_isReading = false;

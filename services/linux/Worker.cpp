@@ -1,9 +1,14 @@
 #include "linux/Worker.hpp"
 
+#include <chrono>
+#include <condition_variable>
 #include <csignal>
+#include <deque>
 #include <thread>
 
-namespace oz::services::Workers {
+namespace oz::services {
+
+namespace Workers {
 
 class WayBack::End : public QObject
 {
@@ -52,4 +57,49 @@ void run(std::function<void()> work)
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 
-} // namespace oz::services::Workers
+} // namespace Workers
+
+struct SerialWorker::Queue
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    std::deque<std::function<void()>> works;
+    bool ends = false;
+    bool isEnded = false;
+};
+
+SerialWorker::SerialWorker() : m_queue(std::make_shared<Queue>())
+{
+    Workers::run([queue = m_queue] {
+        std::unique_lock lock(queue->mutex);
+        for (;;) {
+            queue->changed.wait(lock, [&] { return !queue->works.empty() || queue->ends; });
+            if (queue->works.empty())
+                break;
+            const std::function<void()> work = std::move(queue->works.front());
+            queue->works.pop_front();
+            lock.unlock();
+            work();
+            lock.lock();
+        }
+        queue->isEnded = true;
+        queue->changed.notify_all();
+    });
+}
+
+SerialWorker::~SerialWorker()
+{
+    std::unique_lock lock(m_queue->mutex);
+    m_queue->ends = true;
+    m_queue->changed.notify_all();
+    m_queue->changed.wait_for(lock, std::chrono::seconds(1), [this] { return m_queue->isEnded; });
+}
+
+void SerialWorker::enqueue(std::function<void()> work)
+{
+    const std::lock_guard lock(m_queue->mutex);
+    m_queue->works.push_back(std::move(work));
+    m_queue->changed.notify_all();
+}
+
+} // namespace oz::services

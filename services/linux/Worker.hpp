@@ -33,6 +33,33 @@ void run(std::function<void()> work);
 
 } // namespace Workers
 
+/*! Does one work after the other, in a thread that nobody waits for longer than for its last one. */
+class SerialWorker
+{
+public:
+    SerialWorker();
+    /*! Lets what is posted be done, and waits for that, but no longer than a second. */
+    ~SerialWorker();
+    SerialWorker(const SerialWorker &) = delete;
+    SerialWorker &operator=(const SerialWorker &) = delete;
+
+    /*! As inWorker(), behind what was posted before. */
+    template <typename Work, typename Done>
+    void post(QObject *context, Work work, Done done)
+    {
+        Workers::WayBack back(context);
+        enqueue([back, work = std::move(work), done = std::move(done)]() mutable {
+            back.call([result = work(), done] { done(result); });
+        });
+    }
+    /*! As post() of what nobody is told of. */
+    void enqueue(std::function<void()> work);
+
+private:
+    struct Queue;
+    std::shared_ptr<Queue> m_queue;
+};
+
 /*!
  * Has \a work done in a thread of its own, because the kernel or another process may take its time over it,
  * and then \a done called with its result on the thread of \a context, as long as that lives. Nobody waits

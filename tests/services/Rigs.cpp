@@ -104,7 +104,15 @@ void MockDevices::event(const QString &device, const QString &action)
 void MockDevices::order(const QString &line)
 {
     m_process.write(line.toUtf8() + '\n');
-    EXPECT_EQ(m_process.line(), "ok") << line.toStdString();
+    QString answer = m_process.line();
+    for (; answer.startsWith("heard "); answer = m_process.line())
+        m_heard.append(answer);
+    EXPECT_EQ(answer, "ok") << line.toStdString();
+}
+
+QString MockDevices::heard()
+{
+    return (m_heard.isEmpty() ? m_process.line() : m_heard.takeFirst()).mid(6);
 }
 
 void MockDevices::enter(QProcessEnvironment *environment) const
@@ -497,6 +505,57 @@ QString RigTest::sourceOf(const QString &facility)
         attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap().value(facility).toMap();
     const QString reason = state.value("reason").toString();
     return state.value("state").toString() + (reason.isEmpty() ? "" : ": ") + reason;
+}
+
+namespace {
+constexpr uid_t Nobody = 65534;
+}
+
+SwayRig::SwayRig()
+{
+    QFile configuration(m_folder.filePath("config"));
+    EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
+    configuration.write("output HEADLESS-1 mode 800x600\n");
+    if (::geteuid() == 0) {
+        EXPECT_EQ(::chown(qPrintable(m_folder.path()), Nobody, Nobody), 0);
+        configuration.setPermissions(configuration.permissions() | QFile::ReadOther);
+    }
+}
+
+QStringList SwayRig::asUser(const QStringList &program)
+{
+    if (::geteuid() != 0)
+        return program;
+    const QString id = QString::number(Nobody);
+    return QStringList{"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"} + program;
+}
+
+void SwayRig::start()
+{
+    QFile::remove(socket()); // it takes no other's place
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("HOME", m_folder.path());
+    environment.insert("XDG_RUNTIME_DIR", m_folder.path());
+    environment.insert("SWAYSOCK", socket());
+    environment.insert("WLR_BACKENDS", "headless");
+    environment.insert("WLR_LIBINPUT_NO_DEVICES", "1");
+    environment.insert("WLR_RENDERER", "pixman");
+    const QStringList program = asUser({"sway", "-c", m_folder.filePath("config")});
+    m_compositor.run(program.first(), program.mid(1), environment);
+    EXPECT_TRUE(waitUntil([this] { return order({"output", "HEADLESS-1", "enable"}); })) << "sway";
+}
+
+bool SwayRig::order(const QStringList &words)
+{
+    const QStringList program = asUser(QStringList{"swaymsg", "-s", socket()} + words);
+    QProcess process;
+    process.start(program.first(), program.mid(1));
+    return process.waitForFinished() && process.exitCode() == 0;
+}
+
+void SwayRig::change(bool there)
+{
+    EXPECT_TRUE(order({"output", "HEADLESS-1", "mode", there ? "1024x768" : "800x600"}));
 }
 
 } // namespace oz::testing

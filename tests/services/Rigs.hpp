@@ -73,6 +73,10 @@ public:
     void event(const QString &device, const QString &action);
     /*! A file of /sys or /proc that belongs to no device. */
     void write(const QString &path, const QByteArray &content);
+    /*! Plays the motor that is the input device \a file. */
+    void emulateRumble(const QString &file) { order("rumble " + file); }
+    /*! What it is asked for next. */
+    QString heard();
     void enter(QProcessEnvironment *environment) const;
     [[nodiscard]] QString file(const QString &path) const { return m_folder + path; }
 
@@ -82,6 +86,7 @@ private:
     QTemporaryDir m_files;
     Process m_process;
     QString m_folder;
+    QStringList m_heard;
 };
 
 /*! A rig of a service of the system bus, over devices that are not there. */
@@ -115,6 +120,32 @@ private:
     PrivateBus m_bus;
     MockDevices m_devices;
     Process m_service;
+};
+
+/*! A Wayland compositor without a screen. It does not run as root, so root becomes another user for it. */
+class SwayRig final : public Rig
+{
+public:
+    SwayRig();
+    void start() override;
+    void stop() override { m_compositor.end(); }
+    void stall(bool stalls) override { m_compositor.stall(stalls); }
+    [[nodiscard]] bool isProcess() const override { return true; }
+    [[nodiscard]] QStringList arguments() const override
+    {
+        return {"--simulated", "--source", "display=wayland display=" + m_folder.filePath("wayland-1")};
+    }
+    /*! The output has 1024x768 or 800x600 pixels. */
+    void change(bool there) override;
+    /*! Tells the compositor something; whether it does that. */
+    bool order(const QStringList &words);
+
+private:
+    [[nodiscard]] static QStringList asUser(const QStringList &program);
+    [[nodiscard]] QString socket() const { return m_folder.filePath("ipc"); }
+
+    QTemporaryDir m_folder;
+    Process m_compositor;
 };
 
 /*! UPower over a battery and a charger that are not there. */

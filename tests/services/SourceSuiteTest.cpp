@@ -183,6 +183,10 @@ const Case Cases[] = {
         [] { return static_cast<QObject *>(new DisplayInfo(0)); },
         R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
         R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
+    {"wayland", [] { return std::make_unique<SwayRig>(); },
+        [] { return static_cast<QObject *>(new DisplayInfo(0)); },
+        R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
+        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
     {"upower", [] { return std::make_unique<UPowerRig>(); }, make<BatteryInfo>,
         "level(70, Discharging) level(70, 3)", "level(80, Discharging) level(80, 3)",
         "level(-1, Unknown) level(-1, 0) present(false) condition(Unknown) condition(0) "

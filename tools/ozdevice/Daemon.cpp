@@ -99,7 +99,8 @@ std::vector<SourceState> sourceStates(const DaemonState &daemon)
         const QVariantMap facility = facilities.value(source.key()).toMap();
         states.push_back({source.key(), facility.value(QStringLiteral("source"), *source).toString(),
             facility.value(QStringLiteral("state")).toString(),
-            facility.value(QStringLiteral("reason")).toString()});
+            facility.value(QStringLiteral("reason")).toString(),
+            facility.value(QStringLiteral("auto")).toBool()});
     }
     return states;
 }

@@ -31,6 +31,7 @@ struct SourceState
     QString source;
     QString state; //!< "known", "absent" or "none"; empty for unknown
     QString reason; //!< of an absent one
+    bool isAutomatic = false; //!< whether the daemon chose it by itself
 };
 
 [[nodiscard]] std::vector<SourceState> sourceStates(const DaemonState &daemon);

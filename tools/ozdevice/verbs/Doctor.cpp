@@ -6,6 +6,10 @@
 
 #include <oz/PpsObject.hpp>
 
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
 #include <cerrno>
 
 namespace oz::tools {
@@ -14,6 +18,7 @@ namespace {
 
 struct Options
 {
+    bool json = false;
 };
 
 // What is wrong with an object of the tree for this user; empty where nothing is.
@@ -28,24 +33,64 @@ QString problemOf(const TreeObject &object)
     return ok ? QString() : QString(object.path + QLatin1String(": its content is malformed"));
 }
 
-int doctor(const Options &)
+// What keeps a facility from being fed, where it was named in the configuration; one that the daemon chose a
+// source for by itself may well be without on this device.
+QString problemOf(const SourceState &state)
+{
+    if (state.state != u"absent" || state.isAutomatic)
+        return {};
+    return state.facility + QLatin1String(": the source '") + state.source + QLatin1String("' is absent: ")
+        + (state.reason.isEmpty() ? QStringLiteral("it does not say why") : state.reason);
+}
+
+QString stateText(const SourceState &state)
+{
+    return state.state == u"known" ? QStringLiteral("works")
+        : state.state.isEmpty()    ? QStringLiteral("-")
+                                   : state.state;
+}
+
+void print(const std::vector<SourceState> &sources, const QStringList &problems)
+{
+    if (!sources.empty()) {
+        QList<QStringList> rows{{QStringLiteral("facility"), QStringLiteral("source"),
+            QStringLiteral("state"), QStringLiteral("why")}};
+        for (const SourceState &state : sources)
+            rows.append({state.facility, state.source, stateText(state), state.reason});
+        printRows(rows, {}, {Paint::Bold});
+        printLine({});
+    }
+    for (const QString &problem : problems)
+        printLine(problem);
+    if (problems.isEmpty())
+        printLine(QStringLiteral("the services run, and every object can be read"));
+}
+
+QJsonObject json(const std::vector<SourceState> &sources, const QStringList &problems)
+{
+    QJsonObject facilities;
+    for (const SourceState &state : sources) {
+        facilities.insert(state.facility,
+            QJsonObject{{QStringLiteral("source"), state.source}, {QStringLiteral("state"), state.state},
+                {QStringLiteral("auto"), state.isAutomatic}, {QStringLiteral("why"), state.reason}});
+    }
+    return {{QStringLiteral("facilities"), facilities},
+        {QStringLiteral("problems"), QJsonArray::fromStringList(problems)}};
+}
+
+int doctor(const Options &options)
 {
     const DaemonState daemon = lookAtDaemon();
     QStringList problems;
-    if (!daemon.isRunning) {
+    std::vector<SourceState> sources;
+    if (daemon.isRunning) {
+        sources = sourceStates(daemon);
+        for (const SourceState &state : sources)
+            problems.append(problemOf(state));
+        problems.removeAll(QString());
+    } else {
         problems.append(unfedText(daemon)
             + QLatin1String("; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"));
-    } else {
-        for (const SourceState &state : sourceStates(daemon)) {
-            if (state.state == u"absent") {
-                problems.append(state.facility + QLatin1String(": the source '") + state.source
-                    + QLatin1String("' is absent: ")
-                    + (state.reason.isEmpty() ? QStringLiteral("it does not say why") : state.reason));
-            } else if (state.state == u"none") {
-                printLine(state.facility + QLatin1String(": nothing feeds it: ")
-                    + (state.reason.isEmpty() ? QStringLiteral("its source is 'none'") : state.reason));
-            }
-        }
     }
     for (const TreeObject &object : treeObjects()) {
         // What served objects a daemon that is gone has left is told already.
@@ -54,10 +99,10 @@ int doctor(const Options &)
         if (const QString problem = problemOf(object); !problem.isEmpty())
             problems.append(problem);
     }
-    for (const QString &problem : problems)
-        printLine(problem);
-    if (problems.isEmpty())
-        printLine(QStringLiteral("the services run, and every object can be read"));
+    if (options.json)
+        printJson(json(sources, problems), QJsonDocument::Indented);
+    else
+        print(sources, problems);
     return problems.isEmpty() ? Success : daemon.isRunning ? Failed : Unavailable;
 }
 
@@ -65,10 +110,16 @@ int doctor(const Options &)
 
 void addDoctorVerb(CLI::App &parser, Action &action)
 {
-    const auto [verb, options] =
-        Verbs<Options>(parser, action)
-            .add("doctor", "Say what is wrong with the services and the tree, and why", doctor);
-    verb->footer("The exit status is 1 where something is wrong, 3 where no services run.");
+    const auto [verb, options] = Verbs<Options>(parser, action)
+                                     .add("doctor",
+                                         "Say what feeds each facility, or why nothing does, and what is "
+                                         "wrong with the services and the "
+                                         "tree",
+                                         doctor);
+    verb->add_flag("--json", options->json, "As JSON");
+    verb->footer(
+        "The exit status is 1 where something is wrong (an object that cannot be read, a source that the\n"
+        "configuration names and that is absent), 3 where no services run.");
 }
 
 } // namespace oz::tools

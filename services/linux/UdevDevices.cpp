@@ -1,8 +1,8 @@
-#include "linux/Udev.hpp"
-
-#include <QSocketNotifier>
+#include "linux/UdevDevices.hpp"
 
 #include <libudev.h>
+
+#include <memory>
 
 namespace oz::services {
 
@@ -46,42 +46,6 @@ QList<UdevDevice> udevDevices(const QString &subsystem)
         }
     }
     return devices;
-}
-
-void UdevMonitor::Release::operator()(udev *context) const
-{
-    udev_unref(context);
-}
-
-void UdevMonitor::Release::operator()(udev_monitor *monitor) const
-{
-    udev_monitor_unref(monitor);
-}
-
-UdevMonitor::UdevMonitor(const QStringList &subsystems)
-    : m_udev(udev_new()), m_monitor(m_udev ? udev_monitor_new_from_netlink(m_udev.get(), "udev") : nullptr)
-{
-    if (!m_monitor)
-        return; // a system without such messages: nothing comes or goes
-    for (const QString &subsystem : subsystems) {
-        udev_monitor_filter_add_match_subsystem_devtype(
-            m_monitor.get(), subsystem.toLatin1().constData(), nullptr);
-    }
-    if (udev_monitor_enable_receiving(m_monitor.get()) < 0)
-        return;
-    auto *notifier = new QSocketNotifier(udev_monitor_get_fd(m_monitor.get()), QSocketNotifier::Read, this);
-    connect(notifier, &QSocketNotifier::activated, this, &UdevMonitor::receive);
-}
-
-UdevMonitor::~UdevMonitor() = default;
-
-void UdevMonitor::receive()
-{
-    bool hasChanged = false;
-    while (const Owned<udev_device> device{udev_monitor_receive_device(m_monitor.get())})
-        hasChanged = true;
-    if (hasChanged)
-        Q_EMIT changed();
 }
 
 } // namespace oz::services
