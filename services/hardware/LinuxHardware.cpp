@@ -3,18 +3,27 @@
 #include "hardware/KernelInventory.hpp"
 #include "linux/Worker.hpp"
 
+#include <chrono>
+
 namespace oz::services {
 
 namespace {
+
+using namespace std::chrono_literals;
+
+// One keyboard is several devices, and one that goes is told of before it is gone from /sys.
+constexpr auto LongestChange = 200ms;
+
 const QString HostPath = QStringLiteral("/org/freedesktop/hostname1");
 const QString HostInterface = QStringLiteral("org.freedesktop.hostname1");
+
 } // namespace
 
 LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
     : m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"), QStringLiteral("systemd"),
         BusService::EndsWhenIdle),
-      m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { readKernel(); }),
-      m_connectors(QStringLiteral("drm"), [this] { readKernel(); })
+      m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { m_change.start(); }),
+      m_connectors(QStringLiteral("drm"), [this] { m_change.start(); })
 {
     connect(
         &m_hostnamed, &BusService::appeared, this, [this] { m_objects.follow(HostPath, {HostInterface}); });
@@ -27,6 +36,9 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
     };
     connect(&m_objects, &BusObjects::failed, this, goOn);
     connect(&m_hostnamed, &BusService::vanished, this, goOn);
+    m_change.setSingleShot(true);
+    m_change.setInterval(LongestChange);
+    m_change.callOnTimeout(this, &LinuxHardware::readKernel);
     readKernel();
 }
 

@@ -22,6 +22,7 @@ private:
 
     BusService m_hostnamed;
     BusObjects m_objects;
+    QTimer m_change; // of the devices, until it is over
     UdevMonitor m_inputs;
     UdevMonitor m_connectors;
     std::optional<QVariantMap> m_names; // as hostnamed told them last; none where it tells nothing

@@ -366,6 +366,7 @@ E: SUBSYSTEM=drm
 
 )";
 
+const QString PowerButton = "/sys/devices/LNXSYSTM:00/LNXPWRBN:00/input/input0";
 const QString Keyboard = "/sys/devices/platform/usb1/input/input7";
 
 } // namespace
@@ -395,6 +396,8 @@ void HardwareRig::change(bool there)
         devices().event(Keyboard, "add");
     } else {
         devices().remove(Keyboard);
+        // The kernel, too, tells of what is gone, but umockdev of what is there alone.
+        devices().event(PowerButton, "change");
     }
 }
 
