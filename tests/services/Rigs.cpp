@@ -253,7 +253,7 @@ E: DEVNAME=/dev/mmcblk1p1
 E: MAJOR=179
 E: MINOR=9
 E: ID_FS_USAGE=filesystem
-E: ID_FS_TYPE=vfat
+E: ID_FS_TYPE=ext4
 E: ID_PART_ENTRY_SCHEME=dos
 E: ID_PART_ENTRY_NUMBER=1
 E: ID_PART_ENTRY_DISK=179:8
@@ -294,7 +294,7 @@ void UDisksRig::change(bool there)
 void UDisksRig::mount(const QByteArray &place)
 {
     devices().write("/proc/self/mountinfo",
-        place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - vfat /dev/mmcblk1p1 rw\n");
+        place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - ext4 /dev/mmcblk1p1 rw\n");
 }
 
 void UDisksRig::allowAll()
@@ -310,15 +310,17 @@ void UDisksRig::startJob()
 {
     const QString end = m_tools.filePath("end");
     ASSERT_EQ(::mkfifo(end.toLocal8Bit().constData(), 0600), 0);
-    QFile tool(m_tools.filePath("dosfslabel"));
+    QFile tool(m_tools.filePath("e2fsck"));
     ASSERT_TRUE(tool.open(QIODevice::WriteOnly));
     tool.write("#!/bin/sh\nread line <" + end.toLocal8Bit() + '\n');
     tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     tool.close();
+    // Which it looks for itself.
+    ASSERT_EQ(QProcess::execute("/sbin/mke2fs", {"-q", "-F", devices().file("/dev/mmcblk1p1"), "1M"}), 0);
     m_job.run("gdbus",
         {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
             "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
-            "org.freedesktop.UDisks2.Filesystem.SetLabel", "NAME", "{}"},
+            "org.freedesktop.UDisks2.Filesystem.Check", "{}"},
         environment());
 }
 

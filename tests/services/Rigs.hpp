@@ -174,7 +174,7 @@ public:
     void mount(const QByteArray &place);
     /*! Before the start: whoever asks may do everything. */
     void allowAll();
-    /*! Has UDisks2 name the file system, which takes until endJob(). */
+    /*! Has UDisks2 check the file system, which takes until endJob(). */
     void startJob();
     void endJob();
 
