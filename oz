@@ -6,12 +6,12 @@ cd "$(dirname "${BASH_SOURCE[0]}")"
 packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
-    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev
+    libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev
     libgtest-dev libgmock-dev
 )
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway
+    dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
 )
 bench_packages=(libbenchmark-dev dbus)
 fuzz_packages=(clang libclang-rt-dev)

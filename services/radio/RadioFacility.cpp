@@ -1,4 +1,5 @@
-#include "facility/Facility.hpp"
+#include "facility/ModemKind.hpp"
+#include "radio/ModemRadio.hpp"
 #include "radio/RadioPublisher.hpp"
 #include "radio/SimulatedRadio.hpp"
 
@@ -6,7 +7,8 @@ namespace oz::services {
 
 Facility radioFacility()
 {
-    return describeFacility<RadioSource, RadioPublisher, SimulatedRadio>(QStringLiteral("radio"));
+    return describeFacility<RadioSource, RadioPublisher, SimulatedRadio>(QStringLiteral("radio"),
+        {modemKind<ModemRadio>(QStringLiteral("the radio of a modem, by ModemManager"))});
 }
 
 } // namespace oz::services

@@ -116,7 +116,7 @@ TEST_P(LampTest, FlashesAndIsPutBackAsItWasFoundAlsoAfterAKill)
         folders.append("/sys/devices/platform/leds/leds/" + led + '/');
     }
     MockDevices devices("P: /devices/platform/i/leds/input3::capslock\nE: SUBSYSTEM=leds\n"
-                              "A: brightness=0\\n\nA: max_brightness=1\\n\n\n"
+                        "A: brightness=0\\n\nA: max_brightness=1\\n\n\n"
         + description);
     const auto content = [&](qsizetype led, const char *file) {
         return contentOf(devices.file(folders[led] + file));

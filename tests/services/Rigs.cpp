@@ -47,6 +47,11 @@ QString Process::line()
     return QString::fromUtf8(readLine()).trimmed();
 }
 
+bool Process::hasEnded()
+{
+    return waitUntil([this] { return state() == QProcess::NotRunning; });
+}
+
 PrivateBus::PrivateBus()
 {
     m_daemon.run("dbus-daemon", {"--session", "--print-address", "--nofork"},
@@ -158,16 +163,17 @@ bool BusRig::hasSaid(const QByteArray &text)
     return m_service.readAllStandardOutput().contains(text);
 }
 
-void BusRig::call(const QStringList &arguments, const QString &name)
+QString BusRig::call(const QStringList &arguments, const QString &name) const
 {
-    QProcess process;
-    process.setProcessEnvironment(environment());
-    process.start("gdbus",
+    Process process;
+    process.run("gdbus",
         QStringList{"call", "--system", "--dest", name.isEmpty() ? m_name : name, "--object-path",
             arguments.first(), "--method"}
-            + arguments.mid(1));
-    EXPECT_TRUE(process.waitForFinished() && process.exitCode() == 0)
-        << process.readAllStandardError().toStdString();
+            + arguments.mid(1),
+        environment());
+    EXPECT_TRUE(process.hasEnded());
+    EXPECT_EQ(process.exitCode(), 0) << arguments.join(' ').toStdString();
+    return QString::fromUtf8(process.readAll());
 }
 
 namespace {
@@ -487,7 +493,7 @@ void SensorRig::waitForRelease()
 
 RigTest::RigTest(std::unique_ptr<Rig> service) : rig(std::move(service))
 {
-    qputenv("OZ_GRACE_TIME", "2");
+    qputenv("OZ_GRACE_TIME", QByteArray::number(rig->graceTime()));
 }
 
 RigTest::~RigTest()
@@ -561,6 +567,102 @@ bool SwayRig::order(const QStringList &words)
 void SwayRig::change(bool there)
 {
     EXPECT_TRUE(order({"output", "HEADLESS-1", "mode", there ? "1024x768" : "800x600"}));
+}
+
+namespace {
+const QString ModemManagerName = "org.freedesktop.ModemManager1";
+}
+
+ModemRig::ModemRig(const QString &facility)
+    : BusRig(facility + "=modemmanager", ModemManagerName,
+        {"ModemManager", "--test-session", "--no-auto-scan", "--test-enable", "--test-no-udev",
+            "--test-no-suspend-resume", "--test-no-qrtr"},
+        {}),
+      modem(QStringLiteral("oz-modem-%1-").arg(::getpid()))
+{
+}
+
+void ModemRig::start()
+{
+    BusRig::start();
+    plug();
+    // One that waits for its PIN cannot be enabled; one that is enabled asks for the network's name last.
+    const auto isReady = [this] {
+        if (!modem.pin.isEmpty())
+            return order({"--modem=any"}).contains("sim-pin");
+        (void)order({"--modem=any", "--enable"});
+        return order({"--modem=any"}).contains("Test Home");
+    };
+    EXPECT_TRUE(waitUntil(isReady));
+}
+
+void ModemRig::plug()
+{
+    Process process;
+    process.run("dbus-send",
+        {"--system", "--print-reply", "--dest=" + ModemManagerName, "/org/freedesktop/ModemManager1",
+            ModemManagerName + ".Test.SetProfile", "string:phone", "string:generic",
+            "array:string:" + modem.ports().join(',')},
+        environment());
+    EXPECT_TRUE(process.hasEnded());
+}
+
+// The modem answers from this process's event loop.
+QString ModemRig::order(const QStringList &words) const
+{
+    Process process;
+    process.run("mmcli", words, environment());
+    return process.hasEnded() && process.exitCode() == 0 ? QString::fromUtf8(process.readAll()) : QString();
+}
+
+void ModemRig::change(bool there)
+{
+    modem.registerIn(there ? AtModem::Roaming : AtModem::Home, there ? AtModem::Umts : AtModem::Lte);
+}
+
+namespace {
+const QString NetworkManagerName = "org.freedesktop.NetworkManager";
+const QString NetworkManagerPath = "/org/freedesktop/NetworkManager";
+} // namespace
+
+NetworkManagerRig::NetworkManagerRig()
+    : BusRig("data-profile=networkmanager", NetworkManagerName,
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "networkmanager"}, {})
+{
+}
+
+QString NetworkManagerRig::call(
+    const QString &path, const QString &method, const QStringList &arguments) const
+{
+    return BusRig::call(QStringList{path, method} + arguments).section('\'', 1, 1);
+}
+
+void NetworkManagerRig::start()
+{
+    BusRig::start();
+    // The template has no modems; what a connection is over makes no difference to it.
+    (void)call(NetworkManagerPath, "org.freedesktop.DBus.Mock.AddEthernetDevice", {"modem", "wwan0", "30"});
+    m_connection = call(NetworkManagerPath + "/Settings", NetworkManagerName + ".Settings.AddConnection",
+        {"{'connection': {'id': <'Internet (Home)'>, 'uuid': <'6e1e0ac2-1'>, 'type': <'gsm'>, "
+         "'autoconnect': <false>}, 'gsm': {'apn': <'internet.example'>}}"});
+}
+
+void NetworkManagerRig::change(bool there)
+{
+    if (there) {
+        m_active = call(NetworkManagerPath, NetworkManagerName + ".ActivateConnection",
+            {m_connection, NetworkManagerPath + "/Devices/modem", "/"});
+    } else {
+        (void)call(NetworkManagerPath, NetworkManagerName + ".DeactivateConnection", {m_active});
+    }
+}
+
+void NetworkManagerRig::refuse()
+{
+    (void)call(NetworkManagerPath, "org.freedesktop.DBus.Mock.AddMethod",
+        {NetworkManagerName, "ActivateConnection", "ooo", "o",
+            "raise dbus.exceptions.DBusException('not for you', name='" + NetworkManagerName
+                + ".PermissionDenied')"});
 }
 
 } // namespace oz::testing

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "harness/Testing.hpp"
+#include "services/AtModem.hpp"
 
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -30,6 +31,8 @@ public:
     {
         return QProcessEnvironment::systemEnvironment();
     }
+    /*! For how many seconds the daemon bears that the service is away. */
+    [[nodiscard]] virtual int graceTime() const { return 2; }
     /*! Changes something, this way and back. */
     virtual void change(bool there) = 0;
 };
@@ -44,6 +47,8 @@ public:
     /*! Kills it. */
     void end();
     void stall(bool stalls);
+    /*! Whether it ends by itself; the event loop runs meanwhile. */
+    [[nodiscard]] bool hasEnded();
     /*! Its next line, for which the test waits. */
     QString line();
 };
@@ -106,8 +111,8 @@ protected:
 
     [[nodiscard]] MockDevices &devices() { return m_devices; }
     /*! Calls a method of a service on the bus, this one where \a name is empty: the object's path, the method
-     * with its interface, and what it takes. */
-    void call(const QStringList &arguments, const QString &name = {});
+     * with its interface, and what it takes. Gives the answer. */
+    QString call(const QStringList &arguments, const QString &name = {}) const;
     /*! Whether the service has written \a text since the last call. */
     [[nodiscard]] bool hasSaid(const QByteArray &text);
     /*! A program on the bus that takes the \a name there. */
@@ -217,6 +222,42 @@ public:
     void change(bool there) override;
     /*! Waits until the accelerometer is not read any more. */
     void waitForRelease();
+};
+
+/*! ModemManager over a modem that is not there. */
+class ModemRig final : public BusRig
+{
+public:
+    explicit ModemRig(const QString &facility);
+    void start() override;
+    /*! It takes its time to find the modem. */
+    [[nodiscard]] int graceTime() const override { return 8; }
+    /*! The modem is abroad in an older network, or at home. */
+    void change(bool there) override;
+    /*! What mmcli says; nothing where it fails. */
+    QString order(const QStringList &words) const;
+    /*! Plugs the modem in. */
+    void plug();
+
+    AtModem modem;
+};
+
+/*! NetworkManager as its mock template plays it, with a mobile connection "Internet (Home)". */
+class NetworkManagerRig final : public BusRig
+{
+public:
+    NetworkManagerRig();
+    void start() override;
+    /*! The connection is activated, or not, by somebody else. */
+    void change(bool there) override;
+    /*! Has it refuse to activate anything, as for a user without the right. */
+    void refuse();
+    /*! Calls a method as the system's tools do, and gives the answer. */
+    QString call(const QString &path, const QString &method, const QStringList &arguments) const;
+
+private:
+    QString m_connection;
+    QString m_active;
 };
 
 /*! A test of a daemon that a service feeds. */

@@ -3,6 +3,9 @@
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
 #include <oz/device/DeviceInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
@@ -183,6 +186,17 @@ const Case Cases[] = {
         [] { return static_cast<QObject *>(new DisplayInfo(0)); },
         R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
         R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
+    {"networkmanager", [] { return std::make_unique<NetworkManagerRig>(); },
+        [] { return static_cast<QObject *>(new CellularDataInterface("Internet--Home-")); },
+        R"(connectionState(Connected) connectionState(2) networkInterfaceName("wwan0"))",
+        R"(connectionState(Disconnected) connectionState(0) networkInterfaceName(""))",
+        R"(apn("") enabled(false))"},
+    {"modemmanager_network", [] { return std::make_unique<ModemRig>("cellular-network"); },
+        make<CellularNetworkInfo>, "services(Data|DataUmts) services(16640) roaming(true)",
+        "services(Data|DataLte) services(2097408) roaming(false)",
+        "services(None) services(0) name(\"\") mobileCountryCode(\"\") mobileNetworkCode(\"\") "
+        "signalStrength(0) "
+        "displayName(\"\")"},
     {"wayland", [] { return std::make_unique<SwayRig>(); },
         [] { return static_cast<QObject *>(new DisplayInfo(0)); },
         R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
@@ -258,9 +272,9 @@ TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)
     if (!rig->isProcess())
         return; // the daemon itself
     rig->stall(true);
-    for (const char *order : {"radio power off", "simcard pin"})
+    for (const char *order : {"miracast stop 5", "wifi-direct enabled off"})
         sim(order);
-    EXPECT_EQ(SimCardInfo().state(), SimCardState::PinRequired);
+    EXPECT_EQ(MiracastManager().status(), MiracastStatus::Stopped);
     EXPECT_EQ(heard->settled(), "");
     rig->stall(false);
     changesAreHeard();

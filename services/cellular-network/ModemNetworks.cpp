@@ -1,0 +1,65 @@
+#include "cellular-network/ModemNetworks.hpp"
+
+#include "radio/ModemRadio.hpp"
+
+#include <QDBusArgument>
+
+#include <ModemManager.h>
+
+#include <utility>
+
+namespace oz::services {
+
+namespace {
+
+const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
+const QString Modem3gppInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_MODEM3GPP);
+const QString VoiceInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_VOICE);
+
+bool isForeign(uint registrationState)
+{
+    return registrationState == MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING
+        || registrationState == MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING_SMS_ONLY
+        || registrationState == MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING_CSFB_NOT_PREFERRED;
+}
+
+} // namespace
+
+// The quality is the percentage of the scale of received signal strength, -113 to -51 dBm in steps of 2 (3GPP
+// TS 27.007, +CSQ).
+std::optional<int> ModemNetworks::signalStrength() const
+{
+    const auto [quality, isRecent] = qdbus_cast<std::pair<uint, bool>>(of(ModemInterface, "SignalQuality"));
+    if (quality == 0)
+        return std::nullopt; // nobody has measured it
+    return -113 + 2 * qRound(int(quality) * 31 / 100.0);
+}
+
+void ModemNetworks::look()
+{
+    CellularNetworkState state;
+    const uint registration = of(Modem3gppInterface, "RegistrationState").toUInt();
+    const bool isEmergencyOnly = registration == MM_MODEM_3GPP_REGISTRATION_STATE_EMERGENCY_ONLY;
+    if (isRegistered(registration) || isEmergencyOnly) {
+        CellularNetworkState::Network &network = state.primary.emplace();
+        CellularServices services;
+        if (isRegistered(registration)) {
+            services = servicesIn(of(ModemInterface, "AccessTechnologies").toUInt());
+            services.setFlag(CellularService::Voice, manager().has(path(), VoiceInterface));
+            network.roams = isForeign(registration);
+        } else {
+            services.setFlag(CellularService::Emergency);
+        }
+        network.services = services;
+        if (const QString name = of(Modem3gppInterface, "OperatorName").toString(); !name.isEmpty())
+            network.operatorName = network.displayName = name;
+        if (const QString code = of(Modem3gppInterface, "OperatorCode").toString(); code.size() >= 5) {
+            network.countryCode = code.first(3);
+            network.networkCode = code.mid(3);
+        }
+        network.signalStrength = signalStrength();
+    }
+    know(state);
+}
+
+} // namespace oz::services

@@ -1,0 +1,137 @@
+#include "services/Rigs.hpp"
+#include "services/Services.hpp"
+
+#include <oz/device/CellularDataInterface.hpp>
+#include <oz/device/CellularNetworkInfo.hpp>
+#include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/SimCardInfo.hpp>
+
+// A phone's life with a real ModemManager, whose modem answers AT commands, as applications see it.
+
+using namespace oz;
+using namespace oz::device;
+using namespace oz::testing;
+
+namespace {
+
+class ModemTest : public DeviceTest
+{
+protected:
+    ModemTest() : rig("simcard") { }
+    ~ModemTest() override
+    {
+        daemon.terminate();
+        EXPECT_TRUE(daemon.waitForFinished());
+        // What identifies the card and its owner is in no log.
+        const QByteArray logged = daemon.readAllStandardError();
+        for (const QByteArray &secret : {rig.modem.subscriber, rig.modem.imei,
+                 QByteArray("89490100000000000001"), QByteArray("1234"), QByteArray("15551234")})
+            EXPECT_FALSE(logged.contains(secret)) << logged.toStdString();
+    }
+
+    void start()
+    {
+        rig.start();
+        QProcessEnvironment environment = rig.environment();
+        environment.insert("OZ_GRACE_TIME", "8");
+        environment.insert("QT_LOGGING_RULES", "*.debug=true;qt.*=false");
+        daemon.setProcessEnvironment(environment);
+        daemon.start(OZ_DAEMON,
+            {"--config", "/dev/null", "--source", "simcard=modemmanager", "--source", "radio=modemmanager",
+                "--source", "cellular-network=modemmanager"});
+        PpsObject control("/pps/system/ozdeviced/control");
+        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    }
+
+    ModemRig rig;
+    QProcess daemon;
+};
+
+TEST_F(ModemTest, ACardWaitsForItsPinForItsPukAndIsReadyThen)
+{
+    rig.modem.pin = "1234";
+    start();
+    const SimCardInfo card;
+    EXPECT_EQ(card.state(), SimCardState::PinRequired);
+    EXPECT_EQ(card.serialNumber(), "89490100000000000001");
+    EXPECT_EQ(card.subscriberIdentifier(), "");
+    for (int i = 0; i < 3; ++i)
+        EXPECT_EQ(rig.order({"--sim=0", "--pin=0000"}), "");
+    EXPECT_EQ(rig.modem.puk, "12345678");
+    EXPECT_EQ(card.state(), SimCardState::PinRequired);
+    EXPECT_NE(rig.order({"--sim=0", "--pin=4321", "--puk=12345678"}), "");
+    EXPECT_TRUE(waitUntil([&] { return card.state() == SimCardState::Ready; }));
+    EXPECT_TRUE(waitUntil([&] { return card.subscriberIdentifier() == rig.modem.subscriber; }));
+    EXPECT_TRUE(
+        waitUntil([&] { return card.mobileCountryCode() == "001" && card.mobileNetworkCode() == "01"; }));
+}
+
+TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
+{
+    start();
+    const CellularRadioInfo radio;
+    const CellularNetworkInfo network;
+    EXPECT_TRUE(radio.isPoweredOn());
+    EXPECT_EQ(radio.enabledTechnologies(),
+        CellularTechnology::Gsm | CellularTechnology::Umts | CellularTechnology::Lte);
+    EXPECT_EQ(radio.activeTechnologies(), CellularTechnology::Lte);
+    EXPECT_EQ(network.name(), "Test Home");
+    EXPECT_FALSE(network.isRoaming());
+    const int strength = network.signalStrength();
+    rig.modem.setSignal(1);
+    EXPECT_TRUE(waitUntil([&] { return network.signalStrength() < strength; }));
+
+    rig.modem.nameNetwork("Abroad", "00202");
+    rig.modem.registerIn(AtModem::Roaming, AtModem::Edge);
+    EXPECT_TRUE(waitUntil([&] {
+        return network.isRoaming() && network.name() == "Abroad" && network.mobileCountryCode() == "002"
+            && radio.activeTechnologies() == CellularTechnology::Gsm;
+    })) << valuesOf(network).toStdString();
+    for (const auto lost : {AtModem::Searching, AtModem::Denied}) {
+        rig.modem.registerIn(lost, AtModem::Lte);
+        EXPECT_TRUE(waitUntil([&] { return radio.networkCount() == 0 && network.name().isEmpty(); }));
+        rig.modem.registerIn(AtModem::Home, AtModem::Lte);
+        EXPECT_TRUE(waitUntil([&] { return radio.networkCount() == 1 && !network.name().isEmpty(); }));
+    }
+}
+
+class ProfilesTest : public DeviceTest
+{
+protected:
+    ProfilesTest()
+    {
+        rig.start();
+        daemon.setProcessEnvironment(rig.environment());
+        daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--source", "data-profile=networkmanager"});
+        PpsObject control("/pps/system/ozdeviced/control");
+        EXPECT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    }
+    ~ProfilesTest() override
+    {
+        daemon.terminate();
+        EXPECT_TRUE(daemon.waitForFinished());
+    }
+
+    NetworkManagerRig rig;
+    QProcess daemon;
+};
+
+TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible)
+{
+    EXPECT_EQ(CellularDataInterface().allNames(), QStringList{"Internet--Home-"});
+    CellularDataInterface profile("Internet--Home-");
+    CellularDataInterface other("Internet--Home-");
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(waitUntil([&] { return profile.connectionState() == CellularConnectionState::Connected; }));
+    EXPECT_EQ(other.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_EQ(profile.requestDisconnect(), CellularConnectionRequestResult::Requested);
+    settle();
+    EXPECT_EQ(profile.connectionState(), CellularConnectionState::Connected); // for the other
+    EXPECT_EQ(other.requestDisconnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(
+        waitUntil([&] { return profile.connectionState() == CellularConnectionState::Disconnected; }));
+    rig.refuse();
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::NotPossible);
+}
+
+} // namespace
