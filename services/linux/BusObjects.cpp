@@ -22,14 +22,6 @@ bool isError(const QDBusMessage &message)
     return message.type() == QDBusMessage::ErrorMessage;
 }
 
-// Of an object that is not there, libraries of the bus say one or the other.
-bool isAbsence(const QDBusMessage &error)
-{
-    const QDBusError::ErrorType type = QDBusError(error).type();
-    return type == QDBusError::UnknownObject || type == QDBusError::UnknownInterface
-        || type == QDBusError::UnknownMethod;
-}
-
 } // namespace
 
 BusObjects::BusObjects(BusService &service, const QString &manager) : m_service(service), m_manager(manager)
@@ -139,7 +131,7 @@ void BusObjects::read(const QString &path, const QString &interface)
         [this, path, interface](const QDBusMessage &answer) {
             const auto object = m_objects.find(path);
             const bool isFollowed = object != m_objects.end() && object->contains(interface);
-            if (isError(answer) && isFollowed && !isAbsence(answer)) {
+            if (isError(answer) && isFollowed && QDBusError(answer).type() != QDBusError::UnknownObject) {
                 onFailed(answer);
                 return;
             }
