@@ -21,6 +21,8 @@ namespace oz::sensors {
 namespace {
 
 const QString PpsPath = QStringLiteral("/pps/services/sensors/orientation");
+// Held open by whoever reads the orientation: some devices measure it only then.
+const QString ReadersPath = QStringLiteral("/pps/services/sensors/orientation-readers");
 
 constexpr std::pair<const char *, QOrientationReading::Orientation> Orientations[] = {
     {"top-up", QOrientationReading::TopUp},
@@ -30,6 +32,18 @@ constexpr std::pair<const char *, QOrientationReading::Orientation> Orientations
     {"face-up", QOrientationReading::FaceUp},
     {"face-down", QOrientationReading::FaceDown},
 };
+
+// A publisher of the device's own may do without the object; a daemon that was away may be there now.
+std::shared_ptr<PpsObject> openReaders()
+{
+    thread_local std::weak_ptr<PpsObject> t_readers; // one for all sensors of a thread
+    std::shared_ptr<PpsObject> readers = t_readers.lock();
+    if (!readers)
+        t_readers = readers = std::make_shared<PpsObject>(ReadersPath);
+    if (!readers->isOpen())
+        readers->open(PpsOpenMode::Publish);
+    return readers;
+}
 
 // Every other text is an orientation that nobody can tell.
 QOrientationReading::Orientation orientationOf(const QString &text)
@@ -66,6 +80,7 @@ public:
     {
         m_watcher.reset();
         m_pps.close();
+        m_readers.reset();
         m_isKnown = false;
     }
 
@@ -75,6 +90,7 @@ private:
     {
         if (m_pps.open(PpsOpenMode::Subscribe)) {
             m_watcher.reset();
+            m_readers = openReaders();
             return true;
         }
         if (m_pps.error() != ENOENT && m_pps.error() != ENOTDIR)
@@ -95,6 +111,7 @@ private:
 
     void read()
     {
+        m_readers = openReaders();
         bool ok = false;
         const QByteArray text = m_pps.read(&ok);
         const QVariantMap message = ok ? PpsObject::decode(text) : QVariantMap();
@@ -111,6 +128,7 @@ private:
     }
 
     PpsObject m_pps;
+    std::shared_ptr<PpsObject> m_readers; // while this reads
     std::unique_ptr<DevicePathWatcher> m_watcher; // while the object is not there
     QOrientationReading m_reading;
     bool m_isKnown = false; // there was one

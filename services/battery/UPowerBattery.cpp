@@ -2,8 +2,6 @@
 
 #include "linux/Worker.hpp"
 
-#include <oz/Limits.hpp>
-
 #include <QDir>
 
 #include <algorithm>
@@ -88,13 +86,6 @@ UPowerBattery::UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &devi
         std::move(bus), QStringLiteral("org.freedesktop.UPower"), QStringLiteral("upower"))),
       m_device(device)
 {
-    m_firstSample.setSingleShot(true);
-    m_firstSample.setInterval(graceTime());
-    m_firstSample.callOnTimeout(this, [this] {
-        if (objects().isComplete())
-            look();
-    });
-    connect(&service(), &BusService::appeared, &m_firstSample, qOverload<>(&QTimer::start));
     objects().followList(
         ManagerPath, ManagerInterface, QStringLiteral("EnumerateDevices"), {DeviceInterface});
     service().hear(ManagerPath, ManagerInterface, QStringLiteral("DeviceAdded"), this,
@@ -200,9 +191,9 @@ void UPowerBattery::take(const BatteryState &state)
 {
     // A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
     const bool isLie = state.battery ? state.battery->level == 0 : m_hadBattery;
-    if (isLie && m_firstSample.isActive())
+    if (isLie && isSettling())
         return;
-    m_firstSample.stop();
+    trust();
     m_hadBattery = state.battery.has_value();
     if (!m_device.isEmpty() && batteryPath().isEmpty())
         miss(QLatin1String("UPower knows no battery '") + m_device + u'\'');

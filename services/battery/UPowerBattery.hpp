@@ -32,7 +32,6 @@ private:
     void take(const BatteryState &state);
 
     QString m_device;
-    QTimer m_firstSample; // how long what cannot be believed is not
     bool m_hadBattery = false;
     bool m_isReading = false;
     bool m_readsAgain = false;

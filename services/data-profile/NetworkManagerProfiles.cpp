@@ -6,6 +6,7 @@
 #include <QRegularExpression>
 #include <QUuid>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace oz::services {
@@ -193,6 +194,7 @@ void NetworkManagerProfiles::look()
     if (!objects().isComplete() || !m_asked.isEmpty())
         return;
     DataProfileState state;
+    const auto isMissing = [&](const QString &profile) { return !state.profiles.contains(profile); };
     m_connections.clear();
     for (auto settings = m_settings.begin(); settings != m_settings.end(); ++settings) {
         if (settings->value(QStringLiteral("connection")).value(QStringLiteral("type"))
@@ -210,6 +212,12 @@ void NetworkManagerProfiles::look()
     }
     if (const QVariant isOn = ofManager("WwanEnabled"); isOn.isValid())
         state.dataOn = isOn.toBool();
+    // A service that has just started has not read all of its connections yet.
+    const bool lacksSome = std::any_of(m_users.keyBegin(), m_users.keyEnd(), isMissing)
+        || std::any_of(m_before.begin(), m_before.end(), isMissing);
+    if (lacksSome && isSettling())
+        return;
+    m_before = state.profiles.keys();
     know(state);
 }
 

@@ -39,6 +39,7 @@ private:
     QMap<QString, Settings> m_settings; // by the connections' paths
     QSet<QString> m_asked; // connections whose settings are asked for
     QMap<QString, QString> m_connections; // by the profiles' names
+    QStringList m_before; // the profiles of the last state
     QMap<QString, QSet<QString>> m_users; // connection ids, by the profiles' names
 };
 

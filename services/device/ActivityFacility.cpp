@@ -1,3 +1,4 @@
+#include "device/LogindActivity.hpp"
 #include "device/PowerManager.hpp"
 #include "device/SimulatedActivity.hpp"
 #include "facility/Facility.hpp"
@@ -6,7 +7,15 @@ namespace oz::services {
 
 Facility activityFacility()
 {
-    return describeFacility<ActivitySource, PowerManager, SimulatedActivity>(QStringLiteral("activity"));
+    const SourceKind logind{QStringLiteral("logind"),
+        QStringLiteral("whether the sessions of a seat are idle, by logind"), {QStringLiteral("seat")},
+        [](Providers &providers, const SourceOptions &options) -> std::shared_ptr<Source> {
+            return std::make_shared<LogindActivity>(
+                providers.shared<SystemBus>(), options.value(QStringLiteral("seat")));
+        },
+        noObstacle};
+    return describeFacility<ActivitySource, PowerManager, SimulatedActivity>(
+        QStringLiteral("activity"), {logind});
 }
 
 } // namespace oz::services

@@ -15,7 +15,19 @@ enum class Orientation {
     Undefined, //!< it cannot be told
 };
 
+struct OrientationState
+{
+    std::optional<Orientation> orientation; //!< nothing while nobody measures it
+
+    bool operator==(const OrientationState &) const = default;
+};
+
 /*! How the device is held, whoever knows it. */
-using OrientationSource = StateSource<Orientation>;
+class OrientationSource : public StateSource<OrientationState>
+{
+public:
+    /*! Whether anybody reads the orientation, for a source that measures it only then. */
+    virtual void setRead(bool isRead) { Q_UNUSED(isRead) }
+};
 
 } // namespace oz::services

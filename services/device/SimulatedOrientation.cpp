@@ -52,7 +52,7 @@ void SimulatedOrientation::become(Orientation orientation)
 {
     m_orientation = orientation;
     save();
-    know(orientation);
+    know({orientation});
 }
 
 } // namespace oz::services

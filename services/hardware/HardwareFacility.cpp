@@ -1,13 +1,20 @@
 #include "facility/Facility.hpp"
 #include "hardware/HardwarePublisher.hpp"
+#include "hardware/LinuxHardware.hpp"
 #include "hardware/SimulatedHardware.hpp"
 
 namespace oz::services {
 
 Facility hardwareFacility()
 {
+    const SourceKind system{QStringLiteral("linux"),
+        QStringLiteral("the device that Linux runs on, by the kernel, udev and hostnamed"), {},
+        [](Providers &providers, const SourceOptions &) -> std::shared_ptr<Source> {
+            return std::make_shared<LinuxHardware>(providers.shared<SystemBus>());
+        },
+        noObstacle};
     return describeFacility<HardwareSource, HardwarePublisher, SimulatedHardware, MiracastSource>(
-        QStringLiteral("hardware"));
+        QStringLiteral("hardware"), {system});
 }
 
 } // namespace oz::services

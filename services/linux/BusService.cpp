@@ -46,8 +46,8 @@ QString problemOf(const QDBusMessage &error)
     }
 }
 
-BusService::BusService(std::shared_ptr<SystemBus> bus, const QString &name, const QString &package)
-    : m_bus(std::move(bus)), m_name(name), m_package(package),
+BusService::BusService(std::shared_ptr<SystemBus> bus, const QString &name, const QString &package, Life life)
+    : m_bus(std::move(bus)), m_name(name), m_package(package), m_life(life),
       m_absence(name + QLatin1String(" has not answered yet"))
 {
     m_startAgain.setSingleShot(true);
@@ -145,7 +145,7 @@ void BusService::onOwner(const QString &owner)
         for (const Hearing &hearing : m_hearings)
             subscribe(hearing, true);
         Q_EMIT appeared();
-    } else if (!m_startAgain.isActive()) {
+    } else if (m_life == Lasting && !m_startAgain.isActive()) {
         m_startAgain.start();
     }
 }

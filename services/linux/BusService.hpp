@@ -23,8 +23,14 @@ class BusService : public QObject
     Q_OBJECT
 
 public:
+    enum Life {
+        Lasting, //!< it is asked for again where it ends
+        EndsWhenIdle, //!< which is no reason to start it again
+    };
+
     /*! By the \a name that it has on the bus, and by the Debian \a package that brings it. */
-    BusService(std::shared_ptr<SystemBus> bus, const QString &name, const QString &package);
+    BusService(
+        std::shared_ptr<SystemBus> bus, const QString &name, const QString &package, Life life = Lasting);
 
     /*! Who it is on the bus at present; empty while it is away. */
     [[nodiscard]] const QString &owner() const { return m_owner; }
@@ -78,6 +84,7 @@ private:
     std::shared_ptr<SystemBus> m_bus;
     QString m_name;
     QString m_package;
+    Life m_life;
     QString m_owner;
     QString m_absence;
     std::vector<Hearing> m_hearings;

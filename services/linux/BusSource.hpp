@@ -3,6 +3,10 @@
 #include "linux/BusObjects.hpp"
 #include "source/Source.hpp"
 
+#include <oz/Limits.hpp>
+
+#include <QTimer>
+
 #include <memory>
 #include <optional>
 #include <utility>
@@ -25,6 +29,13 @@ protected:
     {
         const auto missService = [this] { this->miss(m_service->absence()); };
         QObject::connect(m_service.get(), &BusService::vanished, this, missService);
+        m_settling.setSingleShot(true);
+        m_settling.setInterval(graceTime());
+        m_settling.callOnTimeout(this, [this] {
+            if (m_objects.isComplete())
+                look();
+        });
+        QObject::connect(m_service.get(), &BusService::appeared, &m_settling, qOverload<>(&QTimer::start));
         QObject::connect(
             &m_objects, &BusObjects::failed, this, [this](const QString &reason) { this->miss(reason); });
         QObject::connect(&m_objects, &BusObjects::changed, this, [this] { this->look(); });
@@ -33,6 +44,14 @@ protected:
     /*! Called whenever all that is followed has been told, or has changed: for know() or miss(). */
     virtual void look() = 0;
 
+    /*!
+     * Whether the service has appeared less than the grace time ago, and trust() was not called since: it may
+     * not have found yet what it will tell of. look() is called when that time is over.
+     */
+    [[nodiscard]] bool isSettling() const { return m_settling.isActive(); }
+    /*! From now on what the service says is taken as it stands. */
+    void trust() { m_settling.stop(); }
+
     [[nodiscard]] BusService &service() { return *m_service; }
     [[nodiscard]] BusObjects &objects() { return m_objects; }
     [[nodiscard]] const BusObjects &objects() const { return m_objects; }
@@ -40,6 +59,7 @@ protected:
 private:
     std::shared_ptr<BusService> m_service;
     BusObjects m_objects;
+    QTimer m_settling;
 };
 
 } // namespace oz::services

@@ -11,10 +11,10 @@ std::optional<QString> readFile(const QString &name)
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
     const QByteArray content = file.read(Longest);
-    // What the device tree holds ends in a zero.
-    return file.error() == QFile::NoError
-        ? std::optional(QString::fromUtf8(content).remove(QChar()).trimmed())
-        : std::nullopt;
+    if (file.error() != QFile::NoError)
+        return std::nullopt;
+    // What the device tree holds ends in a zero, or is several texts that do.
+    return QString::fromUtf8(content.split('\0').constFirst()).trimmed();
 }
 
 Values readFiles(const QString &folder, const QStringList &names)

@@ -13,8 +13,8 @@ namespace oz::services::SysFolder {
  */
 using Values = QMap<QString, QString>;
 
-/*! The content of a file of the kernel's, as in Values; nothing where it cannot be read. It may take its
- * time. */
+/*! The content of a file of the kernel's, as in Values, the first text where there are several; nothing where
+ * it cannot be read. It may take its time. */
 [[nodiscard]] std::optional<QString> readFile(const QString &file);
 /*! As readFile() of the files \a names of a \a folder. */
 [[nodiscard]] Values readFiles(const QString &folder, const QStringList &names);

@@ -1,8 +1,14 @@
 #include "services/Rigs.hpp"
 
+#include <QDir>
 #include <QFile>
+#include <QSaveFile>
+
+#include <oz/PpsObject.hpp>
 
 #include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace oz::testing {
@@ -81,6 +87,20 @@ void MockDevices::set(const QString &device, const QString &attribute, const QSt
     order(QStringList{"set", device, attribute, value}.join(' '));
 }
 
+void MockDevices::write(const QString &path, const QByteArray &content)
+{
+    EXPECT_TRUE(QDir().mkpath(QFileInfo(file(path)).path()));
+    QSaveFile output(file(path));
+    EXPECT_TRUE(output.open(QIODevice::WriteOnly) && output.write(content) == content.size());
+    EXPECT_TRUE(output.commit());
+}
+
+void MockDevices::remove(const QString &device)
+{
+    event(device, "remove");
+    order("remove " + device);
+}
+
 void MockDevices::event(const QString &device, const QString &action)
 {
     order(QStringList{"event", device, action}.join(' '));
@@ -122,15 +142,38 @@ QProcessEnvironment BusRig::environment() const
 
 void BusRig::start()
 {
-    m_service.run(m_program.first(), m_program.mid(1), environment());
-    EXPECT_TRUE(waitUntil([this] {
+    runOnBus(&m_service, m_program, m_name);
+}
+
+void BusRig::runOnBus(Process *process, const QStringList &program, const QString &name)
+{
+    process->run(program.first(), program.mid(1), environment());
+    EXPECT_TRUE(waitUntil([&] {
         QProcess ask;
         ask.setProcessEnvironment(environment());
         ask.start("dbus-send",
             {"--system", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                "org.freedesktop.DBus.GetNameOwner", "string:" + m_name});
+                "org.freedesktop.DBus.GetNameOwner", "string:" + name});
         return ask.waitForFinished() && ask.exitCode() == 0;
-    })) << m_program.first().toStdString();
+    })) << program.join(' ').toStdString();
+}
+
+bool BusRig::hasSaid(const QByteArray &text)
+{
+    return m_service.readAllStandardOutput().contains(text);
+}
+
+QString BusRig::call(const QStringList &arguments, const QString &name) const
+{
+    Process process;
+    process.run("gdbus",
+        QStringList{"call", "--system", "--dest", name.isEmpty() ? m_name : name, "--object-path",
+            arguments.first(), "--method"}
+            + arguments.mid(1),
+        environment());
+    EXPECT_TRUE(process.hasEnded());
+    EXPECT_EQ(process.exitCode(), 0) << arguments.join(' ').toStdString();
+    return QString::fromUtf8(process.readAll());
 }
 
 namespace {
@@ -178,6 +221,301 @@ void UPowerRig::setLevel(int percent)
     devices().set(Battery, "capacity", QString::number(percent));
     devices().set(Battery, "energy_now", QString::number(percent * 120'000));
     devices().event(Battery, "change");
+}
+
+namespace {
+
+const QString Card = "/sys/devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1";
+const QString CardPartition = Card + "/mmcblk1p1";
+
+const QByteArray Cards = R"(P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa
+E: SUBSYSTEM=mmc
+A: type=SD\n
+A: name=SU08G\n
+A: serial=0x1234\n
+
+P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1
+N: mmcblk1
+E: SUBSYSTEM=block
+E: DEVTYPE=disk
+E: DEVNAME=/dev/mmcblk1
+E: MAJOR=179
+E: MINOR=8
+E: ID_NAME=SU08G
+E: ID_SERIAL=0x1234
+E: ID_DRIVE_FLASH_SD=1
+E: ID_DRIVE_MEDIA_FLASH_SD=1
+E: ID_PART_TABLE_TYPE=dos
+A: dev=179:8\n
+A: size=15523840\n
+A: removable=0\n
+A: stat=10 0 0 0 5 0 0 0 0 0 0\n
+
+P: /devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1/mmcblk1p1
+N: mmcblk1p1
+E: SUBSYSTEM=block
+E: DEVTYPE=partition
+E: DEVNAME=/dev/mmcblk1p1
+E: MAJOR=179
+E: MINOR=9
+E: ID_FS_USAGE=filesystem
+E: ID_FS_TYPE=ext4
+E: ID_PART_ENTRY_SCHEME=dos
+E: ID_PART_ENTRY_NUMBER=1
+E: ID_PART_ENTRY_DISK=179:8
+A: dev=179:9\n
+A: partition=1\n
+A: size=15521792\n
+
+)";
+
+} // namespace
+
+UDisksRig::UDisksRig()
+    : BusRig("sdcard=udisks2", "org.freedesktop.UDisks2", {"/usr/libexec/udisks2/udisksd"}, Cards)
+{
+    mount("/media/card");
+}
+
+QProcessEnvironment UDisksRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("PATH", m_tools.path() + ':' + environment.value("PATH"));
+    return environment;
+}
+
+void UDisksRig::start()
+{
+    BusRig::start();
+    devices().event(Card, "add");
+    devices().event(CardPartition, "add");
+}
+
+void UDisksRig::change(bool there)
+{
+    mount(there ? "" : "/media/card");
+    devices().event(CardPartition, "change");
+}
+
+void UDisksRig::mount(const QByteArray &place)
+{
+    devices().write("/proc/self/mountinfo",
+        place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - ext4 /dev/mmcblk1p1 rw\n");
+}
+
+void UDisksRig::allowAll()
+{
+    const QString authority = "org.freedesktop.PolicyKit1";
+    runOnBus(
+        &m_authority, {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "polkitd"}, authority);
+    call({"/org/freedesktop/PolicyKit1/Authority", "org.freedesktop.DBus.Mock.AllowUnknown", "true"},
+        authority);
+}
+
+void UDisksRig::startJob()
+{
+    const QString end = m_tools.filePath("end");
+    ASSERT_EQ(::mkfifo(end.toLocal8Bit().constData(), 0600), 0);
+    QFile tool(m_tools.filePath("e2fsck"));
+    ASSERT_TRUE(tool.open(QIODevice::WriteOnly));
+    tool.write("#!/bin/sh\nread line <" + end.toLocal8Bit() + '\n');
+    tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    tool.close();
+    // Which it looks for itself.
+    ASSERT_EQ(QProcess::execute("/sbin/mke2fs", {"-q", "-F", devices().file("/dev/mmcblk1p1"), "1M"}), 0);
+    m_job.run("gdbus",
+        {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
+            "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
+            "org.freedesktop.UDisks2.Filesystem.Check", "{}"},
+        environment());
+}
+
+void UDisksRig::endJob()
+{
+    const QByteArray end = m_tools.filePath("end").toLocal8Bit();
+    int descriptor = -1;
+    EXPECT_TRUE(waitUntil([&] {
+        descriptor = ::open(end.constData(), O_WRONLY | O_NONBLOCK | O_CLOEXEC);
+        return descriptor >= 0;
+    })) << "nobody waits for the end of the job";
+    ::close(descriptor);
+}
+
+void UDisksRig::readCard(bool reads)
+{
+    devices().set(Card, "stat", reads ? "10 0 0 0 5 0 0 0 1 0 0" : "10 0 0 0 5 0 0 0 0 0 0");
+}
+
+void UDisksRig::pullCard()
+{
+    for (const QString &device : {CardPartition, Card})
+        devices().event(device, "remove");
+}
+
+namespace {
+
+const QByteArray Machine = R"(P: /devices/virtual/dmi/id
+E: SUBSYSTEM=dmi
+A: product_name=Rig 2\n
+A: product_sku=R2-100\n
+A: product_serial=To Be Filled By O.E.M.\n
+A: board_name=rig-board\n
+
+P: /devices/LNXSYSTM:00/LNXPWRBN:00/input/input0
+E: SUBSYSTEM=input
+E: ID_INPUT=1
+E: ID_INPUT_KEY=1
+
+P: /devices/platform/gpu/drm/card0
+E: SUBSYSTEM=drm
+
+P: /devices/platform/gpu/drm/card0/card0-eDP-1
+E: SUBSYSTEM=drm
+
+)";
+
+const QString PowerButton = "/sys/devices/LNXSYSTM:00/LNXPWRBN:00/input/input0";
+const QString Keyboard = "/sys/devices/platform/usb1/input/input7";
+
+} // namespace
+
+HardwareRig::HardwareRig()
+    : BusRig("hardware=linux", "org.freedesktop.hostname1", {"/lib/systemd/systemd-hostnamed"}, Machine)
+{
+    devices().write("/proc/cpuinfo",
+        "processor\t: 0\nmodel name\t: Rig core\ncpu MHz\t\t: 1199.7\n\n"
+        "processor\t: 1\nmodel name\t: Rig core\ncpu MHz\t\t: 800.0\n\nHardware\t: Rig\n");
+    devices().write("/sys/devices/system/cpu/present", "0-2\n");
+    devices().write("/sys/devices/system/cpu/cpu1/cpufreq/cpuinfo_max_freq", "2400000\n");
+}
+
+QProcessEnvironment HardwareRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("SYSTEMD_HOSTNAME_FORCE_DMI", "1"); // in a container too
+    return environment;
+}
+
+void HardwareRig::change(bool there)
+{
+    if (there) {
+        devices().add("P: " + Keyboard.mid(4).toUtf8()
+            + "\nE: SUBSYSTEM=input\nE: ID_INPUT=1\nE: ID_INPUT_KEYBOARD=1\n\n");
+        devices().event(Keyboard, "add");
+    } else {
+        devices().remove(Keyboard);
+        // The kernel, too, tells of what is gone, but umockdev of what is there alone.
+        devices().event(PowerButton, "change");
+    }
+}
+
+void HardwareRig::placeDeviceTree()
+{
+    const QString tree = "/sys/firmware/devicetree/base/";
+    devices().write(tree + "model", QByteArrayLiteral("Maker Phone 5\0"));
+    devices().write(tree + "compatible", QByteArrayLiteral("maker,phone-5\0maker,soc\0"));
+    devices().write(tree + "serial-number", QByteArrayLiteral("0123456789\0"));
+    devices().write(tree + "hdmi-out/compatible", QByteArrayLiteral("hdmi-connector\0"));
+    devices().write(tree + "hdmi-out/type", QByteArrayLiteral("d\0"));
+}
+
+LogindRig::LogindRig()
+    : BusRig("activity=logind", "org.freedesktop.login1",
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "logind"}, {})
+{
+}
+
+void LogindRig::start()
+{
+    BusRig::start();
+    call({"/org/freedesktop/login1", "org.freedesktop.DBus.Mock.AddSession", "c1", "seat0", "1000", "user",
+        "true"});
+    // As the service itself tells of a seat, unlike its stand-in.
+    call({"/org/freedesktop/login1", "org.freedesktop.DBus.Mock.EmitSignal", "org.freedesktop.login1.Manager",
+        "SeatNew", "so", "[<'seat0'>, <objectpath '/org/freedesktop/login1/seat/seat0'>]"});
+}
+
+void LogindRig::change(bool there)
+{
+    call({"/org/freedesktop/login1/seat/seat0", "org.freedesktop.DBus.Mock.UpdateProperties",
+        "org.freedesktop.login1.Seat", QString("{'IdleHint': <%1>}").arg(there ? "true" : "false")});
+}
+
+void LogindRig::endSession()
+{
+    call({"/org/freedesktop/login1/seat/seat0", "org.freedesktop.DBus.Mock.UpdateProperties",
+        "org.freedesktop.login1.Seat", "{'Sessions': <@a(so) []>}"});
+}
+
+namespace {
+
+const QString Accelerometer = "/sys/devices/platform/accel/iio:device0";
+
+const QByteArray Sensors = R"(P: /devices/platform/accel/iio:device0
+N: iio:device0
+E: SUBSYSTEM=iio
+E: DEVNAME=/dev/iio:device0
+E: DEVTYPE=iio_device
+E: IIO_SENSOR_PROXY_TYPE=iio-poll-accel
+A: name=accel_3d\n
+A: in_accel_x_raw=0\n
+A: in_accel_y_raw=-256\n
+A: in_accel_z_raw=0\n
+A: in_accel_scale=0.038\n
+
+)";
+
+} // namespace
+
+SensorRig::SensorRig()
+    : BusRig(
+        "orientation=iio-sensor-proxy", "net.hadess.SensorProxy", {"/usr/sbin/iio-sensor-proxy"}, Sensors)
+{
+}
+
+void SensorRig::change(bool there)
+{
+    devices().set(Accelerometer, "in_accel_x_raw", there ? "256" : "0");
+    devices().set(Accelerometer, "in_accel_y_raw", there ? "0" : "-256");
+}
+
+QProcessEnvironment SensorRig::environment() const
+{
+    QProcessEnvironment environment = BusRig::environment();
+    environment.insert("G_MESSAGES_DEBUG", "all"); // it tells of its clients in no other way
+    return environment;
+}
+
+void SensorRig::waitForRelease()
+{
+    EXPECT_TRUE(waitUntil([this] { return hasSaid("'ReleaseAccelerometer'"); }));
+}
+
+RigTest::RigTest(std::unique_ptr<Rig> service) : rig(std::move(service))
+{
+    qputenv("OZ_GRACE_TIME", QByteArray::number(rig->graceTime()));
+}
+
+RigTest::~RigTest()
+{
+    daemon.terminate();
+    EXPECT_TRUE(daemon.waitForFinished());
+}
+
+void RigTest::startDaemon(const QStringList &arguments)
+{
+    daemon.setProcessEnvironment(rig->environment());
+    daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments() + arguments);
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+}
+
+QString RigTest::sourceOf(const QString &facility)
+{
+    const QVariantMap state =
+        attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap().value(facility).toMap();
+    const QString reason = state.value("reason").toString();
+    return state.value("state").toString() + (reason.isEmpty() ? "" : ": ") + reason;
 }
 
 namespace {
@@ -293,17 +631,10 @@ NetworkManagerRig::NetworkManagerRig()
 {
 }
 
-QString NetworkManagerRig::call(const QString &path, const QString &method, const QStringList &arguments)
+QString NetworkManagerRig::call(
+    const QString &path, const QString &method, const QStringList &arguments) const
 {
-    Process process;
-    process.run("gdbus",
-        QStringList{
-            "call", "--system", "--dest", NetworkManagerName, "--object-path", path, "--method", method}
-            + arguments,
-        environment());
-    EXPECT_TRUE(process.hasEnded());
-    EXPECT_EQ(process.exitCode(), 0) << method.toStdString();
-    return QString::fromUtf8(process.readAll()).section('\'', 1, 1);
+    return BusRig::call(QStringList{path, method} + arguments).section('\'', 1, 1);
 }
 
 void NetworkManagerRig::start()

@@ -73,8 +73,11 @@ public:
     explicit MockDevices(const QByteArray &description);
     void add(const QByteArray &description);
     void set(const QString &device, const QString &attribute, const QString &value);
+    void remove(const QString &device);
     /*! Has the kernel tell of a device. */
     void event(const QString &device, const QString &action);
+    /*! A file of /sys or /proc that belongs to no device. */
+    void write(const QString &path, const QByteArray &content);
     /*! Plays the motor that is the input device \a file. */
     void emulateRumble(const QString &file) { order("rumble " + file); }
     /*! What it is asked for next. */
@@ -107,6 +110,13 @@ protected:
     BusRig(const QString &source, const QString &name, const QStringList &program, const QByteArray &devices);
 
     [[nodiscard]] MockDevices &devices() { return m_devices; }
+    /*! Calls a method of a service on the bus, this one where \a name is empty: the object's path, the method
+     * with its interface, and what it takes. Gives the answer. */
+    QString call(const QStringList &arguments, const QString &name = {}) const;
+    /*! Whether the service has written \a text since the last call. */
+    [[nodiscard]] bool hasSaid(const QByteArray &text);
+    /*! A program on the bus that takes the \a name there. */
+    void runOnBus(Process *process, const QStringList &program, const QString &name);
 
 private:
     QString m_source;
@@ -153,6 +163,67 @@ public:
     void setLevel(int percent);
 };
 
+/*! UDisks2 over a card that is not there, and that is mounted at first. */
+class UDisksRig final : public BusRig
+{
+public:
+    UDisksRig();
+    void start() override;
+    [[nodiscard]] QProcessEnvironment environment() const override;
+    /*! The card's file system is unmounted, or mounted. */
+    void change(bool there) override;
+    /*! The kernel has a read from the card under way, or has not. */
+    void readCard(bool reads);
+    void pullCard();
+    /*! Where the card's file system is mounted; nowhere where that is empty. */
+    void mount(const QByteArray &place);
+    /*! Before the start: whoever asks may do everything. */
+    void allowAll();
+    /*! Has UDisks2 check the file system, which takes until endJob(). */
+    void startJob();
+    void endJob();
+
+private:
+    QTemporaryDir m_tools;
+    Process m_authority; // without which UDisks2 does nothing for a user but root
+    Process m_job;
+};
+
+/*! hostnamed, over a machine that is not there. */
+class HardwareRig final : public BusRig
+{
+public:
+    HardwareRig();
+    [[nodiscard]] QProcessEnvironment environment() const override;
+    /*! A keyboard is plugged in, or out. */
+    void change(bool there) override;
+    /*! The machine is one with a device tree. */
+    void placeDeviceTree();
+};
+
+/*! A stand-in for logind, with one session. */
+class LogindRig final : public BusRig
+{
+public:
+    LogindRig();
+    void start() override;
+    /*! Nobody uses the device, or somebody does. */
+    void change(bool there) override;
+    void endSession();
+};
+
+/*! iio-sensor-proxy over an accelerometer that is not there. */
+class SensorRig final : public BusRig
+{
+public:
+    SensorRig();
+    [[nodiscard]] QProcessEnvironment environment() const override;
+    /*! The device is held with its left side up, or its top. */
+    void change(bool there) override;
+    /*! Waits until the accelerometer is not read any more. */
+    void waitForRelease();
+};
+
 /*! ModemManager over a modem that is not there. */
 class ModemRig final : public BusRig
 {
@@ -182,11 +253,26 @@ public:
     /*! Has it refuse to activate anything, as for a user without the right. */
     void refuse();
     /*! Calls a method as the system's tools do, and gives the answer. */
-    QString call(const QString &path, const QString &method, const QStringList &arguments);
+    QString call(const QString &path, const QString &method, const QStringList &arguments) const;
 
 private:
     QString m_connection;
     QString m_active;
+};
+
+/*! A test of a daemon that a service feeds. */
+class RigTest : public DeviceTest
+{
+protected:
+    explicit RigTest(std::unique_ptr<Rig> service);
+    ~RigTest() override;
+    /*! Starts the daemon, with further arguments after those of the service, and waits until it is ready. */
+    void startDaemon(const QStringList &arguments = {});
+    /*! What the daemon says of the source of a facility: its state, and the reason where there is one. */
+    [[nodiscard]] static QString sourceOf(const QString &facility);
+
+    std::unique_ptr<Rig> rig;
+    QProcess daemon;
 };
 
 } // namespace oz::testing

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "device/ActivitySource.hpp"
+#include "linux/BusSource.hpp"
+
+namespace oz::services {
+
+/*! Whether somebody uses the device, as logind tells of the sessions on a \a seat, "seat0" unless it is
+ * named. */
+class LogindActivity final : public BusSource<ActivitySource>
+{
+public:
+    explicit LogindActivity(std::shared_ptr<SystemBus> bus, const QString &seat = {});
+
+private:
+    void look() override;
+
+    QString m_seat;
+    QString m_path;
+    bool m_wasIdle = false;
+};
+
+} // namespace oz::services

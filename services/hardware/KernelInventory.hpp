@@ -1,0 +1,13 @@
+#pragma once
+
+#include "hardware/HardwareSource.hpp"
+
+namespace oz::services {
+
+/*!
+ * What the kernel and udev tell of the device: from device tree or DMI, /proc/cpuinfo and cpufreq, the
+ * connectors and the input devices. Reading it may take its time.
+ */
+[[nodiscard]] HardwareState kernelInventory();
+
+} // namespace oz::services

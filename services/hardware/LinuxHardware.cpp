@@ -1,0 +1,87 @@
+#include "hardware/LinuxHardware.hpp"
+
+#include "hardware/KernelInventory.hpp"
+#include "linux/Worker.hpp"
+
+#include <chrono>
+
+namespace oz::services {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// One keyboard is several devices, and one that goes is told of before it is gone from /sys.
+constexpr auto LongestChange = 200ms;
+
+const QString HostPath = QStringLiteral("/org/freedesktop/hostname1");
+const QString HostInterface = QStringLiteral("org.freedesktop.hostname1");
+
+} // namespace
+
+LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
+    : m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"), QStringLiteral("systemd"),
+        BusService::EndsWhenIdle),
+      m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { m_change.start(); }),
+      m_connectors(QStringLiteral("drm"), [this] { m_change.start(); })
+{
+    connect(
+        &m_hostnamed, &BusService::appeared, this, [this] { m_objects.follow(HostPath, {HostInterface}); });
+    connect(&m_objects, &BusObjects::changed, this, &LinuxHardware::hearNames);
+    // Without it the rest is told.
+    const auto goOn = [this] {
+        if (!m_names)
+            m_names.emplace();
+        tell();
+    };
+    connect(&m_objects, &BusObjects::failed, this, goOn);
+    connect(&m_hostnamed, &BusService::vanished, this, goOn);
+    m_change.setSingleShot(true);
+    m_change.setInterval(LongestChange);
+    m_change.callOnTimeout(this, &LinuxHardware::readKernel);
+    readKernel();
+}
+
+void LinuxHardware::readKernel()
+{
+    // What is asked of the kernel while it is asked already may be newer.
+    if (std::exchange(m_isReading, true)) {
+        m_readsAgain = true;
+        return;
+    }
+    inWorker(this, kernelInventory, [this](const HardwareState &kernel) {
+        m_isReading = false;
+        if (std::exchange(m_readsAgain, false)) {
+            readKernel();
+            return;
+        }
+        m_kernel = kernel;
+        tell();
+    });
+}
+
+void LinuxHardware::hearNames()
+{
+    m_names = m_objects.all().value(HostPath).value(HostInterface);
+    tell();
+}
+
+void LinuxHardware::tell()
+{
+    if (!m_kernel || !m_names)
+        return;
+    HardwareState state = *m_kernel;
+    const auto take = [this](std::optional<QString> *field, const QStringList &properties) {
+        for (const QString &property : properties) {
+            if (const QString text = m_names->value(property).toString(); !text.isEmpty()) {
+                *field = text;
+                return;
+            }
+        }
+    };
+    take(&state.deviceName, {QStringLiteral("PrettyHostname"), QStringLiteral("Hostname")});
+    take(&state.modelName, {QStringLiteral("HardwareModel")});
+    know(state);
+}
+
+} // namespace oz::services

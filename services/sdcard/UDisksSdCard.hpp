@@ -1,0 +1,47 @@
+#pragma once
+
+#include "linux/BusSource.hpp"
+#include "sdcard/SdCardSource.hpp"
+
+namespace oz::services {
+
+/*!
+ * The removable flash card, as UDisks2 tells of it: the one of the name \a device ("mmcblk1"), else an SD
+ * card before other flash cards, but none that the system itself stands on. Without a card nothing is
+ * mounted.
+ */
+class UDisksSdCard final : public BusSource<SdCardSource>
+{
+public:
+    explicit UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device = {});
+
+private:
+    /*! What the kernel has counted of a disk. */
+    struct Traffic
+    {
+        QStringList completed; //!< reads and writes
+        bool isUnderWay = false;
+    };
+
+    void look() override;
+    [[nodiscard]] QVariant of(const QString &path, const QString &interface, const char *property) const;
+    [[nodiscard]] QString nameOf(const QString &block) const;
+    /*! The block devices of the card, those that are encrypted on it among them; none without a card. */
+    [[nodiscard]] QStringList cardBlocks() const;
+    [[nodiscard]] QString drive() const;
+    [[nodiscard]] QStringList blocksOf(const QString &drive) const;
+    [[nodiscard]] QStringList mountPointsOf(const QStringList &blocks) const;
+    [[nodiscard]] bool hasJob(const QStringList &objects) const;
+    void watchTraffic(const QString &disk);
+    [[nodiscard]] Traffic readTraffic() const;
+    void onTick();
+
+    QString m_device;
+    bool m_wasMounted = false;
+    QString m_disk; // whose traffic is watched: empty while nothing is mounted
+    Traffic m_traffic;
+    bool m_hasTraffic = false;
+    QTimer m_tick;
+};
+
+} // namespace oz::services
