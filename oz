@@ -21,7 +21,7 @@ test_packages=(
     dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
     "${qml_packages[@]}"
 )
-bench_packages=(libbenchmark-dev dbus qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
+bench_packages=(libbenchmark-dev dbus libumockdev-dev upower qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git "${qml_packages[@]}")
 docs_packages=(doxygen)

@@ -23,6 +23,22 @@ bool isForeign(uint registrationState)
         || registrationState == MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING_CSFB_NOT_PREFERRED;
 }
 
+QString remarkOn(uint registrationState)
+{
+    switch (registrationState) {
+    case MM_MODEM_3GPP_REGISTRATION_STATE_IDLE:
+        return QStringLiteral("the modem is in no network and looks for none");
+    case MM_MODEM_3GPP_REGISTRATION_STATE_SEARCHING:
+        return QStringLiteral("the modem looks for a network");
+    case MM_MODEM_3GPP_REGISTRATION_STATE_DENIED:
+        return QStringLiteral("the network does not admit the SIM card");
+    case MM_MODEM_3GPP_REGISTRATION_STATE_EMERGENCY_ONLY:
+        return QStringLiteral("the network admits emergency calls only");
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 // The quality is the percentage of the scale of received signal strength, -113 to -51 dBm in steps of 2 (3GPP
@@ -59,6 +75,7 @@ void ModemNetworks::look()
         }
         network.signalStrength = signalStrength();
     }
+    setRemark(remarkOn(registration));
     know(state);
 }
 

@@ -133,7 +133,9 @@ public:
             const Source *source = m_sources.of(row.facility->name);
             QVariantMap state{{QStringLiteral("source"), row.source},
                 {QStringLiteral("state"), source ? words[int(source->presence())] : SourceChoice::None}};
-            const QString reason = source ? source->absence() : row.reason;
+            const QString reason = !source ? row.reason
+                : source->isKnown()        ? source->remark()
+                                           : source->absence();
             if (!reason.isEmpty())
                 state.insert(QStringLiteral("reason"), reason);
             if (row.isAutomatic)

@@ -1,5 +1,7 @@
 #include "simcard/ModemSimCard.hpp"
 
+#include <QDBusArgument>
+
 #include <ModemManager.h>
 
 namespace oz::services {
@@ -43,6 +45,26 @@ std::optional<Card> cardOf(bool isThere, int state, uint failure, uint lock)
     }
 }
 
+// What a person has to do; with no word of the card's own.
+QString remarkOn(uint lock, const QMap<uint, uint> &tries)
+{
+    const auto wants = [&](const char *what) -> QString {
+        return QLatin1String("the SIM card wants its ") + QLatin1String(what)
+            + (tries.contains(lock) ? QString(
+                   QLatin1String(": ") + QString::number(tries[lock]) + QLatin1String(" tries are left"))
+                                    : QString())
+            + QLatin1String(" (mmcli --sim=any)");
+    };
+    switch (lock) {
+    case MM_MODEM_LOCK_SIM_PIN:
+        return wants("PIN");
+    case MM_MODEM_LOCK_SIM_PUK:
+        return wants("PUK and a new PIN");
+    default:
+        return {};
+    }
+}
+
 } // namespace
 
 void ModemSimCard::look()
@@ -62,6 +84,8 @@ void ModemSimCard::look()
         if (const auto network = text("OperatorIdentifier"); network && network->size() >= 5)
             state.homeNetwork = {network->first(3), network->mid(3)};
     }
+    const uint lock = of(ModemInterface, "UnlockRequired").toUInt();
+    setRemark(remarkOn(lock, qdbus_cast<QMap<uint, uint>>(of(ModemInterface, "UnlockRetries"))));
     know(state);
 }
 

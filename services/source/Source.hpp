@@ -29,6 +29,8 @@ public:
     [[nodiscard]] bool isKnown() const { return m_presence == Presence::Known; }
     /*! Why it knows nothing, in words for a person; empty while it knows its state. */
     [[nodiscard]] QString absence() const { return m_absence; }
+    /*! What a person should know of it though it works; empty where that is nothing. */
+    [[nodiscard]] const QString &remark() const { return m_remark; }
 
 Q_SIGNALS:
     /*! The state, or whether there is one, has changed. */
@@ -45,9 +47,16 @@ protected:
         Q_EMIT changed();
     }
 
+    void setRemark(const QString &remark)
+    {
+        if (std::exchange(m_remark, remark) != remark && isKnown())
+            Q_EMIT changed();
+    }
+
 private:
     Presence m_presence = Presence::Pending;
     QString m_absence;
+    QString m_remark;
 };
 
 /*! A source whose state is a \a StateType: a plain record that compares with ==. */

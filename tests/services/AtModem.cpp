@@ -93,6 +93,11 @@ QByteArray AtModem::answer(const QByteArray &command)
         return reply("+CPIN: " + QByteArray(!puk.isEmpty() ? "SIM PUK" : isLocked ? "SIM PIN" : "READY"));
     if (command.startsWith("+CPIN="))
         return enterPin(command.mid(6));
+    // How many tries are left, as a card says it that is given no PIN.
+    if (command.startsWith("+CSIM=10,\"0020"))
+        return reply("+CSIM: 4,\"63C" + QByteArray::number(tries) + '"');
+    if (command.startsWith("+CSIM=10,\"002C"))
+        return reply("+CSIM: 4,\"63CA\"");
     if (command == "+CIMI")
         return isLocked ? "\r\n+CME ERROR: 11\r\n" : reply(subscriber);
     if (command == "+CGSN")

@@ -5,10 +5,13 @@
 #include <oz/device/VibrationController.hpp>
 
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <csignal>
 #include <linux/input.h>
 #include <sys/inotify.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 // LEDs and motors that umockdev plays, under the real daemon and with the applications' classes above it.
@@ -174,6 +177,53 @@ TEST_F(KernelDevicesTest, AMotorRumblesAsLongAndAsStrongAsItIsAskedAndStopsWithT
     EXPECT_EQ(devices.heard(), "play 1");
     EXPECT_EQ(devices.heard(), "play 0");
     EXPECT_EQ(devices.heard(), "remove");
+}
+
+// What doctor says of a facility.
+QJsonObject diagnosisOf(const QString &facility, int expectedStatus)
+{
+    QProcess doctor;
+    doctor.start(OZ_COMMAND, {"doctor", "--json"});
+    EXPECT_TRUE(doctor.waitForFinished());
+    EXPECT_EQ(doctor.exitCode(), expectedStatus);
+    return QJsonDocument::fromJson(doctor.readAllStandardOutput())["facilities"][facility].toObject();
+}
+
+TEST_F(KernelDevicesTest, DoctorSaysWhatIsMissingAndWhatIsNotAllowed)
+{
+    const QString name = "/sys/devices/platform/leds/leds/rgb:status/";
+    MockDevices devices("P: /devices/platform/leds/leds/rgb:status\nE: SUBSYSTEM=leds\nA: brightness=0\\n\n"
+                        "A: max_brightness=1\\n\n\n");
+    // As a user who may not write what is the kernel's.
+    QStringList program;
+    if (::geteuid() == 0) {
+        program = QStringList{"setpriv", "--reuid=65534", "--regid=65534", "--clear-groups"};
+        EXPECT_EQ(::chown(qPrintable(root.file("")), 65534, 65534), 0);
+        for (const QString &folder : {QString(), name})
+            EXPECT_EQ(::chmod(qPrintable(devices.file(folder)), 0755), 0);
+    }
+    EXPECT_EQ(::chmod(qPrintable(devices.file(name + "brightness")), 0444), 0);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    devices.enter(&environment);
+    environment.insert("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + root.file("/no-bus"));
+    environment.remove("DISPLAY");
+    daemon.setProcessEnvironment(environment);
+    program += QStringList{OZ_DAEMON, "--config", "/dev/null", "--source", "led=sysfs"};
+    daemon.start(program.first(), program.mid(1));
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+
+    const QJsonObject led = diagnosisOf("led", 1); // which was asked for by its name
+    EXPECT_EQ(led["state"], "absent");
+    EXPECT_TRUE(led["why"].toString().contains("brightness: Permission denied; the group 'ozdevice' may"))
+        << led["why"].toString().toStdString();
+    const QJsonObject battery = diagnosisOf("battery", 1);
+    EXPECT_EQ(battery["source"], "upower");
+    EXPECT_TRUE(battery["auto"].toBool());
+    EXPECT_TRUE(battery["why"].toString().startsWith("there is no system bus"));
+    EXPECT_EQ(diagnosisOf("vibration", 1)["why"], "no input device is a vibration motor");
+    EXPECT_EQ(diagnosisOf("display", 1)["state"], "none");
+    EXPECT_EQ(diagnosisOf("miracast", 1)["why"], "this system has no source for it");
 }
 
 } // namespace

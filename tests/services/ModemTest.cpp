@@ -14,6 +14,12 @@ using namespace oz::testing;
 
 namespace {
 
+QString diagnosisOf(const QString &facility)
+{
+    const QVariantMap states = attributesOf("/pps/system/ozdeviced/status").value("facilities").toMap();
+    return states.value(facility).toMap().value("reason").toString();
+}
+
 class ModemTest : public DeviceTest
 {
 protected:
@@ -55,6 +61,8 @@ TEST_F(ModemTest, ACardWaitsForItsPinForItsPukAndIsReadyThen)
     EXPECT_EQ(card.state(), SimCardState::PinRequired);
     EXPECT_EQ(card.serialNumber(), "89490100000000000001");
     EXPECT_EQ(card.subscriberIdentifier(), "");
+    EXPECT_TRUE(diagnosisOf("simcard").startsWith("the SIM card wants its PIN: 3 tries are left"))
+        << diagnosisOf("simcard").toStdString();
     for (int i = 0; i < 3; ++i)
         EXPECT_EQ(rig.order({"--sim=0", "--pin=0000"}), "");
     EXPECT_EQ(rig.modem.puk, "12345678");
