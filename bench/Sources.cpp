@@ -110,7 +110,8 @@ int main(int argc, char **argv)
     const std::vector<Ratio> ratios{ratioOf("battery / client of UPower, median", byClass, byBus, 0.5, 2),
         ratioOf("battery / client of UPower, p99", byClass, byBus, 0.99, 0)};
     const bool isReached = print(ratios);
-    writeJson(options.json, "us", {byClass, byBus}, ratios);
+    if (!options.json.empty())
+        writeJson(options.json, "us", {byClass, byBus}, ratios);
 
     constexpr int Idle = 10;
     idle(2000);

@@ -5,6 +5,7 @@
 #include <QDir>
 
 #include <algorithm>
+#include <chrono>
 
 namespace oz::services {
 
@@ -123,17 +124,20 @@ QString UPowerBattery::batteryPath() const
 
 void UPowerBattery::look()
 {
-    // What is asked of the kernel while it is asked already may be newer.
-    if (m_isReading)
-        m_readsAgain = true;
-    else
+    if (!m_isReading)
         readKernel();
+    else
+        m_readsAgain = true; // what it is asked already may be older
+    // A kernel that takes its time, as over a slow controller, keeps no news of the service back.
+    if (m_isReading && !m_patience.isActive())
+        take();
 }
 
 void UPowerBattery::readKernel()
 {
     m_isReading = true;
     m_readsAgain = false;
+    m_patience.start();
     const QString path = batteryPath();
     const QString folder = PowerSupplies + u'/' + of(path, "NativePath").toString().section(u'/', -1);
     inWorker(
@@ -142,23 +146,27 @@ void UPowerBattery::readKernel()
             static const QStringList names{QStringLiteral("health"), QStringLiteral("charge_full"),
                 QStringLiteral("energy_full"), QStringLiteral("voltage_min_design"),
                 QStringLiteral("cycle_count"), QStringLiteral("temp")};
-            return Kernel{path.isEmpty() ? SysFolder::Values() : SysFolder::readFiles(folder, names),
+            return Kernel{path, path.isEmpty() ? SysFolder::Values() : SysFolder::readFiles(folder, names),
                 receiverOnCharger()};
         },
-        [this, path](const Kernel &kernel) {
+        [this](const Kernel &kernel) {
             m_isReading = false;
+            m_patience.stop();
+            m_kernel = kernel;
+            take();
             if (m_readsAgain)
                 readKernel();
-            else if (objects().isComplete())
-                take(stateFrom(path, kernel));
         });
 }
 
-BatteryState UPowerBattery::stateFrom(const QString &path, const Kernel &kernel) const
+BatteryState UPowerBattery::currentState() const
 {
+    const QString path = batteryPath();
+    // Of another battery nothing is told.
+    const SysFolder::Values kernel = m_kernel.path == path ? m_kernel.battery : SysFolder::Values();
     BatteryState state;
-    state.wirelessReceiver = kernel.wirelessReceiver;
-    int chargers = kernel.wirelessReceiver.isEmpty() ? 0 : 1;
+    state.wirelessReceiver = m_kernel.wirelessReceiver;
+    int chargers = m_kernel.wirelessReceiver.isEmpty() ? 0 : 1;
     for (const QString &device : objects().all().keys()) {
         if (of(device, "Type").toUInt() == LinePower && of(device, "Online").toBool())
             ++chargers;
@@ -171,24 +179,27 @@ BatteryState UPowerBattery::stateFrom(const QString &path, const Kernel &kernel)
         return state;
     BatteryState::Battery &battery = state.battery.emplace();
     battery.level = qRound(of(path, "Percentage").toDouble());
-    battery.condition = conditionOf(kernel.battery.value(QStringLiteral("health")));
-    battery.fullChargeCapacity = milliampereHours(kernel.battery);
+    battery.condition = conditionOf(kernel.value(QStringLiteral("health")));
+    battery.fullChargeCapacity = milliampereHours(kernel);
     // Who does not count says 0, or less.
-    const auto cycles = SysFolder::number(kernel.battery, QStringLiteral("cycle_count"));
+    const auto cycles = SysFolder::number(kernel, QStringLiteral("cycle_count"));
     if (const int told = of(path, "ChargeCycles").toInt(); told > 0)
         battery.cycleCount = told;
     else if (cycles && *cycles > 0)
         battery.cycleCount = int(*cycles);
     // Tenths of a degree; UPower's own 0 may be that it does not know.
-    if (const auto tenths = SysFolder::number(kernel.battery, QStringLiteral("temp")))
+    if (const auto tenths = SysFolder::number(kernel, QStringLiteral("temp")))
         battery.temperature = *tenths / 10;
     else if (const double told = of(path, "Temperature").toDouble(); told != 0)
         battery.temperature = told;
     return state;
 }
 
-void UPowerBattery::take(const BatteryState &state)
+void UPowerBattery::take()
 {
+    if (!objects().isComplete())
+        return;
+    const BatteryState state = currentState();
     // A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
     const bool isLie = state.battery ? state.battery->level == 0 : m_hadBattery;
     if (isLie && isSettling())

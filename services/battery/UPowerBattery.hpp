@@ -20,6 +20,7 @@ private:
     /*! What the kernel alone tells. */
     struct Kernel
     {
+        QString path; //!< of the battery, as UPower calls it
         SysFolder::Values battery;
         QString wirelessReceiver;
     };
@@ -28,11 +29,13 @@ private:
     void readKernel();
     [[nodiscard]] QString batteryPath() const;
     [[nodiscard]] QVariant of(const QString &path, const char *property) const;
-    [[nodiscard]] BatteryState stateFrom(const QString &path, const Kernel &kernel) const;
-    void take(const BatteryState &state);
+    [[nodiscard]] BatteryState currentState() const;
+    void take();
 
     QString m_device;
     bool m_hadBattery = false;
+    Kernel m_kernel; // what it told last
+    QTimer m_patience; // how long it is waited for
     bool m_isReading = false;
     bool m_readsAgain = false;
 };
