@@ -1,4 +1,4 @@
-#include "facility/Facility.hpp"
+#include "facility/ModemKind.hpp"
 #include "hardware/HardwarePublisher.hpp"
 #include "hardware/LinuxHardware.hpp"
 #include "hardware/SimulatedHardware.hpp"
@@ -10,7 +10,7 @@ Facility hardwareFacility()
     const SourceKind system{QStringLiteral("linux"),
         QStringLiteral("the device that Linux runs on, by the kernel, udev and hostnamed"), {},
         [](Providers &providers, const SourceOptions &) -> std::shared_ptr<Source> {
-            return std::make_shared<LinuxHardware>(providers.shared<SystemBus>());
+            return std::make_shared<LinuxHardware>(providers.shared<SystemBus>(), modemManagerOf(providers));
         },
         noObstacle};
     return describeFacility<HardwareSource, HardwarePublisher, SimulatedHardware, MiracastSource>(

@@ -3,6 +3,8 @@
 #include "hardware/KernelInventory.hpp"
 #include "linux/Worker.hpp"
 
+#include <ModemManager.h>
+
 #include <chrono>
 
 namespace oz::services {
@@ -19,9 +21,9 @@ const QString HostInterface = QStringLiteral("org.freedesktop.hostname1");
 
 } // namespace
 
-LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
-    : m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"), QStringLiteral("systemd"),
-        BusService::EndsWhenIdle),
+LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus, std::shared_ptr<ModemManager> modems)
+    : m_modems(std::move(modems)), m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"),
+                                       QStringLiteral("systemd"), BusService::EndsWhenIdle),
       m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { m_change.start(); }),
       m_connectors(QStringLiteral("drm"), [this] { m_change.start(); })
 {
@@ -36,6 +38,7 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus)
     };
     connect(&m_objects, &BusObjects::failed, this, goOn);
     connect(&m_hostnamed, &BusService::vanished, this, goOn);
+    connect(m_modems.get(), &ModemManager::changed, this, &LinuxHardware::hearModem);
     m_change.setSingleShot(true);
     m_change.setInterval(LongestChange);
     m_change.callOnTimeout(this, &LinuxHardware::readKernel);
@@ -66,6 +69,21 @@ void LinuxHardware::hearNames()
     tell();
 }
 
+void LinuxHardware::hearModem()
+{
+    if (!m_modems->absence().isEmpty() || !m_modems->isSettled())
+        return;
+    m_modem = m_modems->modem({}, m_modem);
+    const auto text = [this](const char *interface, const char *name) -> std::optional<QString> {
+        const QString value =
+            m_modems->property(m_modem, QLatin1String(interface), QLatin1String(name)).toString();
+        return value.isEmpty() ? std::nullopt : std::optional(value);
+    };
+    m_imei = text(MM_DBUS_INTERFACE_MODEM_MODEM3GPP, "Imei");
+    m_meid = text(MM_DBUS_INTERFACE_MODEM_MODEMCDMA, "Meid");
+    tell();
+}
+
 void LinuxHardware::tell()
 {
     if (!m_kernel || !m_names)
@@ -80,6 +98,8 @@ void LinuxHardware::tell()
         }
     };
     take(&state.deviceName, {QStringLiteral("PrettyHostname"), QStringLiteral("Hostname")});
+    state.imei = m_imei;
+    state.meid = m_meid;
     take(&state.modelName, {QStringLiteral("HardwareModel")});
     know(state);
 }

@@ -4,6 +4,7 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 
 // A phone's life with a real ModemManager, whose modem answers AT commands, as applications see it.
@@ -43,8 +44,8 @@ protected:
         environment.insert("QT_LOGGING_RULES", "*.debug=true;qt.*=false");
         daemon.setProcessEnvironment(environment);
         daemon.start(OZ_DAEMON,
-            {"--config", "/dev/null", "--source", "simcard=modemmanager", "--source", "radio=modemmanager",
-                "--source", "cellular-network=modemmanager"});
+            {"--config", "/dev/null", "--source", "hardware=linux", "--source", "simcard=modemmanager",
+                "--source", "radio=modemmanager", "--source", "cellular-network=modemmanager"});
         PpsObject control("/pps/system/ozdeviced/control");
         ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     }
@@ -85,6 +86,7 @@ TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
     EXPECT_EQ(radio.activeTechnologies(), CellularTechnology::Lte);
     EXPECT_EQ(network.name(), "Test Home");
     EXPECT_FALSE(network.isRoaming());
+    EXPECT_TRUE(waitUntil([&] { return HardwareInfo().imei() == rig.modem.imei; }));
     const int strength = network.signalStrength();
     rig.modem.setSignal(1);
     EXPECT_TRUE(waitUntil([&] { return network.signalStrength() < strength; }));
