@@ -7,6 +7,8 @@
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
 
+#include <unistd.h>
+
 // A phone's life with a real ModemManager, whose modem answers AT commands, as applications see it.
 
 using namespace oz;
@@ -36,16 +38,22 @@ protected:
             EXPECT_FALSE(logged.contains(secret)) << logged.toStdString();
     }
 
-    void start()
+    /*! With further options of the card's source. */
+    void start(const QString &card = {})
     {
         rig.start();
+        startDaemon(card);
+    }
+    void startDaemon(const QString &card)
+    {
         QProcessEnvironment environment = rig.environment();
         environment.insert("OZ_GRACE_TIME", "8");
         environment.insert("QT_LOGGING_RULES", "*.debug=true;qt.*=false");
         daemon.setProcessEnvironment(environment);
         daemon.start(OZ_DAEMON,
-            {"--config", "/dev/null", "--source", "hardware=linux", "--source", "simcard=modemmanager",
-                "--source", "radio=modemmanager", "--source", "cellular-network=modemmanager"});
+            {"--config", "/dev/null", "--source", "hardware=linux", "--source",
+                "simcard=modemmanager " + card, "--source", "radio=modemmanager", "--source",
+                "cellular-network=modemmanager"});
         PpsObject control("/pps/system/ozdeviced/control");
         ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
     }
@@ -103,6 +111,20 @@ TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
         rig.modem.registerIn(AtModem::Home, AtModem::Lte);
         EXPECT_TRUE(waitUntil([&] { return radio.networkCount() == 1 && !network.name().isEmpty(); }));
     }
+}
+
+TEST_F(ModemTest, OfTwoModemsEachFacilityHasTheOneThatItNames)
+{
+    AtModem other(QStringLiteral("oz-other-%1-").arg(::getpid()));
+    other.imei = "990000862471854";
+    other.subscriber = "002020000000001";
+    rig.start();
+    rig.plug(other, "other");
+    EXPECT_TRUE(waitUntil([&] { return rig.order({"--list-modems"}).count("/Modem/") == 2; }));
+    startDaemon("modem=990000862471854");
+    const SimCardInfo card;
+    EXPECT_TRUE(waitUntil([&] { return card.subscriberIdentifier() == other.subscriber; }));
+    EXPECT_EQ(CellularNetworkInfo().name(), "Test Home"); // of the first, which is enabled
 }
 
 class ProfilesTest : public DeviceTest

@@ -585,7 +585,7 @@ ModemRig::ModemRig(const QString &facility)
 void ModemRig::start()
 {
     BusRig::start();
-    plug();
+    plug(modem, "phone");
     // One that waits for its PIN cannot be enabled; one that is enabled asks for the network's name last.
     const auto isReady = [this] {
         if (!modem.pin.isEmpty())
@@ -596,13 +596,13 @@ void ModemRig::start()
     EXPECT_TRUE(waitUntil(isReady));
 }
 
-void ModemRig::plug()
+void ModemRig::plug(const AtModem &plugged, const QString &name)
 {
     Process process;
     process.run("dbus-send",
         {"--system", "--print-reply", "--dest=" + ModemManagerName, "/org/freedesktop/ModemManager1",
-            ModemManagerName + ".Test.SetProfile", "string:phone", "string:generic",
-            "array:string:" + modem.ports().join(',')},
+            ModemManagerName + ".Test.SetProfile", "string:" + name, "string:generic",
+            "array:string:" + plugged.ports().join(',')},
         environment());
     EXPECT_TRUE(process.hasEnded());
 }

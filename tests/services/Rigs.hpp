@@ -236,8 +236,8 @@ public:
     void change(bool there) override;
     /*! What mmcli says; nothing where it fails. */
     QString order(const QStringList &words) const;
-    /*! Plugs the modem in. */
-    void plug();
+    /*! Plugs a modem in, by a name of its own. */
+    void plug(const AtModem &plugged, const QString &name);
 
     AtModem modem;
 };
