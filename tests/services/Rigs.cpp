@@ -294,7 +294,17 @@ void UDisksRig::start()
 void UDisksRig::change(bool there)
 {
     mount(there ? "" : "/media/card");
-    devices().event(CardPartition, "change");
+    // It may read the file while that is written, so it is told again until it has seen it.
+    EXPECT_TRUE(waitUntil([&] {
+        devices().event(CardPartition, "change");
+        Process ask;
+        ask.run("gdbus",
+            {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
+                "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
+                "org.freedesktop.DBus.Properties.Get", "org.freedesktop.UDisks2.Filesystem", "MountPoints"},
+            environment());
+        return ask.hasEnded() && ask.exitCode() == 0 && ask.readAll().contains("/media/card") != there;
+    }));
 }
 
 void UDisksRig::mount(const QByteArray &place)
