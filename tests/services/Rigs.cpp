@@ -65,10 +65,21 @@ void PrivateBus::enter(QProcessEnvironment *environment) const
     environment->insert("DBUS_SESSION_BUS_ADDRESS", m_address);
 }
 
+namespace {
+
+void preload(QProcessEnvironment *environment)
+{
+    environment->insert("LD_PRELOAD", "libumockdev-preload.so.0");
+    // A program with the address sanitizer would otherwise insist on its own library being the first.
+    environment->insert("ASAN_OPTIONS", "verify_asan_link_order=0");
+}
+
+} // namespace
+
 MockDevices::MockDevices(const QByteArray &description)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("LD_PRELOAD", "libumockdev-preload.so.0");
+    preload(&environment);
     m_process.run(OZ_MOCK_DEVICES, {}, environment);
     m_folder = m_process.line();
     add(description);
@@ -122,7 +133,7 @@ QString MockDevices::heard()
 
 void MockDevices::enter(QProcessEnvironment *environment) const
 {
-    environment->insert("LD_PRELOAD", "libumockdev-preload.so.0");
+    preload(environment);
     environment->insert("UMOCKDEV_DIR", m_folder);
 }
 
