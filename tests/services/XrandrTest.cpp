@@ -108,9 +108,13 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
         << "a recording tells what a real server does: " << steps.toStdString();
     inner.kill();
     EXPECT_EQ(signalled.waitFor(1), "attached(false)");
+    QByteArray logged;
+    EXPECT_TRUE(waitUntil([&] {
+        logged += daemon.readAllStandardError();
+        return logged.contains("display is absent: ");
+    }));
     daemon.terminate();
     daemon.waitForFinished();
-    EXPECT_TRUE(daemon.readAllStandardError().contains("display is absent: "));
 }
 
 TEST_F(XrandrTest, OutputsThatComeAndGoAreAttachedAndDetached)

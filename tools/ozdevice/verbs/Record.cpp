@@ -34,10 +34,10 @@ class Recording
 public:
     void begin(const Options &options)
     {
+        m_clock.start(); // before the daemon's own, so that no step is later than the end
         (void)askDaemon(QStringLiteral("record"),
             QVariantMap{{QStringLiteral("facilities"), toStringList(options.facilities)},
                 {QStringLiteral("keep-identifiers"), options.keepsIdentifiers}});
-        m_clock.start();
     }
     void fetch(bool isLast = false)
     {
@@ -55,7 +55,7 @@ public:
     {
         QSaveFile file(name);
         const QString when = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
-        const double seconds = double(m_clock.elapsed()) / 1000;
+        const QString seconds = QString::number(double(m_clock.elapsed() + 1) / 1000, 'f', 3);
         QByteArray phone = QJsonDocument(QJsonObject::fromVariantMap(m_phone)).toJson().trimmed();
         phone.replace('\n', "\n    ");
         QStringList steps = m_steps;
@@ -64,9 +64,9 @@ public:
             "// What a device did, as `ozdevice record` wrote it down. Play it with\n// `ozdevice run "
             "--scenario FILE -- COMMAND`, which starts the phone below.\n{\n    \"description\": "
             "\"Recorded on "
-            + when.toUtf8() + ", " + QByteArray::number(seconds, 'f', 1)
-            + " seconds\",\n    \"phone\": " + phone + ",\n    \"steps\": [\n        "
-            + steps.join(QLatin1String(",\n        ")).toUtf8() + "\n    ]\n}\n";
+            + when.toUtf8() + ", " + seconds.toLatin1() + " seconds\",\n    \"phone\": " + phone
+            + ",\n    \"steps\": [\n        " + steps.join(QLatin1String(",\n        ")).toUtf8()
+            + "\n    ]\n}\n";
         if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
             throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
     }
