@@ -1,10 +1,10 @@
 #include "display/WaylandDisplays.hpp"
 
+#include "display/PanelNames.hpp"
 #include "linux/Worker.hpp"
 
 #include <oz/Limits.hpp>
 
-#include <QByteArrayList>
 #include <QFileInfo>
 #include <QSocketNotifier>
 
@@ -25,14 +25,6 @@ using Display = DisplayState::Display;
 
 constexpr std::chrono::milliseconds FirstPause(250);
 constexpr std::chrono::milliseconds LongestPause(10'000);
-
-// By the kernel's names of connectors, which compositors take over.
-bool isPanel(const QByteArray &name)
-{
-    const QByteArrayList panels{"eDP", "LVDS", "DSI"};
-    return std::any_of(
-        panels.begin(), panels.end(), [&](const QByteArray &panel) { return name.startsWith(panel); });
-}
 
 int degreesOf(int transform)
 {
@@ -212,7 +204,7 @@ private:
                     name = "output-" + QByteArray::number(number);
                 Display display = output->display;
                 display.name = QString::fromUtf8(name);
-                display.internal = isPanel(name);
+                display.internal = isPanelName(name);
                 display.detachable = !display.internal;
                 display.attached = true;
                 outputs.insert(name, display);
@@ -257,11 +249,9 @@ QString WaylandDisplays::sessionServer()
 }
 
 WaylandDisplays::WaylandDisplays(const QString &server)
-    : m_server(server.isEmpty() ? sessionServer() : server)
+    : m_server(server.isEmpty() ? sessionServer() : server), m_retry(FirstPause, LongestPause)
 {
-    m_retry.setSingleShot(true);
     m_retry.setTimerType(Qt::CoarseTimer);
-    m_retry.setInterval(FirstPause);
     m_retry.callOnTimeout(this, [this] { connectToServer(); });
     m_patience.setSingleShot(true);
     m_patience.setInterval(graceTime());
@@ -302,14 +292,13 @@ void WaylandDisplays::onLost(const QString &reason)
     m_connection.reset();
     m_patience.stop();
     miss(reason);
-    m_retry.start();
-    m_retry.setInterval(std::min<std::chrono::milliseconds>(m_retry.intervalAsDuration() * 2, LongestPause));
+    m_retry.startLater();
 }
 
 void WaylandDisplays::onOutputs(const QMap<QByteArray, Display> &outputs)
 {
     m_patience.stop();
-    m_retry.setInterval(FirstPause);
+    m_retry.reset();
     for (auto &[id, display] : m_displays.displays)
         display.attached = false;
     for (const Display &output : outputs) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "display/DisplaySource.hpp"
+#include "linux/RetryTimer.hpp"
 
 #include <QByteArray>
 #include <QMap>
@@ -36,7 +37,7 @@ private:
     QString m_server;
     std::unique_ptr<Connection> m_connection;
     DisplayState m_displays; // also those that were there before
-    QTimer m_retry;
+    RetryTimer m_retry;
     QTimer m_patience;
 };
 

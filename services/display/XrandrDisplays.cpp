@@ -1,21 +1,19 @@
 #include "display/XrandrDisplays.hpp"
 
-#include "publishing/Log.hpp"
+#include "display/PanelNames.hpp"
+#include "linux/Worker.hpp"
 
 #include <oz/Limits.hpp>
 
-#include <QByteArrayList>
 #include <QMap>
 #include <QPointer>
 
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <poll.h>
 #include <sys/eventfd.h>
-#include <thread>
 #include <unistd.h>
 #include <xcb/randr.h>
 
@@ -276,9 +274,7 @@ private:
             std::memcpy(&value, xcb_randr_get_output_property_data(type.get()), sizeof value);
             return atomName(connection, value) == "Panel";
         }
-        const QByteArrayList panels{"eDP", "LVDS", "DSI"};
-        return std::any_of(
-            panels.begin(), panels.end(), [&](const QByteArray &panel) { return name.startsWith(panel); });
+        return isPanelName(name);
     }
 
     std::shared_ptr<Shared> m_shared;
@@ -302,13 +298,7 @@ XrandrDisplays::XrandrDisplays(const QString &display)
     connect(&m_patience, &QTimer::timeout, this,
         [this] { miss(QLatin1String("the X server ") + m_server + QLatin1String(" does not answer")); });
     m_shared->source = this;
-    // The signals of the process are for its event loop.
-    sigset_t all;
-    sigset_t before;
-    sigfillset(&all);
-    pthread_sigmask(SIG_BLOCK, &all, &before);
-    std::thread([shared = m_shared, server = m_server] { Reader(shared, server).run(); }).detach();
-    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    Workers::run([shared = m_shared, server = m_server] { Reader(shared, server).run(); });
 }
 
 XrandrDisplays::~XrandrDisplays()

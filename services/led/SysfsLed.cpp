@@ -289,8 +289,6 @@ void SysfsLed::step()
                 step(); // something newer is wanted by now
                 return;
             }
-            if (!written.error)
-                m_state.lit = wanted;
             if (wanted == Elements())
                 m_rest.start();
             report(written.error, written.text);

@@ -5,7 +5,6 @@
 #include <QDBusError>
 #include <QDBusPendingCallWatcher>
 
-#include <algorithm>
 #include <chrono>
 
 namespace oz::services {
@@ -48,11 +47,10 @@ QString problemOf(const QDBusMessage &error)
 
 BusService::BusService(std::shared_ptr<SystemBus> bus, const QString &name, const QString &package, Life life)
     : m_bus(std::move(bus)), m_name(name), m_package(package), m_life(life),
-      m_absence(name + QLatin1String(" has not answered yet"))
+      m_absence(name + QLatin1String(" has not answered yet")),
+      m_startAgain(FirstStartPause, LongestStartPause)
 {
-    m_startAgain.setSingleShot(true);
     m_startAgain.setTimerType(Qt::VeryCoarseTimer);
-    m_startAgain.setInterval(FirstStartPause);
     m_startAgain.callOnTimeout(this, &BusService::askToStart);
     connect(m_bus.get(), &SystemBus::connected, this, &BusService::onConnected);
     connect(m_bus.get(), &SystemBus::failed, this, [this] { miss(m_bus->problem()); });
@@ -139,14 +137,14 @@ void BusService::onOwner(const QString &owner)
     m_owner = owner;
     if (!owner.isEmpty()) {
         m_startAgain.stop();
-        m_startAgain.setInterval(FirstStartPause);
+        m_startAgain.reset();
         m_absence.clear();
         std::erase_if(m_hearings, [](const Hearing &hearing) { return !hearing.context; });
         for (const Hearing &hearing : m_hearings)
             subscribe(hearing, true);
         Q_EMIT appeared();
     } else if (m_life == Lasting && !m_startAgain.isActive()) {
-        m_startAgain.start();
+        m_startAgain.startLater();
     }
 }
 
@@ -162,9 +160,7 @@ void BusService::askToStart()
             // Whoever starts it then is told by the bus.
             reason = m_name + QLatin1String(" is not on the system bus; install or start ") + m_package;
         } else {
-            m_startAgain.start();
-            m_startAgain.setInterval(std::min<std::chrono::milliseconds>(
-                m_startAgain.intervalAsDuration() * 2, LongestStartPause));
+            m_startAgain.startLater();
         }
         miss(reason);
     });

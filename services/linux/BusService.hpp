@@ -89,7 +89,7 @@ private:
     QString m_absence;
     std::vector<Hearing> m_hearings;
     std::unique_ptr<QDBusServiceWatcher> m_watcher;
-    QTimer m_startAgain;
+    RetryTimer m_startAgain;
 };
 
 /*! Calls \a done with the answer to \a message once it is there, as long as \a context lives. */

@@ -4,7 +4,6 @@
 
 #include <QDBusError>
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 
@@ -22,11 +21,10 @@ const QString LocalInterface = QStringLiteral("org.freedesktop.DBus.Local");
 
 } // namespace
 
-SystemBus::SystemBus() : m_problem(QStringLiteral("the system bus has not answered yet"))
+SystemBus::SystemBus()
+    : m_problem(QStringLiteral("the system bus has not answered yet")), m_retry(FirstPause, LongestPause)
 {
-    m_retry.setSingleShot(true);
     m_retry.setTimerType(Qt::VeryCoarseTimer);
-    m_retry.setInterval(FirstPause);
     m_retry.callOnTimeout(this, &SystemBus::tryToConnect);
     tryToConnect();
 }
@@ -57,7 +55,7 @@ void SystemBus::take(const QDBusConnection &connection)
 {
     m_connection = connection;
     m_problem.clear();
-    m_retry.setInterval(FirstPause);
+    m_retry.reset();
     m_connection->connect(
         {}, LocalPath, LocalInterface, QStringLiteral("Disconnected"), this, SLOT(onDisconnected()));
     Q_EMIT connected();
@@ -75,8 +73,7 @@ void SystemBus::onDisconnected()
 void SystemBus::drop(const QString &problem)
 {
     m_problem = problem;
-    m_retry.start();
-    m_retry.setInterval(std::min<std::chrono::milliseconds>(m_retry.intervalAsDuration() * 2, LongestPause));
+    m_retry.startLater();
     Q_EMIT failed();
 }
 

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "linux/RetryTimer.hpp"
+
 #include <QDBusConnection>
 #include <QObject>
-#include <QTimer>
 
 #include <optional>
 
@@ -40,7 +41,7 @@ private:
 
     std::optional<QDBusConnection> m_connection;
     QString m_problem;
-    QTimer m_retry;
+    RetryTimer m_retry;
 };
 
 } // namespace oz::services

@@ -127,25 +127,14 @@ TEST_F(ModemTest, OfTwoModemsEachFacilityHasTheOneThatItNames)
     EXPECT_EQ(CellularNetworkInfo().name(), "Test Home"); // of the first, which is enabled
 }
 
-class ProfilesTest : public DeviceTest
+class ProfilesTest : public RigTest
 {
 protected:
-    ProfilesTest()
+    ProfilesTest() : RigTest(std::make_unique<NetworkManagerRig>())
     {
-        rig.start();
-        daemon.setProcessEnvironment(rig.environment());
-        daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--source", "data-profile=networkmanager"});
-        PpsObject control("/pps/system/ozdeviced/control");
-        EXPECT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+        rig->start();
+        startDaemon();
     }
-    ~ProfilesTest() override
-    {
-        daemon.terminate();
-        EXPECT_TRUE(daemon.waitForFinished());
-    }
-
-    NetworkManagerRig rig;
-    QProcess daemon;
 };
 
 TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible)
@@ -162,7 +151,7 @@ TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible
     EXPECT_EQ(other.requestDisconnect(), CellularConnectionRequestResult::Requested);
     EXPECT_TRUE(
         waitUntil([&] { return profile.connectionState() == CellularConnectionState::Disconnected; }));
-    rig.refuse();
+    static_cast<NetworkManagerRig &>(*rig).refuse();
     EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::NotPossible);
 }
 
