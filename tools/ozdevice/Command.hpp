@@ -8,10 +8,6 @@
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
-
 namespace oz::tools {
 
 /*! The exit statuses of the program; a command that is run, and a signal, have their own. */

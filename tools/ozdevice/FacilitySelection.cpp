@@ -5,28 +5,26 @@
 #include "ozdevice/FacilityInstance.hpp"
 #include "ozdevice/Output.hpp"
 
-#include <CLI/CLI.hpp>
-
 #include <algorithm>
 #include <cerrno>
 
 namespace oz::tools {
 
-void FacilitySelection::addFacilities(CLI::App *verb)
+void FacilitySelection::addFacilities(const Verb &verb)
 {
-    verb->add_option("FACILITY", m_names, "Which ones (all)");
+    verb.option("FACILITY", m_names, "Which ones (all)");
 }
 
-void FacilitySelection::addFacility(CLI::App *verb)
+void FacilitySelection::addFacility(const Verb &verb)
 {
-    verb->add_option("FACILITY", m_name, "Which one")->required();
+    verb.option("FACILITY", m_name, "Which one").required();
 }
 
-void FacilitySelection::addSelectors(CLI::App *verb)
+void FacilitySelection::addSelectors(const Verb &verb)
 {
     for (const FacilityEntry &entry : facilityTable()) {
         if (!entry.selector.isEmpty()) {
-            verb->add_option("--" + entry.selector.toStdString(), m_selected[entry.selector],
+            verb.option("--" + entry.selector.toStdString(), m_selected[entry.selector],
                 "Which " + entry.name.toStdString());
         }
     }

@@ -1,14 +1,11 @@
 #pragma once
 
 #include "ozdevice/FacilityTable.hpp"
+#include "ozdevice/Verb.hpp"
 
 #include <map>
 #include <string>
 #include <vector>
-
-namespace CLI {
-class App;
-}
 
 namespace oz::tools {
 
@@ -17,11 +14,11 @@ class FacilitySelection
 {
 public:
     /*! Adds the word FACILITY..., all where none is given. */
-    void addFacilities(CLI::App *verb);
+    void addFacilities(const Verb &verb);
     /*! Adds the word FACILITY, which must be given. */
-    void addFacility(CLI::App *verb);
+    void addFacility(const Verb &verb);
     /*! Adds the options that tell which display, network or profile is meant. */
-    void addSelectors(CLI::App *verb);
+    void addSelectors(const Verb &verb);
 
     [[nodiscard]] bool isNamed() const { return !m_names.empty(); }
     /*! The facilities; throws CommandError for a name that is none, and for a selector that none of them

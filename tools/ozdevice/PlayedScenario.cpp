@@ -40,17 +40,13 @@ QString textAt(const QVariant &entry, const char *key)
 
 } // namespace
 
-void ScenarioOptions::addTo(CLI::App *verb)
+void ScenarioOptions::addTo(const Verb &verb)
 {
-    verb->add_option(
-        "--speed", speed, "The phone's time to the real one: a number, or max for without waiting");
-    verb->add_option(
-        "--seed", seed, "What is random is always the same with the same seed (default: the file's)");
-    verb->add_option("--set", variables, "Give a variable of the scenario another value")
-        ->type_name("NAME=VALUE");
-    verb->add_option("--junit", junit, "Write a report of the expectations, as JUnit does")
-        ->type_name("FILE");
-    verb->add_flag("--keep-going", keepGoing, "Go on after a step that failed");
+    verb.option("--speed", speed, "The phone's time to the real one: a number, or max for without waiting");
+    verb.option("--seed", seed, "What is random is always the same with the same seed (default: the file's)");
+    verb.option("--set", variables, "Give a variable of the scenario another value").valueName("NAME=VALUE");
+    verb.option("--junit", junit, "Write a report of the expectations, as JUnit does").valueName("FILE");
+    verb.flag("--keep-going", keepGoing, "Go on after a step that failed");
 }
 
 QString scenarioFile(const QString &name)

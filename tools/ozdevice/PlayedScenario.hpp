@@ -1,13 +1,12 @@
 #pragma once
 
 #include "ozdevice/EventLoop.hpp"
+#include "ozdevice/Verb.hpp"
 
 #include <oz/PpsObject.hpp>
 
 #include <QObject>
 #include <QVariantMap>
-
-#include <CLI/CLI.hpp>
 
 #include <memory>
 #include <optional>
@@ -27,7 +26,7 @@ struct ScenarioOptions
     bool quiet = false; //!< prints nothing
 
     /*! All but the scenario's own name. */
-    void addTo(CLI::App *verb);
+    void addTo(const Verb &verb);
 };
 
 /*! The whole path of the scenario \a name: a file, or one that is installed; throws CommandError. */

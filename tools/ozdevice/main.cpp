@@ -4,6 +4,8 @@
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"
 
+#include <CLI/CLI.hpp>
+
 #include <QCoreApplication>
 #include <QFile>
 
@@ -15,7 +17,7 @@ using namespace oz::tools;
 
 namespace {
 
-void addVerbs(CLI::App &parser, Action &action)
+void addVerbs(const Verb &parser, Action &action)
 {
     addListVerb(parser, action);
     addShowVerb(parser, action);
@@ -76,7 +78,7 @@ int execute(int argc, char **argv)
         "$XDG_RUNTIME_DIR/ozdevice. `ozdevice run -- COMMAND` has one of its own.\n\n"
         "Exit status: 0 done, 1 refused or failed, 2 wrong use, 3 an object is not there or not for you.");
     Action action;
-    addVerbs(parser, action);
+    addVerbs(Verb(&parser), action);
     char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
         setWordsAfterDashes({dashes + 1, argv + argc});

@@ -164,20 +164,19 @@ int call(const Options &options)
 
 } // namespace
 
-void addCallVerb(CLI::App &parser, Action &action)
+void addCallVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("call", "Call a method of a facility and print what it returns", call);
     options->facility.addFacility(verb);
-    verb->add_option("METHOD", options->method, "Which one; without it, they are listed");
-    verb->add_option("ARGUMENT", options->words, "Enumerators by name; a negative number after --");
-    verb->add_option("--set", options->sets, "Set a writable property of the object first, repeatable")
-        ->type_name("PROPERTY=VALUE")
-        ->expected(1)
-        ->take_all();
+    verb.option("METHOD", options->method, "Which one; without it, they are listed");
+    verb.option("ARGUMENT", options->words, "Enumerators by name; a negative number after --");
+    verb.option("--set", options->sets, "Set a writable property of the object first, repeatable")
+        .valueName("PROPERTY=VALUE")
+        .repeatable();
     options->facility.addSelectors(verb);
-    verb->footer(
+    verb.footer(
         "Where a call goes on after it returned, as flashing does, the command waits until it has ended.\n"
         "Where a signal answers it later, as a scan, it waits for that and prints the signals until then.\n"
         "A request that is not taken, or whose answer is not Success, fails with the exit status 1.");

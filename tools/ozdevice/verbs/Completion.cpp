@@ -13,6 +13,8 @@
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
 
+#include <CLI/CLI.hpp>
+
 #include <QDir>
 #include <QVariantMap>
 
@@ -267,28 +269,28 @@ QStringList complete(const CLI::App &parser, const std::vector<std::string> &wor
 
 } // namespace
 
-void addCompletionVerbs(CLI::App &parser, Action &action)
+void addCompletionVerbs(const Verb &parser, Action &action)
 {
     static const std::map<std::string, const char *> scripts{
         {"bash", BashScript}, {"zsh", ZshScript}, {"fish", FishScript}};
-    CLI::App *completion =
-        parser.add_subcommand("completion", "Print the completion script for bash, zsh or fish");
+    const Verb completion = parser.add("completion", "Print the completion script for bash, zsh or fish");
     auto shell = std::make_shared<std::string>("bash");
-    completion->add_option("SHELL", *shell)->check(CLI::IsMember(scripts))->default_str("bash");
-    completion->callback([&action, shell] {
+    completion.option("SHELL", *shell).oneOf({"bash", "zsh", "fish"});
+    completion.whenCalled([&action, shell](const std::vector<std::string> &) {
         action = [shell] {
             printLine(QString::fromLatin1(scripts.at(*shell)).chopped(1));
             return int(Success);
         };
     });
 
-    CLI::App *completer = parser.add_subcommand("complete", "")->group("");
+    const Verb completer = parser.add("complete", "");
+    completer.hide();
     auto words = std::make_shared<std::vector<std::string>>();
-    completer->add_option("WORD", *words);
-    completer->callback([&parser, &action, words] {
+    completer.option("WORD", *words);
+    completer.whenCalled([parser, &action, words](const std::vector<std::string> &) {
         words->insert(words->end(), wordsAfterDashes().begin(), wordsAfterDashes().end());
-        action = [&parser, words] {
-            for (const QString &candidate : complete(parser, *words))
+        action = [parser, words] {
+            for (const QString &candidate : complete(*parser.parser(), *words))
                 printLine(candidate);
             return int(Success);
         };

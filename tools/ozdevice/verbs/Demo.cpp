@@ -105,12 +105,12 @@ int demo(const Options &options)
 
 } // namespace
 
-void addDemoVerb(CLI::App &parser, Action &action)
+void addDemoVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("demo", "Take a tour of half a minute: a whole simulated phone, live", demo);
-    verb->add_option("--speed", options->scenario.speed, "Go through it so many times as fast");
+    verb.option("--speed", options->scenario.speed, "Go through it so many times as fast");
 }
 
 } // namespace oz::tools

@@ -33,14 +33,14 @@ int describeThem(const Options &options)
 
 } // namespace
 
-void addDescribeVerb(CLI::App &parser, Action &action)
+void addDescribeVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("describe", "Tell what facilities have: properties, methods, signals, enumerators",
                 describeThem);
     options->facilities.addFacilities(verb);
-    verb->add_flag("--json", options->json, "As JSON");
+    verb.flag("--json", options->json, "As JSON");
 }
 
 } // namespace oz::tools

@@ -108,7 +108,7 @@ int doctor(const Options &options)
 
 } // namespace
 
-void addDoctorVerb(CLI::App &parser, Action &action)
+void addDoctorVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] = Verbs<Options>(parser, action)
                                      .add("doctor",
@@ -116,8 +116,8 @@ void addDoctorVerb(CLI::App &parser, Action &action)
                                          "wrong with the services and the "
                                          "tree",
                                          doctor);
-    verb->add_flag("--json", options->json, "As JSON");
-    verb->footer(
+    verb.flag("--json", options->json, "As JSON");
+    verb.footer(
         "The exit status is 1 where something is wrong (an object that cannot be read, a source that the\n"
         "configuration names and that is absent), 3 where no services run.");
 }

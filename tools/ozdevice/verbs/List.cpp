@@ -30,10 +30,10 @@ int list(const Options &options)
 
 } // namespace
 
-void addListVerb(CLI::App &parser, Action &action)
+void addListVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] = Verbs<Options>(parser, action).add("list", "List the facilities", list);
-    verb->add_flag("--names", options->names, "Names only");
+    verb.flag("--names", options->names, "Names only");
 }
 
 } // namespace oz::tools

@@ -87,20 +87,19 @@ int play(const Options &options)
 
 } // namespace
 
-void addPlayVerb(CLI::App &parser, Action &action)
+void addPlayVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("play", "Play a scenario on the simulated phone, and follow it to its end", play);
-    verb->add_option(
-        "SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
+    verb.option("SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
     options->scenario.addTo(verb);
-    verb->add_flag("--json", options->scenario.json, "Print one JSON object a step");
-    verb->add_flag("--check", options->check, "Only check the file");
-    verb->add_flag("--stop", options->stop, "End the scenario that is playing");
-    verb->add_flag("--list", options->list, "List the installed scenarios");
-    verb->add_flag("--values", options->values, "List what conditions and expectations can name");
-    verb->footer(
+    verb.flag("--json", options->scenario.json, "Print one JSON object a step");
+    verb.flag("--check", options->check, "Only check the file");
+    verb.flag("--stop", options->stop, "End the scenario that is playing");
+    verb.flag("--list", options->list, "List the installed scenarios");
+    verb.flag("--values", options->values, "List what conditions and expectations can name");
+    verb.footer(
         "The exit status is 0 where every step was done and every expectation met, else 1. Ctrl-C ends the\n"
         "scenario; where the command is killed, it plays on.");
 }

@@ -27,7 +27,7 @@ namespace {
 
 struct Options
 {
-    std::string path;
+    std::string path = "/pps";
     std::vector<std::string> words;
     std::string attribute;
     std::string mode = "644";
@@ -224,53 +224,51 @@ int send(const Options &options)
 
 } // namespace
 
-void addPpsVerbs(CLI::App &parser, Action &action)
+void addPpsVerbs(const Verb &parser, Action &action)
 {
-    CLI::App *pps = parser.add_subcommand("pps", "Look at and change the publish/subscribe tree itself");
-    pps->require_subcommand(1);
-    pps->footer(
+    const Verb pps = parser.add("pps", "Look at and change the publish/subscribe tree itself");
+    pps.needsVerb();
+    pps.footer(
         "PATH is a device path (/pps/system/...), or what follows /pps/. Options follow it after a '?',\n"
         "joined by commas: f=A+B (only these attributes), delta (only what changed), wait (wait for the "
         "next\n"
         "message). An attribute is written as in the tree: name::text, name:n:5, name:b:true,\n"
         "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (take it away).");
-    Verbs<Options> verbs(*pps, action);
+    Verbs<Options> verbs(pps, action);
 
     const auto [lister, lsOptions] =
         verbs.add("ls", "List a directory; '/' marks directories, '=' served objects", ls);
-    lister->add_option("PATH", lsOptions->path)->default_str("/pps")->default_val("/pps");
+    lister.option("PATH", lsOptions->path).defaultText("/pps");
 
     const auto [getter, getOptions] = verbs.add("get", "Print an object, or one attribute of it", get);
-    getter->add_option("PATH", getOptions->path)->required();
-    getter->add_option("ATTRIBUTE", getOptions->attribute, "Print only the value of this one");
-    getter->add_flag("--json", getOptions->json, "As JSON");
+    getter.option("PATH", getOptions->path).required();
+    getter.option("ATTRIBUTE", getOptions->attribute, "Print only the value of this one");
+    getter.flag("--json", getOptions->json, "As JSON");
 
     const auto [setter, setOptions] =
         verbs.add("set", "Publish attributes of a state object, which is made if need be", set);
-    setter->add_option("PATH", setOptions->path)->required();
-    setter->add_option("ATTRIBUTE", setOptions->words);
-    setter->allow_extras();
-    setter->add_flag("--replace", setOptions->replace, "Take all other attributes away");
-    setter->add_option("--mode", setOptions->mode, "The file mode of an object that is made")
-        ->default_str("644");
+    setter.option("PATH", setOptions->path).required();
+    setter.option("ATTRIBUTE", setOptions->words);
+    setter.takesAnyWord();
+    setter.flag("--replace", setOptions->replace, "Take all other attributes away");
+    setter.option("--mode", setOptions->mode, "The file mode of an object that is made").defaultText("644");
 
     const auto [remover, rmOptions] = verbs.add("rm", "Remove an object, or attributes of it", rm);
-    remover->add_option("PATH", rmOptions->path)->required();
-    remover->add_option("NAME", rmOptions->words, "Attributes (the whole object)");
+    remover.option("PATH", rmOptions->path).required();
+    remover.option("NAME", rmOptions->words, "Attributes (the whole object)");
 
     const auto [watcher, watchOptions] = verbs.add("watch", "Print an object now and at each change", watch);
-    watcher->add_option("PATH", watchOptions->path)->required();
-    watcher->add_flag("--json", watchOptions->json, "As JSON");
-    watcher->add_option("--count", watchOptions->count, "End after so many messages")
-        ->check(CLI::PositiveNumber);
-    addDuration(watcher, "--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
+    watcher.option("PATH", watchOptions->path).required();
+    watcher.flag("--json", watchOptions->json, "As JSON");
+    watcher.count("--count", watchOptions->count, "End after so many messages");
+    watcher.duration("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
 
     const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);
-    sender->add_option("PATH", sendOptions->path)->required();
-    sender->add_option("ATTRIBUTE", sendOptions->words);
-    sender->allow_extras();
-    sender->add_flag("--wait", sendOptions->wait, "Wait for the answer and print it");
-    sender->add_flag("--json", sendOptions->json, "Print the answer as JSON");
+    sender.option("PATH", sendOptions->path).required();
+    sender.option("ATTRIBUTE", sendOptions->words);
+    sender.takesAnyWord();
+    sender.flag("--wait", sendOptions->wait, "Wait for the answer and print it");
+    sender.flag("--json", sendOptions->json, "Print the answer as JSON");
 }
 
 } // namespace oz::tools

@@ -133,19 +133,19 @@ int record(const Options &options)
 
 } // namespace
 
-void addRecordVerb(CLI::App &parser, Action &action)
+void addRecordVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("record", "Write what the device does into a scenario", record);
-    verb->add_option("FILE", options->file, "The scenario to write")->required();
-    verb->add_option("--only", options->facilities, "Only these facilities")
-        ->type_name("FACILITY")
-        ->delimiter(',');
-    verb->add_flag("--keep-identifiers", options->keepsIdentifiers,
+    verb.option("FILE", options->file, "The scenario to write").required();
+    verb.option("--only", options->facilities, "Only these facilities")
+        .valueName("FACILITY")
+        .commaSeparated();
+    verb.flag("--keep-identifiers", options->keepsIdentifiers,
         "Write down what identifies the person and the device, instead of masking it");
-    addDuration(verb, "--for", options->duration, "End after a time (10s, 500ms, 2m)");
-    verb->add_option("COMMAND", options->words, "Record while this command runs, after --");
-    verb->footer("Without a time and a command, Ctrl-C ends the recording.");
+    verb.duration("--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb.option("COMMAND", options->words, "Record while this command runs, after --");
+    verb.footer("Without a time and a command, Ctrl-C ends the recording.");
 }
 
 } // namespace oz::tools

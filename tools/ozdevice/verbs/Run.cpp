@@ -120,18 +120,18 @@ int run(const Options &options)
 
 } // namespace
 
-void addRunVerb(CLI::App &parser, Action &action)
+void addRunVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("run", "Run a command against a simulated phone of its own", run);
-    verb->add_option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
-    verb->add_option("--scenario", options->scenario.scenario,
+    verb.option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
+    verb.option("--scenario", options->scenario.scenario,
         "Play a scenario meanwhile: a file, or the name of an installed one");
     options->scenario.addTo(verb);
-    verb->add_flag("--until-played", options->untilPlayed, "End the command when the scenario is over");
-    verb->add_flag("--panel", options->panel, "Show the control panel meanwhile");
-    verb->add_option("COMMAND", options->words, "The command and its arguments, after --");
-    verb->footer(
+    verb.flag("--until-played", options->untilPlayed, "End the command when the scenario is over");
+    verb.flag("--panel", options->panel, "Show the control panel meanwhile");
+    verb.option("COMMAND", options->words, "The command and its arguments, after --");
+    verb.footer(
         "The phone starts before the command and ends after it; its device root is the command's\n"
         "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started. A scenario has "
         "its\n"

@@ -37,13 +37,13 @@ int set(const Options &options)
 
 } // namespace
 
-void addSetVerb(CLI::App &parser, Action &action)
+void addSetVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("set", "Set a writable property of a facility", set);
     options->facility.addFacility(verb);
-    verb->add_option("PROPERTY", options->property)->required();
-    verb->add_option("VALUE", options->words);
+    verb.option("PROPERTY", options->property).required();
+    verb.option("VALUE", options->words);
     options->facility.addSelectors(verb);
 }
 

@@ -91,14 +91,14 @@ int show(const Options &options)
 
 } // namespace
 
-void addShowVerb(CLI::App &parser, Action &action)
+void addShowVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("show", "Show every property of facilities, with its type", show);
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
-    verb->add_flag("--json", options->json, "As JSON, enumerators by name");
-    verb->footer("Of several displays, networks and profiles, all are shown unless one is selected.");
+    verb.flag("--json", options->json, "As JSON, enumerators by name");
+    verb.footer("Of several displays, networks and profiles, all are shown unless one is selected.");
 }
 
 } // namespace oz::tools

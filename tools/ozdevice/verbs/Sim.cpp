@@ -85,13 +85,13 @@ int sim(const Options &options)
 
 } // namespace
 
-void addSimVerb(CLI::App &parser, Action &action)
+void addSimVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("sim", "Change the simulated phone while it runs; without words, list what it can be told",
                 sim);
-    verb->add_option("FACILITY [NAME] VERB [ARGUMENT...]", options->words);
+    verb.option("FACILITY [NAME] VERB [ARGUMENT...]", options->words);
 }
 
 } // namespace oz::tools

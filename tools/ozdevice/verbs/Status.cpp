@@ -100,15 +100,15 @@ int status(const Options &options)
 
 } // namespace
 
-void addStatusVerb(CLI::App &parser, Action &action)
+void addStatusVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("status",
                 "Tell whether the services run, what feeds each facility, and how old each object is",
                 status);
-    verb->add_flag("--json", options->json, "As JSON; ages in seconds");
-    verb->footer("The exit status is 3 where no services run.");
+    verb.flag("--json", options->json, "As JSON; ages in seconds");
+    verb.footer("The exit status is 3 where no services run.");
 }
 
 } // namespace oz::tools

@@ -33,13 +33,13 @@ int top(const Options &options)
 
 } // namespace
 
-void addTopVerb(CLI::App &parser, Action &action)
+void addTopVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("top", "Show the phone in the terminal, live, and drive it by keys", top);
     options->facilities.addFacilities(verb);
-    verb->footer(
+    verb.footer(
         "Values that have just changed stand out. Enter lists what the simulated phone can be told about a\n"
         "facility, space shows all of its values, p plays a scenario. With NO_COLOR set there are no "
         "colours.");

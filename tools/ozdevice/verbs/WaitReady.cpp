@@ -25,12 +25,12 @@ int waitReady(const Options &options)
 
 } // namespace
 
-void addWaitReadyVerb(CLI::App &parser, Action &action)
+void addWaitReadyVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action)
             .add("wait-ready", "Wait until the services have published everything", waitReady);
-    addDuration(verb, "--timeout", options->timeout, "How long at most (10s)");
+    verb.duration("--timeout", options->timeout, "How long at most (10s)");
 }
 
 } // namespace oz::tools

@@ -181,19 +181,19 @@ int watch(const Options &options)
 
 } // namespace
 
-void addWatchVerb(CLI::App &parser, Action &action)
+void addWatchVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<Options>(parser, action).add("watch", "Print each signal of facilities as it comes", watch);
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
-    verb->add_flag("--json", options->json, "One JSON object a line");
-    verb->add_flag("--typed", options->typed, "Leave out the second, numeric form of enumeration signals");
-    addDuration(verb, "--every", options->every, "How often to read counters (1s)")
-        ->each([options = options](const std::string &) { options->hasEvery = true; });
-    verb->add_option("--count", options->count, "End after so many lines")->check(CLI::PositiveNumber);
-    addDuration(verb, "--for", options->duration, "End after a time (10s, 500ms, 2m)");
-    verb->footer(
+    verb.flag("--json", options->json, "One JSON object a line");
+    verb.flag("--typed", options->typed, "Leave out the second, numeric form of enumeration signals");
+    verb.duration("--every", options->every, "How often to read counters (1s)")
+        .whenGiven([options = options] { options->hasEvery = true; });
+    verb.count("--count", options->count, "End after so many lines");
+    verb.duration("--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb.footer(
         "Of several displays, networks and profiles, all that are there now are watched unless one is\n"
         "selected. Counters are watched where they are named.");
 }
