@@ -224,7 +224,7 @@ UPowerRig::UPowerRig()
 
 void UPowerRig::change(bool there)
 {
-    setLevel(there ? 70 : 80);
+    setLevel(there ? 70 : FirstLevel);
 }
 
 void UPowerRig::setLevel(int percent)

@@ -157,8 +157,10 @@ private:
 class UPowerRig final : public BusRig
 {
 public:
+    static constexpr int FirstLevel = 80;
+
     UPowerRig();
-    /*! The battery is at 70 or at 80 %. */
+    /*! The battery is at 70 % or at its first level. */
     void change(bool there) override;
     void setLevel(int percent);
 };
