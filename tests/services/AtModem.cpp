@@ -21,7 +21,9 @@ const QHash<QByteArray, QByteArray> &fixedAnswers()
         {"+CMER=?", "+CMER: (0-3),(0),(0),(0-1),(0)"}, {"+CGEREP=?", "+CGEREP: (0-2),(0,1)"},
         {"+CTZU=?", "+CTZU: (0,1)"}, // an empty answer ends ModemManager 1.20
         {"#QSS=?", "#QSS: (0-2)"}, {"+CTZU?", "+CTZU: 0"}, {"+CGATT?", "+CGATT: 1"},
-        {"+CNUM", "+CNUM: ,\"+15551234\",145"}, {"+CGDCONT=?", "+CGDCONT: (1-16),\"IP\",,,(0-2),(0-4)"},
+        {"+CNUM", "+CNUM: ,\"+15551234\",145"},
+        {"+CGDCONT?", R"(+CGDCONT: 1,"IP","internet.example","",0,0)"}, {"+CGACT?", "+CGACT: 1,0"},
+        {"+CGDCONT=?", "+CGDCONT: (1-16),\"IP\",,,(0-2),(0-4)"},
         {"+CRSM=176,12258,0,0,10", R"(+CRSM: 144,0,"98941000000000000010")"}, // the card's number, by pairs
         {"+CRSM=176,28589,0,0,4", R"(+CRSM: 144,0,"00000002")"}, // the length of the network's code
     };
@@ -33,7 +35,7 @@ bool isSetting(const QByteArray &command)
 {
     for (const char *name : {"E0", "V1", "X4", "&C1", "Z",
              "+CMEE=", "+CREG=", "+CGREG=", "+CEREG=", "+CSCS=", "+CMER=", "+CGEREP=", "+CTZU=", "+CTZR=",
-             "+CFUN=", "+COPS=", "#QSS=", "+CRC=", "+CLIP=", "+CCWA=", "+CUSD="}) {
+             "+CFUN=", "+COPS=", "#QSS=", "+CGDCONT=", "+CGACT=", "+CRC=", "+CLIP=", "+CCWA=", "+CUSD="}) {
         if (command.startsWith(name))
             return true;
     }
@@ -120,6 +122,8 @@ QByteArray AtModem::answer(const QByteArray &command)
         return reply("+COPS: 0," + QByteArray(m_namesByCode ? "2" : "0") + ",\""
             + (m_namesByCode ? m_operatorCode : m_operator) + "\"," + QByteArray::number(m_technology));
     }
+    if (command.startsWith("D*99")) // from here on the port carries data
+        return admitsData ? "\r\nCONNECT\r\n" : "\r\nNO CARRIER\r\n";
     if (const auto fixed = fixedAnswers().find(command); fixed != fixedAnswers().end())
         return reply(*fixed);
     if (isSetting(command))

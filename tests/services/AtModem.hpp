@@ -28,6 +28,7 @@ public:
     int tries = 3; //!< left for the PIN
     QByteArray subscriber = "001010123456789";
     QByteArray imei = "490154203237518";
+    bool admitsData = true; //!< whether the network does
     /*! The card is put in, or pulled, and the modem tells so. */
     void insertCard(bool inserted);
 

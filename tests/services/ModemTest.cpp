@@ -218,4 +218,43 @@ TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible
     EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::NotPossible);
 }
 
+class MobileDataTest : public RigTest
+{
+protected:
+    MobileDataTest() : RigTest(std::make_unique<MobileDataRig>()) { }
+    MobileDataRig &service() { return static_cast<MobileDataRig &>(*rig); }
+};
+
+TEST_F(MobileDataTest, ARealConnectionComesUpBreaksAndIsRefusedByTheNetwork)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give NetworkManager a network of its own";
+    rig->start();
+    startDaemon({"--source", "data-profile=networkmanager"});
+    CellularDataInterface profile("Internet");
+    QList<int> states;
+    QObject::connect(&profile, qOverload<int>(&CellularDataInterface::connectionStateChanged),
+        [&](int state) { states.append(state); });
+    const auto waitFor = [&](CellularConnectionState::Type state) {
+        return waitUntil([&] { return profile.connectionState() == state; });
+    };
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(waitFor(CellularConnectionState::Connected));
+    EXPECT_EQ(
+        states, (QList<int>{CellularConnectionState::PendingConnect, CellularConnectionState::Connected}));
+    EXPECT_EQ(profile.networkInterfaceName(), "ppp0");
+    EXPECT_EQ(profile.accessPointName(), "internet.example");
+
+    service().hangUp();
+    EXPECT_TRUE(waitFor(CellularConnectionState::Disconnected));
+    EXPECT_EQ(profile.networkInterfaceName(), "");
+
+    service().modem.admitsData = false;
+    states.clear();
+    CellularDataInterface other("Internet"); // the first one still has what it had requested
+    EXPECT_EQ(other.requestConnect(), CellularConnectionRequestResult::Requested);
+    const QList<int> refused{CellularConnectionState::PendingConnect, CellularConnectionState::Disconnected};
+    EXPECT_TRUE(waitUntil([&] { return states == refused; })) << ::testing::PrintToString(states);
+}
+
 } // namespace

@@ -651,6 +651,25 @@ void ModemRig::change(bool there)
     modem.registerIn(there ? AtModem::Roaming : AtModem::Home, there ? AtModem::Umts : AtModem::Lte);
 }
 
+void MobileDataRig::start()
+{
+    allowAll();
+    ModemRig::start();
+    const QString name = "org.freedesktop.NetworkManager";
+    runOnBus(&m_manager, {"unshare", "--mount", "--net", QString(OZ_RIG_SCRIPTS) + "/networkmanager"}, name);
+    (void)call({"/org/freedesktop/NetworkManager/Settings", name + ".Settings.AddConnection",
+                   "{'connection': {'id': <'Internet'>, 'type': <'gsm'>, 'autoconnect': <false>, 'uuid': "
+                   "<'6e1e0ac2-1111-4111-8111-111111111111'>}, 'gsm': {'apn': <'internet.example'>}}"},
+        name);
+}
+
+void MobileDataRig::hangUp()
+{
+    Process hangUp;
+    hangUp.run("pkill", {"--parent", QString::number(m_manager.processId()), "pppd"}, environment());
+    EXPECT_TRUE(hangUp.hasEnded());
+}
+
 namespace {
 
 const QString ModemManagerPath = "/org/freedesktop/ModemManager1";

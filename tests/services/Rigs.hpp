@@ -227,7 +227,7 @@ public:
 };
 
 /*! ModemManager over a modem that is not there. */
-class ModemRig final : public BusRig
+class ModemRig : public BusRig
 {
 public:
     explicit ModemRig(const QString &facility);
@@ -248,6 +248,22 @@ public:
 
 private:
     Process m_inhibitor;
+};
+
+/*!
+ * A real NetworkManager beside ModemManager, with a mobile connection "Internet" over its modem. It needs a
+ * network of its own, so this is for root.
+ */
+class MobileDataRig final : public ModemRig
+{
+public:
+    MobileDataRig() : ModemRig("simcard") { }
+    void start() override;
+    /*! The connection breaks down. */
+    void hangUp();
+
+private:
+    Process m_manager;
 };
 
 /*! A stand-in for ModemManager, whose only modem has two slots with a SIM card in each. */
