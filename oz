@@ -222,6 +222,7 @@ case $verb in
     fuzz)
         seconds=60
         [ "${1:-}" = --seconds ] && { seconds=${2:?oz: --seconds wants a number}; shift 2; }
+        build_targets=(pps_text_fuzz)
         build fuzz "${fuzz_packages[@]}"
         say "fuzzing for $seconds seconds"
         mkdir -p build/fuzz/found
