@@ -124,7 +124,7 @@ int main(int argc, char **argv)
         starter.join();
     const double all = ms(now() - began);
     const std::size_t found = strangers(phones);
-    Samples memory{"memory of one of them (PSS)", {}};
+    Samples memory{"memory of one of 200 phones (PSS)", {}, "KiB"};
     for (const auto &phone : phones)
         memory.values.push_back(memoryOf(*phone));
     phones.clear();
@@ -138,9 +138,11 @@ int main(int argc, char **argv)
     std::printf("  memory (PSS): one alone %.0f KiB, one of %zu %.0f KiB\n", alone, AtOnce, memory.median());
     std::printf("  isolated: %zu readings of %zu were another phone's\n", found, AtOnce * 6);
     const std::vector<Ratio> ratios{
-        ratioOf("start of a phone / start and end of its program alone", start, program, 0.5, 2)};
+        ratioOf("start of a phone / start and end of its program alone", start, program, 0.5, 3),
+        {"start of one of 200 at once / of one alone", all / double(AtOnce) / start.median()},
+        {"memory of one of 200 / of one alone (PSS)", memory.median() / alone}};
     const bool isReached = print(ratios);
     if (!options.json.empty())
-        writeJson(options.json, "ms", {program, start, call}, ratios);
+        writeJson(options.json, "ms", {program, start, call, memory}, ratios);
     return isReached && found == 0 ? 0 : 1;
 }
