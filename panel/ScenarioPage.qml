@@ -49,8 +49,8 @@ Scroller {
     ListModel {
         id: steps
     }
-    // qmllint enable
 
+    // qmllint enable
     Label {
         text: qsTr("Scenarios")
         font.bold: true

@@ -399,9 +399,10 @@ RequestTable Daemon::requests()
                    const Request &request, const Answer &answer) { answer((this->*handle)(request)); };
     };
     RequestTable requests{{QStringLiteral("describe"), {}, answered(&Daemon::describe)},
-        {QStringLiteral("sim"), {}, answered(&Daemon::sim)}, m_watch.request()};
+        {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
     for (RequestKind &kind : m_scenarios.requests())
         requests.push_back(std::move(kind));
+    requests.push_back(m_watch.request());
     return requests;
 }
 
