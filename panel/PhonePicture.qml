@@ -57,6 +57,7 @@ Item {
     implicitHeight: 360
     Accessible.role: Accessible.Graphic
     Accessible.name: qsTr("The phone")
+    Accessible.description: [network.displayName, battery.level < 0 ? "" : battery.level + " %", led.a > 0 ? qsTr("the LED is lit") : "", vibrating ? qsTr("it vibrates") : ""].filter(text => text !== "").join(", ") // qmllint disable
 
     BatteryInfo {
         id: battery

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QStandardPaths>
 
 #include <utility>
 
@@ -123,8 +124,10 @@ void ScenarioControl::record(const QString &file)
         return;
     m_recording = pathOf(file);
     // The command writes it down, as it does by itself.
-    m_recorder.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice"),
-        {QStringLiteral("record"), m_recording});
+    const QString here = QCoreApplication::applicationDirPath();
+    const QString command =
+        QStandardPaths::findExecutable(QStringLiteral("ozdevice"), {here, here + QLatin1String("/../bin")});
+    m_recorder.start(command, {QStringLiteral("record"), m_recording});
 }
 
 void ScenarioControl::stopRecording()

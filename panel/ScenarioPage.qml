@@ -253,7 +253,6 @@ Scroller {
 
         width: parent.width - parent.rightPadding
         title: qsTr("Record")
-        open: scenario.recording !== ""
 
         TextField {
             id: target

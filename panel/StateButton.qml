@@ -16,7 +16,7 @@ Button {
     highlighted: isSo
     ToolTip.visible: (hovered || visualFocus) && ToolTip.text !== ""
     ToolTip.delay: 700
-    ToolTip.text: verb.help ?? ""
+    ToolTip.text: Words.help(verb.help ?? "")
     Accessible.description: isSo ? qsTr("%1 (so it is now)").arg(ToolTip.text) : ToolTip.text
     onClicked: given()
 }

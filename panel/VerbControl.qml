@@ -17,7 +17,7 @@ ColumnLayout {
     property var next: null
 
     readonly property string name: verb.name ?? ""
-    readonly property string help: verb.help ?? ""
+    readonly property string help: Words.help(verb.help ?? "")
     readonly property var wanted: verb.arguments ?? []
     readonly property string argument: wanted.length === 1 ? wanted[0] : ""
     readonly property var choice: choiceOf(argument)

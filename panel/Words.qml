@@ -37,8 +37,13 @@ QtObject {
         return states[name] ?? name;
     }
 
-    // "peer-appears" as "Peer appears".
+    // "peer-appears" as "Peer appears", in the person's language where there is a translation.
     function verb(name) {
-        return name.charAt(0).toUpperCase() + name.slice(1).replace(/-/g, " ");
+        const text = qsTranslate("Verb", name);
+        return text.charAt(0).toUpperCase() + (text === name ? name.slice(1).replace(/-/g, " ") : text.slice(1));
+    }
+
+    function help(text) {
+        return qsTranslate("Help", text);
     }
 }

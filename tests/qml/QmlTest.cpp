@@ -39,6 +39,16 @@ public:
             .value("errstr")
             .toString();
     }
+    Q_INVOKABLE [[nodiscard]] QString file(const QString &name) const { return m_root->file(name); }
+    Q_INVOKABLE [[nodiscard]] QString read(const QString &name) const
+    {
+        QFile content(file(name));
+        return content.open(QIODevice::ReadOnly) ? QString::fromUtf8(content.readAll()) : QString();
+    }
+    Q_INVOKABLE [[nodiscard]] bool isRecording() const
+    {
+        return ask("/pps/system/ozdeviced/control", {{"msg", "recorded"}}).value("err").toInt() == 0;
+    }
     Q_INVOKABLE void stall() { send(SIGSTOP); }
     Q_INVOKABLE void goOn() { send(SIGCONT); }
 
@@ -174,6 +184,22 @@ TEST_F(PanelOfADeviceTest, ShowsItAndWhyThereIsNothingToShow)
     const QImage device = picture("ozdevice-panel", words);
     EXPECT_NE(device, without);
     EXPECT_EQ(device.size(), without.size());
+}
+
+TEST_F(PictureTest, ThePanelTranslatesWhatTheDaemonSays)
+{
+    QFile file(OZ_PANEL "/panel_de.ts");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString known = QString::fromUtf8(file.readAll());
+    const QVariantMap told = ask("/pps/system/ozdeviced/control", {{"msg", "describe"}}).value("dat").toMap();
+    for (const QVariant &part : told.value("simulated").toMap()) {
+        for (const QVariant &verb : part.toMap().value("verbs").toList()) {
+            for (const char *text : {"name", "help"}) {
+                const QString source = verb.toMap().value(text).toString().replace('\'', "&apos;");
+                EXPECT_TRUE(known.contains("<source>" + source + "</source>")) << source.toStdString();
+            }
+        }
+    }
 }
 
 TEST_F(PictureTest, ThePanelSpeaksTheLanguageOfThePerson)

@@ -203,5 +203,24 @@ Item {
             verify(text("Expectations met: 0, failed steps: 1"));
             verify(text("led.active is false"));
         }
+
+        function test_whatThePhoneDoesIsRecorded() {
+            open({
+                    "page": "scenarios"
+                });
+            tryVerify(() => named("Record") !== null);
+            named("Record").toggle();
+            tryVerify(() => named("The file to record into") !== null);
+            named("The file to record into").text = phone.file("/r.json"); // qmllint disable unqualified
+            const begin = controls().filter(item => item.text === "Record")[1];
+            begin.clicked();
+            tryVerify(() => named("End the recording") !== null);
+            // It records from when it says so, or a little later.
+            tryVerify(() => phone.sim("battery level 12") === "" && phone.isRecording(), 10000); // qmllint disable unqualified
+            compare(phone.sim("battery level 13"), ""); // qmllint disable unqualified
+            begin.clicked();
+            tryVerify(() => items(window.contentItem, item => String(item.text ?? "").includes("steps are in")).length > 0);
+            verify(phone.read("/r.json").includes("battery level 13")); // qmllint disable unqualified
+        }
     }
 }
