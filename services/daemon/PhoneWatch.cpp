@@ -4,7 +4,7 @@ namespace oz::services {
 
 namespace {
 
-constexpr std::chrono::milliseconds Together(20);
+constexpr std::chrono::milliseconds Together(50); // looking takes about two, and people see no more
 constexpr std::chrono::seconds LongestWait(20); // clients give up later
 
 } // namespace
