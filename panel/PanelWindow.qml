@@ -15,6 +15,7 @@ ApplicationWindow {
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
     // Which part is shown where there is no room for all: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
+    property alias focusRing: ring
 
     function turn(by) {
         const place = pages.indexOf(current) + by;
@@ -236,10 +237,20 @@ ApplicationWindow {
     }
     // Where the keys go.
     Rectangle {
+        id: ring
+
+        // The control that has the focus itself, or in a part of it, such as a row.
+        readonly property Item focused: {
+            let item = window.activeFocusItem;
+            while (item !== null && !item.activeFocusOnTab)
+                item = item.parent;
+            return item;
+        }
+
         anchors.fill: parent
         anchors.margins: -2
-        parent: window.activeFocusItem ?? window.contentItem
-        visible: window.activeFocusItem?.activeFocusOnTab ?? false
+        parent: focused !== null ? focused : window.contentItem // qmllint disable
+        visible: focused !== null
         z: 100
         color: "transparent"
         border.color: window.palette.highlight

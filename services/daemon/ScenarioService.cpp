@@ -72,7 +72,7 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
         throw Error(QStringLiteral("a scenario's file is named by its whole path"));
     auto scenario = std::make_unique<Scenario>(
         file, order.value(QStringLiteral("variables")).toMap(), m_tree, m_phone.makeCheck());
-    const QVariantMap told{{QStringLiteral("description"), scenario->description()},
+    QVariantMap told{{QStringLiteral("description"), scenario->description()},
         {QStringLiteral("expectations"), scenario->hasExpectations()}};
     if (order.value(QStringLiteral("check")).toBool())
         return told;
@@ -183,7 +183,7 @@ QVariantMap ScenarioService::recorded(const QVariantMap &order)
     const qsizetype from =
         std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
     const QStringList told = steps.mid(from, MostAtOnce);
-    const QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
+    QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
         {QStringLiteral("phone"), m_recorder->phone()}};
     if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
         m_recorder.reset();

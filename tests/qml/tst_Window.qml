@@ -130,7 +130,8 @@ Item {
                 const reached = new Set();
                 for (let i = 0; i < all.length + 5; ++i) {
                     keyClick(Qt.Key_Tab);
-                    for (let item = window.activeFocusItem; item !== null; item = item.parent)
+                    verify(window.focusRing.visible, "%1: %2".arg(page).arg(window.activeFocusItem));
+                    for (let item = window.focusRing.parent; item !== null; item = item.parent)
                         reached.add(item);
                 }
                 for (const item of all)
