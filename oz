@@ -7,7 +7,7 @@ packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
     libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
-    qt6-declarative-dev qt6-declarative-dev-tools
+    qt6-declarative-dev qt6-declarative-dev-tools qt6-tools-dev qt6-l10n-tools
     lowdown
     libgtest-dev libgmock-dev
 )
@@ -43,6 +43,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
   lint      checks the formatting and the public headers' documentation, and runs QML's tools and clang-tidy;
             --changed [BASE] runs that on what has changed since BASE (the main branch) alone, --fix formats
+  pictures  takes the pictures of the control panel in docs/ anew
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the libraries' binary interface with that of the last tag
   coverage  runs the tests and prints the line coverage of the libraries and programs
@@ -257,6 +258,10 @@ case $verb in
         sed -E 's/ -Winvalid-pch| -include [^ ]*cmake_pch\.hxx| -fpch-preprocess//g' \
             build/dev/compile_commands.json >build/tidy/compile_commands.json
         xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' <<<"$files" ;;
+    pictures)
+        build_targets=(ozdevice_panel ozdevice_command)
+        build dev xvfb "${qml_packages[@]}"
+        exec panel/pictures build/dev ;;
     docs)
         check_docs
         say "see build/docs/html/index.html" ;;

@@ -13,8 +13,10 @@ install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/O
 
 # Found from its own place, so that an installation can be moved.
 file(RELATIVE_PATH OZ_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/ozdevice.pc.in ${PROJECT_BINARY_DIR}/ozdevice.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/ozdevice.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+foreach(library ozdevice ozmodels)
+    configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+endforeach()
 
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/ DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN api EXCLUDE)

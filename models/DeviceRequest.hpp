@@ -24,6 +24,8 @@ class OZ_MODELS_EXPORT DeviceRequest : public QObject
     Q_PROPERTY(int code READ code NOTIFY finished FINAL)
     /*! RequestResult::reason; empty while it runs, "Cancelled" where it was cancelled. */
     Q_PROPERTY(QString reason READ reason NOTIFY finished FINAL)
+    /*! RequestResult::value; empty while it runs, and where the request has none. */
+    Q_PROPERTY(QString value READ value NOTIFY finished FINAL)
 
 public:
     /*! Follows \a future. */
@@ -34,6 +36,7 @@ public:
     [[nodiscard]] bool hasSucceeded() const { return m_result.succeeded; }
     [[nodiscard]] int code() const { return m_result.code; }
     [[nodiscard]] QString reason() const { return m_result.reason; }
+    [[nodiscard]] QString value() const { return m_result.value; }
     /*! The future that it follows. */
     [[nodiscard]] QFuture<RequestResult> future() const { return m_watcher.future(); }
 

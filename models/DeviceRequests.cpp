@@ -11,6 +11,7 @@
 
 #include <QMetaEnum>
 #include <QMutex>
+#include <QPointer>
 #include <QTimer>
 
 #include <limits>
@@ -134,6 +135,80 @@ QFuture<RequestResult> DeviceRequests::cancelPeer()
 {
     return d->thread(QStringLiteral("wifi-direct")).request([](RunningRequest *request) {
         finishAsWiFi(request, WiFiDirect().cancelConnectRequest());
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::startPeerSession()
+{
+    return d->thread(QStringLiteral("wifi-direct")).request([](RunningRequest *request) {
+        // It outlives a request that is cancelled, whose session it closes when that is there.
+        auto *wifi = new WiFiDirect(request->parent());
+        QObject::connect(
+            wifi, &WiFiDirect::sessionStarted, wifi, [wifi, request = QPointer(request)](const QString &key) {
+                if (request && !request->isCancelled())
+                    request->finish({true, WiFiDirectResult::Success, {}, key});
+                else
+                    wifi->requestStopSession(key);
+                wifi->deleteLater();
+            });
+        if (const int code = wifi->requestStartSession(); code != WiFiDirectResult::Success) {
+            finishAsWiFi(request, code);
+            wifi->deleteLater();
+        }
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::stopPeerSession(const QString &key)
+{
+    return d->thread(QStringLiteral("wifi-direct")).request([key](RunningRequest *request) {
+        finishAsWiFi(request, WiFiDirect().requestStopSession(key));
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::peerIpAddress(const QString &hardwareAddress)
+{
+    return d->thread(QStringLiteral("wifi-direct")).request([hardwareAddress](RunningRequest *request) {
+        const QString address = WiFiDirect().ipAddress(hardwareAddress);
+        RequestResult result =
+            resultOf(address.isEmpty() ? WiFiDirectResult::DeviceNotFound : WiFiDirectResult::Success);
+        result.value = address;
+        request->finish(result);
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::scanSinks()
+{
+    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+        if (auto *manager = managerOf(request, &MiracastManager::scanCompleted))
+            manager->requestScan();
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::pauseSink()
+{
+    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+        if (auto *manager = managerOf(request, &MiracastManager::pauseCompleted)) {
+            request->whenCancelled([manager] { manager->requestResume(); });
+            manager->requestPause();
+        }
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::resumeSink()
+{
+    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+        if (auto *manager = managerOf(request, &MiracastManager::resumeCompleted)) {
+            request->whenCancelled([manager] { manager->requestPause(); });
+            manager->requestResume();
+        }
+    });
+}
+
+QFuture<RequestResult> DeviceRequests::shutDownMiracast()
+{
+    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+        if (auto *manager = managerOf(request, &MiracastManager::shutdownCompleted))
+            manager->requestShutdown();
     });
 }
 

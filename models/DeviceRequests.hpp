@@ -47,6 +47,17 @@ public:
         const QString &wpsPin);
     /*! WiFiDirect::cancelConnectRequest(). */
     [[nodiscard]] QFuture<RequestResult> cancelPeer();
+    /*! WiFiDirect::requestStartSession(); finished when the session is there, with its key as the value.
+     * Cancelled, it is closed again. */
+    [[nodiscard]] QFuture<RequestResult> startPeerSession();
+    /*! WiFiDirect::requestStopSession(), of whoever opened it. */
+    [[nodiscard]] QFuture<RequestResult> stopPeerSession(const QString &key);
+    /*! WiFiDirect::ipAddress(), which is the value; fails with DeviceNotFound where there is none. */
+    [[nodiscard]] QFuture<RequestResult> peerIpAddress(const QString &hardwareAddress);
+
+    /*! MiracastManager::requestScan(); finished when it is over. What it found, a MiracastSinkModel of its
+     * own scan shows. */
+    [[nodiscard]] QFuture<RequestResult> scanSinks();
 
     /*!
      * MiracastManager::requestConnect(); finished when the connection is there or has failed. Cancelled, it
@@ -56,6 +67,12 @@ public:
     [[nodiscard]] QFuture<RequestResult> connectSink(const QString &hardwareAddress, const QString &pin);
     /*! MiracastManager::requestDisconnect(), likewise. */
     [[nodiscard]] QFuture<RequestResult> disconnectSink();
+    /*! MiracastManager::requestPause(), likewise. Cancelled, it is followed by requestResume(). */
+    [[nodiscard]] QFuture<RequestResult> pauseSink();
+    /*! MiracastManager::requestResume(), likewise. Cancelled, it is followed by requestPause(). */
+    [[nodiscard]] QFuture<RequestResult> resumeSink();
+    /*! MiracastManager::requestShutdown(), likewise; nothing takes that back. */
+    [[nodiscard]] QFuture<RequestResult> shutDownMiracast();
 
     /*! Led::flash(count); finished when all flashes have been seen. Cancelled, the LED goes out. */
     [[nodiscard]] QFuture<RequestResult> flash(device::LedColor::Type color, int count);

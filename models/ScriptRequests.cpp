@@ -33,6 +33,26 @@ DeviceRequest *ScriptRequests::cancelPeer()
     return follow(m_requests.cancelPeer());
 }
 
+DeviceRequest *ScriptRequests::startPeerSession()
+{
+    return follow(m_requests.startPeerSession());
+}
+
+DeviceRequest *ScriptRequests::stopPeerSession(const QString &key)
+{
+    return follow(m_requests.stopPeerSession(key));
+}
+
+DeviceRequest *ScriptRequests::peerIpAddress(const QString &hardwareAddress)
+{
+    return follow(m_requests.peerIpAddress(hardwareAddress));
+}
+
+DeviceRequest *ScriptRequests::scanSinks()
+{
+    return follow(m_requests.scanSinks());
+}
+
 DeviceRequest *ScriptRequests::connectSink(const QString &hardwareAddress, const QString &pin)
 {
     return follow(m_requests.connectSink(hardwareAddress, pin));
@@ -41,6 +61,21 @@ DeviceRequest *ScriptRequests::connectSink(const QString &hardwareAddress, const
 DeviceRequest *ScriptRequests::disconnectSink()
 {
     return follow(m_requests.disconnectSink());
+}
+
+DeviceRequest *ScriptRequests::pauseSink()
+{
+    return follow(m_requests.pauseSink());
+}
+
+DeviceRequest *ScriptRequests::resumeSink()
+{
+    return follow(m_requests.resumeSink());
+}
+
+DeviceRequest *ScriptRequests::shutDownMiracast()
+{
+    return follow(m_requests.shutDownMiracast());
 }
 
 DeviceRequest *ScriptRequests::flash(int color, int count)

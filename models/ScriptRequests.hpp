@@ -30,11 +30,25 @@ public:
         const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin = {});
     /*! DeviceRequests::cancelPeer(). */
     Q_INVOKABLE oz::models::DeviceRequest *cancelPeer();
+    /*! DeviceRequests::startPeerSession(). */
+    Q_INVOKABLE oz::models::DeviceRequest *startPeerSession();
+    /*! DeviceRequests::stopPeerSession(). */
+    Q_INVOKABLE oz::models::DeviceRequest *stopPeerSession(const QString &key);
+    /*! DeviceRequests::peerIpAddress(). */
+    Q_INVOKABLE oz::models::DeviceRequest *peerIpAddress(const QString &hardwareAddress);
+    /*! DeviceRequests::scanSinks(). */
+    Q_INVOKABLE oz::models::DeviceRequest *scanSinks();
     /*! DeviceRequests::connectSink(). */
     Q_INVOKABLE oz::models::DeviceRequest *connectSink(
         const QString &hardwareAddress, const QString &pin = {});
     /*! DeviceRequests::disconnectSink(). */
     Q_INVOKABLE oz::models::DeviceRequest *disconnectSink();
+    /*! DeviceRequests::pauseSink(). */
+    Q_INVOKABLE oz::models::DeviceRequest *pauseSink();
+    /*! DeviceRequests::resumeSink(). */
+    Q_INVOKABLE oz::models::DeviceRequest *resumeSink();
+    /*! DeviceRequests::shutDownMiracast(). */
+    Q_INVOKABLE oz::models::DeviceRequest *shutDownMiracast();
     /*! DeviceRequests::flash(), with a LedColor. */
     Q_INVOKABLE oz::models::DeviceRequest *flash(int color, int count);
     /*! DeviceRequests::vibrate(). */

@@ -1,48 +1,209 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import oz.panel
 
-// What a facility of the phone can be told.
-ScrollView {
+// What a facility of the phone can be told, what it is like, and what applications see of it.
+Scroller {
     id: page
 
+    property PhoneControl phone: null
     property var facility: ({})
+    readonly property string name: facility.name ?? ""
     readonly property var instances: facility.instances ?? []
+    readonly property string instance: instances.length > 0 ? which.currentText : ""
+    readonly property var values: ((phone?.values ?? {})[name] ?? {})[instance] ?? {}
+    // As a text, so that controls are made anew only where they are others.
+    readonly property string described: JSON.stringify(facility.verbs ?? [])
+    readonly property var verbs: JSON.parse(described)
 
-    signal told(var words)
+    function give(words) {
+        return page.phone.tell([page.name].concat(page.instance === "" ? [] : [page.instance], words)); // qmllint disable
+    }
 
-    contentWidth: availableWidth
+    // Those that bring somebody into range, or out of it, are a switch for each.
+    function some(isFault, hasArguments) {
+        return verbs.filter(verb => (verb.fault === true) === isFault && verb.arguments.length > 0 === hasArguments && verb.name !== facility.comes && verb.name !== facility.goes);
+    }
 
-    ColumnLayout {
-        width: page.availableWidth
-        spacing: 8
+    onNameChanged: contentItem.contentY = 0
 
-        Label {
-            text: page.facility.name ?? ""
-            font.bold: true
-            font.pixelSize: 18
+    Label {
+        width: parent.width - parent.rightPadding
+        text: Words.facility(page.name)
+        font.bold: true
+        font.pixelSize: 18
+        wrapMode: Text.Wrap
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+    Label {
+        width: parent.width - parent.rightPadding
+        visible: text !== ""
+        text: {
+            if (page.verbs.length > 0 || (page.facility.source ?? "") === "")
+                return "";
+            if (page.facility.state === "known")
+                return qsTr("Fed by %1, which is shown and cannot be told anything here").arg(page.facility.source);
+            return qsTr("Not known: %1").arg(page.facility.reason ?? page.facility.state);
         }
-        ComboBox {
-            id: instance
+        color: palette.placeholderText
+        wrapMode: Text.Wrap
+    }
+    ComboBox {
+        id: which
 
-            Layout.fillWidth: true
-            visible: page.instances.length > 0
-            model: page.instances
-            Accessible.name: qsTr("Which one")
-        }
+        width: parent.width - parent.rightPadding
+        visible: page.instances.length > 0
+        model: page.instances
+        Accessible.name: qsTr("Which one")
+    }
+    Flow {
+        width: parent.width - parent.rightPadding
+        visible: states.count > 0
+        spacing: 6
+
         Repeater {
-            model: page.facility.verbs ?? []
+            id: states
 
-            VerbControl {
+            model: page.some(false, false)
+
+            StateButton {
                 required property var modelData
 
-                Layout.fillWidth: true
-                verb: modelData.name
-                wanted: modelData.arguments
-                help: modelData.help
-                onGiven: words => {
-                    const which = instance.visible ? [instance.currentText] : []; // qmllint disable unqualified
-                    page.told([page.facility.name].concat(which, words)); // qmllint disable unqualified
+                verb: modelData
+                value: page.values[modelData.name] // qmllint disable unqualified
+                onGiven: page.give([modelData.name]) // qmllint disable unqualified
+            }
+        }
+    }
+    Label {
+        visible: around.count > 0
+        text: qsTr("In range")
+        font.bold: true
+    }
+    Repeater {
+        id: around
+
+        model: page.facility.comes ? page.phone.neighbours.filter(neighbour => neighbour.part === page.name).length : 0
+
+        Switch {
+            required property int index
+            readonly property var neighbour: page.phone.neighbours.filter(neighbour => neighbour.part === page.name)[index] // qmllint disable unqualified
+            readonly property bool inRange: (neighbour ?? {})["in-range"] === true
+
+            width: parent.width - parent.rightPadding // qmllint disable
+            text: neighbour?.title ?? "" // qmllint disable unqualified
+            checked: inRange
+            onToggled: page.phone.bring(neighbour, checked) // qmllint disable unqualified
+        }
+    }
+    Repeater {
+        model: page.some(false, true)
+
+        VerbControl {
+            id: control
+
+            required property var modelData
+
+            width: parent.width - parent.rightPadding // qmllint disable
+            verb: modelData
+            value: page.values[modelData.name] // qmllint disable unqualified
+            give: page.give // qmllint disable unqualified
+
+            Connections {
+                target: page.phone // qmllint disable unqualified
+
+                function onAnswered(order, problem, number) {
+                    control.answered(number);
+                }
+            }
+        }
+    }
+    Section {
+        id: seen
+
+        width: parent.width - parent.rightPadding
+        visible: rows.count > 0
+        title: qsTr("What applications see")
+        open: page.verbs.length === 0
+
+        Repeater {
+            id: rows
+
+            model: FacilityValues {
+                facility: page.name
+                instance: page.instance
+            }
+
+            RowLayout {
+                id: row
+
+                required property string name
+                required property string value
+
+                width: parent.width
+                visible: seen.open // qmllint disable unqualified
+
+                Label {
+                    Layout.preferredWidth: 150
+                    Layout.alignment: Qt.AlignTop
+                    text: row.name
+                    color: palette.placeholderText
+                    wrapMode: Text.WrapAnywhere
+                }
+                Label {
+                    Layout.fillWidth: true
+                    Layout.alignment: Qt.AlignTop
+                    text: row.value
+                    textFormat: Text.PlainText
+                    wrapMode: Text.Wrap
+                }
+            }
+        }
+    }
+    Section {
+        id: faults
+
+        width: parent.width - parent.rightPadding
+        visible: page.verbs.some(verb => verb.fault === true)
+        title: qsTr("Faults")
+
+        Flow {
+            width: parent.width
+            visible: faults.open
+            spacing: 6
+
+            Repeater {
+                model: page.some(true, false)
+
+                StateButton {
+                    required property var modelData
+
+                    verb: modelData
+                    onGiven: page.give([modelData.name]) // qmllint disable unqualified
+                }
+            }
+        }
+        Repeater {
+            model: page.some(true, true)
+
+            VerbControl {
+                id: fault
+
+                required property var modelData
+
+                width: parent.width
+                visible: faults.open // qmllint disable unqualified
+                verb: modelData
+                give: page.give // qmllint disable unqualified
+
+                Connections {
+                    target: page.phone // qmllint disable unqualified
+
+                    function onAnswered(order, problem, number) {
+                        fault.answered(number);
+                    }
                 }
             }
         }

@@ -7,22 +7,29 @@ ListView {
     id: log
 
     clip: true
+    activeFocusOnTab: true
+    keyNavigationEnabled: false
     model: SignalLog {
         id: lines
     }
     delegate: Label {
         required property string display
 
-        width: ListView.view.width
+        width: ListView.view.width - 12
         text: display
         textFormat: Text.PlainText
         font.family: "monospace"
         font.pixelSize: 11
-        elide: Text.ElideRight
+        wrapMode: Text.WrapAnywhere
+    }
+    Accessible.role: Accessible.List
+    Accessible.name: qsTr("Signals")
+    ScrollBar.vertical: ScrollBar {
+        id: bar
     }
     onCountChanged: Qt.callLater(positionViewAtEnd) // qmllint disable
-    ScrollBar.vertical: ScrollBar {
-    }
+    Keys.onUpPressed: bar.decrease()
+    Keys.onDownPressed: bar.increase()
 
     function append(line) {
         lines.append(line);

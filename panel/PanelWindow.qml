@@ -7,9 +7,20 @@ ApplicationWindow {
     id: window
 
     property bool dark: false
-    property string page: ""
-    readonly property bool wide: width > 760
-    readonly property var facility: phone.facilities[names.currentIndex] ?? ({})
+    // The page that is wished for: a facility, or "scenarios"; and the one that is shown.
+    property string page: "battery"
+    readonly property string current: pages.includes(page) ? page : pages[0] ?? ""
+    readonly property bool wide: width >= 820
+    readonly property var facility: phone.facilities.find(facility => facility.name === current) ?? ({}) // qmllint disable
+    readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
+    // Which part is shown where there is no room for all: 0 for the phone, 1 for its page, 2 for the log.
+    property int part: 1
+    property alias focusRing: ring
+
+    function turn(by) {
+        const place = pages.indexOf(current) + by;
+        page = pages[Math.max(0, Math.min(place, pages.length - 1))] ?? page;
+    }
 
     width: 1000
     height: 720
@@ -23,9 +34,12 @@ ApplicationWindow {
     palette.text: dark ? "#e8eaed" : "#202124"
     palette.button: dark ? "#3c4043" : "#e8eaed"
     palette.buttonText: dark ? "#e8eaed" : "#202124"
-    palette.highlight: "#4285f4"
-    palette.highlightedText: "white"
-    palette.placeholderText: "#80868b"
+    palette.brightText: dark ? "#f28b82" : "#b3261e"
+    palette.highlight: dark ? "#8ab4f8" : "#1a5fb4"
+    palette.highlightedText: dark ? "#202124" : "white"
+    palette.placeholderText: dark ? "#9aa0a6" : "#5f6368"
+    palette.toolTipBase: dark ? "#3c4043" : "#fffde7"
+    palette.toolTipText: dark ? "#e8eaed" : "#202124"
 
     PhoneControl {
         id: phone
@@ -43,24 +57,75 @@ ApplicationWindow {
         sequence: "Ctrl+D"
         onActivated: window.dark = !window.dark
     }
+    Shortcut {
+        sequence: "Ctrl+PgDown"
+        onActivated: window.turn(1)
+    }
+    Shortcut {
+        sequence: "Ctrl+PgUp"
+        onActivated: window.turn(-1)
+    }
+    Shortcut {
+        sequence: "Ctrl+P"
+        enabled: phone.simulated
+        onActivated: {
+            window.page = "scenarios";
+            scenarios.toggle();
+        }
+    }
+    Repeater {
+        model: 3
+
+        Item {
+            required property int index
+
+            Shortcut {
+                sequence: "Ctrl+%1".arg(index + 1) // qmllint disable unqualified
+                onActivated: window.part = index // qmllint disable unqualified
+            }
+        }
+    }
 
     header: ToolBar {
-        RowLayout {
+        ColumnLayout {
             anchors.fill: parent
+            spacing: 0
 
-            Label {
-                Layout.fillWidth: true
-                Layout.leftMargin: 8
-                elide: Text.ElideRight
-                text: {
-                    if (!phone.reachable)
-                        return qsTr("No phone can be reached");
-                    return phone.facilities.length > 0 ? qsTr("A simulated phone") : qsTr("A device, which is shown and cannot be told anything");
+            RowLayout {
+                Label {
+                    Layout.fillWidth: true
+                    Layout.leftMargin: 8
+                    wrapMode: Text.Wrap
+                    text: {
+                        if (!phone.reachable)
+                            return qsTr("No phone can be reached");
+                        return phone.simulated ? qsTr("A simulated phone") : qsTr("A device, which is shown and cannot be told anything");
+                    }
+                }
+                ToolButton {
+                    text: window.dark ? qsTr("Light") : qsTr("Dark")
+                    ToolTip.text: qsTr("Ctrl+D")
+                    ToolTip.visible: hovered || visualFocus
+                    onClicked: window.dark = !window.dark
                 }
             }
-            ToolButton {
-                text: window.dark ? qsTr("Light") : qsTr("Dark")
-                onClicked: window.dark = !window.dark
+            TabBar {
+                id: parts
+
+                Layout.fillWidth: true
+                visible: !window.wide
+                currentIndex: window.part
+                onCurrentIndexChanged: window.part = currentIndex
+
+                TabButton {
+                    text: qsTr("Phone")
+                }
+                TabButton {
+                    text: qsTr("Controls")
+                }
+                TabButton {
+                    text: qsTr("Signals")
+                }
             }
         }
     }
@@ -69,66 +134,127 @@ ApplicationWindow {
 
         padding: 6
         visible: text !== ""
-        color: "#d93025"
+        color: palette.brightText
+        textFormat: Text.PlainText
         wrapMode: Text.Wrap
+        Accessible.role: Accessible.AlertMessage
+        Accessible.name: text
     }
 
-    GridLayout {
+    RowLayout {
         anchors.fill: parent
         anchors.margins: 8
-        columns: window.wide ? 3 : 1
-        columnSpacing: 12
+        spacing: 12
 
         ListView {
             id: names
 
             Layout.preferredWidth: 150
-            Layout.fillHeight: window.wide
-            Layout.fillWidth: !window.wide
-            Layout.preferredHeight: 36
-            orientation: window.wide ? ListView.Vertical : ListView.Horizontal
+            Layout.fillHeight: true
+            visible: window.wide && count > 0
             clip: true
-            model: phone.facilities
+            model: window.pages
             activeFocusOnTab: true
             keyNavigationEnabled: true
-            visible: count > 0
-            onCountChanged: currentIndex = Math.max(0, phone.facilities.findIndex(facility => facility.name === window.page)) // qmllint disable
+            currentIndex: window.pages.indexOf(window.current)
+            highlightMoveDuration: 0
+            Accessible.role: Accessible.List
+            Accessible.name: qsTr("Pages")
+            Keys.onDownPressed: window.turn(1)
+            Keys.onUpPressed: window.turn(-1)
+            ScrollBar.vertical: ScrollBar {
+            }
             delegate: ItemDelegate {
-                required property int index
-                required property var modelData
+                required property string modelData
 
-                width: window.wide ? ListView.view.width : implicitWidth // qmllint disable unqualified
-                text: modelData.name
+                width: ListView.view.width
+                text: Words.facility(modelData)
                 highlighted: ListView.isCurrentItem
-                onClicked: ListView.view.currentIndex = index
+                onClicked: {
+                    window.page = modelData; // qmllint disable unqualified
+                    ListView.view.forceActiveFocus(Qt.MouseFocusReason);
+                }
             }
         }
         ColumnLayout {
             Layout.fillWidth: true
             Layout.fillHeight: true
+            visible: window.wide || window.part !== 1
 
             PhonePicture {
                 Layout.fillWidth: true
                 Layout.fillHeight: true
-                Layout.minimumHeight: 120
+                Layout.preferredHeight: 400
+                visible: window.wide || window.part === 0
                 led: phone.led
                 vibrating: phone.vibrating
+                neighbours: phone.neighbours
+                onBrought: (neighbour, inRange) => phone.bring(neighbour, inRange)
             }
             LogPage {
                 id: log
 
                 Layout.fillWidth: true
                 Layout.fillHeight: true
-                Layout.minimumHeight: 60
+                Layout.preferredHeight: 140
+                visible: window.wide || window.part === 2
             }
         }
-        FacilityPage {
-            Layout.preferredWidth: 320
+        ColumnLayout {
+            Layout.preferredWidth: 340
             Layout.fillWidth: !window.wide
             Layout.fillHeight: true
-            visible: phone.facilities.length > 0
-            facility: window.facility
-            onTold: words => phone.tell(words)
+            visible: window.wide || window.part === 1
+
+            ComboBox {
+                Layout.fillWidth: true
+                visible: !window.wide && count > 0
+                model: window.pages.map(name => Words.facility(name))
+                currentIndex: window.pages.indexOf(window.current)
+                Accessible.name: qsTr("Page")
+                onActivated: index => window.page = window.pages[index]
+            }
+            Item {
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+
+                FacilityPage {
+                    anchors.fill: parent
+                    visible: window.current !== "scenarios"
+                    phone: phone
+                    facility: window.facility
+                }
+                ScenarioPage {
+                    id: scenarios
+
+                    anchors.fill: parent
+                    visible: window.current === "scenarios"
+                    number: phone.scenario
+                    onProblem: text => status.text = text
+                }
+            }
         }
+    }
+    // Where the keys go.
+    Rectangle {
+        id: ring
+
+        // The control that has the focus itself, or in a part of it, such as a row.
+        readonly property Item focused: {
+            let item = window.activeFocusItem;
+            while (item !== null && !item.activeFocusOnTab)
+                item = item.parent;
+            return item;
+        }
+
+        anchors.fill: parent
+        anchors.margins: -2
+        parent: focused !== null ? focused : window.contentItem // qmllint disable
+        visible: focused !== null
+        z: 100
+        color: "transparent"
+        border.color: window.palette.highlight
+        border.width: 2
+        radius: 4
     }
 }

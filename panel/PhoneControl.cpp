@@ -1,9 +1,14 @@
 #include "PhoneControl.hpp"
 
+#include <utility>
+
 using oz::PpsObject;
 using oz::PpsOpenMode;
 
 namespace {
+
+const QString Name = QStringLiteral("name");
+const QString Source = QStringLiteral("source");
 
 QVariantMap attributesOf(const QByteArray &message)
 {
@@ -14,81 +19,131 @@ QVariantMap attributesOf(const QByteArray &message)
 } // namespace
 
 PhoneControl::PhoneControl(QObject *parent)
-    : QObject(parent), m_control(QStringLiteral("/pps/system/ozdeviced/control")),
+    : QObject(parent), m_statusObject(QStringLiteral("/pps/system/ozdeviced/status")),
       m_ledStatus(QStringLiteral("/pps/services/led/status")),
       m_vibration(QStringLiteral("/pps/services/vibration/activity")), m_led(Qt::transparent)
 {
-    connect(&m_control, &PpsObject::readyRead, this, &PhoneControl::takeAnswer);
-    connect(&m_control, &PpsObject::serviceReturned, this,
-        [this] { ask(QStringLiteral("describe"), {}, QString()); });
+    connect(&m_statusObject, &PpsObject::readyRead, this, &PhoneControl::readStatus);
     connect(&m_ledStatus, &PpsObject::readyRead, this, &PhoneControl::readLed);
     connect(&m_vibration, &PpsObject::readyRead, this, &PhoneControl::readVibration);
-    connect(&m_again, &QTimer::timeout, this, &PhoneControl::connectToDaemon);
+    connect(&m_again, &QTimer::timeout, this, &PhoneControl::openObjects);
     m_again.setInterval(2000);
-    connectToDaemon();
+    openObjects();
+    connect(&m_link, &DaemonLink::opened, this, &PhoneControl::follow);
 }
 
-void PhoneControl::connectToDaemon()
+void PhoneControl::openObjects()
 {
-    if (!m_ledStatus.isOpen() && m_ledStatus.open(PpsOpenMode::Subscribe))
-        readLed();
-    if (!m_vibration.isOpen() && m_vibration.open(PpsOpenMode::Subscribe))
-        readVibration();
-    if (!m_control.open(PpsOpenMode::PublishSubscribe)) {
-        m_again.start();
-        return;
-    }
-    m_again.stop();
-    Q_EMIT changed();
-    ask(QStringLiteral("describe"), {}, QString());
-}
-
-void PhoneControl::tell(const QStringList &words)
-{
-    const QString order = words.join(u' ');
-    if (words.size() < 2) {
-        Q_EMIT answered(order, tr("this is no order"));
-        return;
-    }
-    ask(QStringLiteral("sim"),
-        QVariantMap{{QStringLiteral("facility"), words.at(0)}, {QStringLiteral("verb"), words.at(1)},
-            {QStringLiteral("arguments"), words.sliced(2)}},
-        order);
-}
-
-void PhoneControl::ask(const QString &request, const QVariant &data, const QString &order)
-{
-    QVariantMap message{{QStringLiteral("msg"), request}};
-    if (data.isValid())
-        message.insert(QStringLiteral("dat"), data);
-    if (m_control.write(PpsObject::encode(message)))
-        m_asked.enqueue(order);
+    bool isComplete = true;
+    const auto open = [&](PpsObject *object, void (PhoneControl::*read)()) {
+        if (object->isOpen())
+            return;
+        if (object->open(PpsOpenMode::Subscribe))
+            (this->*read)();
+        else
+            isComplete = false;
+    };
+    open(&m_statusObject, &PhoneControl::readStatus);
+    open(&m_ledStatus, &PhoneControl::readLed);
+    open(&m_vibration, &PhoneControl::readVibration);
+    if (isComplete)
+        m_again.stop();
     else
-        Q_EMIT answered(order, m_control.errorString());
+        m_again.start();
 }
 
-void PhoneControl::takeAnswer()
+void PhoneControl::follow()
 {
-    bool ok = false;
-    for (QByteArray message = m_control.read(&ok); ok; message = m_control.read(&ok)) {
-        const QVariantMap answer = attributesOf(message);
-        const QString order = m_asked.isEmpty() ? QString() : m_asked.dequeue();
-        if (!order.isEmpty()) {
-            Q_EMIT answered(order, answer.value(QStringLiteral("errstr")).toString());
-            continue;
-        }
-        const QVariantMap parts =
-            answer.value(QStringLiteral("dat")).toMap().value(QStringLiteral("simulated")).toMap();
-        m_facilities.clear();
-        for (auto part = parts.begin(); part != parts.end(); ++part) {
-            QVariantMap facility = part->toMap();
-            facility.insert(QStringLiteral("name"), part.key());
-            m_facilities.append(facility);
-        }
+    openObjects();
+    m_version = QVariant();
+    m_description.clear();
+    look();
+}
+
+// Asks anew as long as there is somebody who answers.
+void PhoneControl::look()
+{
+    QVariantMap known;
+    if (m_version.isValid())
+        known.insert(QStringLiteral("from"), m_version);
+    m_link.ask(QStringLiteral("phone"), known, [this](const QVariantMap &told, const QString &problem) {
+        if (!problem.isEmpty())
+            return; // it is opened again
+        m_version = told.value(QStringLiteral("version"));
+        if (const QString mark = told.value(QStringLiteral("description")).toString();
+            std::exchange(m_description, mark) != mark)
+            describe();
+        look();
+        const auto take = [&]<typename Value>(
+                              Value *value, const char *name, void (PhoneControl::*signal)()) {
+            const auto next = told.value(QLatin1String(name)).template value<Value>();
+            if (std::exchange(*value, next) != next)
+                Q_EMIT(this->*signal)();
+        };
+        take(&m_values, "values", &PhoneControl::valuesChanged);
+        take(&m_neighbours, "neighbours", &PhoneControl::neighboursChanged);
+        take(&m_scenario, "scenario", &PhoneControl::scenarioChanged);
+    });
+}
+
+void PhoneControl::describe()
+{
+    m_link.ask(QStringLiteral("describe"), {}, [this](const QVariantMap &told, const QString &problem) {
+        if (!problem.isEmpty())
+            return;
+        m_parts = told.value(QStringLiteral("simulated")).toMap();
+        gather();
+    });
+}
+
+void PhoneControl::gather()
+{
+    // What is no facility, such as the clock, is the simulated phone's all the same.
+    QVariantMap all = m_parts;
+    for (auto state = m_status.begin(); state != m_status.end(); ++state) {
+        QVariantMap facility = state->toMap();
+        if (facility.value(Source) == QStringLiteral("simulated"))
+            facility.insert(m_parts.value(state.key()).toMap());
+        all.insert(state.key(), facility);
+    }
+    QVariantList facilities;
+    for (auto each = all.begin(); each != all.end(); ++each) {
+        QVariantMap facility = each->toMap();
+        facility.insert(Name, each.key());
+        facilities.append(facility);
+    }
+    if (facilities != m_facilities) {
+        m_facilities = facilities;
         Q_EMIT changed();
     }
-    if (m_control.error() == ECONNRESET)
-        m_asked.clear(); // what was asked is not answered any more
+}
+
+int PhoneControl::tell(const QStringList &words)
+{
+    const QString order = words.join(u' ');
+    const int number = ++m_orders;
+    m_link.ask(QStringLiteral("sim"),
+        {{QStringLiteral("facility"), words.value(0)}, {QStringLiteral("verb"), words.value(1)},
+            {QStringLiteral("arguments"), words.mid(2)}},
+        [this, order, number](
+            const QVariantMap &, const QString &problem) { Q_EMIT answered(order, problem, number); });
+    return number;
+}
+
+int PhoneControl::bring(const QVariantMap &neighbour, bool inRange)
+{
+    const QString part = neighbour.value(QStringLiteral("part")).toString();
+    const QString verb = m_parts.value(part)
+                             .toMap()
+                             .value(inRange ? QStringLiteral("comes") : QStringLiteral("goes"))
+                             .toString();
+    return tell({part, verb, neighbour.value(Name).toString()});
+}
+
+void PhoneControl::readStatus()
+{
+    m_status = attributesOf(m_statusObject.read()).value(QStringLiteral("facilities")).toMap();
+    gather();
 }
 
 void PhoneControl::readLed()

@@ -1,30 +1,39 @@
 #pragma once
 
+#include "DaemonLink.hpp"
+
 #include <oz/PpsObject.hpp>
 
 #include <QColor>
-#include <QQueue>
 #include <QStringList>
-#include <QTimer>
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
 /*!
- * What the simulated phone can be told, and what only its services know of it. Never waits: answers come with
- * signals.
+ * What the phone can be told, what it is like where only its services know, and who is around it. Never
+ * waits: answers come with signals.
  */
 class PhoneControl : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    /*! Whether the daemon is there and lets this user tell it. */
+    /*! Whether services publish anything. */
     Q_PROPERTY(bool reachable READ isReachable NOTIFY changed)
+    /*! Whether there is anything that this user can tell the phone. */
+    Q_PROPERTY(bool simulated READ isSimulated NOTIFY changed)
     /*!
-     * The facilities of the simulated phone, as the daemon describes them: maps with "name", "instances"
-     * (texts, none where there is but one) and "verbs", each with "name", "arguments" (texts) and "help".
-     * Empty on a real device.
+     * The facilities, as the daemon describes them: maps with "name"; "source", "state" and "reason" of what
+     * feeds it, where it is told; and, of those that the simulated phone feeds, "instances" (texts, none
+     * where there is but one) and "verbs", each with "name", "arguments" (texts), "help", "choices" and
+     * "fault".
      */
     Q_PROPERTY(QVariantList facilities READ facilities NOTIFY changed)
+    /*! What each verb of each instance of each facility would be told now: three maps in each other. */
+    Q_PROPERTY(QVariantMap values READ values NOTIFY valuesChanged)
+    /*! What is around the phone, in range or not: maps with "part", "name", "title" and "in-range". */
+    Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
+    /*! Which of the scenarios that the daemon has played began last; 0 for none. */
+    Q_PROPERTY(int scenario READ scenario NOTIFY scenarioChanged)
     /*! The colour that the LED shows; transparent while it is dark, and where that is not known. */
     Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
     /*! Whether the motor runs. */
@@ -33,34 +42,54 @@ class PhoneControl : public QObject
 public:
     explicit PhoneControl(QObject *parent = nullptr);
 
-    [[nodiscard]] bool isReachable() const { return m_control.isOpen(); }
+    [[nodiscard]] bool isReachable() const { return m_link.isOpen() || !m_status.isEmpty(); }
+    [[nodiscard]] bool isSimulated() const { return !m_parts.isEmpty(); }
     [[nodiscard]] QVariantList facilities() const { return m_facilities; }
+    [[nodiscard]] QVariantMap values() const { return m_values; }
+    [[nodiscard]] QVariantList neighbours() const { return m_neighbours; }
+    [[nodiscard]] int scenario() const { return m_scenario; }
     [[nodiscard]] QColor led() const { return m_led; }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 
-    /*! Tells the phone what `ozdevice sim` would; answered() follows. */
-    Q_INVOKABLE void tell(const QStringList &words);
+    /*! Tells the phone what `ozdevice sim` would; answered() follows, with the number that this returns. */
+    Q_INVOKABLE int tell(const QStringList &words);
+    /*! Brings one of the neighbours into range, or takes it out, as tell(). */
+    Q_INVOKABLE int bring(const QVariantMap &neighbour, bool inRange);
 
 Q_SIGNALS:
     void changed();
+    void valuesChanged();
+    void neighboursChanged();
+    void scenarioChanged();
     void ledChanged();
     void vibratingChanged();
-    /*! \a problem is empty where the phone did what it was told. */
-    void answered(const QString &order, const QString &problem);
+    /*! \a problem is empty where the phone did what it was told; values tells before what became of it. */
+    void answered(const QString &order, const QString &problem, int number);
 
 private:
-    void connectToDaemon();
-    void ask(const QString &request, const QVariant &data, const QString &order);
-    void takeAnswer();
+    void follow();
+    void describe();
+    void look();
+    void openObjects();
+    void gather();
+    void readStatus();
     void readLed();
     void readVibration();
 
-    oz::PpsObject m_control;
+    DaemonLink m_link;
+    oz::PpsObject m_statusObject;
     oz::PpsObject m_ledStatus;
     oz::PpsObject m_vibration;
-    QTimer m_again; // tries to reach a daemon that is not there yet
-    QQueue<QString> m_asked; // answers come in the order of the orders
+    QTimer m_again; // for objects that are not there yet
+    QVariantMap m_status; // of the facilities
+    QVariantMap m_parts; // of the simulated phone
+    QString m_description; // the mark of that
+    QVariant m_version;
     QVariantList m_facilities;
+    QVariantMap m_values;
+    QVariantList m_neighbours;
+    int m_scenario = 0;
+    int m_orders = 0;
     QColor m_led;
     bool m_vibrating = false;
 };

@@ -1,115 +1,294 @@
 import QtQuick
 import QtQuick.Controls
 import QtQuick.Layouts
+import oz.panel
 
-// A verb of the phone as the control that its arguments deserve.
-RowLayout {
+// A verb of the phone as the control that its arguments deserve, which shows what the phone is like. It is told by
+// the person alone: what the phone becomes is never told back to it.
+ColumnLayout {
     id: control
 
-    property string verb
-    property var wanted: []
-    property string help
+    // As the daemon describes it.
+    property var verb: ({})
+    // What it would be told now; undefined where nobody knows.
+    property var value
+    // The order that the phone has not answered, and the one to give after it.
+    property int pending: 0
+    property var next: null
 
-    signal given(var words)
-
+    readonly property string name: verb.name ?? ""
+    readonly property string help: Words.help(verb.help ?? "")
+    readonly property var wanted: verb.arguments ?? []
     readonly property string argument: wanted.length === 1 ? wanted[0] : ""
-    readonly property var range: ranges[argument]
-    // What the arguments that are numbers range over, where that is of nature.
-    readonly property var ranges: ({
-            "PERCENT": [0, 100, 1],
-            "DBM": [-120, -40, 1]
-        })
-
-    function choices(word) {
-        if (word === "DEGREES")
-            return ["0", "90", "180", "270"];
-        return word.includes("|") && !word.startsWith("[") ? word.split("|") : [];
+    readonly property var choice: choiceOf(argument)
+    readonly property string kind: {
+        if (argument === "on|off")
+            return "switch";
+        if (argument === "" || value === undefined)
+            return argument !== "" && choice.most !== undefined ? "slider" : "call";
+        if (choice.most !== undefined)
+            return "slider";
+        if (argument.endsWith(",..."))
+            return "list";
+        return choice.words.length > 0 ? "choice" : "text";
     }
 
-    function give(words) {
-        given([verb].concat(words)); // qmllint disable
+    // To be called with the order's words; the number of the order is its result.
+    property var give: words => 0
+
+    function choiceOf(word) {
+        const known = (verb.choices ?? {})[word] ?? {};
+        const words = known.words ?? (word.includes("|") && !word.startsWith("[") ? word.split("|") : []);
+        return {
+            "words": words,
+            "least": known.least,
+            "most": known.most,
+            "step": known.step,
+            "unit": known.unit ?? ""
+        };
     }
 
-    ToolTip.visible: hover.hovered && help !== ""
-    ToolTip.text: help
-    ToolTip.delay: 700
+    // The newest order counts: while one is under way, those between are left out.
+    function tell(words) {
+        if (pending !== 0)
+            next = words;
+        else
+            pending = give([name].concat(words)); // qmllint disable
+    }
 
-    HoverHandler {
-        id: hover
-    }
-    Switch {
-        visible: control.argument === "on|off"
-        text: control.verb
-        Accessible.description: control.help
-        onToggled: control.give([checked ? "on" : "off"])
-    }
-    Label {
-        visible: slider.visible
-        text: control.verb
-    }
-    Slider {
-        id: slider
-
-        Layout.fillWidth: true
-        visible: control.range !== undefined
-        from: visible ? control.range[0] : 0
-        to: visible ? control.range[1] : 1
-        stepSize: visible ? control.range[2] : 1
-        snapMode: Slider.SnapAlways
-        Accessible.name: control.verb
-        Accessible.description: control.help
-        onMoved: control.give([String(Math.round(value))])
-    }
-    Label {
-        visible: slider.visible
-        text: Math.round(slider.value)
-        Layout.minimumWidth: 36
-    }
-    Button {
-        visible: control.argument !== "on|off" && !slider.visible
-        text: control.verb
-        Accessible.description: control.help
-        onClicked: {
-            const words = [];
-            for (let i = 0; i < fields.count; ++i) {
-                const word = fields.itemAt(i).word; // qmllint disable
-                if (word !== "")
-                    words.push(word);
-            }
-            control.give(words);
+    function answered(number) {
+        if (number !== pending)
+            return;
+        pending = 0;
+        if (next !== null) {
+            const words = next;
+            next = null;
+            tell(words);
+        } else {
+            show();
         }
     }
-    Repeater {
-        id: fields
 
-        model: control.argument === "on|off" || slider.visible ? [] : control.wanted
+    // Shows the phone's value, unless the person is about to give another one.
+    function show() {
+        if (pending !== 0)
+            return;
+        toggle.checked = value === true;
+        if (!slider.pressed && !isNaN(Number(value)))
+            slider.value = Number(value);
+        if (value !== undefined) {
+            box.currentIndex = choice.words.indexOf(String(value));
+            if (!field.activeFocus || field.text === field.shown)
+                field.text = String(value);
+            field.shown = String(value);
+            const chosen = String(value).split(",");
+            for (let i = 0; i < list.count; ++i)
+                list.itemAt(i).checked = chosen.includes(choice.words[i]);
+        }
+    }
 
-        RowLayout {
-            id: field
+    spacing: 2
+    onValueChanged: show()
+    onVerbChanged: show()
+    Component.onCompleted: show()
 
-            required property string modelData
-            readonly property var choices: control.choices(modelData) // qmllint disable unqualified
-            readonly property string word: choices.length > 0 ? box.editText || box.currentText : text.text
+    RowLayout {
+        Layout.fillWidth: true
+        spacing: 8
+
+        ColumnLayout {
+            Layout.fillWidth: true
+            spacing: 0
+
+            Label {
+                Layout.fillWidth: true
+                visible: control.kind !== "call"
+                text: Words.verb(control.name)
+                wrapMode: Text.Wrap
+            }
+            Label {
+                Layout.fillWidth: true
+                visible: text !== ""
+                text: control.help
+                color: palette.placeholderText
+                font.pixelSize: 11
+                wrapMode: Text.Wrap
+            }
+        }
+        Label {
+            Layout.alignment: Qt.AlignTop
+            visible: slider.visible
+            text: control.value !== undefined && control.choice.words.includes(String(control.value)) && !slider.pressed && control.pending === 0 ? control.value : "%1 %2".arg(Number(slider.value.toFixed(2)).toLocaleString(Qt.locale(), "f", control.choice.step < 1 ? 1 : 0)).arg(control.choice.unit)
+        }
+        Switch {
+            id: toggle
+
+            visible: control.kind === "switch"
+            Accessible.name: Words.verb(control.name)
+            Accessible.description: control.help
+            onToggled: control.tell([checked ? "on" : "off"])
+        }
+        ComboBox {
+            id: box
+
+            Layout.maximumWidth: 150
+            visible: control.kind === "choice"
+            model: control.choice.words
+            Accessible.name: Words.verb(control.name)
+            Accessible.description: control.help
+            onActivated: control.tell([currentText])
+        }
+    }
+    RowLayout {
+        Layout.fillWidth: true
+        visible: control.kind === "slider"
+
+        Slider {
+            id: slider
 
             Layout.fillWidth: true
+            visible: control.kind === "slider"
+            from: control.choice.least ?? 0
+            to: control.choice.most ?? 1
+            stepSize: control.choice.step ?? 1
+            snapMode: Slider.SnapAlways
+            Accessible.name: Words.verb(control.name)
+            Accessible.description: qsTr("from %1 to %2 %3").arg(from).arg(to).arg(control.choice.unit)
+            onMoved: control.tell([String(Number(value.toFixed(2)))])
+        }
+        Repeater {
+            model: control.kind === "slider" ? control.choice.words : []
 
-            ComboBox {
-                id: box
+            Button {
+                required property string modelData
 
-                Layout.fillWidth: true
-                visible: field.choices.length > 0
-                model: field.choices
-                // A choice in capitals stands for a value of one's own.
-                editable: field.choices.some(choice => choice === choice.toUpperCase() && isNaN(Number(choice)))
-                Accessible.name: field.modelData
+                text: modelData
+                checkable: false
+                highlighted: control.value === modelData // qmllint disable unqualified
+                Accessible.name: "%1: %2".arg(Words.verb(control.name)).arg(modelData) // qmllint disable unqualified
+                onClicked: control.tell([modelData]) // qmllint disable unqualified
             }
-            TextField {
-                id: text
+        }
+    }
+    Flow {
+        Layout.fillWidth: true
+        visible: control.kind === "list"
 
-                Layout.fillWidth: true
-                visible: field.choices.length === 0
-                placeholderText: field.modelData
-                Accessible.name: field.modelData
+        Repeater {
+            id: list
+
+            model: control.argument.endsWith(",...") ? control.choice.words : []
+
+            CheckBox {
+                required property string modelData
+
+                text: modelData
+                Accessible.description: control.help // qmllint disable unqualified
+                onToggled: {
+                    const chosen = [];
+                    for (let i = 0; i < list.count; ++i) {
+                        // qmllint disable unqualified
+                        if (list.itemAt(i).checked) // qmllint disable
+                            chosen.push(list.itemAt(i).modelData); // qmllint disable
+                    }
+                    control.tell([chosen.join(",")]); // qmllint disable unqualified
+                }
+            }
+        }
+    }
+    RowLayout {
+        Layout.fillWidth: true
+        visible: control.kind === "text"
+
+        TextField {
+            id: field
+
+            property string shown: ""
+
+            Layout.fillWidth: true
+            visible: control.kind === "text"
+            placeholderText: control.argument.replace(/[\[\]]/g, "")
+            selectByMouse: true
+            Accessible.name: Words.verb(control.name)
+            Accessible.description: control.help
+            onAccepted: set.clicked()
+        }
+        Button {
+            id: set
+
+            visible: control.kind === "text"
+            text: qsTr("Set")
+            Accessible.name: qsTr("Set: %1").arg(Words.verb(control.name))
+            onClicked: control.tell(field.text === "" && control.argument.startsWith("[") ? [] : [field.text])
+        }
+    }
+    Flow {
+        Layout.fillWidth: true
+        visible: control.kind === "call"
+        spacing: 6
+
+        Repeater {
+            id: fields
+
+            model: control.kind === "call" ? control.wanted : []
+
+            Item {
+                id: argument
+
+                required property string modelData
+                readonly property var choice: control.choiceOf(modelData) // qmllint disable unqualified
+                readonly property bool isChoice: choice.words.length > 0
+                readonly property string word: isChoice ? words.currentText : text.text
+
+                implicitWidth: isChoice ? words.implicitWidth : text.implicitWidth
+                implicitHeight: isChoice ? words.implicitHeight : text.implicitHeight
+
+                ComboBox {
+                    id: words
+
+                    visible: argument.isChoice
+                    implicitWidth: 120
+                    model: argument.choice.words
+                    Accessible.name: argument.modelData
+                }
+                TextField {
+                    id: text
+
+                    visible: !argument.isChoice
+                    implicitWidth: Math.max(80, hint.implicitWidth + 20)
+                    placeholderText: argument.modelData
+                    selectByMouse: true
+                    Accessible.name: argument.modelData
+                    onAccepted: go.clicked() // qmllint disable unqualified
+
+                    TextMetrics {
+                        id: metrics
+
+                        font: text.font
+                        text: argument.modelData
+                    }
+                    Item {
+                        id: hint
+
+                        implicitWidth: metrics.width
+                    }
+                }
+            }
+        }
+        Button {
+            id: go
+
+            visible: control.kind === "call"
+            text: Words.verb(control.name)
+            Accessible.description: control.help
+            onClicked: {
+                const words = [];
+                for (let i = 0; i < fields.count; ++i) {
+                    const word = fields.itemAt(i).word; // qmllint disable
+                    if (word !== "")
+                        words.push(word);
+                }
+                control.tell(words);
             }
         }
     }

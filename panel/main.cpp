@@ -26,6 +26,8 @@ int main(int argc, char **argv)
     words.addOption(
         {QStringLiteral("page"), QStringLiteral("Begins with this facility."), QStringLiteral("name")});
     words.addOption({QStringLiteral("dark"), QStringLiteral("Begins with light on dark.")});
+    words.addOption({QStringLiteral("size"), QStringLiteral("The window's size, such as 360x640."),
+        QStringLiteral("size")});
     words.process(application);
 
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
@@ -37,8 +39,14 @@ int main(int argc, char **argv)
     const QString here = QGuiApplication::applicationDirPath() + u'/';
     engine.addImportPath(here + QStringLiteral(OZ_MODULES_FROM_PROGRAM));
     engine.addImportPath(here + QLatin1String("../qml"));
-    engine.setInitialProperties({{QStringLiteral("dark"), words.isSet(QStringLiteral("dark"))},
-        {QStringLiteral("page"), words.value(QStringLiteral("page"))}});
+    QVariantMap properties{{QStringLiteral("dark"), words.isSet(QStringLiteral("dark"))}};
+    if (words.isSet(QStringLiteral("page")))
+        properties.insert(QStringLiteral("page"), words.value(QStringLiteral("page")));
+    if (const QStringList size = words.value(QStringLiteral("size")).split(u'x'); size.size() == 2) {
+        properties.insert(QStringLiteral("width"), size[0].toInt());
+        properties.insert(QStringLiteral("height"), size[1].toInt());
+    }
+    engine.setInitialProperties(properties);
     engine.loadData("import oz.panel\nPanelWindow { }\n");
     if (engine.rootObjects().isEmpty())
         return 1;

@@ -69,38 +69,57 @@ std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
                            update();
                        }};
     };
+    // One that makes something of it true or false.
+    const auto state = [this](const QString &name, const QString &help, bool *what, bool value) {
+        return SimVerb::state(
+            name, help,
+            [this, what, value] {
+                *what = value;
+                update();
+            },
+            [what, value] { return *what == value; });
+    };
+    const QString unknown = QStringLiteral("unknown");
+    const QString celsius = QStringLiteral("CELSIUS|unknown");
     return {
-        verb(QStringLiteral("plug"), {}, QStringLiteral("connects a charger"),
-            [this](const QStringList &) { m_plugged = true; }),
-        verb(QStringLiteral("unplug"), {}, QStringLiteral("disconnects the charger"),
-            [this](const QStringList &) { m_plugged = false; }),
+        state(QStringLiteral("plug"), QStringLiteral("connects a charger"), &m_plugged, true),
+        state(QStringLiteral("unplug"), QStringLiteral("disconnects the charger"), &m_plugged, false),
         verb(QStringLiteral("wireless"), {QStringLiteral("[RXID]")},
             QStringLiteral("lays the phone on a wireless charger, or takes it from there"),
-            [this](const QStringList &words) { m_receiver = words.value(0); }),
+            [this](const QStringList &words) { m_receiver = words.value(0); })
+            .with([this] { return m_receiver; }),
         verb(QStringLiteral("level"), {QStringLiteral("PERCENT")}, QStringLiteral("sets the charge"),
-            [this](const QStringList &words) { m_level = SimArgument::integer(words[0], 0, 100); }),
-        verb(QStringLiteral("temperature"), {QStringLiteral("CELSIUS|unknown")},
+            [this](const QStringList &words) { m_level = SimArgument::integer(words[0], 0, 100); })
+            .with([this] { return QString::number(m_level); },
+                {{QStringLiteral("PERCENT"), {{}, 0, 100, 1, QStringLiteral("%")}}}),
+        verb(QStringLiteral("temperature"), {celsius},
             QStringLiteral("sets the temperature; it takes charge from 0 to 45 only"),
             [this](const QStringList &words) {
                 m_battery.temperature = words[0] == u"unknown"
                     ? std::nullopt
                     : std::optional(SimArgument::number(words[0], -100, 200));
-            }),
+            })
+            .with(
+                [this, unknown] {
+                    return m_battery.temperature ? QString::number(*m_battery.temperature) : unknown;
+                },
+                {{celsius, {{unknown}, -20, 80, 0.5, QStringLiteral("°C")}}}),
         verb(QStringLiteral("condition"), {QStringLiteral("ok|bad|unknown")},
             QStringLiteral("sets the condition"),
             [this](const QStringList &words) {
                 m_battery.condition = conditionOf(SimArgument::oneOf(words[0], conditionWords()));
-            }),
-        SimVerb::onOff(QStringLiteral("hold"),
-            QStringLiteral("keeps the charge as it is, or lets it move by itself"),
+            })
+            .with(
+                [this] { return conditionWords()[m_battery.condition ? int(*m_battery.condition) + 1 : 0]; }),
+        SimVerb::onOff(
+            QStringLiteral("hold"), QStringLiteral("keeps the charge as it is, or lets it move by itself"),
             [this](bool on) {
                 m_isHeld = on;
                 update();
-            }),
-        verb(QStringLiteral("remove"), {}, QStringLiteral("takes the battery out"),
-            [this](const QStringList &) { m_present = false; }),
-        verb(QStringLiteral("insert"), {}, QStringLiteral("puts the battery in"),
-            [this](const QStringList &) { m_present = true; }),
+            },
+            [this] { return m_isHeld; }),
+        state(QStringLiteral("remove"), QStringLiteral("takes the battery out"), &m_present, false),
+        state(QStringLiteral("insert"), QStringLiteral("puts the battery in"), &m_present, true),
     };
 }
 

@@ -131,34 +131,44 @@ std::vector<SimVerb> SimulatedNetworks::verbs(const QString &instance)
     Known &known = find(instance);
     Network &network = known.network;
     return {
-        {QStringLiteral("serve"), {}, QStringLiteral("lets it serve, in the place of one of its kind"),
-            [this, &known](const QStringList &) { choose(known); }},
-        {QStringLiteral("leave"), {}, QStringLiteral("leaves it"),
-            [this, &known](const QStringList &) {
+        SimVerb::state(
+            QStringLiteral("serve"), QStringLiteral("lets it serve, in the place of one of its kind"),
+            [this, &known] { choose(known); }, [&known] { return known.chosen; }),
+        SimVerb::state(
+            QStringLiteral("leave"), QStringLiteral("leaves it"),
+            [this, &known] {
                 known.chosen = false;
                 update();
-            }},
-        {QStringLiteral("rssi"), {QStringLiteral("DBM")}, QStringLiteral("sets its signal strength"),
+            },
+            [&known] { return !known.chosen; }),
+        SimVerb{QStringLiteral("rssi"), {QStringLiteral("DBM")}, QStringLiteral("sets its signal strength"),
             [this, &network](const QStringList &words) {
                 network.signalStrength = SimArgument::integer(words[0], -150, -1);
                 update();
-            }},
-        {QStringLiteral("operator"), {QStringLiteral("NAME")},
+            }}
+            .with([&network] { return QString::number(network.signalStrength.value_or(0)); },
+                {{QStringLiteral("DBM"), {{}, -150, -1, 1, QStringLiteral("dBm")}}}),
+        SimVerb{QStringLiteral("operator"), {QStringLiteral("NAME")},
             QStringLiteral("sets the operator's name, which is shown too"),
             [this, &network](const QStringList &words) {
                 network.operatorName = network.displayName = words[0];
                 update();
-            }},
-        SimVerb::onOff(QStringLiteral("roaming"), QStringLiteral("makes it a network of others"),
+            }}
+            .with([&network] { return network.operatorName.value_or(QString()); }),
+        SimVerb::onOff(
+            QStringLiteral("roaming"), QStringLiteral("makes it a network of others"),
             [this, &network](bool on) {
                 network.roams = on;
                 update();
-            }),
-        SimVerb::onOff(QStringLiteral("suppress"), QStringLiteral("hides the roaming there from the user"),
+            },
+            [&network] { return network.roams.value_or(false); }),
+        SimVerb::onOff(
+            QStringLiteral("suppress"), QStringLiteral("hides the roaming there from the user"),
             [this, &network](bool on) {
                 network.suppressesRoaming = on;
                 update();
-            }),
+            },
+            [&network] { return network.suppressesRoaming; }),
     };
 }
 

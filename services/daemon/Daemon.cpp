@@ -9,6 +9,8 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <array>
 #include <cerrno>
@@ -146,11 +148,7 @@ public:
         return states;
     }
 
-    [[nodiscard]] QVariantMap describePhone()
-    {
-        const SimulatedPhone *phone = m_providers.phoneInUse();
-        return phone ? phone->describe() : QVariantMap();
-    }
+    [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_providers.phoneInUse(); }
 
     // Throws Error where there is none.
     [[nodiscard]] SimulatedPhone &phone() const
@@ -271,6 +269,8 @@ private:
                     verbs.push_back(SimVerb::fault(order));
             }
         }
+        for (SimVerb &verb : verbs)
+            verb.isFault = true;
         return verbs;
     }
 
@@ -289,7 +289,7 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
           {[this]() -> PhoneClock & { return m_running->phone().clock(); },
               [this](const QStringList &words) { m_running->tellPhone(words.first(), words.mid(1)); },
               [this] { return m_running->makeOrderCheck(); }}),
-      m_control(m_tree, ControlPpsPath, requests())
+      m_watch([this] { return lookAtPhone(); }), m_control(m_tree, ControlPpsPath, requests())
 {
     if (start == Start::Fresh)
         m_store.clear();
@@ -300,6 +300,8 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
     m_tree.endStart();
     connect(&m_tree, &Tree::problemsChanged, this, &Daemon::checkReady);
     m_running->onChange(this, [this] { checkReady(); });
+    connect(&m_scenarios, &ScenarioService::began, &m_watch, &PhoneWatch::change);
+    watchPhone();
     checkReady();
 }
 
@@ -323,8 +325,33 @@ void Daemon::reload(const Configuration &configuration)
     m_tree.setContinued(m_running->continuedFrom(m_store.load(SavedSources)));
     m_running->publish(m_tree);
     m_running->onChange(this, [this] { checkReady(); });
+    watchPhone();
     checkReady();
     removeLeftovers();
+}
+
+void Daemon::watchPhone()
+{
+    if (SimulatedPhone *phone = m_running->phoneInUse())
+        phone->onChange([this] { m_watch.change(); });
+    m_watch.change();
+}
+
+QVariantMap Daemon::description() const
+{
+    const SimulatedPhone *phone = m_running->phoneInUse();
+    return {{QStringLiteral("simulated"), phone ? phone->describe() : QVariantMap()},
+        {QStringLiteral("sources"), m_running->sources()}};
+}
+
+QVariantMap Daemon::lookAtPhone() const
+{
+    const SimulatedPhone *phone = m_running->phoneInUse();
+    QVariantMap seen = phone ? phone->values() : QVariantMap();
+    const auto mark = qHash(QJsonDocument(QJsonObject::fromVariantMap(description())).toJson());
+    seen.insert(QStringLiteral("description"), QString::number(mark));
+    seen.insert(QStringLiteral("scenario"), m_scenarios.plays());
+    return seen;
 }
 
 // What the daemon is asked for is served once everything is there, and says what is not from then on.
@@ -376,14 +403,13 @@ RequestTable Daemon::requests()
         {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
     for (RequestTable &further : std::array{m_scenarios.requests(), m_observation.requests()})
         std::move(further.begin(), further.end(), std::back_inserter(requests));
+    requests.push_back(m_watch.request());
     return requests;
 }
 
 Reply Daemon::describe(const Request &)
 {
-    return {QVariantMap{{QStringLiteral("simulated"), m_running->describePhone()},
-                {QStringLiteral("sources"), m_running->sources()}},
-        0, {}};
+    return {description(), 0, {}};
 }
 
 Reply Daemon::sim(const Request &request)
@@ -396,6 +422,8 @@ Reply Daemon::sim(const Request &request)
     } catch (const Error &error) {
         return Reply::failure(EINVAL, error.text());
     }
+    m_watch.change(); // services that die are no change of the phone
+    m_watch.tell(); // before the answer, so that who gave the order knows what became of it
     if (!m_tree.isTrue())
         return Reply::failure(EAGAIN, QLatin1String("done, but not published yet: ") + m_tree.problemText());
     return {};

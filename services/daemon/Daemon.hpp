@@ -2,6 +2,7 @@
 
 #include "daemon/Configuration.hpp"
 #include "daemon/Observation.hpp"
+#include "daemon/PhoneWatch.hpp"
 #include "daemon/ScenarioService.hpp"
 #include "publishing/ControlObject.hpp"
 #include "publishing/StateStore.hpp"
@@ -16,8 +17,10 @@ namespace oz::services {
 /*!
  * All services of one device root. It serves, for tools:
  * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
- * the words that follow it in `ozdevice sim`), "describe", and those of ScenarioService and Observation, for
- * the daemon's own user only. It is served last, so where it can be opened, everything is published.
+ * the words that follow it in `ozdevice sim`), "describe", "phone" (see PhoneWatch: SimulatedPhone::values(),
+ * a "description", which is another one when "describe" has another answer, and the number of the "scenario"
+ * that began last), and those of ScenarioService and Observation, for the daemon's own user only. It is
+ * served last, so where it can be opened, everything is published.
  * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
  * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
  */
@@ -60,6 +63,9 @@ private:
     void publishStatus();
     void removeLeftovers();
     [[nodiscard]] RequestTable requests();
+    void watchPhone();
+    [[nodiscard]] QVariantMap lookAtPhone() const;
+    [[nodiscard]] QVariantMap description() const;
     [[nodiscard]] Reply describe(const Request &request);
     [[nodiscard]] Reply sim(const Request &request);
 
@@ -70,6 +76,7 @@ private:
     std::unique_ptr<Running> m_running;
     ScenarioService m_scenarios;
     Observation m_observation{m_tree};
+    PhoneWatch m_watch;
     ControlObject m_control;
     bool m_isReady = false;
 };

@@ -6,6 +6,7 @@
 #include <QTimer>
 
 #include <cerrno>
+#include <cmath>
 
 namespace oz::services {
 
@@ -18,6 +19,7 @@ constexpr double Fastest = 100'000; // as `ozdevice sim clock speed` takes it
 
 const QString FileKey = QStringLiteral("file");
 const QString SpeedKey = QStringLiteral("speed");
+const QString MaxSpeed = QStringLiteral("max");
 const QString SeedKey = QStringLiteral("seed");
 
 const char *wordOf(ScenarioPlayer::State state)
@@ -26,18 +28,23 @@ const char *wordOf(ScenarioPlayer::State state)
     return words[state];
 }
 
+double speedOf(const QVariant &speed)
+{
+    if (speed == MaxSpeed)
+        return PhoneClock::WithoutWaiting;
+    const double number = speed.toDouble();
+    if (!(number >= 0.001 && number <= Fastest)) {
+        throw Error(QLatin1String("the speed is a number from 0.001 to 100000, or max, not '")
+            + speed.toString() + u'\'');
+    }
+    return number;
+}
+
 ScenarioOptions optionsOf(const QVariantMap &order)
 {
     ScenarioOptions options;
-    if (const QVariant speed = order.value(SpeedKey); speed == QLatin1String("max")) {
-        options.speed = PhoneClock::WithoutWaiting;
-    } else if (speed.isValid()) {
-        options.speed = speed.toDouble();
-        if (!(*options.speed >= 0.001 && *options.speed <= Fastest)) {
-            throw Error(QLatin1String("the speed is a number from 0.001 to 100000, or max, not '")
-                + speed.toString() + u'\'');
-        }
-    }
+    if (order.contains(SpeedKey))
+        options.speed = speedOf(order.value(SpeedKey));
     if (order.contains(SeedKey)) {
         bool ok = false;
         options.seed = order.value(SeedKey).toString().toUInt(&ok);
@@ -65,7 +72,7 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
         throw Error(QStringLiteral("a scenario's file is named by its whole path"));
     auto scenario = std::make_unique<Scenario>(
         file, order.value(QStringLiteral("variables")).toMap(), m_tree, m_phone.makeCheck());
-    const QVariantMap told{{QStringLiteral("description"), scenario->description()},
+    QVariantMap told{{QStringLiteral("description"), scenario->description()},
         {QStringLiteral("expectations"), scenario->hasExpectations()}};
     if (order.value(QStringLiteral("check")).toBool())
         return told;
@@ -74,11 +81,33 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
     m_player = std::make_unique<ScenarioPlayer>(std::move(scenario), clock, m_tree, m_phone.order, options);
     m_entries.clear();
     m_dropped = 0;
+    m_told = told;
+    m_told.insert(FileKey, file);
+    ++m_plays;
+    Q_EMIT began();
     connect(m_player.get(), &ScenarioPlayer::logged, this, &ScenarioService::onLogged);
     connect(m_player.get(), &ScenarioPlayer::finished, this, &ScenarioService::onFinished);
     // Whoever asked for it is told first that it plays.
     QMetaObject::invokeMethod(m_player.get(), &ScenarioPlayer::start, Qt::QueuedConnection);
     return told;
+}
+
+ScenarioPlayer &ScenarioService::playing() const
+{
+    if (!m_player || m_player->state() != ScenarioPlayer::Playing)
+        throw Error(QStringLiteral("no scenario is playing"));
+    return *m_player;
+}
+
+void ScenarioService::setPaused(bool paused)
+{
+    ScenarioPlayer &player = playing();
+    if (player.isPaused() == paused) {
+        throw Error(paused ? QStringLiteral("the scenario is paused already")
+                           : QStringLiteral("the scenario is not paused"));
+    }
+    player.setPaused(paused);
+    answerWaiting(true);
 }
 
 void ScenarioService::stop(const QString &reason)
@@ -101,9 +130,20 @@ RequestTable ScenarioService::requests()
     return {
         {QStringLiteral("play"), {}, answered([this](const QVariantMap &order) { return play(order); })},
         {QStringLiteral("stop-scenario"), {}, answered([this](const QVariantMap &) {
-             if (!m_player || m_player->state() != ScenarioPlayer::Playing)
-                 throw Error(QStringLiteral("no scenario is playing"));
-             stop(QStringLiteral("it was asked for"));
+             playing().stop(QStringLiteral("it was asked for"));
+             return QVariant();
+         })},
+        {QStringLiteral("pause-scenario"), {}, answered([this](const QVariantMap &) {
+             setPaused(true);
+             return QVariant();
+         })},
+        {QStringLiteral("resume-scenario"), {}, answered([this](const QVariantMap &) {
+             setPaused(false);
+             return QVariant();
+         })},
+        {QStringLiteral("scenario-speed"), {}, answered([this](const QVariantMap &order) {
+             playing().setSpeed(speedOf(order.value(SpeedKey)));
+             answerWaiting(true);
              return QVariant();
          })},
         {QStringLiteral("public-values"), {},
@@ -146,7 +186,7 @@ QVariantMap ScenarioService::recorded(const QVariantMap &order)
     const qsizetype from =
         std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
     const QStringList told = steps.mid(from, MostAtOnce);
-    const QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
+    QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
         {QStringLiteral("phone"), m_recorder->phone()}};
     if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
         m_recorder.reset();
@@ -196,10 +236,14 @@ Reply ScenarioService::tellFrom(qsizetype from) const
         entries.append(m_entries[i].toMap());
     // What is left is told before the end is.
     const auto state = end < m_entries.size() ? ScenarioPlayer::Playing : m_player->state();
-    return {QVariantMap{{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end},
-                {QStringLiteral("state"), QLatin1String(wordOf(state))},
-                {QStringLiteral("problem"), m_player->problem()}},
-        0, {}};
+    QVariantMap told = m_told;
+    const auto [step, steps] = m_player->progress();
+    told.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end},
+        {QStringLiteral("state"), QLatin1String(wordOf(state))},
+        {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
+        {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("step"), step},
+        {QStringLiteral("steps"), steps}, {QStringLiteral("problem"), m_player->problem()}});
+    return {told, 0, {}};
 }
 
 } // namespace oz::services

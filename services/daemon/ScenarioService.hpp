@@ -20,9 +20,11 @@ namespace oz::services {
  * and "check" to check the file alone): plays it, or says what is wrong with it. The answer has "description"
  * and "expectations", whether there are any.
  * - "scenario" ("dat": "from"): waits for what happens, unless there is "now", and answers with the "entries"
- * of the log from that number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped")
- * and the "problem".
- * - "stop-scenario" ends it.
+ * of the log from that number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped"),
+ * whether it is "paused", its "speed", the "problem", the number of the "step" among the file's own "steps",
+ * and with what the answer to "play" said and the "file". It answers too when nothing happens for a while.
+ * - "stop-scenario" ends it; "pause-scenario" has it and the phone's time stand still, "resume-scenario" has
+ * them go on, "scenario-speed" ("dat": "speed", as for "play") changes the speed.
  * - "public-values" lists what conditions can name.
  * - "record" ("dat": "facilities", all that can be recorded where none are named, and "keep-identifiers")
  * begins to record what the device does, in the place of what was recorded before.
@@ -48,8 +50,11 @@ public:
     QVariantMap play(const QVariantMap &order);
     void stop(const QString &reason);
     [[nodiscard]] RequestTable requests();
+    /*! How many scenarios have begun. */
+    [[nodiscard]] int plays() const { return m_plays; }
 
 Q_SIGNALS:
+    void began();
     void logged(const oz::services::ScenarioEntry &entry);
     void finished(oz::services::ScenarioPlayer::State state, const QString &problem);
 
@@ -60,6 +65,8 @@ private:
         qsizetype from;
     };
 
+    [[nodiscard]] ScenarioPlayer &playing() const; // throws Error where there is none
+    void setPaused(bool paused);
     void onLogged(const ScenarioEntry &entry);
     void onFinished();
     void answerWaiting(bool all);
@@ -70,6 +77,8 @@ private:
     const Tree &m_tree;
     Phone m_phone;
     std::unique_ptr<ScenarioPlayer> m_player;
+    int m_plays = 0;
+    QVariantMap m_told; // of the scenario
     QList<ScenarioEntry> m_entries; // the newest
     qsizetype m_dropped = 0; // that were before those
     std::vector<Waiting> m_waiting;

@@ -127,19 +127,23 @@ std::vector<SimVerb> SimulatedDataProfiles::verbs(const QString &instance)
 {
     Known &known = m_known.at(instance);
     return {
-        SimVerb::onOff(QStringLiteral("enabled"), QStringLiteral("enables the profile"),
+        SimVerb::onOff(
+            QStringLiteral("enabled"), QStringLiteral("enables the profile"),
             [this, &known](bool on) {
                 known.profile.enabled = on;
                 update();
-            }),
-        SimVerb::onOff(QStringLiteral("permitted"),
+            },
+            [&known] { return known.profile.enabled.value_or(false); }),
+        SimVerb::onOff(
+            QStringLiteral("permitted"),
             QStringLiteral("lets the applications here use it, where it is access-controlled"),
             [this, &known](bool on) {
                 if (!*known.profile.accessControlled)
                     throw Error(QStringLiteral("everyone may use a profile that is not access-controlled"));
                 known.permitted = on;
                 tell();
-            }),
+            },
+            [&known] { return known.permitted; }),
         {QStringLiteral("drop"), {}, QStringLiteral("ends its connection from the network's side"),
             [this, &known](const QStringList &) {
                 end(known);

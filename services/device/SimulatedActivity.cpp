@@ -45,10 +45,12 @@ SimulatedActivity::SimulatedActivity(const JsonNode &section, SimulatedPhone &ph
 std::vector<SimVerb> SimulatedActivity::verbs(const QString &)
 {
     return {
-        {Active, {}, QStringLiteral("somebody uses the phone"),
-            [this](const QStringList &) { become(true); }},
-        {Standby, {}, QStringLiteral("nobody uses the phone any more"),
-            [this](const QStringList &) { become(false); }},
+        SimVerb::state(
+            Active, QStringLiteral("somebody uses the phone"), [this] { become(true); },
+            [this] { return *m_state.isUsed; }),
+        SimVerb::state(
+            Standby, QStringLiteral("nobody uses the phone any more"), [this] { become(false); },
+            [this] { return !*m_state.isUsed; }),
         {QStringLiteral("status"), {QStringLiteral("NAME"), QStringLiteral("VALUE")},
             QStringLiteral("sets a status of the power manager, known or new"),
             [this](const QStringList &words) {

@@ -32,7 +32,9 @@ std::vector<SimVerb> SimulatedOrientation::verbs(const QString &)
         const QString help = orientation == Orientation::Undefined
             ? QStringLiteral("holds the phone so that its sensor cannot tell how")
             : QString(QLatin1String("holds the phone ") + word);
-        verbs.push_back({word, {}, help, [this, orientation](const QStringList &) { become(orientation); }});
+        verbs.push_back(SimVerb::state(
+            word, help, [this, orientation] { become(orientation); },
+            [this, orientation] { return m_orientation == orientation; }));
     }
     return verbs;
 }

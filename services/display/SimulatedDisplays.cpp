@@ -84,7 +84,13 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
 std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
 {
     const QString id = QStringLiteral("ID");
-    return {
+    SimChoice known;
+    for (const auto &display : m_state.displays)
+        known.words.append(QString::number(display.first));
+    QStringList rotations;
+    for (const int rotation : Rotations)
+        rotations.append(QString::number(rotation));
+    std::vector<SimVerb> verbs{
         {QStringLiteral("add"),
             {id, QStringLiteral("NAME"), QStringLiteral("WIDTH"), QStringLiteral("HEIGHT"),
                 QStringLiteral("[MM-WIDTH]"), QStringLiteral("[MM-HEIGHT]")},
@@ -117,11 +123,8 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
             [this](const QStringList &words) { setAttached(words[0], false); }},
         {QStringLiteral("rotate"), {id, QStringLiteral("DEGREES")},
             QStringLiteral("turns what a display shows: 0, 90, 180 or 270"),
-            [this](const QStringList &words) {
+            [this, rotations](const QStringList &words) {
                 Display &display = displayNamed(words[0]);
-                QStringList rotations;
-                for (const int rotation : Rotations)
-                    rotations.append(QString::number(rotation));
                 display.rotation = Rotations[SimArgument::oneOf(words[1], rotations)];
                 tell();
             }},
@@ -134,6 +137,12 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 tell();
             }},
     };
+    for (SimVerb &verb : verbs) {
+        verb.choices.insert(QStringLiteral("DEGREES"), {rotations});
+        if (verb.name != u"add")
+            verb.choices.insert(id, known);
+    }
+    return verbs;
 }
 
 const Display *SimulatedDisplays::find(int id) const

@@ -51,12 +51,12 @@ SimulatedHardware::SimulatedHardware(const JsonNode &section, SimulatedPhone &)
 
 std::vector<SimVerb> SimulatedHardware::verbs(const QString &)
 {
-    return {{QStringLiteral("name"), {QStringLiteral("TEXT")}, QStringLiteral("gives the device a name"),
-        [this](const QStringList &words) {
+    return {SimVerb{QStringLiteral("name"), {QStringLiteral("TEXT")},
+        QStringLiteral("gives the device a name"), [this](const QStringList &words) {
             m_state.deviceName = words[0];
             save();
             know(m_state);
-        }}};
+        }}.with([this] { return m_state.deviceName.value_or(QString()); })};
 }
 
 QVariantMap SimulatedHardware::saved() const

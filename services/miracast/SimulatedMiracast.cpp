@@ -14,6 +14,8 @@ namespace {
 using Application = MiracastState::Application;
 using Stop = MiracastState::Stop;
 
+const QString Comes = QStringLiteral("sink-appears");
+const QString Goes = QStringLiteral("sink-goes");
 constexpr int WiFiCode = 6; // the first of the verb "stop" for failures of Wi-Fi Direct
 
 // What the codes of the verb "stop" mean.
@@ -75,36 +77,41 @@ void SimulatedMiracast::readSink(const QString &key, const JsonNode &node)
 std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
 {
     const QString sink = QStringLiteral("SINK");
+    const QMap<QString, SimChoice> sinks{{sink, {m_keys}}};
     return {
-        {QStringLiteral("sink-appears"), {sink},
-            QStringLiteral("brings a sink into range; scans bring it into sight"),
+        SimVerb{Comes, {sink}, QStringLiteral("brings a sink into range; scans bring it into sight"),
             [this](const QStringList &words) {
                 sinkCalled(words[0]).inRange = true;
                 tell();
-            }},
-        {QStringLiteral("sink-goes"), {sink},
+            }}
+            .with({}, sinks),
+        SimVerb{Goes, {sink},
             QStringLiteral("takes a sink out of range, which ends its session; a scan finds it missing"),
             [this](const QStringList &words) {
                 sinkCalled(words[0]).inRange = false;
                 if (m_session && m_session->key == words[0])
                     (void)endConnection(Result::Success);
                 tell();
-            }},
-        {QStringLiteral("stop"), {QStringLiteral("CODE")},
+            }}
+            .with({}, sinks),
+        SimVerb{QStringLiteral("stop"), {QStringLiteral("CODE")},
             QStringLiteral(
                 "stops the service: 1 internally, 2 by an application, 4 for lack of support, 5 by "
                 "policy, 6 to 9 as Wi-Fi Direct fails"),
             [this](const QStringList &words) {
                 const int code = SimArgument::integer(words[0], 1, 9);
                 stop(stopOf(code), std::max(code - WiFiCode, 0));
-            }},
-        {QStringLiteral("start"), {}, QStringLiteral("starts the service again"),
-            [this](const QStringList &) {
+            }}
+            .with({}, {{QStringLiteral("CODE"), {QStringLiteral("1 2 4 5 6 7 8 9").split(u' ')}}}),
+        SimVerb::state(
+            QStringLiteral("start"), QStringLiteral("starts the service again"),
+            [this] {
                 if (!m_supported)
                     throw Error(QStringLiteral("the phone has no Miracast"));
                 m_stop = Stop::None;
                 tell();
-            }},
+            },
+            [this] { return m_stop == Stop::None; }),
         {QStringLiteral("sight"), {QStringLiteral("[SINK,...]")},
             QStringLiteral("has these sinks in range and sight, and no others"),
             [this](const QStringList &words) { see(words.value(0).split(u',', Qt::SkipEmptyParts)); }},
@@ -153,6 +160,14 @@ void SimulatedMiracast::beginSession(const QString &key)
     const Known &known = m_sinks.at(key);
     const int display = m_displays->addWireless(known.sink.name, known.resolution);
     m_session = Running{key, QUuid::createUuid().toString(QUuid::WithoutBraces), display};
+}
+
+SimulatedPart::Neighbourhood SimulatedMiracast::neighbourhood() const
+{
+    Neighbourhood around{Comes, Goes, {}};
+    for (const QString &key : m_keys)
+        around.neighbours.append({key, m_sinks.at(key).sink.name, m_sinks.at(key).inRange});
+    return around;
 }
 
 void SimulatedMiracast::tell()

@@ -18,6 +18,7 @@ public:
     SimulatedMiracast(const JsonNode &section, SimulatedPhone &phone);
 
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] Neighbourhood neighbourhood() const override;
     [[nodiscard]] QVariantMap saved() const override;
     void restore(const QVariantMap &saved) override;
 

@@ -40,8 +40,10 @@ void PhoneClock::setSpeed(double speed)
 {
     m_before = passed();
     m_since = realTime();
-    m_speed = speed;
+    const double former = std::exchange(m_speed, speed);
     plan();
+    if (former != speed)
+        Q_EMIT speedChanged();
 }
 
 void PhoneClock::advance(Time time)

@@ -36,6 +36,7 @@ public:
 Q_SIGNALS:
     /*! A timer has ended, and what it does is done; the next one that is due has not. */
     void turned();
+    void speedChanged();
 
 private:
     friend class PhoneTimer;

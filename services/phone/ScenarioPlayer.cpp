@@ -32,7 +32,8 @@ public:
 
     Strand(ScenarioPlayer &player, const std::vector<JsonNode> &steps, const ScenarioVariables &variables,
         std::function<void()> done)
-        : m_player(player), m_done(std::move(done)), m_time(player.m_clock.now()), m_timer(player.m_clock)
+        : m_player(player), m_done(std::move(done)), m_steps(int(steps.size())), m_time(player.m_clock.now()),
+          m_timer(player.m_clock)
     {
         push({steps, variables, m_time, std::nullopt});
         connect(&m_timer, &PhoneTimer::timeout, this, [this] { onTime(); });
@@ -44,6 +45,10 @@ public:
 
     void go()
     {
+        if (m_player.m_isPaused) {
+            m_held = &Strand::go;
+            return;
+        }
         for (int steps = 0; next(); ++steps) {
             if (steps < MostAtOnce)
                 continue;
@@ -57,6 +62,30 @@ public:
         }
     }
 
+    // No real time passes for what is expected either.
+    void pause()
+    {
+        m_realBefore = waited();
+        m_real.invalidate();
+        if (m_patience.isActive())
+            m_patienceLeft = m_patience.remainingTime();
+        m_patience.stop();
+    }
+    void resume()
+    {
+        m_real.start();
+        if (m_patienceLeft)
+            m_patience.start(*std::exchange(m_patienceLeft, std::nullopt));
+        if (const auto held = std::exchange(m_held, nullptr))
+            (this->*held)();
+    }
+
+    // How many of its steps have begun, and of how many.
+    [[nodiscard]] std::pair<int, int> progress() const
+    {
+        return {m_frames.empty() ? m_steps : int(m_frames.front().next), m_steps};
+    }
+
     // Leaves everything as it is; the clock may be gone after that.
     void halt()
     {
@@ -68,7 +97,7 @@ public:
     // Whether what it waits for has come.
     void check()
     {
-        if (!m_waiting)
+        if (!m_waiting || m_player.m_isPaused)
             return;
         const ScenarioStep &step = *m_waiting;
         if (step.kind == ScenarioStep::ExpectRequest) {
@@ -204,6 +233,7 @@ private:
     {
         m_waiting = step;
         m_found = 0;
+        m_realBefore = 0;
         m_real.start();
         m_isInCheck = true;
         check();
@@ -226,7 +256,7 @@ private:
         m_patience.stop();
         thaw();
         m_time = m_player.m_clock.now();
-        const double seconds = double(m_real.elapsed()) / 1000;
+        const double seconds = double(waited()) / 1000;
         if (isGood) {
             m_player.note(step, step.isExpectation() ? "passed" : "done", {}, seconds);
         } else {
@@ -237,14 +267,22 @@ private:
             go();
     }
 
+    // The real milliseconds, without those of pauses.
+    [[nodiscard]] qint64 waited() const { return m_realBefore + (m_real.isValid() ? m_real.elapsed() : 0); }
+
     void onTime()
     {
+        // Who pauses a scenario can move the phone's time on by hand.
+        if (m_player.m_isPaused) {
+            m_held = &Strand::onTime;
+            return;
+        }
         if (m_ramp)
             return goOnRamping();
         if (!m_waiting)
             return go();
         // Applications are not faster because the phone's time is.
-        const auto left = m_waiting->within->count() - m_real.elapsed();
+        const auto left = m_waiting->within->count() - waited();
         if (left <= 0)
             return onPatienceEnded();
         freeze();
@@ -335,6 +373,7 @@ private:
 
     ScenarioPlayer &m_player;
     std::function<void()> m_done;
+    int m_steps; // of its own
     std::vector<Frame> m_frames;
     Time m_time; // up to which its steps are done
     PhoneTimer m_timer;
@@ -342,7 +381,10 @@ private:
     std::optional<ScenarioStep> m_waiting;
     bool m_isInCheck = false;
     int m_found = 0; // requests, of those that are expected
-    QElapsedTimer m_real; // since it waits
+    QElapsedTimer m_real; // since it waits, or goes on to
+    qint64 m_realBefore = 0; // that it had waited when it was paused
+    std::optional<int> m_patienceLeft;
+    void (Strand::*m_held)() = nullptr; // what a pause keeps it from
     std::optional<Ramp> m_ramp;
     std::vector<std::unique_ptr<Strand>> m_branchStrands;
     int m_branches = 0; // that are not done
@@ -386,10 +428,46 @@ void ScenarioPlayer::stop(const QString &reason)
     end(Stopped);
 }
 
+void ScenarioPlayer::setPaused(bool paused)
+{
+    if (m_state != Playing || std::exchange(m_isPaused, paused) == paused)
+        return;
+    if (paused)
+        freeze();
+    const auto strands = m_strands;
+    for (const auto &strand : strands) {
+        if (strand && paused)
+            strand->pause();
+        else if (strand && m_state == Playing)
+            strand->resume();
+    }
+    if (!paused) {
+        unfreeze();
+        evaluateLater(); // what it waits for may have come meanwhile
+    }
+}
+
+void ScenarioPlayer::setSpeed(double speed)
+{
+    if (m_state != Playing)
+        return;
+    m_options.speed = speed;
+    if (m_frozen > 0)
+        m_speedOfFrozen = speed;
+    else
+        m_clock.setSpeed(speed);
+}
+
+std::pair<int, int> ScenarioPlayer::progress() const
+{
+    return m_main ? m_main->progress() : std::pair(0, 0);
+}
+
 void ScenarioPlayer::end(State state)
 {
     if (std::exchange(m_state, state) != Playing)
         return;
+    m_isPaused = false;
     for (const auto &strand : m_strands) {
         if (strand)
             strand->halt();

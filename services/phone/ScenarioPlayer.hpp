@@ -55,6 +55,15 @@ public:
     void start();
     /*! Ends it before it is over. */
     void stop(const QString &reason);
+    /*! Has it stand still, and the phone's time with it, while it plays. What applications ask meanwhile
+     * counts. */
+    void setPaused(bool paused);
+    [[nodiscard]] bool isPaused() const { return m_isPaused; }
+    /*! The speed of the phone's clock until it ends; one of before comes back then. */
+    void setSpeed(double speed);
+    [[nodiscard]] double speed() const { return m_frozen > 0 ? m_speedOfFrozen : m_clock.speed(); }
+    /*! How many of the scenario's own steps are done or under way, and how many there are. */
+    [[nodiscard]] std::pair<int, int> progress() const;
 
     [[nodiscard]] State state() const { return m_state; }
     /*! "FILE:LINE: STEP: REASON" of the first step that failed, or why it was stopped. */
@@ -91,6 +100,7 @@ private:
     ScenarioOptions m_options;
     QRandomGenerator m_random;
     State m_state = Playing;
+    bool m_isPaused = false;
     QString m_problem;
     PhoneClock::Time m_began{0};
     double m_speedBefore = 1;

@@ -21,12 +21,28 @@ QString rangeText(double least, double most)
 
 } // namespace
 
-SimVerb SimVerb::onOff(
-    const QString &verb, const QString &description, const std::function<void(bool on)> &turn)
+SimVerb SimVerb::onOff(const QString &verb, const QString &description,
+    const std::function<void(bool on)> &turn, const std::function<bool()> &isOn)
 {
     static const QStringList words{QStringLiteral("on"), QStringLiteral("off")};
-    return {verb, {QStringLiteral("on|off")}, description,
-        [turn](const QStringList &given) { turn(SimArgument::oneOf(given[0], words) == 0); }};
+    return SimVerb{verb, {QStringLiteral("on|off")}, description,
+        [turn](const QStringList &given) { turn(SimArgument::oneOf(given[0], words) == 0); }}
+        .with([isOn] { return isOn(); });
+}
+
+SimVerb SimVerb::state(const QString &verb, const QString &description, const std::function<void()> &become,
+    const std::function<bool()> &isSo)
+{
+    return SimVerb{verb, {}, description, [become](const QStringList &) { become(); }}.with(
+        [isSo] { return isSo(); });
+}
+
+SimVerb SimVerb::with(const std::function<QVariant()> &value, const QMap<QString, SimChoice> &offered) const
+{
+    SimVerb verb = *this;
+    verb.now = value;
+    verb.choices = offered;
+    return verb;
 }
 
 SimVerb SimVerb::fault(const FaultOrder &order)

@@ -2,8 +2,10 @@
 
 #include "publishing/Error.hpp"
 
+#include <QMap>
 #include <QString>
 #include <QStringList>
+#include <QVariant>
 
 #include <functional>
 #include <vector>
@@ -20,6 +22,16 @@ public:
     using Error::Error;
 };
 
+/*! What an argument can be, for who offers a choice of it. */
+struct SimChoice
+{
+    QStringList words = {}; //!< one of these
+    double least = 0; //!< or a number from this
+    double most = 0; //!< to this; where it is no more than the least, there are no numbers
+    double step = 1;
+    QString unit = {};
+};
+
 /*! A thing that a part of the phone can be told to do while it runs. */
 struct SimVerb
 {
@@ -30,10 +42,21 @@ struct SimVerb
     std::function<void(const QStringList &arguments)> run;
     /*! Throws WrongOrder where run() would; for verbs of services, which have no double to try them on. */
     std::function<void(const QStringList &arguments)> check = [](const QStringList &) {};
+    /*! What it would be told for the phone to stay as it is: the word of its only argument, or whether it is
+     * on; of a verb without arguments, whether it has been done. */
+    std::function<QVariant()> now = {};
+    QMap<QString, SimChoice> choices = {}; //!< by argument; "A|B" and "A,..." offer themselves
+    bool isFault = false; //!< of services, not of the phone
 
     /*! A verb that switches something, with the argument "on" or "off". */
-    static SimVerb onOff(
-        const QString &verb, const QString &description, const std::function<void(bool on)> &turn);
+    static SimVerb onOff(const QString &verb, const QString &description,
+        const std::function<void(bool on)> &turn, const std::function<bool()> &isOn);
+    /*! One that makes the phone something, without arguments. */
+    static SimVerb state(const QString &verb, const QString &description, const std::function<void()> &become,
+        const std::function<bool()> &isSo);
+    /*! This one, with what it would be told now, and what its arguments can be. */
+    [[nodiscard]] SimVerb with(
+        const std::function<QVariant()> &value, const QMap<QString, SimChoice> &offered = {}) const;
     /*! A verb that orders a fault. */
     static SimVerb fault(const FaultOrder &order);
 

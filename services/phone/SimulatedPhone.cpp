@@ -15,7 +15,10 @@ const QString ClockName = QStringLiteral("clock");
 class ClockPart final : public SimulatedPart
 {
 public:
-    explicit ClockPart(PhoneClock &clock) : m_clock(clock) { }
+    explicit ClockPart(PhoneClock &clock) : m_clock(clock)
+    {
+        QObject::connect(&clock, &PhoneClock::speedChanged, &clock, [this] { save(); });
+    }
 
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override
     {
@@ -26,11 +29,12 @@ public:
                     m_clock.advance(std::chrono::milliseconds(
                         qint64(SimArgument::number(words[0], 0, 1'000'000) * 1000)));
                 }},
-            {QStringLiteral("speed"), {QStringLiteral("FACTOR")},
+            SimVerb{QStringLiteral("speed"), {QStringLiteral("FACTOR")},
                 QStringLiteral("lets the phone's time go faster than the real one; 0 stands still"),
                 [this](const QStringList &words) {
                     m_clock.setSpeed(SimArgument::number(words[0], 0, 100'000));
-                }},
+                }}
+                .with([this] { return QString::number(m_clock.speed()); }),
         };
     }
     [[nodiscard]] QVariantMap saved() const override { return {}; }
@@ -54,6 +58,22 @@ QString takeWord(const QString &title, const QStringList &known, QStringList *wo
     return word;
 }
 
+QVariantMap describeChoices(const QMap<QString, SimChoice> &choices)
+{
+    QVariantMap described;
+    for (auto choice = choices.begin(); choice != choices.end(); ++choice) {
+        QVariantMap told;
+        if (!choice->words.isEmpty())
+            told.insert(QStringLiteral("words"), choice->words);
+        if (choice->most > choice->least) {
+            told.insert({{QStringLiteral("least"), choice->least}, {QStringLiteral("most"), choice->most},
+                {QStringLiteral("step"), choice->step}, {QStringLiteral("unit"), choice->unit}});
+        }
+        described.insert(choice.key(), told);
+    }
+    return described;
+}
+
 } // namespace
 
 SimulatedPhone::SimulatedPhone(
@@ -75,17 +95,25 @@ SimulatedPhone::SimulatedPhone(
             part->restore(saved);
     }
     for (const auto &[name, part] : m_parts) {
-        const auto save = [&store, entry = entryOf(name), saving = part.get()] {
+        const auto save = [this, &store, entry = entryOf(name), saving = part.get()] {
             store.save(entry, saving->saved());
+            tellChange();
         };
         save();
         part->onSave(save);
     }
     store.save(phone, identity);
     m_parts.emplace_back(ClockName, std::make_shared<ClockPart>(m_clock));
+    m_parts.back().second->onSave([this] { tellChange(); });
 }
 
 SimulatedPhone::~SimulatedPhone() = default;
+
+void SimulatedPhone::tellChange() const
+{
+    if (m_change)
+        m_change();
+}
 
 void SimulatedPhone::run(const QString &name, QStringList words)
 {
@@ -132,13 +160,46 @@ QVariantMap SimulatedPhone::describe() const
             described.insert(QStringLiteral("instances"), instances);
         QVariantList verbs;
         for (const SimVerb &verb : verbsOf(name, *part, instances.value(0))) {
-            verbs.append(QVariantMap{{QStringLiteral("name"), verb.name},
-                {QStringLiteral("arguments"), verb.arguments}, {QStringLiteral("help"), verb.help}});
+            QVariantMap told{{QStringLiteral("name"), verb.name},
+                {QStringLiteral("arguments"), verb.arguments}, {QStringLiteral("help"), verb.help}};
+            if (verb.isFault)
+                told.insert(QStringLiteral("fault"), true);
+            if (!verb.choices.isEmpty())
+                told.insert(QStringLiteral("choices"), describeChoices(verb.choices));
+            verbs.append(told);
         }
         described.insert(QStringLiteral("verbs"), verbs);
+        if (const auto around = part->neighbourhood(); !around.neighbours.isEmpty()) {
+            described.insert(QStringLiteral("comes"), around.comes);
+            described.insert(QStringLiteral("goes"), around.goes);
+        }
         parts.insert(name, described);
     }
     return parts;
+}
+
+QVariantMap SimulatedPhone::values() const
+{
+    QVariantMap parts;
+    QVariantList neighbours;
+    for (const auto &[name, part] : m_parts) {
+        QVariantMap instances;
+        for (const QString &instance : part->instances()) {
+            QVariantMap values;
+            for (const SimVerb &verb : part->verbs(instance)) {
+                if (verb.now)
+                    values.insert(verb.name, verb.now());
+            }
+            instances.insert(instance, values);
+        }
+        parts.insert(name, instances);
+        for (const auto &neighbour : part->neighbourhood().neighbours) {
+            neighbours.append(QVariantMap{{QStringLiteral("part"), name},
+                {QStringLiteral("name"), neighbour.name}, {QStringLiteral("title"), neighbour.title},
+                {QStringLiteral("in-range"), neighbour.inRange}});
+        }
+    }
+    return {{QStringLiteral("values"), parts}, {QStringLiteral("neighbours"), neighbours}};
 }
 
 } // namespace oz::services

@@ -26,6 +26,21 @@ public:
     /*! What \a instance can be told; all instances can be told the same. */
     [[nodiscard]] virtual std::vector<SimVerb> verbs(const QString &instance) = 0;
 
+    /*! Something around the phone, in range or not. */
+    struct Neighbour
+    {
+        QString name; //!< as verbs call it
+        QString title; //!< for people
+        bool inRange;
+    };
+    struct Neighbourhood
+    {
+        QString comes; //!< the verb that brings one of them into range
+        QString goes; //!< and that takes it out
+        QList<Neighbour> neighbours;
+    };
+    [[nodiscard]] virtual Neighbourhood neighbourhood() const { return {}; }
+
     /*! What it has to know again after the daemon died, beside what the phone's file says. */
     [[nodiscard]] virtual QVariantMap saved() const = 0;
     /*! Goes on from what it saved; what makes no sense there is passed over. */
@@ -73,6 +88,8 @@ public:
     SimulatedPhone &operator=(const SimulatedPhone &) = delete;
 
     [[nodiscard]] PhoneClock &clock() { return m_clock; }
+    /*! Is called when something may have changed, and before anybody hears of that. */
+    void onChange(std::function<void()> change) { m_change = std::move(change); }
     void setFurtherVerbs(FurtherVerbs verbs) { m_furtherVerbs = std::move(verbs); }
 
     /*! The part that is a \a PartType, of those that are made already. */
@@ -93,18 +110,26 @@ public:
     void run(const QString &name, QStringList words);
 
     /*!
-     * Every part: "verbs", as maps with "name", "arguments" and "help", and "instances" where there are any
-     * that have names.
+     * Every part: "verbs", as maps with "name", "arguments", "help", "fault" where it is one, and "choices"
+     * of arguments ("words", or "least", "most", "step" and "unit"); "instances" where there are any that
+     * have names; and "comes" and "goes", the verbs for its neighbours, where it has any.
      */
     [[nodiscard]] QVariantMap describe() const;
+    /*!
+     * What every part is like: of each instance (one without a name is "") what each verb would be told now,
+     * texts or true or false; and "neighbours", maps with "part", "name", "title" and "in-range".
+     */
+    [[nodiscard]] QVariantMap values() const;
 
 private:
+    void tellChange() const;
     [[nodiscard]] std::vector<SimVerb> verbsOf(
         const QString &name, SimulatedPart &part, const QString &instance) const;
 
     PhoneClock m_clock;
     std::vector<std::pair<QString, std::shared_ptr<SimulatedPart>>> m_parts;
     FurtherVerbs m_furtherVerbs;
+    std::function<void()> m_change;
 };
 
 } // namespace oz::services

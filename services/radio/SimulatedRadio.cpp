@@ -50,13 +50,16 @@ SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedPhone &phone)
 
 std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
 {
+    const QString technologies = QStringLiteral("TECHNOLOGY,...");
     return {
-        SimVerb::onOff(QStringLiteral("power"), QStringLiteral("switches the radio"),
+        SimVerb::onOff(
+            QStringLiteral("power"), QStringLiteral("switches the radio"),
             [this](bool on) {
                 m_poweredOn = on;
                 allowNetworks();
-            }),
-        {QStringLiteral("enable"), {QStringLiteral("TECHNOLOGY,...")},
+            },
+            [this] { return m_poweredOn; }),
+        SimVerb{QStringLiteral("enable"), {technologies},
             QStringLiteral("lets networks of these technologies serve, and no others"),
             [this](const QStringList &words) {
                 const QStringList wanted = words[0].split(u',', Qt::SkipEmptyParts);
@@ -64,17 +67,22 @@ std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
                     (void)SimArgument::oneOf(technology, m_technologies);
                 m_enabled = wanted;
                 allowNetworks();
-            }},
-        SimVerb::onOff(QStringLiteral("data"), QStringLiteral("switches mobile data"),
+            }}
+            .with([this] { return m_enabled.join(u','); }, {{technologies, {m_technologies}}}),
+        SimVerb::onOff(
+            QStringLiteral("data"), QStringLiteral("switches mobile data"),
             [this](bool on) {
                 m_data = on;
                 tell();
-            }),
-        SimVerb::onOff(QStringLiteral("data-roaming"), QStringLiteral("allows mobile data while roaming"),
+            },
+            [this] { return m_data; }),
+        SimVerb::onOff(
+            QStringLiteral("data-roaming"), QStringLiteral("allows mobile data while roaming"),
             [this](bool on) {
                 m_dataRoaming = on;
                 tell();
-            }),
+            },
+            [this] { return m_dataRoaming; }),
     };
 }
 

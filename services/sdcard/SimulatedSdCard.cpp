@@ -21,14 +21,18 @@ SimulatedSdCard::SimulatedSdCard(const JsonNode &section, SimulatedPhone &)
 std::vector<SimVerb> SimulatedSdCard::verbs(const QString &)
 {
     return {
-        {QStringLiteral("mount"), {}, QStringLiteral("inserts a card"),
-            [this](const QStringList &) { become(true, m_busy); }},
-        {QStringLiteral("unmount"), {}, QStringLiteral("takes the card out, busy or not"),
-            [this](const QStringList &) { become(false, false); }},
-        {Busy, {}, QStringLiteral("begins to read or write the card"),
-            [this](const QStringList &) { become(m_mounted, true); }},
-        {QStringLiteral("idle"), {}, QStringLiteral("ends reading and writing"),
-            [this](const QStringList &) { become(m_mounted, false); }},
+        SimVerb::state(
+            QStringLiteral("mount"), QStringLiteral("inserts a card"), [this] { become(true, m_busy); },
+            [this] { return m_mounted; }),
+        SimVerb::state(
+            QStringLiteral("unmount"), QStringLiteral("takes the card out, busy or not"),
+            [this] { become(false, false); }, [this] { return !m_mounted; }),
+        SimVerb::state(
+            Busy, QStringLiteral("begins to read or write the card"), [this] { become(m_mounted, true); },
+            [this] { return m_busy; }),
+        SimVerb::state(
+            QStringLiteral("idle"), QStringLiteral("ends reading and writing"),
+            [this] { become(m_mounted, false); }, [this] { return !m_busy; }),
     };
 }
 

@@ -76,14 +76,18 @@ SimulatedSimCard::SimulatedSimCard(const JsonNode &section, SimulatedPhone &)
 
 std::vector<SimVerb> SimulatedSimCard::verbs(const QString &)
 {
-    std::vector<SimVerb> verbs{{QStringLiteral("insert"), {}, QStringLiteral("inserts the card, ready"),
-        [this](const QStringList &) { become(Card::Ready); }}};
+    std::vector<SimVerb> verbs{SimVerb::state(
+        QStringLiteral("insert"), QStringLiteral("inserts the card, ready"), [this] { become(Card::Ready); },
+        [this] { return m_card != Card::Missing; })};
     for (const CardState &state : cardStates()) {
-        verbs.push_back({state.verb, {}, state.help, [this, card = state.card](const QStringList &) {
-                             if (m_card == Card::Missing && card != Card::Missing)
-                                 throw Error(QStringLiteral("no card is inserted"));
-                             become(card);
-                         }});
+        verbs.push_back(SimVerb::state(
+            state.verb, state.help,
+            [this, card = state.card] {
+                if (m_card == Card::Missing && card != Card::Missing)
+                    throw Error(QStringLiteral("no card is inserted"));
+                become(card);
+            },
+            [this, card = state.card] { return m_card == card; }));
     }
     return verbs;
 }

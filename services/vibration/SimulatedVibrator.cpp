@@ -16,7 +16,8 @@ SimulatedVibrator::SimulatedVibrator(const JsonNode &section, SimulatedPhone &)
 std::vector<SimVerb> SimulatedVibrator::verbs(const QString &)
 {
     return {SimVerb::onOff(
-        Present, QStringLiteral("takes the motor out, or puts it in"), [this](bool on) { become(on); })};
+        Present, QStringLiteral("takes the motor out, or puts it in"), [this](bool on) { become(on); },
+        [this] { return m_present; })};
 }
 
 QVariantMap SimulatedVibrator::saved() const

@@ -18,6 +18,8 @@ using Group = WiFiDirectState::Group;
 using Peer = WiFiDirectState::Peer;
 using Role = WiFiDirectState::Role;
 
+const QString Comes = QStringLiteral("peer-appears");
+const QString Goes = QStringLiteral("peer-goes");
 constexpr int OwnerHost = 1;
 constexpr int MaxSessions = 1000; // so that clients which never stop theirs cost no more than this
 
@@ -235,35 +237,42 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
     // A verb about a peer, and whoever hears of it.
     const auto aboutPeer = [this](const QString &verb, const QString &help,
                                const std::function<void(const QString &key, Known &peer)> &change) {
-        return SimVerb{verb, {QStringLiteral("PEER")}, help, [this, change](const QStringList &words) {
-                           change(words[0], peerCalled(words[0]));
-                           tell();
-                       }};
+        return SimVerb{verb, {QStringLiteral("PEER")}, help,
+            [this, change](const QStringList &words) {
+                change(words[0], peerCalled(words[0]));
+                tell();
+            }}
+            .with({}, {{QStringLiteral("PEER"), {m_keys}}});
     };
     const auto onOff = [this](const QString &verb, const QString &help, bool *what) {
-        return SimVerb::onOff(verb, help, [this, what](bool on) {
-            *what = on;
-            if (!on)
-                switchOff();
-            tell();
-        });
+        return SimVerb::onOff(
+            verb, help,
+            [this, what](bool on) {
+                *what = on;
+                if (!on)
+                    switchOff();
+                tell();
+            },
+            [what] { return *what; });
     };
     // What the phone is at without having been asked.
     const auto busy = [this](const QString &verb, const QString &help, bool *what, PhoneTimer *timer) {
-        return SimVerb::onOff(verb, help, [this, what, timer](bool on) {
-            *what = on;
-            timer->stop();
-            tell();
-        });
+        return SimVerb::onOff(
+            verb, help,
+            [this, what, timer](bool on) {
+                *what = on;
+                timer->stop();
+                tell();
+            },
+            [what] { return *what; });
     };
     return {
         onOff(QStringLiteral("enabled"), QStringLiteral("switches Wi-Fi Direct"), &m_enabled),
         onOff(QStringLiteral("supported"), QStringLiteral("gives the phone Wi-Fi Direct, or takes it away"),
             &m_supported),
-        aboutPeer(QStringLiteral("peer-appears"),
-            QStringLiteral("brings a peer into range; scans bring it into sight"),
+        aboutPeer(Comes, QStringLiteral("brings a peer into range; scans bring it into sight"),
             [](const QString &, Known &peer) { peer.inRange = true; }),
-        aboutPeer(QStringLiteral("peer-goes"), QStringLiteral("takes a peer out of range and sight"),
+        aboutPeer(Goes, QStringLiteral("takes a peer out of range and sight"),
             [this](const QString &key, Known &peer) {
                 peer.inRange = false;
                 lose(key);
@@ -336,6 +345,14 @@ void SimulatedWiFiDirect::enterGroup(const QString &roleWord, const QStringList 
             join(key, role == Role::Client && key == keys.first() ? Role::GroupOwner : Role::Client);
     }
     tell();
+}
+
+SimulatedPart::Neighbourhood SimulatedWiFiDirect::neighbourhood() const
+{
+    Neighbourhood around{Comes, Goes, {}};
+    for (const QString &key : m_keys)
+        around.neighbours.append({key, m_peers.at(key).peer.name, m_peers.at(key).inRange});
+    return around;
 }
 
 SimulatedWiFiDirect::Known &SimulatedWiFiDirect::peerCalled(const QString &key)

@@ -28,6 +28,7 @@ public:
     void ipAddress(const QString &address, const Done &done) override;
 
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
+    [[nodiscard]] Neighbourhood neighbourhood() const override;
     [[nodiscard]] QVariantMap saved() const override;
     void restore(const QVariantMap &saved) override;
 

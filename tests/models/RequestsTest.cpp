@@ -40,6 +40,11 @@ protected:
         EXPECT_TRUE(waitUntil([&] { return !request.isRunning(); }));
         return request.hasSucceeded() ? "done" : request.reason();
     }
+    static QString valueOf(const QFuture<RequestResult> &future)
+    {
+        EXPECT_EQ(outcome(future), "done");
+        return future.result().value;
+    }
     void signalDaemon(int signal) const { EXPECT_EQ(::kill(pid_t(daemon.processId()), signal), 0); }
 
     DeviceRequests requests;
@@ -63,14 +68,27 @@ TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
     EXPECT_EQ(outcome(requests.scanPeers()), "done");
     EXPECT_TRUE(waitUntil([&] { return wifi.visibleDevices().contains(Tv); }));
     const auto method = WiFiDirectWpsMethod::RandomPin;
+    EXPECT_EQ(outcome(requests.startPeerSession()), "NoNetworkConnection");
+    EXPECT_EQ(outcome(requests.peerIpAddress(Tv)), "DeviceNotFound");
+    EXPECT_EQ(log.take(), QStringList{"WiFiDirect: Device not not connected to network. ( 64 )"});
     EXPECT_EQ(outcome(requests.connectPeer(Tv, WiFiDirectIntent::Any, method, "12345670")), "done");
-    MiracastManager manager;
-    QSignalSpy scanned(&manager, SIGNAL(scanCompleted(int)));
-    manager.requestScan();
-    EXPECT_TRUE(waitUntil([&] { return scanned.count() == 1; }));
+    EXPECT_TRUE(waitUntil([&] { return wifi.connectedDevices().contains(Tv); }));
+    EXPECT_EQ(valueOf(requests.peerIpAddress(Tv)), wifi.networkOwnerIpAddress());
+    const QString session = valueOf(requests.startPeerSession());
+    EXPECT_NE(session, QString());
+    EXPECT_EQ(outcome(requests.stopPeerSession("none")), "InvalidSession");
+    EXPECT_EQ(outcome(requests.stopPeerSession(session)), "done");
+    EXPECT_EQ(outcome(requests.scanSinks()), "done");
     EXPECT_EQ(outcome(requests.connectSink(SinkWithPin, "")), "PinRequired");
     EXPECT_EQ(outcome(requests.connectSink(Sink, "")), "done");
+    MiracastManager manager;
+    EXPECT_EQ(outcome(requests.pauseSink()), "done");
+    EXPECT_TRUE(waitUntil([&] { return manager.displayState() == MiracastDisplayState::Paused; }));
+    EXPECT_EQ(outcome(requests.resumeSink()), "done");
+    EXPECT_TRUE(waitUntil([&] { return manager.displayState() == MiracastDisplayState::Playing; }));
     EXPECT_EQ(outcome(requests.disconnectSink()), "done");
+    EXPECT_EQ(outcome(requests.shutDownMiracast()), "done");
+    EXPECT_TRUE(waitUntil([&] { return manager.status() == MiracastStatus::Stopped; }));
     EXPECT_EQ(outcome(requests.flash(LedColor::Blue, 2)), "done");
     EXPECT_EQ(outcome(requests.vibrate(10)), "done");
     sim("vibration present off");

@@ -7,6 +7,7 @@
 #include <QImage>
 #include <QQmlContext>
 #include <QQmlEngine>
+#include <QQuickStyle>
 #include <QtQuickTest/quicktest.h>
 
 #include <csignal>
@@ -26,9 +27,28 @@ class Phone : public QObject
     Q_OBJECT
 
 public:
-    explicit Phone(const QProcess *daemon) : m_daemon(daemon) { }
+    Phone(const QProcess *daemon, DeviceRoot *root) : m_daemon(daemon), m_root(root) { }
     /*! What is wrong with telling the phone that; nothing where it is done. */
     Q_INVOKABLE QString sim(const QString &line) { return simProblem(line); }
+    /*! Has it play a scenario; what is wrong with that. */
+    Q_INVOKABLE QString play(const QString &text)
+    {
+        m_root->place("/s.json", text.toUtf8());
+        const QVariantMap order{{"file", m_root->file("/s.json")}};
+        return ask("/pps/system/ozdeviced/control", {{"msg", "play"}, {"dat", order}})
+            .value("errstr")
+            .toString();
+    }
+    Q_INVOKABLE [[nodiscard]] QString file(const QString &name) const { return m_root->file(name); }
+    Q_INVOKABLE [[nodiscard]] QString read(const QString &name) const
+    {
+        QFile content(file(name));
+        return content.open(QIODevice::ReadOnly) ? QString::fromUtf8(content.readAll()) : QString();
+    }
+    Q_INVOKABLE [[nodiscard]] bool isRecording() const
+    {
+        return ask("/pps/system/ozdeviced/control", {{"msg", "recorded"}}).value("err").toInt() == 0;
+    }
     Q_INVOKABLE void stall() { send(SIGSTOP); }
     Q_INVOKABLE void goOn() { send(SIGCONT); }
 
@@ -41,6 +61,7 @@ public Q_SLOTS:
 private:
     void send(int signal) const { ::kill(pid_t(m_daemon->processId()), signal); }
     const QProcess *m_daemon;
+    DeviceRoot *m_root;
 };
 
 // The number of the tests of a file that fail.
@@ -76,7 +97,7 @@ QStringList filesWithPhone()
 
 TEST_P(QmlTest, Passes)
 {
-    Phone phone(&daemon);
+    Phone phone(&daemon, &root);
     EXPECT_EQ(failures(GetParam(), &phone), 0);
     phone.goOn();
 }
@@ -90,7 +111,8 @@ class PictureTest : public ServicesTest
 {
 protected:
     PictureTest() : ServicesTest(PhoneFile) { }
-    // What the program looks like that takes a picture of itself; what it logs is a failure.
+    // What the program looks like that takes a picture of itself; what it logs is a failure, but for what
+    // objects are not there.
     QImage picture(const QString &program, const QStringList &words = {}) const
     {
         QProcess shown;
@@ -99,9 +121,12 @@ protected:
         shown.start(OZ_PROGRAMS "/" + program, words + QStringList{file});
         EXPECT_TRUE(waitUntil([&] { return shown.state() == QProcess::NotRunning; }));
         EXPECT_EQ(shown.exitCode(), 0);
-        EXPECT_EQ(shown.readAllStandardError(), QByteArray());
+        for (const QByteArray &line : shown.readAllStandardError().split('\n'))
+            EXPECT_TRUE(line.isEmpty() || (!isComplete && line.startsWith("oz.device: ")))
+                << line.toStdString();
         return QImage(file);
     }
+    bool isComplete = true; // every object is there
 };
 
 class QmlExampleTest : public PictureTest, public ::testing::WithParamInterface<Example>
@@ -131,6 +156,83 @@ TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
         size = shown.size();
     }
     EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
+}
+
+// What a device looks like that nobody simulates, and where no daemon is.
+class PanelOfADeviceTest : public PictureTest
+{
+protected:
+    void SetUp() override { }
+    void TearDown() override
+    {
+        daemon.terminate();
+        daemon.waitForFinished();
+    }
+};
+
+TEST_F(PanelOfADeviceTest, ShowsItAndWhyThereIsNothingToShow)
+{
+    isComplete = false;
+    const QStringList words{"--page", "battery", "--size", "360x640", "--picture"};
+    const QImage without = picture("ozdevice-panel", words);
+    QStringList sources{"--config", "/dev/null", "--source", "led=none"};
+    for (const char *facility : {"battery", "sdcard", "simcard", "radio"})
+        sources << "--source" << QString::fromLatin1(facility) + "=none";
+    daemon.start(OZ_DAEMON, sources);
+    PpsObject control("/pps/system/ozdeviced/control");
+    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    const QImage device = picture("ozdevice-panel", words);
+    EXPECT_NE(device, without);
+    EXPECT_EQ(device.size(), without.size());
+}
+
+TEST_F(PictureTest, ThePanelTranslatesWhatTheDaemonSays)
+{
+    QFile file(OZ_PANEL "/panel_de.ts");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QString known = QString::fromUtf8(file.readAll());
+    const QVariantMap told = ask("/pps/system/ozdeviced/control", {{"msg", "describe"}}).value("dat").toMap();
+    for (const QVariant &part : told.value("simulated").toMap()) {
+        for (const QVariant &verb : part.toMap().value("verbs").toList()) {
+            for (const char *text : {"name", "help"}) {
+                const QString source = verb.toMap().value(text).toString().replace('\'', "&apos;");
+                EXPECT_TRUE(known.contains("<source>" + source + "</source>")) << source.toStdString();
+            }
+        }
+    }
+}
+
+TEST_F(PictureTest, ThePanelSpeaksTheLanguageOfThePerson)
+{
+    const QStringList words{"--page", "radio", "--size", "360x640", "--picture"};
+    const QImage english = picture("ozdevice-panel", words);
+    qputenv("LANGUAGE", "de");
+    const QImage german = picture("ozdevice-panel", words);
+    qputenv("LANGUAGE", "en");
+    EXPECT_NE(german, english);
+    EXPECT_EQ(picture("ozdevice-panel", words), english);
+    qunsetenv("LANGUAGE");
+}
+
+// The tool finds no text that is new, none that is gone, and none that is not finished.
+TEST(PanelTranslationTest, IsComplete)
+{
+    const QTemporaryDir own;
+    const QString copy = own.filePath("panel_de.ts");
+    ASSERT_TRUE(QFile::copy(OZ_PANEL "/panel_de.ts", copy));
+    QStringList words{"-silent", "-no-obsolete", "-locations", "none"};
+    for (const QFileInfo &file : QDir(OZ_PANEL).entryInfoList({"*.cpp", "*.hpp", "*.qml"}))
+        words.append(file.filePath());
+    EXPECT_EQ(QProcess::execute(OZ_LUPDATE, words + QStringList{"-ts", copy}), 0);
+    const auto content = [](const QString &name) {
+        QFile file(name);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly));
+        return file.readAll();
+    };
+    const QByteArray text = content(copy);
+    EXPECT_EQ(text.toStdString(), content(OZ_PANEL "/panel_de.ts").toStdString());
+    EXPECT_GT(text.count("<translation>"), 60);
+    EXPECT_FALSE(text.contains("unfinished"));
 }
 
 TEST(QmlModuleTest, HasEveryClassAndHolderOfTheLibrary)
@@ -169,6 +271,7 @@ int main(int argc, char **argv)
     const QTemporaryDir own; // a runtime directory, whose lack Qt warns of
     qputenv("XDG_RUNTIME_DIR", own.path().toLocal8Bit());
     QGuiApplication application(argc, argv);
+    QQuickStyle::setStyle("Fusion"); // as the panel's
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -6,7 +6,7 @@ import oz.panel
 Item {
     id: scene
     width: 400
-    height: 800
+    height: 900
 
     BatteryInfo {
         id: battery
@@ -22,8 +22,16 @@ Item {
     FacilityPage {
         id: page
         anchors.fill: parent
+        visible: test.shown !== ""
+        phone: control
         facility: control.facilities.find(facility => facility.name === test.shown) ?? {} // qmllint disable
-        onTold: words => control.tell(words)
+    }
+    PhonePicture {
+        id: picture
+        anchors.fill: parent
+        visible: test.shown === ""
+        neighbours: control.neighbours
+        onBrought: (neighbour, inRange) => control.bring(neighbour, inRange)
     }
 
     TestCase {
@@ -33,40 +41,161 @@ Item {
 
         property string shown: "battery"
 
+        function initTestCase() {
+            tryVerify(() => control.facilities.length > 10 && control.neighbours.length > 0);
+        }
+
+        function init() {
+            answers.clear();
+        }
+
+        function show(name) {
+            shown = name;
+            waitForRendering(scene);
+        }
+
         // The first visible item in it for which that holds.
         function find(item, holds) {
             for (let i = 0; i < item.children.length; ++i) {
                 const child = item.children[i];
-                const found = child.visible && holds(child) ? child : find(child, holds);
+                if (!child.visible)
+                    continue;
+                const found = holds(child) ? child : find(child, holds);
                 if (found !== null)
                     return found;
             }
             return null;
         }
 
-        function test_aVerbIsTheControlThatTellsThePhone() {
-            tryVerify(() => control.facilities.length > 10);
-            const plug = find(page, item => item.text === "plug"); // qmllint disable
-            waitForRendering(page);
-            mouseClick(plug);
-            tryVerify(() => battery.chargingState === BatteryChargingState.Charging);
-            tryCompare(answers, "count", 1);
-            compare(answers.signalArguments[0][0], "battery plug"); // qmllint disable
-            const slider = find(page, item => item.to === 100); // qmllint disable
-            mouseClick(slider, slider.width / 2, slider.height / 2);
-            tryVerify(() => battery.level > 40 && battery.level < 60);
-            test.shown = "data-profile";
-            waitForRendering(page);
-            const enabled = find(page, item => item.text === "enabled"); // qmllint disable
-            mouseClick(enabled);
-            tryVerify(() => answers.signalArguments[answers.count - 1][0].startsWith("data-profile enterprise enabled o")); // qmllint disable
+        function named(name) {
+            return find(page, item => (item.Accessible.name === name || item.text === name) && item.enabled && item.activeFocusOnTab); // qmllint disable
         }
 
-        function test_whatThePhoneRefusesIsSaid() {
-            answers.clear();
+        function problemOf(place) {
+            tryVerify(() => answers.count > place);
+            return answers.signalArguments[place][1]; // qmllint disable
+        }
+
+        function test_aVerbIsTheControlThatTellsThePhone() {
+            show("battery");
+            const plug = find(page, item => item.text === "Plug" && item.clicked); // qmllint disable
+            mouseClick(plug);
+            tryVerify(() => battery.chargingState === BatteryChargingState.Charging);
+            tryCompare(plug, "isSo", true);
+            compare(answers.signalArguments[0][0], "battery plug"); // qmllint disable
+            const level = named("Level");
+            mouseClick(level, level.width / 2, level.height / 2);
+            tryVerify(() => battery.level > 40 && battery.level < 60);
+        }
+
+        // It follows whoever changes the phone, and tells nothing itself.
+        function test_aControlShowsWhatThePhoneIsLike_data() {
+            return [{
+                    "tag": "slider",
+                    "page": "battery",
+                    "order": "battery level 33",
+                    "control": "Level",
+                    "property": "value",
+                    "value": 33
+                }, {
+                    "tag": "choice",
+                    "page": "battery",
+                    "order": "battery condition bad",
+                    "control": "Condition",
+                    "property": "currentText",
+                    "value": "bad"
+                }, {
+                    "tag": "text",
+                    "page": "hardware",
+                    "order": "hardware name Fred",
+                    "control": "Name",
+                    "property": "text",
+                    "value": "Fred"
+                }, {
+                    "tag": "switch",
+                    "page": "radio",
+                    "order": "radio data-roaming on",
+                    "control": "Data roaming",
+                    "property": "checked",
+                    "value": true
+                }, {
+                    "tag": "list",
+                    "page": "radio",
+                    "order": "radio enable lte,gsm",
+                    "control": "umts",
+                    "property": "checked",
+                    "value": false
+                }, {
+                    "tag": "switch of an instance",
+                    "page": "data-profile",
+                    "order": "data-profile enterprise enabled off",
+                    "control": "Enabled",
+                    "property": "checked",
+                    "value": false
+                }];
+        }
+
+        function test_aControlShowsWhatThePhoneIsLike(row) {
+            show(row.page);
+            const shown = named(row.control);
+            verify(shown !== null);
+            verify(shown[row.property] !== row.value);
+            compare(phone.sim(row.order), ""); // qmllint disable unqualified
+            tryCompare(shown, row.property, row.value);
+            compare(answers.count, 0);
+        }
+
+        function test_ofManyOrdersTheLastCountsAndTheControlStaysWhereItWasPut() {
+            show("battery");
+            const level = named("Level");
+            level.forceActiveFocus();
+            compare(phone.sim("battery level 50"), ""); // qmllint disable unqualified
+            tryCompare(level, "value", 50);
+            for (let i = 0; i < 9; ++i)
+                keyClick(Qt.Key_Right);
+            compare(level.value, 59);
+            tryVerify(() => battery.level === 59);
+            verify(answers.count < 9);
+            compare(level.value, 59);
+        }
+
+        function test_whatThePhoneRefusesIsSaidAndTheControlGoesBack() {
+            show("data-profile");
+            const which = named("Which one");
+            which.currentIndex = which.model.indexOf("mms");
+            const permitted = named("Permitted");
+            tryCompare(permitted, "checked", true);
+            mouseClick(permitted);
+            verify(problemOf(0).includes("everyone may use"), problemOf(0));
+            tryCompare(permitted, "checked", true);
             control.tell(["battery", "level", "1000"]);
+            verify(problemOf(1).includes("from 0 to 100"), problemOf(1));
+        }
+
+        function chipOf(name) {
+            return find(picture, item => item.neighbour?.name === name); // qmllint disable
+        }
+
+        function test_somebodyAroundThePhoneIsBroughtIntoRangeAndOut() {
+            show("");
+            const speaker = chipOf("speaker");
+            verify(!speaker.inRange);
+            // A drag that ends where it began.
+            mouseDrag(speaker, 20, 20, 30, 4);
+            compare(answers.count, 0);
+            mouseDrag(speaker, 20, 20, 0, -picture.shelfHeight - 100);
             tryCompare(answers, "count", 1);
-            verify(answers.signalArguments[0][1] !== "", answers.signalArguments[0][1]); // qmllint disable
+            compare(problemOf(0), "");
+            tryCompare(speaker, "inRange", true);
+            tryVerify(() => speaker.y + speaker.height < picture.rangeHeight);
+            speaker.forceActiveFocus();
+            keyClick(Qt.Key_Space);
+            tryCompare(speaker, "inRange", false);
+            verify(speaker.activeFocus);
+            tryVerify(() => speaker.y > picture.rangeHeight);
+            // By somebody else.
+            compare(phone.sim("miracast sink-goes tv"), ""); // qmllint disable unqualified
+            tryVerify(() => chipOf("tv").y > 0 && control.neighbours.some(each => each.part === "miracast" && each.name === "tv" && !each["in-range"]));
         }
     }
 }

@@ -452,6 +452,66 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
     }
 }
 
+// What the phone is like, in the words that would make it so.
+TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
+{
+    const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
+    const QString control = "/pps/system/ozdeviced/control";
+    const auto look = [&](qint64 from = -1) {
+        return ask(control, {{"msg", "phone"}, {"dat", QVariantMap{{"from", from}}}}).value("dat").toMap();
+    };
+    QVariantMap seen = look();
+    // Told again what it is, nothing of it changes.
+    const QVariantMap parts = seen.value("values").toMap();
+    int told = 0;
+    for (auto part = parts.begin(); part != parts.end(); ++part) {
+        const QVariantMap instances = part->toMap();
+        for (auto instance = instances.begin(); instance != instances.end(); ++instance) {
+            const QVariantMap values = instance->toMap();
+            for (auto value = values.begin(); value != values.end(); ++value) {
+                const bool isSwitch = value->typeId() == QMetaType::Bool;
+                QStringList words{part.key(), instance.key(), value.key()};
+                words.removeAll(QString());
+                // A verb without arguments that is so; else one with "on", "off" or a word.
+                const QString line = words.join(' ');
+                const QString word = isSwitch ? (value->toBool() ? "on" : "off") : value->toString();
+                const QString problem = simProblem(line + ' ' + word);
+                // Of some profiles that is no question.
+                if (isSwitch && value->toBool() && !problem.isEmpty() && !problem.contains("everyone may")) {
+                    EXPECT_EQ(simProblem(line), QString()) << line.toStdString();
+                } else if (!isSwitch && !word.contains(' ')) {
+                    EXPECT_EQ(problem, QString()) << line.toStdString();
+                }
+                ++told;
+            }
+        }
+    }
+    EXPECT_GT(told, 60);
+    EXPECT_EQ(look().value("values"), seen.value("values"));
+
+    oz::testing::ServiceClient follower(control);
+    EXPECT_TRUE(follower.write(
+        PpsObject::encode({{"msg", "phone"}, {"dat", QVariantMap{{"from", look().value("version")}}}})));
+    const auto speaker = [&] {
+        for (const QVariant &each : seen.value("neighbours").toList()) {
+            if (each.toMap().value("name") == "speaker")
+                return each.toMap().value("in-range").toBool();
+        }
+        return false;
+    };
+    EXPECT_FALSE(speaker());
+    settle();
+    EXPECT_EQ(follower.read(), QByteArray()); // there is nothing new
+    sim("wifi-direct peer-appears speaker");
+    QByteArray answer;
+    EXPECT_TRUE(waitUntil([&] { return !(answer = follower.read()).isEmpty(); }));
+    seen = PpsObject::decode(answer).first().toMap().value("dat").toMap();
+    EXPECT_TRUE(speaker());
+    const QVariant description = seen.value("description");
+    sim("display remove 1"); // a choice less
+    EXPECT_NE(look().value("description"), description);
+}
+
 TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());

@@ -289,6 +289,47 @@ TEST_F(ScenarioTest, AStepThatFailsEndsItUnlessItKeepsGoing)
             << speed;
 }
 
+TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
+{
+    const auto order = [](const QString &message, const QVariantMap &data = {{"from", -1}}) {
+        return ask(Control, {{"msg", message}, {"id", 1}, {"dat", data}});
+    };
+    const auto told = [&](const char *key) { return order("scenario").value("dat").toMap().value(key); };
+    EXPECT_EQ(order("pause-scenario").value("errstr"), "no scenario is playing");
+    root.place("/s.json", R"({"steps": ["sdcard unmount", {"wait": 5}, "sdcard mount", {"wait": 1},
+        {"expect": "battery.level == 7", "within": 1}, {"expect-request": "led.flash", "within": 1}]})");
+    (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"speed", 2}});
+    device::SdCardInfo card;
+    EXPECT_TRUE(waitUntil([&] { return card.state() == device::SdCardState::Unmounted; }));
+    EXPECT_EQ(order("pause-scenario").value("errstr").toString(), QString());
+    EXPECT_EQ(order("pause-scenario").value("errstr"), "the scenario is paused already");
+    EXPECT_EQ(told("paused"), true);
+    EXPECT_EQ(told("state"), "playing");
+    EXPECT_EQ(told("steps"), 6);
+    EXPECT_EQ(told("step"), 2);
+    sim("clock advance 60"); // by hand
+    EXPECT_EQ(order("scenario-speed", {{"speed", "max"}}).value("errstr").toString(), QString());
+    EXPECT_EQ(told("speed"), "max");
+    settle();
+    EXPECT_EQ(card.state(), device::SdCardState::Unmounted);
+    EXPECT_EQ(order("resume-scenario").value("errstr").toString(), QString());
+    EXPECT_TRUE(waitUntil([&] { return told("step") == 5; }));
+    // What is expected has the time that it says, without the pause's, and what is asked meanwhile counts.
+    (void)order("pause-scenario");
+    EXPECT_EQ(order("resume-scenario").value("errstr").toString(), QString());
+    (void)order("pause-scenario");
+    EXPECT_EQ(card.state(), device::SdCardState::Mounted);
+    device::Led led(device::LedColor::Red);
+    led.flash(1);
+    QElapsedTimer pause;
+    pause.start();
+    EXPECT_TRUE(waitUntil([&] { return pause.elapsed() > 1100; }));
+    sim("battery level 7");
+    EXPECT_EQ(told("state"), "playing");
+    (void)order("resume-scenario");
+    EXPECT_TRUE(waitUntil([&] { return told("state") == "passed"; }));
+}
+
 TEST_F(ScenarioTest, AServiceDiesAndComesBack)
 {
     const QString control = "/pps/services/led/control";

@@ -4,11 +4,8 @@
 #include "ozdevice/Daemon.hpp"
 #include "ozdevice/Output.hpp"
 
-#include <QCoreApplication>
-#include <QDir>
 #include <QFileInfo>
 #include <QJsonObject>
-#include <QRegularExpression>
 #include <QSaveFile>
 #include <QXmlStreamWriter>
 
@@ -17,21 +14,6 @@
 namespace oz::tools {
 
 namespace {
-
-QDir installedFolder()
-{
-    // Beside this program, in a build tree as when installed.
-    return {QCoreApplication::applicationDirPath() + QLatin1String("/../share/ozdevice/scenarios")};
-}
-
-QStringList installedNames()
-{
-    QStringList names;
-    for (const QString &file :
-        installedFolder().entryList({QStringLiteral("*.json")}, QDir::Files, QDir::Name))
-        names.append(file.chopped(5));
-    return names;
-}
 
 QString textAt(const QVariant &entry, const char *key)
 {
@@ -47,31 +29,6 @@ void ScenarioOptions::addTo(const Verb &verb)
     verb.option("--set", variables, "Give a variable of the scenario another value").valueName("NAME=VALUE");
     verb.option("--junit", junit, "Write a report of the expectations, as JUnit does").valueName("FILE");
     verb.flag("--keep-going", keepGoing, "Go on after a step that failed");
-}
-
-QString scenarioFile(const QString &name)
-{
-    if (QFileInfo::exists(name))
-        return QFileInfo(name).absoluteFilePath();
-    const QStringList installed = installedNames();
-    if (installed.contains(name))
-        return QDir::cleanPath(installedFolder().absoluteFilePath(name + QLatin1String(".json")));
-    throw CommandError(Failed,
-        name.contains(u'/') || name.endsWith(QLatin1String(".json"))
-            ? QString(QLatin1String("there is no file ") + name)
-            : unknownText(QStringLiteral("there is no file and no installed scenario"), name, installed));
-}
-
-QList<QStringList> installedScenarios()
-{
-    static const QRegularExpression description(QStringLiteral(R"re("description": *"([^"]*)")re"));
-    QList<QStringList> rows;
-    for (const QString &name : installedNames()) {
-        QFile file(scenarioFile(name));
-        if (file.open(QIODevice::ReadOnly))
-            rows.append({name, description.match(QString::fromUtf8(file.readAll())).captured(1)});
-    }
-    return rows;
 }
 
 PlayedScenario::PlayedScenario(const ScenarioOptions &options, EventLoop &loop)

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "ozdevice/EventLoop.hpp"
+#include "ozdevice/InstalledScenarios.hpp"
 #include "ozdevice/Verb.hpp"
 
 #include <oz/PpsObject.hpp>
@@ -28,11 +29,6 @@ struct ScenarioOptions
     /*! All but the scenario's own name. */
     void addTo(const Verb &verb);
 };
-
-/*! The whole path of the scenario \a name: a file, or one that is installed; throws CommandError. */
-[[nodiscard]] QString scenarioFile(const QString &name);
-/*! Those that are installed, with what they are about. */
-[[nodiscard]] QList<QStringList> installedScenarios();
 
 /*! A scenario that the daemon plays, followed to its end: each step is printed, and a report written. */
 class PlayedScenario : public QObject

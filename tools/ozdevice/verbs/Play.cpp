@@ -16,6 +16,8 @@ struct Options
     ScenarioOptions scenario;
     bool check = false;
     bool stop = false;
+    bool pause = false;
+    bool resume = false;
     bool list = false;
     bool values = false;
 };
@@ -58,9 +60,12 @@ int play(const Options &options)
         return listInstalled();
     if (options.values)
         return listValues();
-    if (options.stop) {
-        (void)askDaemon(QStringLiteral("stop-scenario"));
-        return Success;
+    for (const auto &[isWanted, request] : {std::pair(options.stop, "stop-scenario"),
+             {options.pause, "pause-scenario"}, {options.resume, "resume-scenario"}}) {
+        if (isWanted) {
+            (void)askDaemon(QLatin1String(request));
+            return Success;
+        }
     }
     if (options.scenario.scenario.empty())
         throw CommandError(WrongUse,
@@ -103,6 +108,8 @@ void addPlayVerb(const Verb &parser, Action &action)
     verb.flag("--check", options->check,
         "Only check the file, for the phone that runs, or without one for that of the scenario");
     verb.flag("--stop", options->stop, "End the scenario that is playing");
+    verb.flag("--pause", options->pause, "Have it stand still, and the phone's time with it");
+    verb.flag("--resume", options->resume, "Have it go on");
     verb.flag("--list", options->list, "List the installed scenarios");
     verb.flag("--values", options->values, "List what conditions and expectations can name");
     verb.footer(

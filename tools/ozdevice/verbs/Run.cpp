@@ -34,8 +34,9 @@ int run(const Options &options)
             WrongUse, QStringLiteral("run wants a command: ozdevice run -- COMMAND [ARGUMENT...]"));
     QProcess command;
     const TerminationSignals signals([&](int signal) {
-        // Ctrl-C reaches the command by itself; the rest is passed on.
-        if (signal != SIGINT && command.state() == QProcess::Running)
+        // Ctrl-C reaches the command by itself; the rest is passed on, also to one that has begun before this
+        // program heard of it.
+        if (signal != SIGINT && command.processId() > 0)
             ::kill(pid_t(command.processId()), signal);
     });
     EventLoop loop;

@@ -1,0 +1,144 @@
+#include "ScenarioControl.hpp"
+
+#include "ozdevice/InstalledScenarios.hpp"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QStandardPaths>
+
+#include <utility>
+
+ScenarioControl::ScenarioControl(QObject *parent) : QObject(parent)
+{
+    for (const QStringList &row : oz::tools::installedScenarios()) {
+        m_installed.append(
+            QVariantMap{{QStringLiteral("name"), row[0]}, {QStringLiteral("description"), row[1]},
+                {QStringLiteral("file"), oz::tools::scenarioFile(row[0])}});
+    }
+    m_recorder.setProcessChannelMode(QProcess::MergedChannels);
+    connect(&m_recorder, &QProcess::stateChanged, this, &ScenarioControl::recordingChanged);
+    connect(&m_recorder, &QProcess::finished, this, [this] {
+        // It says where the recording is, or what is wrong.
+        QString report = QString::fromUtf8(m_recorder.readAll()).trimmed();
+        report.remove(QLatin1String("ozdevice: "));
+        Q_EMIT recorded(report);
+    });
+    connect(&m_recorder, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
+        if (error == QProcess::FailedToStart)
+            Q_EMIT recorded(m_recorder.errorString());
+    });
+}
+
+ScenarioControl::~ScenarioControl()
+{
+    m_recorder.disconnect(this);
+    stopRecording();
+    m_recorder.waitForFinished();
+}
+
+QString ScenarioControl::text(const char *key) const
+{
+    return m_told.value(QLatin1String(key)).toString();
+}
+
+QString ScenarioControl::state() const
+{
+    const QString state = text("state");
+    const bool isPaused = m_told.value(QStringLiteral("paused")).toBool();
+    return isPaused && state == u"playing" ? QStringLiteral("paused") : state;
+}
+
+void ScenarioControl::order(const QString &request, const QVariantMap &data)
+{
+    m_orders.ask(request, data, [this](const QVariantMap &, const QString &problem) {
+        if (!problem.isEmpty())
+            Q_EMIT refused(problem);
+    });
+}
+
+void ScenarioControl::play(const QString &file, const QString &speed, bool keepGoing)
+{
+    order(QStringLiteral("play"),
+        {{QStringLiteral("file"), pathOf(file)}, {QStringLiteral("speed"), speed},
+            {QStringLiteral("keep-going"), keepGoing}});
+}
+
+void ScenarioControl::setSpeed(const QString &speed)
+{
+    order(QStringLiteral("scenario-speed"), {{QStringLiteral("speed"), speed}});
+}
+
+void ScenarioControl::setNumber(int number)
+{
+    if (std::exchange(m_number, number) == number)
+        return;
+    Q_EMIT numberChanged();
+    m_told.clear();
+    m_met = m_failed = 0;
+    Q_EMIT restarted();
+    Q_EMIT changed();
+    // Answers about the one before come on the old way, if at all.
+    m_log.reset();
+    if (m_number == 0)
+        return;
+    m_log = std::make_unique<DaemonLink>();
+    connect(m_log.get(), &DaemonLink::opened, this, &ScenarioControl::follow);
+}
+
+void ScenarioControl::follow()
+{
+    const QVariantMap from{{QStringLiteral("from"), m_told.value(QStringLiteral("next"), 0)}};
+    m_log->ask(QStringLiteral("scenario"), from, [this](const QVariantMap &told, const QString &problem) {
+        if (problem.isEmpty())
+            take(told);
+    });
+}
+
+void ScenarioControl::take(const QVariantMap &told)
+{
+    m_told = told;
+    const QVariantList entries = m_told.take(QStringLiteral("entries")).toList();
+    for (const QVariant &each : entries) {
+        const QVariantMap entry = each.toMap();
+        const auto textOf = [&](const char *key) { return entry.value(QLatin1String(key)).toString(); };
+        const QString outcome = textOf("outcome");
+        m_met += outcome == u"passed";
+        m_failed += outcome == u"failed";
+        const double seconds = entry.value(QStringLiteral("time")).toDouble();
+        Q_EMIT stepped(
+            tr("%1 s").arg(QLocale().toString(seconds, 'f', 1)), textOf("text"), outcome, textOf("detail"));
+    }
+    Q_EMIT changed();
+    if (text("state") == u"playing")
+        follow();
+}
+
+QString ScenarioControl::recording() const
+{
+    return m_recorder.state() == QProcess::NotRunning ? QString() : m_recording;
+}
+
+void ScenarioControl::record(const QString &file)
+{
+    if (m_recorder.state() != QProcess::NotRunning)
+        return;
+    m_recording = pathOf(file);
+    // The command writes it down, as it does by itself.
+    const QString here = QCoreApplication::applicationDirPath();
+    const QString command =
+        QStandardPaths::findExecutable(QStringLiteral("ozdevice"), {here, here + QLatin1String("/../bin")});
+    m_recorder.start(command, {QStringLiteral("record"), m_recording});
+}
+
+void ScenarioControl::stopRecording()
+{
+    m_recorder.terminate();
+}
+
+QString ScenarioControl::pathOf(const QString &typed)
+{
+    QString path = typed.startsWith(QLatin1String("file:")) ? QUrl(typed).toLocalFile() : typed.trimmed();
+    if (path.startsWith(QLatin1String("~/")))
+        path.replace(0, 1, QDir::homePath());
+    return QFileInfo(path).absoluteFilePath();
+}

@@ -1,0 +1,33 @@
+import QtQuick
+import QtQuick.Controls
+
+// A column that scrolls where it is too long, and to whatever has the focus.
+ScrollView {
+    id: scroller
+
+    default property alias content: column.data
+    readonly property Item focused: Window.activeFocusItem
+
+    function showFocused() {
+        const view = scroller.contentItem;
+        for (let item = focused; item !== null; item = item.parent) {
+            if (item === column) {
+                const top = focused.mapToItem(column, 0, 0).y;
+                const margin = 8;
+                view.contentY = Math.max(0, Math.min(top - margin, Math.max(view.contentY, top + focused.height + margin - view.height)));
+                return;
+            }
+        }
+    }
+
+    contentWidth: availableWidth
+    onFocusedChanged: showFocused()
+
+    Column {
+        id: column
+
+        width: scroller.availableWidth
+        rightPadding: 12
+        spacing: 10
+    }
+}

@@ -1,0 +1,875 @@
+<?xml version="1.0" encoding="utf-8"?>
+<!DOCTYPE TS>
+<TS version="2.1" language="de" sourcelanguage="en">
+<context>
+    <name>DaemonLink</name>
+    <message>
+        <source>the services were started anew</source>
+        <translation>die Dienste wurden neu gestartet</translation>
+    </message>
+</context>
+<context>
+    <name>FacilityPage</name>
+    <message>
+        <source>Fed by %1, which is shown and cannot be told anything here</source>
+        <translation>Gespeist von %1; wird angezeigt und lässt sich hier nicht steuern</translation>
+    </message>
+    <message>
+        <source>Not known: %1</source>
+        <translation>Nicht bekannt: %1</translation>
+    </message>
+    <message>
+        <source>Which one</source>
+        <translation>Welches</translation>
+    </message>
+    <message>
+        <source>In range</source>
+        <translation>In Reichweite</translation>
+    </message>
+    <message>
+        <source>What applications see</source>
+        <translation>Was Anwendungen sehen</translation>
+    </message>
+    <message>
+        <source>Faults</source>
+        <translation>Störungen</translation>
+    </message>
+</context>
+<context>
+    <name>Help</name>
+    <message>
+        <source>somebody uses the phone</source>
+        <translation>jemand benutzt das Telefon</translation>
+    </message>
+    <message>
+        <source>nobody uses the phone any more</source>
+        <translation>niemand benutzt das Telefon mehr</translation>
+    </message>
+    <message>
+        <source>sets a status of the power manager, known or new</source>
+        <translation>setzt einen Status der Energieverwaltung, bekannt oder neu</translation>
+    </message>
+    <message>
+        <source>ends the facility&apos;s service, as if it had crashed</source>
+        <translation>beendet den Dienst der Einrichtung, als wäre er abgestürzt</translation>
+    </message>
+    <message>
+        <source>starts it again</source>
+        <translation>startet ihn wieder</translation>
+    </message>
+    <message>
+        <source>connects a charger</source>
+        <translation>schließt ein Ladegerät an</translation>
+    </message>
+    <message>
+        <source>disconnects the charger</source>
+        <translation>trennt das Ladegerät</translation>
+    </message>
+    <message>
+        <source>lays the phone on a wireless charger, or takes it from there</source>
+        <translation>legt das Telefon auf ein drahtloses Ladegerät oder nimmt es weg</translation>
+    </message>
+    <message>
+        <source>sets the charge</source>
+        <translation>setzt die Ladung</translation>
+    </message>
+    <message>
+        <source>sets the temperature; it takes charge from 0 to 45 only</source>
+        <translation>setzt die Temperatur; geladen wird nur von 0 bis 45</translation>
+    </message>
+    <message>
+        <source>sets the condition</source>
+        <translation>setzt den Zustand</translation>
+    </message>
+    <message>
+        <source>keeps the charge as it is, or lets it move by itself</source>
+        <translation>hält die Ladung, wie sie ist, oder lässt sie von selbst gehen</translation>
+    </message>
+    <message>
+        <source>takes the battery out</source>
+        <translation>nimmt den Akku heraus</translation>
+    </message>
+    <message>
+        <source>puts the battery in</source>
+        <translation>legt den Akku ein</translation>
+    </message>
+    <message>
+        <source>lets it serve, in the place of one of its kind</source>
+        <translation>lässt es versorgen, anstelle eines seiner Art</translation>
+    </message>
+    <message>
+        <source>leaves it</source>
+        <translation>verlässt es</translation>
+    </message>
+    <message>
+        <source>sets its signal strength</source>
+        <translation>setzt seine Signalstärke</translation>
+    </message>
+    <message>
+        <source>sets the operator&apos;s name, which is shown too</source>
+        <translation>setzt den Namen des Betreibers, der auch angezeigt wird</translation>
+    </message>
+    <message>
+        <source>makes it a network of others</source>
+        <translation>macht es zu einem fremden Netz</translation>
+    </message>
+    <message>
+        <source>hides the roaming there from the user</source>
+        <translation>verbirgt das Roaming dort vor dem Benutzer</translation>
+    </message>
+    <message>
+        <source>lets the phone&apos;s time pass at once</source>
+        <translation>lässt die Zeit des Telefons auf einmal vergehen</translation>
+    </message>
+    <message>
+        <source>lets the phone&apos;s time go faster than the real one; 0 stands still</source>
+        <translation>lässt die Zeit des Telefons schneller gehen als die wirkliche; bei 0 steht sie</translation>
+    </message>
+    <message>
+        <source>enables the profile</source>
+        <translation>schaltet das Profil ein</translation>
+    </message>
+    <message>
+        <source>lets the applications here use it, where it is access-controlled</source>
+        <translation>lässt die Anwendungen hier es benutzen, wo der Zugang geregelt ist</translation>
+    </message>
+    <message>
+        <source>ends its connection from the network&apos;s side</source>
+        <translation>beendet seine Verbindung vom Netz her</translation>
+    </message>
+    <message>
+        <source>answers the next request with an error</source>
+        <translation>beantwortet die nächste Anfrage mit einem Fehler</translation>
+    </message>
+    <message>
+        <source>lets the next request wait</source>
+        <translation>lässt die nächste Anfrage warten</translation>
+    </message>
+    <message>
+        <source>leaves the next request unanswered</source>
+        <translation>lässt die nächste Anfrage ohne Antwort</translation>
+    </message>
+    <message>
+        <source>ends the connection at the next request, as a service that dies</source>
+        <translation>beendet die Verbindung bei der nächsten Anfrage, wie ein Dienst, der stirbt</translation>
+    </message>
+    <message>
+        <source>answers the next request with what means nothing</source>
+        <translation>beantwortet die nächste Anfrage mit etwas ohne Sinn</translation>
+    </message>
+    <message>
+        <source>adds an external display, attached; one called &apos;miracast...&apos; is wireless</source>
+        <translation>fügt einen äußeren Bildschirm hinzu, verbunden; einer namens &apos;miracast...&apos; ist drahtlos</translation>
+    </message>
+    <message>
+        <source>takes a display away</source>
+        <translation>nimmt einen Bildschirm weg</translation>
+    </message>
+    <message>
+        <source>attaches a display</source>
+        <translation>verbindet einen Bildschirm</translation>
+    </message>
+    <message>
+        <source>detaches a display</source>
+        <translation>trennt einen Bildschirm ab</translation>
+    </message>
+    <message>
+        <source>turns what a display shows: 0, 90, 180 or 270</source>
+        <translation>dreht, was ein Bildschirm zeigt: 0, 90, 180 oder 270</translation>
+    </message>
+    <message>
+        <source>gives a display another size in pixels</source>
+        <translation>gibt einem Bildschirm eine andere Größe in Pixeln</translation>
+    </message>
+    <message>
+        <source>gives the device a name</source>
+        <translation>gibt dem Gerät einen Namen</translation>
+    </message>
+    <message>
+        <source>brings a sink into range; scans bring it into sight</source>
+        <translation>bringt eine Anzeige in Reichweite; eine Suche findet sie</translation>
+    </message>
+    <message>
+        <source>takes a sink out of range, which ends its session; a scan finds it missing</source>
+        <translation>nimmt eine Anzeige aus der Reichweite, was ihre Sitzung beendet; eine Suche vermisst sie</translation>
+    </message>
+    <message>
+        <source>stops the service: 1 internally, 2 by an application, 4 for lack of support, 5 by policy, 6 to 9 as Wi-Fi Direct fails</source>
+        <translation>hält den Dienst an: 1 von innen, 2 von einer Anwendung, 4 mangels Unterstützung, 5 nach Vorschrift, 6 bis 9 wie Wi-Fi Direct scheitert</translation>
+    </message>
+    <message>
+        <source>starts the service again</source>
+        <translation>startet den Dienst wieder</translation>
+    </message>
+    <message>
+        <source>answers the next request of this kind with an error</source>
+        <translation>beantwortet die nächste Anfrage dieser Art mit einem Fehler</translation>
+    </message>
+    <message>
+        <source>holds the phone top-up</source>
+        <translation>hält das Telefon aufrecht</translation>
+    </message>
+    <message>
+        <source>holds the phone bottom-up</source>
+        <translation>hält das Telefon kopfüber</translation>
+    </message>
+    <message>
+        <source>holds the phone left-up</source>
+        <translation>hält das Telefon mit der linken Seite nach oben</translation>
+    </message>
+    <message>
+        <source>holds the phone right-up</source>
+        <translation>hält das Telefon mit der rechten Seite nach oben</translation>
+    </message>
+    <message>
+        <source>holds the phone face-up</source>
+        <translation>hält das Telefon mit der Vorderseite nach oben</translation>
+    </message>
+    <message>
+        <source>holds the phone face-down</source>
+        <translation>hält das Telefon mit der Vorderseite nach unten</translation>
+    </message>
+    <message>
+        <source>holds the phone so that its sensor cannot tell how</source>
+        <translation>hält das Telefon so, dass sein Sensor nicht sagen kann, wie</translation>
+    </message>
+    <message>
+        <source>switches the radio</source>
+        <translation>schaltet den Mobilfunk</translation>
+    </message>
+    <message>
+        <source>lets networks of these technologies serve, and no others</source>
+        <translation>lässt Netze dieser Techniken versorgen und keine anderen</translation>
+    </message>
+    <message>
+        <source>switches mobile data</source>
+        <translation>schaltet mobile Daten</translation>
+    </message>
+    <message>
+        <source>allows mobile data while roaming</source>
+        <translation>erlaubt mobile Daten beim Roaming</translation>
+    </message>
+    <message>
+        <source>inserts a card</source>
+        <translation>steckt eine Karte ein</translation>
+    </message>
+    <message>
+        <source>takes the card out, busy or not</source>
+        <translation>wirft die Karte aus, ob sie benutzt wird oder nicht</translation>
+    </message>
+    <message>
+        <source>begins to read or write the card</source>
+        <translation>beginnt, die Karte zu lesen oder zu schreiben</translation>
+    </message>
+    <message>
+        <source>ends reading and writing</source>
+        <translation>beendet Lesen und Schreiben</translation>
+    </message>
+    <message>
+        <source>inserts the card, ready</source>
+        <translation>steckt die Karte ein, bereit</translation>
+    </message>
+    <message>
+        <source>takes the card out</source>
+        <translation>nimmt die Karte heraus</translation>
+    </message>
+    <message>
+        <source>makes it ready</source>
+        <translation>macht sie bereit</translation>
+    </message>
+    <message>
+        <source>lets it wait for its PIN</source>
+        <translation>lässt sie auf ihre PIN warten</translation>
+    </message>
+    <message>
+        <source>makes it one that is not provisioned</source>
+        <translation>macht sie zu einer, die nicht freigeschaltet ist</translation>
+    </message>
+    <message>
+        <source>makes it one that cannot be used here</source>
+        <translation>macht sie zu einer, die hier nicht benutzbar ist</translation>
+    </message>
+    <message>
+        <source>makes it one that cannot be read</source>
+        <translation>macht sie zu einer, die nicht lesbar ist</translation>
+    </message>
+    <message>
+        <source>takes the motor out, or puts it in</source>
+        <translation>nimmt den Motor heraus oder setzt ihn ein</translation>
+    </message>
+    <message>
+        <source>switches Wi-Fi Direct</source>
+        <translation>schaltet Wi-Fi Direct</translation>
+    </message>
+    <message>
+        <source>gives the phone Wi-Fi Direct, or takes it away</source>
+        <translation>gibt dem Telefon Wi-Fi Direct oder nimmt es weg</translation>
+    </message>
+    <message>
+        <source>brings a peer into range; scans bring it into sight</source>
+        <translation>bringt ein Gerät in Reichweite; Suchen finden es</translation>
+    </message>
+    <message>
+        <source>takes a peer out of range and sight</source>
+        <translation>nimmt ein Gerät aus Reichweite und Sicht</translation>
+    </message>
+    <message>
+        <source>lets a peer join the group that the phone owns</source>
+        <translation>lässt ein Gerät der Gruppe beitreten, die dem Telefon gehört</translation>
+    </message>
+    <message>
+        <source>lets a peer leave the phone&apos;s group</source>
+        <translation>lässt ein Gerät die Gruppe des Telefons verlassen</translation>
+    </message>
+</context>
+<context>
+    <name>LogPage</name>
+    <message>
+        <source>Signals</source>
+        <translation>Signale</translation>
+    </message>
+</context>
+<context>
+    <name>NeighbourChip</name>
+    <message>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>in range</source>
+        <translation>in Reichweite</translation>
+    </message>
+    <message>
+        <source>out of range</source>
+        <translation>außer Reichweite</translation>
+    </message>
+</context>
+<context>
+    <name>PanelWindow</name>
+    <message>
+        <source>Phone</source>
+        <translation>Telefon</translation>
+    </message>
+    <message>
+        <source>&gt; %1: %2</source>
+        <translation>&gt; %1: %2</translation>
+    </message>
+    <message>
+        <source>No phone can be reached</source>
+        <translation>Kein Telefon erreichbar</translation>
+    </message>
+    <message>
+        <source>A simulated phone</source>
+        <translation>Ein simuliertes Telefon</translation>
+    </message>
+    <message>
+        <source>A device, which is shown and cannot be told anything</source>
+        <translation>Ein Gerät, das angezeigt wird und sich nicht steuern lässt</translation>
+    </message>
+    <message>
+        <source>Light</source>
+        <translation>Hell</translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation>Dunkel</translation>
+    </message>
+    <message>
+        <source>Ctrl+D</source>
+        <translation>Strg+D</translation>
+    </message>
+    <message>
+        <source>Controls</source>
+        <translation>Bedienung</translation>
+    </message>
+    <message>
+        <source>Signals</source>
+        <translation>Signale</translation>
+    </message>
+    <message>
+        <source>Pages</source>
+        <translation>Seiten</translation>
+    </message>
+    <message>
+        <source>Page</source>
+        <translation>Seite</translation>
+    </message>
+</context>
+<context>
+    <name>PhonePicture</name>
+    <message>
+        <source>The phone</source>
+        <translation>Das Telefon</translation>
+    </message>
+    <message>
+        <source>Out of range: drag them to the phone</source>
+        <translation>Außer Reichweite: zum Telefon ziehen</translation>
+    </message>
+    <message>
+        <source>the LED is lit</source>
+        <translation>die LED leuchtet</translation>
+    </message>
+    <message>
+        <source>it vibrates</source>
+        <translation>es vibriert</translation>
+    </message>
+</context>
+<context>
+    <name>ScenarioControl</name>
+    <message>
+        <source>%1 s</source>
+        <translation>%1 s</translation>
+    </message>
+</context>
+<context>
+    <name>ScenarioPage</name>
+    <message>
+        <source>Scenarios</source>
+        <translation>Szenarien</translation>
+    </message>
+    <message>
+        <source>Choose</source>
+        <translation>Auswählen</translation>
+    </message>
+    <message>
+        <source>A scenario&apos;s file</source>
+        <translation>Datei eines Szenarios</translation>
+    </message>
+    <message>
+        <source>Pause</source>
+        <translation>Pause</translation>
+    </message>
+    <message>
+        <source>Go on</source>
+        <translation>Weiter</translation>
+    </message>
+    <message>
+        <source>Play</source>
+        <translation>Abspielen</translation>
+    </message>
+    <message>
+        <source>Stop</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>Speed</source>
+        <translation>Tempo</translation>
+    </message>
+    <message>
+        <source>at once</source>
+        <translation>sofort</translation>
+    </message>
+    <message>
+        <source>Past failed steps</source>
+        <translation>Über Fehler hinweg</translation>
+    </message>
+    <message>
+        <source>Progress</source>
+        <translation>Fortschritt</translation>
+    </message>
+    <message>
+        <source>Step %1 of %2, %3</source>
+        <translation>Schritt %1 von %2, %3</translation>
+    </message>
+    <message>
+        <source>Expectations met: %1, failed steps: %2</source>
+        <translation>Erfüllte Erwartungen: %1, fehlgeschlagene Schritte: %2</translation>
+    </message>
+    <message>
+        <source>Steps</source>
+        <translation>Schritte</translation>
+    </message>
+    <message>
+        <source>Record</source>
+        <translation>Aufzeichnen</translation>
+    </message>
+    <message>
+        <source>The file to record into</source>
+        <translation>Datei für die Aufzeichnung</translation>
+    </message>
+    <message>
+        <source>End the recording</source>
+        <translation>Aufzeichnung beenden</translation>
+    </message>
+</context>
+<context>
+    <name>StateButton</name>
+    <message>
+        <source>%1 (so it is now)</source>
+        <translation>%1 (so ist es jetzt)</translation>
+    </message>
+</context>
+<context>
+    <name>Verb</name>
+    <message>
+        <source>active</source>
+        <translation>benutzt</translation>
+    </message>
+    <message>
+        <source>standby</source>
+        <translation>unbenutzt</translation>
+    </message>
+    <message>
+        <source>status</source>
+        <translation>Status</translation>
+    </message>
+    <message>
+        <source>kill-service</source>
+        <translation>Dienst abstürzen lassen</translation>
+    </message>
+    <message>
+        <source>start-service</source>
+        <translation>Dienst starten</translation>
+    </message>
+    <message>
+        <source>plug</source>
+        <translation>anstecken</translation>
+    </message>
+    <message>
+        <source>unplug</source>
+        <translation>abziehen</translation>
+    </message>
+    <message>
+        <source>wireless</source>
+        <translation>drahtlos laden</translation>
+    </message>
+    <message>
+        <source>level</source>
+        <translation>Ladung</translation>
+    </message>
+    <message>
+        <source>temperature</source>
+        <translation>Temperatur</translation>
+    </message>
+    <message>
+        <source>condition</source>
+        <translation>Zustand</translation>
+    </message>
+    <message>
+        <source>hold</source>
+        <translation>festhalten</translation>
+    </message>
+    <message>
+        <source>remove</source>
+        <translation>herausnehmen</translation>
+    </message>
+    <message>
+        <source>insert</source>
+        <translation>einlegen</translation>
+    </message>
+    <message>
+        <source>serve</source>
+        <translation>versorgen</translation>
+    </message>
+    <message>
+        <source>leave</source>
+        <translation>verlassen</translation>
+    </message>
+    <message>
+        <source>rssi</source>
+        <translation>Signalstärke</translation>
+    </message>
+    <message>
+        <source>operator</source>
+        <translation>Betreiber</translation>
+    </message>
+    <message>
+        <source>roaming</source>
+        <translation>Roaming</translation>
+    </message>
+    <message>
+        <source>suppress</source>
+        <translation>Roaming verbergen</translation>
+    </message>
+    <message>
+        <source>advance</source>
+        <translation>Zeit vorrücken</translation>
+    </message>
+    <message>
+        <source>speed</source>
+        <translation>Tempo</translation>
+    </message>
+    <message>
+        <source>enabled</source>
+        <translation>eingeschaltet</translation>
+    </message>
+    <message>
+        <source>permitted</source>
+        <translation>erlaubt</translation>
+    </message>
+    <message>
+        <source>drop</source>
+        <translation>trennen</translation>
+    </message>
+    <message>
+        <source>fail-with</source>
+        <translation>mit Fehler antworten</translation>
+    </message>
+    <message>
+        <source>answer-late</source>
+        <translation>spät antworten</translation>
+    </message>
+    <message>
+        <source>never-answer</source>
+        <translation>nie antworten</translation>
+    </message>
+    <message>
+        <source>die-on-request</source>
+        <translation>bei Anfrage sterben</translation>
+    </message>
+    <message>
+        <source>answer-rubbish</source>
+        <translation>Unsinn antworten</translation>
+    </message>
+    <message>
+        <source>add</source>
+        <translation>hinzufügen</translation>
+    </message>
+    <message>
+        <source>attach</source>
+        <translation>verbinden</translation>
+    </message>
+    <message>
+        <source>detach</source>
+        <translation>abtrennen</translation>
+    </message>
+    <message>
+        <source>rotate</source>
+        <translation>drehen</translation>
+    </message>
+    <message>
+        <source>resize</source>
+        <translation>Größe ändern</translation>
+    </message>
+    <message>
+        <source>name</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>sink-appears</source>
+        <translation>Anzeige kommt</translation>
+    </message>
+    <message>
+        <source>sink-goes</source>
+        <translation>Anzeige geht</translation>
+    </message>
+    <message>
+        <source>stop</source>
+        <translation>Dienst anhalten</translation>
+    </message>
+    <message>
+        <source>start</source>
+        <translation>Dienst wieder starten</translation>
+    </message>
+    <message>
+        <source>fail-next</source>
+        <translation>nächste Anfrage scheitert</translation>
+    </message>
+    <message>
+        <source>top-up</source>
+        <translation>aufrecht</translation>
+    </message>
+    <message>
+        <source>bottom-up</source>
+        <translation>kopfüber</translation>
+    </message>
+    <message>
+        <source>left-up</source>
+        <translation>linke Seite oben</translation>
+    </message>
+    <message>
+        <source>right-up</source>
+        <translation>rechte Seite oben</translation>
+    </message>
+    <message>
+        <source>face-up</source>
+        <translation>Vorderseite oben</translation>
+    </message>
+    <message>
+        <source>face-down</source>
+        <translation>Vorderseite unten</translation>
+    </message>
+    <message>
+        <source>undefined</source>
+        <translation>unbestimmt</translation>
+    </message>
+    <message>
+        <source>power</source>
+        <translation>Strom</translation>
+    </message>
+    <message>
+        <source>enable</source>
+        <translation>Techniken</translation>
+    </message>
+    <message>
+        <source>data</source>
+        <translation>mobile Daten</translation>
+    </message>
+    <message>
+        <source>data-roaming</source>
+        <translation>Daten im Ausland</translation>
+    </message>
+    <message>
+        <source>mount</source>
+        <translation>einstecken</translation>
+    </message>
+    <message>
+        <source>unmount</source>
+        <translation>auswerfen</translation>
+    </message>
+    <message>
+        <source>busy</source>
+        <translation>wird benutzt</translation>
+    </message>
+    <message>
+        <source>idle</source>
+        <translation>ruht</translation>
+    </message>
+    <message>
+        <source>ready</source>
+        <translation>bereit</translation>
+    </message>
+    <message>
+        <source>pin</source>
+        <translation>wartet auf PIN</translation>
+    </message>
+    <message>
+        <source>not-provisioned</source>
+        <translation>nicht freigeschaltet</translation>
+    </message>
+    <message>
+        <source>incompatible</source>
+        <translation>unpassend</translation>
+    </message>
+    <message>
+        <source>unreadable</source>
+        <translation>unlesbar</translation>
+    </message>
+    <message>
+        <source>present</source>
+        <translation>vorhanden</translation>
+    </message>
+    <message>
+        <source>supported</source>
+        <translation>unterstützt</translation>
+    </message>
+    <message>
+        <source>peer-appears</source>
+        <translation>Gerät kommt</translation>
+    </message>
+    <message>
+        <source>peer-goes</source>
+        <translation>Gerät geht</translation>
+    </message>
+    <message>
+        <source>peer-joins</source>
+        <translation>Gerät tritt bei</translation>
+    </message>
+    <message>
+        <source>peer-leaves</source>
+        <translation>Gerät verlässt Gruppe</translation>
+    </message>
+</context>
+<context>
+    <name>VerbControl</name>
+    <message>
+        <source>from %1 to %2 %3</source>
+        <translation>von %1 bis %2 %3</translation>
+    </message>
+    <message>
+        <source>Set</source>
+        <translation>Setzen</translation>
+    </message>
+    <message>
+        <source>Set: %1</source>
+        <translation>Setzen: %1</translation>
+    </message>
+</context>
+<context>
+    <name>Words</name>
+    <message>
+        <source>Activity</source>
+        <translation>Benutzung</translation>
+    </message>
+    <message>
+        <source>Battery</source>
+        <translation>Akku</translation>
+    </message>
+    <message>
+        <source>Cellular networks</source>
+        <translation>Mobilfunknetze</translation>
+    </message>
+    <message>
+        <source>Clock</source>
+        <translation>Uhr</translation>
+    </message>
+    <message>
+        <source>Data profiles</source>
+        <translation>Datenprofile</translation>
+    </message>
+    <message>
+        <source>Displays</source>
+        <translation>Bildschirme</translation>
+    </message>
+    <message>
+        <source>Hardware</source>
+        <translation>Hardware</translation>
+    </message>
+    <message>
+        <source>LED</source>
+        <translation>LED</translation>
+    </message>
+    <message>
+        <source>Miracast</source>
+        <translation>Miracast</translation>
+    </message>
+    <message>
+        <source>Orientation</source>
+        <translation>Lage</translation>
+    </message>
+    <message>
+        <source>Radio</source>
+        <translation>Mobilfunk</translation>
+    </message>
+    <message>
+        <source>Scenarios</source>
+        <translation>Szenarien</translation>
+    </message>
+    <message>
+        <source>SD card</source>
+        <translation>SD-Karte</translation>
+    </message>
+    <message>
+        <source>SIM card</source>
+        <translation>SIM-Karte</translation>
+    </message>
+    <message>
+        <source>Vibration</source>
+        <translation>Vibration</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct</source>
+        <translation>Wi-Fi Direct</translation>
+    </message>
+    <message>
+        <source>playing</source>
+        <translation>läuft</translation>
+    </message>
+    <message>
+        <source>paused</source>
+        <translation>angehalten</translation>
+    </message>
+    <message>
+        <source>passed</source>
+        <translation>bestanden</translation>
+    </message>
+    <message>
+        <source>failed</source>
+        <translation>fehlgeschlagen</translation>
+    </message>
+    <message>
+        <source>stopped</source>
+        <translation>abgebrochen</translation>
+    </message>
+</context>
+</TS>

@@ -1,0 +1,227 @@
+import QtQuick
+import QtTest
+import oz.panel
+
+// The whole window: sizes, themes, keys, scenarios.
+Item {
+    id: scene
+
+    Component {
+        id: maker
+
+        PanelWindow {
+        }
+    }
+
+    TestCase {
+        id: test
+        name: "Window"
+
+        property var window: null
+
+        function cleanup() {
+            if (window !== null)
+                window.destroy();
+            window = null;
+        }
+
+        function open(properties) {
+            window = maker.createObject(null, properties);
+            tryVerify(() => window.active && window.pages.length > 12);
+            waitForRendering(window.contentItem);
+        }
+
+        function items(item, holds) {
+            let found = [];
+            for (let i = 0; i < item.children.length; ++i) {
+                const child = item.children[i];
+                if (child.visible && child.opacity > 0)
+                    found = found.concat(holds(child) ? [child] : [], items(child, holds));
+            }
+            return found;
+        }
+
+        function controls() {
+            return items(window.contentItem, item => item.activeFocusOnTab && item.enabled && item.Accessible.role !== undefined && item.height > 0);
+        }
+
+        function named(name) {
+            return controls().find(item => item.Accessible.name === name || item.text === name) ?? null;
+        }
+
+        // "" where it is all in the window, or in what scrolls up and down, and the text is not cut.
+        function faultOf(item) {
+            const place = item.mapToItem(window.contentItem, 0, 0);
+            if (place.x < -0.5 || place.x + item.width > window.contentItem.width + 0.5)
+                return "is cut at the side";
+            if (item.truncated === true)
+                return "has a text that is cut";
+            for (let around = item.parent; around !== null; around = around.parent) {
+                if (around.contentY !== undefined && around.contentHeight > around.height)
+                    return "";
+            }
+            return place.y + item.height > window.contentItem.height + 0.5 ? "is cut below" : "";
+        }
+
+        // Of what is shown now; nothing where all is well.
+        function faults() {
+            const all = controls();
+            const texts = items(window.contentItem, item => item.wrapMode !== undefined && item.text !== undefined && item.text !== "");
+            for (const item of all.concat(texts)) {
+                if (faultOf(item) !== "")
+                    return "%1 %2 %3".arg(item).arg(item.text ?? item.Accessible.name).arg(faultOf(item));
+            }
+            for (let i = 0; i < all.length; ++i) {
+                if (all[i].Accessible.name === "" && (all[i].text ?? "") === "")
+                    return "%1 has no name".arg(all[i]);
+                for (let j = 0; j < i; ++j) {
+                    if (overlap(all[i], all[j]))
+                        return "%1 %2 lies on %3 %4".arg(all[i]).arg(all[i].text ?? "").arg(all[j]).arg(all[j].text ?? "");
+                }
+            }
+            return "";
+        }
+
+        function overlap(a, b) {
+            for (let up = a.parent; up !== null; up = up.parent) {
+                if (up === b)
+                    return false;
+            }
+            for (let up = b.parent; up !== null; up = up.parent) {
+                if (up === a)
+                    return false;
+            }
+            const p = a.mapToItem(window.contentItem, 0, 0);
+            const q = b.mapToItem(window.contentItem, 0, 0);
+            return p.x < q.x + b.width - 1 && q.x < p.x + a.width - 1 && p.y < q.y + b.height - 1 && q.y < p.y + a.height - 1;
+        }
+
+        function test_nothingIsCutOrOverlapsAndTheFocusGoesEverywhere_data() {
+            const rows = [];
+            for (const size of [[360, 640], [320, 480], [640, 480], [820, 600], [1000, 720], [1600, 1000]]) {
+                for (const part of size[0] < 820 ? [0, 1, 2] : [1]) {
+                    rows.push({
+                            "tag": "%1x%2 %3".arg(size[0]).arg(size[1]).arg(part),
+                            "width": size[0],
+                            "height": size[1],
+                            "part": part
+                        });
+                }
+            }
+            return rows;
+        }
+
+        function test_nothingIsCutOrOverlapsAndTheFocusGoesEverywhere(row) {
+            open({
+                    "width": row.width,
+                    "height": row.height,
+                    "part": row.part
+                });
+            for (const page of row.part === 1 ? window.pages : ["battery"]) {
+                window.page = page;
+                waitForRendering(window.contentItem);
+                for (const section of items(window.contentItem, item => item.checkable === true && item.flat === true && !item.checked))
+                    section.toggle();
+                // Once it has been laid out.
+                for (let tries = 0; tries < 100 && faults() !== ""; ++tries)
+                    wait(20);
+                compare(faults(), "", page);
+                const all = controls();
+                const reached = new Set();
+                for (let i = 0; i < all.length + 5; ++i) {
+                    keyClick(Qt.Key_Tab);
+                    verify(window.focusRing.visible, "%1: %2".arg(page).arg(window.activeFocusItem));
+                    for (let item = window.focusRing.parent; item !== null; item = item.parent)
+                        reached.add(item);
+                }
+                for (const item of all)
+                    verify(reached.has(item), "%1: the focus does not come to %2 %3".arg(page).arg(item).arg(item.text ?? item.Accessible.name));
+            }
+        }
+
+        // By the rule for text of web pages: at least 4.5 to 1.
+        function test_textsStandOut_data() {
+            return [{
+                    "tag": "light",
+                    "dark": false
+                }, {
+                    "tag": "dark",
+                    "dark": true
+                }];
+        }
+
+        function test_textsStandOut(row) {
+            open({
+                    "dark": row.dark
+                });
+            function light(color) {
+                const part = value => value <= 0.03928 ? value / 12.92 : Math.pow((value + 0.055) / 1.055, 2.4);
+                return 0.2126 * part(color.r) + 0.7152 * part(color.g) + 0.0722 * part(color.b) + 0.05;
+            }
+            const colors = window.palette;
+            for (const [text, ground] of [["windowText", "window"], ["text", "base"], ["buttonText", "button"], ["highlightedText", "highlight"], ["placeholderText", "window"], ["placeholderText", "base"], ["brightText", "window"]]) {
+                const values = [light(colors[text]), light(colors[ground])].sort((a, b) => a - b);
+                verify(values[1] / values[0] >= 4.5, "%1 on %2".arg(text).arg(ground));
+            }
+        }
+
+        function test_keysTurnPagesAndChangeTheTheme() {
+            open({
+                    "page": "battery"
+                });
+            keyClick(Qt.Key_PageDown, Qt.ControlModifier);
+            compare(window.current, "cellular-network");
+            keyClick(Qt.Key_PageUp, Qt.ControlModifier);
+            compare(window.current, "battery");
+            const isDark = window.dark;
+            keyClick(Qt.Key_D, Qt.ControlModifier);
+            compare(window.dark, !isDark);
+            keyClick(Qt.Key_3, Qt.ControlModifier);
+            compare(window.part, 2);
+        }
+
+        function test_aScenarioIsPlayedPausedAndFollowed() {
+            open({
+                    "page": "scenarios"
+                });
+            const text = part => items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
+            tryVerify(() => named("tour") !== null);
+            verify(!named("Play") || !named("Play").enabled);
+            named("tour").clicked();
+            named("Play").clicked();
+            tryVerify(() => text("of 44, playing"));
+            verify(text("A tour of the whole phone"));
+            named("Pause").clicked();
+            tryVerify(() => text("of 44, paused"));
+            keyClick(Qt.Key_P, Qt.ControlModifier);
+            tryVerify(() => text("of 44, playing"));
+            named("Stop").clicked();
+            tryVerify(() => text("of 44, stopped"));
+            // Somebody else's, which fails.
+            compare(phone.play("{\"steps\": [{\"say\": \"hello\"}, {\"expect\": \"led.active\", \"within\": 0.01}]}"), ""); // qmllint disable unqualified
+            tryVerify(() => text("Step 2 of 2, failed"));
+            verify(text("hello"));
+            verify(text("Expectations met: 0, failed steps: 1"));
+            verify(text("led.active is false"));
+        }
+
+        function test_whatThePhoneDoesIsRecorded() {
+            open({
+                    "page": "scenarios"
+                });
+            tryVerify(() => named("Record") !== null);
+            named("Record").toggle();
+            tryVerify(() => named("The file to record into") !== null);
+            named("The file to record into").text = phone.file("/r.json"); // qmllint disable unqualified
+            const begin = controls().filter(item => item.text === "Record")[1];
+            begin.clicked();
+            tryVerify(() => named("End the recording") !== null);
+            // It records from when it says so, or a little later.
+            tryVerify(() => phone.sim("battery level 12") === "" && phone.isRecording(), 10000); // qmllint disable unqualified
+            compare(phone.sim("battery level 13"), ""); // qmllint disable unqualified
+            begin.clicked();
+            tryVerify(() => items(window.contentItem, item => String(item.text ?? "").includes("steps are in")).length > 0);
+            verify(phone.read("/r.json").includes("battery level 13")); // qmllint disable unqualified
+        }
+    }
+}
