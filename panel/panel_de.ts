@@ -321,6 +321,34 @@
         <source>lets a peer leave the phone&apos;s group</source>
         <translation>lässt ein Gerät die Gruppe des Telefons verlassen</translation>
     </message>
+    <message>
+        <source>has these sinks in range and sight, and no others</source>
+        <translation>hat diese Bildschirme in Reichweite und in Sicht, und keine anderen</translation>
+    </message>
+    <message>
+        <source>is connecting a sink, and stays so</source>
+        <translation>verbindet einen Bildschirm und bleibt dabei</translation>
+    </message>
+    <message>
+        <source>shows the screen on a sink, or ends that</source>
+        <translation>zeigt das Bild auf einem Bildschirm oder beendet das</translation>
+    </message>
+    <message>
+        <source>has these peers in range and sight, and no others</source>
+        <translation>hat diese Geräte in Reichweite und in Sicht, und keine anderen</translation>
+    </message>
+    <message>
+        <source>looks for peers, or ends that</source>
+        <translation>sucht Geräte oder beendet das</translation>
+    </message>
+    <message>
+        <source>is connecting a peer, or ends that</source>
+        <translation>verbindet ein Gerät oder beendet das</translation>
+    </message>
+    <message>
+        <source>puts the phone into a group with these peers, whose owner comes first</source>
+        <translation>bringt das Telefon in eine Gruppe mit diesen Geräten, deren Besitzer zuerst steht</translation>
+    </message>
 </context>
 <context>
     <name>LogPage</name>
@@ -768,6 +796,26 @@
     <message>
         <source>peer-leaves</source>
         <translation>Gerät verlässt Gruppe</translation>
+    </message>
+    <message>
+        <source>sight</source>
+        <translation>in Sicht</translation>
+    </message>
+    <message>
+        <source>scanning</source>
+        <translation>sucht</translation>
+    </message>
+    <message>
+        <source>connecting</source>
+        <translation>verbindet</translation>
+    </message>
+    <message>
+        <source>group</source>
+        <translation>Gruppe</translation>
+    </message>
+    <message>
+        <source>session</source>
+        <translation>Sitzung</translation>
     </message>
 </context>
 <context>
