@@ -323,15 +323,15 @@
     </message>
     <message>
         <source>has these sinks in range and sight, and no others</source>
-        <translation>hat diese Bildschirme in Reichweite und in Sicht, und keine anderen</translation>
+        <translation>hat diese Anzeigen in Reichweite und in Sicht, und keine anderen</translation>
     </message>
     <message>
         <source>is connecting a sink, and stays so</source>
-        <translation>verbindet einen Bildschirm und bleibt dabei</translation>
+        <translation>verbindet eine Anzeige und bleibt dabei</translation>
     </message>
     <message>
         <source>shows the screen on a sink, or ends that</source>
-        <translation>zeigt das Bild auf einem Bildschirm oder beendet das</translation>
+        <translation>zeigt das Bild auf einer Anzeige oder beendet das</translation>
     </message>
     <message>
         <source>has these peers in range and sight, and no others</source>
