@@ -19,7 +19,7 @@ qml_packages=(
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
     dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
-    systemd e2fsprogs
+    systemd e2fsprogs network-manager procps
     "${qml_packages[@]}"
 )
 bench_packages=(libbenchmark-dev dbus libumockdev-dev upower qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
@@ -253,6 +253,7 @@ case $verb in
     fuzz)
         seconds=60
         [ "${1:-}" = --seconds ] && { seconds=${2:?oz: --seconds wants a number}; shift 2; }
+        build_targets=(pps_text_fuzz)
         build fuzz "${fuzz_packages[@]}"
         say "fuzzing for $seconds seconds"
         mkdir -p build/fuzz/found

@@ -153,6 +153,7 @@ int main(int argc, char **argv)
 
     const QTemporaryDir root("/dev/shm/oz-bench-XXXXXX");
     qputenv("OZ_DEVICE_ROOT", root.path().toLocal8Bit());
+    qputenv("XDG_RUNTIME_DIR", root.path().toLocal8Bit()); // else Qt says for each scene that there is none
     publishAll();
     const PowerDevice powerManager;
     const Message &battery = *std::find_if(messages().begin(), messages().end(),

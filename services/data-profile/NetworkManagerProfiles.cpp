@@ -4,10 +4,12 @@
 
 #include <QDBusArgument>
 #include <QRegularExpression>
+#include <QTimer>
 #include <QUuid>
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 
 namespace oz::services {
 
@@ -28,6 +30,9 @@ const QString SavedName = QStringLiteral("data-profile-users");
 
 // NetworkManager's states of an active connection.
 enum ActiveState { Activating = 1, Activated = 2, Deactivating = 3 };
+
+// What fails at once is pending for so long all the same, so that applications see that it has failed.
+constexpr std::chrono::milliseconds ShortestAttempt{200};
 
 QList<QString> pathsIn(const QVariant &value)
 {
@@ -62,6 +67,7 @@ NetworkManagerProfiles::NetworkManagerProfiles(std::shared_ptr<SystemBus> bus, S
     connect(&service(), &BusService::vanished, this, [this] {
         m_settings.clear();
         m_asked.clear();
+        m_attempts.clear();
     });
     connect(&service(), &BusService::appeared, this, [this] { objects().follow(ManagerPath, {Name}); });
     objects().followList(
@@ -105,7 +111,9 @@ void NetworkManagerProfiles::readSettings(const QString &path)
 // Connections and their devices come and go as the manager's list has them.
 void NetworkManagerProfiles::followActive()
 {
-    const QList<QString> active = pathsIn(ofManager("ActiveConnections"));
+    QList<QString> active = pathsIn(ofManager("ActiveConnections"));
+    for (const Attempt &attempt : std::as_const(m_attempts))
+        active.append(attempt.active);
     const QStringList known = objects().all().keys();
     for (const QString &path : known) {
         if (path.startsWith(ActivePath) && !active.contains(path))
@@ -119,6 +127,31 @@ void NetworkManagerProfiles::followActive()
             if (!known.contains(device))
                 objects().follow(device, {DeviceInterface});
         }
+    }
+}
+
+void NetworkManagerProfiles::beginAttempt(const QString &connection, const QString &active)
+{
+    m_attempts.insert(connection, {active, false});
+    QTimer::singleShot(ShortestAttempt, this, [this, connection, active] {
+        const auto attempt = m_attempts.find(connection);
+        if (attempt == m_attempts.end() || attempt->active != active)
+            return;
+        attempt->hasBeenShown = true;
+        if (objects().isComplete())
+            look();
+    });
+    objects().follow(active, {ActiveInterface});
+}
+
+// One that the manager lists is known by that list; one that failed at once may never have been there.
+void NetworkManagerProfiles::endAttempts()
+{
+    const QList<QString> listed = pathsIn(ofManager("ActiveConnections"));
+    for (auto attempt = m_attempts.begin(); attempt != m_attempts.end();) {
+        const bool isOver = listed.contains(attempt->active)
+            || (attempt->hasBeenShown && stateOf(attempt->active) != Activating);
+        attempt = isOver ? m_attempts.erase(attempt) : std::next(attempt);
     }
 }
 
@@ -147,6 +180,11 @@ QString NetworkManagerProfiles::activeOf(const QString &connection) const
     return {};
 }
 
+uint NetworkManagerProfiles::stateOf(const QString &active) const
+{
+    return objects().property(active, ActiveInterface, QStringLiteral("State")).toUInt();
+}
+
 DataProfileState::Profile NetworkManagerProfiles::profileOf(
     const QString &connection, const Settings &settings) const
 {
@@ -161,7 +199,7 @@ DataProfileState::Profile NetworkManagerProfiles::profileOf(
     if (!accessPoint.isEmpty())
         profile.accessPoint = accessPoint;
     const QString active = activeOf(connection);
-    switch (objects().property(active, ActiveInterface, QStringLiteral("State")).toUInt()) {
+    switch (stateOf(active)) {
     case Activating:
     case Deactivating:
         profile.connection = Connection::Pending;
@@ -170,6 +208,7 @@ DataProfileState::Profile NetworkManagerProfiles::profileOf(
         profile.connection = Connection::Established;
         break;
     default:
+        profile.connection = m_attempts.contains(connection) ? Connection::Pending : Connection::None;
         break;
     }
     if (profile.connection == Connection::Established) {
@@ -185,6 +224,7 @@ DataProfileState::Profile NetworkManagerProfiles::profileOf(
 
 void NetworkManagerProfiles::look()
 {
+    endAttempts();
     followActive();
     for (const QString &path : objects().all().keys()) {
         if (objects().all().value(path).contains(ConnectionInterface) && !m_settings.contains(path)
@@ -234,16 +274,17 @@ void NetworkManagerProfiles::connectProfile(const QString &profile, const Done &
     const QString connection = m_connections.value(profile);
     if (service().owner().isEmpty() || connection.isEmpty())
         return done({ENOENT, QStringLiteral("there is no such profile"), {}});
-    if (!activeOf(connection).isEmpty())
+    const uint state = stateOf(activeOf(connection));
+    if (state == Activating || state == Activated)
         return done({0, {}, addUser(profile)});
     const QVariant anything = QVariant::fromValue(QDBusObjectPath(QStringLiteral("/")));
     service().call(ManagerPath, Name, QStringLiteral("ActivateConnection"),
         {QVariant::fromValue(QDBusObjectPath(connection)), anything, anything}, this,
-        [this, profile, done](const QDBusMessage &answer) {
-            if (answer.type() == QDBusMessage::ReplyMessage)
-                done({0, {}, addUser(profile)});
-            else
-                done({errorOf(answer), problemOf(answer), {}});
+        [this, profile, connection, done](const QDBusMessage &answer) {
+            if (answer.type() != QDBusMessage::ReplyMessage)
+                return done({errorOf(answer), problemOf(answer), {}});
+            beginAttempt(connection, answer.arguments().value(0).value<QDBusObjectPath>().path());
+            done({0, {}, addUser(profile)});
         });
 }
 

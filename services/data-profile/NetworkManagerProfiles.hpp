@@ -24,11 +24,21 @@ public:
 private:
     using Settings = QMap<QString, QVariantMap>; // by group
 
+    // One that applications have asked for.
+    struct Attempt
+    {
+        QString active; // its path
+        bool hasBeenShown; // for long enough
+    };
+
     void look() override;
     void followActive();
+    void beginAttempt(const QString &connection, const QString &active);
+    void endAttempts();
     void readSettings(const QString &path);
     [[nodiscard]] QString nameOf(const Settings &settings) const;
     [[nodiscard]] QString activeOf(const QString &connection) const;
+    [[nodiscard]] uint stateOf(const QString &active) const;
     [[nodiscard]] DataProfileState::Profile profileOf(
         const QString &connection, const Settings &settings) const;
     [[nodiscard]] QVariant ofManager(const char *name) const;
@@ -39,6 +49,7 @@ private:
     QMap<QString, Settings> m_settings; // by the connections' paths
     QSet<QString> m_asked; // connections whose settings are asked for
     QMap<QString, QString> m_connections; // by the profiles' names
+    QMap<QString, Attempt> m_attempts; // by the connections' paths
     QStringList m_before; // the profiles of the last state
     QMap<QString, QSet<QString>> m_users; // connection ids, by the profiles' names
 };

@@ -20,7 +20,9 @@ const QHash<QByteArray, QByteArray> &fixedAnswers()
         {"+CIND=?", R"(+CIND: ("battchg",(0-5)),("signal",(0-5)),("service",(0-1)),("roam",(0-1)))"},
         {"+CMER=?", "+CMER: (0-3),(0),(0),(0-1),(0)"}, {"+CGEREP=?", "+CGEREP: (0-2),(0,1)"},
         {"+CTZU=?", "+CTZU: (0,1)"}, // an empty answer ends ModemManager 1.20
-        {"+CTZU?", "+CTZU: 0"}, {"+CGATT?", "+CGATT: 1"}, {"+CNUM", "+CNUM: ,\"+15551234\",145"},
+        {"#QSS=?", "#QSS: (0-2)"}, {"+CTZU?", "+CTZU: 0"}, {"+CGATT?", "+CGATT: 1"},
+        {"+CNUM", "+CNUM: ,\"+15551234\",145"},
+        {"+CGDCONT?", R"(+CGDCONT: 1,"IP","internet.example","",0,0)"}, {"+CGACT?", "+CGACT: 1,0"},
         {"+CGDCONT=?", "+CGDCONT: (1-16),\"IP\",,,(0-2),(0-4)"},
         {"+CRSM=176,12258,0,0,10", R"(+CRSM: 144,0,"98941000000000000010")"}, // the card's number, by pairs
         {"+CRSM=176,28589,0,0,4", R"(+CRSM: 144,0,"00000002")"}, // the length of the network's code
@@ -31,9 +33,9 @@ const QHash<QByteArray, QByteArray> &fixedAnswers()
 // What is settings to it.
 bool isSetting(const QByteArray &command)
 {
-    for (const char *name :
-        {"E0", "V1", "X4", "&C1", "Z", "+CMEE=", "+CREG=", "+CGREG=", "+CEREG=", "+CSCS=", "+CMER=",
-            "+CGEREP=", "+CTZU=", "+CTZR=", "+CFUN=", "+COPS=", "+CRC=", "+CLIP=", "+CCWA=", "+CUSD="}) {
+    for (const char *name : {"E0", "V1", "X4", "&C1", "Z",
+             "+CMEE=", "+CREG=", "+CGREG=", "+CEREG=", "+CSCS=", "+CMER=", "+CGEREP=", "+CTZU=", "+CTZR=",
+             "+CFUN=", "+COPS=", "#QSS=", "+CGDCONT=", "+CGACT=", "+CRC=", "+CLIP=", "+CCWA=", "+CUSD="}) {
         if (command.startsWith(name))
             return true;
     }
@@ -89,6 +91,12 @@ void AtModem::onConnected(QLocalServer *port)
 QByteArray AtModem::answer(const QByteArray &command)
 {
     const bool isLocked = !pin.isEmpty() || !puk.isEmpty();
+    if (!m_hasCard
+        && (command.startsWith("+CPIN") || command.startsWith("+CSIM") || command.startsWith("+CRSM")
+            || command == "+CIMI"))
+        return "\r\n+CME ERROR: 10\r\n"; // the card is not inserted
+    if (command == "#QSS?")
+        return reply("#QSS: 1," + QByteArray::number(int(m_hasCard)));
     if (command == "+CPIN?")
         return reply("+CPIN: " + QByteArray(!puk.isEmpty() ? "SIM PUK" : isLocked ? "SIM PIN" : "READY"));
     if (command.startsWith("+CPIN="))
@@ -114,6 +122,8 @@ QByteArray AtModem::answer(const QByteArray &command)
         return reply("+COPS: 0," + QByteArray(m_namesByCode ? "2" : "0") + ",\""
             + (m_namesByCode ? m_operatorCode : m_operator) + "\"," + QByteArray::number(m_technology));
     }
+    if (command.startsWith("D*99")) // from here on the port carries data
+        return admitsData ? "\r\nCONNECT\r\n" : "\r\nNO CARRIER\r\n";
     if (const auto fixed = fixedAnswers().find(command); fixed != fixedAnswers().end())
         return reply(*fixed);
     if (isSetting(command))
@@ -167,6 +177,12 @@ void AtModem::nameNetwork(const QByteArray &name, const QByteArray &code)
 {
     m_operator = name;
     m_operatorCode = code;
+}
+
+void AtModem::insertCard(bool inserted)
+{
+    m_hasCard = inserted;
+    tell("#QSS: " + QByteArray::number(int(inserted)));
 }
 
 void AtModem::setSignal(int fifths)

@@ -28,6 +28,9 @@ public:
     int tries = 3; //!< left for the PIN
     QByteArray subscriber = "001010123456789";
     QByteArray imei = "490154203237518";
+    bool admitsData = true; //!< whether the network does
+    /*! The card is put in, or pulled, and the modem tells so. */
+    void insertCard(bool inserted);
 
     enum Registration { Searching = 2, Home = 1, Denied = 3, Roaming = 5 };
     enum Technology { Gsm = 0, Umts = 2, Edge = 3, Lte = 7 };
@@ -56,6 +59,7 @@ private:
     QByteArray m_operatorCode = "00101";
     bool m_namesByCode = false;
     int m_signal = 4;
+    bool m_hasCard = true;
 };
 
 } // namespace oz::testing

@@ -113,6 +113,37 @@ TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
     }
 }
 
+TEST_F(ModemTest, AModemThatIsTakenAwayIsUnknownUntilItIsBack)
+{
+    rig.allowAll();
+    start();
+    const CellularRadioInfo radio;
+    const CellularNetworkInfo network;
+    const SimCardInfo card;
+    EXPECT_EQ(network.name(), "Test Home");
+    rig.unplug(true); // for longer than a restart may take
+    EXPECT_TRUE(waitUntil([&] { return network.name().isEmpty() && !radio.isPoweredOn(); }));
+    EXPECT_EQ(card.state(), SimCardState::NotDetected);
+    EXPECT_EQ(diagnosisOf("radio"), "ModemManager knows no modem");
+    rig.unplug(false);
+    EXPECT_TRUE(waitUntil([&] { return card.state() == SimCardState::Ready; }));
+    (void)rig.order({"--modem=any", "--enable"});
+    EXPECT_TRUE(waitUntil([&] { return network.name() == "Test Home" && radio.isPoweredOn(); }));
+}
+
+TEST_F(ModemTest, ACardThatIsPulledIsMissingUntilItIsPutBack)
+{
+    rig.plugin = "telit";
+    start();
+    const SimCardInfo card;
+    EXPECT_EQ(card.state(), SimCardState::Ready);
+    rig.modem.insertCard(false);
+    EXPECT_TRUE(waitUntil([&] { return card.state() == SimCardState::NotDetected; }));
+    rig.modem.insertCard(true);
+    EXPECT_TRUE(waitUntil([&] { return card.state() == SimCardState::Ready; }));
+    EXPECT_EQ(card.subscriberIdentifier(), rig.modem.subscriber);
+}
+
 TEST_F(ModemTest, OfTwoModemsEachFacilityHasTheOneThatItNames)
 {
     AtModem other(QStringLiteral("oz-other-%1-").arg(::getpid()));
@@ -125,6 +156,30 @@ TEST_F(ModemTest, OfTwoModemsEachFacilityHasTheOneThatItNames)
     const SimCardInfo card;
     EXPECT_TRUE(waitUntil([&] { return card.subscriberIdentifier() == other.subscriber; }));
     EXPECT_EQ(CellularNetworkInfo().name(), "Test Home"); // of the first, which is enabled
+}
+
+class TwoSlotTest : public RigTest
+{
+protected:
+    TwoSlotTest() : RigTest(std::make_unique<TwoSlotRig>())
+    {
+        rig->start();
+        startDaemon();
+    }
+};
+
+TEST_F(TwoSlotTest, TheCardIsThatOfTheSlotInUse)
+{
+    const SimCardInfo card;
+    EXPECT_EQ(card.serialNumber(), "89491");
+    for (const bool isSecond : {true, false}) {
+        rig->change(isSecond);
+        EXPECT_TRUE(waitUntil([&] { return card.serialNumber() == (isSecond ? "89492" : "89491"); }));
+        EXPECT_TRUE(
+            waitUntil([&] { return card.subscriberIdentifier() == (isSecond ? "001012" : "001011"); }));
+        EXPECT_EQ(card.mobileNetworkCode(), isSecond ? "02" : "01");
+        EXPECT_EQ(card.state(), SimCardState::Ready);
+    }
 }
 
 class ProfilesTest : public RigTest
@@ -151,8 +206,55 @@ TEST_F(ProfilesTest, AProfileIsConnectedForItsUsersAndWhatIsRefusedIsNotPossible
     EXPECT_EQ(other.requestDisconnect(), CellularConnectionRequestResult::Requested);
     EXPECT_TRUE(
         waitUntil([&] { return profile.connectionState() == CellularConnectionState::Disconnected; }));
+    {
+        CellularDataInterface going("Internet--Home-");
+        EXPECT_EQ(going.requestConnect(), CellularConnectionRequestResult::Requested);
+        EXPECT_TRUE(
+            waitUntil([&] { return profile.connectionState() == CellularConnectionState::Connected; }));
+    }
+    EXPECT_TRUE(
+        waitUntil([&] { return profile.connectionState() == CellularConnectionState::Disconnected; }));
     static_cast<NetworkManagerRig &>(*rig).refuse();
     EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::NotPossible);
+}
+
+class MobileDataTest : public RigTest
+{
+protected:
+    MobileDataTest() : RigTest(std::make_unique<MobileDataRig>()) { }
+    MobileDataRig &service() { return static_cast<MobileDataRig &>(*rig); }
+};
+
+TEST_F(MobileDataTest, ARealConnectionComesUpBreaksAndIsRefusedByTheNetwork)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give NetworkManager a network of its own";
+    rig->start();
+    startDaemon({"--source", "data-profile=networkmanager"});
+    CellularDataInterface profile("Internet");
+    QList<int> states;
+    QObject::connect(&profile, qOverload<int>(&CellularDataInterface::connectionStateChanged),
+        [&](int state) { states.append(state); });
+    const auto waitFor = [&](CellularConnectionState::Type state) {
+        return waitUntil([&] { return profile.connectionState() == state; });
+    };
+    EXPECT_EQ(profile.requestConnect(), CellularConnectionRequestResult::Requested);
+    EXPECT_TRUE(waitFor(CellularConnectionState::Connected));
+    EXPECT_EQ(
+        states, (QList<int>{CellularConnectionState::PendingConnect, CellularConnectionState::Connected}));
+    EXPECT_EQ(profile.networkInterfaceName(), "ppp0");
+    EXPECT_EQ(profile.accessPointName(), "internet.example");
+
+    service().hangUp();
+    EXPECT_TRUE(waitFor(CellularConnectionState::Disconnected));
+    EXPECT_EQ(profile.networkInterfaceName(), "");
+
+    service().modem.admitsData = false;
+    states.clear();
+    CellularDataInterface other("Internet"); // the first one still has what it had requested
+    EXPECT_EQ(other.requestConnect(), CellularConnectionRequestResult::Requested);
+    const QList<int> refused{CellularConnectionState::PendingConnect, CellularConnectionState::Disconnected};
+    EXPECT_TRUE(waitUntil([&] { return states == refused; })) << ::testing::PrintToString(states);
 }
 
 } // namespace

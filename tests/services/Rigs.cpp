@@ -151,6 +151,15 @@ QProcessEnvironment BusRig::environment() const
     return environment;
 }
 
+void BusRig::allowAll()
+{
+    const QString authority = "org.freedesktop.PolicyKit1";
+    runOnBus(
+        &m_authority, {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "polkitd"}, authority);
+    call({"/org/freedesktop/PolicyKit1/Authority", "org.freedesktop.DBus.Mock.AllowUnknown", "true"},
+        authority);
+}
+
 void BusRig::start()
 {
     runOnBus(&m_service, m_program, m_name);
@@ -224,7 +233,7 @@ UPowerRig::UPowerRig()
 
 void UPowerRig::change(bool there)
 {
-    setLevel(there ? 70 : 80);
+    setLevel(there ? 70 : FirstLevel);
 }
 
 void UPowerRig::setLevel(int percent)
@@ -322,15 +331,6 @@ void UDisksRig::mount(const QByteArray &place)
 {
     devices().write("/proc/self/mountinfo",
         place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - ext4 /dev/mmcblk1p1 rw\n");
-}
-
-void UDisksRig::allowAll()
-{
-    const QString authority = "org.freedesktop.PolicyKit1";
-    runOnBus(
-        &m_authority, {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template", "polkitd"}, authority);
-    call({"/org/freedesktop/PolicyKit1/Authority", "org.freedesktop.DBus.Mock.AllowUnknown", "true"},
-        authority);
 }
 
 void UDisksRig::startJob()
@@ -622,10 +622,20 @@ void ModemRig::plug(const AtModem &plugged, const QString &name)
     Process process;
     process.run("dbus-send",
         {"--system", "--print-reply", "--dest=" + ModemManagerName, "/org/freedesktop/ModemManager1",
-            ModemManagerName + ".Test.SetProfile", "string:" + name, "string:generic",
+            ModemManagerName + ".Test.SetProfile", "string:" + name, "string:" + plugin,
             "array:string:" + plugged.ports().join(',')},
         environment());
     EXPECT_TRUE(process.hasEnded());
+}
+
+void ModemRig::unplug(bool isOut)
+{
+    if (!isOut) {
+        m_inhibitor.end();
+        return;
+    }
+    m_inhibitor.run("mmcli", {"--inhibit-device=/virtual/phone"}, environment());
+    EXPECT_TRUE(waitUntil([this] { return !order({"--list-modems"}).contains("/Modem/"); }));
 }
 
 // The modem answers from this process's event loop.
@@ -639,6 +649,68 @@ QString ModemRig::order(const QStringList &words) const
 void ModemRig::change(bool there)
 {
     modem.registerIn(there ? AtModem::Roaming : AtModem::Home, there ? AtModem::Umts : AtModem::Lte);
+}
+
+void MobileDataRig::start()
+{
+    allowAll();
+    ModemRig::start();
+    const QString name = "org.freedesktop.NetworkManager";
+    runOnBus(&m_manager, {"unshare", "--mount", "--net", QString(OZ_RIG_SCRIPTS) + "/networkmanager"}, name);
+    (void)call({"/org/freedesktop/NetworkManager/Settings", name + ".Settings.AddConnection",
+                   "{'connection': {'id': <'Internet'>, 'type': <'gsm'>, 'autoconnect': <false>, 'uuid': "
+                   "<'6e1e0ac2-1111-4111-8111-111111111111'>}, 'gsm': {'apn': <'internet.example'>}}"},
+        name);
+}
+
+void MobileDataRig::hangUp()
+{
+    Process hangUp;
+    hangUp.run("pkill", {"--parent", QString::number(m_manager.processId()), "pppd"}, environment());
+    EXPECT_TRUE(hangUp.hasEnded());
+}
+
+namespace {
+
+const QString ModemManagerPath = "/org/freedesktop/ModemManager1";
+
+QString cardPath(int slot)
+{
+    return ModemManagerPath + "/SIM/" + QString::number(slot);
+}
+
+} // namespace
+
+TwoSlotRig::TwoSlotRig()
+    : BusRig("simcard=modemmanager", ModemManagerName,
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--is-object-manager", ModemManagerName,
+            ModemManagerPath, ModemManagerName},
+        {})
+{
+}
+
+void TwoSlotRig::start()
+{
+    BusRig::start();
+    const auto add = [this](const QString &path, const QString &interface, const QString &properties) {
+        (void)call({ModemManagerPath, "org.freedesktop.DBus.Mock.AddObject", path,
+            ModemManagerName + '.' + interface, '{' + properties + '}', "[]"});
+    };
+    for (int slot : {1, 2}) {
+        add(cardPath(slot), "Sim",
+            QString("'SimIdentifier': <'8949%1'>, 'Imsi': <'00101%1'>, 'OperatorIdentifier': <'0010%1'>")
+                .arg(slot));
+    }
+    add(ModemManagerPath + "/Modem/0", "Modem",
+        QString("'Sim': <objectpath '%1'>, 'SimSlots': <[objectpath '%1', '%2']>, "
+                "'State': <8>, 'UnlockRequired': <uint32 1>")
+            .arg(cardPath(1), cardPath(2)));
+}
+
+void TwoSlotRig::change(bool there)
+{
+    (void)call({ModemManagerPath + "/Modem/0", "org.freedesktop.DBus.Properties.Set",
+        ModemManagerName + ".Modem", "Sim", QString("<objectpath '%1'>").arg(cardPath(there ? 2 : 1))});
 }
 
 namespace {

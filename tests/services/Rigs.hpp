@@ -104,6 +104,8 @@ public:
     [[nodiscard]] bool isProcess() const override { return true; }
     [[nodiscard]] QStringList arguments() const override { return {"--simulated", "--source", m_source}; }
     [[nodiscard]] QProcessEnvironment environment() const override;
+    /*! Before the start: whoever asks the service may do everything. */
+    void allowAll();
 
 protected:
     /*! By the daemon's \a source line, the \a name that the service takes on the bus, and its \a program. */
@@ -124,6 +126,7 @@ private:
     QStringList m_program;
     PrivateBus m_bus;
     MockDevices m_devices;
+    Process m_authority; // without which services do some things for nobody, or for root alone
     Process m_service;
 };
 
@@ -157,8 +160,10 @@ private:
 class UPowerRig final : public BusRig
 {
 public:
+    static constexpr int FirstLevel = 80;
+
     UPowerRig();
-    /*! The battery is at 70 or at 80 %. */
+    /*! The battery is at 70 % or at its first level. */
     void change(bool there) override;
     void setLevel(int percent);
 };
@@ -177,15 +182,12 @@ public:
     void pullCard();
     /*! Where the card's file system is mounted; nowhere where that is empty. */
     void mount(const QByteArray &place);
-    /*! Before the start: whoever asks may do everything. */
-    void allowAll();
     /*! Has UDisks2 check the file system, which takes until endJob(). */
     void startJob();
     void endJob();
 
 private:
     QTemporaryDir m_tools;
-    Process m_authority; // without which UDisks2 does nothing for a user but root
     Process m_job;
 };
 
@@ -225,7 +227,7 @@ public:
 };
 
 /*! ModemManager over a modem that is not there. */
-class ModemRig final : public BusRig
+class ModemRig : public BusRig
 {
 public:
     explicit ModemRig(const QString &facility);
@@ -238,8 +240,40 @@ public:
     QString order(const QStringList &words) const;
     /*! Plugs a modem in, by a name of its own. */
     void plug(const AtModem &plugged, const QString &name);
+    /*! The modem is taken away from ModemManager, or comes back. */
+    void unplug(bool isOut);
 
     AtModem modem;
+    QString plugin = "generic"; //!< of ModemManager, for its modems
+
+private:
+    Process m_inhibitor;
+};
+
+/*!
+ * A real NetworkManager beside ModemManager, with a mobile connection "Internet" over its modem. It needs a
+ * network of its own, so this is for root.
+ */
+class MobileDataRig final : public ModemRig
+{
+public:
+    MobileDataRig() : ModemRig("simcard") { }
+    void start() override;
+    /*! The connection breaks down. */
+    void hangUp();
+
+private:
+    Process m_manager;
+};
+
+/*! A stand-in for ModemManager, whose only modem has two slots with a SIM card in each. */
+class TwoSlotRig final : public BusRig
+{
+public:
+    TwoSlotRig();
+    void start() override;
+    /*! The second slot is the one in use, or the first. */
+    void change(bool there) override;
 };
 
 /*! NetworkManager as its mock template plays it, with a mobile connection "Internet (Home)". */
