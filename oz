@@ -19,7 +19,7 @@ qml_packages=(
 test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
     dbus libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
-    systemd e2fsprogs network-manager procps
+    systemd e2fsprogs network-manager procps python3-pytest
     "${qml_packages[@]}"
 )
 bench_packages=(libbenchmark-dev dbus libumockdev-dev upower qml6-module-qtquick qml6-module-qtqml qml6-module-qtqml-workerscript)
@@ -100,7 +100,7 @@ build() {
 
 product_sources() {
     git ls-files -- 'support/*.cpp' 'device/*.cpp' 'models/*.cpp' 'mock/*.cpp' 'sensors/*.cpp' 'services/*.cpp' \
-        'tools/*.cpp'
+        'testing/*.cpp' 'tools/*.cpp'
 }
 
 # The product's sources that have changed since the commit $1, or include a header that has.
@@ -327,7 +327,7 @@ case $verb in
         build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
         exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'models/' --filter 'mock/' --filter 'sensors/' \
-            --filter 'services/' --filter 'tools/' build/coverage "$@" ;;
+            --filter 'services/' --filter 'testing/' --filter 'tools/' build/coverage "$@" ;;
     package)
         output=build/packages check='' update=''
         while [ $# -gt 0 ]; do
@@ -342,7 +342,7 @@ case $verb in
         need "${packages[@]}" "${package_packages[@]}"
         if [ -n "$update" ]; then
             say "building the libraries"
-            build_targets=(ozsupport ozdevice ozmodels)
+            build_targets=(ozsupport ozdevice ozmodels oztesting)
             configure_options=(-DOZ_BUILD_TESTS=OFF)
             build release
             exec debian/update-symbols build/release/lib

@@ -88,10 +88,10 @@ void writeJson(const std::string &file, const std::string &unit, const std::vect
 {
     QJsonArray measured;
     for (const Samples &one : samples) {
-        measured.append(
-            QJsonObject{{"name", QString::fromStdString(one.name)}, {"unit", QString::fromStdString(unit)},
-                {"samples", qint64(one.values.size())}, {"median", one.median()},
-                {"p10", one.percentile(0.1)}, {"p90", one.percentile(0.9)}, {"p99", one.percentile(0.99)}});
+        measured.append(QJsonObject{{"name", QString::fromStdString(one.name)},
+            {"unit", QString::fromStdString(one.unit.empty() ? unit : one.unit)},
+            {"samples", qint64(one.values.size())}, {"median", one.median()}, {"p10", one.percentile(0.1)},
+            {"p90", one.percentile(0.9)}, {"p99", one.percentile(0.99)}});
     }
     QJsonArray derived;
     for (const Ratio &ratio : ratios)

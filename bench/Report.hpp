@@ -19,6 +19,7 @@ struct Samples
 {
     std::string name;
     std::vector<double> values;
+    std::string unit = {}; //!< where it is another than that of the others of the run
 
     [[nodiscard]] double percentile(double share) const;
     [[nodiscard]] double median() const { return percentile(0.5); }

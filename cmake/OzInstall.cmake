@@ -3,8 +3,10 @@ include(CMakePackageConfigHelpers)
 
 set(OZ_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OzDevice)
 install(EXPORT OzDeviceTargets NAMESPACE oz:: DESTINATION ${OZ_PACKAGE_DIR})
+install(EXPORT OzDeviceTestingTargets NAMESPACE oz:: DESTINATION ${OZ_PACKAGE_DIR})
+install(FILES cmake/OzPhoneTest.cmake DESTINATION ${OZ_PACKAGE_DIR})
 configure_package_config_file(cmake/OzDeviceConfig.cmake.in ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake
-    INSTALL_DESTINATION ${OZ_PACKAGE_DIR})
+    INSTALL_DESTINATION ${OZ_PACKAGE_DIR} PATH_VARS CMAKE_INSTALL_BINDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake
     DESTINATION ${OZ_PACKAGE_DIR})

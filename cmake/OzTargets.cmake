@@ -73,7 +73,10 @@ function(oz_shared_library target export_name)
         $<BUILD_INTERFACE:${OZ_INCLUDE_DIR}>
         $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
     target_compile_features(${target} PUBLIC cxx_std_20)
-    install(TARGETS ${target} EXPORT OzDeviceTargets
+    if(NOT OZ_EXPORT)
+        set(OZ_EXPORT OzDeviceTargets)
+    endif()
+    install(TARGETS ${target} EXPORT ${OZ_EXPORT}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
         NAMELINK_COMPONENT Development)
 endfunction()

@@ -10,6 +10,7 @@
 #include <QDir>
 #include <QFile>
 
+#include <array>
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
@@ -373,8 +374,8 @@ RequestTable Daemon::requests()
     };
     RequestTable requests{{QStringLiteral("describe"), {}, answered(&Daemon::describe)},
         {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
-    for (RequestKind &kind : m_scenarios.requests())
-        requests.push_back(std::move(kind));
+    for (RequestTable &further : std::array{m_scenarios.requests(), m_observation.requests()})
+        std::move(further.begin(), further.end(), std::back_inserter(requests));
     return requests;
 }
 

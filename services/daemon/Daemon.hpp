@@ -1,6 +1,7 @@
 #pragma once
 
 #include "daemon/Configuration.hpp"
+#include "daemon/Observation.hpp"
 #include "daemon/ScenarioService.hpp"
 #include "publishing/ControlObject.hpp"
 #include "publishing/StateStore.hpp"
@@ -15,8 +16,8 @@ namespace oz::services {
 /*!
  * All services of one device root. It serves, for tools:
  * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
- * the words that follow it in `ozdevice sim`), "describe", and those of ScenarioService, for the daemon's own
- * user only. It is served last, so where it can be opened, everything is published.
+ * the words that follow it in `ozdevice sim`), "describe", and those of ScenarioService and Observation, for
+ * the daemon's own user only. It is served last, so where it can be opened, everything is published.
  * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
  * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
  */
@@ -68,6 +69,7 @@ private:
     StatePublisher m_status;
     std::unique_ptr<Running> m_running;
     ScenarioService m_scenarios;
+    Observation m_observation{m_tree};
     ControlObject m_control;
     bool m_isReady = false;
 };

@@ -117,8 +117,11 @@ RequestTable ScenarioService::requests()
         {QStringLiteral("scenario"), {},
             [this](const Request &request, const Answer &answer) {
                 const auto from = request.data.toMap().value(QStringLiteral("from")).toLongLong();
+                const bool isForNow = request.data.toMap().value(QStringLiteral("now")).toBool();
                 if (!m_player)
                     return answer(Reply::failure(ENOENT, QStringLiteral("no scenario has been played")));
+                if (isForNow)
+                    return answer(tellFrom(from));
                 if (m_waiting.empty())
                     m_patience.start(LongestWait);
                 m_waiting.push_back({answer, from});

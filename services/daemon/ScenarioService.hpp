@@ -19,8 +19,9 @@ namespace oz::services {
  * - "play" ("dat": "file", and where wanted "speed", a number or "max", "seed", "keep-going", "variables",
  * and "check" to check the file alone): plays it, or says what is wrong with it. The answer has "description"
  * and "expectations", whether there are any.
- * - "scenario" ("dat": "from"): waits for what happens and answers with the "entries" of the log from that
- * number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped") and the "problem".
+ * - "scenario" ("dat": "from"): waits for what happens, unless there is "now", and answers with the "entries"
+ * of the log from that number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped")
+ * and the "problem".
  * - "stop-scenario" ends it.
  * - "public-values" lists what conditions can name.
  * - "record" ("dat": "facilities", all that can be recorded where none are named, and "keep-identifiers")

@@ -15,11 +15,14 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
+#include <sys/socket.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
@@ -40,6 +43,7 @@ struct Options
     bool fresh = false;
     bool listSources = false;
     bool isPrivate = false;
+    int lifeline = -1;
 };
 
 // Calls \a slot with the number of each of \a signals that comes, from the event loop.
@@ -56,6 +60,20 @@ void onSignals(const std::vector<int> &signals, const std::function<void(int sig
         signalfd_siginfo info;
         while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info))
             slot(int(info.ssi_signo));
+    });
+}
+
+// Stops when the other end of the socket \a lifeline is closed, as a process's are however it ends.
+void followLifeline(int lifeline)
+{
+    ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
+    auto *notifier = new QSocketNotifier(lifeline, QSocketNotifier::Read, qApp);
+    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [lifeline, notifier] {
+        char byte = 0;
+        if (::recv(lifeline, &byte, 1, MSG_DONTWAIT) < 0 && (errno == EAGAIN || errno == EINTR))
+            return;
+        notifier->setEnabled(false);
+        QCoreApplication::quit();
     });
 }
 
@@ -187,8 +205,12 @@ int serve(const Options &options)
             QCoreApplication::quit();
     });
     feedWatchdog();
+    if (options.lifeline >= 0)
+        followLifeline(options.lifeline);
     const auto announce = [&options] {
         sd_notify(0, "READY=1");
+        if (options.lifeline >= 0)
+            (void)::send(options.lifeline, "\n", 1, MSG_NOSIGNAL);
         if (!options.isPrivate)
             qCInfo(logServices).noquote() << "serving" << oz::devicePath(QStringLiteral("/pps"));
     };
@@ -251,6 +273,12 @@ int main(int argc, char **argv)
     parser.add_flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
     parser.add_flag("--private", options.isPrivate,
         "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");
+    parser
+        .add_option("--lifeline", options.lifeline,
+            "Stop when the other end of this socket is closed, and write a line to it when everything is "
+            "served")
+        ->type_name("DESCRIPTOR")
+        ->check(CLI::NonNegativeNumber);
     try {
         parser.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
@@ -264,7 +292,8 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "ozdeviced: --private needs a device root of its own in OZ_DEVICE_ROOT\n");
         return 2;
     }
-    if (options.isPrivate)
+    // The thread that started it may end before its process does.
+    if (options.isPrivate && options.lifeline < 0)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const QCoreApplication application(argc, argv);
     raiseDescriptorLimit();

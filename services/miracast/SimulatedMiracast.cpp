@@ -105,7 +105,54 @@ std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
                 m_stop = Stop::None;
                 tell();
             }},
+        {QStringLiteral("sight"), {QStringLiteral("[SINK,...]")},
+            QStringLiteral("has these sinks in range and sight, and no others"),
+            [this](const QStringList &words) { see(words.value(0).split(u',', Qt::SkipEmptyParts)); }},
+        {QStringLiteral("connecting"), {sink}, QStringLiteral("is connecting a sink, and stays so"),
+            [this](const QStringList &words) {
+                (void)sinkCalled(words[0]);
+                (void)endConnection(Result::Cancelled);
+                m_attempt = Attempt{words[0], {}, [](Result) {}};
+                tell();
+            }},
+        {QStringLiteral("session"), {QStringLiteral("playing|paused|none"), QStringLiteral("[SINK]")},
+            QStringLiteral("shows the screen on a sink, or ends that"),
+            [this](const QStringList &words) { enterSession(words[0], words.value(1)); }},
     };
+}
+
+void SimulatedMiracast::see(const QStringList &keys)
+{
+    for (const QString &key : keys)
+        (void)sinkCalled(key);
+    for (auto &[key, known] : m_sinks)
+        known.inRange = keys.contains(key);
+    m_visible = keys;
+    tell();
+}
+
+void SimulatedMiracast::enterSession(const QString &word, const QString &key)
+{
+    const QStringList words{QStringLiteral("playing"), QStringLiteral("paused"), QStringLiteral("none")};
+    const auto place = SimArgument::oneOf(word, words);
+    if ((place == 2) != key.isEmpty())
+        throw Error(QStringLiteral("a session is with a sink, and 'none' is with none"));
+    if (!key.isEmpty())
+        (void)sinkCalled(key);
+    if (place == 2 || !m_session || m_session->key != key)
+        (void)endConnection(Result::Cancelled);
+    if (place != 2 && !m_session)
+        beginSession(key);
+    if (m_session)
+        m_session->paused = place == 1;
+    tell();
+}
+
+void SimulatedMiracast::beginSession(const QString &key)
+{
+    const Known &known = m_sinks.at(key);
+    const int display = m_displays->addWireless(known.sink.name, known.resolution);
+    m_session = Running{key, QUuid::createUuid().toString(QUuid::WithoutBraces), display};
 }
 
 void SimulatedMiracast::tell()
@@ -273,10 +320,8 @@ void SimulatedMiracast::finishConnecting()
         result = Result::PinRequired;
     else if (!known.pin.isEmpty() && attempt.pin != known.pin)
         result = Result::PinIncorrect;
-    if (result == Result::Success) {
-        const int display = m_displays->addWireless(known.sink.name, known.resolution);
-        m_session = Running{attempt.key, QUuid::createUuid().toString(QUuid::WithoutBraces), display};
-    }
+    if (result == Result::Success)
+        beginSession(attempt.key);
     tell();
     attempt.done(result);
 }

@@ -55,6 +55,9 @@ private:
 
     void readSink(const QString &key, const JsonNode &node);
     Known &sinkCalled(const QString &key);
+    void see(const QStringList &keys);
+    void enterSession(const QString &word, const QString &key);
+    void beginSession(const QString &key);
     [[nodiscard]] QString visibleAt(const QString &address) const;
     [[nodiscard]] Result obstacle() const;
     void wake();

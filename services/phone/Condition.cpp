@@ -255,6 +255,27 @@ std::optional<Condition::Name> Condition::valueOfTree(const QString &word, const
     return Name{use.value->type, use.value->words, [use, &tree] { return use.now(tree); }};
 }
 
+Condition::Names Condition::fieldsOf(const PublicRequest &request, const std::shared_ptr<QVariantMap> &fields)
+{
+    return [&request, fields](const QString &word) -> std::optional<Name> {
+        for (const PublicRequest::Field &field : request.fields) {
+            if (field.name == word)
+                return Name{field.type, field.words, [fields, word] { return fields->value(word); }};
+        }
+        return std::nullopt;
+    };
+}
+
+std::function<bool(const QVariantMap &fields)> Condition::overRequest(
+    const QString &text, const PublicRequest &request)
+{
+    const auto fields = std::make_shared<QVariantMap>();
+    return [fields, condition = parse(text, fieldsOf(request, fields))](const QVariantMap &asked) {
+        *fields = asked;
+        return condition.holds();
+    };
+}
+
 QString Condition::valuesText() const
 {
     QStringList texts;

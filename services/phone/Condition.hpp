@@ -3,6 +3,7 @@
 #include "phone/PublicValues.hpp"
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 namespace oz::services {
@@ -30,6 +31,12 @@ public:
     static Condition parse(const QString &text, const Names &names);
     /*! Names that are those of the public values, as \a tree has them. */
     static std::optional<Name> valueOfTree(const QString &word, const Tree &tree);
+
+    /*! The fields of a \a request by their names, as they are in \a fields when they are asked for. */
+    static Names fieldsOf(const PublicRequest &request, const std::shared_ptr<QVariantMap> &fields);
+    /*! Whether the fields of a \a request are as \a text says; throws as parse(). */
+    static std::function<bool(const QVariantMap &fields)> overRequest(
+        const QString &text, const PublicRequest &request);
 
     [[nodiscard]] bool holds() const { return m_holds(); }
     /*! The names in it with their values, for who wonders why it does not hold. */

@@ -92,6 +92,25 @@ Read ofNewestRequest(const char *member)
     };
 }
 
+const QStringList Colors{QStringLiteral("red"), QStringLiteral("green"), QStringLiteral("blue"),
+    QStringLiteral("yellow"), QStringLiteral("cyan"), QStringLiteral("magenta"), QStringLiteral("white")};
+
+// The colour of the LED's elements that are on.
+QVariant litColor(const QVariantMap &attributes, const QString &)
+{
+    // In the order of the elements as bits: red, green, blue.
+    static const QStringList words{
+        QStringLiteral("dark"), Colors[0], Colors[1], Colors[3], Colors[2], Colors[5], Colors[4], Colors[6]};
+    int bits = 0;
+    for (int i = 0; i < 3; ++i) {
+        const QVariant element = attributes.value(Colors[i]);
+        if (!element.isValid())
+            return {};
+        bits |= element == QLatin1String("on") ? 1 << i : 0;
+    }
+    return words[bits];
+}
+
 struct Table
 {
     std::vector<PublicValue> values;
@@ -125,9 +144,6 @@ Words same(const QStringList &words)
         pairs.append({word, word});
     return pairs;
 }
-
-const QStringList Colors{QStringLiteral("red"), QStringLiteral("green"), QStringLiteral("blue"),
-    QStringLiteral("yellow"), QStringLiteral("cyan"), QStringLiteral("magenta"), QStringLiteral("white")};
 
 void addPowerAndStorage(Table *table)
 {
@@ -228,6 +244,8 @@ void addOutputs(Table *table)
             return !attributes.value(QStringLiteral("requests")).toList().isEmpty();
         },
         "whether a request is under way");
+    table->add("led.lit", QStringLiteral("/pps/services/led/status"), litColor,
+        same(QStringList{QStringLiteral("dark")} + Colors), "what it shows now");
     table->add("led.color", led, ofNewestRequest("color"), same(Colors), "of the newest request under way");
     table->add("led.shown", PublicValue::Number, led, ofNewestRequest("shown"), "the flashes of it so far");
     table->add(

@@ -63,7 +63,7 @@ QStringList Recorder::facilities()
     return {QStringLiteral("sdcard"), QStringLiteral("battery"), QStringLiteral("activity"),
         QStringLiteral("orientation"), QStringLiteral("hardware"), QStringLiteral("display"),
         QStringLiteral("simcard"), QStringLiteral("radio"), QStringLiteral("cellular-network"),
-        QStringLiteral("data-profile")};
+        QStringLiteral("data-profile"), QStringLiteral("wifi-direct"), QStringLiteral("miracast")};
 }
 
 Recorder::Recorder(const Tree &tree, const QStringList &facilities, bool keepsIdentifiers)
@@ -111,7 +111,9 @@ void Recorder::sample()
         {QStringLiteral("simcard"), &Recorder::recordSimCard},
         {QStringLiteral("radio"), &Recorder::recordRadio},
         {QStringLiteral("cellular-network"), &Recorder::recordNetwork},
-        {QStringLiteral("data-profile"), &Recorder::recordDataProfile}};
+        {QStringLiteral("data-profile"), &Recorder::recordDataProfile},
+        {QStringLiteral("wifi-direct"), &Recorder::recordWiFiDirect},
+        {QStringLiteral("miracast"), &Recorder::recordMiracast}};
     m_isPlanned = false;
     m_now.clear();
     for (const PublicValue &value : publicValues()) {
@@ -244,10 +246,14 @@ void Recorder::recordDisplay()
     const QString attach = QStringLiteral("attach");
     const QString detach = QStringLiteral("detach");
     DisplayTree::Displays displays = DisplayTree::fromAttributes(m_tree.told(DisplayTree::PpsPath));
+    static const QString wireless = QStringLiteral("miracast");
+    // A session brings its display with it.
+    if (m_facilities.contains(wireless))
+        std::erase_if(displays, [](const auto &entry) { return entry.second.name.startsWith(wireless); });
     for (auto &[id, now] : displays) {
         // That of a session has the name of the sink.
-        if (now.name.startsWith(QLatin1String("miracast")))
-            now.name = QLatin1String("miracast ") + masked(QStringLiteral("sink"), now.name.mid(8).trimmed());
+        if (now.name.startsWith(wireless))
+            now.name = wireless + u' ' + masked(QStringLiteral("sink"), now.name.mid(8).trimmed());
     }
     if (m_isFirst) {
         QVariantList all;

@@ -36,6 +36,27 @@ public:
     [[nodiscard]] QVariantMap phone() const;
 
 private:
+    /*! Wi-Fi Direct as it is told; peers by their names in the recording's phone. */
+    struct WiFiDirectNow
+    {
+        bool supported = true;
+        bool enabled = true;
+        bool scanning = false;
+        bool connecting = false;
+        QString role = QStringLiteral("none"); //!< in a group: "owner", "client" or "none"
+        QStringList members = {}; //!< of it, beside the phone; the owner first
+        QStringList visible = {};
+    };
+    /*! Miracast as it is told; sinks by their names in the recording's phone. */
+    struct MiracastNow
+    {
+        int stop = 0; //!< the code of why the service does not run
+        QStringList visible = {};
+        QString connecting = {};
+        QString sink = {}; //!< of the session
+        bool isPaused = false;
+    };
+
     void sample();
     void recordSdCard();
     void recordBattery();
@@ -47,6 +68,15 @@ private:
     void recordRadio();
     void recordNetwork();
     void recordDataProfile();
+    void recordWiFiDirect();
+    void orderWiFiDirect(const WiFiDirectNow &now);
+    void recordMiracast();
+    void orderMiracast(const MiracastNow &now);
+    QString noteDevice(
+        QVariantMap *known, const QString &kind, const QString &address, const QVariantMap &map);
+    QString notePeer(const QVariantMap &map, bool isMember);
+    void noteGroup(const QVariantMap &connection, const WiFiDirectNow &now);
+    QString noteSink(const QVariantMap &map);
 
     [[nodiscard]] QVariant now(const QString &name) const { return m_now.value(name); }
     /*! Whether the value is known, and was not the same before. */
@@ -58,6 +88,7 @@ private:
     void orderOnOff(const QString &name, const QStringList &begin);
     /*! \a text, or what stands for it everywhere in this recording: "KIND-1", or as many digits. */
     [[nodiscard]] QString masked(const QString &kind, const QString &text);
+    [[nodiscard]] QString maskedAddress(const QString &address);
     [[nodiscard]] int maskedNumber(const QString &kind, int number);
     [[nodiscard]] QString maskedDigits(const QString &text, qsizetype kept) const;
 
@@ -76,6 +107,11 @@ private:
     DisplayTree::Displays m_displays;
     QList<std::pair<QVariantMap, QString>> m_networks; // what each is like, and its name
     QString m_serving;
+    QVariantMap m_peers; // as the phone's file has them
+    QVariantMap m_sinks;
+    QHash<QString, QString> m_deviceKeys; // what each of those is known by
+    WiFiDirectNow m_wifi;
+    MiracastNow m_miracast;
 };
 
 } // namespace oz::services

@@ -358,15 +358,7 @@ void Scenario::readRequest(ScenarioStep *step, const Reader &reader)
     step->text = QLatin1String("expect-request ") + name;
     if (node.contains(with)) {
         const auto fields = std::make_shared<QVariantMap>();
-        const Condition condition = reader.condition(
-            with, [fields, request = step->request](const QString &word) -> std::optional<Condition::Name> {
-                for (const PublicRequest::Field &field : request->fields) {
-                    if (field.name == word)
-                        return Condition::Name{
-                            field.type, field.words, [fields, word] { return fields->value(word); }};
-                }
-                return std::nullopt;
-            });
+        const Condition condition = reader.condition(with, Condition::fieldsOf(*step->request, fields));
         step->matches = [fields, condition](const QVariantMap &asked) {
             *fields = asked;
             return condition.holds();

@@ -123,9 +123,9 @@ void SimulatedWiFiDirect::tell()
         state.availability = Availability::NotSupported;
     else if (!m_enabled)
         state.availability = Availability::Disabled;
-    state.scanning = m_scanning.isActive();
+    state.scanning = m_looks || m_scanning.isActive();
     state.lastDiscovery = m_lastDiscovery;
-    state.connecting = m_connecting.isActive();
+    state.connecting = m_joins || m_connecting.isActive();
     state.group = m_group;
     for (const QString &key : m_visible) {
         const Known &known = m_peers.at(key);
@@ -248,6 +248,14 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
             tell();
         });
     };
+    // What the phone is at without having been asked.
+    const auto busy = [this](const QString &verb, const QString &help, bool *what, PhoneTimer *timer) {
+        return SimVerb::onOff(verb, help, [this, what, timer](bool on) {
+            *what = on;
+            timer->stop();
+            tell();
+        });
+    };
     return {
         onOff(QStringLiteral("enabled"), QStringLiteral("switches Wi-Fi Direct"), &m_enabled),
         onOff(QStringLiteral("supported"), QStringLiteral("gives the phone Wi-Fi Direct, or takes it away"),
@@ -275,7 +283,59 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
                     throw Error(key + QLatin1String(" is not connected"));
                 leave(key);
             }),
+        {QStringLiteral("sight"), {QStringLiteral("[PEER,...]")},
+            QStringLiteral("has these peers in range and sight, and no others"),
+            [this](const QStringList &words) { see(peersCalled(words.value(0))); }},
+        busy(QStringLiteral("scanning"), QStringLiteral("looks for peers, or ends that"), &m_looks,
+            &m_scanning),
+        busy(QStringLiteral("connecting"), QStringLiteral("is connecting a peer, or ends that"), &m_joins,
+            &m_connecting),
+        {QStringLiteral("group"), {QStringLiteral("owner|client|none"), QStringLiteral("[PEER,...]")},
+            QStringLiteral("puts the phone into a group with these peers, whose owner comes first"),
+            [this](const QStringList &words) { enterGroup(words[0], peersCalled(words.value(1))); }},
     };
+}
+
+QStringList SimulatedWiFiDirect::peersCalled(const QString &words)
+{
+    const QStringList keys = words.split(u',', Qt::SkipEmptyParts);
+    for (const QString &key : keys)
+        (void)peerCalled(key);
+    return keys;
+}
+
+// Connections stay.
+void SimulatedWiFiDirect::see(const QStringList &keys)
+{
+    for (auto &[key, known] : m_peers)
+        known.inRange = keys.contains(key);
+    if (std::exchange(m_visible, keys) != keys)
+        noteDiscovery();
+    tell();
+}
+
+void SimulatedWiFiDirect::enterGroup(const QString &roleWord, const QStringList &keys)
+{
+    static const QStringList roles{QStringLiteral("owner"), QStringLiteral("client"), QStringLiteral("none")};
+    const auto place = SimArgument::oneOf(roleWord, roles);
+    const Role role = place == 0 ? Role::GroupOwner : Role::Client;
+    if (place == 2 ? !keys.isEmpty() : role == Role::Client && keys.isEmpty())
+        throw Error(QStringLiteral("a client has peers, of which one is the owner, and 'none' has none"));
+    m_connecting.stop();
+    m_joins = false;
+    const bool isOther = place == 2 || !m_group || m_group->role != role
+        || (role == Role::Client && m_group->ownerAddress != peerCalled(keys.first()).peer.address);
+    if (isOther)
+        endGroup();
+    if (place != 2) {
+        m_group = role == Role::GroupOwner ? m_ownGroup : groupWith(peerCalled(keys.first()), role);
+        m_members.removeIf([&](const Member &member) { return !keys.contains(member.key); });
+    }
+    for (const QString &key : keys) {
+        if (!isMember(key))
+            join(key, role == Role::Client && key == keys.first() ? Role::GroupOwner : Role::Client);
+    }
+    tell();
 }
 
 SimulatedWiFiDirect::Known &SimulatedWiFiDirect::peerCalled(const QString &key)
@@ -416,6 +476,8 @@ void SimulatedWiFiDirect::switchOff()
 {
     m_scanning.stop();
     m_connecting.stop();
+    m_looks = false;
+    m_joins = false;
     endGroup();
     if (!m_visible.isEmpty())
         noteDiscovery();

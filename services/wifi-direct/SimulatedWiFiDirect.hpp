@@ -60,6 +60,10 @@ private:
 
     void readPeer(const QString &key, const JsonNode &node);
     [[nodiscard]] Known &peerCalled(const QString &key);
+    /*! Those called so, of names with commas between them; throws for one that there is not. */
+    [[nodiscard]] QStringList peersCalled(const QString &words);
+    void see(const QStringList &keys);
+    void enterGroup(const QString &roleWord, const QStringList &keys);
     [[nodiscard]] QString visibleAt(const QString &address) const;
     [[nodiscard]] bool isMember(const QString &key) const;
     [[nodiscard]] std::optional<Role> roleWith(const Known &peer, Intent intent) const;
@@ -88,6 +92,8 @@ private:
 
     std::optional<qint64> m_lastDiscovery;
     PhoneTimer m_scanning;
+    bool m_looks = false; // as verbs say, without a scan
+    bool m_joins = false; // as verbs say, without a request
     int m_scanSteps = 0; // until the scan ends
     QStringList m_visible;
     PhoneTimer m_connecting;

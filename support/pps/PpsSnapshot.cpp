@@ -9,8 +9,8 @@ namespace oz {
 PpsSnapshot PpsSnapshot::load(const QByteArray &path, int folder, int flags, UniqueFd *keepOpen)
 {
     PpsSnapshot snapshot;
-    const auto fail = [&](int error) {
-        snapshot.error = error;
+    const auto fail = [&](int reason) {
+        snapshot.error = reason;
         snapshot.content.clear();
         return snapshot;
     };

@@ -1,5 +1,8 @@
 #include "services/Services.hpp"
 
+#include <QJsonDocument>
+#include <QJsonObject>
+
 namespace oz::testing {
 
 namespace {
@@ -39,6 +42,18 @@ QString simProblem(const QString &line)
 void sim(const QString &line)
 {
     EXPECT_EQ(simProblem(line), QString()) << line.toStdString();
+}
+
+QByteArray endRecording()
+{
+    const QVariantMap recorded =
+        ask(DaemonControl, {{"msg", "recorded"}, {"dat", QVariantMap{{"from", 0}, {"end", true}}}})
+            .value("dat")
+            .toMap();
+    const QByteArray phone =
+        QJsonDocument(QJsonObject::fromVariantMap(recorded.value("phone").toMap())).toJson();
+    const QByteArray steps = recorded.value("steps").toStringList().join(",\n").toUtf8();
+    return "{\"phone\": " + phone + ", \"steps\": [" + steps + "]}";
 }
 
 void ServicesTest::SetUp()

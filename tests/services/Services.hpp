@@ -24,6 +24,9 @@ void sim(const QString &line);
 /*! What is wrong with telling the phone that; nothing where it is done. */
 QString simProblem(const QString &line);
 
+/*! Ends the recording, and gives it as a scenario. */
+QByteArray endRecording();
+
 /*!
  * A test with services in a process of their own, so that requests which wait are answered. They log nothing
  * but that they serve.

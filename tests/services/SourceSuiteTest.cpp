@@ -16,6 +16,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <limits>
 #include <unistd.h>
 
 // What every source has to do, whoever feeds the facility: the daemon and the service that it asks are
@@ -265,6 +266,41 @@ TEST_P(SourceSuite, AStateThatWasChangedOutlivesTheDaemon)
     daemon.waitForFinished();
     startDaemon();
     EXPECT_EQ(heard->settled(), "");
+}
+
+TEST_P(SourceSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
+{
+    // Connections follow from what applications do, and nobody changes what a phone is made of.
+    const std::string name = GetParam().name;
+    if (!rig->isProcess() || name == "networkmanager" || name == "hardware")
+        return;
+    const QString control = "/pps/system/ozdeviced/control";
+    (void)ask(control, {{"msg", "record"}});
+    changesAreHeard();
+    const QByteArray recorded = endRecording();
+    root.place("/recorded.json", recorded);
+    daemon.terminate();
+    EXPECT_TRUE(daemon.waitForFinished());
+    rig = std::make_unique<PhoneRig>("", "");
+    startDaemon({"--fresh", "--phone", root.file("/recorded.json")});
+    facility.reset(GetParam().make());
+    heard = std::make_unique<SignalLog>(facility.get());
+    // Slowly: of what follows at once, applications hear the end.
+    const QVariantMap order{{"file", root.file("/recorded.json")}, {"speed", 0.2}};
+    EXPECT_EQ(ask(control, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
+    QVariantMap played;
+    const QVariantMap end{{"from", std::numeric_limits<qint64>::max()}, {"now", true}};
+    EXPECT_TRUE(waitUntil(
+        [&] {
+            played = ask(control, {{"msg", "scenario"}, {"dat", end}}).value("dat").toMap();
+            return played.value("state") != "playing";
+        },
+        60'000));
+    EXPECT_EQ(played.value("state"), "passed") << played.value("problem").toString().toStdString();
+    // The first steps lead to where the recording began.
+    const QString again = heard->settled();
+    EXPECT_TRUE(again.endsWith(GetParam().there + QString(' ') + GetParam().back))
+        << again.toStdString() << recorded.toStdString();
 }
 
 TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)

@@ -630,9 +630,17 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
 
 TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
 {
-    const Phone phone;
     root.place("/s.json", R"({"steps": ["battery level 3", {"wait": 100}, "battery level 2"]})");
     const QString file = root.file("/s.json");
+    EXPECT_EQ(run({"play", file, "--check"}), (Result{0, "", ""})) << "without a phone that runs";
+    root.place("/tv.json",
+        R"({"phone": {"miracast": {"sinks": {"wall": {}}}}, "steps": ["miracast sink-goes tv"]})");
+    EXPECT_EQ(run({"play", root.file("/tv.json"), "--check"}),
+        (Result{1, "",
+            "ozdevice: " + root.file("/tv.json")
+                + ":1: steps[0]: miracast sink-goes: expected one of wall, found 'tv'\n"}))
+        << "the phone is the scenario's";
+    const Phone phone;
     EXPECT_EQ(run({"play", file, "--check"}), (Result{0, "", ""}));
     EXPECT_EQ(run({"play", "--stop"}), (Result{1, "", "ozdevice: no scenario is playing\n"}));
     QProcess playing;
@@ -670,6 +678,8 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
         const Phone phone;
         EXPECT_EQ(run({"record", file, "--", "bash", "-c", script}).status, 4);
         EXPECT_EQ(run({"record", root.file("/none/r.json"), "--for", "1s"}).status, 1);
+        EXPECT_EQ(run({"record", file + "2", "--", "/none/at/all"}).status, 1);
+        EXPECT_FALSE(QFile::exists(file + "2")) << "of what never ran";
         const Result led = run({"record", file + "2", "--only", "battery,led", "--for", "1s"});
         EXPECT_EQ(led.status, 1);
         EXPECT_TRUE(led.errors.startsWith("ozdevice: led cannot be recorded; what can is sdcard, "))

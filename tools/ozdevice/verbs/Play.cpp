@@ -1,6 +1,7 @@
 #include "ozdevice/Daemon.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
+#include "ozdevice/PrivatePhone.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
@@ -68,6 +69,10 @@ int play(const Options &options)
     int status = Success;
     PlayedScenario scenario(options.scenario, loop);
     if (options.check) {
+        // Against the phone that runs, else against the one that the scenario is for.
+        std::optional<PrivatePhone> phone;
+        if (!waitForDaemon(std::chrono::milliseconds(0)))
+            phone.emplace(scenarioFile(QString::fromStdString(options.scenario.scenario)));
         (void)scenario.check();
         return Success;
     }
@@ -95,7 +100,8 @@ void addPlayVerb(const Verb &parser, Action &action)
     verb.option("SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
     options->scenario.addTo(verb);
     verb.flag("--json", options->scenario.json, "Print one JSON object a step");
-    verb.flag("--check", options->check, "Only check the file");
+    verb.flag("--check", options->check,
+        "Only check the file, for the phone that runs, or without one for that of the scenario");
     verb.flag("--stop", options->stop, "End the scenario that is playing");
     verb.flag("--list", options->list, "List the installed scenarios");
     verb.flag("--values", options->values, "List what conditions and expectations can name");

@@ -120,7 +120,9 @@ int record(const Options &options)
         (void)loop.run();
         recording.fetch(true);
     } catch (const CommandError &) {
-        recording.write(name);
+        // A command that never ran has done nothing that could be played.
+        if (command.error() != QProcess::FailedToStart)
+            recording.write(name);
         throw;
     }
     recording.write(name);

@@ -1,0 +1,79 @@
+"""A phone for each test, over the program `ozdevice`."""
+
+import json
+import os
+import subprocess
+import time
+
+import pytest
+
+OZDEVICE = os.environ.get("OZDEVICE", "ozdevice")
+
+
+class Phone:
+    """A simulated phone of a test's own. What the test starts with its environment sees that phone."""
+
+    def __init__(self, root):
+        self.environment = {**os.environ, "OZ_DEVICE_ROOT": str(root)}
+        daemon = os.path.join(os.path.dirname(OZDEVICE), "ozdeviced")
+        self._daemon = subprocess.Popen(
+            [daemon, "--private", "--simulated", "--config", os.devnull], env=self.environment
+        )
+        self.run("wait-ready")
+
+    def run(self, *words):
+        """What `ozdevice` prints; fails the test with what it says is wrong."""
+        done = subprocess.run(
+            [OZDEVICE, *words], env=self.environment, capture_output=True, text=True, timeout=60
+        )
+        assert done.returncode == 0, done.stderr
+        return done.stdout
+
+    def sim(self, order):
+        """Tells the phone what `ozdevice sim` does."""
+        self.run("sim", *order.split())
+
+    def show(self, facility):
+        """The properties of the facility as applications see them."""
+        shown = json.loads(self.run("show", facility, "--json"))[facility]
+        return {name: entry["value"] for name, entry in shown.items()}
+
+    def object(self, path):
+        """The attributes of an object of the tree."""
+        (attributes,) = json.loads(self.run("pps", "get", path, "--json")).values()
+        return attributes
+
+    def wait_for(self, condition, seconds=10):
+        """Waits until condition() is true."""
+        end = time.monotonic() + seconds
+        while not condition():
+            assert time.monotonic() < end, f"{condition} did not hold within {seconds} s"
+            time.sleep(0.01)
+
+    def end(self):
+        self._daemon.terminate()
+        self._daemon.wait(timeout=10)
+
+
+@pytest.fixture
+def phone(tmp_path):
+    root = tmp_path / "root"
+    root.mkdir()
+    phone = Phone(root)
+    yield phone
+    phone.end()
+
+
+@pytest.fixture
+def start(phone):
+    """Starts programs on the phone, which end with the test."""
+    started = []
+
+    def start_program(*words):
+        started.append(subprocess.Popen(words, env=phone.environment))
+        return started[-1]
+
+    yield start_program
+    for program in started:
+        program.terminate()
+        program.wait(timeout=10)

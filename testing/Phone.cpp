@@ -1,0 +1,337 @@
+#include <oz/testing/Phone.hpp>
+
+#include "PhoneLink.hpp"
+#include "PhoneProcess.hpp"
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include <atomic>
+#include <cerrno>
+#include <dlfcn.h>
+#include <limits>
+#include <utility>
+
+namespace oz::testing {
+
+PhoneError::PhoneError(const QString &text) : std::runtime_error(text.toStdString()) { }
+
+PhoneError::~PhoneError() = default;
+
+namespace {
+
+const QString Scenario = QStringLiteral("the scenario"); // in errors
+constexpr qint64 Newest = std::numeric_limits<qint64>::max(); // of what a scenario does
+
+// The phone that this process sees.
+std::atomic<const Phone *> s_ofProcess = nullptr;
+
+// Where the services' program is: as the environment says, else beside this library, in a build tree as when
+// installed, else in the path.
+QString daemonProgram()
+{
+    const QString name = QStringLiteral("ozdeviced");
+    if (const QString chosen = qEnvironmentVariable("OZ_DEVICED"); !chosen.isEmpty())
+        return chosen;
+    Dl_info library{};
+    if (::dladdr(reinterpret_cast<const void *>(&daemonProgram), &library) && library.dli_fname) {
+        const QDir folder = QFileInfo(QFile::decodeName(library.dli_fname)).absoluteDir();
+        for (const char *programs : {OZ_PROGRAMS_FROM_LIBRARY, "../bin"}) {
+            const QString program = QDir::cleanPath(folder.filePath(QLatin1String(programs) + u'/' + name));
+            if (QFileInfo(program).isExecutable())
+                return program;
+        }
+    }
+    return QStandardPaths::findExecutable(name).isEmpty() ? name : QStandardPaths::findExecutable(name);
+}
+
+double seconds(std::chrono::milliseconds limit)
+{
+    return double(limit.count()) / 1000;
+}
+
+QString limitText(std::chrono::milliseconds limit)
+{
+    return QString::number(seconds(limit)) + QLatin1String(" s");
+}
+
+PhoneRequest requestOf(const QVariantMap &told)
+{
+    return {told.value(QStringLiteral("request")).toString(), told.value(QStringLiteral("values")).toMap(),
+        std::chrono::milliseconds(qint64(told.value(QStringLiteral("at")).toDouble() * 1000))};
+}
+
+} // namespace
+
+class Phone::Private
+{
+public:
+    explicit Private(const PhoneSettings &settings)
+        : process(daemonProgram(), settings.text()), link(process.root())
+    {
+        (void)link.request(QStringLiteral("a phone's start"), QStringLiteral("observe"));
+    }
+
+    [[nodiscard]] PhoneLink::Outcome askForRequests(const QString &what, QVariantMap order,
+        std::chrono::milliseconds limit = std::chrono::milliseconds(0)) const
+    {
+        if (!order.contains(QStringLiteral("from")))
+            order.insert(QStringLiteral("from"), from.load());
+        return link.ask(what, QStringLiteral("requests"), order, PhoneLink::Wait{limit});
+    }
+
+    PhoneProcess process;
+    PhoneLink link;
+    std::atomic<qint64> from = 0; // the number of the first request that counts
+    QByteArray rootBefore;
+};
+
+Phone::Phone(const PhoneSettings &settings, Root root)
+{
+    const Phone *none = nullptr;
+    if (root == Root::OfProcess && !s_ofProcess.compare_exchange_strong(none, this))
+        throw PhoneError(
+            QStringLiteral("this process sees another phone already; phones beside it have a Root::Own"));
+    try {
+        d = std::make_unique<Private>(settings);
+    } catch (...) {
+        const Phone *self = this;
+        s_ofProcess.compare_exchange_strong(self, nullptr);
+        throw;
+    }
+    if (root == Root::OfProcess) {
+        d->rootBefore = qgetenv("OZ_DEVICE_ROOT");
+        qputenv("OZ_DEVICE_ROOT", QFile::encodeName(d->process.root()));
+    }
+}
+
+Phone::~Phone()
+{
+    if (s_ofProcess != this)
+        return;
+    if (d->rootBefore.isNull())
+        qunsetenv("OZ_DEVICE_ROOT");
+    else
+        qputenv("OZ_DEVICE_ROOT", d->rootBefore);
+    s_ofProcess = nullptr;
+}
+
+QString Phone::root() const
+{
+    return d->process.root();
+}
+
+QProcessEnvironment Phone::environment() const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("OZ_DEVICE_ROOT"), root());
+    return environment;
+}
+
+qint64 Phone::processId() const
+{
+    return d->process.id();
+}
+
+PhoneActivity Phone::activity()
+{
+    return {d->link, QStringLiteral("activity")};
+}
+
+PhoneBattery Phone::battery()
+{
+    return {d->link, QStringLiteral("battery")};
+}
+
+PhoneNetwork Phone::network(const QString &name)
+{
+    return {d->link, QStringLiteral("cellular-network"), name};
+}
+
+PhoneTime Phone::clock()
+{
+    return PhoneTime(d->link);
+}
+
+PhoneProfile Phone::dataProfile(const QString &name)
+{
+    return {d->link, QStringLiteral("data-profile"), name};
+}
+
+PhoneDisplays Phone::displays()
+{
+    return {d->link, QStringLiteral("display")};
+}
+
+PhoneHardware Phone::hardware()
+{
+    return {d->link, QStringLiteral("hardware")};
+}
+
+PhoneLed Phone::led()
+{
+    return {d->link, QStringLiteral("led")};
+}
+
+PhoneMiracast Phone::miracast()
+{
+    return {d->link, QStringLiteral("miracast")};
+}
+
+PhoneOrientation Phone::orientation()
+{
+    return {d->link, QStringLiteral("orientation")};
+}
+
+PhoneRadio Phone::radio()
+{
+    return {d->link, QStringLiteral("radio")};
+}
+
+PhoneSdCard Phone::sdcard()
+{
+    return {d->link, QStringLiteral("sdcard")};
+}
+
+PhoneSimCard Phone::simcard()
+{
+    return {d->link, QStringLiteral("simcard")};
+}
+
+PhoneVibration Phone::vibration()
+{
+    return {d->link, QStringLiteral("vibration")};
+}
+
+PhoneWiFiDirect Phone::wifiDirect()
+{
+    return {d->link, QStringLiteral("wifi-direct")};
+}
+
+void Phone::tell(const QStringList &words)
+{
+    d->link.tell(words);
+}
+
+QStringList Phone::orders() const
+{
+    return d->link.orders();
+}
+
+QVariant Phone::value(const QString &name) const
+{
+    return d->link.value(name);
+}
+
+bool Phone::holds(const QString &condition) const
+{
+    const auto outcome = d->link.ask(
+        condition, QStringLiteral("await"), QVariantMap{{QStringLiteral("condition"), condition}});
+    if (outcome.error && outcome.error != ETIMEDOUT)
+        d->link.fail(condition, outcome.errorText);
+    return !outcome.error;
+}
+
+void Phone::waitFor(const QString &condition, std::chrono::milliseconds limit) const
+{
+    const auto outcome = d->link.ask(condition, QStringLiteral("await"),
+        QVariantMap{{QStringLiteral("condition"), condition}, {QStringLiteral("within"), seconds(limit)}},
+        PhoneLink::Wait{limit});
+    if (outcome.error)
+        d->link.fail(condition, outcome.errorText);
+}
+
+QList<PhoneRequest> Phone::requests(const QString &kind) const
+{
+    QList<PhoneRequest> all;
+    QVariantMap order{{QStringLiteral("request"), kind}};
+    for (;;) {
+        const auto outcome = d->askForRequests(QStringLiteral("requests"), order);
+        if (outcome.error)
+            d->link.fail(QStringLiteral("requests"), outcome.errorText);
+        const QVariantList told = outcome.data.toMap().value(QStringLiteral("requests")).toList();
+        for (const QVariant &each : told)
+            all.append(requestOf(each.toMap()));
+        if (told.isEmpty())
+            return all;
+        order.insert(
+            QStringLiteral("from"), told.last().toMap().value(QStringLiteral("number")).toLongLong() + 1);
+    }
+}
+
+QList<PhoneRequest> Phone::waitForRequests(
+    int count, const QString &kind, const QString &with, std::chrono::milliseconds limit) const
+{
+    const QString what = with.isEmpty() ? kind : QString(kind + QLatin1String(" with ") + with);
+    const auto outcome = d->askForRequests(what,
+        {{QStringLiteral("request"), kind}, {QStringLiteral("with"), with}, {QStringLiteral("times"), count},
+            {QStringLiteral("within"), seconds(limit)}},
+        limit);
+    if (outcome.error)
+        d->link.fail(what, outcome.errorText);
+    QList<PhoneRequest> found;
+    for (const QVariant &each : outcome.data.toMap().value(QStringLiteral("requests")).toList())
+        found.append(requestOf(each.toMap()));
+    return found;
+}
+
+void Phone::forgetRequests()
+{
+    const auto outcome = d->askForRequests(QStringLiteral("requests"), {});
+    if (outcome.error)
+        d->link.fail(QStringLiteral("requests"), outcome.errorText);
+    d->from = outcome.data.toMap().value(QStringLiteral("next")).toLongLong();
+}
+
+void Phone::play(const QString &file, const PlayOptions &options)
+{
+    QVariantMap order{{QStringLiteral("file"), QFileInfo(file).absoluteFilePath()},
+        {QStringLiteral("variables"), options.variables}, {QStringLiteral("keep-going"), options.keepGoing}};
+    if (options.speed == 0)
+        order.insert(QStringLiteral("speed"), QStringLiteral("max"));
+    else
+        order.insert(QStringLiteral("speed"), options.speed);
+    (void)d->link.request(file, QStringLiteral("play"), order);
+}
+
+bool Phone::isPlaying() const
+{
+    const auto outcome = d->link.ask(Scenario, QStringLiteral("scenario"),
+        QVariantMap{{QStringLiteral("from"), Newest}, {QStringLiteral("now"), true}});
+    return outcome.data.toMap().value(QStringLiteral("state")).toString() == u"playing";
+}
+
+void Phone::waitUntilPlayed(std::chrono::milliseconds limit) const
+{
+    for (const QDeadlineTimer deadline(limit);;) {
+        // The services answer when it is over, and from time to time before.
+        const auto outcome =
+            d->link.ask(Scenario, QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}},
+                PhoneLink::Wait{std::chrono::milliseconds(deadline.remainingTime()), true});
+        if (outcome.error == ETIMEDOUT)
+            d->link.fail(Scenario, QLatin1String("it still plays after ") + limitText(limit));
+        if (outcome.error)
+            d->link.fail(Scenario, outcome.errorText);
+        const QVariantMap told = outcome.data.toMap();
+        const QString state = told.value(QStringLiteral("state")).toString();
+        if (state == u"passed")
+            return;
+        if (state != u"playing")
+            d->link.fail(Scenario, told.value(QStringLiteral("problem")).toString());
+    }
+}
+
+void Phone::stopPlaying()
+{
+    (void)d->link.request(Scenario, QStringLiteral("stop-scenario"));
+}
+
+QString Phone::log() const
+{
+    return d->process.log();
+}
+
+} // namespace oz::testing

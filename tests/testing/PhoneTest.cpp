@@ -1,0 +1,519 @@
+#include "harness/Testing.hpp"
+
+#include <oz/PpsObject.hpp>
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/Led.hpp>
+#include <oz/device/VibrationController.hpp>
+#include <oz/testing/Phone.hpp>
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QRegularExpression>
+#include <QTimer>
+
+#include <csignal>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace oz::device;
+using namespace std::chrono_literals;
+using ::testing::HasSubstr;
+
+namespace oz::testing {
+
+namespace {
+
+// What PhoneError a call throws; nothing where it throws none.
+std::string errorOf(const std::function<void()> &call)
+{
+    try {
+        call();
+    } catch (const PhoneError &error) {
+        return error.what();
+    }
+    return {};
+}
+
+struct Driven
+{
+    std::function<void(Phone &)> drive;
+    const char *result; // the condition that holds then; empty for what nobody can see so soon
+};
+
+// Every call that drives a phone.
+const Driven Calls[] = {
+    {[](Phone &p) { p.activity().standBy(); }, "activity.state == standby"},
+    {[](Phone &p) { p.activity().activate(); }, "activity.state == active"},
+    {[](Phone &p) { p.activity().setStatus("proximity", "near"); }, ""},
+    {[](Phone &p) { p.battery().hold(); }, ""},
+    {[](Phone &p) { p.battery().plug(); }, "battery.charging == yes and battery.chargers == 1"},
+    {[](Phone &p) { p.battery().setLevel(20); }, "battery.level == 20"},
+    {[](Phone &p) { p.battery().setTemperature(-3.5); }, "battery.temperature == -3.5"},
+    {[](Phone &p) { p.battery().loseTemperature(); }, "battery.temperature == unknown"},
+    {[](Phone &p) { p.battery().setCondition(BatteryCondition::Bad); }, "battery.condition == bad"},
+    {[](Phone &p) { p.battery().unplug(); }, "battery.chargers == 0"},
+    {[](Phone &p) { p.battery().layOnCharger("pad"); }, "battery.receiver == pad"},
+    {[](Phone &p) { p.battery().takeFromCharger(); }, "battery.chargers == 0"},
+    {[](Phone &p) { p.battery().remove(); }, "not battery.present"},
+    {[](Phone &p) { p.battery().insert(); }, "battery.present"},
+    {[](Phone &p) { p.network("abroad").serve(); }, "cellular-network.mcc == '999'"},
+    {[](Phone &p) { p.network("abroad").setRssi(-70); }, "cellular-network.rssi == -70"},
+    {[](Phone &p) { p.network("abroad").setOperator("Far East"); },
+        "cellular-network.operator == 'Far East'"},
+    {[](Phone &p) { p.network("abroad").setRoaming(false); }, "not cellular-network.roaming"},
+    {[](Phone &p) { p.network("abroad").setRoamingSuppressed(true); }, ""},
+    {[](Phone &p) { p.network("abroad").leave(); }, "cellular-network.mcc == unknown"},
+    {[](Phone &p) { p.clock().setSpeed(2); }, ""},
+    {[](Phone &p) { p.clock().advance(2s); }, ""},
+    {[](Phone &p) { p.dataProfile("mms").setEnabled(false); }, "not data-profile.mms.enabled"},
+    {[](Phone &p) { p.dataProfile("enterprise").setPermitted(true); }, ""},
+    {[](Phone &p) {
+         p.network("home-lte").serve();
+         p.clock().advance(10s);
+         EXPECT_EQ(p.dataProfile("internet").connection(), CellularConnectionState::Connected);
+         p.dataProfile("internet").drop();
+     },
+        "data-profile.internet.connection == connecting"},
+    {[](Phone &p) { p.displays().attach(1); }, "display.1.attached"},
+    {[](Phone &p) {
+         p.displays().resize(1, {640, 480});
+     },
+        "display.1.width == 640"},
+    {[](Phone &p) { p.displays().rotate(1, 90); }, "display.1.rotation == 90"},
+    {[](Phone &p) { p.displays().detach(1); }, "not display.1.attached"},
+    {[](Phone &p) {
+         p.displays().add(7, "wall", {800, 600});
+     },
+        "display.7.attached"},
+    {[](Phone &p) { p.displays().remove(7); }, "display.7.attached == unknown"},
+    {[](Phone &p) { p.hardware().setName("My phone"); }, "hardware.name == 'My phone'"},
+    {[](Phone &p) { p.miracast().takeSinkAway("tv"); }, ""},
+    {[](Phone &p) { p.miracast().bringSink("tv"); }, ""},
+    {[](Phone &p) { p.miracast().failNext("scan", -1010); }, ""},
+    {[](Phone &p) { p.miracast().stop(MiracastStopReason::ItPolicy); },
+        "miracast.stop-reason == 5 and not miracast.running"},
+    {[](Phone &p) { p.miracast().start(); }, "miracast.running"},
+    {[](Phone &p) { p.miracast().setInSight({"projector"}); }, "miracast.sinks == 1"},
+    {[](Phone &p) { p.miracast().connectTo("projector"); }, "miracast.connection == connecting"},
+    {[](Phone &p) { p.miracast().setSession(MiracastDisplayState::Paused, "projector"); },
+        "miracast.session == paused and miracast.sink == 'Meeting room' and display.2.attached"},
+    {[](Phone &p) { p.miracast().setSession(MiracastDisplayState::Stopped); },
+        "miracast.connection == disconnected and display.2.attached == unknown"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::TopUp); }, "orientation.orientation == top-up"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::BottomUp); },
+        "orientation.orientation == bottom-up"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::LeftUp); }, "orientation.orientation == left-up"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::RightUp); },
+        "orientation.orientation == right-up"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::FaceUp); }, "orientation.orientation == face-up"},
+    {[](Phone &p) { p.orientation().hold(DeviceOrientation::FaceDown); },
+        "orientation.orientation == face-down"},
+    {[](Phone &p) { p.orientation().blur(); }, "orientation.orientation == undefined"},
+    {[](Phone &p) { p.radio().enable(CellularTechnology::Lte | CellularTechnology::Gsm); },
+        "radio.enabled contains lte and radio.enabled contains gsm and not radio.enabled contains umts"},
+    {[](Phone &p) { p.radio().setData(false); }, "not radio.data"},
+    {[](Phone &p) { p.radio().setDataRoaming(true); }, "radio.data-roaming"},
+    {[](Phone &p) { p.radio().setPower(false); }, "not radio.power"},
+    {[](Phone &p) { p.sdcard().setBusy(true); }, "sdcard.busy"},
+    {[](Phone &p) { p.sdcard().setBusy(false); }, "not sdcard.busy"},
+    {[](Phone &p) { p.sdcard().unmount(); }, "not sdcard.mounted"},
+    {[](Phone &p) { p.sdcard().mount(); }, "sdcard.mounted"},
+    {[](Phone &p) { p.simcard().setState(SimCardState::PinRequired); }, "simcard.state == pin"},
+    {[](Phone &p) { p.simcard().setState(SimCardState::NotProvisioned); },
+        "simcard.state == not-provisioned"},
+    {[](Phone &p) { p.simcard().setState(SimCardState::Incompatible); }, "simcard.state == incompatible"},
+    {[](Phone &p) { p.simcard().setState(SimCardState::ReadError); }, "simcard.state == unreadable"},
+    {[](Phone &p) { p.simcard().setState(SimCardState::Ready); }, "simcard.state == ready"},
+    {[](Phone &p) { p.simcard().remove(); }, "simcard.state == removed"},
+    {[](Phone &p) { p.simcard().insert(); }, "simcard.state == ready"},
+    {[](Phone &p) { p.vibration().setPresent(false); }, ""},
+    {[](Phone &p) { p.wifiDirect().setEnabled(false); }, ""},
+    {[](Phone &p) { p.wifiDirect().setEnabled(true); }, ""},
+    {[](Phone &p) { p.wifiDirect().takePeerAway("tv"); }, ""},
+    {[](Phone &p) { p.wifiDirect().bringPeer("tv"); }, ""},
+    {[](Phone &p) {
+         p.wifiDirect().setInSight({"tv", "laptop"});
+     },
+        "wifi-direct.visible == 2"},
+    {[](Phone &p) { p.wifiDirect().setScanning(true); }, "wifi-direct.scanning"},
+    {[](Phone &p) { p.wifiDirect().setConnecting(true); }, "wifi-direct.connection == connecting"},
+    {[](Phone &p) {
+         p.wifiDirect().setGroup(WiFiDirectRole::Client, {"tv", "laptop"});
+     },
+        "wifi-direct.role == client and wifi-direct.members == 2"},
+    {[](Phone &p) { p.wifiDirect().setGroup(WiFiDirectRole::GroupOwner, {"laptop"}); },
+        "wifi-direct.role == owner and wifi-direct.members == 1"},
+    {[](Phone &p) { p.wifiDirect().letPeerJoin("tv"); }, "wifi-direct.members == 2"},
+    {[](Phone &p) { p.wifiDirect().letPeerLeave("tv"); }, "wifi-direct.members == 1"},
+    {[](Phone &p) { p.wifiDirect().setGroup(WiFiDirectRole::NoRole); },
+        "wifi-direct.connection == disconnected"},
+    {[](Phone &p) { p.wifiDirect().failNext("scan", 5); }, ""},
+    {[](Phone &p) { p.wifiDirect().setSupported(false); }, ""},
+};
+
+// Every fault of services, and the end and start of each.
+template <typename Part>
+void breakPart(Part part)
+{
+    if constexpr (std::is_base_of_v<AnsweringPart, Part>) {
+        part.answerLate(1s);
+        part.neverAnswer();
+    }
+    if constexpr (std::is_base_of_v<FaultyPart, Part>) {
+        part.failWith(5);
+        part.dieOnRequest();
+        part.answerRubbish();
+    }
+    part.killService();
+    part.startService();
+}
+
+// "PART VERB" of all that the services say a phone can be told, and of what this one was told.
+std::pair<QStringList, QStringList> knownAndTold(const Phone &phone)
+{
+    PpsObject control("/pps/system/ozdeviced/control?wait");
+    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
+    EXPECT_TRUE(control.write(PpsObject::encode({{"msg", "describe"}})));
+    const QVariantMap answer = PpsObject::decode(control.read()).value("@control").toMap();
+    const QVariantMap parts = answer.value("dat").toMap().value("simulated").toMap();
+    QStringList known;
+    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
+        for (const QVariant &verb : part->toMap().value("verbs").toList())
+            known.append(part.key() + ' ' + verb.toMap().value("name").toString());
+    }
+    QStringList told;
+    for (const QString &order : phone.orders()) {
+        const QStringList words = order.split(' ');
+        const bool hasInstances = parts.value(words[0]).toMap().contains("instances");
+        told.append(words[0] + ' ' + words[hasInstances ? 2 : 1]);
+    }
+    told.removeDuplicates();
+    told.sort();
+    known.sort();
+    return {known, told};
+}
+
+TEST(Phone, IsDrivenByATypedCallForEverythingThatItCanBeTold)
+{
+    Phone phone;
+    for (const Driven &call : Calls) {
+        EXPECT_EQ(errorOf([&] { call.drive(phone); }), "");
+        EXPECT_TRUE(!*call.result || phone.holds(call.result))
+            << call.result << " after " << phone.orders().last().toStdString();
+    }
+    breakPart(phone.activity());
+    breakPart(phone.battery());
+    breakPart(phone.network("abroad"));
+    breakPart(phone.dataProfile("mms"));
+    breakPart(phone.displays());
+    breakPart(phone.hardware());
+    breakPart(phone.led());
+    breakPart(phone.miracast());
+    breakPart(phone.orientation());
+    breakPart(phone.radio());
+    breakPart(phone.sdcard());
+    breakPart(phone.simcard());
+    breakPart(phone.vibration());
+    breakPart(phone.wifiDirect());
+    const auto [known, told] = knownAndTold(phone);
+    EXPECT_EQ(told, known);
+}
+
+// The text of a commented file as a map.
+QVariantMap contentOf(QByteArray text)
+{
+    const QString plain = QString::fromUtf8(text).remove(
+        QRegularExpression("(^|\\s)//.*$", QRegularExpression::MultilineOption));
+    return QJsonDocument::fromJson(plain.toUtf8()).object().toVariantMap();
+}
+
+TEST(Phone, IsSetUpFromCodeAsItsFileCan)
+{
+    using Service = CellularService;
+    using Technology = CellularTechnology;
+    const auto all =
+        Technology::Gsm | Technology::Umts | Technology::Cdma1X | Technology::Evdo | Technology::Lte;
+    PhoneSettings s;
+    s.sdcard().mounted(true).busy(false);
+    s.battery().level(80).plugged(false).wirelessReceiver("").present(true).condition(BatteryCondition::OK);
+    s.battery().fullChargeCapacity(2800).cycleCount(112).temperature(25.5).chargingTimePerPercent(1min);
+    s.battery().dischargingTimePerPercent(10min);
+    s.activity().state(UserActivityState::Active).idleTime(5min).otherStatuses({});
+    s.orientation().orientation(DeviceOrientation::TopUp);
+    s.display(0).name("panel").internal(true).attached(true).detachable(false).size({768, 1280});
+    s.display(0).physicalSize({54, 90}).rotation(0).technology(DisplayTechnology::Oled);
+    s.display(1).name("hdmi").attached(false).size({1920, 1080}).physicalSize({531, 299});
+    s.display(1).technology(DisplayTechnology::Lcd);
+    s.hardware().pin("2A000001").serialNumber("000100020003").imei("004999010640000").meid("A0000000000001");
+    s.hardware().hardwareId("KSL100-1").deviceName("Simulated phone").modelName("Kestrel");
+    s.hardware().modelNumber("KSL100").keyboard(true).hdmi(HdmiConnector::Micro).miracast(true);
+    s.hardware().addProcessor("Simulated core", 1500).addProcessor("Simulated core", 1500);
+    s.simcard().state(SimCardState::Ready).mcc("001").mnc("01").iccid("8900100000000000001");
+    s.simcard().imsi("001010000000001");
+    s.radio().power(true).technologies(all).enabledTechnologies(all).data(true).dataRoaming(false);
+    s.radio().services(Service::Types(0x3ff707));
+    s.radio().bands({{"cdma", QVariantList{0, 1}}, {"gsm", QVariantList{850, 900, 1800, 1900}},
+        {"umts", QVariantList{1, 2, 5, 8}}, {"lte", QVariantList{3, 7, 20}}});
+    const auto home = [&](const char *name, Technology::Type technology, int rssi) {
+        return s.network(name)
+            .technology(technology)
+            .operatorName("North Mobile")
+            .displayName("North")
+            .rssi(rssi);
+    };
+    const auto basic = Service::Emergency | Service::Voice | Service::Data;
+    home("home-lte", Technology::Lte, -85).mcc("001").mnc("01").cellId(20481).tac(301);
+    s.network("home-lte").services(basic | Service::ConcurrentVoiceData | Service::DataLte);
+    home("home-gsm", Technology::Gsm, -71).cellId(4097).lac(77);
+    s.network("home-gsm").services(basic | Service::DataGprs | Service::DataEdge);
+    home("home-umts", Technology::Umts, -79).cellId(8193).lac(78);
+    s.network("home-umts")
+        .services(basic | Service::ConcurrentVoiceData | Service::DataUmts | Service::DataHspa
+            | Service::DataHspaP);
+    s.network("home-cdma")
+        .technology(Technology::Cdma1X)
+        .operatorName("North Voice")
+        .rssi(-90)
+        .bid(12)
+        .nid(3);
+    s.network("home-cdma")
+        .sid(4101)
+        .services(Service::Emergency | Service::Voice | Service::E911Callback | Service::DataCdma);
+    s.network("abroad")
+        .technology(Technology::Umts)
+        .operatorName("East Mobile")
+        .mcc("999")
+        .mnc("99")
+        .rssi(-95);
+    s.network("abroad")
+        .services(basic | Service::DataUmts | Service::DataHspa)
+        .roaming(true)
+        .cellId(513)
+        .lac(9);
+    s.network("partner").technology(Technology::Umts).operatorName("South Mobile").mnc("02").rssi(-88);
+    s.network("partner").services(basic | Service::DataUmts).roaming(true).suppress(true).cellId(514).lac(10);
+    s.setServing({"home-lte"});
+    s.setConnectTime(1500ms);
+    s.dataProfile("internet").enabled(true).alwaysOn(true).accessControlled(false).apn("internet.example");
+    s.dataProfile("internet").interface("rmnet0").controlMode(0666);
+    s.dataProfile("mms").apn("mms.example").interface("rmnet1");
+    s.dataProfile("enterprise")
+        .accessControlled(true)
+        .permitted(false)
+        .apn("work.example")
+        .interface("rmnet2");
+    s.dataProfile("tethering")
+        .accessControlled(true)
+        .apn("tether.example")
+        .interface("rmnet3")
+        .controlMode(0);
+    s.dataProfile("legacy").enabled(false).apn("wap.example").interface("rmnet4");
+    s.led().onTime(250ms).offTime(250ms);
+    s.vibration().present(true);
+    s.wifiDirect().supported(true).enabled(true).address("02:00:00:00:00:01").interface("p2p0");
+    s.wifiDirect().ssid("DIRECT-oz-Kestrel").password("kestrel-direct").scanTime(3s).connectTime(2s);
+    using Wps = WiFiDirectWpsMethod;
+    s.peer("tv").name("Living room").address("02:00:00:00:01:01").type("7-0050F204-1").inRange(true);
+    s.peer("tv")
+        .displayInfo("000600111c440032")
+        .pin("12345670")
+        .intent(WiFiDirectIntent::Any)
+        .ssid("DIRECT-tv");
+    s.peer("tv")
+        .wps({Wps::PushButtonConfiguration, Wps::RandomPin, Wps::PresetPin})
+        .password("direct-password");
+    s.peer("tv").group(WiFiDirectRole::NoRole);
+    s.peer("laptop").name("Laptop").type("1-0050F204-5").intent(WiFiDirectIntent::Client);
+    s.peer("printer").name("Printer").type("3-0050F204-1").wps({Wps::PushButtonConfiguration});
+    s.peer("printer").group(WiFiDirectRole::GroupOwner).ssid("DIRECT-printer");
+    s.peer("camera").name("Camera").type("4-0050F204-1").group(WiFiDirectRole::Client);
+    s.peer("speaker")
+        .name("Speaker")
+        .type("11-0050F204-2")
+        .intent(WiFiDirectIntent::GroupOwner)
+        .inRange(false);
+    s.miracast().scanTime(3s).connectTime(2s);
+    s.sink("tv")
+        .name("Living room")
+        .address("02:00:00:00:02:01")
+        .type("7-0050F204-1")
+        .inRange(true)
+        .accepts(true);
+    s.sink("tv").size({1920, 1080});
+    s.sink("projector").name("Meeting room").type("7-0050F204-3").pin("12345670");
+    s.sink("set-top-box").name("Set-top box").type("8-0050F204-4").accepts(false);
+    s.sink("monitor").name("Desk").type("7-0050F204-4").inRange(false).size({2560, 1440});
+
+    QFile shipped(OZ_PHONE_FILE);
+    ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
+    const QVariantMap wanted = contentOf(shipped.readAll());
+    const QVariantMap made = contentOf(s.text());
+    EXPECT_EQ(made.keys(), wanted.keys());
+    for (auto section = wanted.cbegin(); section != wanted.cend(); ++section) {
+        const auto text = [](const QVariant &map) {
+            return QJsonDocument(QJsonObject::fromVariantMap(map.toMap())).toJson();
+        };
+        EXPECT_EQ(text(made.value(section.key())), text(*section)) << section.key().toStdString();
+    }
+
+    s.battery().level(7).temperature(std::nullopt);
+    s.hardware().deviceName(std::nullopt);
+    s.orientation().orientation(std::nullopt);
+    const Phone phone(s);
+    EXPECT_EQ(BatteryInfo().level(), 7);
+    EXPECT_TRUE(phone.holds("battery.temperature == unknown and orientation.orientation == undefined"));
+}
+
+TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
+{
+    Phone phone;
+    EXPECT_THAT(errorOf([&] { phone.battery().setLevel(500); }),
+        HasSubstr("battery level 500: battery level: expected a whole number from 0 to 100, found '500' (the "
+                  "phone under /"));
+    EXPECT_THAT(errorOf([&] { phone.orientation().hold(DeviceOrientation::Type(99)); }),
+        HasSubstr("oz::device::DeviceOrientation::99 is nothing that a phone can be given"));
+    EXPECT_THAT(errorOf([&] { (void)phone.holds("led.colour == red"); }), HasSubstr("led.color"));
+    EXPECT_THAT(errorOf([&] { phone.waitFor("led.active or battery.level < 5", 10ms); }),
+        HasSubstr("led.active or battery.level < 5: led.active is false, battery.level is 80 after 0.01 s"));
+    EXPECT_THAT(errorOf([&] { (void)phone.waitForRequest("led.flash", "color == red", 10ms); }),
+        HasSubstr("led.flash with color == red: 0 of 1 came within 0.01 s; nothing was asked"));
+    EXPECT_THAT(errorOf([&] { phone.waitUntilPlayed(10ms); }), HasSubstr("no scenario has been played"));
+    EXPECT_THAT(errorOf([] { const Phone second; }), HasSubstr("sees another phone already"));
+    const auto error = errorOf([] {
+        const Phone wrong(
+            PhoneSettings::fromText("{\n  \"battery\": { \"level\": 101 } }"), Phone::Root::Own);
+    });
+    EXPECT_THAT(error, HasSubstr("phone.json:2: battery.level: "));
+    PhoneSettings text = PhoneSettings::fromText("{}");
+    EXPECT_THAT(errorOf([&] { text.battery().level(1); }), HasSubstr("battery.level cannot be set"));
+    qputenv("OZ_DEVICED", "/nowhere/ozdeviced");
+    EXPECT_THAT(errorOf([] { const Phone none({}, Phone::Root::Own); }),
+        HasSubstr("/nowhere/ozdeviced: No such file"));
+    qunsetenv("OZ_DEVICED");
+    ::kill(pid_t(phone.processId()), SIGKILL);
+    EXPECT_THAT(errorOf([&] { phone.waitFor("led.active"); }), HasSubstr("the phone's services are gone"));
+}
+
+TEST(Phone, ShowsWhatApplicationsDoToIt)
+{
+    PhoneSettings settings;
+    settings.led().onTime(60s);
+    Phone phone(settings);
+    Led led(LedColor::Cyan);
+    VibrationController vibration;
+    EXPECT_EQ(phone.led().lit(), LedColor::None);
+    // An application whose event loop goes on while the test waits.
+    QTimer::singleShot(20ms, [&] { led.flash(2); });
+    QTimer::singleShot(40ms, [&] { vibration.start(100, 60'000); });
+    const PhoneRequest flash = phone.waitForRequest("led.flash", "color == cyan and count == 2");
+    EXPECT_EQ(flash.values, (QVariantMap{{"color", "cyan"}, {"count", 2}}));
+    EXPECT_EQ(phone.led().lit(), LedColor::Cyan);
+    EXPECT_TRUE(phone.led().isActive());
+    phone.waitFor("vibration.running");
+    EXPECT_EQ(phone.vibration().intensity(), 100);
+    vibration.stop();
+    EXPECT_FALSE(phone.vibration().isRunning());
+    EXPECT_EQ(phone.vibration().last().asked, 60s);
+    EXPECT_EQ(phone.vibration().last().end, "stopped");
+    QStringList kinds;
+    for (const PhoneRequest &request : phone.requests())
+        kinds.append(request.kind);
+    EXPECT_EQ(kinds, (QStringList{"led.flash", "vibration.run", "vibration.stop"}));
+    EXPECT_EQ(phone.requests("vibration.run").size(), 1);
+    phone.forgetRequests();
+    EXPECT_TRUE(phone.requests().isEmpty());
+    for (int i = 0; i < 501; ++i) // more than come in an answer
+        vibration.start(100, uint(60'000 + i % 100));
+    EXPECT_EQ(
+        phone.waitForRequests(6, "vibration.run", "duration == 60000").last().values.value("intensity"), 100);
+    EXPECT_EQ(phone.requests("vibration.run").size(), 501);
+    phone.led().killService();
+    EXPECT_FALSE(phone.led().isActive());
+}
+
+TEST(Phone, PlaysScenarios)
+{
+    DeviceRoot folder;
+    folder.place("/good.json", R"({"variables": {"level": 50},
+        "steps": ["battery level ${level}", {"wait": 3600}, {"expect": "battery.level <= 9"}]})");
+    folder.place("/bad.json", "{\"steps\": [\n{\"expect\": \"led.active\", \"within\": 0.01}]}");
+    folder.place("/long.json", R"({"steps": [{"wait": 3600}]})");
+    Phone phone;
+    phone.play(folder.file("/good.json"), {.speed = 0, .variables = {{"level", 9}}});
+    phone.waitUntilPlayed(10s);
+    EXPECT_FALSE(phone.isPlaying());
+    phone.play(folder.file("/bad.json"));
+    EXPECT_THAT(errorOf([&] { phone.waitUntilPlayed(10s); }), HasSubstr("bad.json:2: expect led.active"));
+    phone.play(folder.file("/long.json"));
+    EXPECT_TRUE(phone.isPlaying());
+    EXPECT_THAT(errorOf([&] { phone.waitUntilPlayed(10ms); }), HasSubstr("it still plays after 0.01 s"));
+    phone.stopPlaying();
+    EXPECT_FALSE(phone.isPlaying());
+    EXPECT_THAT(errorOf([&] { phone.play(folder.file("/none.json")); }), HasSubstr("none.json"));
+}
+
+TEST(Phone, IsOneOfManyWhichDoNotSeeEachOther)
+{
+    const QByteArray before = qgetenv("OZ_DEVICE_ROOT");
+    {
+        Phone first({}, Phone::Root::Own);
+        Phone second({}, Phone::Root::Own);
+        EXPECT_EQ(qgetenv("OZ_DEVICE_ROOT"), before);
+        EXPECT_NE(first.environment().value("OZ_DEVICE_ROOT"), second.environment().value("OZ_DEVICE_ROOT"));
+        first.battery().setLevel(3);
+        EXPECT_TRUE(second.holds("battery.level == 80"));
+        Phone third;
+        EXPECT_EQ(qEnvironmentVariable("OZ_DEVICE_ROOT"), third.root());
+        EXPECT_EQ(BatteryInfo().level(), 80);
+    }
+    EXPECT_EQ(qgetenv("OZ_DEVICE_ROOT"), before);
+}
+
+TEST(Phone, WorksWithoutAnEventLoopAndOutlivesTheThreadThatMadeIt)
+{
+    std::unique_ptr<Phone> phone;
+    std::string error = "not run";
+    std::thread([&] {
+        error = errorOf([&] {
+            phone = std::make_unique<Phone>();
+            phone->battery().setLevel(33);
+            phone->waitFor("battery.level == 33");
+        });
+    }).join();
+    EXPECT_EQ(error, "");
+    EXPECT_EQ(BatteryInfo().level(), 33);
+    phone->battery().setLevel(34);
+    EXPECT_TRUE(phone->holds("battery.level == 34"));
+}
+
+TEST(Phone, GoesWithATestThatIsKilled)
+{
+    int ends[2];
+    ASSERT_EQ(::pipe(ends), 0);
+    const pid_t test = ::fork();
+    if (test == 0) {
+        const Phone phone;
+        const QByteArray told = QByteArray::number(phone.processId()) + ' ' + phone.root().toUtf8();
+        if (::write(ends[1], told.constData(), std::size_t(told.size())) == told.size())
+            ::pause();
+        ::_exit(1);
+    }
+    QByteArray told(4096, 0);
+    told.resize(std::max<ssize_t>(::read(ends[0], told.data(), 4096), 0));
+    ASSERT_TRUE(told.contains(' '));
+    const QString root = QString::fromUtf8(told.mid(told.indexOf(' ') + 1));
+    ASSERT_TRUE(QFileInfo::exists(root + "/pps"));
+    ::kill(test, SIGKILL);
+    ASSERT_EQ(::waitpid(test, nullptr, 0), test);
+    EXPECT_TRUE(waitUntil([&] { return !QFileInfo::exists(root); }));
+    for (const int end : ends)
+        ::close(end);
+}
+
+} // namespace
+
+} // namespace oz::testing
