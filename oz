@@ -28,6 +28,7 @@ lint_packages=(clang-format clang-tidy git "${qml_packages[@]}")
 docs_packages=(doxygen)
 package_packages=(debhelper dpkg-dev lintian "${docs_packages[@]}")
 package_check_packages=(debootstrap)
+# What docs/pictures runs.
 picture_packages=(xvfb xterm imagemagick x11-utils fonts-dejavu-core "${qml_packages[@]}")
 abi_packages=(abigail-tools git)
 
@@ -48,7 +49,6 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
             --changed [BASE] runs that on what has changed since BASE (the main branch) alone, --fix formats
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the libraries' binary interface with that of the last tag
-  pictures  takes the pictures of the README again
   coverage  runs the tests and prints the line coverage of the libraries and programs
   package   builds the Debian packages in build/packages, or with --output in another folder, and has lintian look at
             them; --check also installs, uses, removes and purges them in a clean system (as root); --update-symbols
@@ -318,11 +318,6 @@ case $verb in
         done
         [ $failed -eq 0 ] || { echo "oz: programs that were built with $tag do not run with this version" >&2; exit 1; }
         say "programs that were built with $tag run with this version" ;;
-    pictures)
-        build_targets=(ozdevice_command ozdeviced ozdevice_panel oz_panel)
-        build "$preset" "${picture_packages[@]}"
-        docs/pictures "build/$preset"
-        exec panel/pictures "build/$preset" ;;
     coverage)
         build coverage gcovr "${test_packages[@]}"
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
