@@ -26,6 +26,10 @@ bench_packages=(libbenchmark-dev dbus libumockdev-dev upower qml6-module-qtquick
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git "${qml_packages[@]}")
 docs_packages=(doxygen)
+package_packages=(debhelper dpkg-dev lintian "${docs_packages[@]}")
+package_check_packages=(debootstrap)
+# What docs/pictures runs.
+picture_packages=(xvfb xterm imagemagick x11-utils fonts-dejavu-core "${qml_packages[@]}")
 abi_packages=(abigail-tools git)
 
 usage() {
@@ -47,6 +51,9 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the libraries' binary interface with that of the last tag
   coverage  runs the tests and prints the line coverage of the libraries and programs
+  package   builds the Debian packages in build/packages, or with --output in another folder, and has lintian look at
+            them; --check also installs, uses, removes and purges them in a clean system (as root); --update-symbols
+            writes down the symbols that libraries have gained
   install   installs the release preset; the arguments go to cmake --install (--prefix DIR)
   setup     installs the Debian packages that the verbs need
   clean     removes build/
@@ -122,18 +129,42 @@ base_commit() {
 # A library with everything that abidiff compares. build_for_abi SOURCE BUILD
 build_for_abi() {
     cmake -S "$1" -B "$2" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DOZ_BUILD_TESTS=OFF >"$2.log" 2>&1 &&
-        cmake --build "$2" --target ozsupport ozdevice >>"$2.log" 2>&1 || { tail -n 20 "$2.log" >&2; exit 1; }
+        cmake --build "$2" --target ozsupport ozdevice ozmodels >>"$2.log" 2>&1 ||
+        { tail -n 20 "$2.log" >&2; exit 1; }
 }
 
 check_docs() {
     need "${packages[@]}" "${docs_packages[@]}"
     say "documentation of the public headers"
     configure "$preset"
-    mkdir -p build/docs
-    OZ_HEADERS=$PWD/build/$preset/include/oz doxygen docs/api/Doxyfile || {
-        sed "s|^$PWD/build/$preset/include/||" build/docs/warnings >&2
+    docs/api/build "build/$preset/include" build/docs
+}
+
+# The packages of what is in the tree, in the folder $1.
+build_packages() {
+    local output version stage
+    output=$(realpath -m "$1")
+    version=$(sed -n 's/^project(.* VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+    [ "$(dpkg-parsechangelog -S Version)" = "$version" ] || {
+        echo "oz: debian/changelog is about another version than CMakeLists.txt, which has $version" >&2
         exit 1
     }
+    say "building the packages of $version"
+    rm -rf build/package "$output"
+    stage=build/package/ozdevice-$version
+    mkdir -p "$stage" "$output"
+    git ls-files -z --cached --others --exclude-standard | tar --create --null --ignore-failed-read --files-from=- |
+        tar --extract --directory="$stage"
+    # The build has a home of its own, where the compiler's cache is not.
+    (
+        cd "$stage"
+        CCACHE_DIR=${CCACHE_DIR:-$(ccache --get-config cache_dir)} DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS-nocheck} \
+            dpkg-buildpackage --unsigned-source --unsigned-changes
+    ) >build/package/log 2>&1 || { tail -n 50 build/package/log >&2; exit 1; }
+    find build/package -maxdepth 1 -type f ! -name log -exec mv -t "$output" {} +
+    say "lintian"
+    lintian --fail-on error,warning --allow-root "$output"/*.changes
+    say "the packages are in $output"
 }
 
 # What QML's own tools find in the QML files; the format alone where $1 is --fix.
@@ -277,7 +308,7 @@ case $verb in
         build_for_abi "build/abi/$tag/source" "build/abi/$tag/build"
         build_for_abi . build/abi/current
         failed=0
-        for library in libozsupport libozdevice; do
+        for library in libozsupport libozdevice libozmodels; do
             old="build/abi/$tag/build/lib/$library.so"
             new="build/abi/current/lib/$library.so"
             if [ "$(readlink "$old")" != "$(readlink "$new")" ]; then
@@ -297,13 +328,35 @@ case $verb in
         ctest --test-dir build/coverage --parallel "$(nproc)" --output-on-failure
         exec gcovr --root . --filter 'support/' --filter 'device/' --filter 'models/' --filter 'mock/' --filter 'sensors/' \
             --filter 'services/' --filter 'testing/' --filter 'tools/' build/coverage "$@" ;;
+    package)
+        output=build/packages check='' update=''
+        while [ $# -gt 0 ]; do
+            case $1 in
+                --output) output=${2:?oz: --output wants a folder}; shift ;;
+                --check) check=1 ;;
+                --update-symbols) update=1 ;;
+                *) echo "oz: package knows no '$1'" >&2; exit 2 ;;
+            esac
+            shift
+        done
+        need "${packages[@]}" "${package_packages[@]}"
+        if [ -n "$update" ]; then
+            say "building the libraries"
+            build_targets=(ozsupport ozdevice ozmodels oztesting)
+            configure_options=(-DOZ_BUILD_TESTS=OFF)
+            build release
+            exec debian/update-symbols build/release/lib
+        fi
+        build_packages "$output"
+        [ -z "$check" ] || { need "${package_check_packages[@]}"; say "in a clean system"; exec debian/check "$output"; } ;;
     install)
         configure_options=(-DOZ_BUILD_TESTS=OFF)
         build release
         exec cmake --install build/release "$@" ;;
     setup)
         need "${packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" "${lint_packages[@]}" \
-            "${docs_packages[@]}" "${abi_packages[@]}" ;;
+            "${docs_packages[@]}" "${abi_packages[@]}" "${package_packages[@]}" "${package_check_packages[@]}" \
+            "${picture_packages[@]}" ;;
     clean)
         rm -rf build ;;
     help | --help | -h)

@@ -65,7 +65,9 @@ function(oz_shared_library target export_name)
     target_link_libraries(${target} PRIVATE oz_product)
     oz_precompiled(${target})
     if(NOT OZ_SANITIZE) # a sanitizer's runtime is found only when the program starts
-        target_link_options(${target} PRIVATE -Wl,--no-undefined)
+        target_link_options(${target} PRIVATE -Wl,--no-undefined
+            -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/library.map)
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/library.map)
     endif()
     target_include_directories(${target} PUBLIC
         $<BUILD_INTERFACE:${OZ_INCLUDE_DIR}>

@@ -60,6 +60,12 @@ QVariantMap readStatus()
     return PpsObject::decode(status.read()).value(QStringLiteral("@status")).toMap();
 }
 
+// The control object is for the daemon's user only; what it publishes tells others.
+bool isAnothers(const PpsObject &control)
+{
+    return control.error() == EACCES && isAlive(readStatus().value(QStringLiteral("pid")).toLongLong());
+}
+
 } // namespace
 
 DaemonState lookAtDaemon()
@@ -76,8 +82,7 @@ DaemonState lookAtDaemon()
                 + QLatin1String(") does not answer");
         }
     } else {
-        // The control object is for the daemon's user only; what it publishes tells others.
-        daemon.isRunning = control.error() == EACCES && isAlive(process);
+        daemon.isRunning = isAnothers(control);
         if (!daemon.isRunning)
             daemon.problem = QStringLiteral("no ozdeviced is running");
     }
@@ -132,7 +137,7 @@ bool waitForDaemon(std::chrono::milliseconds time, const std::function<bool()> &
     const QDeadlineTimer deadline(time);
     for (;;) {
         PpsObject probe{ControlPath};
-        if (probe.open(PpsOpenMode::Publish))
+        if (probe.open(PpsOpenMode::Publish) || isAnothers(probe))
             return true;
         if (deadline.hasExpired() || !goOn())
             return false;
