@@ -47,7 +47,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENTS]
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
   lint      checks the formatting and the public headers' documentation, and runs QML's tools and clang-tidy;
             --changed [BASE] runs that on what has changed since BASE (the main branch) alone, --fix formats
-  pictures  takes the pictures of the control panel in docs/ anew
+  pictures  takes the pictures in docs/ anew: of the control panel, and of the console
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the libraries' binary interface with that of the last tag
   coverage  runs the tests and prints the line coverage of the libraries and programs
@@ -291,8 +291,9 @@ case $verb in
         xargs -P "$(nproc)" -n 4 clang-tidy -p build/tidy --quiet --warnings-as-errors='*' <<<"$files" ;;
     pictures)
         build_targets=(ozdevice_panel ozdevice_command)
-        build dev xvfb "${qml_packages[@]}"
-        exec panel/pictures build/dev ;;
+        build dev "${picture_packages[@]}"
+        panel/pictures build/dev
+        exec docs/pictures build/dev ;;
     docs)
         check_docs
         say "see build/docs/html/index.html" ;;
