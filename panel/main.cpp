@@ -4,19 +4,51 @@
 #include <QQmlApplicationEngine>
 #include <QQuickStyle>
 #include <QQuickWindow>
+#include <QSize>
 #include <QTimer>
 #include <QTranslator>
 
 #include <chrono>
+#include <cstdio>
+#include <memory>
+#include <string_view>
 
 namespace {
+
 // By when the daemon has answered, and what moves has come to rest.
 constexpr std::chrono::milliseconds PictureTime{1500};
+
+enum Status { Failed = 1, WrongUse = 2 };
+
+int complain(Status status, const QString &text)
+{
+    std::fprintf(stderr, "ozdevice-panel: %s\n", qUtf8Printable(text));
+    return status;
+}
+
+// The help is there for who has no screen, too.
+std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view word(argv[i]);
+        if (word == "--help" || word == "-h" || word == "--help-all")
+            return std::make_unique<QCoreApplication>(argc, argv);
+    }
+    return std::make_unique<QGuiApplication>(argc, argv);
+}
+
+// Nothing for what is no size.
+QSize sizeOf(const QString &text)
+{
+    const QStringList sides = text.split(u'x');
+    return sides.size() == 2 ? QSize(sides[0].toInt(), sides[1].toInt()) : QSize();
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    QGuiApplication application(argc, argv);
+    const auto application = makeApplication(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("ozdevice"));
     QCommandLineParser words;
     words.setApplicationDescription(QStringLiteral("Shows a phone, and tells a simulated one what to do."));
@@ -28,7 +60,17 @@ int main(int argc, char **argv)
     words.addOption({QStringLiteral("dark"), QStringLiteral("Begins with light on dark.")});
     words.addOption({QStringLiteral("size"), QStringLiteral("The window's size, such as 360x640."),
         QStringLiteral("size")});
-    words.process(application);
+    if (!words.parse(QCoreApplication::arguments()))
+        return complain(WrongUse, words.errorText());
+    if (words.isSet(QStringLiteral("help")))
+        words.showHelp();
+    if (!words.positionalArguments().isEmpty())
+        return complain(WrongUse, QLatin1String("unexpected: ") + words.positionalArguments().join(u' '));
+    const QSize size = sizeOf(words.value(QStringLiteral("size")));
+    if (words.isSet(QStringLiteral("size")) && size.isEmpty())
+        return complain(WrongUse,
+            QLatin1String("--size: expected WIDTHxHEIGHT, not '") + words.value(QStringLiteral("size"))
+                + u'\'');
 
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
     QTranslator translator;
@@ -42,18 +84,21 @@ int main(int argc, char **argv)
     QVariantMap properties{{QStringLiteral("dark"), words.isSet(QStringLiteral("dark"))}};
     if (words.isSet(QStringLiteral("page")))
         properties.insert(QStringLiteral("page"), words.value(QStringLiteral("page")));
-    if (const QStringList size = words.value(QStringLiteral("size")).split(u'x'); size.size() == 2) {
-        properties.insert(QStringLiteral("width"), size[0].toInt());
-        properties.insert(QStringLiteral("height"), size[1].toInt());
+    if (!size.isEmpty()) {
+        properties.insert(QStringLiteral("width"), size.width());
+        properties.insert(QStringLiteral("height"), size.height());
     }
     engine.setInitialProperties(properties);
     engine.loadData("import oz.panel\nPanelWindow { }\n");
     if (engine.rootObjects().isEmpty())
-        return 1;
+        return complain(Failed, QStringLiteral("the window cannot be shown; are Qt Quick's modules there?"));
     if (const QString file = words.value(QStringLiteral("picture")); !file.isEmpty()) {
         auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-        QTimer::singleShot(PictureTime, window,
-            [window, file] { QGuiApplication::exit(window->grabWindow().save(file) ? 0 : 1); });
+        QTimer::singleShot(PictureTime, window, [window, file] {
+            const bool isSaved = window->grabWindow().save(file);
+            QGuiApplication::exit(
+                isSaved ? 0 : complain(Failed, QLatin1String("the picture cannot be written to ") + file));
+        });
     }
     return QGuiApplication::exec();
 }
