@@ -32,7 +32,7 @@ public:
     /*! The card is put in, or pulled, and the modem tells so. */
     void insertCard(bool inserted);
 
-    enum Registration { Searching = 2, Home = 1, Denied = 3, Roaming = 5 };
+    enum Registration { Searching = 2, Home = 1, Denied = 3, Roaming = 5, EmergencyOnly = 8 };
     enum Technology { Gsm = 0, Umts = 2, Edge = 3, Lte = 7 };
     /*! Is in this network from now on, and tells so. */
     void registerIn(Registration registration, Technology technology);

@@ -111,6 +111,11 @@ TEST_F(ModemTest, NetworksComeAndGoAtHomeAndAbroad)
         rig.modem.registerIn(AtModem::Home, AtModem::Lte);
         EXPECT_TRUE(waitUntil([&] { return radio.networkCount() == 1 && !network.name().isEmpty(); }));
     }
+    rig.modem.registerIn(AtModem::EmergencyOnly, AtModem::Lte);
+    EXPECT_TRUE(
+        waitUntil([&] { return radio.networkCount() == 0; })); // ModemManager tells no technology then
+    EXPECT_TRUE(waitUntil(
+        [&] { return diagnosisOf("cellular-network") == "the network admits emergency calls only"; }));
 }
 
 TEST_F(ModemTest, AModemThatIsTakenAwayIsUnknownUntilItIsBack)
