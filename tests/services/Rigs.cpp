@@ -316,6 +316,7 @@ void UDisksRig::change(bool there)
     mount(there ? "" : "/media/card");
     // It may read the file while that is written, so it is told again until it has seen it.
     EXPECT_TRUE(waitUntil([&] {
+        devices().event(Card, "change");
         devices().event(CardPartition, "change");
         Process ask;
         ask.run("gdbus",
