@@ -4,6 +4,7 @@
 #include "publishing/StateStore.hpp"
 
 #include <algorithm>
+#include <cmath>
 
 namespace oz::services {
 
@@ -27,7 +28,7 @@ public:
                 QStringLiteral("lets the phone's time pass at once"),
                 [this](const QStringList &words) {
                     m_clock.advance(std::chrono::milliseconds(
-                        qint64(SimArgument::number(words[0], 0, 1'000'000) * 1000)));
+                        std::llround(SimArgument::number(words[0], 0, 1'000'000) * 1000)));
                 }},
             SimVerb{QStringLiteral("speed"), {QStringLiteral("FACTOR")},
                 QStringLiteral("lets the phone's time go faster than the real one; 0 stands still"),
