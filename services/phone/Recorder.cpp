@@ -19,11 +19,21 @@ const QString Radioctrl = QStringLiteral("/pps/services/cellular/radioctrl/");
 const QString Card = QStringLiteral("/pps/services/cellular/uicc/card0/");
 const QString Profiles = QStringLiteral("/pps/services/cds/cnice/status");
 
-// What tells where a cell is: in the phone's file, and in the tree.
-const QList<std::pair<QString, QString>> CellKeys{{QStringLiteral("cell-id"), QStringLiteral("cell_id")},
-    {QStringLiteral("lac"), QStringLiteral("lac")}, {QStringLiteral("tac"), QStringLiteral("tac")},
-    {QStringLiteral("bid"), QStringLiteral("bid")}, {QStringLiteral("nid"), QStringLiteral("nid")},
-    {QStringLiteral("sid"), QStringLiteral("sid")}};
+struct CellKey
+{
+    QString key; // in the phone's file
+    QString attribute; // in the tree
+    QString technologies; // that the phone's file has it for
+};
+
+// What tells where a cell is.
+const QList<CellKey> CellKeys{
+    {QStringLiteral("cell-id"), QStringLiteral("cell_id"), QStringLiteral("gsm umts lte")},
+    {QStringLiteral("lac"), QStringLiteral("lac"), QStringLiteral("gsm umts")},
+    {QStringLiteral("tac"), QStringLiteral("tac"), QStringLiteral("lte")},
+    {QStringLiteral("bid"), QStringLiteral("bid"), QStringLiteral("cdma_1x evdo")},
+    {QStringLiteral("nid"), QStringLiteral("nid"), QStringLiteral("cdma_1x evdo")},
+    {QStringLiteral("sid"), QStringLiteral("sid"), QStringLiteral("cdma_1x evdo")}};
 
 QString numberText(const QVariant &value)
 {
@@ -363,8 +373,10 @@ void Recorder::recordNetwork()
     const QVariantMap cell = m_tree.told(Radioctrl + QLatin1String("status_cell_private"))
                                  .value(QStringLiteral("serving_network"))
                                  .toMap();
-    for (const auto &[key, attribute] : CellKeys) {
-        if (const int number = cell.value(attribute).toInt(); number != 0)
+    // A modem may tell where it was in a network of another technology, too.
+    for (const auto &[key, attribute, having] : CellKeys) {
+        const int number = cell.value(attribute).toInt();
+        if (number != 0 && having.split(u' ').contains(technologies.first()))
             network.insert(key, maskedNumber(key, number));
     }
     // Without a card that is ready, every network offers emergency calls alone.
