@@ -65,6 +65,12 @@ gboolean onWrite(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer)
 int main()
 {
     UMockdevTestbed *testbed = umockdev_testbed_new();
+    if (!umockdev_in_mock_environment()) {
+        std::cerr << "libumockdev-preload.so.0 is not there; the Debian package 'umockdev' has it"
+                  << std::endl;
+        g_object_unref(testbed);
+        return 1;
+    }
     char *folder = umockdev_testbed_get_root_dir(testbed);
     std::cout << folder << std::endl;
     std::free(folder);

@@ -12,6 +12,7 @@
 #include <QMetaProperty>
 #include <QTest>
 
+#include <chrono>
 #include <cstdio>
 #include <grp.h>
 #include <linux/capability.h>
@@ -20,6 +21,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 
 void PrintTo(const QString &text, std::ostream *out)
@@ -165,13 +167,30 @@ bool waitUntil(const std::function<bool()> &condition, int milliseconds)
     return QTest::qWaitFor(condition, milliseconds);
 }
 
+void awaitBlocked(pid_t thread)
+{
+    // The state follows the name, which stands in brackets.
+    const auto isBlocked = [thread] {
+        QFile stat(QStringLiteral("/proc/self/task/%1/stat").arg(thread));
+        return stat.open(QIODevice::ReadOnly) && stat.readAll().contains(") S ");
+    };
+    for (int tries = 0; tries < 20'000 && !isBlocked(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(isBlocked());
+}
+
 namespace {
 
 int runInChild(const std::function<bool()> &prepare, const std::function<int()> &body)
 {
     const pid_t child = ::fork();
-    if (child == 0)
-        ::_exit(::geteuid() != 0 || prepare() ? body() : 255);
+    if (child == 0) {
+        try {
+            ::_exit(::geteuid() != 0 || prepare() ? body() : 255);
+        } catch (...) { // who is not the test must not go on as the test does
+            ::_exit(255);
+        }
+    }
     int status = 0;
     EXPECT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) != 255);

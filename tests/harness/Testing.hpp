@@ -101,6 +101,9 @@ private:
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
 
+/*! Waits until a thread of this process waits for something itself. */
+void awaitBlocked(pid_t thread);
+
 /*!
  * The result of \a body (0 to 254) in a child process without any rights to what is not for everybody: one
  * that root runs becomes another user first.

@@ -179,8 +179,7 @@ TEST_F(PanelOfADeviceTest, ShowsItAndWhyThereIsNothingToShow)
     for (const char *facility : {"battery", "sdcard", "simcard", "radio"})
         sources << "--source" << QString::fromLatin1(facility) + "=none";
     daemon.start(OZ_DAEMON, sources);
-    PpsObject control("/pps/system/ozdeviced/control");
-    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    awaitDaemon(&daemon);
     const QImage device = picture("ozdevice-panel", words);
     EXPECT_NE(device, without);
     EXPECT_EQ(device.size(), without.size());

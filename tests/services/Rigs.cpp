@@ -6,56 +6,15 @@
 
 #include <oz/PpsObject.hpp>
 
-#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace oz::testing {
 
-Process::~Process()
-{
-    end();
-}
-
-void Process::run(
-    const QString &program, const QStringList &arguments, const QProcessEnvironment &environment)
-{
-    setProcessEnvironment(environment);
-    setStandardErrorFile(QProcess::nullDevice());
-    start(program, arguments);
-    EXPECT_TRUE(waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
-}
-
-void Process::end()
-{
-    if (state() == QProcess::NotRunning)
-        return;
-    kill();
-    waitForFinished();
-}
-
-void Process::stall(bool stalls)
-{
-    ::kill(pid_t(processId()), stalls ? SIGSTOP : SIGCONT);
-}
-
-QString Process::line()
-{
-    EXPECT_TRUE(waitUntil([this] { return canReadLine() || waitForReadyRead(1); }))
-        << program().toStdString();
-    return QString::fromUtf8(readLine()).trimmed();
-}
-
-bool Process::hasEnded()
-{
-    return waitUntil([this] { return state() == QProcess::NotRunning; });
-}
-
 PrivateBus::PrivateBus()
 {
-    m_daemon.run("dbus-daemon", {"--session", "--print-address", "--nofork"},
-        QProcessEnvironment::systemEnvironment());
+    m_daemon.run("dbus-daemon", {"--session", "--print-address", "--nofork"});
     m_address = m_daemon.line();
 }
 
@@ -168,19 +127,15 @@ void BusRig::start()
 void BusRig::runOnBus(Process *process, const QStringList &program, const QString &name)
 {
     process->run(program.first(), program.mid(1), environment());
-    EXPECT_TRUE(waitUntil([&] {
-        QProcess ask;
-        ask.setProcessEnvironment(environment());
-        ask.start("dbus-send",
-            {"--system", "--print-reply", "--dest=org.freedesktop.DBus", "/",
-                "org.freedesktop.DBus.GetNameOwner", "string:" + name});
-        return ask.waitForFinished() && ask.exitCode() == 0;
-    })) << program.join(' ').toStdString();
+    Process wait;
+    wait.run("gdbus", {"wait", "--system", name}, environment());
+    process->await([&] { return wait.state() == QProcess::NotRunning; });
+    EXPECT_EQ(wait.exitCode(), 0) << wait.errors().toStdString();
 }
 
-bool BusRig::hasSaid(const QByteArray &text)
+void BusRig::waitUntilSaid(const QByteArray &text)
 {
-    return m_service.readAllStandardOutput().contains(text);
+    m_service.await([&] { return m_service.readAllStandardOutput().contains(text); });
 }
 
 QString BusRig::call(const QStringList &arguments, const QString &name) const
@@ -191,8 +146,8 @@ QString BusRig::call(const QStringList &arguments, const QString &name) const
             arguments.first(), "--method"}
             + arguments.mid(1),
         environment());
-    EXPECT_TRUE(process.hasEnded());
-    EXPECT_EQ(process.exitCode(), 0) << arguments.join(' ').toStdString();
+    process.awaitEnd();
+    EXPECT_EQ(process.exitCode(), 0) << process.errors().toStdString();
     return QString::fromUtf8(process.readAll());
 }
 
@@ -309,27 +264,37 @@ void UDisksRig::start()
     BusRig::start();
     devices().event(Card, "add");
     devices().event(CardPartition, "add");
+    awaitMountPoints();
 }
 
 void UDisksRig::change(bool there)
 {
     mount(there ? "" : "/media/card");
-    // It may read the file while that is written, so it is told again until it has seen it.
+    devices().event(CardPartition, "change");
+    awaitMountPoints();
+}
+
+// It looks at a device in a thread of its own, some time after it was told of it.
+void UDisksRig::awaitMountPoints()
+{
+    const QByteArray expected = m_place.isEmpty() ? "(<@aay []>,)" : "(<[b'" + m_place + "']>,)";
+    QByteArray found;
     EXPECT_TRUE(waitUntil([&] {
-        devices().event(Card, "change");
-        devices().event(CardPartition, "change");
         Process ask;
         ask.run("gdbus",
             {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
                 "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
                 "org.freedesktop.DBus.Properties.Get", "org.freedesktop.UDisks2.Filesystem", "MountPoints"},
             environment());
-        return ask.hasEnded() && ask.exitCode() == 0 && ask.readAll().contains("/media/card") != there;
-    }));
+        ask.awaitEnd();
+        found = ask.readAll().trimmed();
+        return found == expected;
+    })) << found.toStdString();
 }
 
 void UDisksRig::mount(const QByteArray &place)
 {
+    m_place = place;
     devices().write("/proc/self/mountinfo",
         place.isEmpty() ? "" : "36 25 179:9 / " + place + " rw,relatime shared:1 - ext4 /dev/mmcblk1p1 rw\n");
 }
@@ -344,7 +309,10 @@ void UDisksRig::startJob()
     tool.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     tool.close();
     // Which it looks for itself.
-    ASSERT_EQ(QProcess::execute("/sbin/mke2fs", {"-q", "-F", devices().file("/dev/mmcblk1p1"), "1M"}), 0);
+    Process format;
+    format.run("/sbin/mke2fs", {"-q", "-F", devices().file("/dev/mmcblk1p1"), "1M"});
+    format.awaitEnd();
+    ASSERT_EQ(format.exitCode(), 0) << format.errors().toStdString();
     m_job.run("gdbus",
         {"call", "--system", "--dest", "org.freedesktop.UDisks2", "--object-path",
             "/org/freedesktop/UDisks2/block_devices/mmcblk1p1", "--method",
@@ -510,26 +478,25 @@ QProcessEnvironment SensorRig::environment() const
 
 void SensorRig::waitForRelease()
 {
-    EXPECT_TRUE(waitUntil([this] { return hasSaid("'ReleaseAccelerometer'"); }));
+    waitUntilSaid("'ReleaseAccelerometer'");
 }
 
-RigTest::RigTest(std::unique_ptr<Rig> service) : rig(std::move(service))
+RigTest::RigTest(std::unique_ptr<Rig> service, std::optional<int> graceTime) : rig(std::move(service))
 {
-    qputenv("OZ_GRACE_TIME", QByteArray::number(rig->graceTime()));
+    qputenv("OZ_GRACE_TIME", QByteArray::number(graceTime.value_or(rig->graceTime())));
 }
 
 RigTest::~RigTest()
 {
     daemon.terminate();
-    EXPECT_TRUE(daemon.waitForFinished());
+    EXPECT_TRUE(daemon.state() == QProcess::NotRunning || daemon.waitForFinished());
 }
 
 void RigTest::startDaemon(const QStringList &arguments)
 {
     daemon.setProcessEnvironment(rig->environment());
     daemon.start(OZ_DAEMON, QStringList{"--config", "/dev/null"} + rig->arguments() + arguments);
-    PpsObject control("/pps/system/ozdeviced/control");
-    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    awaitDaemon(&daemon);
 }
 
 QString RigTest::sourceOf(const QString &facility)
@@ -540,27 +507,13 @@ QString RigTest::sourceOf(const QString &facility)
     return state.value("state").toString() + (reason.isEmpty() ? "" : ": ") + reason;
 }
 
-namespace {
-constexpr uid_t Nobody = 65534;
-}
-
 SwayRig::SwayRig()
 {
     QFile configuration(m_folder.filePath("config"));
     EXPECT_TRUE(configuration.open(QIODevice::WriteOnly));
     configuration.write("output HEADLESS-1 mode 800x600\n");
-    if (::geteuid() == 0) {
-        EXPECT_EQ(::chown(qPrintable(m_folder.path()), Nobody, Nobody), 0);
-        configuration.setPermissions(configuration.permissions() | QFile::ReadOther);
-    }
-}
-
-QStringList SwayRig::asUser(const QStringList &program)
-{
-    if (::geteuid() != 0)
-        return program;
-    const QString id = QString::number(Nobody);
-    return QStringList{"setpriv", "--reuid=" + id, "--regid=" + id, "--clear-groups"} + program;
+    configuration.setPermissions(configuration.permissions() | QFile::ReadOther);
+    giveToNobody(m_folder.path());
 }
 
 void SwayRig::start()
@@ -573,17 +526,18 @@ void SwayRig::start()
     environment.insert("WLR_BACKENDS", "headless");
     environment.insert("WLR_LIBINPUT_NO_DEVICES", "1");
     environment.insert("WLR_RENDERER", "pixman");
-    const QStringList program = asUser({"sway", "-c", m_folder.filePath("config")});
+    const QStringList program = asNobody({"sway", "-c", m_folder.filePath("config")});
     m_compositor.run(program.first(), program.mid(1), environment);
-    EXPECT_TRUE(waitUntil([this] { return order({"output", "HEADLESS-1", "enable"}); })) << "sway";
+    m_compositor.await([this] { return order({"output", "HEADLESS-1", "enable"}); });
 }
 
 bool SwayRig::order(const QStringList &words)
 {
-    const QStringList program = asUser(QStringList{"swaymsg", "-s", socket()} + words);
-    QProcess process;
-    process.start(program.first(), program.mid(1));
-    return process.waitForFinished() && process.exitCode() == 0;
+    const QStringList program = asNobody(QStringList{"swaymsg", "-s", socket()} + words);
+    Process process;
+    process.run(program.first(), program.mid(1));
+    process.awaitEnd();
+    return process.exitCode() == 0;
 }
 
 void SwayRig::change(bool there)
@@ -620,13 +574,8 @@ void ModemRig::start()
 
 void ModemRig::plug(const AtModem &plugged, const QString &name)
 {
-    Process process;
-    process.run("dbus-send",
-        {"--system", "--print-reply", "--dest=" + ModemManagerName, "/org/freedesktop/ModemManager1",
-            ModemManagerName + ".Test.SetProfile", "string:" + name, "string:" + plugin,
-            "array:string:" + plugged.ports().join(',')},
-        environment());
-    EXPECT_TRUE(process.hasEnded());
+    (void)call({"/org/freedesktop/ModemManager1", ModemManagerName + ".Test.SetProfile", name, plugin,
+        "['" + plugged.ports().join("', '") + "']"});
 }
 
 void ModemRig::unplug(bool isOut)
@@ -636,7 +585,7 @@ void ModemRig::unplug(bool isOut)
         return;
     }
     m_inhibitor.run("mmcli", {"--inhibit-device=/virtual/phone"}, environment());
-    EXPECT_TRUE(waitUntil([this] { return !order({"--list-modems"}).contains("/Modem/"); }));
+    EXPECT_TRUE(waitUntil([this] { return order({"--list-modems"}).contains("No modems"); }));
 }
 
 // The modem answers from this process's event loop.
@@ -644,7 +593,8 @@ QString ModemRig::order(const QStringList &words) const
 {
     Process process;
     process.run("mmcli", words, environment());
-    return process.hasEnded() && process.exitCode() == 0 ? QString::fromUtf8(process.readAll()) : QString();
+    process.awaitEnd();
+    return process.exitCode() == 0 ? QString::fromUtf8(process.readAll()) : QString();
 }
 
 void ModemRig::change(bool there)
@@ -668,7 +618,8 @@ void MobileDataRig::hangUp()
 {
     Process hangUp;
     hangUp.run("pkill", {"--parent", QString::number(m_manager.processId()), "pppd"}, environment());
-    EXPECT_TRUE(hangUp.hasEnded());
+    hangUp.awaitEnd();
+    EXPECT_EQ(hangUp.exitCode(), 0) << "there was no connection";
 }
 
 namespace {
@@ -694,13 +645,20 @@ void TwoSlotRig::start()
 {
     BusRig::start();
     const auto add = [this](const QString &path, const QString &interface, const QString &properties) {
-        (void)call({ModemManagerPath, "org.freedesktop.DBus.Mock.AddObject", path,
-            ModemManagerName + '.' + interface, '{' + properties + '}', "[]"});
+        const QString name = ModemManagerName + '.' + interface;
+        (void)call({ModemManagerPath, "org.freedesktop.DBus.Mock.AddObject", path, name,
+            '{' + properties + '}', "[]"});
+        // As the service itself tells of an object, unlike its stand-in.
+        (void)call({ModemManagerPath, "org.freedesktop.DBus.Mock.EmitSignal",
+            "org.freedesktop.DBus.ObjectManager", "InterfacesAdded", "oa{sa{sv}}",
+            QString("[<objectpath '%1'>, <{'%2': {%3}}>]").arg(path, name, properties)});
     };
     for (int slot : {1, 2}) {
+        const QString number = QString::number(slot);
+        const QString network = "0010" + number;
         add(cardPath(slot), "Sim",
-            QString("'SimIdentifier': <'8949%1'>, 'Imsi': <'00101%1'>, 'OperatorIdentifier': <'0010%1'>")
-                .arg(slot));
+            "'SimIdentifier': <'894901000000000000" + number + "'>, 'Imsi': <'" + network + "000000000"
+                + number + "'>, 'OperatorIdentifier': <'" + network + "'>");
     }
     add(ModemManagerPath + "/Modem/0", "Modem",
         QString("'Sim': <objectpath '%1'>, 'SimSlots': <[objectpath '%1', '%2']>, "

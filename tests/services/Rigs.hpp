@@ -1,14 +1,14 @@
 #pragma once
 
+#include "harness/Process.hpp"
 #include "harness/Testing.hpp"
 #include "services/AtModem.hpp"
 
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QTemporaryDir>
 
 #include <map>
 #include <memory>
+#include <optional>
 
 namespace oz::testing {
 
@@ -35,22 +35,6 @@ public:
     [[nodiscard]] virtual int graceTime() const { return 2; }
     /*! Changes something, this way and back. */
     virtual void change(bool there) = 0;
-};
-
-/*! A process that ends with its owner. */
-class Process : public QProcess
-{
-public:
-    ~Process() override;
-    /*! Starts it, without a word on standard error; fails the test where it does not exist. */
-    void run(const QString &program, const QStringList &arguments, const QProcessEnvironment &environment);
-    /*! Kills it. */
-    void end();
-    void stall(bool stalls);
-    /*! Whether it ends by itself; the event loop runs meanwhile. */
-    [[nodiscard]] bool hasEnded();
-    /*! Its next line, for which the test waits. */
-    QString line();
 };
 
 /*! A message bus of the test's own, which programs take for the system's. */
@@ -115,8 +99,8 @@ protected:
     /*! Calls a method of a service on the bus, this one where \a name is empty: the object's path, the method
      * with its interface, and what it takes. Gives the answer. */
     QString call(const QStringList &arguments, const QString &name = {}) const;
-    /*! Whether the service has written \a text since the last call. */
-    [[nodiscard]] bool hasSaid(const QByteArray &text);
+    /*! Waits until the service has written \a text after the last call. */
+    void waitUntilSaid(const QByteArray &text);
     /*! A program on the bus that takes the \a name there. */
     void runOnBus(Process *process, const QStringList &program, const QString &name);
 
@@ -149,7 +133,6 @@ public:
     bool order(const QStringList &words);
 
 private:
-    [[nodiscard]] static QStringList asUser(const QStringList &program);
     [[nodiscard]] QString socket() const { return m_folder.filePath("ipc"); }
 
     QTemporaryDir m_folder;
@@ -187,6 +170,9 @@ public:
     void endJob();
 
 private:
+    void awaitMountPoints();
+
+    QByteArray m_place; // where the file system is mounted
     QTemporaryDir m_tools;
     Process m_job;
 };
@@ -298,7 +284,8 @@ private:
 class RigTest : public DeviceTest
 {
 protected:
-    explicit RigTest(std::unique_ptr<Rig> service);
+    /*! With the grace time that the rig needs, or another. */
+    explicit RigTest(std::unique_ptr<Rig> service, std::optional<int> graceTime = {});
     ~RigTest() override;
     /*! Starts the daemon, with further arguments after those of the service, and waits until it is ready. */
     void startDaemon(const QStringList &arguments = {});

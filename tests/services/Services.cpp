@@ -1,7 +1,11 @@
 #include "services/Services.hpp"
 
+#include <QFile>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+
+#include <cmath>
 
 namespace oz::testing {
 
@@ -56,6 +60,36 @@ QByteArray endRecording()
     return "{\"phone\": " + phone + ", \"steps\": [" + steps + "]}";
 }
 
+void playStepByStep(const QString &file)
+{
+    QFile recorded(file);
+    ASSERT_TRUE(recorded.open(QIODevice::ReadOnly));
+    const QJsonArray steps = QJsonDocument::fromJson(recorded.readAll())["steps"].toArray();
+    ASSERT_FALSE(steps.isEmpty());
+    // Its clock all but stands still, and is moved on by hand from the time of a step to that of the next.
+    const QVariantMap order{{"file", file}, {"speed", 0.001}};
+    EXPECT_EQ(ask(DaemonControl, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
+    settle();
+    qint64 now = 0; // in milliseconds
+    for (const QJsonValue &step : steps) {
+        const qint64 pause = std::llround(step["at"].toDouble() * 1000) - now;
+        if (pause > 0) {
+            sim("clock advance " + QString::number(double(pause) / 1000));
+            settle();
+            now += pause;
+        }
+    }
+    QVariantMap played;
+    EXPECT_TRUE(waitUntil([&] {
+        sim("clock advance 0.01");
+        played = ask(DaemonControl, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", -1}}}})
+                     .value("dat")
+                     .toMap();
+        return played.value("state") != "playing";
+    }));
+    EXPECT_EQ(played.value("state"), "passed") << played.value("problem").toString().toStdString();
+}
+
 void ServicesTest::SetUp()
 {
     root.place("/phone.json", m_phoneFile);
@@ -67,14 +101,13 @@ void ServicesTest::start(const QStringList &furtherArguments)
     daemon.start(OZ_DAEMON,
         QStringList{"--config", "/dev/null", "--simulated", "--phone", root.file("/phone.json")}
             + furtherArguments);
-    PpsObject control(DaemonControl);
-    ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+    awaitDaemon(&daemon);
 }
 
 void ServicesTest::TearDown()
 {
     daemon.terminate();
-    EXPECT_TRUE(daemon.waitForFinished());
+    EXPECT_TRUE(daemon.state() == QProcess::NotRunning || daemon.waitForFinished());
     const QByteArrayList lines = daemon.readAllStandardError().split('\n');
     for (const QByteArray &line : lines)
         EXPECT_TRUE(line.isEmpty() || line.contains("serving")) << line.toStdString();

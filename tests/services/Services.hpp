@@ -1,10 +1,9 @@
 #pragma once
 
+#include "harness/Process.hpp"
 #include "harness/Testing.hpp"
 
 #include <oz/PpsObject.hpp>
-
-#include <QProcess>
 
 namespace oz::testing {
 
@@ -26,6 +25,11 @@ QString simProblem(const QString &line);
 
 /*! Ends the recording, and gives it as a scenario. */
 QByteArray endRecording();
+
+/*! Plays the steps of a recording one after the other: what follows at once, applications hear only the end
+ * of.
+ */
+void playStepByStep(const QString &file);
 
 /*!
  * A test with services in a process of their own, so that requests which wait are answered. They log nothing

@@ -9,14 +9,16 @@
 #include <oz/device/DeviceInfo.hpp>
 #include <oz/device/DisplayInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
 #include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
+#include <oz/device/WiFiDirect.hpp>
 
 #include <QFile>
 
-#include <csignal>
-#include <limits>
+#include <optional>
 #include <unistd.h>
 
 // What every source has to do, whoever feeds the facility: the daemon and the service that it asks are
@@ -51,25 +53,24 @@ public:
     }
     ~XServerRig() override
     {
-        stop();
-        m_outer.kill();
+        XServerRig::stop();
+        m_outer.terminate(); // and takes its lock and its socket along
         m_outer.waitForFinished();
     }
 
     void start() override
     {
         run(&m_inner, "Xephyr", {"-screen", "800x600", "-resizeable"}, m_display);
-        ASSERT_TRUE(waitUntil([&] { return xrandr({}) == 0; }));
+        m_inner.await([&] { return xrandr({}) == 0; });
     }
     void stop() override
     {
-        m_inner.kill();
-        m_inner.waitForFinished();
+        m_inner.end();
         // What it leaves keeps the next one from its number.
         QFile::remove("/tmp/.X" + m_display.mid(1) + "-lock");
         QFile::remove("/tmp/.X11-unix/X" + m_display.mid(1));
     }
-    void stall(bool stalls) override { ::kill(pid_t(m_inner.processId()), stalls ? SIGSTOP : SIGCONT); }
+    void stall(bool stalls) override { m_inner.stall(stalls); }
     [[nodiscard]] bool isProcess() const override { return true; }
     [[nodiscard]] QStringList arguments() const override
     {
@@ -83,37 +84,26 @@ public:
 
 private:
     // Starts a server as a display, or as one that it chooses itself, and gives what DISPLAY calls it.
-    QString run(QProcess *server, const QString &program, QStringList arguments, QString display)
+    QString run(Process *server, const QString &program, QStringList arguments, const QString &display)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", m_host);
-        server->setProcessEnvironment(environment);
-        arguments << "-nolisten"
-                  << "tcp";
-        if (display.isEmpty())
-            arguments << "-displayfd"
-                      << "1";
-        else
-            arguments << display;
-        server->start(program, arguments);
-        EXPECT_TRUE(server->waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
-        if (display.isEmpty()) {
-            EXPECT_TRUE(waitUntil([&] { return server->canReadLine() || server->waitForReadyRead(1); }));
-            display = ':' + server->readLine().trimmed();
-        }
-        return display;
+        arguments += QStringList{"-nolisten", "tcp"};
+        arguments += display.isEmpty() ? QStringList{"-displayfd", "1"} : QStringList{display};
+        server->run(program, arguments, environment);
+        return display.isEmpty() ? ':' + server->line() : display;
     }
 
     [[nodiscard]] int xrandr(const QStringList &arguments) const
     {
-        QProcess process;
-        process.start("xrandr", QStringList{"-d", m_display} + arguments);
-        return process.waitForFinished() && process.exitStatus() == QProcess::NormalExit ? process.exitCode()
-                                                                                         : -1;
+        Process process;
+        process.run("xrandr", QStringList{"-d", m_display} + arguments);
+        process.awaitEnd();
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
     }
 
-    QProcess m_outer;
-    QProcess m_inner;
+    Process m_outer;
+    Process m_inner;
     QString m_host;
     QString m_display;
 };
@@ -123,28 +113,170 @@ class HardwareReader final : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(bool keyboard READ hasKeyboard NOTIFY keyboardChanged)
-    Q_PROPERTY(QString texts READ texts CONSTANT)
+    Q_PROPERTY(QString deviceName READ deviceName NOTIFY deviceNameChanged)
+    Q_PROPERTY(QString modelName READ modelName CONSTANT)
 
 public:
     HardwareReader()
     {
-        EXPECT_TRUE(m_inventory.open(PpsOpenMode::Subscribe));
-        connect(&m_inventory, &PpsObject::readyRead, this, [this] {
-            (void)m_inventory.read();
-            if (std::exchange(m_hasKeyboard, hasKeyboard()) != m_hasKeyboard)
-                Q_EMIT keyboardChanged(m_hasKeyboard);
-        });
+        for (PpsObject *object : {&m_inventory, &m_names}) {
+            EXPECT_TRUE(object->open(PpsOpenMode::Subscribe));
+            connect(object, &PpsObject::readyRead, this, [this, object] {
+                (void)object->read();
+                if (std::exchange(m_hasKeyboard, hasKeyboard()) != m_hasKeyboard)
+                    Q_EMIT keyboardChanged(m_hasKeyboard);
+                if (std::exchange(m_deviceName, deviceName()) != m_deviceName)
+                    Q_EMIT deviceNameChanged(m_deviceName);
+            });
+        }
     }
     [[nodiscard]] bool hasKeyboard() const { return m_hardware.isPhysicalKeyboardDevice(); }
-    [[nodiscard]] QString texts() const { return m_hardware.deviceName() + m_hardware.modelName(); }
+    [[nodiscard]] QString deviceName() const { return m_hardware.deviceName(); }
+    [[nodiscard]] QString modelName() const { return m_hardware.modelName(); }
 
 Q_SIGNALS:
     void keyboardChanged(bool hasKeyboard);
+    void deviceNameChanged(const QString &deviceName);
 
 private:
     HardwareInfo m_hardware{nullptr};
     PpsObject m_inventory{"/pps/services/hw_info/inventory"};
+    PpsObject m_names{"/pps/services/deviceproperties"};
     bool m_hasKeyboard = hasKeyboard();
+    QString m_deviceName = deviceName();
+};
+
+// Applications without signals of their own for it see in the tree what the LED or the motor does.
+class ActivityReader final : public QObject
+{
+    Q_OBJECT
+    Q_PROPERTY(QString activity READ activity NOTIFY activityChanged)
+
+public:
+    ActivityReader(const QString &facility, std::function<QString(const QVariantMap &)> textOf)
+        : m_object("/pps/services/" + facility + "/activity"), m_textOf(std::move(textOf))
+    {
+        EXPECT_TRUE(m_object.open(PpsOpenMode::Subscribe));
+        connect(&m_object, &PpsObject::readyRead, this, &ActivityReader::read);
+        read();
+    }
+    [[nodiscard]] QString activity() const { return m_activity; }
+
+Q_SIGNALS:
+    void activityChanged(const QString &activity);
+
+private:
+    void read()
+    {
+        const QString activity = m_textOf(PpsObject::decode(m_object.read()).value("@activity").toMap());
+        if (std::exchange(m_activity, activity) != activity)
+            Q_EMIT activityChanged(activity);
+    }
+
+    PpsObject m_object;
+    std::function<QString(const QVariantMap &)> m_textOf;
+    QString m_activity;
+};
+
+// A LED that another application has flash.
+class LampRig : public Rig
+{
+public:
+    void change(bool there) override
+    {
+        if (there)
+            m_led.flash();
+        else
+            m_led.cancel();
+        awaitLamp(there);
+    }
+
+protected:
+    virtual void awaitLamp(bool flashes)
+    {
+        EXPECT_TRUE(waitUntil([flashes] {
+            return (attributesOf("/pps/services/led/status").value("blue") == "on") == flashes;
+        }));
+    }
+
+private:
+    Led m_led{LedColor::Blue};
+};
+
+// One of the kernel's.
+class SysfsLampRig final : public LampRig
+{
+public:
+    [[nodiscard]] QStringList arguments() const override { return {"--simulated", "--source", "led=sysfs"}; }
+    [[nodiscard]] QProcessEnvironment environment() const override
+    {
+        QProcessEnvironment environment = Rig::environment();
+        m_devices.enter(&environment);
+        return environment;
+    }
+
+private:
+    void awaitLamp(bool flashes) override
+    {
+        EXPECT_TRUE(waitUntil([&] {
+            return flashes ? content("brightness") == "200"
+                           : content("brightness") == "7" && content("trigger") == "heartbeat";
+        })) << content("brightness").toStdString();
+    }
+    [[nodiscard]] QByteArray content(const QString &name) const
+    {
+        QFile file(m_devices.file("/sys/devices/platform/leds/leds/white:notification/" + name));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << file.fileName().toStdString();
+        return file.readAll().trimmed();
+    }
+
+    MockDevices m_devices{"P: /devices/platform/leds/leds/white:notification\nE: SUBSYSTEM=leds\n"
+                          "A: brightness=7\\n\nA: max_brightness=200\\n\n"
+                          "A: trigger=none [heartbeat] timer\\n\n"};
+};
+
+// A motor that another application lets run.
+class MotorRig : public Rig
+{
+public:
+    void change(bool there) override
+    {
+        if (there)
+            VibrationController().start();
+        else
+            VibrationController().stop();
+    }
+};
+
+// One of the kernel's.
+class EvdevMotorRig final : public MotorRig
+{
+public:
+    EvdevMotorRig() { m_devices.emulateRumble("/dev/input/event1"); }
+    [[nodiscard]] QStringList arguments() const override
+    {
+        return {"--simulated", "--source", "vibration=evdev"};
+    }
+    [[nodiscard]] QProcessEnvironment environment() const override
+    {
+        QProcessEnvironment environment = Rig::environment();
+        m_devices.enter(&environment);
+        return environment;
+    }
+    void change(bool there) override
+    {
+        MotorRig::change(there);
+        const char *const started[] = {"effect 65535", "play 1"};
+        const char *const stopped[] = {"play 0", "remove"};
+        for (const char *heard : there ? started : stopped)
+            EXPECT_EQ(m_devices.heard(), heard);
+    }
+
+private:
+    MockDevices m_devices{"P: /devices/platform/motor/input/input1/event1\nE: SUBSYSTEM=input\n"
+                          "N: input/event1\nE: DEVNAME=/dev/input/event1\n"
+                          "A: device/capabilities/ev=200001\\n\n"
+                          "A: device/capabilities/ff=107030000 0\\n\n"};
 };
 
 struct Case
@@ -154,12 +286,20 @@ struct Case
     std::function<QObject *()> make;
     const char *there; //!< the signals of the change
     const char *back;
-    const char *gone = ""; //!< and what is heard when the service stays away
+    const char *gone = ""; //!< and what is heard when the service stays away; nothing where another stands in
+    enum { OutlivesTheDaemon = 1, CanBeRecorded = 2 };
+    int abilities = OutlivesTheDaemon | CanBeRecorded;
 };
 
 void PrintTo(const Case &row, std::ostream *out)
 {
     *out << row.name;
+}
+
+template <typename RigType, auto... Arguments>
+std::unique_ptr<Rig> over()
+{
+    return std::make_unique<RigType>(Arguments...);
 }
 
 template <typename Facility>
@@ -175,56 +315,120 @@ QObject *makeDevice()
     return device;
 }
 
-const Case Cases[] = {
-    {"simulated_battery", [] { return std::make_unique<PhoneRig>("battery level 12", "battery level 80"); },
-        make<BatteryInfo>, "level(12, Discharging) level(12, 3)", "level(80, Discharging) level(80, 3)"},
-    {"simulated_sdcard", [] { return std::make_unique<PhoneRig>("sdcard unmount", "sdcard mount"); },
-        make<SdCardInfo>, "state(Unmounted) state(2)", "state(Mounted) state(1)"},
-    {"simulated_simcard", [] { return std::make_unique<PhoneRig>("simcard incompatible", "simcard insert"); },
-        make<SimCardInfo>,
+QObject *makeDisplay()
+{
+    return new DisplayInfo(0);
+}
+
+QObject *makeLamp()
+{
+    return new ActivityReader("led", [](const QVariantMap &activity) {
+        QStringList colors;
+        for (const QVariant &request : activity.value("requests").toList())
+            colors.append(request.toMap().value("color").toString());
+        return colors.join(u' ');
+    });
+}
+
+QObject *makeMotor()
+{
+    return new ActivityReader("vibration", [](const QVariantMap &activity) {
+        return QString(activity.value("running").toBool() ? "runs" : "rests");
+    });
+}
+
+std::function<std::unique_ptr<Rig>()> told(const char *there, const char *back)
+{
+    return [=] { return std::make_unique<PhoneRig>(there, back); };
+}
+
+const char Resized[] = R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))";
+const char ResizedBack[] = R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))";
+
+const Case Simulated[] = {
+    {"battery", told("battery level 12", "battery level 80"), make<BatteryInfo>,
+        "level(12, Discharging) level(12, 3)", "level(80, Discharging) level(80, 3)"},
+    {"sdcard", told("sdcard unmount", "sdcard mount"), make<SdCardInfo>, "state(Unmounted) state(2)",
+        "state(Mounted) state(1)"},
+    {"hardware", told("hardware name Other", "hardware name Simulated"), make<HardwareReader>,
+        R"(deviceName("Other"))", R"(deviceName("Simulated"))"},
+    {"activity", told("activity standby", "activity active"), makeDevice,
+        "activityState(Inactive) activityState(2)", "activityState(Active) activityState(1)"},
+    {"orientation", told("orientation left-up", "orientation top-up"), makeDevice,
+        "orientation(LeftUp) orientation(3)", "orientation(TopUp) orientation(2)"},
+    {"display", told("display resize 0 1024 768", "display resize 0 800 600"), makeDisplay, Resized,
+        ResizedBack},
+    {"simcard", told("simcard incompatible", "simcard insert"), make<SimCardInfo>,
         R"(state(Incompatible) state(1) mobileCountryCode("") mobileNetworkCode("") subscriberIdentifier(""))",
         R"(state(Ready) state(5) mobileCountryCode("001") mobileNetworkCode("01") subscriberIdentifier("001010000000001"))"},
-    {"simulated_miracast", [] { return std::make_unique<PhoneRig>("miracast stop 5", "miracast start"); },
-        make<MiracastManager>, "stopReason(ItPolicy) stopReason(4) status(Stopped)",
+    {"radio", told("radio power off", "radio power on"), make<CellularRadioInfo>,
+        "poweredOn(false) activeTechnologies(None) activeTechnologies(0) networkCount(0)",
+        "poweredOn(true) activeTechnologies(Lte) activeTechnologies(16) networkCount(1)"},
+    {"cellular_network", told("cellular-network home-lte rssi -101", "cellular-network home-lte rssi -85"),
+        make<CellularNetworkInfo>, "signalStrength(-101)", "signalStrength(-85)"},
+    {"data_profile", told("data-profile mms enabled off", "data-profile mms enabled on"),
+        [] { return static_cast<QObject *>(new CellularDataInterface("mms")); }, "valid(false)",
+        "valid(true)"},
+    {"wifi_direct", told("wifi-direct enabled off", "wifi-direct enabled on"), make<WiFiDirect>,
+        "enabled(false)", "enabled(true)"},
+    {"miracast", told("miracast stop 5", "miracast start"), make<MiracastManager>,
+        "stopReason(ItPolicy) stopReason(4) status(Stopped)",
         "stopReason(NotStopped) stopReason(1) status(Running)"},
-    {"xrandr", [] { return std::make_unique<XServerRig>(); },
-        [] { return static_cast<QObject *>(new DisplayInfo(0)); },
-        R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
-        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
-    {"networkmanager", [] { return std::make_unique<NetworkManagerRig>(); },
+    {"led", over<LampRig>, makeLamp, R"(activity("blue"))", R"(activity(""))"},
+    {"vibration", over<MotorRig>, makeMotor, R"(activity("runs"))", R"(activity("rests"))", "", 0},
+};
+
+// The kernel's own, without a service that could stand still or go away.
+const Case Kernel[] = {
+    {"sysfs", over<SysfsLampRig>, makeLamp, R"(activity("blue"))", R"(activity(""))"},
+    {"evdev", over<EvdevMotorRig>, makeMotor, R"(activity("runs"))", R"(activity("rests"))", "", 0},
+};
+
+const Case Services[] = {
+    {"xrandr", over<XServerRig>, makeDisplay, Resized, ResizedBack, "attached(false)"},
+    {"wayland", over<SwayRig>, makeDisplay, Resized, ResizedBack, "attached(false)"},
+    // Connections follow from what applications do.
+    {"networkmanager", over<NetworkManagerRig>,
         [] { return static_cast<QObject *>(new CellularDataInterface("Internet--Home-")); },
         R"(connectionState(Connected) connectionState(2) networkInterfaceName("wwan0"))",
         R"(connectionState(Disconnected) connectionState(0) networkInterfaceName(""))",
-        R"(valid(false) accessPointName(""))"},
+        R"(valid(false) accessPointName(""))", Case::OutlivesTheDaemon},
     {"modemmanager_network", [] { return std::make_unique<ModemRig>("cellular-network"); },
         make<CellularNetworkInfo>, "services(Data|DataUmts) services(16640) roaming(true)",
         "services(Data|DataLte) services(2097408) roaming(false)",
         "services(None) services(0) name(\"\") mobileCountryCode(\"\") mobileNetworkCode(\"\") "
         "signalStrength(0) "
         "displayName(\"\")"},
-    {"wayland", [] { return std::make_unique<SwayRig>(); },
-        [] { return static_cast<QObject *>(new DisplayInfo(0)); },
-        R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))",
-        R"(pixelSize(800x600) pixelSize({"height":600,"width":800}))", "attached(false)"},
-    {"upower", [] { return std::make_unique<UPowerRig>(); }, make<BatteryInfo>,
-        "level(70, Discharging) level(70, 3)", "level(80, Discharging) level(80, 3)",
+    {"modemmanager_radio", [] { return std::make_unique<ModemRig>("radio"); }, make<CellularRadioInfo>,
+        "activeTechnologies(Umts) activeTechnologies(2)", "activeTechnologies(Lte) activeTechnologies(16)",
+        "poweredOn(false) activeTechnologies(None) activeTechnologies(0) networkCount(0) "
+        "enabledTechnologies(None) enabledTechnologies(0)"},
+    // A simulated phone keeps the card that it has.
+    {"modemmanager_simcard", over<TwoSlotRig>, make<SimCardInfo>,
+        R"(mobileNetworkCode("02") serialNumber("8949010000000000002") subscriberIdentifier("001020000000002"))",
+        R"(mobileNetworkCode("01") serialNumber("8949010000000000001") subscriberIdentifier("001010000000001"))",
+        R"(state(NotDetected) state(0) mobileCountryCode("") mobileNetworkCode("") serialNumber("") )"
+        R"(subscriberIdentifier(""))",
+        Case::OutlivesTheDaemon},
+    {"upower", over<UPowerRig>, make<BatteryInfo>, "level(70, Discharging) level(70, 3)",
+        "level(80, Discharging) level(80, 3)",
         "level(-1, Unknown) level(-1, 0) present(false) condition(Unknown) condition(0) "
         "fullChargeCapacity(-1) cycleCount(-1) temperature(nan)"},
-    {"udisks2", [] { return std::make_unique<UDisksRig>(); }, make<SdCardInfo>, "state(Unmounted) state(2)",
-        "state(Mounted) state(1)", "state(Unmounted) state(2)"},
-    {"hardware", [] { return std::make_unique<HardwareRig>(); }, make<HardwareReader>, "keyboard(true)",
-        "keyboard(false)"},
-    {"logind", [] { return std::make_unique<LogindRig>(); }, makeDevice,
-        "activityState(Inactive) activityState(2)", "activityState(Active) activityState(1)",
-        "activityState(Unknown) activityState(0)"},
-    {"iio_sensor_proxy", [] { return std::make_unique<SensorRig>(); }, makeDevice,
-        "orientation(LeftUp) orientation(3)", "orientation(TopUp) orientation(2)", "orientationValid(false)"},
+    {"udisks2", over<UDisksRig>, make<SdCardInfo>, "state(Unmounted) state(2)", "state(Mounted) state(1)",
+        "state(Unmounted) state(2)"},
+    // Nobody changes what a phone is made of.
+    {"hostnamed", over<HardwareRig>, make<HardwareReader>, "keyboard(true)", "keyboard(false)", "",
+        Case::OutlivesTheDaemon},
+    {"logind", over<LogindRig>, makeDevice, "activityState(Inactive) activityState(2)",
+        "activityState(Active) activityState(1)", "activityState(Unknown) activityState(0)"},
+    {"iio_sensor_proxy", over<SensorRig>, makeDevice, "orientation(LeftUp) orientation(3)",
+        "orientation(TopUp) orientation(2)", "orientationValid(false)"},
 };
 
 class SourceSuite : public RigTest, public ::testing::WithParamInterface<Case>
 {
 protected:
-    SourceSuite() : RigTest(GetParam().rig())
+    explicit SourceSuite(std::optional<int> graceTime = {}) : RigTest(GetParam().rig(), graceTime)
     {
         rig->start();
         startDaemon();
@@ -245,6 +449,30 @@ protected:
     std::unique_ptr<SignalLog> heard;
 };
 
+// Of those whose state is not the daemon's own.
+class LastingSuite : public SourceSuite
+{
+};
+
+class RecordingSuite : public SourceSuite
+{
+};
+
+class ServiceSuite : public SourceSuite
+{
+};
+
+class AbsenceSuite : public SourceSuite
+{
+};
+
+// However slow the machine is, a restart takes less time.
+class RestartSuite : public SourceSuite
+{
+protected:
+    RestartSuite() : SourceSuite(10) { }
+};
+
 TEST_P(SourceSuite, EachChangeIsHeardOnceAndThenThereIsSilence)
 {
     changesAreHeard();
@@ -262,7 +490,7 @@ TEST_P(SourceSuite, ADaemonThatIsKilledAndStartedAgainIsNotSeen)
     changesAreHeard();
 }
 
-TEST_P(SourceSuite, AStateThatWasChangedOutlivesTheDaemon)
+TEST_P(LastingSuite, AStateThatWasChangedOutlivesTheDaemon)
 {
     rig->change(true);
     EXPECT_EQ(heard->waitFor(QString(GetParam().there).count(')')), GetParam().there);
@@ -272,12 +500,8 @@ TEST_P(SourceSuite, AStateThatWasChangedOutlivesTheDaemon)
     EXPECT_EQ(heard->settled(), "");
 }
 
-TEST_P(SourceSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
+TEST_P(RecordingSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
 {
-    // Connections follow from what applications do, and nobody changes what a phone is made of.
-    const std::string name = GetParam().name;
-    if (!rig->isProcess() || name == "networkmanager" || name == "hardware")
-        return;
     const QString control = "/pps/system/ozdeviced/control";
     (void)ask(control, {{"msg", "record"}});
     changesAreHeard();
@@ -289,28 +513,15 @@ TEST_P(SourceSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
     startDaemon({"--fresh", "--phone", root.file("/recorded.json")});
     facility.reset(GetParam().make());
     heard = std::make_unique<SignalLog>(facility.get());
-    // Slowly: of what follows at once, applications hear the end.
-    const QVariantMap order{{"file", root.file("/recorded.json")}, {"speed", 0.2}};
-    EXPECT_EQ(ask(control, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
-    QVariantMap played;
-    const QVariantMap end{{"from", std::numeric_limits<qint64>::max()}, {"now", true}};
-    EXPECT_TRUE(waitUntil(
-        [&] {
-            played = ask(control, {{"msg", "scenario"}, {"dat", end}}).value("dat").toMap();
-            return played.value("state") != "playing";
-        },
-        60'000));
-    EXPECT_EQ(played.value("state"), "passed") << played.value("problem").toString().toStdString();
+    playStepByStep(root.file("/recorded.json"));
     // The first steps lead to where the recording began.
     const QString again = heard->settled();
     EXPECT_TRUE(again.endsWith(GetParam().there + QString(' ') + GetParam().back))
         << again.toStdString() << recorded.toStdString();
 }
 
-TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)
+TEST_P(ServiceSuite, AServiceThatStallsHoldsUpNobodyElse)
 {
-    if (!rig->isProcess())
-        return; // the daemon itself
     rig->stall(true);
     for (const char *order : {"miracast stop 5", "wifi-direct enabled off"})
         sim(order);
@@ -320,10 +531,8 @@ TEST_P(SourceSuite, AServiceThatStallsHoldsUpNobodyElse)
     changesAreHeard();
 }
 
-TEST_P(SourceSuite, AServiceThatStaysAwayMakesItUnknownAndIsFollowedWhenItComes)
+TEST_P(AbsenceSuite, AServiceThatStaysAwayMakesItUnknownAndIsFollowedWhenItComes)
 {
-    if (!rig->isProcess())
-        return;
     rig->stop();
     const QString values = valuesOf(*facility);
     EXPECT_EQ(heard->waitFor(QString(GetParam().gone).count(')')), GetParam().gone);
@@ -334,17 +543,51 @@ TEST_P(SourceSuite, AServiceThatStaysAwayMakesItUnknownAndIsFollowedWhenItComes)
     log.take();
 }
 
-TEST_P(SourceSuite, AServiceThatRestartsWithinTheGraceTimeIsNotSeen)
+TEST_P(RestartSuite, AServiceThatRestartsWithinTheGraceTimeIsNotSeen)
 {
-    if (!rig->isProcess())
-        return;
     rig->stop();
     rig->start();
     changesAreHeard();
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Of, SourceSuite, ::testing::ValuesIn(Cases), [](const auto &row) { return std::string(row.param.name); });
+std::string nameOf(const ::testing::TestParamInfo<Case> &row)
+{
+    return row.param.name;
+}
+
+template <std::size_t Size>
+auto those(const Case (&rows)[Size], bool (*belongs)(const Case &row))
+{
+    std::vector<Case> found;
+    std::copy_if(std::begin(rows), std::end(rows), std::back_inserter(found), belongs);
+    return ::testing::ValuesIn(found);
+}
+
+bool lasts(const Case &row)
+{
+    return row.abilities & Case::OutlivesTheDaemon;
+}
+
+bool isRecorded(const Case &row)
+{
+    return row.abilities & Case::CanBeRecorded;
+}
+
+bool isMissed(const Case &row)
+{
+    return *row.gone;
+}
+
+INSTANTIATE_TEST_SUITE_P(Simulated, SourceSuite, ::testing::ValuesIn(Simulated), nameOf);
+INSTANTIATE_TEST_SUITE_P(Kernel, SourceSuite, ::testing::ValuesIn(Kernel), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, SourceSuite, ::testing::ValuesIn(Services), nameOf);
+INSTANTIATE_TEST_SUITE_P(Simulated, LastingSuite, those(Simulated, lasts), nameOf);
+INSTANTIATE_TEST_SUITE_P(Kernel, LastingSuite, those(Kernel, lasts), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, LastingSuite, those(Services, lasts), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, RecordingSuite, those(Services, isRecorded), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, ServiceSuite, ::testing::ValuesIn(Services), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, AbsenceSuite, those(Services, isMissed), nameOf);
+INSTANTIATE_TEST_SUITE_P(Services, RestartSuite, ::testing::ValuesIn(Services), nameOf);
 
 } // namespace
 

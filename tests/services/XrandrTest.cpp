@@ -5,8 +5,6 @@
 #include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 
-#include <QProcess>
-#include <QProcessEnvironment>
 #include <QRegularExpression>
 
 #include <csignal>
@@ -24,63 +22,49 @@ class XrandrTest : public DeviceTest
 {
 protected:
     // Starts an X server and gives what DISPLAY calls it.
-    QString start(
-        QProcess *server, const QString &program, QStringList arguments, const QString &display = {})
+    static QString start(
+        Process *server, const QString &program, const QStringList &arguments, const QString &display = {})
     {
-        arguments << "-displayfd"
-                  << "1"
-                  << "-nolisten"
-                  << "tcp";
-        startOn(display, server, program, arguments);
-        EXPECT_TRUE(waitUntil([&] {
-            server->waitForReadyRead(1);
-            return server->canReadLine() || server->state() == QProcess::NotRunning;
-        })) << program.toStdString();
-        const QByteArray number = server->readLine().trimmed();
-        EXPECT_FALSE(number.isEmpty())
-            << program.toStdString()
-            << " (./oz setup installs it): " << server->readAllStandardError().toStdString();
-        return ':' + number;
+        server->run(program, arguments + QStringList{"-displayfd", "1", "-nolisten", "tcp"}, on(display));
+        return ':' + server->line();
     }
 
     void startDaemon(const QString &display)
     {
-        startOn(
-            display, &daemon, OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--displays", "xrandr"});
-        PpsObject control("/pps/system/ozdeviced/control");
-        ASSERT_TRUE(waitUntil([&] { return control.open(PpsOpenMode::Publish); }));
+        daemon.setProcessEnvironment(on(display));
+        daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--displays", "xrandr"});
+        awaitDaemon(&daemon);
     }
 
-    void xrandr(const QString &display, const QString &arguments)
+    static void xrandr(const QString &display, const QString &arguments)
     {
-        QProcess xrandr;
-        startOn(display, &xrandr, "xrandr", arguments.split(' '));
-        ASSERT_TRUE(xrandr.waitForFinished()) << xrandr.errorString().toStdString();
-        ASSERT_EQ(xrandr.exitCode(), 0) << xrandr.readAllStandardError().toStdString();
+        Process xrandr;
+        xrandr.run("xrandr", arguments.split(' '), on(display));
+        xrandr.awaitEnd();
+        ASSERT_EQ(xrandr.exitCode(), 0) << xrandr.errors().toStdString();
     }
 
     ~XrandrTest() override
     {
-        for (QProcess *process : {&daemon, &inner, &outer}) {
+        // A server that is killed leaves its lock and its socket.
+        for (QProcess *process : std::initializer_list<QProcess *>{&daemon, &inner, &outer}) {
             process->terminate();
-            process->waitForFinished();
+            if (process->state() != QProcess::NotRunning)
+                process->waitForFinished();
         }
     }
 
-    QProcess outer;
-    QProcess inner;
+    Process outer;
+    Process inner;
     QProcess daemon;
 
 private:
-    static void startOn(
-        const QString &display, QProcess *process, const QString &program, const QStringList &arguments)
+    static QProcessEnvironment on(const QString &display)
     {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("DISPLAY", display);
         environment.insert("OZ_GRACE_TIME", "1");
-        process->setProcessEnvironment(environment);
-        process->start(program, arguments);
-        EXPECT_TRUE(process->waitForStarted()) << program.toStdString() << " is not installed (./oz setup)";
+        return environment;
     }
 };
 
