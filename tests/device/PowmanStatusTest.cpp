@@ -48,11 +48,13 @@ TEST_F(PowmanStatusTest, TheLastCompleteStatusLineIsTheValue)
     EXPECT_EQ(manager->takeLine(), "STATUS user_activity");
     EXPECT_EQ(valueAfter("statusactive\n"), "active");
     EXPECT_EQ(length, 6);
+    // Nothing new is no error, nor is an answer owed any more: so often that would take minutes.
     const std::chrono::milliseconds answerTimeout(oz::DeviceAnswerTimeout);
+    constexpr int times = 100;
     const auto begun = std::chrono::steady_clock::now();
-    EXPECT_EQ(value(), "active"); // nothing new is no error
-    EXPECT_LT(std::chrono::steady_clock::now() - begun, answerTimeout / 2)
-        << "nor is an answer owed any more";
+    for (int i = 0; i < times; ++i)
+        EXPECT_EQ(value(), "active");
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, times * answerTimeout / 2);
     EXPECT_EQ(valueAfter("statusa\nother b\nstatus c\n"), " c");
     EXPECT_EQ(valueAfter("statu\n"), " c");
     EXPECT_EQ(valueAfter("statusx\nstatuspart"), "x");

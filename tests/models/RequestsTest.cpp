@@ -9,7 +9,6 @@
 #include <oz/models/DeviceRequest.hpp>
 #include <oz/models/DeviceRequests.hpp>
 
-#include <QElapsedTimer>
 #include <QSignalSpy>
 
 #include <csignal>
@@ -119,19 +118,18 @@ TEST_F(RequestsTest, WhatIsCancelledIsTakenBack)
 TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
 {
     signalDaemon(SIGSTOP);
-    QElapsedTimer watch;
-    watch.start();
     auto own = std::make_unique<DeviceRequests>();
     DeviceRequest profile(own->connectProfile("mms"));
-    DeviceRequest peers(own->scanPeers());
+    const QFuture<RequestResult> scan = own->scanPeers();
+    DeviceRequest peers(scan);
     QSignalSpy finished(&profile, &DeviceRequest::finished);
     settle();
     EXPECT_TRUE(profile.isRunning() && peers.isRunning());
     profile.cancel();
     EXPECT_EQ(finished.count(), 1);
     EXPECT_EQ(profile.reason(), "Cancelled");
-    own.reset(); // waits for no answer
-    EXPECT_LT(watch.elapsed(), 5'000);
+    own.reset();
+    EXPECT_FALSE(scan.isFinished()) << "for no answer is waited";
     signalDaemon(SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return !peers.isRunning(); }));
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");

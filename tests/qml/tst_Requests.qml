@@ -43,14 +43,9 @@ Item {
         when: windowShown
 
         property int frames: 0
-        property real longest: 0
-        property real last: 0
 
         function countFrame() {
-            const now = Date.now();
             ++frames;
-            longest = Math.max(longest, now - last);
-            last = now;
         }
 
         function test_endWithResultAndReason() {
@@ -74,13 +69,10 @@ Item {
             const window = scene.Window.window;
             phone.stall(); // qmllint disable unqualified
             const running = [requests.connectProfile("mms"), requests.scanPeers(), requests.connectSink("02:00:00:00:02:01"), requests.flash(LedColor.Red, 3), requests.vibrate(100)];
-            last = Date.now();
             window.afterAnimating.connect(countFrame);
-            wait(5000);
+            // One that waited for an answer would show its next frame after the request's end.
+            tryVerify(() => frames > 50, 20000, frames);
             window.afterAnimating.disconnect(countFrame);
-            console.info("%1 frames in 5 s, the longest pause %2 ms".arg(frames).arg(longest));
-            verify(frames > 25, frames);
-            verify(longest < 1000, longest);
             verify(running[0].running && running[1].running);
             phone.goOn(); // qmllint disable unqualified
             tryVerify(() => !running[0].running && !running[1].running);

@@ -123,10 +123,10 @@ Item {
                 for (const section of items(window.contentItem, item => item.checkable === true && item.flat === true && !item.checked))
                     section.toggle();
                 // Once it has been laid out.
-                for (let tries = 0; tries < 100 && faults() !== ""; ++tries)
-                    wait(20);
+                tryVerify(() => faults() === "", 20000, page);
                 compare(faults(), "", page);
                 const all = controls();
+                verify(all.length > 0, page);
                 const reached = new Set();
                 for (let i = 0; i < all.length + 5; ++i) {
                     keyClick(Qt.Key_Tab);

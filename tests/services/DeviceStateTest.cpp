@@ -17,7 +17,7 @@ class DeviceStateTest : public ServicesTest
 {
 protected:
     DeviceStateTest()
-        : ServicesTest(R"({"activity": {"idle-seconds": 0.5, "other-statuses": {"charger": "none"}},
+        : ServicesTest(R"({"activity": {"idle-seconds": 300, "other-statuses": {"charger": "none"}},
                            "orientation": {"orientation": "face-up"}})")
     {
     }
@@ -55,6 +55,7 @@ TEST_F(DeviceStateTest, OrdersAndIdleTimeAreSignalled)
     SignalLog heard(&info);
     EXPECT_EQ(info.activityState(), UserActivityState::Active);
     EXPECT_EQ(heard.waitFor(3), "orientation(FaceUp) orientation(0) orientationValid(true)");
+    sim("clock advance 301");
     EXPECT_EQ(heard.waitFor(2), "activityState(Inactive) activityState(2)"); // after a while, by itself
     sim("activity active");
     EXPECT_EQ(heard.waitFor(2), "activityState(Active) activityState(1)");

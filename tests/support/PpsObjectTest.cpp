@@ -26,7 +26,6 @@
 
 using namespace oz;
 using namespace oz::testing;
-using namespace std::chrono_literals;
 
 namespace {
 
@@ -338,19 +337,23 @@ TEST_F(PpsObjectTest, FileModesDecideWhoMayReadAndWrite)
     EXPECT_EQ(root.mode("/pps/private"), 0640u);
     ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
     EXPECT_EQ(root.mode("/pps/private"), 0640u) << "a publish keeps the mode";
-    if (::geteuid() == 0) {
-        const QString file = root.file("/pps/private");
-        ASSERT_EQ(::chown(file.toLocal8Bit().constData(), 1234, 5678), 0);
-        ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 3}}));
-        EXPECT_EQ(QFileInfo(file).ownerId(), 1234u) << "and the owner, whom root would lock out else";
-        EXPECT_EQ(QFileInfo(file).groupId(), 5678u);
-    }
-
     root.setMode("/pps/private", 0);
     root.setMode("/pps/public", 0444);
     EXPECT_EQ(openErrorWithoutRights("/pps/private", PpsOpenMode::Subscribe), EACCES);
     EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Subscribe), 0);
     EXPECT_EQ(openErrorWithoutRights("/pps/public", PpsOpenMode::Publish), EACCES);
+}
+
+TEST_F(PpsObjectTest, APublishKeepsTheOwnerWhomRootWouldLockOutElse)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can give an object away";
+    ASSERT_TRUE(PpsPublisher("/pps/private", 0640).publish({{"a", 1}}));
+    const QString file = root.file("/pps/private");
+    ASSERT_EQ(::chown(file.toLocal8Bit().constData(), 1234, 5678), 0);
+    ASSERT_TRUE(PpsPublisher("/pps/private").publish({{"a", 2}}));
+    EXPECT_EQ(QFileInfo(file).ownerId(), 1234u);
+    EXPECT_EQ(QFileInfo(file).groupId(), 5678u);
 }
 
 TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
@@ -359,15 +362,16 @@ TEST_F(PpsObjectTest, AWaitingReadReturnsWithTheNextChangeAndEndsWithTheObject)
     PpsObject object(Path + "?wait,delta");
     ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
     EXPECT_EQ(object.read(), "@status\na:n:1\n");
-    std::thread other([] {
+    std::thread other([reader = ::gettid()] {
+        awaitBlocked(reader);
         PpsPublisher(Path).publish({{"a", 1}}); // no news
-        std::this_thread::sleep_for(50ms);
+        awaitBlocked(reader);
         PpsPublisher(Path).publish({{"a", 2}});
     });
     EXPECT_EQ(object.read(), "@status\na:n:2\n");
     other.join();
-    std::thread remover([] {
-        std::this_thread::sleep_for(50ms);
+    std::thread remover([reader = ::gettid()] {
+        awaitBlocked(reader);
         PpsPublisher(Path).remove();
     });
     bool ok = true;
@@ -476,9 +480,10 @@ TEST_F(PpsObjectTest, WhatCannotBeWatchedIsReadAndHeardLateAndWatchedAsSoonAsItC
         QEventLoop loop;
         PpsObject object(Path);
         int wakes = 0;
+        QByteArray last;
         QObject::connect(&object, &PpsObject::readyRead, [&] {
             ++wakes;
-            (void)object.read();
+            last = object.read();
         });
         qWarning() << "A sanitizer looks at its first stream through a pipe";
         {
@@ -497,10 +502,13 @@ TEST_F(PpsObjectTest, WhatCannotBeWatchedIsReadAndHeardLateAndWatchedAsSoonAsItC
                 ::_exit(PpsPublisher(Path).publish({{"a", 3}}) ? 0 : 1);
             }
             ASSERT_EQ(::waitpid(child, nullptr, 0), child);
-            EXPECT_FALSE(waitUntil([&] { return wakes > 2; }, 100)) << "it cannot be read";
+            (void)waitUntil([&] { return wakes > 2; }, 100); // it cannot be read
         }
-        EXPECT_TRUE(waitUntil([&] { return wakes == 3; }));
+        EXPECT_TRUE(waitUntil([&] { return wakes >= 3; }));
         EXPECT_EQ(object.error(), 0);
+        ASSERT_TRUE(publisher.publish({{"a", 4}}));
+        EXPECT_TRUE(waitUntil([&] { return last == "@status\na:n:4\n"; }));
+        EXPECT_EQ(wakes, 4) << "and told nobody before it could be";
     }).join();
 }
 

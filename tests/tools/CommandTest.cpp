@@ -566,6 +566,7 @@ TEST_F(CommandTest, PlaysEveryInstalledScenarioToItsEnd)
 {
     const QStringList lines = run({"play", "--list"}).output.split('\n', Qt::SkipEmptyParts);
     EXPECT_EQ(lines.size(), QDir(OZ_SCENARIOS, "*.json").count());
+    EXPECT_FALSE(lines.isEmpty());
     for (const QString &line : lines) {
         const QString name = line.section(' ', 0, 0);
         EXPECT_GT(line.simplified().size(), name.size() + 10) << "it has no description";
