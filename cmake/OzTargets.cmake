@@ -8,7 +8,8 @@ if(CCACHE_PROGRAM)
     add_compile_options($<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
 endif()
 
-set(OZ_INCLUDE_DIR ${PROJECT_BINARY_DIR}/include)
+# Compiles each public header alone: `cmake --build BUILD --target all_verify_interface_header_sets`.
+set(CMAKE_VERIFY_INTERFACE_HEADER_SETS ON)
 
 add_library(oz_settings INTERFACE)
 target_compile_definitions(oz_settings INTERFACE QT_NO_KEYWORDS)
@@ -42,19 +43,14 @@ function(oz_precompiled target)
     target_precompile_headers(${target} REUSE_FROM oz_pch)
 endfunction()
 
-# oz_public_headers(TARGET PREFIX HEADER...): makes each header reachable in the tree under the name it is
-# installed with, <PREFIX/HEADER>. A header that is not named here cannot be included that way.
-function(oz_public_headers target prefix)
-    foreach(header IN LISTS ARGN)
-        get_filename_component(name ${header} NAME)
-        file(MAKE_DIRECTORY ${OZ_INCLUDE_DIR}/${prefix})
-        file(CREATE_LINK ${CMAKE_CURRENT_SOURCE_DIR}/${header} ${OZ_INCLUDE_DIR}/${prefix}/${name} SYMBOLIC)
-        set_property(GLOBAL APPEND PROPERTY OZ_PUBLIC_HEADERS ${prefix}/${name})
-    endforeach()
-    install(FILES ${ARGN} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/${prefix} COMPONENT Development)
+# oz_public_headers(TARGET HEADER...): names public headers of the library, in its folder include/.
+function(oz_public_headers target)
+    list(TRANSFORM ARGN PREPEND include/)
+    target_sources(${target} PUBLIC FILE_SET HEADERS FILES ${ARGN})
 endfunction()
 
-# oz_shared_library(TARGET EXPORT_NAME): a versioned shared library with the project's settings.
+# oz_shared_library(TARGET EXPORT_NAME): a versioned shared library with the project's settings. Its public headers are
+# in the folder include/, from which they are installed.
 function(oz_shared_library target export_name)
     add_library(${target} SHARED)
     add_library(oz::${export_name} ALIAS ${target})
@@ -69,14 +65,14 @@ function(oz_shared_library target export_name)
             -Wl,--version-script=${PROJECT_SOURCE_DIR}/cmake/library.map)
         set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/library.map)
     endif()
-    target_include_directories(${target} PUBLIC
-        $<BUILD_INTERFACE:${OZ_INCLUDE_DIR}>
-        $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+    target_sources(${target} PUBLIC FILE_SET HEADERS BASE_DIRS include)
+    target_include_directories(${target} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
     target_compile_features(${target} PUBLIC cxx_std_20)
     if(NOT OZ_EXPORT)
         set(OZ_EXPORT OzDeviceTargets)
     endif()
     install(TARGETS ${target} EXPORT ${OZ_EXPORT}
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-        NAMELINK_COMPONENT Development)
+        NAMELINK_COMPONENT Development
+        FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT Development)
 endfunction()

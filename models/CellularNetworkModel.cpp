@@ -1,4 +1,4 @@
-#include "CellularNetworkModel.hpp"
+#include <oz/models/CellularNetworkModel.hpp>
 
 #include <oz/device/CellularNetworkInfo.hpp>
 

@@ -1,4 +1,4 @@
-#include "DataProfileModel.hpp"
+#include <oz/models/DataProfileModel.hpp>
 
 #include "TreeNames.hpp"
 

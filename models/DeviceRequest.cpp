@@ -1,4 +1,4 @@
-#include "DeviceRequest.hpp"
+#include <oz/models/DeviceRequest.hpp>
 
 namespace oz::models {
 

@@ -1,4 +1,4 @@
-#include "DeviceRequests.hpp"
+#include <oz/models/DeviceRequests.hpp>
 
 #include "RequestThread.hpp"
 

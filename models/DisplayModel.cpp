@@ -1,4 +1,4 @@
-#include "DisplayModel.hpp"
+#include <oz/models/DisplayModel.hpp>
 
 #include "TreeNames.hpp"
 

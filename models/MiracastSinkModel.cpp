@@ -1,4 +1,4 @@
-#include "MiracastSinkModel.hpp"
+#include <oz/models/MiracastSinkModel.hpp>
 
 #include <algorithm>
 

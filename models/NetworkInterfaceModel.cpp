@@ -1,4 +1,4 @@
-#include "NetworkInterfaceModel.hpp"
+#include <oz/models/NetworkInterfaceModel.hpp>
 
 #include <oz/device/NetworkDataUsage.hpp>
 

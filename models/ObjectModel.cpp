@@ -1,4 +1,4 @@
-#include "ObjectModel.hpp"
+#include <oz/models/ObjectModel.hpp>
 
 #include <QMetaMethod>
 #include <QMetaProperty>

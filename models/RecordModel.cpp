@@ -1,4 +1,4 @@
-#include "RecordModel.hpp"
+#include <oz/models/RecordModel.hpp>
 
 #include <QSet>
 

@@ -1,4 +1,4 @@
-#include "ScriptRequests.hpp"
+#include <oz/models/ScriptRequests.hpp>
 
 namespace oz::models {
 

@@ -1,4 +1,4 @@
-#include "WiFiDirectPeerModel.hpp"
+#include <oz/models/WiFiDirectPeerModel.hpp>
 
 namespace oz::models {
 

@@ -84,7 +84,7 @@ TEST_P(DocsTest, ThePageOfTheFacilityIsTheLibrarys)
     const FacilityEntry &entry = GetParam();
     const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + entry.name + ".md");
     const QString className = QString(entry.type->className()).section("::", -1);
-    const QString declarations = contentOf(QString(OZ_DOCS) + "/../device/" + className + ".hpp");
+    const QString declarations = contentOf(OZ_DOCS "/../device/include/oz/device/" + className + ".hpp");
     const QString unwrapped = QString(page).replace(QRegularExpression("\\s+"), " ").replace("( ", "(");
     EXPECT_TRUE(page.startsWith("# " + className + "\n\n`" + entry.name + '`'));
     for (const QString &path : entry.objects + entry.activity)
