@@ -1,8 +1,8 @@
-#include "ozdevice/Verb.hpp"
+#include "Arguments.hpp"
 
 #include <CLI/CLI.hpp>
 
-namespace oz::tools {
+namespace oz::arguments {
 
 Option Option::required() const
 {
@@ -43,6 +43,12 @@ Option Option::defaultText(const char *text) const
 Option Option::whenGiven(std::function<void()> given) const
 {
     m_option->each([given = std::move(given)](const std::string &) { given(); });
+    return *this;
+}
+
+Option Option::needs(const Option &other) const
+{
+    m_option->needs(other.m_option);
     return *this;
 }
 
@@ -91,7 +97,7 @@ Option Verb::option(const char *name, std::vector<std::string> &value, const cha
     return Option(m_parser->add_option(name, value, help));
 }
 
-Option Verb::option(const char *name, std::optional<quint32> &value, const char *help) const
+Option Verb::option(const char *name, std::optional<std::uint32_t> &value, const char *help) const
 {
     return Option(m_parser->add_option(name, value, help));
 }
@@ -108,13 +114,83 @@ Option Verb::count(const char *name, int &value, const char *help) const
     return Option(m_parser->add_option(name, value, help)->check(problem));
 }
 
-Option Verb::duration(const char *name, Duration &value, const char *help) const
+Option Verb::number(const char *name, int &value, const char *help) const
 {
-    return Option(m_parser->add_option(name, value.seconds, help)
+    return Option(m_parser->add_option(name, value, help)->check(CLI::NonNegativeNumber));
+}
+
+Option Verb::duration(const char *name, double &seconds, const char *help) const
+{
+    return Option(m_parser->add_option(name, seconds, help)
                       ->type_name("TIME")
                       ->transform(CLI::AsNumberWithUnit(
                           std::map<std::string, double>{{"ms", 0.001}, {"s", 1}, {"m", 60}, {"h", 3600}}))
                       ->check(CLI::Range(0.0, 2e6)));
 }
 
-} // namespace oz::tools
+std::string Verb::name() const
+{
+    return m_parser->get_name();
+}
+
+bool Verb::isHidden() const
+{
+    return m_parser->get_group().empty();
+}
+
+std::vector<Verb> Verb::verbs() const
+{
+    std::vector<Verb> verbs;
+    for (CLI::App *below : m_parser->get_subcommands([](CLI::App *) { return true; }))
+        verbs.emplace_back(below);
+    return verbs;
+}
+
+std::vector<std::string> Verb::longOptions() const
+{
+    std::vector<std::string> names;
+    for (const CLI::Option *option : m_parser->get_options()) {
+        for (const std::string &name : option->get_lnames())
+            names.push_back("--" + name);
+    }
+    return names;
+}
+
+bool Verb::takesValue(const std::string &option) const
+{
+    const CLI::Option *known = m_parser->get_option_no_throw(option);
+    return known && known->get_items_expected() > 0;
+}
+
+Parser::Parser(const char *description, const char *name, const char *version)
+    : m_parser(std::make_unique<CLI::App>(description, name))
+{
+    m_parser->set_version_flag("--version", version);
+}
+
+Parser::~Parser() = default;
+
+Verb Parser::program() const
+{
+    return Verb(m_parser.get());
+}
+
+void Parser::addHelpOfAll() const
+{
+    m_parser->set_help_all_flag("--help-all", "The help of all verbs");
+}
+
+bool Parser::parse(int count, char **words) const
+{
+    try {
+        m_parser->parse(count, words);
+        return true;
+    } catch (const CLI::Success &help) {
+        m_parser->exit(help);
+        return false;
+    } catch (const CLI::ParseError &error) {
+        throw WrongWords(error.what());
+    }
+}
+
+} // namespace oz::arguments

@@ -1,9 +1,10 @@
 #pragma once
 
-#include "ozdevice/Durations.hpp"
-
+#include <cstdint>
 #include <functional>
+#include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -12,7 +13,7 @@ class App;
 class Option;
 } // namespace CLI
 
-namespace oz::tools {
+namespace oz::arguments {
 
 /*! An option of a verb, or one of its words; what it is told returns itself. */
 class Option
@@ -33,13 +34,14 @@ public:
     Option defaultText(const char *text) const;
     /*! Calls \a given where it is given. */
     Option whenGiven(std::function<void()> given) const;
+    /*! It is wrong without \a other. */
+    Option needs(const Option &other) const;
 
 private:
     CLI::Option *m_option;
 };
 
-/*! A verb as the parser knows it. Its source alone knows the parser, whose headers take the compiler longer
- * than everything else of a verb. */
+/*! A verb as the parser knows it, or the program, below which the verbs are. */
 class Verb
 {
 public:
@@ -64,16 +66,50 @@ public:
     Option flag(const char *name, bool &value, const char *help) const;
     Option option(const std::string &name, std::string &value, const std::string &help = {}) const;
     Option option(const char *name, std::vector<std::string> &value, const char *help = "") const;
-    Option option(const char *name, std::optional<quint32> &value, const char *help) const;
+    Option option(const char *name, std::optional<std::uint32_t> &value, const char *help) const;
     /*! A whole number above 0. */
     Option count(const char *name, int &value, const char *help) const;
+    /*! A number that is not below 0. */
+    Option number(const char *name, int &value, const char *help) const;
     /*! "500ms", "10s", "1.5m", "2h" or a number of seconds, up to 23 days. */
-    Option duration(const char *name, Duration &value, const char *help) const;
+    Option duration(const char *name, double &seconds, const char *help) const;
 
-    [[nodiscard]] CLI::App *parser() const { return m_parser; }
+    [[nodiscard]] std::string name() const;
+    [[nodiscard]] bool isHidden() const;
+    /*! Those below this one. */
+    [[nodiscard]] std::vector<Verb> verbs() const;
+    /*! With their dashes. */
+    [[nodiscard]] std::vector<std::string> longOptions() const;
+    [[nodiscard]] bool takesValue(const std::string &option) const;
 
 private:
     CLI::App *m_parser;
 };
 
-} // namespace oz::tools
+/*! The words are none that the program knows. */
+class WrongWords : public std::runtime_error
+{
+    using std::runtime_error::runtime_error;
+};
+
+/*! Parses what a program is called with. */
+class Parser
+{
+public:
+    Parser(const char *description, const char *name, const char *version);
+    ~Parser();
+    Parser(const Parser &) = delete;
+    Parser &operator=(const Parser &) = delete;
+
+    [[nodiscard]] Verb program() const;
+    /*! An option that prints the help of all verbs. */
+    void addHelpOfAll() const;
+    /*! Fills in the values of the options; false where the help or the version was asked for, which it has
+     * printed. Throws WrongWords. */
+    [[nodiscard]] bool parse(int count, char **words) const;
+
+private:
+    std::unique_ptr<CLI::App> m_parser;
+};
+
+} // namespace oz::arguments

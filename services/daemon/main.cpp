@@ -1,12 +1,11 @@
 // The services daemon: publishes the device's tree and serves its control objects.
 
+#include "Arguments.hpp"
 #include "daemon/Daemon.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>
-
-#include <CLI/CLI.hpp>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -225,64 +224,70 @@ int serve(const Options &options)
     return status;
 }
 
+void describe(const oz::arguments::Verb &program, Options &options)
+{
+    program.footer(
+        "The tree lies under the device root: OZ_DEVICE_ROOT where set, else / where /pps exists, else\n"
+        "$XDG_RUNTIME_DIR/ozdevice. SIGTERM and SIGINT stop the daemon; published state stays.\n"
+        "SIGHUP reads the configuration and the phone's file anew.\n\n"
+        "Exit status: 0 stopped by a signal, 1 cannot start (the reason is on standard error), 2 wrong use.");
+    program
+        .option("--config", options.config,
+            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... "
+            "for "
+            "/usr; without that file, 'auto' for all)")
+        .valueName("FILE");
+    program.option("--phone", options.phone, "The simulated phone's file, or a scenario that has one")
+        .valueName("FILE");
+    const auto scenario =
+        program.option("--scenario", options.scenario, "Play a scenario on the simulated phone")
+            .valueName("FILE");
+    program
+        .option(
+            "--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
+        .needs(scenario);
+    program
+        .option("--source", options.sources,
+            "Feed a facility by a source, or by 'auto' or 'none', over what the configuration says")
+        .valueName("FACILITY=SOURCE");
+    program.flag("--simulated", options.simulated,
+        "Feed every facility by the simulated phone, whatever the configuration says");
+    program.flag("--fresh", options.fresh, "Begin anew, not where a daemon that died was");
+    program
+        .option("--trusted-group", options.trustedGroup,
+            "Let only members of this group ask for what acts for everybody: sessions, connections, shutting "
+            "down")
+        .valueName("GROUP");
+    program
+        .option("--displays", options.displays,
+            "Feed the displays by a source: simulated, or xrandr for those of the X server that DISPLAY "
+            "names")
+        .valueName("SOURCE");
+    program.flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
+    program.flag("--private", options.isPrivate,
+        "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");
+    program
+        .number("--lifeline", options.lifeline,
+            "Stop when the other end of this socket is closed, and write a line to it when everything is "
+            "served")
+        .valueName("DESCRIPTOR");
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
     Options options;
-    CLI::App parser(
-        "Publishes the device's publish/subscribe tree and serves its control objects.", "ozdeviced");
-    parser.footer(
-        "The tree lies under the device root: OZ_DEVICE_ROOT where set, else / where /pps exists, else\n"
-        "$XDG_RUNTIME_DIR/ozdevice. SIGTERM and SIGINT stop the daemon; published state stays.\n"
-        "SIGHUP reads the configuration and the phone's file anew.\n\n"
-        "Exit status: 0 stopped by a signal, 1 cannot start (the reason is on standard error), 2 wrong use.");
-    parser.set_version_flag("--version", OZ_VERSION);
-    parser
-        .add_option("--config", options.config,
-            "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... "
-            "for "
-            "/usr; without that file, 'auto' for all)")
-        ->type_name("FILE");
-    parser.add_option("--phone", options.phone, "The simulated phone's file, or a scenario that has one")
-        ->type_name("FILE");
-    auto *scenario =
-        parser.add_option("--scenario", options.scenario, "Play a scenario on the simulated phone")
-            ->type_name("FILE");
-    parser
-        .add_option(
-            "--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
-        ->needs(scenario);
-    parser
-        .add_option("--source", options.sources,
-            "Feed a facility by a source, or by 'auto' or 'none', over what the configuration says")
-        ->type_name("FACILITY=SOURCE");
-    parser.add_flag("--simulated", options.simulated,
-        "Feed every facility by the simulated phone, whatever the configuration says");
-    parser.add_flag("--fresh", options.fresh, "Begin anew, not where a daemon that died was");
-    parser
-        .add_option("--trusted-group", options.trustedGroup,
-            "Let only members of this group ask for what acts for everybody: sessions, connections, shutting "
-            "down")
-        ->type_name("GROUP");
-    parser
-        .add_option("--displays", options.displays,
-            "Feed the displays by a source: simulated, or xrandr for those of the X server that DISPLAY "
-            "names")
-        ->type_name("SOURCE");
-    parser.add_flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
-    parser.add_flag("--private", options.isPrivate,
-        "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");
-    parser
-        .add_option("--lifeline", options.lifeline,
-            "Stop when the other end of this socket is closed, and write a line to it when everything is "
-            "served")
-        ->type_name("DESCRIPTOR")
-        ->check(CLI::NonNegativeNumber);
+    const oz::arguments::Parser parser(
+        "Publishes the device's publish/subscribe tree and serves its control objects.", "ozdeviced",
+        OZ_VERSION);
+    describe(parser.program(), options);
     try {
-        parser.parse(argc, argv);
-    } catch (const CLI::ParseError &error) {
-        return parser.exit(error) ? 2 : 0;
+        if (!parser.parse(argc, argv))
+            return 0;
+    } catch (const oz::arguments::WrongWords &error) {
+        std::fprintf(stderr, "%s\nRun with --help for more information.\n", error.what());
+        return 2;
     }
     if (options.listSources) {
         listSources();

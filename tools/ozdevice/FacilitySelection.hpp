@@ -1,13 +1,15 @@
 #pragma once
 
+#include "Arguments.hpp"
 #include "ozdevice/FacilityTable.hpp"
-#include "ozdevice/Verb.hpp"
 
 #include <map>
 #include <string>
 #include <vector>
 
 namespace oz::tools {
+
+using arguments::Verb;
 
 /*! The facilities that the words of a call name, and which of their several. */
 class FacilitySelection

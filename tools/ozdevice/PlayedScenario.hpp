@@ -1,8 +1,8 @@
 #pragma once
 
+#include "Arguments.hpp"
 #include "ozdevice/EventLoop.hpp"
 #include "ozdevice/InstalledScenarios.hpp"
-#include "ozdevice/Verb.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -13,6 +13,8 @@
 #include <optional>
 
 namespace oz::tools {
+
+using arguments::Verb;
 
 /*! How a scenario is to be played, as verbs are told it. */
 struct ScenarioOptions

@@ -1,12 +1,14 @@
 #pragma once
 
+#include "Arguments.hpp"
 #include "ozdevice/Command.hpp"
-#include "ozdevice/Verb.hpp"
 
 #include <memory>
 #include <type_traits>
 
 namespace oz::tools {
+
+using arguments::Verb;
 
 /*! Adds verbs to a parser; each has options of its own, which live as long as the program. */
 template <typename Options>

@@ -4,13 +4,12 @@
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"
 
-#include <CLI/CLI.hpp>
-
 #include <QCoreApplication>
 #include <QFile>
 
 #include <algorithm>
 #include <iostream>
+#include <optional>
 #include <string_view>
 
 using namespace oz::tools;
@@ -39,58 +38,56 @@ void addVerbs(const Verb &parser, Action &action)
 }
 
 // A word where a verb is wanted, which is none: the parser would only say that it did not expect it.
-void checkVerbs(const CLI::App &parser, char **words, char **end)
+void checkVerbs(Verb verb, char **words, char **end)
 {
-    const CLI::App *verb = &parser;
-    for (; words != end && !verb->get_subcommands({}).empty(); ++words) {
+    for (; words != end && !verb.verbs().empty(); ++words) {
         const std::string word = *words;
         if (word.rfind('-', 0) == 0)
             continue;
-        const CLI::App *named = nullptr;
+        std::optional<Verb> named;
         QStringList known;
-        for (const CLI::App *sub : verb->get_subcommands({})) {
-            if (sub->get_name() == word)
-                named = sub;
-            if (!sub->get_group().empty())
-                known.append(QString::fromStdString(sub->get_name()));
+        for (const Verb &below : verb.verbs()) {
+            if (below.name() == word)
+                named = below;
+            if (!below.isHidden())
+                known.append(QString::fromStdString(below.name()));
         }
         if (!named) {
             throw CommandError(WrongUse,
-                unknownText(QString::fromStdString(verb->get_name()) + QLatin1String(" has no verb"),
+                unknownText(QString::fromStdString(verb.name()) + QLatin1String(" has no verb"),
                     QString::fromStdString(word), known));
         }
-        verb = named;
+        verb = *named;
     }
 }
 
 int execute(int argc, char **argv)
 {
-    CLI::App parser(
+    const oz::arguments::Parser parser(
         "Looks at a phone's hardware and radios, changes what can be changed, and simulates a phone.",
-        "ozdevice");
+        "ozdevice", OZ_VERSION);
+    const Verb program = parser.program();
     bool verbose = false;
-    parser.set_version_flag("--version", OZ_VERSION);
-    parser.require_subcommand(1);
-    parser.set_help_all_flag("--help-all", "The help of all verbs");
-    parser.add_flag("-v,--verbose", verbose, "Print the library's own warnings too");
-    parser.footer(
+    program.needsVerb();
+    parser.addHelpOfAll();
+    program.flag("-v,--verbose", verbose, "Print the library's own warnings too");
+    program.footer(
         "The device is the one under OZ_DEVICE_ROOT, else / where /pps exists, else\n"
         "$XDG_RUNTIME_DIR/ozdevice. `ozdevice run -- COMMAND` has one of its own.\n\n"
         "Exit status: 0 done, 1 refused or failed, 2 wrong use, 3 an object is not there or not for you.");
     Action action;
-    addVerbs(Verb(&parser), action);
+    addVerbs(program, action);
     char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
         setWordsAfterDashes({dashes + 1, argv + argc});
-    checkVerbs(parser, argv + 1, dashes);
+    checkVerbs(program, argv + 1, dashes);
     try {
-        parser.parse(int(dashes - argv), argv);
-    } catch (const CLI::Success &help) {
-        parser.exit(help);
-        if (!std::cout.flush())
-            throw CommandError(Failed, QStringLiteral("cannot write to standard output"));
-        return Success;
-    } catch (const CLI::ParseError &error) {
+        if (!parser.parse(int(dashes - argv), argv)) {
+            if (!std::cout.flush())
+                throw CommandError(Failed, QStringLiteral("cannot write to standard output"));
+            return Success;
+        }
+    } catch (const oz::arguments::WrongWords &error) {
         throw CommandError(
             WrongUse, QString::fromUtf8(error.what()) + QLatin1String(" (see ozdevice --help)"));
     }

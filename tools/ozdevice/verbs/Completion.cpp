@@ -13,8 +13,6 @@
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
 
-#include <CLI/CLI.hpp>
-
 #include <QDir>
 #include <QVariantMap>
 
@@ -214,56 +212,45 @@ QStringList ppsCandidates(const QString &verb, const Before &before, const QStri
     return namesAttributes ? attributesOf(before.words.first()) : QStringList();
 }
 
-QStringList optionsOf(const CLI::App &verb)
-{
-    QStringList names;
-    for (const CLI::Option *option : verb.get_options()) {
-        for (const std::string &name : option->get_lnames())
-            names.append(QString::fromStdString("--" + name));
-    }
-    return names;
-}
-
-bool takesValue(const CLI::App &verb, const std::string &option)
-{
-    const CLI::Option *known = verb.get_option_no_throw(option);
-    return known && known->get_items_expected() > 0;
-}
-
 // What can stand at the place of the last of \a words.
-QStringList complete(const CLI::App &parser, const std::vector<std::string> &words)
+QStringList complete(const Verb &program, const std::vector<std::string> &words)
 {
     if (words.empty())
         return {};
     const QString word = QString::fromStdString(words.back());
     // The deepest verb that is there; what follows it are its words.
-    const CLI::App *verb = &parser;
+    Verb verb = program;
+    int depth = 0;
     Before before;
     std::string option; // whose value comes
     for (std::size_t i = 0; i + 1 < words.size(); ++i) {
         const std::string &one = words[i];
         if (!std::exchange(option, {}).empty())
             continue;
-        const auto named = verb->get_subcommands(
-            [&](const CLI::App *sub) { return before.words.isEmpty() && sub->get_name() == one; });
-        if (!named.empty())
-            verb = named.front();
-        else if (one.rfind('-', 0) != 0)
+        const std::vector<Verb> verbs = verb.verbs();
+        const auto named = std::find_if(verbs.cbegin(), verbs.cend(),
+            [&](const Verb &below) { return before.words.isEmpty() && below.name() == one; });
+        if (named != verbs.cend()) {
+            verb = *named;
+            ++depth;
+        } else if (one.rfind('-', 0) != 0) {
             before.words.append(QString::fromStdString(one));
-        else if (takesValue(*verb, one))
+        } else if (verb.takesValue(one)) {
             option = one;
+        }
     }
     before.facility = findFacility(before.words.value(0));
     if (!option.empty())
         return valuesOf(QString::fromStdString(option), before);
     if (word.startsWith(u'-'))
-        return optionsOf(*verb);
+        return toStringList(verb.longOptions());
     QStringList found;
-    for (const CLI::App *sub :
-        verb->get_subcommands([](const CLI::App *app) { return !app->get_group().empty(); }))
-        found.append(QString::fromStdString(sub->get_name()));
-    const QString name = QString::fromStdString(verb->get_name());
-    const bool isOfPps = verb->get_parent() && verb->get_parent() != &parser;
+    for (const Verb &below : verb.verbs()) {
+        if (!below.isHidden())
+            found.append(QString::fromStdString(below.name()));
+    }
+    const QString name = QString::fromStdString(verb.name());
+    const bool isOfPps = depth > 1;
     return found + (isOfPps ? ppsCandidates(name, before, word) : candidates(name, before, word));
 }
 
@@ -290,7 +277,7 @@ void addCompletionVerbs(const Verb &parser, Action &action)
     completer.whenCalled([parser, &action, words](const std::vector<std::string> &) {
         words->insert(words->end(), wordsAfterDashes().begin(), wordsAfterDashes().end());
         action = [parser, words] {
-            for (const QString &candidate : complete(*parser.parser(), *words))
+            for (const QString &candidate : complete(parser, *words))
                 printLine(candidate);
             return int(Success);
         };

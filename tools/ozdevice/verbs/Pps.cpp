@@ -261,7 +261,7 @@ void addPpsVerbs(const Verb &parser, Action &action)
     watcher.option("PATH", watchOptions->path).required();
     watcher.flag("--json", watchOptions->json, "As JSON");
     watcher.count("--count", watchOptions->count, "End after so many messages");
-    watcher.duration("--for", watchOptions->duration, "End after a time (10s, 500ms, 2m)");
+    watcher.duration("--for", watchOptions->duration.seconds, "End after a time (10s, 500ms, 2m)");
 
     const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);
     sender.option("PATH", sendOptions->path).required();

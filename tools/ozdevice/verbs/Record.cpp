@@ -145,7 +145,7 @@ void addRecordVerb(const Verb &parser, Action &action)
         .commaSeparated();
     verb.flag("--keep-identifiers", options->keepsIdentifiers,
         "Write down what identifies the person and the device, instead of masking it");
-    verb.duration("--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb.duration("--for", options->duration.seconds, "End after a time (10s, 500ms, 2m)");
     verb.option("COMMAND", options->words, "Record while this command runs, after --");
     verb.footer("Without a time and a command, Ctrl-C ends the recording.");
 }

@@ -189,10 +189,10 @@ void addWatchVerb(const Verb &parser, Action &action)
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "One JSON object a line");
     verb.flag("--typed", options->typed, "Leave out the second, numeric form of enumeration signals");
-    verb.duration("--every", options->every, "How often to read counters (1s)")
+    verb.duration("--every", options->every.seconds, "How often to read counters (1s)")
         .whenGiven([options = options] { options->hasEvery = true; });
     verb.count("--count", options->count, "End after so many lines");
-    verb.duration("--for", options->duration, "End after a time (10s, 500ms, 2m)");
+    verb.duration("--for", options->duration.seconds, "End after a time (10s, 500ms, 2m)");
     verb.footer(
         "Of several displays, networks and profiles, all that are there now are watched unless one is\n"
         "selected. Counters are watched where they are named.");
