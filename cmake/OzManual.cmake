@@ -30,12 +30,14 @@ endfunction()
 oz_said_by(${OZ_MANUAL_DIR}/command-help ozdevice_command --help-all)
 oz_said_by(${OZ_MANUAL_DIR}/daemon-help ozdeviced --help)
 oz_said_by(${OZ_MANUAL_DIR}/daemon-sources ozdeviced --list-sources)
-oz_said_by(${OZ_MANUAL_DIR}/panel-help ozdevice_panel --help)
 
 oz_manual_page(ozdevice 1 command.md "looks at a phone's hardware and radios, and simulates them"
     OPTIONS ${OZ_MANUAL_DIR}/command-help)
-oz_manual_page(ozdevice-panel 1 panel.md "shows a phone, and tells a simulated one what to do"
-    OPTIONS ${OZ_MANUAL_DIR}/panel-help)
+if(OZ_BUILD_QML)
+    oz_said_by(${OZ_MANUAL_DIR}/panel-help ozdevice_panel --help)
+    oz_manual_page(ozdevice-panel 1 panel.md "shows a phone, and tells a simulated one what to do"
+        OPTIONS ${OZ_MANUAL_DIR}/panel-help)
+endif()
 oz_manual_page(ozdeviced 8 daemon.md "publishes a device's hardware and radios, or a simulated phone's"
     OPTIONS ${OZ_MANUAL_DIR}/daemon-help)
 oz_manual_page(ozdeviced.conf 5 configuration.md "which source feeds which facility"
