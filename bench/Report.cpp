@@ -9,6 +9,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <limits>
 #include <string_view>
 
 namespace oz::bench {
@@ -52,6 +53,8 @@ double deviation(const std::vector<double> &values)
 Ratio ratioOf(const std::string &name, const Samples &over, const Samples &under, double share, double aim)
 {
     const std::size_t size = std::min(over.values.size(), under.values.size());
+    if (size == 0)
+        return {name, std::numeric_limits<double>::quiet_NaN(), aim, 0};
     const std::size_t parts = std::min<std::size_t>(size, 10);
     std::vector<double> ratios;
     for (std::size_t part = 0; part < parts; ++part) {
@@ -68,7 +71,7 @@ Ratio ratioOf(const std::string &name, const Samples &over, const Samples &under
 
 bool print(const std::vector<Ratio> &ratios)
 {
-    bool reached = true;
+    bool reached = !ratios.empty();
     for (const Ratio &ratio : ratios) {
         std::printf("  %-62s %6.2f ± %4.2f", ratio.name.c_str(), ratio.value, ratio.noise);
         if (ratio.aim > 0) {

@@ -33,7 +33,8 @@ struct Ratio
     double aim = 0;
     double noise = 0; //!< how far it strays within the run: the standard deviation from part to part
 
-    [[nodiscard]] bool isMissed() const { return aim > 0 && value - noise > aim; }
+    /*! A ratio that could not be measured misses its aim too. */
+    [[nodiscard]] bool isMissed() const { return aim > 0 && !(value - noise <= aim); }
 };
 
 /*!
@@ -45,7 +46,8 @@ struct Ratio
 /*! The standard deviation. */
 [[nodiscard]] double deviation(const std::vector<double> &values);
 
-/*! Prints the ratios with what their aims came to; whether none is missed by more than the noise. */
+/*! Prints the ratios and how they compare with their aims. True if there are any, and none misses its aim by more than
+ * the noise. */
 [[nodiscard]] bool print(const std::vector<Ratio> &ratios);
 
 /*! Writes the samples' figures and the ratios to \a file. */
