@@ -261,7 +261,8 @@ int main(int argc, char **argv)
     const auto add = [&](const std::string &over, const std::string &under, double aim) {
         // A filter on the command line leaves some out.
         if (argc == 1 || (keeper.times.contains(over) && keeper.times.contains(under)))
-            ratios.push_back(ratioOf(over + " / " + under, keeper.times[over], keeper.times[under], 0.5, aim));
+            ratios.push_back(
+                ratioOf(over + " / " + under, keeper.times[over], keeper.times[under], 0.5, aim));
     };
     for (const Message &message : messages()) {
         const std::string &name = message.facility;

@@ -46,8 +46,8 @@ struct Ratio
 /*! The standard deviation. */
 [[nodiscard]] double deviation(const std::vector<double> &values);
 
-/*! Prints the ratios and how they compare with their aims. True if there are any, and none misses its aim by more than
- * the noise. */
+/*! Prints the ratios and how they compare with their aims. True if there are any, and none misses its aim by
+ * more than the noise. */
 [[nodiscard]] bool print(const std::vector<Ratio> &ratios);
 
 /*! Writes the samples' figures and the ratios to \a file. */
