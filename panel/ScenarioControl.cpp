@@ -87,7 +87,9 @@ void ScenarioControl::setNumber(int number)
 
 void ScenarioControl::follow()
 {
-    const QVariantMap from{{QStringLiteral("from"), m_told.value(QStringLiteral("next"), 0)}};
+    QVariantMap from{{QStringLiteral("from"), m_told.value(QStringLiteral("next"), 0)}};
+    if (const QVariant turns = m_told.value(QStringLiteral("turns")); turns.isValid())
+        from.insert(QStringLiteral("turns"), turns);
     m_log->ask(QStringLiteral("scenario"), from, [this](const QVariantMap &told, const QString &problem) {
         if (problem.isEmpty())
             take(told);

@@ -107,7 +107,8 @@ void ScenarioService::setPaused(bool paused)
                            : QStringLiteral("the scenario is not paused"));
     }
     player.setPaused(paused);
-    answerWaiting(true);
+    ++m_turns;
+    answerWaiting(false);
 }
 
 void ScenarioService::stop(const QString &reason)
@@ -143,7 +144,8 @@ RequestTable ScenarioService::requests()
          })},
         {QStringLiteral("scenario-speed"), {}, answered([this](const QVariantMap &order) {
              playing().setSpeed(speedOf(order.value(SpeedKey)));
-             answerWaiting(true);
+             ++m_turns;
+             answerWaiting(false);
              return QVariant();
          })},
         {QStringLiteral("public-values"), {},
@@ -156,15 +158,18 @@ RequestTable ScenarioService::requests()
             answered([this](const QVariantMap &order) { return recorded(order); })},
         {QStringLiteral("scenario"), {},
             [this](const Request &request, const Answer &answer) {
-                const auto from = request.data.toMap().value(QStringLiteral("from")).toLongLong();
-                const bool isForNow = request.data.toMap().value(QStringLiteral("now")).toBool();
+                const QVariantMap data = request.data.toMap();
+                const auto from = data.value(QStringLiteral("from")).toLongLong();
+                const bool isForNow = data.value(QStringLiteral("now")).toBool();
                 if (!m_player)
                     return answer(Reply::failure(ENOENT, QStringLiteral("no scenario has been played")));
                 if (isForNow)
                     return answer(tellFrom(from));
                 if (m_waiting.empty())
                     m_patience.start(LongestWait);
-                m_waiting.push_back({answer, from});
+                // A follower says what it has heard of, as a pause may come between an answer and its next
+                // request.
+                m_waiting.push_back({answer, from, data.value(QStringLiteral("turns"), m_turns).toInt()});
                 answerWaiting(false);
             }},
     };
@@ -220,7 +225,7 @@ void ScenarioService::answerWaiting(bool all)
 {
     const bool isOver = m_player->state() != ScenarioPlayer::Playing;
     std::erase_if(m_waiting, [&](const Waiting &waiting) {
-        if (!all && !isOver && waiting.from >= m_dropped + m_entries.size())
+        if (!all && !isOver && waiting.from >= m_dropped + m_entries.size() && waiting.turns == m_turns)
             return false;
         waiting.answer(tellFrom(waiting.from));
         return true;
@@ -241,8 +246,9 @@ Reply ScenarioService::tellFrom(qsizetype from) const
     told.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end},
         {QStringLiteral("state"), QLatin1String(wordOf(state))},
         {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
-        {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("step"), step},
-        {QStringLiteral("steps"), steps}, {QStringLiteral("problem"), m_player->problem()}});
+        {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("turns"), m_turns},
+        {QStringLiteral("step"), step}, {QStringLiteral("steps"), steps},
+        {QStringLiteral("problem"), m_player->problem()}});
     return {told, 0, {}};
 }
 

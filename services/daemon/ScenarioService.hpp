@@ -63,6 +63,7 @@ private:
     {
         Answer answer;
         qsizetype from;
+        int turns;
     };
 
     [[nodiscard]] ScenarioPlayer &playing() const; // throws Error where there is none
@@ -81,6 +82,7 @@ private:
     QVariantMap m_told; // of the scenario
     QList<ScenarioEntry> m_entries; // the newest
     qsizetype m_dropped = 0; // that were before those
+    int m_turns = 0; // pauses, their ends, and changes of the speed
     std::vector<Waiting> m_waiting;
     QTimer m_patience; // of those that wait
     bool m_isAnswerPlanned = false;

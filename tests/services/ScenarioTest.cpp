@@ -303,6 +303,9 @@ TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
     EXPECT_EQ(order("pause-scenario").value("errstr").toString(), QString());
     EXPECT_EQ(order("pause-scenario").value("errstr"), "the scenario is paused already");
     EXPECT_EQ(told("paused"), true);
+    const QVariantMap sinceBefore{{"from", told("next")}, {"turns", told("turns").toInt() - 1}};
+    EXPECT_EQ(order("scenario", sinceBefore).value("dat").toMap().value("paused"), true)
+        << "a follower that missed it hears of it at once";
     EXPECT_EQ(told("state"), "playing");
     EXPECT_EQ(told("steps"), 6);
     EXPECT_EQ(told("step"), 2);
