@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -192,7 +193,8 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
     root.place("/phone.json", "{\"data-profile\": {\"profiles\": {\"a\": {\"control-mode\": \"0000\"}}}}");
     {
         const Phone phone({"--phone", root.file("/phone.json")});
-        const QString whose = "(it is for the user root and the group root)\n";
+        const QFileInfo own(root.file(""));
+        const QString whose = "(it is for the user " + own.owner() + " and the group " + own.group() + ")\n";
         const std::tuple<QStringList, int, QString> rows[] = {
             {{"show", "wifi-direct"}, 3,
                 "ozdevice: wifi-direct: /pps/services/wifi_p2p/manager/status: Permission denied " + whose},
@@ -209,6 +211,8 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
                 status)
                 << words.join(' ').toStdString();
         }
+        QFile::setPermissions(
+            root.file("/pps/services/wifi_p2p/manager/status"), QFile::ReadOwner | QFile::WriteOwner);
     }
     {
         const Phone phone({"--source", "battery=none"});
@@ -228,7 +232,9 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
 
 TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
 {
-    auto phone = std::make_unique<Phone>();
+    // Not with the profile whose control is for root alone.
+    root.place("/phone.json", R"({"data-profile": {"profiles": {"internet": {}}}})");
+    auto phone = std::make_unique<Phone>(QStringList{"--phone", root.file("/phone.json")});
     const auto status = [](int expected) {
         const Result result = run({"status", "--json"});
         EXPECT_EQ(result.status, expected) << result.errors.toStdString();
