@@ -234,6 +234,8 @@ TEST_F(MobileDataTest, ARealConnectionComesUpBreaksAndIsRefusedByTheNetwork)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can give NetworkManager a network of its own";
+    if (const QString problem = namespaceProblem({"--mount", "--net"}); !problem.isEmpty())
+        GTEST_SKIP() << "NetworkManager needs a network of its own: " << problem.toStdString();
     rig->start();
     startDaemon({"--source", "data-profile=networkmanager"});
     CellularDataInterface profile("Internet");

@@ -359,8 +359,9 @@ TEST_F(ScenarioTest, TimersThatStartOneAnotherKeepTheirTimesWhenTheClockIsAdvanc
     EXPECT_EQ(clock.now().count(), 1000);
 }
 
-// What applications hear while a phone is told \a orders, one after the other, or plays a scenario.
-QStringList heardFrom(const std::function<void()> &act)
+// What applications hear while a phone is told \a orders, one after the other, or plays a scenario. The act
+// lets them catch up after each.
+QStringList heardFrom(const std::function<void(const std::function<void()> &catchUp)> &act)
 {
     device::BatteryInfo battery;
     device::SdCardInfo card;
@@ -384,7 +385,7 @@ QStringList heardFrom(const std::function<void()> &act)
     }
     settle();
     heard.clear();
-    act();
+    act([&] { settleDisplay(display); });
     settle();
     // Nobody can have these again.
     return heard.filter(QRegularExpression("^(?!sessionId|lastUpdate|.*ime)"));
@@ -408,13 +409,14 @@ TEST_F(ScenarioTest, ARecordingPlaysTheSameToApplicationsWithoutSayingWhoTheyAre
     // At the beginning it is not as another phone is.
     sim("battery level 50");
     (void)ask(Control, {{"msg", "record"}, {"id", 1}, {"dat", QVariantMap()}});
-    QStringList heard = heardFrom([&] {
+    QStringList heard = heardFrom([&](const auto &catchUp) {
         for (const QString &order : orders) {
             sim(order);
             // Each has a time of its own.
             QElapsedTimer since;
             since.start();
             EXPECT_TRUE(waitUntil([&] { return since.elapsed() > 4; }));
+            catchUp();
         }
     });
     EXPECT_GT(heard.size(), 40);
@@ -433,8 +435,8 @@ TEST_F(ScenarioTest, ARecordingPlaysTheSameToApplicationsWithoutSayingWhoTheyAre
     QString end;
     QObject::connect(&daemon->scenarios(), &ScenarioService::finished, &daemon->scenarios(),
         [&](ScenarioPlayer::State, const QString &problem) { end = "ended " + problem; });
-    const QStringList again = heardFrom([&] {
-        playStepByStep(root.file("/recorded.json"));
+    const QStringList again = heardFrom([&](const auto &catchUp) {
+        playStepByStep(root.file("/recorded.json"), catchUp);
         EXPECT_TRUE(waitUntil([&] { return !end.isEmpty(); }));
     });
     EXPECT_EQ(end, "ended ");

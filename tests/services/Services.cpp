@@ -5,6 +5,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <oz/DisplayTree.hpp>
+
 #include <cmath>
 
 namespace oz::testing {
@@ -60,7 +62,22 @@ QByteArray endRecording()
     return "{\"phone\": " + phone + ", \"steps\": [" + steps + "]}";
 }
 
-void playStepByStep(const QString &file)
+void settleDisplay(const device::DisplayInfo &display)
+{
+    settle();
+    EXPECT_TRUE(waitUntil([&] {
+        const auto displays = DisplayTree::fromAttributes(attributesOf(DisplayTree::PpsPath));
+        const auto told = displays.find(display.displayId());
+        if (told == displays.end() || !told->second.attached)
+            return !display.isAttached();
+        const QSize size = told->second.size;
+        return display.isAttached()
+            && display.pixelSize() == (told->second.rotation % 180 == 0 ? size : size.transposed());
+    }));
+    settle();
+}
+
+void playStepByStep(const QString &file, const std::function<void()> &catchUp)
 {
     QFile recorded(file);
     ASSERT_TRUE(recorded.open(QIODevice::ReadOnly));
@@ -69,13 +86,13 @@ void playStepByStep(const QString &file)
     // Its clock all but stands still, and is moved on by hand from the time of a step to that of the next.
     const QVariantMap order{{"file", file}, {"speed", 0.001}};
     EXPECT_EQ(ask(DaemonControl, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
-    settle();
+    catchUp();
     qint64 now = 0; // in milliseconds
     for (const QJsonValue &step : steps) {
         const qint64 pause = std::llround(step["at"].toDouble() * 1000) - now;
         if (pause > 0) {
             sim("clock advance " + QString::number(double(pause) / 1000));
-            settle();
+            catchUp();
             now += pause;
         }
     }

@@ -4,6 +4,7 @@
 #include "harness/Testing.hpp"
 
 #include <oz/PpsObject.hpp>
+#include <oz/device/DisplayInfo.hpp>
 
 namespace oz::testing {
 
@@ -26,10 +27,14 @@ QString simProblem(const QString &line);
 /*! Ends the recording, and gives it as a scenario. */
 QByteArray endRecording();
 
-/*! Plays the steps of a recording one after the other: what follows at once, applications hear only the end
- * of.
+/*!
+ * Plays the steps of a recording one after the other, with \a catchUp after each: of what follows at once,
+ * applications hear the end alone.
  */
-void playStepByStep(const QString &file);
+void playStepByStep(const QString &file, const std::function<void()> &catchUp);
+
+/*! settle(), and until \a display, which a thread of the platform's reads, is as the tree says. */
+void settleDisplay(const device::DisplayInfo &display);
 
 /*!
  * A test with services in a process of their own, so that requests which wait are answered. They log nothing

@@ -513,7 +513,12 @@ TEST_P(RecordingSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
     startDaemon({"--fresh", "--phone", root.file("/recorded.json")});
     facility.reset(GetParam().make());
     heard = std::make_unique<SignalLog>(facility.get());
-    playStepByStep(root.file("/recorded.json"));
+    playStepByStep(root.file("/recorded.json"), [this] {
+        if (const auto *display = qobject_cast<DisplayInfo *>(facility.get()))
+            settleDisplay(*display);
+        else
+            settle();
+    });
     // The first steps lead to where the recording began.
     const QString again = heard->settled();
     EXPECT_TRUE(again.endsWith(GetParam().there + QString(' ') + GetParam().back))
