@@ -18,7 +18,7 @@ namespace {
 
 constexpr uid_t Nobody = 65534;
 
-// Where the programs come from that tests use beside those of every Debian system.
+// The Debian packages of programs that not every system has.
 QString packageOf(const QString &program)
 {
     static const QHash<QString, QString> packages{{"Xephyr", "xserver-xephyr"}, {"Xorg", "xserver-xorg-core"},

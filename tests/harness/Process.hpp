@@ -43,8 +43,7 @@ private:
 /*! Waits until the daemon serves its device root; throws what it said where it ends before. */
 void awaitDaemon(QProcess *daemon);
 
-/*! The words that start \a program as a user without any rights; the program alone where this user is no
- * root. */
+/*! The words that start \a program as a user without any rights, where this user is root. */
 [[nodiscard]] QStringList asNobody(const QStringList &program);
 /*! Makes the file or folder that user's, where this one is root. */
 void giveToNobody(const QString &file);
@@ -62,8 +61,8 @@ private:
     QString m_file;
 };
 
-/*! Why this user may have no namespaces of the kinds that the options of `unshare` name; empty where he may.
- */
+/*! Why the system refuses namespaces of the kinds that these options of `unshare` name; empty where it does
+ * not. */
 [[nodiscard]] QString namespaceProblem(const QStringList &options);
 
 } // namespace oz::testing

@@ -187,7 +187,7 @@ int runInChild(const std::function<bool()> &prepare, const std::function<int()> 
     if (child == 0) {
         try {
             ::_exit(::geteuid() != 0 || prepare() ? body() : 255);
-        } catch (...) { // who is not the test must not go on as the test does
+        } catch (...) { // it must not lead the child back into the test program
             ::_exit(255);
         }
     }

@@ -101,7 +101,7 @@ private:
 /*! Runs the event loop until \a condition holds; false where it does not within the deadline. */
 [[nodiscard]] bool waitUntil(const std::function<bool()> &condition, int milliseconds = 20'000);
 
-/*! Waits until a thread of this process waits for something itself. */
+/*! Waits until another thread of this process sleeps in the kernel. */
 void awaitBlocked(pid_t thread);
 
 /*!

@@ -129,7 +129,7 @@ TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
     EXPECT_EQ(finished.count(), 1);
     EXPECT_EQ(profile.reason(), "Cancelled");
     own.reset();
-    EXPECT_FALSE(scan.isFinished()) << "for no answer is waited";
+    EXPECT_FALSE(scan.isFinished()) << "nobody waits for its answer";
     signalDaemon(SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return !peers.isRunning(); }));
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");

@@ -274,7 +274,7 @@ void UDisksRig::change(bool there)
     awaitMountPoints();
 }
 
-// It looks at a device in a thread of its own, some time after it was told of it.
+// UDisks2 probes a device in a thread of its own, some time after it has heard the event.
 void UDisksRig::awaitMountPoints()
 {
     const QByteArray expected = m_place.isEmpty() ? "(<@aay []>,)" : "(<[b'" + m_place + "']>,)";

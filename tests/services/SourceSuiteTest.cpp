@@ -146,7 +146,7 @@ private:
     QString m_deviceName = deviceName();
 };
 
-// Applications without signals of their own for it see in the tree what the LED or the motor does.
+// What the LED or the motor does, as an application sees it in the tree: no class has signals for it.
 class ActivityReader final : public QObject
 {
     Q_OBJECT
@@ -178,7 +178,7 @@ private:
     QString m_activity;
 };
 
-// A LED that another application has flash.
+// A LED, and an application that makes it flash.
 class LampRig : public Rig
 {
 public:
@@ -203,7 +203,7 @@ private:
     Led m_led{LedColor::Blue};
 };
 
-// One of the kernel's.
+// The same with a LED of the kernel's.
 class SysfsLampRig final : public LampRig
 {
 public:
@@ -235,7 +235,7 @@ private:
                           "A: trigger=none [heartbeat] timer\\n\n"};
 };
 
-// A motor that another application lets run.
+// A motor, and an application that runs it.
 class MotorRig : public Rig
 {
 public:
@@ -248,7 +248,7 @@ public:
     }
 };
 
-// One of the kernel's.
+// The same with an input device of the kernel's.
 class EvdevMotorRig final : public MotorRig
 {
 public:
@@ -378,7 +378,7 @@ const Case Simulated[] = {
     {"vibration", over<MotorRig>, makeMotor, R"(activity("runs"))", R"(activity("rests"))", "", 0},
 };
 
-// The kernel's own, without a service that could stand still or go away.
+// Read from the kernel, without a service that could stall or go away.
 const Case Kernel[] = {
     {"sysfs", over<SysfsLampRig>, makeLamp, R"(activity("blue"))", R"(activity(""))"},
     {"evdev", over<EvdevMotorRig>, makeMotor, R"(activity("runs"))", R"(activity("rests"))", "", 0},
@@ -449,7 +449,7 @@ protected:
     std::unique_ptr<SignalLog> heard;
 };
 
-// Of those whose state is not the daemon's own.
+// Only sources whose state outlives the daemon.
 class LastingSuite : public SourceSuite
 {
 };
@@ -466,7 +466,7 @@ class AbsenceSuite : public SourceSuite
 {
 };
 
-// However slow the machine is, a restart takes less time.
+// With a grace time that a restart does not exceed on a slow machine.
 class RestartSuite : public SourceSuite
 {
 protected:

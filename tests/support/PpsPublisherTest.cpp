@@ -36,7 +36,7 @@ TEST_F(PpsPublisherTest, APublisherThatIsKilledLeavesAWholeObjectAndNoLock)
             for (int i = 1;; ++i)
                 victim.publish({{"first", i}, {"text", QString(i % 5000, u'x')}, {"last", i}});
         }
-        // It has begun, however late.
+        // The child may begin late.
         while (attributesOf(Path).value("first") == before)
             ::sched_yield();
         const timespec instant{0, long(QRandomGenerator::global()->bounded(1'000'000))};
