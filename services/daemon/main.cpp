@@ -243,8 +243,7 @@ void describe(const oz::arguments::Verb &program, Options &options)
         program.option("--scenario", options.scenario, "Play a scenario on the simulated phone")
             .valueName("FILE");
     program
-        .option(
-            "--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
+        .option("--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
         .needs(scenario);
     program
         .option("--source", options.sources,
