@@ -7,6 +7,7 @@
 
 #include <oz/DisplayTree.hpp>
 
+#include <algorithm>
 #include <cmath>
 
 namespace oz::testing {
@@ -86,6 +87,15 @@ void playStepByStep(const QString &file, const std::function<void()> &catchUp)
     // Its clock all but stands still, and is moved on by hand from the time of a step to that of the next.
     const QVariantMap order{{"file", file}, {"speed", 0.001}};
     EXPECT_EQ(ask(DaemonControl, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
+    const auto look = [] {
+        return ask(DaemonControl, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", -1}}}})
+            .value("dat")
+            .toMap();
+    };
+    // It begins after it has answered.
+    const auto first = std::count_if(
+        steps.begin(), steps.end(), [](const QJsonValue &step) { return step["at"].toDouble() == 0; });
+    EXPECT_TRUE(waitUntil([&] { return look().value("step").toInt() >= first; }));
     catchUp();
     qint64 now = 0; // in milliseconds
     for (const QJsonValue &step : steps) {
@@ -99,9 +109,7 @@ void playStepByStep(const QString &file, const std::function<void()> &catchUp)
     QVariantMap played;
     EXPECT_TRUE(waitUntil([&] {
         sim("clock advance 0.01");
-        played = ask(DaemonControl, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", -1}}}})
-                     .value("dat")
-                     .toMap();
+        played = look();
         return played.value("state") != "playing";
     }));
     EXPECT_EQ(played.value("state"), "passed") << played.value("problem").toString().toStdString();
