@@ -11,7 +11,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENT...]
   demo      builds what it shows, starts a simulated phone of its own and shows all of it, live, for half a minute; with
             --real, what this machine has: what feeds each facility, what it says, and what changes for a while
   test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...)
-  build     builds
+  build     builds everything, the tests too
   run       builds and runs the ozdevice command with the arguments
   fresh     runs verbs in a minimal Debian that has nothing else, on a clone of HEAD (as root): by default demo, then
             test; a verb with arguments is one word ('test -R Battery'), --user runs them as a user with sudo
@@ -72,7 +72,7 @@ case $verb in
         say "testing ($preset)"
         exec scripts/test "build/$preset" "$@" ;;
     build)
-        need "${product_packages[@]}"
+        need "${product_packages[@]}" "${test_packages[@]}"
         configure "$preset"
         build "$preset" ;;
     run)
@@ -97,7 +97,7 @@ case $verb in
         exec build/fuzz/bin/pps_text_fuzz build/fuzz/found fuzz/corpus/pps_text \
             -max_total_time="$seconds" -max_len=8192 -print_final_stats=1 -artifact_prefix=build/fuzz/ "$@" ;;
     pictures)
-        need "${product_packages[@]}" "${picture_packages[@]}"
+        need "${product_packages[@]}" "${test_packages[@]}" "${picture_packages[@]}"
         configure dev
         build dev ozdevice_panel ozdevice_command
         panel/pictures build/dev
