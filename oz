@@ -38,7 +38,6 @@ TEXT
     echo "Presets: $(echo $(presets) | sed 's/ /, /g; s/^dev/dev (the default)/')." \
         "Each verb installs the Debian packages it lacks."
 }
-verbs() { usage | sed -n 's/^  \([a-z]*\)  .*/\1/p'; }
 
 verb=${1:-help}
 [ $# -eq 0 ] || shift

@@ -27,7 +27,7 @@ test_packages=(
 # The benchmarks build the rigs of the tests.
 bench_packages=(libbenchmark-dev "${test_packages[@]}")
 fuzz_packages=(clang libclang-rt-dev)
-lint_packages=(clang-format clang-tidy git "${test_packages[@]}" "${bench_packages[@]}")
+lint_packages=(clang-format clang-tidy git "${bench_packages[@]}")
 docs_packages=(doxygen)
 package_packages=(debhelper dpkg-dev lintian "${docs_packages[@]}")
 clean_system_packages=(debootstrap util-linux git)
@@ -75,7 +75,8 @@ base_commit() {
     echo "$base"
 }
 
-# The names of the presets, one a line.
+# The names of the verbs, as the help in `oz` lists them, and of the presets: one a line.
+verbs() { sed -n 's/^  \([a-z]*\)  .*/\1/p' oz; }
 presets() { sed -n 's/.*"name": "\([a-z]*\)", "displayName".*/\1/p' CMakePresets.json; }
 
 # configure PRESET [CMAKE ARGUMENT...]
