@@ -43,6 +43,21 @@ function(oz_precompiled target)
     target_precompile_headers(${target} REUSE_FROM oz_pch)
 endfunction()
 
+# oz_compile_by_folder(TARGET): compiles the target's sources of a folder as one, where OZ_UNITY_BUILD is on. To be called
+# once the target has all of them.
+function(oz_compile_by_folder target)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ${OZ_UNITY_BUILD} UNITY_BUILD_MODE GROUP)
+    get_target_property(sources ${target} SOURCES)
+    list(FILTER sources INCLUDE REGEX "\\.cpp$")
+    foreach(source IN LISTS sources)
+        cmake_path(ABSOLUTE_PATH source)
+        cmake_path(RELATIVE_PATH source BASE_DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR} OUTPUT_VARIABLE place)
+        cmake_path(GET place PARENT_PATH folder)
+        string(MAKE_C_IDENTIFIER "${folder}" group)
+        set_source_files_properties(${source} PROPERTIES UNITY_GROUP "${group}")
+    endforeach()
+endfunction()
+
 # oz_public_headers(TARGET HEADER...): names public headers of the library, in its folder include/.
 function(oz_public_headers target)
     list(TRANSFORM ARGN PREPEND include/)

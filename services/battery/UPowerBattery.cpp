@@ -19,25 +19,25 @@ const QString PowerSupplies = QStringLiteral("/sys/class/power_supply");
 // UPower's numbers.
 enum Type { LinePower = 1, BatteryType = 2 };
 enum State {
-    Charging = 1,
-    Discharging = 2,
-    Empty = 3,
-    FullyCharged = 4,
-    PendingCharge = 5,
-    PendingDischarge = 6
+    IsCharging = 1,
+    IsDischarging = 2,
+    IsEmpty = 3,
+    IsFullyCharged = 4,
+    IsPendingCharge = 5,
+    IsPendingDischarge = 6
 };
 
 std::optional<BatteryState::Charging> chargingOf(uint state)
 {
     switch (state) {
-    case Charging:
+    case IsCharging:
         return BatteryState::Charging::Yes;
-    case FullyCharged:
+    case IsFullyCharged:
         return BatteryState::Charging::Full;
-    case Discharging:
-    case Empty:
-    case PendingCharge:
-    case PendingDischarge:
+    case IsDischarging:
+    case IsEmpty:
+    case IsPendingCharge:
+    case IsPendingDischarge:
         return BatteryState::Charging::No;
     default:
         return std::nullopt;
@@ -108,7 +108,7 @@ QString UPowerBattery::batteryPath() const
 {
     const auto rank = [this](const QString &path) {
         const uint state = of(path, "State").toUInt();
-        return state == Discharging ? 0 : state == Charging ? 1 : of(path, "IsPresent").toBool() ? 2 : 3;
+        return state == IsDischarging ? 0 : state == IsCharging ? 1 : of(path, "IsPresent").toBool() ? 2 : 3;
     };
     QStringList paths;
     for (const QString &path : objects().all().keys()) {

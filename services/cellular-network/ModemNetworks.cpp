@@ -4,17 +4,11 @@
 
 #include <QDBusArgument>
 
-#include <ModemManager.h>
-
 #include <utility>
 
 namespace oz::services {
 
 namespace {
-
-const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
-const QString Modem3gppInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_MODEM3GPP);
-const QString VoiceInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_VOICE);
 
 bool isForeign(uint registrationState)
 {

@@ -1,5 +1,6 @@
 #include "daemon/Observation.hpp"
 
+#include "daemon/LongPoll.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Tree.hpp"
 
@@ -10,7 +11,6 @@ namespace oz::services {
 namespace {
 
 constexpr std::size_t MostAsked = 10'000;
-constexpr qsizetype MostAtOnce = 500; // in an answer
 constexpr int MostShown = 10; // in an error
 constexpr double LongestWait = 3600;
 

@@ -1,11 +1,12 @@
 #include "daemon/PhoneWatch.hpp"
 
+#include "daemon/LongPoll.hpp"
+
 namespace oz::services {
 
 namespace {
 
 constexpr std::chrono::milliseconds Together(50); // looking takes about two, and people see no more
-constexpr std::chrono::seconds LongestWait(20); // clients give up later
 
 } // namespace
 
@@ -22,7 +23,7 @@ RequestKind PhoneWatch::request()
 {
     return {QStringLiteral("phone"), {}, [this](const Request &request, const Answer &answer) {
                 if (m_waiting.empty())
-                    m_patience.start(LongestWait);
+                    m_patience.start(LongestPoll);
                 const QVariant from = request.data.toMap().value(QStringLiteral("from"));
                 m_waiting.push_back({answer, from.isValid() ? from.toLongLong() : -1});
                 // Nobody looks while nobody wants to know.

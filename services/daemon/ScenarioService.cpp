@@ -1,5 +1,6 @@
 #include "daemon/ScenarioService.hpp"
 
+#include "daemon/LongPoll.hpp"
 #include "publishing/Error.hpp"
 
 #include <QFileInfo>
@@ -13,8 +14,6 @@ namespace oz::services {
 namespace {
 
 constexpr qsizetype MostEntries = 100'000; // of a log
-constexpr qsizetype MostAtOnce = 500; // in an answer
-constexpr std::chrono::seconds LongestWait(20); // for something to happen; clients give up later
 constexpr double Fastest = 100'000; // as `ozdevice sim clock speed` takes it
 
 const QString FileKey = QStringLiteral("file");
@@ -166,7 +165,7 @@ RequestTable ScenarioService::requests()
                 if (isForNow)
                     return answer(tellFrom(from));
                 if (m_waiting.empty())
-                    m_patience.start(LongestWait);
+                    m_patience.start(LongestPoll);
                 // A follower says what it has heard of, as a pause may come between an answer and its next
                 // request.
                 m_waiting.push_back({answer, from, data.value(QStringLiteral("turns"), m_turns).toInt()});

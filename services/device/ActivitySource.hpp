@@ -6,6 +6,9 @@
 
 namespace oz::services {
 
+/*! The power manager's status, and the phone's word, for whether somebody uses the device. */
+inline const QString UserActivity = QStringLiteral("user_activity");
+
 struct ActivityState
 {
     std::optional<bool> isUsed; //!< whether somebody uses the device

@@ -5,7 +5,6 @@ namespace oz::services {
 namespace {
 
 constexpr QByteArrayView FollowRequest = "STATUS ";
-const QString UserActivity = QStringLiteral("user_activity");
 
 QByteArray valueLine(const QString &value)
 {

@@ -6,7 +6,6 @@ namespace oz::services {
 
 namespace {
 
-const QString UserActivity = QStringLiteral("user_activity");
 const QString Active = QStringLiteral("active");
 const QString Standby = QStringLiteral("standby");
 const QString Others = QStringLiteral("others");

@@ -7,8 +7,6 @@ namespace oz::services {
 
 namespace {
 
-constexpr int MaxNameSize = 127; // bytes, of what a client of the display service can read
-
 DisplayTree::Display treeDisplayOf(const DisplayState::Display &display)
 {
     return {display.name, display.internal ? ScreenDisplayKind::Internal : ScreenDisplayKind::External,
@@ -56,7 +54,7 @@ void DisplayPublisher::addWireless(Displays *displays)
         return;
     }
     DisplayState::Display wireless;
-    wireless.name = wirelessDisplayName(session->sink.name, MaxNameSize);
+    wireless.name = wirelessDisplayName(session->sink.name, MaxDisplayNameSize);
     for (const auto &[id, display] : *displays) {
         if (display.name == wireless.name)
             return;

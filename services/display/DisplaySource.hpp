@@ -31,6 +31,9 @@ struct DisplayState
     bool operator==(const DisplayState &) const = default;
 };
 
+/*! Of a display's name, in bytes of UTF-8: what a client of the display service can read. */
+constexpr int MaxDisplayNameSize = 127;
+
 /*! The displays of the device, whoever knows them. */
 using DisplaySource = StateSource<DisplayState>;
 

@@ -12,7 +12,6 @@ using Technology = DisplayState::Technology;
 
 constexpr int MaxPixels = 65535;
 constexpr int MaxMillimetres = 100'000;
-constexpr int MaxNameSize = 127; // bytes, of what a client of the display service can read
 
 // In the order of Technology.
 const QStringList &technologies()
@@ -64,7 +63,7 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
                            {QStringLiteral("internal"), QStringLiteral("external")})
         == u"internal";
     display.name = node.text(QStringLiteral("name"), QLatin1String("display-") + QString::number(number));
-    if (display.name.toUtf8().size() > MaxNameSize)
+    if (display.name.toUtf8().size() > MaxDisplayNameSize)
         node.fail(QStringLiteral("a name has at most 127 bytes"), QStringLiteral("name"));
     display.attached = node.boolean(QStringLiteral("attached"), true);
     display.detachable = node.boolean(QStringLiteral("detachable"), !display.internal);
@@ -99,7 +98,7 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 const int number = SimArgument::integer(words[0], 0, 9999);
                 if (m_state.displays.contains(number))
                     throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
-                if (words[1].toUtf8().size() > MaxNameSize)
+                if (words[1].toUtf8().size() > MaxDisplayNameSize)
                     throw Error(QStringLiteral("a name has at most 127 bytes"));
                 const auto millimetres = [&](qsizetype place) {
                     return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
@@ -157,7 +156,7 @@ int SimulatedDisplays::addWireless(const QString &receiver, QSize size)
     while (m_state.displays.contains(id))
         ++id;
     m_state.displays.emplace(id,
-        Display{wirelessDisplayName(receiver, MaxNameSize), false, true, true, size, {0, 0}, 0,
+        Display{wirelessDisplayName(receiver, MaxDisplayNameSize), false, true, true, size, {0, 0}, 0,
             Technology::Unknown});
     tell();
     return id;
@@ -171,7 +170,7 @@ void SimulatedDisplays::remove(int id)
 
 void SimulatedDisplays::removeWireless(const QString &receiver)
 {
-    const QString name = wirelessDisplayName(receiver, MaxNameSize);
+    const QString name = wirelessDisplayName(receiver, MaxDisplayNameSize);
     if (std::erase_if(m_state.displays, [&](const auto &entry) { return entry.second.name == name; }) > 0)
         tell();
 }

@@ -22,9 +22,7 @@ namespace oz::services {
 namespace {
 
 using Display = DisplayState::Display;
-
-constexpr std::chrono::milliseconds FirstPause(250);
-constexpr std::chrono::milliseconds LongestPause(10'000);
+using namespace std::chrono_literals;
 
 int degreesOf(int transform)
 {
@@ -249,7 +247,7 @@ QString WaylandDisplays::sessionServer()
 }
 
 WaylandDisplays::WaylandDisplays(const QString &server)
-    : m_server(server.isEmpty() ? sessionServer() : server), m_retry(FirstPause, LongestPause)
+    : m_server(server.isEmpty() ? sessionServer() : server), m_retry(250ms, 10s)
 {
     m_retry.setTimerType(Qt::CoarseTimer);
     m_retry.callOnTimeout(this, [this] { connectToServer(); });

@@ -23,10 +23,6 @@ namespace {
 
 using Display = DisplayState::Display;
 
-// Between attempts to connect, growing.
-constexpr std::chrono::milliseconds FirstPause(100);
-constexpr std::chrono::milliseconds LongestPause(2000);
-
 template <typename Reply>
 struct FreeReply
 {
@@ -99,6 +95,9 @@ public:
 
     void run()
     {
+        // Between attempts to connect, growing.
+        constexpr std::chrono::milliseconds FirstPause(100);
+        constexpr std::chrono::milliseconds LongestPause(2000);
         std::chrono::milliseconds pause = FirstPause;
         do {
             pause = std::min(pause * 2, LongestPause);

@@ -2,8 +2,6 @@
 
 #include <oz/Limits.hpp>
 
-#include <ModemManager.h>
-
 #include <algorithm>
 #include <chrono>
 
@@ -15,9 +13,6 @@ using namespace std::chrono_literals;
 
 // As long as nothing changes; a modem is "disabled" for up to half a second before it is what it was.
 constexpr auto SettleTime = 700ms;
-
-const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
-const QString CardInterface = QStringLiteral(MM_DBUS_INTERFACE_SIM);
 
 } // namespace
 

@@ -4,7 +4,15 @@
 
 #include <QSet>
 
+#include <ModemManager.h>
+
 namespace oz::services {
+
+/*! The interfaces of ModemManager's objects. */
+inline const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
+inline const QString Modem3gppInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_MODEM3GPP);
+inline const QString VoiceInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_VOICE);
+inline const QString CardInterface = QStringLiteral(MM_DBUS_INTERFACE_SIM);
 
 /*! ModemManager, which several facilities ask: its modems, each with its SIM card. */
 class ModemManager : public QObject

@@ -2,6 +2,7 @@
 
 #include "publishing/Error.hpp"
 #include "publishing/Tree.hpp"
+#include "radio/CellularWords.hpp"
 
 #include <QRegularExpression>
 
@@ -14,7 +15,6 @@ namespace {
 using Read = PublicValue::Read;
 using Words = QList<std::pair<QVariant, QString>>; // what stands in the tree, and the word for it
 
-const QString Radioctrl = QStringLiteral("/pps/services/cellular/radioctrl/");
 const QString Cnice = QStringLiteral("/pps/services/cds/cnice/");
 const QString Display = QStringLiteral("/pps/services/display/displays");
 
@@ -205,19 +205,20 @@ void addCellular(Table *table)
             {QStringLiteral("INVALID_SIM"), QStringLiteral("incompatible")},
             {QStringLiteral("CARD_ERROR"), QStringLiteral("unreadable")}},
         "the SIM card; pin: it waits for it");
-    const QString radio = Radioctrl + QLatin1String("status_public");
+    const QString radio = CellularWords::Radioctrl + QLatin1String("status_public");
     table->add(
         "radio.power", PublicValue::Truth, radio, either("power_status", "ON", "OFF"), "whether it is on");
     table->add("radio.technologies", PublicValue::List, radio, plain("network_technology"),
         "of the networks that serve: gsm, umts, cdma_1x, evdo, lte");
-    table->add("radio.enabled", PublicValue::List, Radioctrl + QLatin1String("status_persistent"),
+    table->add("radio.enabled", PublicValue::List,
+        CellularWords::Radioctrl + QLatin1String("status_persistent"),
         plain("configured_technologies/enabled"), "the technologies that the user allows");
     const QString connections = Cnice + QLatin1String("status");
     table->add("radio.data", PublicValue::Truth, connections, either("data_services_status", "ON", "OFF"),
         "whether mobile data is on");
     table->add("radio.data-roaming", PublicValue::Truth, connections, plain("user_enabled_data_roaming"),
         "whether the user allows it while roaming");
-    const QString network = Radioctrl + QLatin1String("status_cell_public");
+    const QString network = CellularWords::Radioctrl + QLatin1String("status_cell_public");
     table->add("cellular-network.rssi", PublicValue::Number, network, plain("signal_strength/RSSI"),
         "the signal of the network that serves, in dBm");
     table->add(

@@ -15,7 +15,6 @@ namespace oz::services {
 
 namespace {
 
-const QString Radioctrl = QStringLiteral("/pps/services/cellular/radioctrl/");
 const QString Card = QStringLiteral("/pps/services/cellular/uicc/card0/");
 const QString Profiles = QStringLiteral("/pps/services/cds/cnice/status");
 
@@ -346,8 +345,8 @@ void Recorder::recordRadio()
 void Recorder::recordNetwork()
 {
     const QString facility = QStringLiteral("cellular-network");
-    const QVariantMap told = m_tree.told(Radioctrl + QLatin1String("status_cell_public"));
-    QStringList technologies = m_tree.told(Radioctrl + QLatin1String("status_public"))
+    const QVariantMap told = m_tree.told(CellularWords::Radioctrl + QLatin1String("status_cell_public"));
+    QStringList technologies = m_tree.told(CellularWords::Radioctrl + QLatin1String("status_public"))
                                    .value(QStringLiteral("network_technology"))
                                    .toStringList();
     if (technologies.size() > 1)
@@ -370,7 +369,7 @@ void Recorder::recordNetwork()
     insert(QStringLiteral("display-name"),
         m_tree.told(QStringLiteral("/pps/services/rum/csm/status_public"))
             .value(QStringLiteral("network_name")));
-    const QVariantMap cell = m_tree.told(Radioctrl + QLatin1String("status_cell_private"))
+    const QVariantMap cell = m_tree.told(CellularWords::Radioctrl + QLatin1String("status_cell_private"))
                                  .value(QStringLiteral("serving_network"))
                                  .toMap();
     // A modem may tell where it was in a network of another technology, too.

@@ -7,6 +7,9 @@
 /*! How the tree writes technologies and services, and how the phone's file does. */
 namespace oz::services::CellularWords {
 
+/*! The folder of the radio's objects in the tree. */
+inline const QString Radioctrl = QStringLiteral("/pps/services/cellular/radioctrl/");
+
 /*! "gsm", "umts", "cdma_1x", "evdo" and "lte", in the order of Technology; the same in tree and file. */
 [[nodiscard]] QStringList technologies();
 [[nodiscard]] QString wordOf(Technology technology);

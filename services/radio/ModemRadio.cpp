@@ -2,17 +2,11 @@
 
 #include <QDBusArgument>
 
-#include <ModemManager.h>
-
 #include <utility>
 
 namespace oz::services {
 
 namespace {
-
-const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
-const QString Modem3gppInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_MODEM3GPP);
-const QString VoiceInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM_VOICE);
 
 constexpr uint EvdoAccess =
     MM_MODEM_ACCESS_TECHNOLOGY_EVDO0 | MM_MODEM_ACCESS_TECHNOLOGY_EVDOA | MM_MODEM_ACCESS_TECHNOLOGY_EVDOB;
@@ -39,7 +33,7 @@ constexpr struct
 {
     uint access;
     CellularService service;
-} Services[] = {
+} ModemServices[] = {
     {MM_MODEM_ACCESS_TECHNOLOGY_GPRS, CellularService::Gprs},
     {MM_MODEM_ACCESS_TECHNOLOGY_EDGE, CellularService::Edge},
     {MM_MODEM_ACCESS_TECHNOLOGY_UMTS, CellularService::Umts},
@@ -111,7 +105,7 @@ QList<Technology> technologiesIn(uint accessTechnologies)
 CellularServices servicesIn(uint accessTechnologies)
 {
     CellularServices found;
-    for (const auto &entry : Services)
+    for (const auto &entry : ModemServices)
         found.setFlag(entry.service, accessTechnologies & entry.access);
     found.setFlag(CellularService::Data, accessTechnologies & DataAccess);
     return found;

@@ -2,16 +2,11 @@
 
 #include <QDBusArgument>
 
-#include <ModemManager.h>
-
 namespace oz::services {
 
 namespace {
 
 using Card = SimCardState::Card;
-
-const QString ModemInterface = QStringLiteral(MM_DBUS_INTERFACE_MODEM);
-const QString CardInterface = QStringLiteral(MM_DBUS_INTERFACE_SIM);
 
 // A modem that has failed says what is wrong with the card, else the card's lock tells.
 std::optional<Card> cardOf(bool isThere, int state, uint failure, uint lock)

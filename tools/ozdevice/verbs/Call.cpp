@@ -22,7 +22,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct CallOptions
 {
     FacilitySelection facility;
     std::string method;
@@ -133,7 +133,7 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
     return isTaken && warnings.isEmpty() ? completion.wait() : int(Failed);
 }
 
-int call(const Options &options)
+int call(const CallOptions &options)
 {
     const FacilityEntry &entry = options.facility.entry();
     if (options.method.empty()) {
@@ -167,7 +167,7 @@ int call(const Options &options)
 void addCallVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<CallOptions>(parser, action)
             .add("call", "Call a method of a facility and print what it returns", call);
     options->facility.addFacility(verb);
     verb.option("METHOD", options->method, "Which one; without it, they are listed");

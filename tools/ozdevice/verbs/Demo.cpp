@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::chrono::milliseconds LastLook{2000};
 
-struct Options
+struct DemoOptions
 {
     ScenarioOptions scenario;
 };
@@ -61,7 +61,7 @@ private:
 };
 
 // The tour: a scenario on a phone of its own, in the terminal, or as a line for each change elsewhere.
-int demo(const Options &options)
+int demo(const DemoOptions &options)
 {
     ScenarioOptions tour = options.scenario;
     tour.scenario = "tour";
@@ -108,7 +108,7 @@ int demo(const Options &options)
 void addDemoVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<DemoOptions>(parser, action)
             .add("demo", "Take a tour of half a minute: a whole simulated phone, live", demo);
     verb.option("--speed", options->scenario.speed, "Go through it so many times as fast");
 }

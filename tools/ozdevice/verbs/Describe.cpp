@@ -7,13 +7,13 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct DescribeOptions
 {
     FacilitySelection facilities;
     bool json = false;
 };
 
-int describeThem(const Options &options)
+int describeThem(const DescribeOptions &options)
 {
     QJsonObject all;
     bool isFirst = true;
@@ -36,7 +36,7 @@ int describeThem(const Options &options)
 void addDescribeVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<DescribeOptions>(parser, action)
             .add("describe", "Tell what facilities have: properties, methods, signals, enumerators",
                 describeThem);
     options->facilities.addFacilities(verb);

@@ -16,7 +16,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct DoctorOptions
 {
     bool json = false;
 };
@@ -78,7 +78,7 @@ QJsonObject json(const std::vector<SourceState> &sources, const QStringList &pro
         {QStringLiteral("problems"), QJsonArray::fromStringList(problems)}};
 }
 
-int doctor(const Options &options)
+int doctor(const DoctorOptions &options)
 {
     const DaemonState daemon = lookAtDaemon();
     QStringList problems;
@@ -110,7 +110,7 @@ int doctor(const Options &options)
 
 void addDoctorVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] = Verbs<Options>(parser, action)
+    const auto [verb, options] = Verbs<DoctorOptions>(parser, action)
                                      .add("doctor",
                                          "Say what feeds each facility, or why nothing does, and what is "
                                          "wrong with the services and the "

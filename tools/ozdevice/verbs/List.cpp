@@ -6,12 +6,12 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct ListOptions
 {
     bool names = false;
 };
 
-int list(const Options &options)
+int list(const ListOptions &options)
 {
     QList<QStringList> rows;
     for (const FacilityEntry &entry : facilityTable()) {
@@ -32,7 +32,7 @@ int list(const Options &options)
 
 void addListVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] = Verbs<Options>(parser, action).add("list", "List the facilities", list);
+    const auto [verb, options] = Verbs<ListOptions>(parser, action).add("list", "List the facilities", list);
     verb.flag("--names", options->names, "Names only");
 }
 

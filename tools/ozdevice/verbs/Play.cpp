@@ -11,7 +11,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct PlayOptions
 {
     ScenarioOptions scenario;
     bool check = false;
@@ -54,7 +54,7 @@ int listValues()
     return Success;
 }
 
-int play(const Options &options)
+int play(const PlayOptions &options)
 {
     if (options.list)
         return listInstalled();
@@ -100,7 +100,7 @@ int play(const Options &options)
 void addPlayVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<PlayOptions>(parser, action)
             .add("play", "Play a scenario on the simulated phone, and follow it to its end", play);
     verb.option("SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
     options->scenario.addTo(verb);

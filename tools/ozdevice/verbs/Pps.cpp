@@ -25,7 +25,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct PpsOptions
 {
     std::string path = "/pps";
     std::vector<std::string> words;
@@ -38,7 +38,7 @@ struct Options
     int count = 0;
 };
 
-QString pathOf(const Options &options)
+QString pathOf(const PpsOptions &options)
 {
     return ppsPath(QString::fromStdString(options.path));
 }
@@ -59,7 +59,7 @@ CommandError failure(const PpsObject &object)
 }
 
 // The lines of one message, checked, so that a mistake is told with its reason.
-QVariantMap parseLines(const Options &options)
+QVariantMap parseLines(const PpsOptions &options)
 {
     if (options.words.empty())
         throw CommandError(WrongUse, QStringLiteral("an attribute is wanted, for example name::text"));
@@ -75,7 +75,7 @@ QVariantMap parseLines(const Options &options)
     return message.first().toMap();
 }
 
-void print(const QByteArray &message, const Options &options)
+void print(const QByteArray &message, const PpsOptions &options)
 {
     if (!options.json) {
         printLine(QString::fromUtf8(message).chopped(message.endsWith('\n') ? 1 : 0));
@@ -99,7 +99,7 @@ QByteArray readOrThrow(PpsObject &object)
     return message;
 }
 
-int ls(const Options &options)
+int ls(const PpsOptions &options)
 {
     const QString path = pathOf(options);
     const QFileInfo place(devicePath(path));
@@ -118,7 +118,7 @@ int ls(const Options &options)
     return Success;
 }
 
-int get(const Options &options)
+int get(const PpsOptions &options)
 {
     PpsObject object(pathOf(options));
     if (!object.open(PpsOpenMode::Subscribe))
@@ -146,7 +146,7 @@ int get(const Options &options)
     return Success;
 }
 
-int set(const Options &options)
+int set(const PpsOptions &options)
 {
     bool isMode = false;
     const mode_t mode = QString::fromStdString(options.mode).toUInt(&isMode, 8);
@@ -164,7 +164,7 @@ int set(const Options &options)
     return Success;
 }
 
-int rm(const Options &options)
+int rm(const PpsOptions &options)
 {
     PpsPublisher publisher(pathOf(options));
     QStringList names;
@@ -175,7 +175,7 @@ int rm(const Options &options)
     return Success;
 }
 
-int watch(const Options &options)
+int watch(const PpsOptions &options)
 {
     PpsObject object(pathOf(options));
     int seen = 0;
@@ -201,7 +201,7 @@ int watch(const Options &options)
     return loop.run();
 }
 
-int send(const Options &options)
+int send(const PpsOptions &options)
 {
     PpsObject object(pathOf(options));
     const QString plain = object.path().section(u'?', 0, 0);
@@ -234,7 +234,7 @@ void addPpsVerbs(const Verb &parser, Action &action)
         "next\n"
         "message). An attribute is written as in the tree: name::text, name:n:5, name:b:true,\n"
         "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (take it away).");
-    Verbs<Options> verbs(pps, action);
+    Verbs<PpsOptions> verbs(pps, action);
 
     const auto [lister, lsOptions] =
         verbs.add("ls", "List a directory; '/' marks directories, '=' served objects", ls);

@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::chrono::seconds FetchEvery{1};
 
-struct Options
+struct RecordOptions
 {
     std::string file;
     std::vector<std::string> facilities;
@@ -32,7 +32,7 @@ struct Options
 class Recording
 {
 public:
-    void begin(const Options &options)
+    void begin(const RecordOptions &options)
     {
         m_clock.start(); // before the daemon's own, so that no step is later than the end
         (void)askDaemon(QStringLiteral("record"),
@@ -78,7 +78,7 @@ private:
     QStringList m_steps;
 };
 
-int record(const Options &options)
+int record(const RecordOptions &options)
 {
     const QString name = QString::fromStdString(options.file);
     // Found out now, and not when everything has been recorded.
@@ -137,8 +137,8 @@ int record(const Options &options)
 
 void addRecordVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] =
-        Verbs<Options>(parser, action).add("record", "Write what the device does into a scenario", record);
+    const auto [verb, options] = Verbs<RecordOptions>(parser, action)
+                                     .add("record", "Write what the device does into a scenario", record);
     verb.option("FILE", options->file, "The scenario to write").required();
     verb.option("--only", options->facilities, "Only these facilities")
         .valueName("FACILITY")

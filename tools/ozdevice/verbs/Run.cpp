@@ -17,7 +17,7 @@ namespace {
 constexpr int NotStarted = 127; // as shells have it
 constexpr std::chrono::seconds EndDeadline{5};
 
-struct Options
+struct RunOptions
 {
     std::string phone;
     ScenarioOptions scenario;
@@ -26,7 +26,7 @@ struct Options
     std::vector<std::string> words;
 };
 
-int run(const Options &options)
+int run(const RunOptions &options)
 {
     QStringList words = toStringList(options.words);
     if (words.isEmpty())
@@ -123,8 +123,8 @@ int run(const Options &options)
 
 void addRunVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] =
-        Verbs<Options>(parser, action).add("run", "Run a command against a simulated phone of its own", run);
+    const auto [verb, options] = Verbs<RunOptions>(parser, action)
+                                     .add("run", "Run a command against a simulated phone of its own", run);
     verb.option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
     verb.option("--scenario", options->scenario.scenario,
         "Play a scenario meanwhile: a file, or the name of an installed one");

@@ -8,14 +8,14 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct SetOptions
 {
     FacilitySelection facility;
     std::string property;
     std::vector<std::string> words;
 };
 
-int set(const Options &options)
+int set(const SetOptions &options)
 {
     const FacilityEntry &entry = options.facility.entry();
     const QString name = QString::fromStdString(options.property);
@@ -40,7 +40,7 @@ int set(const Options &options)
 void addSetVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action).add("set", "Set a writable property of a facility", set);
+        Verbs<SetOptions>(parser, action).add("set", "Set a writable property of a facility", set);
     options->facility.addFacility(verb);
     verb.option("PROPERTY", options->property).required();
     verb.option("VALUE", options->words);

@@ -17,7 +17,7 @@ namespace {
 
 constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may be undefined
 
-struct Options
+struct ShowOptions
 {
     FacilitySelection facilities;
     bool json = false;
@@ -57,7 +57,7 @@ void print(const FacilityInstance &instance)
     printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Dim, Paint::Value});
 }
 
-int show(const Options &options)
+int show(const ShowOptions &options)
 {
     const auto entries = options.facilities.entries();
     const auto there = withoutUnfed(entries);
@@ -93,8 +93,8 @@ int show(const Options &options)
 
 void addShowVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] =
-        Verbs<Options>(parser, action).add("show", "Show every property of facilities, with its type", show);
+    const auto [verb, options] = Verbs<ShowOptions>(parser, action)
+                                     .add("show", "Show every property of facilities, with its type", show);
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "As JSON, enumerators by name");

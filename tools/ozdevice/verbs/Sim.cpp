@@ -7,7 +7,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct SimOptions
 {
     std::vector<std::string> words;
 };
@@ -65,7 +65,7 @@ void listParts()
     }
 }
 
-int sim(const Options &options)
+int sim(const SimOptions &options)
 {
     QStringList words = toStringList(options.words);
     if (words.isEmpty()) {
@@ -88,7 +88,7 @@ int sim(const Options &options)
 void addSimVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<SimOptions>(parser, action)
             .add("sim", "Change the simulated phone while it runs; without words, list what it can be told",
                 sim);
     verb.option("FACILITY [NAME] VERB [ARGUMENT...]", options->words);

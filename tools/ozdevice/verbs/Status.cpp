@@ -12,7 +12,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct StatusOptions
 {
     bool json = false;
 };
@@ -85,7 +85,7 @@ void print(const DaemonState &daemon)
     printRows(rows);
 }
 
-int status(const Options &options)
+int status(const StatusOptions &options)
 {
     const DaemonState daemon = lookAtDaemon();
     if (options.json)
@@ -103,7 +103,7 @@ int status(const Options &options)
 void addStatusVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<StatusOptions>(parser, action)
             .add("status",
                 "Tell whether the services run, what feeds each facility, and how old each object is",
                 status);

@@ -8,12 +8,12 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct TopOptions
 {
     FacilitySelection facilities;
 };
 
-int top(const Options &options)
+int top(const TopOptions &options)
 {
     const auto entries = options.facilities.entries();
     const auto there = withoutUnfed(entries);
@@ -36,7 +36,7 @@ int top(const Options &options)
 void addTopVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<TopOptions>(parser, action)
             .add("top", "Show the phone in the terminal, live, and drive it by keys", top);
     options->facilities.addFacilities(verb);
     verb.footer(

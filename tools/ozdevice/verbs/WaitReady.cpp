@@ -8,12 +8,12 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct WaitReadyOptions
 {
     Duration timeout{10};
 };
 
-int waitReady(const Options &options)
+int waitReady(const WaitReadyOptions &options)
 {
     if (!waitForDaemon(options.timeout.milliseconds())) {
         throw CommandError(Unavailable,
@@ -28,7 +28,7 @@ int waitReady(const Options &options)
 void addWaitReadyVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<Options>(parser, action)
+        Verbs<WaitReadyOptions>(parser, action)
             .add("wait-ready", "Wait until the services have published everything", waitReady);
     verb.duration("--timeout", options->timeout.seconds, "How long at most (10s)");
 }

@@ -20,7 +20,7 @@ namespace oz::tools {
 
 namespace {
 
-struct Options
+struct WatchOptions
 {
     FacilitySelection facilities;
     bool json = false;
@@ -73,7 +73,7 @@ void printChange(
 class Watch
 {
 public:
-    explicit Watch(const Options &options) : m_options(options), m_remaining(options.count) { }
+    explicit Watch(const WatchOptions &options) : m_options(options), m_remaining(options.count) { }
 
     // Begins to watch one; false, after saying why, where it is not there.
     bool add(const FacilityEntry &entry, const QString &selected)
@@ -138,7 +138,7 @@ private:
         return true;
     }
 
-    const Options &m_options;
+    const WatchOptions &m_options;
     int m_remaining;
     EventLoop m_loop;
     std::vector<std::unique_ptr<FacilityInstance>> m_instances;
@@ -148,7 +148,7 @@ private:
     std::vector<std::unique_ptr<QTimer>> m_timers;
 };
 
-int watch(const Options &options)
+int watch(const WatchOptions &options)
 {
     const auto entries = options.facilities.entries();
     const bool hasCounters =
@@ -183,8 +183,8 @@ int watch(const Options &options)
 
 void addWatchVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] =
-        Verbs<Options>(parser, action).add("watch", "Print each signal of facilities as it comes", watch);
+    const auto [verb, options] = Verbs<WatchOptions>(parser, action)
+                                     .add("watch", "Print each signal of facilities as it comes", watch);
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "One JSON object a line");
