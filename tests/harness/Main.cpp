@@ -4,6 +4,8 @@
 
 int main(int argc, char **argv)
 {
+    // What is logged is compared.
+    qunsetenv("QT_LOGGING_RULES");
     QCoreApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
