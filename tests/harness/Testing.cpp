@@ -17,6 +17,7 @@
 #include <grp.h>
 #include <linux/capability.h>
 #include <linux/securebits.h>
+#include <mutex>
 #include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -43,6 +44,7 @@ void PrintTo(const QVariant &value, std::ostream *out)
 namespace oz::testing {
 
 namespace {
+std::mutex s_mutex; // of what follows, as any thread logs
 LogCapture *s_capture = nullptr;
 }
 
@@ -99,22 +101,34 @@ void DeviceRoot::setMode(const QString &path, uint mode) const
 
 LogCapture::LogCapture() : m_before(qInstallMessageHandler(&LogCapture::handle))
 {
+    const std::lock_guard lock(s_mutex);
     s_capture = this;
 }
 
 LogCapture::~LogCapture()
 {
-    s_capture = nullptr;
+    {
+        const std::lock_guard lock(s_mutex);
+        s_capture = nullptr;
+    }
     qInstallMessageHandler(m_before);
 }
 
 QStringList LogCapture::take()
 {
+    const std::lock_guard lock(s_mutex);
     return std::exchange(m_warnings, {});
+}
+
+QStringList LogCapture::categories() const
+{
+    const std::lock_guard lock(s_mutex);
+    return m_categories;
 }
 
 void LogCapture::handle(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
+    const std::lock_guard lock(s_mutex);
     if (type == QtWarningMsg && s_capture) {
         s_capture->m_warnings.append(text);
         s_capture->m_categories.append(QLatin1String(context.category));

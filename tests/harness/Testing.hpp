@@ -56,7 +56,7 @@ public:
     /*! The warnings since the last call. */
     QStringList take();
     /*! The categories of those warnings, in their order. */
-    [[nodiscard]] const QStringList &categories() const { return m_categories; }
+    [[nodiscard]] QStringList categories() const;
 
 private:
     static void handle(QtMsgType type, const QMessageLogContext &context, const QString &text);

@@ -4,6 +4,7 @@
 
 #include <QMetaObject>
 #include <QObject>
+#include <QProcess>
 #include <QRecursiveMutex>
 
 #include <dlfcn.h>
@@ -45,6 +46,18 @@ void QRecursiveMutex::unlock() noexcept
     static const auto original = next<void (*)(QRecursiveMutex *)>("_ZN15QRecursiveMutex6unlockEv");
     __tsan_release(this);
     original(this);
+}
+
+// Without a modifier, Qt starts the child in this process's memory, and what the child never returns from would
+// leave the thread that started it unwatched.
+void QProcess::start(const QString &program, const QStringList &arguments, OpenMode mode)
+{
+    static const auto original =
+        next<void (*)(QProcess *, const QString &, const QStringList &, OpenMode)>(
+            "_ZN8QProcess5startERK7QStringRK5QListIS0_E6QFlagsIN13QIODeviceBase12OpenModeFlagEE");
+    if (!childProcessModifier())
+        setChildProcessModifier([] { });
+    original(this, program, arguments, mode);
 }
 
 bool QMetaObject::invokeMethodImpl(
