@@ -55,7 +55,7 @@ void registerCodec(const std::string &name, const QVariantMap &attributes)
     const auto add = [&](const char *what, const auto &body) {
         benchmark::RegisterBenchmark(
             (std::string(what) + '/' + name).c_str(), [body](benchmark::State &state) {
-                for (auto _ : state)
+                for ([[maybe_unused]] auto _ : state)
                     body();
             });
     };
@@ -74,7 +74,7 @@ template <typename Facility, typename... Arguments>
 void registerConstruct(const char *name, const Arguments &...arguments)
 {
     benchmark::RegisterBenchmark(name, [arguments...](benchmark::State &state) {
-        for (auto _ : state) {
+        for ([[maybe_unused]] auto _ : state) {
             const Facility facility(arguments...);
             benchmark::DoNotOptimize(&facility);
         }
@@ -93,7 +93,7 @@ void fanOut(benchmark::State &state)
     }
     PpsPublisher publisher(SdCard);
     bool mounted = cards.front()->state() == device::SdCardState::Mounted;
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         heard = 0;
         publisher.publish({{"mounted", mounted = !mounted}, {"busy", false}});
         while (heard < state.range(0))
@@ -111,7 +111,7 @@ void unchangedBattery(benchmark::State &state)
     PpsPublisher publisher(Battery);
     QCoreApplication::processEvents();
     static int round = 0; // never the same again, which would be no news
-    for (auto _ : state) {
+    for ([[maybe_unused]] auto _ : state) {
         publisher.publish({{"round", ++round}});
         const auto published = std::chrono::steady_clock::now();
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
@@ -250,6 +250,7 @@ int main(int argc, char **argv)
     std::vector<std::string> words{argv[0], "--benchmark_repetitions=5", "--benchmark_min_time=0.1"};
     words.insert(words.end(), argv + 1, argv + argc);
     std::vector<char *> arguments;
+    arguments.reserve(words.size());
     for (std::string &word : words)
         arguments.push_back(word.data());
     int count = int(arguments.size());

@@ -51,7 +51,7 @@ void ModemNetworks::look()
     const uint registration = of(Modem3gppInterface, "RegistrationState").toUInt();
     const bool isEmergencyOnly = registration == MM_MODEM_3GPP_REGISTRATION_STATE_EMERGENCY_ONLY;
     if (isRegistered(registration) || isEmergencyOnly) {
-        CellularNetworkState::Network &network = state.primary.emplace();
+        CellularNetworkState::Network &network = state.primary.emplace(CellularNetworkState::Network());
         CellularServices services;
         if (isRegistered(registration)) {
             services = servicesIn(of(ModemInterface, "AccessTechnologies").toUInt());

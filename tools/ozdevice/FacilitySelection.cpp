@@ -46,7 +46,7 @@ std::vector<const FacilityEntry *> FacilitySelection::entries() const
     }
     for (const auto &[selector, value] : m_selected) {
         const bool isTaken = std::any_of(entries.begin(), entries.end(),
-            [&](const FacilityEntry *entry) { return entry->selector == selector; });
+            [&selector = selector](const FacilityEntry *entry) { return entry->selector == selector; });
         if (!value.empty() && !isTaken) {
             QStringList names;
             for (const FacilityEntry *entry : entries)

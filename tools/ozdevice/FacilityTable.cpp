@@ -70,11 +70,12 @@ FacilityEntry deviceState()
 {
     auto entry =
         facility<device::DeviceInfo>("device", "how the device is held, and whether somebody uses it");
-    entry.parts = QStringList{QStringLiteral("activity"), QStringLiteral("orientation")};
+    const QStringList parts{QStringLiteral("activity"), QStringLiteral("orientation")};
+    entry.parts = parts;
     entry.isComplete = [](const QObject *object) {
         return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
     };
-    return std::move(entry).alsoCalled(entry.parts).from({QStringLiteral("/dev/power/mgr")});
+    return std::move(entry).alsoCalled(parts).from({QStringLiteral("/dev/power/mgr")});
 }
 
 QStringList displays()
