@@ -258,6 +258,7 @@ bool survive(int seconds, int clientCount, unsigned seed, const QString &logs)
     if (!waitForServices())
         return false;
     std::vector<std::unique_ptr<Client>> clients;
+    clients.reserve(std::size_t(clientCount));
     for (int i = 0; i < clientCount; ++i)
         clients.push_back(std::make_unique<Client>(program, seed + unsigned(i), logs + QString::number(i)));
     // A power manager that is not there when the application starts is not looked for later.
@@ -307,6 +308,7 @@ bool survive(int seconds, int clientCount, unsigned seed, const QString &logs)
     ::sleep(1);
     const QByteArray expected = reference.tell("report");
     std::vector<QByteArray> reports;
+    reports.reserve(clients.size());
     for (const auto &client : clients)
         reports.push_back(client->tell("report"));
     long mostGrown = 0;
