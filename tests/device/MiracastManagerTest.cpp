@@ -213,7 +213,8 @@ TEST_F(MiracastManagerTest, ACodeOfTheServiceHasItsResultAndEveryRequestItsSigna
     for (const auto &[code, expected, warnings] : codes) {
         miracast.requestConnect("a", "b");
         answer(service.nextToken(), "miracast_session_start", code);
-        EXPECT_TRUE(waitUntil([&] { return result == expected; })) << code.toStdString() << result;
+        EXPECT_TRUE(waitUntil([&, &expected = expected] { return result == expected; }))
+            << code.toStdString() << result;
         EXPECT_EQ(log.take(), warnings);
         result = -1;
     }
