@@ -8,6 +8,7 @@
 #include <QPointer>
 #include <QSet>
 
+#include <array>
 #include <optional>
 #include <thread>
 
@@ -306,9 +307,9 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
         show({elements});
     EXPECT_EQ(heard.settled(), "remainingFlashCount(1) active(false)");
 
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([] {
+    std::array<std::thread, 4> threads;
+    for (std::thread &thread : threads) {
+        thread = std::thread([] {
             for (int j = 0; j < 50; ++j)
                 Led(LedColor::Cyan).flash();
         });

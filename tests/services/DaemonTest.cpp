@@ -113,12 +113,11 @@ TEST_F(DaemonTest, WhatFindsNoRoomIsPublishedOnceThereIsSomeAndNobodySaysThatItI
     // A file system of its own, which is full when the daemon starts.
     if (const QString problem = namespaceProblem({"--map-root-user", "--mount"}); !problem.isEmpty())
         GTEST_SKIP() << "a file system of its own needs user namespaces: " << problem.toStdString();
+    const QString onFullDisk = R"(mount -t tmpfs -o size=1m,mode=755 none "$OZ_DEVICE_ROOT" &&
+        { head -c 2m /dev/zero >"$OZ_DEVICE_ROOT/fill" 2>/dev/null; exec "$@"; })";
     QProcess daemon;
-    daemon.start("unshare",
-        {"-rm", "sh", "-c",
-            "mount -t tmpfs -o size=1m,mode=755 none \"$OZ_DEVICE_ROOT\" && { head -c 2m /dev/zero "
-            ">\"$OZ_DEVICE_ROOT/fill\" 2>/dev/null; exec \"$@\"; }",
-            "sh", OZ_DAEMON, "--config", "/dev/null", "--simulated"});
+    daemon.start(
+        "unshare", {"-rm", "sh", "-c", onFullDisk, "sh", OZ_DAEMON, "--config", "/dev/null", "--simulated"});
     ASSERT_TRUE(daemon.waitForStarted());
     const auto told = [&](const char *text) {
         daemon.setReadChannel(QProcess::StandardError);
