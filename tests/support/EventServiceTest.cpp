@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
@@ -284,9 +285,9 @@ TEST(EventService, ManyRoundsFromManyThreadsReachTheirHandlers)
 {
     constexpr int Rounds = 1000;
     Counter here;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) {
-        threads.emplace_back([&] {
+    std::array<std::thread, 4> threads;
+    for (std::thread &thread : threads) {
+        thread = std::thread([&] {
             Counter own;
             for (int round = 0; round < Rounds; ++round) {
                 EXPECT_EQ(own.send(), 0);
@@ -297,5 +298,5 @@ TEST(EventService, ManyRoundsFromManyThreadsReachTheirHandlers)
     }
     for (std::thread &thread : threads)
         thread.join();
-    EXPECT_TRUE(waitUntil([&] { return here.calls == 4 * Rounds; }));
+    EXPECT_TRUE(waitUntil([&] { return here.calls == int(threads.size()) * Rounds; }));
 }
