@@ -11,6 +11,7 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <array>
 #include <barrier>
 #include <cerrno>
 #include <csignal>
@@ -382,9 +383,9 @@ TEST_F(PpsServerTest, OfManyServicesThatStartAtOnceOneServes)
         std::barrier start(count);
         std::barrier looked(count);
         std::atomic<int> serving = 0;
-        std::vector<std::thread> services;
-        for (int i = 0; i < count; ++i) {
-            services.emplace_back([&] {
+        std::array<std::thread, count> services;
+        for (std::thread &service : services) {
+            service = std::thread([&] {
                 QEventLoop loop;
                 PpsServer server(Path);
                 start.arrive_and_wait();

@@ -224,7 +224,7 @@ TEST(Phone, IsDrivenByATypedCallForEverythingThatItCanBeTold)
 }
 
 // The text of a commented file as a map.
-QVariantMap contentOf(QByteArray text)
+QVariantMap contentOf(const QByteArray &text)
 {
     const QString plain = QString::fromUtf8(text).remove(
         QRegularExpression("(^|\\s)//.*$", QRegularExpression::MultilineOption));
