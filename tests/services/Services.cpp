@@ -98,7 +98,7 @@ void playStepByStep(const QString &file, const std::function<void()> &catchUp)
     EXPECT_TRUE(waitUntil([&] { return look().value("step").toInt() >= first; }));
     catchUp();
     qint64 now = 0; // in milliseconds
-    for (const auto &step : steps) {
+    for (const QJsonValue step : steps) {
         const qint64 pause = std::llround(step["at"].toDouble() * 1000) - now;
         if (pause > 0) {
             sim("clock advance " + QString::number(double(pause) / 1000));
