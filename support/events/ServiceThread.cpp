@@ -3,9 +3,12 @@
 #include "base/UniqueFd.hpp"
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <sys/eventfd.h>
+#include <thread>
+#include <unistd.h>
 
 namespace oz {
 
@@ -47,6 +50,7 @@ int ServiceThread::tryStart()
     m_started = isRunning();
     if (!m_started)
         return EAGAIN;
+    m_process = ::getpid();
     m_running.wait(lock, [this] { return m_context != nullptr; });
     std::atexit([] { instance()->stop(); });
     return 0;
@@ -54,10 +58,16 @@ int ServiceThread::tryStart()
 
 void ServiceThread::stop()
 {
+    // A forked child does not have this thread, but runs the handlers of its end all the same. A program may
+    // also end on this very thread.
+    const pid_t thread = m_thread;
+    if (m_process != ::getpid() || thread == ::gettid())
+        return;
     quit();
-    // The program may end on this very thread.
-    if (QThread::currentThread() != this)
-        wait();
+    wait();
+    // Qt stops waiting a moment before the thread has destroyed its own data.
+    while (::tgkill(m_process, thread, 0) == 0)
+        std::this_thread::sleep_for(std::chrono::microseconds(50));
 }
 
 void ServiceThread::run()
@@ -66,6 +76,7 @@ void ServiceThread::run()
     {
         const std::lock_guard lock(m_mutex);
         m_context = &context;
+        m_thread = ::gettid();
         m_running.notify_all();
     }
     exec();

@@ -4,8 +4,10 @@
 #include <QObject>
 #include <QThread>
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
+#include <sys/types.h>
 #include <utility>
 
 namespace oz {
@@ -44,6 +46,8 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_running;
     QObject *m_context = nullptr; // while the thread runs
+    pid_t m_process = 0; // that it was started in
+    std::atomic<pid_t> m_thread = 0; // as the kernel calls it
 };
 
 } // namespace oz

@@ -13,6 +13,7 @@
 #include <sys/eventfd.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
@@ -254,6 +255,19 @@ TEST(EventService, AnEventLoopThatDoesNotTurnCollectsOneCallOfAHandler)
         EXPECT_EQ(counter.send(), 0);
     EXPECT_TRUE(waitUntil([&] { return counter.calls == 1000; }));
     EXPECT_EQ(posted.delivered(), 1);
+}
+
+TEST(EventService, AForkedChildEndsThoughItDoesNotHaveTheServicesThread)
+{
+    const Counter counter;
+    const pid_t child = ::fork();
+    if (child == 0)
+        std::exit(0);
+    int status = 0;
+    EXPECT_TRUE(waitUntil([&] { return ::waitpid(child, &status, WNOHANG) == child; }));
+    EXPECT_TRUE(WIFEXITED(status));
+    if (::testing::Test::HasFailure())
+        ::kill(child, SIGKILL);
 }
 
 // What a process meets in which nobody used the platform before.
