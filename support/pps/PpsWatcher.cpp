@@ -36,7 +36,12 @@ constexpr ssize_t LargestEvent = sizeof(inotify_event) + NAME_MAX + 1;
 constexpr auto FirstRetryPause = 250ms;
 constexpr auto LongestRetryPause = 8s;
 
-QThreadStorage<std::shared_ptr<PpsWatcher>> s_watchers;
+// Never destroyed: a thread may end after the program's static objects, and deletes its own watcher then.
+QThreadStorage<std::shared_ptr<PpsWatcher>> &watchers()
+{
+    static auto *const s_watchers = new QThreadStorage<std::shared_ptr<PpsWatcher>>;
+    return *s_watchers;
+}
 
 QString reasonOf(int error)
 {
@@ -97,17 +102,17 @@ PpsWatcher::~PpsWatcher() = default;
 
 std::shared_ptr<PpsWatcher> PpsWatcher::forThisThread()
 {
-    if (!s_watchers.hasLocalData())
-        s_watchers.setLocalData(std::shared_ptr<PpsWatcher>(new PpsWatcher));
-    std::shared_ptr<PpsWatcher> watcher = s_watchers.localData();
+    if (!watchers().hasLocalData())
+        watchers().setLocalData(std::shared_ptr<PpsWatcher>(new PpsWatcher));
+    std::shared_ptr<PpsWatcher> watcher = watchers().localData();
     watcher->attachToEventLoop();
     return watcher;
 }
 
 void PpsWatcher::endTurn()
 {
-    if (s_watchers.hasLocalData())
-        s_watchers.localData()->m_turn = 0;
+    if (watchers().hasLocalData())
+        watchers().localData()->m_turn = 0;
 }
 
 void PpsWatcher::attachToEventLoop()
