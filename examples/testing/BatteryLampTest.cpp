@@ -8,7 +8,6 @@
 
 using namespace std::chrono_literals;
 using oz::testing::Phone;
-using oz::testing::PhoneSettings;
 
 namespace {
 

@@ -9,6 +9,7 @@
 
 #include <dlfcn.h>
 #include <sanitizer/tsan_interface.h>
+#include <utility>
 
 namespace {
 
@@ -32,7 +33,7 @@ Function next(const char *mangled)
 } // namespace
 
 // Stand before Qt's own functions of the same name, and call them.
-bool QRecursiveMutex::tryLock(int timeout) noexcept(noexcept(QMutex().lock()))
+bool QRecursiveMutex::tryLock(int timeout) noexcept(noexcept(std::declval<QMutex &>().lock()))
 {
     static const auto original = next<bool (*)(QRecursiveMutex *, int)>("_ZN15QRecursiveMutex7tryLockEi");
     const bool locked = original(this, timeout);
