@@ -46,7 +46,7 @@ namespace oz::testing {
 namespace {
 std::mutex s_mutex; // of what follows, as any thread logs
 LogCapture *s_capture = nullptr;
-}
+} // namespace
 
 // In memory where possible, as on a device.
 DeviceRoot::DeviceRoot()

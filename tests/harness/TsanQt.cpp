@@ -49,15 +49,14 @@ void QRecursiveMutex::unlock() noexcept
     original(this);
 }
 
-// Without a modifier, Qt starts the child in this process's memory, and what the child never returns from would
-// leave the thread that started it unwatched.
+// Without a modifier, Qt starts the child in this process's memory, and what the child never returns from
+// would leave the thread that started it unwatched.
 void QProcess::start(const QString &program, const QStringList &arguments, OpenMode mode)
 {
-    static const auto original =
-        next<void (*)(QProcess *, const QString &, const QStringList &, OpenMode)>(
-            "_ZN8QProcess5startERK7QStringRK5QListIS0_E6QFlagsIN13QIODeviceBase12OpenModeFlagEE");
+    static const auto original = next<void (*)(QProcess *, const QString &, const QStringList &, OpenMode)>(
+        "_ZN8QProcess5startERK7QStringRK5QListIS0_E6QFlagsIN13QIODeviceBase12OpenModeFlagEE");
     if (!childProcessModifier())
-        setChildProcessModifier([] { });
+        setChildProcessModifier([] {});
     original(this, program, arguments, mode);
 }
 
