@@ -2,6 +2,8 @@
 
 #include "base/UniqueFd.hpp"
 
+#include <QDeadlineTimer>
+
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -11,6 +13,10 @@
 #include <unistd.h>
 
 namespace oz {
+
+namespace {
+constexpr std::chrono::seconds LongestEnd(1);
+} // namespace
 
 ServiceThread *ServiceThread::instance()
 {
@@ -66,7 +72,8 @@ void ServiceThread::stop()
     quit();
     wait();
     // Qt stops waiting a moment before the thread has destroyed its own data.
-    while (::tgkill(m_process, thread, 0) == 0)
+    const QDeadlineTimer deadline(LongestEnd);
+    while (::tgkill(m_process, thread, 0) == 0 && !deadline.hasExpired())
         std::this_thread::sleep_for(std::chrono::microseconds(50));
 }
 
