@@ -264,9 +264,9 @@ TEST(EventService, AForkedChildEndsThoughItDoesNotHaveTheServicesThread)
     if (child == 0)
         std::exit(0);
     int status = 0;
-    EXPECT_TRUE(waitUntil([&] { return ::waitpid(child, &status, WNOHANG) == child; }));
-    EXPECT_TRUE(WIFEXITED(status));
-    if (::testing::Test::HasFailure())
+    const bool hasEnded = waitUntil([&] { return ::waitpid(child, &status, WNOHANG) == child; });
+    EXPECT_TRUE(hasEnded && WIFEXITED(status));
+    if (!hasEnded)
         ::kill(child, SIGKILL);
 }
 
