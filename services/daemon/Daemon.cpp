@@ -5,16 +5,14 @@
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsPublisher.hpp>
+#include <oz/TreeFiles.hpp>
 
 #include <QCoreApplication>
-#include <QDir>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 
 #include <array>
 #include <cerrno>
-#include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -37,20 +35,19 @@ class Daemon::RootLock
 public:
     RootLock()
     {
-        const QString tree = devicePath(QStringLiteral("/pps"));
-        if (!QDir().mkpath(tree))
-            throw Error(QLatin1String("cannot make the directory ") + tree);
-        const QByteArray file = QFile::encodeName(tree + QLatin1String("/.ozdeviced.lock"));
-        m_fd = ::open(file.constData(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0600);
-        if (m_fd < 0)
-            throw Error(QFile::decodeName(file) + QLatin1String(": ") + qt_error_string(errno));
+        const QString tree = QStringLiteral("/pps");
+        QString problem;
+        if (const int error = TreeFiles::open(tree + QLatin1String("/.ozdeviced.lock"), &m_fd, &problem)) {
+            throw Error(QLatin1String("cannot serve ") + devicePath(tree) + QLatin1String(": ")
+                + (problem.isEmpty() ? qt_error_string(error) : problem));
+        }
         if (::flock(m_fd, LOCK_EX | LOCK_NB) < 0) {
             char pid[16] = "";
             const ssize_t size = ::read(m_fd, pid, sizeof pid - 1);
             ::close(m_fd);
             throw Error(QLatin1String("another ozdeviced (process ")
                 + QString::fromLatin1(pid, std::max<ssize_t>(size, 0)).trimmed() + QLatin1String(") serves ")
-                + tree);
+                + devicePath(tree));
         }
         // Its number is for the person who starts a second one; a full file system has no room for it.
         const QByteArray pid = QByteArray::number(qlonglong(QCoreApplication::applicationPid())) + '\n';
@@ -283,14 +280,15 @@ private:
 };
 
 Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode> &phone, Start start)
-    : m_lock(std::make_unique<RootLock>()), m_store(devicePath(QStringLiteral("/pps/.ozdeviced"))),
-      m_tree(m_store), m_status(m_tree, StatusPpsPath),
+    : m_lock(std::make_unique<RootLock>()), m_store(QStringLiteral("/pps/.ozdeviced")), m_tree(m_store),
+      m_status(m_tree, StatusPpsPath),
       m_scenarios(m_tree,
           {[this]() -> PhoneClock & { return m_running->phone().clock(); },
               [this](const QStringList &words) { m_running->tellPhone(words.first(), words.mid(1)); },
               [this] { return m_running->makeOrderCheck(); }}),
       m_watch([this] { return lookAtPhone(); }), m_control(m_tree, ControlPpsPath, requests())
 {
+    m_control.setMessageLimit(MaxMessageSize); // scenarios come with requests
     if (start == Start::Fresh)
         m_store.clear();
     m_tree.setTrustedGroup(configuration.trustedGroup);
@@ -387,7 +385,7 @@ void Daemon::removeLeftovers()
         if (!path.startsWith(u"/pps/") || objects.contains(path))
             continue;
         if (!PpsPublisher(path).remove())
-            QFile::remove(devicePath(path)); // the socket of a service that was killed
+            TreeFiles::remove(path); // the socket of a service that was killed
     }
     m_store.save(SavedObjects, {{SavedObjects, objects}});
     m_store.save(SavedSources, m_running->sources());

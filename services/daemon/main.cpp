@@ -22,6 +22,7 @@
 #include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 
@@ -296,6 +297,7 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "ozdeviced: --private needs a device root of its own in OZ_DEVICE_ROOT\n");
         return 2;
     }
+    ::umask(022); // nobody else writes into the tree's folders, and everybody can read them
     // The thread that started it may end before its process does.
     if (options.isPrivate && options.lifeline < 0)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);

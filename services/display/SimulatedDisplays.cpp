@@ -10,6 +10,7 @@ namespace {
 using Display = DisplayState::Display;
 using Technology = DisplayState::Technology;
 
+constexpr int MaxId = 9999;
 constexpr int MaxPixels = 65535;
 constexpr int MaxMillimetres = 100'000;
 
@@ -55,7 +56,7 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
     const QString id = QStringLiteral("id");
     if (!node.contains(id))
         node.fail(QStringLiteral("a display needs an 'id'"));
-    const int number = node.integer(id, 0, 0, 9999);
+    const int number = node.integer(id, 0, 0, MaxId);
     if (m_state.displays.contains(number))
         node.fail(QStringLiteral("another display has this identifier"), id);
     Display display;
@@ -95,7 +96,7 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 QStringLiteral("[MM-WIDTH]"), QStringLiteral("[MM-HEIGHT]")},
             QStringLiteral("adds an external display, attached; one called 'miracast...' is wireless"),
             [this](const QStringList &words) {
-                const int number = SimArgument::integer(words[0], 0, 9999);
+                const int number = SimArgument::integer(words[0], 0, MaxId);
                 if (m_state.displays.contains(number))
                     throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
                 if (words[1].toUtf8().size() > MaxDisplayNameSize)
@@ -221,11 +222,18 @@ void SimulatedDisplays::restore(const QVariantMap &saved)
         const QVariantMap before = entry.toMap();
         const auto number = [&before](const char *name) { return before.value(QLatin1String(name)).toInt(); };
         const auto isSet = [&before](const char *name) { return before.value(QLatin1String(name)).toBool(); };
-        const int technology = std::clamp(number("technology"), 0, int(technologies().size()) - 1);
-        m_state.displays.emplace(number("id"),
-            Display{before.value(QStringLiteral("name")).toString(), isSet("internal"), isSet("attached"),
-                isSet("detachable"), {number("width"), number("height")},
-                {number("mm-width"), number("mm-height")}, number("rotation"), Technology(technology)});
+        const int id = number("id");
+        const QString name = before.value(QStringLiteral("name")).toString();
+        const QSize size(number("width"), number("height"));
+        const QSize physicalSize(number("mm-width"), number("mm-height"));
+        const int technology = number("technology");
+        if (id < 0 || id > MaxId || name.toUtf8().size() > MaxDisplayNameSize || size.isEmpty()
+            || !physicalSize.isValid() || !Rotations.contains(number("rotation")) || technology < 0
+            || technology >= technologies().size())
+            continue;
+        m_state.displays.emplace(id,
+            Display{name, isSet("internal"), isSet("attached"), isSet("detachable"), size, physicalSize,
+                number("rotation"), Technology(technology)});
     }
     tell();
 }

@@ -17,7 +17,7 @@ namespace {
 const QString Directory = QStringLiteral("/pps/services/led/");
 
 constexpr int LongestId = 64; // characters
-constexpr int MostRequests = 100; // of one client
+constexpr int MostRequests = 50; // of one user
 constexpr std::size_t MostTold = 50; // of all clients
 
 struct Color
@@ -69,7 +69,7 @@ QVariantMap attributesOf(const LedRequest &request)
         {QStringLiteral("shown"), request.shown}};
 }
 
-// When a process started, in the kernel's ticks: with its number it is like no other. 0 for one that is gone.
+// When a process started; 0 for one that is gone.
 qulonglong startOf(qint64 process)
 {
     QFile stat(QStringLiteral("/proc/%1/stat").arg(process));
@@ -82,20 +82,9 @@ qulonglong startOf(qint64 process)
 QVariantMap savedOf(const LedRequest &request)
 {
     QVariantMap saved = attributesOf(request);
-    saved.insert(QStringLiteral("started"), startOf(request.process));
+    saved.insert(QStringLiteral("started"), request.started);
+    saved.insert(QStringLiteral("user"), request.user);
     return saved;
-}
-
-// Whether an id and a count make a request, and for whom.
-LedRequest requestOf(const Request &request)
-{
-    LedRequest led;
-    led.client = request.client.id;
-    led.id = request.id.toString();
-    led.process = request.client.pid;
-    if (led.id.isEmpty() || led.id.size() > LongestId)
-        throw Error(QStringLiteral("a request has an 'id' of 1 to 64 characters"));
-    return led;
 }
 
 void setColor(LedRequest *led, const QVariant &name)
@@ -110,7 +99,7 @@ void setColor(LedRequest *led, const QVariant &name)
 LedPublisher::LedPublisher(const QString &facility, LedSource &source, Tree &tree)
     : PublisherOf(facility, source, tree), m_requests(source),
       m_status(tree, Directory + QLatin1String("status")),
-      m_activity(tree, Directory + QLatin1String("activity")),
+      m_activity(tree, Directory + QLatin1String("activity"), 0640),
       m_control(tree, Directory + QLatin1String("control"), requests(), &source)
 {
     declare(m_status);
@@ -190,11 +179,25 @@ void LedPublisher::holdClients()
     }
 }
 
+LedRequest LedPublisher::requestOf(const Request &request) const
+{
+    LedRequest led;
+    led.client = request.client.id;
+    led.id = request.id.toString();
+    led.process = request.client.pid;
+    led.user = request.client.uid;
+    if (const auto process = m_clients.find(led.client); process != m_clients.end())
+        led.started = process->second.started;
+    if (led.id.isEmpty() || led.id.size() > LongestId)
+        throw Error(QStringLiteral("a request has an 'id' of 1 to 64 characters"));
+    return led;
+}
+
 Reply LedPublisher::begin(const Request &request)
 {
     LedRequest led = requestOf(request);
-    if (m_requests.countOf(led.client) >= MostRequests)
-        return Reply::failure(EBUSY, QStringLiteral("this client has 100 requests under way"));
+    if (m_requests.countBeside(led) >= MostRequests)
+        return Reply::failure(EBUSY, QStringLiteral("this user has %1 requests under way").arg(MostRequests));
     const QVariantMap data = request.data.toMap();
     setColor(&led, data.value(QStringLiteral("color")));
     led.count = countIn(data.value(QStringLiteral("blinkCount")));
@@ -214,7 +217,7 @@ Reply LedPublisher::cancel(const Request &request)
 // Its connection stands for what it asked for, also before a restart.
 void LedPublisher::onConnected(const PpsServer::Client &client)
 {
-    m_clients[client.id] = client.pid;
+    m_clients[client.id] = {client.pid, startOf(client.pid)};
 }
 
 void LedPublisher::onGone(const PpsServer::Client &client)
@@ -236,8 +239,9 @@ void LedPublisher::restore()
         led.process = saved.value(QStringLiteral("process")).toLongLong();
         led.count = saved.value(QStringLiteral("count")).toInt();
         led.shown = saved.value(QStringLiteral("shown")).toInt();
-        const qulonglong started = saved.value(QStringLiteral("started")).toULongLong();
-        if (started == 0 || started != startOf(led.process) || led.isDone())
+        led.started = saved.value(QStringLiteral("started")).toULongLong();
+        led.user = saved.value(QStringLiteral("user")).toUInt();
+        if (led.started == 0 || led.started != startOf(led.process) || led.isDone())
             continue;
         try {
             setColor(&led, saved.value(QStringLiteral("color")));
@@ -258,7 +262,7 @@ void LedPublisher::forgetOrphans()
     m_requests.forget([this](const LedRequest &request) {
         return request.client == 0
             && std::none_of(m_clients.begin(), m_clients.end(),
-                [&](const auto &client) { return client.second == request.process; });
+                [&](const auto &client) { return client.second.number == request.process; });
     });
 }
 

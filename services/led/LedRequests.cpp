@@ -1,6 +1,6 @@
 #include "led/LedRequests.hpp"
 
-#include "publishing/Log.hpp"
+#include <QPointer>
 
 #include <algorithm>
 
@@ -49,10 +49,10 @@ void LedRequests::forget(const std::function<bool(const LedRequest &)> &isGone)
     end(isGone, QStringLiteral("client gone"));
 }
 
-int LedRequests::countOf(quint64 client) const
+int LedRequests::countBeside(const LedRequest &request) const
 {
     return int(std::count_if(m_current.begin(), m_current.end(),
-        [client](const LedRequest &request) { return request.client == client; }));
+        [&](const LedRequest &other) { return other.user == request.user && !other.isSameAs(request); }));
 }
 
 bool LedRequests::end(const std::function<bool(const LedRequest &)> &isMeant, const QString &how)
@@ -72,9 +72,9 @@ bool LedRequests::end(const std::function<bool(const LedRequest &)> &isMeant, co
 
 void LedRequests::light(const LedState::Elements &elements)
 {
-    m_source.light(elements, [](const Outcome &outcome) {
-        if (outcome.error)
-            qCWarning(logServices).noquote() << "led:" << outcome.errorText;
+    m_source.light(elements, [self = QPointer(this)](const Outcome &outcome) {
+        if (self)
+            self->m_warn(outcome.error ? QLatin1String("led: ") + outcome.errorText : QString());
     });
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "led/LedSource.hpp"
+#include "publishing/WarnOnce.hpp"
 
 #include <QTimer>
 
+#include <sys/types.h>
 #include <vector>
 
 namespace oz::services {
@@ -16,6 +18,9 @@ struct LedRequest
     quint64 client = 0; //!< the connection that it came on; 0 for one of before a restart
     QString id; //!< as the client chose it, for this connection
     qint64 process = 0;
+    qulonglong started =
+        0; //!< when the process was, in the kernel's ticks: with its number it is like no other
+    uid_t user = 0;
     QString color;
     LedState::Elements elements;
     int count = UntilCancelled;
@@ -52,7 +57,8 @@ public:
     bool cancel(const LedRequest &request);
     /*! Ends all requests that \a isGone picks, whose clients are gone. */
     void forget(const std::function<bool(const LedRequest &)> &isGone);
-    [[nodiscard]] int countOf(quint64 client) const;
+    /*! How many requests of the same user are not done, beside one that \a request would replace. */
+    [[nodiscard]] int countBeside(const LedRequest &request) const;
 
     /*! The requests that are not done, the newest last. */
     [[nodiscard]] const std::vector<LedRequest> &current() const { return m_current; }
@@ -74,6 +80,7 @@ private:
     [[nodiscard]] LedState times() const;
 
     LedSource &m_source;
+    WarnOnce m_warn;
     std::vector<LedRequest> m_current;
     std::optional<std::pair<LedRequest, QString>> m_last;
     quint64 m_flashes = 0;

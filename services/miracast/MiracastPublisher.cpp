@@ -1,7 +1,5 @@
 #include "miracast/MiracastPublisher.hpp"
 
-#include "publishing/Log.hpp"
-
 #include <oz/PpsText.hpp>
 
 #include <QPointer>
@@ -17,7 +15,8 @@ using Stop = MiracastState::Stop;
 
 const QString MiracastPpsDir = QStringLiteral("/pps/services/miracast/");
 constexpr int MaxTextSize = 256; // of what a request is called by
-constexpr int MaxOpenRequests = 10; // of one process: a flood of one does not keep the others waiting
+constexpr int MaxOpenOfProcess = 10; // a flood of one process does not keep the user's others waiting
+constexpr int MaxOpenOfUser = 50;
 
 // In the order of the enumerations.
 constexpr const char *ConnectionTexts[] = {"DISCONNECTED", "CONNECTING", "CONNECTED"};
@@ -155,7 +154,7 @@ private:
                 QStringLiteral("expected a 'msg' and an 'id' of at most 256 characters each"));
         }
         // One that never reads these is cut off in the end.
-        if (!m_publisher.admit(client.pid))
+        if (!m_publisher.admit(client))
             return refuse(client, EBUSY, QStringLiteral("this process has too many requests under way"));
         m_publisher.onRequest(request, !malformed.isEmpty());
     }
@@ -260,22 +259,24 @@ RequestTable MiracastPublisher::requests()
     };
 }
 
-bool MiracastPublisher::admit(pid_t process)
+bool MiracastPublisher::admit(const PpsServer::Client &client)
 {
-    Process &asking = m_processes[process];
-    if (asking.openRequests < MaxOpenRequests)
-        return ++asking.openRequests;
-    if (!std::exchange(asking.wasTold, true)) {
-        qCWarning(logServices) << "miracast: requests of process" << process
-                               << "are refused: it has too many open ones";
+    if (m_openOfProcess.value(client.pid) < MaxOpenOfProcess
+        && m_openOfUser.value(client.uid) < MaxOpenOfUser) {
+        ++m_openOfProcess[client.pid];
+        ++m_openOfUser[client.uid];
+        return true;
     }
+    PpsServer::warnAbout(client, QStringLiteral("has too many miracast requests under way"));
     return false;
 }
 
-void MiracastPublisher::dismiss(pid_t process)
+void MiracastPublisher::dismiss(const PpsServer::Client &client)
 {
-    if (--m_processes[process].openRequests == 0)
-        m_processes.remove(process);
+    if (--m_openOfProcess[client.pid] == 0)
+        m_openOfProcess.remove(client.pid);
+    if (--m_openOfUser[client.uid] == 0)
+        m_openOfUser.remove(client.uid);
 }
 
 void MiracastPublisher::onRequest(const Request &request, bool isMalformed)
@@ -290,7 +291,7 @@ void MiracastPublisher::onRequest(const Request &request, bool isMalformed)
         QTimer::singleShot(fault->number, this, [this, request] { handle(request); });
         break;
     case Fault::NeverAnswer:
-        dismiss(request.client.pid);
+        dismiss(request.client);
         break;
     default:
         answer(request, fault->number);
@@ -314,7 +315,7 @@ void MiracastPublisher::handle(const Request &request)
 
 void MiracastPublisher::answer(const Request &request, int code)
 {
-    m_answers.enqueue({request.id.toString(), request.message, code, request.client.pid});
+    m_answers[request.client.uid].enqueue({request.id.toString(), request.message, code, request.client});
     if (!m_turn.isActive())
         return turn();
     // One that stands because nobody waited goes once it has had its time.
@@ -329,14 +330,27 @@ void MiracastPublisher::turn()
 {
     if (m_standing) {
         m_standing.reset();
-    } else if (!m_answers.isEmpty()) {
-        m_standing = m_answers.dequeue();
-        dismiss(m_standing->process);
+    } else if (!m_answers.empty()) {
+        m_standing = takeAnswer();
+        dismiss(m_standing->client);
     } else {
         return;
     }
     publishStatus();
-    m_turn.start(m_standing && m_answers.isEmpty() ? LoneAnswerTime : AnswerTime);
+    m_turn.start(m_standing && m_answers.empty() ? LoneAnswerTime : AnswerTime);
+}
+
+// The next answer of the next user who waits for one.
+MiracastPublisher::Answer MiracastPublisher::takeAnswer()
+{
+    auto next = m_answers.upper_bound(m_lastAnswered);
+    if (next == m_answers.end())
+        next = m_answers.begin();
+    m_lastAnswered = next->first;
+    const Answer answer = next->second.dequeue();
+    if (next->second.isEmpty())
+        m_answers.erase(next);
+    return answer;
 }
 
 } // namespace oz::services

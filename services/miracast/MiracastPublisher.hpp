@@ -19,7 +19,7 @@ namespace oz::services {
  * All clients share that one place for answers, and hear of what changes in it. So each answer stands there
  * for a while, longer where no other waits, and is then taken back for a while before the next one comes: a
  * client that reads within either time sees its own answer, whole, also where it says the same as the one
- * before.
+ * before. Users have their answers in turn, however many one of them waits for.
  */
 class MiracastPublisher final : public PublisherOf<MiracastSource>
 {
@@ -43,26 +43,21 @@ private:
         QString id;
         QString message;
         int code = 0;
-        pid_t process = 0;
-    };
-
-    struct Process
-    {
-        int openRequests = 0; // that wait for their answers to stand
-        bool wasTold = false; // of one too many
+        PpsServer::Client client;
     };
 
     void publishState(const MiracastState &state) override;
     void publishAbsence() override;
     void publishStatus();
     [[nodiscard]] RequestTable requests();
-    /*! Whether there is room for one more request of the process. */
-    [[nodiscard]] bool admit(pid_t process);
-    void dismiss(pid_t process);
+    /*! Whether there is room for one more request of the client. */
+    [[nodiscard]] bool admit(const PpsServer::Client &client);
+    void dismiss(const PpsServer::Client &client);
     void onRequest(const Request &request, bool isMalformed);
     void handle(const Request &request);
     void answer(const Request &request, int code);
     void turn();
+    [[nodiscard]] Answer takeAnswer();
 
     QVariantMap m_told; // the status without answers
     StatePublisher m_status;
@@ -70,8 +65,10 @@ private:
     RequestTable m_requests;
     Faults m_faults;
     std::unique_ptr<Control> m_control;
-    QHash<pid_t, Process> m_processes; // that have requests open
-    QQueue<Answer> m_answers; // that have not stood yet
+    QHash<pid_t, int> m_openOfProcess; // requests that wait for their answers to stand
+    QHash<uid_t, int> m_openOfUser;
+    std::map<uid_t, QQueue<Answer>> m_answers; // that have not stood yet, by the users who wait for them
+    uid_t m_lastAnswered = 0;
     std::optional<Answer> m_standing;
     QTimer m_turn;
 };

@@ -406,6 +406,9 @@ void SimulatedMiracast::restore(const QVariantMap &saved)
     const QVariantMap inRange = saved.value(QStringLiteral("in-range")).toMap();
     for (auto &[key, known] : m_sinks)
         known.inRange = inRange.value(key, known.inRange).toBool();
+    m_visible.clear();
+    m_application.reset();
+    m_session.reset();
     for (const QString &key : saved.value(QStringLiteral("visible")).toStringList()) {
         if (m_sinks.contains(key) && !m_visible.contains(key))
             m_visible.append(key);

@@ -1,7 +1,10 @@
 #include "phone/SimulatedPhone.hpp"
 
 #include "publishing/Error.hpp"
+#include "publishing/Log.hpp"
 #include "publishing/StateStore.hpp"
+
+#include <QJsonObject>
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +14,7 @@ namespace oz::services {
 namespace {
 
 const QString ClockName = QStringLiteral("clock");
+constexpr int MostAttempts = 4; // to find what is wrong in what was saved
 
 // The phone's own time, as a part that is in no file.
 class ClockPart final : public SimulatedPart
@@ -75,6 +79,38 @@ QVariantMap describeChoices(const QMap<QString, SimChoice> &choices)
     return described;
 }
 
+// Restores a part from what was saved at a place. A value that the part does not make its own, as the file
+// was damaged, is left as the phone's file has it.
+void restore(SimulatedPart &part, const QVariantMap &saved, const QString &place)
+{
+    const QVariantMap before = part.saved();
+    QVariantMap fitting = saved;
+    QStringList wrong;
+    // What is left out may be what another value needs.
+    for (int attempt = 0; attempt < MostAttempts; ++attempt) {
+        part.restore(fitting);
+        const QJsonObject now = QJsonObject::fromVariantMap(part.saved());
+        const QJsonObject wanted = QJsonObject::fromVariantMap(fitting);
+        const qsizetype known = wrong.size();
+        for (auto each = wanted.begin(); each != wanted.end(); ++each) {
+            if (now.value(each.key()) == each.value())
+                continue;
+            wrong.append(each.key());
+            if (before.contains(each.key()))
+                fitting.insert(each.key(), before.value(each.key()));
+            else
+                fitting.remove(each.key());
+        }
+        if (wrong.size() == known)
+            break;
+    }
+    wrong.removeDuplicates();
+    if (!wrong.isEmpty()) {
+        qCWarning(logServices).noquote() << place + QLatin1String(": '") + wrong.join(QLatin1String("', '"))
+                + QLatin1String("' ignored, as it does not fit");
+    }
+}
+
 } // namespace
 
 SimulatedPhone::SimulatedPhone(
@@ -93,7 +129,7 @@ SimulatedPhone::SimulatedPhone(
     const auto entryOf = [](const QString &name) { return QString(QLatin1String("phone-") + name); };
     for (const auto &[name, part] : m_parts) {
         if (const QVariantMap saved = store.load(entryOf(name)); isTheSame && !saved.isEmpty())
-            part->restore(saved);
+            restore(*part, saved, store.placeOf(entryOf(name)));
     }
     for (const auto &[name, part] : m_parts) {
         const auto save = [this, &store, entry = entryOf(name), saving = part.get()] {

@@ -43,7 +43,8 @@ public:
 
     /*! What it has to know again after the daemon died, beside what the phone's file says. */
     [[nodiscard]] virtual QVariantMap saved() const = 0;
-    /*! Goes on from what it saved; what makes no sense there is passed over. */
+    /*! Goes on from what it saved, also when it did so before. It passes over what makes no sense, so that
+     * saved() shows that it was not taken. */
     virtual void restore(const QVariantMap &saved) = 0;
 
     /*! Is called with each change of saved(). */

@@ -24,8 +24,24 @@ ServedObject::ServedObject(Tree &tree, const QString &path) : TreeObject(tree, p
                 Q_EMIT this->tree().asked(this->path(), attributes);
             onMessage(client, attributes, malformed);
         });
+    m_server.setMessageLimit(m_messageLimit);
+    connect(&m_server, &PpsServer::refused, this, &ServedObject::refuse);
     connect(&m_server, &PpsServer::connected, this, &ServedObject::clientCame);
     connect(&m_server, &PpsServer::disconnected, this, &ServedObject::clientGone);
+}
+
+void ServedObject::setMessageLimit(qsizetype bytes)
+{
+    m_messageLimit = bytes;
+    m_server.setMessageLimit(bytes);
+}
+
+void ServedObject::refuse(const PpsServer::Client &client, const QByteArray &beginning)
+{
+    m_lastMessage = beginning.first(beginning.lastIndexOf('\n') + 1);
+    const QVariantMap objects = PpsText::decode(m_lastMessage);
+    onMessage(client, objects.isEmpty() ? QVariantMap() : objects.first().toMap(),
+        QStringLiteral("a message has at most %1 bytes").arg(m_messageLimit));
 }
 
 void ServedObject::start(mode_t mode)

@@ -23,12 +23,19 @@ struct Reply
     void addErrorTo(QVariantMap *attributes) const;
 };
 
-/*! An object on which a service takes the messages of its clients. */
+/*! An object on which a service takes the messages of its clients. One that is longer than the limit is
+ * answered with EMSGSIZE, and the connection ends. */
 class ServedObject : public QObject, public TreeObject
 {
     Q_OBJECT
 
 public:
+    /*! How many bytes a message may have unless setMessageLimit() was called: no request of an application
+     * comes near it, and decoding one that has as many takes a millisecond. */
+    static constexpr qsizetype UsualMessageLimit = 16 * 1024;
+    /*! For an object that no stranger can open. */
+    void setMessageLimit(qsizetype bytes);
+
     /*! Puts the object into the tree, with the file mode \a mode. */
     void start(mode_t mode);
 
@@ -39,7 +46,8 @@ Q_SIGNALS:
 protected:
     ServedObject(Tree &tree, const QString &path);
 
-    /*! A client's message: its attributes, or none and in \a malformed why it means nothing. */
+    /*! A client's message: its attributes, and in \a malformed why it means nothing; there may be some of the
+     * attributes then. */
     virtual void onMessage(
         const PpsServer::Client &client, const QVariantMap &attributes, const QString &malformed) = 0;
     [[nodiscard]] PpsServer &server() { return m_server; }
@@ -49,7 +57,10 @@ protected:
 private:
     Failure put() override;
 
+    void refuse(const PpsServer::Client &client, const QByteArray &beginning);
+
     PpsServer m_server;
+    qsizetype m_messageLimit = UsualMessageLimit;
     QByteArray m_lastMessage;
     mode_t m_mode = 0;
 };

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "publishing/WarnOnce.hpp"
+
 #include <QByteArray>
 #include <QHash>
 #include <QString>
@@ -16,10 +18,13 @@ class StateStore
 public:
     /*! Keeps everything in memory alone. */
     StateStore() = default;
-    /*! Keeps it in \a directory, which is made where it is not there. */
-    explicit StateStore(const QString &directory);
+    /*! Keeps it in the folder \a folder of the tree ("/pps/..."), which is made where it is not there. */
+    explicit StateStore(const QString &folder) : m_folder(folder) { }
 
-    /*! What was saved under \a name; nothing where nothing was, or where it cannot be read. */
+    /*! Where \a name is saved, for people. */
+    [[nodiscard]] QString placeOf(const QString &name) const;
+    /*! What was saved under \a name; nothing where nothing was, or where it cannot be read, of which the log
+     * tells. */
     [[nodiscard]] QVariantMap load(const QString &name) const;
     /*! Saves \a state in one step; what was saved last is not written again. */
     void save(const QString &name, const QVariantMap &state);
@@ -29,9 +34,9 @@ public:
 private:
     [[nodiscard]] QString fileOf(const QString &name) const;
 
-    QString m_directory;
+    QString m_folder;
     QHash<QString, QByteArray> m_saved;
-    bool m_hasWarned = false;
+    WarnOnce m_warn;
 };
 
 } // namespace oz::services

@@ -1,7 +1,8 @@
 #include "vibration/VibrationPublisher.hpp"
 
 #include "publishing/Error.hpp"
-#include "publishing/Log.hpp"
+
+#include <QPointer>
 
 #include <cerrno>
 #include <limits>
@@ -137,9 +138,10 @@ QVariantMap VibrationPublisher::attributesOf(const Run &run)
 
 void VibrationPublisher::drive(int intensity)
 {
-    source().drive(intensity, [facility = facility()](const Outcome &outcome) {
-        if (outcome.error)
-            qCWarning(logServices).noquote() << facility + QLatin1String(": ") + outcome.errorText;
+    source().drive(intensity, [self = QPointer(this)](const Outcome &outcome) {
+        if (self)
+            self->m_warn(
+                outcome.error ? self->facility() + QLatin1String(": ") + outcome.errorText : QString());
     });
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "publishing/Publisher.hpp"
+#include "publishing/WarnOnce.hpp"
 #include "vibration/VibrationSource.hpp"
 
 #include <QDateTime>
@@ -50,6 +51,7 @@ private:
     QTimer m_end;
     QVariantMap m_last; // the run before, as it is published
     quint64 m_runs = 0;
+    WarnOnce m_warn;
 };
 
 } // namespace oz::services

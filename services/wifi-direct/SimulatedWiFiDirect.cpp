@@ -21,6 +21,11 @@ using Role = WiFiDirectState::Role;
 const QString Comes = QStringLiteral("peer-appears");
 const QString Goes = QStringLiteral("peer-goes");
 constexpr int OwnerHost = 1;
+constexpr int LastHost = 254;
+// How the phone's role in its group is saved.
+const QString SavedGroup = QStringLiteral("group");
+const QString SavedOwner = QStringLiteral("owner");
+const QString SavedClient = QStringLiteral("client");
 constexpr int MaxSessions = 1000; // so that clients which never stop theirs cost no more than this
 
 // In the order of WiFiDirectSource::WpsMethod.
@@ -521,6 +526,8 @@ QVariantMap SimulatedWiFiDirect::saved() const
     QVariantMap saved{{QStringLiteral("supported"), m_supported}, {QStringLiteral("enabled"), m_enabled},
         {QStringLiteral("in-range"), inRange}, {QStringLiteral("visible"), m_visible},
         {QStringLiteral("members"), members}, {QStringLiteral("sessions"), sessions}};
+    if (m_group)
+        saved.insert(SavedGroup, m_group->role == Role::GroupOwner ? SavedOwner : SavedClient);
     if (m_lastDiscovery)
         saved.insert(QStringLiteral("discovery"), *m_lastDiscovery);
     return saved;
@@ -534,27 +541,46 @@ void SimulatedWiFiDirect::restore(const QVariantMap &saved)
     const QVariantMap inRange = saved.value(QStringLiteral("in-range")).toMap();
     for (auto &[key, known] : m_peers)
         known.inRange = inRange.value(key, known.inRange).toBool();
+    m_visible.clear();
     for (const QString &key : saved.value(QStringLiteral("visible")).toStringList()) {
         if (m_peers.contains(key) && !m_visible.contains(key))
             m_visible.append(key);
     }
+    m_lastDiscovery.reset();
     if (const QVariant discovery = saved.value(QStringLiteral("discovery")); discovery.isValid())
         m_lastDiscovery = discovery.toLongLong();
+    restoreGroup(saved);
+    tell();
+}
+
+// A group of the phone's has clients alone, any other one of its peers as owner.
+void SimulatedWiFiDirect::restoreGroup(const QVariantMap &saved)
+{
+    m_group.reset();
+    m_members.clear();
+    m_sessions.clear();
+    const QString role = saved.value(SavedGroup).toString();
+    if (role == SavedOwner)
+        m_group = m_ownGroup;
     for (const QVariant &entry : saved.value(QStringLiteral("members")).toList()) {
         const QVariantMap before = entry.toMap();
         const QString key = before.value(QStringLiteral("key")).toString();
-        if (!m_peers.contains(key) || isMember(key))
+        const int host = before.value(QStringLiteral("host")).toInt();
+        if (!m_peers.contains(key) || isMember(key) || host < OwnerHost || host > LastHost)
             continue;
         const bool owns = before.value(QStringLiteral("owner")).toBool();
-        m_group = groupWith(m_peers.at(key), owns ? Role::Client : Role::GroupOwner);
-        m_members.append(
-            {key, owns ? Role::GroupOwner : Role::Client, before.value(QStringLiteral("host")).toInt()});
+        if (owns && m_group)
+            continue;
+        if (owns && role == SavedClient)
+            m_group = groupWith(m_peers.at(key), Role::Client);
+        m_members.append({key, owns ? Role::GroupOwner : Role::Client, host});
     }
-    if (m_group) {
-        const QStringList sessions = saved.value(QStringLiteral("sessions")).toStringList();
-        m_sessions = QSet<QString>(sessions.cbegin(), sessions.cend());
+    if (!m_group) {
+        m_members.clear();
+        return;
     }
-    tell();
+    const QStringList sessions = saved.value(QStringLiteral("sessions")).toStringList();
+    m_sessions = QSet<QString>(sessions.cbegin(), sessions.cend());
 }
 
 } // namespace oz::services

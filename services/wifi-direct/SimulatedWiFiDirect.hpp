@@ -71,6 +71,7 @@ private:
     [[nodiscard]] Group groupWith(const Known &peer, Role role) const;
     [[nodiscard]] Outcome obstacle() const;
     void tell();
+    void restoreGroup(const QVariantMap &saved);
     void scanFurther();
     [[nodiscard]] bool showNextPeer();
     void endScan();

@@ -6,7 +6,6 @@
 #include <oz/DeviceRoot.hpp>
 
 #include <QFile>
-#include <QPointer>
 
 #include <cerrno>
 #include <poll.h>
@@ -59,28 +58,33 @@ private:
         ::setsockopt(connection.socket.get(), SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
     }
 
+    // One line; several may come with one call.
     int receive(Connection &connection) override
     {
-        char chunk[DeviceServer::MaxLineSize];
-        const ssize_t size = ::recv(connection.socket.get(), chunk, sizeof chunk, MSG_DONTWAIT);
-        if (size <= 0)
-            return size < 0 ? errno : ECONNRESET;
         const Client client = connection.client;
-        QByteArray input = std::exchange(m_lines[client.id].input, {}) + QByteArray(chunk, size);
-        const QPointer<SocketServer> alive(this);
-        for (qsizetype end = input.indexOf('\n'); end >= 0; end = input.indexOf('\n')) {
-            const QByteArray line = input.first(end);
-            input.remove(0, end + 1);
-            if (line.size() > DeviceServer::MaxLineSize)
-                return EMSGSIZE;
-            Q_EMIT q->received(client, line);
-            if (!alive || !find(client.id))
-                return EAGAIN;
+        Lines &lines = m_lines[client.id];
+        if (!lines.input.contains('\n')) {
+            char chunk[DeviceServer::MaxLineSize];
+            const ssize_t size = ::recv(connection.socket.get(), chunk, sizeof chunk, MSG_DONTWAIT);
+            if (size <= 0)
+                return size < 0 ? errno : ECONNRESET;
+            lines.input.append(chunk, size);
         }
-        if (input.size() > DeviceServer::MaxLineSize)
+        const qsizetype end = lines.input.indexOf('\n');
+        if ((end < 0 ? lines.input.size() : end) > DeviceServer::MaxLineSize)
             return EMSGSIZE;
-        m_lines[client.id].input = input;
+        if (end < 0)
+            return 0;
+        const QByteArray line = lines.input.first(end);
+        lines.input.remove(0, end + 1);
+        Q_EMIT q->received(client, line);
         return 0;
+    }
+
+    [[nodiscard]] bool hasMore(quint64 id) const override
+    {
+        const auto lines = m_lines.find(id);
+        return lines != m_lines.end() && lines->second.input.contains('\n');
     }
 
     // A client that has gone is noticed by reading from it.

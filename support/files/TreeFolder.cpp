@@ -6,10 +6,8 @@
 
 #include <cerrno>
 #include <fcntl.h>
-#include <filesystem>
 #include <set>
 #include <sys/stat.h>
-#include <system_error>
 
 namespace oz {
 
@@ -29,10 +27,13 @@ UniqueFd openRoot(const QByteArray &root, TreeFolder::Make make)
     UniqueFd fd(::open(path.constData(), FolderFlags));
     if (fd || errno != ENOENT || make == TreeFolder::Make::No)
         return fd;
-    std::error_code failed;
-    std::filesystem::create_directories(path.toStdString(), failed);
-    errno = failed.value();
-    return failed ? UniqueFd() : UniqueFd(::open(path.constData(), FolderFlags));
+    for (qsizetype end = path.indexOf('/', 1);; end = path.indexOf('/', end + 1)) {
+        const QByteArray folder = end < 0 ? path : path.first(end);
+        if (::mkdir(folder.constData(), 0755) < 0 && errno != EEXIST)
+            return {};
+        if (end < 0)
+            return UniqueFd(::open(path.constData(), FolderFlags));
+    }
 }
 
 } // namespace
@@ -42,7 +43,7 @@ QString linkProblem(const QByteArray &path)
     return u'\'' + QFile::decodeName(path) + QLatin1String("' is a link, which no publisher follows");
 }
 
-int TreeFolder::open(const QByteArray &file, Make make)
+int TreeFolder::open(const QByteArray &file, Make make, mode_t mode)
 {
     m_problem.clear();
     m_fd.reset();
@@ -66,7 +67,8 @@ int TreeFolder::open(const QByteArray &file, Make make)
         };
         UniqueFd next = enter();
         if (!next && errno == ENOENT && make == Make::Yes) {
-            if (::mkdirat(here.get(), name.constData(), 0755) < 0 && errno != EEXIST)
+            const bool isFirst = begin == root.size() + 1;
+            if (::mkdirat(here.get(), name.constData(), isFirst ? 0755 : mode) < 0 && errno != EEXIST)
                 return errno;
             next = enter();
         }

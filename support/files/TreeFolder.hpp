@@ -5,6 +5,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <sys/types.h>
+
 namespace oz {
 
 /*!
@@ -20,9 +22,10 @@ public:
 
     /*!
      * Opens the folder of the object whose place is \a file, as devicePath() gives it; 0 or the errno, with
-     * problem() where there is more to say: ELOOP for a link, EPERM for somebody else's folder.
+     * problem() where there is more to say: ELOOP for a link, EPERM for somebody else's folder. The folders
+     * below the root's first that are made have the mode \a mode.
      */
-    [[nodiscard]] int open(const QByteArray &file, Make make);
+    [[nodiscard]] int open(const QByteArray &file, Make make, mode_t mode = 0755);
     void close() { m_fd.reset(); }
     /*! For the calls that work at a folder; not for reading it. */
     [[nodiscard]] int fd() const { return m_fd.get(); }

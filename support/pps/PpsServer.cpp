@@ -1,11 +1,14 @@
 #include <oz/PpsServer.hpp>
 
 #include "base/LastError.hpp"
+#include "base/UserWarnings.hpp"
 #include "pps/PpsPath.hpp"
 #include "sockets/SocketServer.hpp"
 
+#include <oz/Limits.hpp>
 #include <oz/PpsText.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <sys/socket.h>
 
@@ -41,6 +44,7 @@ public:
     PpsServer *q;
     QString path;
     std::optional<PpsPath> parsed;
+    qsizetype limit = MaxMessageSize;
     LastError error;
 
 private:
@@ -53,10 +57,15 @@ private:
     int receive(Connection &connection) override
     {
         QByteArray message;
-        if (const int failure =
-                LocalSocket::receive(connection.socket.get(), &message, LocalSocket::Wait::No))
-            return failure;
+        const int failure =
+            LocalSocket::receive(connection.socket.get(), &message, LocalSocket::Wait::No, limit);
         const Client client = connection.client;
+        if (failure == EMSGSIZE) {
+            Q_EMIT q->refused(client, message);
+            return 0;
+        }
+        if (failure)
+            return failure;
         Q_EMIT q->received(client, message);
         return 0;
     }
@@ -74,6 +83,11 @@ PpsServer::~PpsServer() = default;
 QString PpsServer::path() const
 {
     return d->path;
+}
+
+void PpsServer::setMessageLimit(qsizetype bytes)
+{
+    d->limit = std::clamp<qsizetype>(bytes, 1, MaxMessageSize);
 }
 
 bool PpsServer::listen(mode_t mode)
@@ -112,6 +126,11 @@ void PpsServer::hold(quint64 client)
 void PpsServer::release(quint64 client)
 {
     d->release(client);
+}
+
+void PpsServer::warnAbout(const Client &client, const QString &text)
+{
+    UserWarnings::ofThisThread().warn(client.uid, text);
 }
 
 int PpsServer::clientCount() const

@@ -3,8 +3,6 @@
 #include "files/PlaceLock.hpp"
 #include "files/TreeFolder.hpp"
 
-#include <oz/Limits.hpp>
-
 #include <QDeadlineTimer>
 
 #include <cerrno>
@@ -21,6 +19,8 @@
 namespace oz::LocalSocket {
 
 namespace {
+
+constexpr qsizetype LongestBeginning = 4096; // of a message that is too long
 
 // A socket address holds 107 bytes; a longer path is reached through a descriptor of its directory.
 class Address
@@ -182,7 +182,7 @@ int send(int socket, const QByteArray &message, Wait wait)
     return error == EAGAIN && wait == Wait::Yes ? ETIMEDOUT : error;
 }
 
-int receive(int socket, QByteArray *message, Wait wait)
+int receive(int socket, QByteArray *message, Wait wait, qsizetype most)
 {
     ssize_t size = 0;
     int error = peek(socket, &size);
@@ -197,10 +197,11 @@ int receive(int socket, QByteArray *message, Wait wait)
         return error;
     if (size == 0)
         return ECONNRESET;
-    message->resize(std::min<ssize_t>(size, MaxMessageSize));
+    // Receiving a part takes the whole message away.
+    message->resize(size > most ? std::min(most, LongestBeginning) : size);
     if (::recv(socket, message->data(), std::size_t(message->size()), MSG_DONTWAIT) < 0)
         return errno;
-    return size > MaxMessageSize ? EMSGSIZE : 0;
+    return size > most ? EMSGSIZE : 0;
 }
 
 bool hasEnded(int socket)

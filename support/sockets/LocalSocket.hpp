@@ -2,6 +2,8 @@
 
 #include "base/UniqueFd.hpp"
 
+#include <oz/Limits.hpp>
+
 #include <QByteArray>
 
 #include <sys/socket.h>
@@ -30,8 +32,9 @@ enum class Wait { No, Yes };
  * EPIPE. */
 [[nodiscard]] int send(int socket, const QByteArray &message, Wait wait);
 
-/*! Receives one message. Without waiting, none there is EAGAIN; a peer that is gone is ECONNRESET. */
-[[nodiscard]] int receive(int socket, QByteArray *message, Wait wait);
+/*! Receives one message. Without waiting, none there is EAGAIN; a peer that is gone is ECONNRESET. Of a
+ * message of more than \a most bytes, which is EMSGSIZE, \a message has the beginning. */
+[[nodiscard]] int receive(int socket, QByteArray *message, Wait wait, qsizetype most = MaxMessageSize);
 
 /*! Whether the peer is gone, and all that it had sent is received. */
 [[nodiscard]] bool hasEnded(int socket);

@@ -1,9 +1,11 @@
 #include "sockets/SocketServer.hpp"
 
-#include "base/Log.hpp"
+#include "base/UserWarnings.hpp"
+#include "sockets/Turns.hpp"
 
-#include <QAbstractEventDispatcher>
+#include <QFile>
 #include <QPointer>
+#include <QTimer>
 
 #include <algorithm>
 #include <atomic>
@@ -20,8 +22,6 @@ namespace {
 
 constexpr std::size_t MostClients = 1000; // of one server
 constexpr int MostClientsOfUser = 500; // of one server
-constexpr int AcceptedAtOnce = 64;
-constexpr int TurnsAtOnce = 4; // before the event loop looks who else has come
 constexpr int MessagesPerTurn = 16; // what a client sent in one go stays together
 constexpr std::chrono::milliseconds AcceptRetryInterval(100);
 constexpr int ReservedDescriptors = 64; // for the service's own work
@@ -75,14 +75,6 @@ int SocketServer::listen(const QByteArray &path, int type, mode_t mode)
     if (::lstat(m_file.constData(), &status) == 0)
         m_inode = status.st_ino;
     ::fcntl(m_socket.get(), F_SETFL, O_NONBLOCK); // a client may be gone before it is accepted
-    if (const QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance(thread())) {
-        connect(dispatcher, &QAbstractEventDispatcher::awake, this, [this] {
-            for (auto &[uid, user] : m_users)
-                user.hadTurn = false;
-        });
-    }
-    m_turns.setSingleShot(true);
-    connect(&m_turns, &QTimer::timeout, this, &SocketServer::serveTurns);
     m_notifier = std::make_unique<QSocketNotifier>(m_socket.get(), QSocketNotifier::Read);
     connect(m_notifier.get(), &QSocketNotifier::activated, this, &SocketServer::acceptClients);
     return 0;
@@ -91,10 +83,11 @@ int SocketServer::listen(const QByteArray &path, int type, mode_t mode)
 void SocketServer::acceptClients()
 {
     const QPointer<SocketServer> alive(this);
-    for (int count = 0; count < AcceptedAtOnce && alive; ++count) {
+    const QDeadlineTimer end = Turns::end();
+    do {
         if (!acceptClient())
             return;
-    }
+    } while (alive && !end.hasExpired());
 }
 
 // Whether there was one.
@@ -113,7 +106,7 @@ bool SocketServer::acceptClient()
     if (!makeRoomFor(credentials.uid))
         return alive;
     const quint64 id = ++m_lastId;
-    ++m_users[credentials.uid].connections;
+    ++m_users[credentials.uid];
     ++s_connections;
     Connection &connection = m_connections[id];
     connection.client = {id, credentials.pid, credentials.uid, credentials.gid, groupsOf(accepted.get())};
@@ -134,33 +127,40 @@ void SocketServer::acceptLater()
 
 bool SocketServer::makeRoomFor(uid_t uid)
 {
-    User &user = m_users[uid];
-    const bool isUserFull = user.connections >= MostClientsOfUser;
+    const auto user = m_users.find(uid);
+    const int own = user == m_users.end() ? 0 : user->second;
+    const bool isUserFull = own >= MostClientsOfUser;
     if (!isUserFull && m_connections.size() < MostClients && !areDescriptorsShort())
         return true;
-    if (!std::exchange(user.wasTold, true)) {
-        qCWarning(logSupport).noquote()
-            << m_file << "has as many clients as it takes, of user" << uid << user.connections << "of"
-            << m_connections.size() << "in all; those with nothing under way give way";
-    }
     const auto most = std::max_element(m_users.begin(), m_users.end(),
-        [](const auto &one, const auto &other) { return one.second.connections < other.second.connections; });
-    return dropIdleClientOf(isUserFull ? uid : most->first);
-}
-
-bool SocketServer::dropIdleClientOf(uid_t uid)
-{
-    const Connection *oldest = nullptr;
-    for (const auto &[id, connection] : m_connections) {
-        const bool isIdle = connection.holds == 0 && connection.notifier->isEnabled();
-        if (connection.client.uid == uid && isIdle && (!oldest || connection.lastTurn < oldest->lastTurn))
-            oldest = &connection;
-    }
-    if (!oldest)
+        [](const auto &one, const auto &other) { return one.second < other.second; });
+    if (most == m_users.end())
+        return false; // the descriptors are used for something else
+    const uid_t whose = isUserFull ? uid : most->first;
+    UserWarnings::ofThisThread().warn(whose,
+        QLatin1String("has as many connections to ") + QFile::decodeName(m_file)
+            + QLatin1String(" as it takes; some are ended or refused"));
+    const Connection *leaving = leastRecentOf(whose, Among::Idle);
+    // A user never gives way to one who has as many.
+    if (!leaving && !isUserFull && most->second > own + 1)
+        leaving = leastRecentOf(whose, Among::All);
+    if (!leaving)
         return false;
     const QPointer<SocketServer> alive(this);
-    drop(oldest->client.id);
+    drop(leaving->client.id);
     return alive;
+}
+
+const SocketServer::Connection *SocketServer::leastRecentOf(uid_t uid, Among among) const
+{
+    const Connection *leastRecent = nullptr;
+    for (const auto &[id, connection] : m_connections) {
+        const bool isIdle = connection.holds == 0 && connection.notifier->isEnabled();
+        if (connection.client.uid == uid && (isIdle || among == Among::All)
+            && (!leastRecent || connection.lastTurn < leastRecent->lastTurn))
+            leastRecent = &connection;
+    }
+    return leastRecent;
 }
 
 void SocketServer::onReadable(quint64 id)
@@ -168,38 +168,14 @@ void SocketServer::onReadable(quint64 id)
     Connection *connection = find(id);
     if (!connection)
         return;
-    // A turn of each user at once, as it comes.
-    User &user = m_users[connection->client.uid];
-    if (user.waiting.empty() && !std::exchange(user.hadTurn, true))
-        return serve(id);
+    Turns &turns = Turns::ofThisThread();
+    if (turns.begin(connection->client.uid))
+        return serve(id, Turns::end());
     connection->notifier->setEnabled(false);
-    user.waiting.push_back(id);
-    if (!m_turns.isActive())
-        m_turns.start(0);
+    turns.queue(this, connection->client.uid, id);
 }
 
-// A turn of one user, and then one of the next.
-void SocketServer::serveTurns()
-{
-    const QPointer<SocketServer> alive(this);
-    const auto isWaiting = [](const auto &user) { return !user.second.waiting.empty(); };
-    for (int turn = 0; turn < TurnsAtOnce; ++turn) {
-        auto next = std::find_if(m_users.upper_bound(m_lastServed), m_users.end(), isWaiting);
-        if (next == m_users.end())
-            next = std::find_if(m_users.begin(), m_users.end(), isWaiting);
-        if (next == m_users.end())
-            return;
-        m_lastServed = next->first;
-        const quint64 id = next->second.waiting.front();
-        next->second.waiting.pop_front();
-        serve(id);
-        if (!alive)
-            return;
-    }
-    m_turns.start(0);
-}
-
-void SocketServer::serve(quint64 id)
+void SocketServer::serve(quint64 id, const QDeadlineTimer &end)
 {
     const QPointer<SocketServer> alive(this);
     for (int message = 0; message < MessagesPerTurn; ++message) {
@@ -210,14 +186,19 @@ void SocketServer::serve(quint64 id)
         const int error = receive(*connection);
         if (!alive)
             return;
-        if (error == EAGAIN)
-            break;
-        if (error)
+        if (error && error != EAGAIN)
             return drop(id);
+        if (error == EAGAIN || end.hasExpired())
+            break;
     }
-    // Whether there is more is asked together with all others.
-    if (Connection *still = find(id))
-        still->notifier->setEnabled(true);
+    Connection *still = find(id);
+    if (!still)
+        return;
+    // The kernel tells whether more has come, but not of what was received with a former message.
+    const bool isWaiting = hasMore(id);
+    still->notifier->setEnabled(!isWaiting);
+    if (isWaiting)
+        Turns::ofThisThread().queue(this, still->client.uid, id);
 }
 
 SocketServer::Connection *SocketServer::find(quint64 id)
@@ -234,7 +215,7 @@ void SocketServer::drop(quint64 id)
     const Client client = found->second.client;
     m_connections.erase(found);
     --s_connections;
-    if (const auto user = m_users.find(client.uid); --user->second.connections == 0)
+    if (const auto user = m_users.find(client.uid); --user->second == 0)
         m_users.erase(user);
     disconnected(client);
 }

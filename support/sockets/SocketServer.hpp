@@ -5,11 +5,10 @@
 #include <oz/ServiceClient.hpp>
 
 #include <QByteArray>
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QSocketNotifier>
-#include <QTimer>
 
-#include <deque>
 #include <map>
 #include <memory>
 #include <sys/types.h>
@@ -20,9 +19,10 @@ namespace oz {
  * Listens on a local socket and keeps its clients: what the servers of messages and of lines have in common.
  * It is the context of its connections, so that nothing reaches it once it is gone.
  *
- * No user can keep it from the others: users have their turns one after the other, however many connections
- * and messages they have; each has a limited number of connections, where the oldest that has nothing under
- * way gives way to a new one; and some descriptors of the process are left to the service's own work.
+ * No user can keep it from the others. Users have turns, see Turns. Each has a limited number of connections,
+ * of which the one that was idle for longest gives way to a new one. Where all places are taken, the user
+ * with the most connections gives way, even connections with something under way. Some descriptors of the
+ * process are left to the service's own work.
  */
 class SocketServer : public QObject
 {
@@ -38,9 +38,12 @@ public:
     [[nodiscard]] int clientCount() const { return int(m_connections.size()); }
     /*! Ends the connection of \a id; this may be the end of the server too. */
     void drop(quint64 id);
-    /*! The client has something under way, and gives way to nobody, until release() was called as often. */
+    /*! The client has something under way, and does not give way to another of its user's, until release()
+     * was called as often. */
     void hold(quint64 id);
     void release(quint64 id);
+    /*! Receives and passes on what the client \a id sent, until \a end; to be called by Turns. */
+    void serve(quint64 id, const QDeadlineTimer &end);
 
 protected:
     struct Connection
@@ -49,7 +52,7 @@ protected:
         UniqueFd socket;
         std::unique_ptr<QSocketNotifier> notifier; // off while the client waits for its turn
         int holds = 0;
-        quint64 lastTurn = 0; // what was accepted or received last has the largest
+        quint64 lastTurn = 0; // the connection that was accepted or served last has the largest
     };
 
     /*! The connection of \a id; none where it has ended. */
@@ -57,38 +60,29 @@ protected:
 
     /*! A connection has been accepted, after which the server may be gone. */
     virtual void connected(Connection & /*connection*/) { }
-    /*! Receives something from a connection and passes it on, after which the server may be gone; 0, EAGAIN
+    /*! Receives one message from a connection and passes it on, after which the server may be gone; 0, EAGAIN
      * where nothing is there, or an errno that ends the connection. */
     virtual int receive(Connection &connection) = 0;
+    /*! Whether something that was received has not been passed on. */
+    [[nodiscard]] virtual bool hasMore(quint64 /*id*/) const { return false; }
     virtual void disconnected(const Client &client) = 0;
 
 private:
-    // What the clients of one user have.
-    struct User
-    {
-        int connections = 0;
-        std::deque<quint64> waiting; // for their turns, each once
-        bool hadTurn = false; // since the event loop last looked who has come
-        bool wasTold = false; // of too many connections
-    };
-
     void acceptClients();
     [[nodiscard]] bool acceptClient();
     void acceptLater();
     [[nodiscard]] bool makeRoomFor(uid_t uid);
-    [[nodiscard]] bool dropIdleClientOf(uid_t uid);
+    enum class Among { Idle, All };
+    /*! The connection of the user that was served least recently; none where there is none. */
+    [[nodiscard]] const Connection *leastRecentOf(uid_t uid, Among among) const;
     void onReadable(quint64 id);
-    void serveTurns();
-    void serve(quint64 id);
 
     QByteArray m_file;
     ino_t m_inode = 0;
     UniqueFd m_socket;
     std::unique_ptr<QSocketNotifier> m_notifier;
     std::map<quint64, Connection> m_connections;
-    std::map<uid_t, User> m_users;
-    uid_t m_lastServed = 0;
-    QTimer m_turns;
+    std::map<uid_t, int> m_users; // how many connections each has
     quint64 m_lastId = 0;
     quint64 m_lastTurn = 0;
 };

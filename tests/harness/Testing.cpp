@@ -213,13 +213,12 @@ int runInChild(const std::function<bool()> &prepare, const std::function<int()> 
 
 } // namespace
 
-int runWithoutRights(const std::function<int()> &body)
+int runWithoutRights(const std::function<int()> &body, uid_t user)
 {
     return runInChild(
-        [] {
-            constexpr uid_t nobody = 65534;
-            return ::setgroups(0, nullptr) == 0 && ::setresgid(nobody, nobody, nobody) == 0
-                && ::setresuid(nobody, nobody, nobody) == 0;
+        [user] {
+            return ::setgroups(0, nullptr) == 0 && ::setresgid(user, user, user) == 0
+                && ::setresuid(user, user, user) == 0;
         },
         body);
 }

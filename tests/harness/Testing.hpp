@@ -106,9 +106,9 @@ void awaitBlocked(pid_t thread);
 
 /*!
  * The result of \a body (0 to 254) in a child process without any rights to what is not for everybody: one
- * that root runs becomes another user first.
+ * that root runs becomes the user \a user first.
  */
-[[nodiscard]] int runWithoutRights(const std::function<int()> &body);
+[[nodiscard]] int runWithoutRights(const std::function<int()> &body, uid_t user = 65534);
 
 /*! The errno (0 for none) of opening the object at \a path in such a process. */
 [[nodiscard]] int openErrorWithoutRights(const QString &path, PpsOpenMode::Types mode);

@@ -152,6 +152,8 @@ TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody
         {"msg::cancelLED\n", "a request has an 'id' of 1 to 64 characters"},
         {"msg::blinkLED\nid::7\n", "unknown request 'blinkLED'; known are requestLED, cancelLED"},
         {"msg::requestLED\nid::7\n", color + "''"},
+        {"id::7\nmsg::requestLED\ndat::" + QByteArray(17'000, 'x') + '\n',
+            "a message has at most 16384 bytes"},
         {ask(R"({"color":"Red","blinkCount":1})"), color + "'Red'"},
         {ask(R"({"color":"red"})"), count + "''"},
         {ask(R"({"color":"red","blinkCount":0})"), count + "'0'"},
@@ -166,13 +168,19 @@ TEST_F(ActivityTest, WhatMeansNothingToTheLedIsAnsweredWithAnErrorAndHarmsNobody
         EXPECT_EQ(answer.value("err"), EINVAL);
     }
     EXPECT_EQ(led(), (QVariantMap{{"requests", QVariantList()}, {"flashes", 0}}));
-    for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ(root.mode("/pps/services/led/activity"), 0640u) << "it names processes";
+    for (int i = 0; i < 50; ++i) {
         EXPECT_FALSE(client
                          .ask("msg::requestLED\nid:n:" + QByteArray::number(i)
                              + "\ndat:json:{\"color\":\"blue\",\"blinkCount\":2147483647}\n")
                          .contains("err"));
     }
-    EXPECT_TRUE(client.ask(ask(R"({"color":"red","blinkCount":1})")).contains("err:n:16"));
+    EXPECT_TRUE(Client("/pps/services/led/control")
+                    .ask(ask(R"({"color":"red","blinkCount":1})"))
+                    .contains("err:n:16\nerrstr::this user has 50 requests under way"));
+    EXPECT_FALSE(client.ask("msg::requestLED\nid:n:0\ndat:json:{\"color\":\"blue\",\"blinkCount\":9}\n")
+                     .contains("err"))
+        << "a request may replace another";
     EXPECT_TRUE(waitUntil([] { return lit() == "blue"; }));
     daemon.reset();
     EXPECT_EQ(lit(), "") << "without the service there is no light";

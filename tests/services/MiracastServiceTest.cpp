@@ -218,7 +218,7 @@ TEST_F(MiracastServiceTest, AFloodOfRequestsKeepsNobodyElseWaiting)
     for (int i = 0; i < 200; ++i)
         flood.ask(Pause);
     daemon.setReadChannel(QProcess::StandardError);
-    EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("are refused"); }));
+    EXPECT_TRUE(waitUntil([&] { return daemon.peek(1000).contains("has too many miracast requests"); }));
     daemon.readAllStandardError();
     EXPECT_EQ(runWithoutPrivileges([] { return Client().resultOf(Resume) == "InvalidRequest" ? 0 : 1; }), 0);
     EXPECT_TRUE(waitUntil([&] { return openDescriptors(daemon.processId()) <= before; }));

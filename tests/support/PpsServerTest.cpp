@@ -1,5 +1,7 @@
 #include "harness/Testing.hpp"
 
+#include <oz/DeviceFile.hpp>
+#include <oz/DeviceServer.hpp>
 #include <oz/Limits.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/PpsPublisher.hpp>
@@ -15,6 +17,8 @@
 #include <barrier>
 #include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <future>
 #include <optional>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -449,7 +453,7 @@ TEST_F(PpsServerTest, AUserWithTooManyClientsLosesTheOneThatWasIdleForLongest)
     EXPECT_EQ(server.clientCount(), most);
     const QStringList told = log.take();
     ASSERT_EQ(told.size(), 1);
-    EXPECT_TRUE(told[0].contains("has as many clients as it takes"));
+    EXPECT_TRUE(told[0].contains("/control as it takes; some are ended or refused"));
     server.release(came[0]);
     connectOne();
     EXPECT_EQ(gone.back(), came[0]) << "and it is told once";
@@ -459,23 +463,103 @@ TEST_F(PpsServerTest, UsersHaveTurnsHoweverMuchOneOfThemSends)
 {
     if (::geteuid() != 0)
         GTEST_SKIP() << "only root can be another user, too";
-    constexpr int clients = 300;
+    // Messages of many connections, and lines of one: each costs the service a while.
+    const QString devicePath = "/dev/box";
     PpsServer server(Path);
-    ASSERT_TRUE(server.listen());
-    QList<QByteArray> received;
-    QObject::connect(&server, &PpsServer::received,
-        [&](const auto &, const QByteArray &message) { received.append(message); });
+    DeviceServer device(devicePath);
+    QByteArrayList received;
+    const auto receive = [&](const auto &, const QByteArray &message) {
+        received.append(message);
+        std::this_thread::sleep_for(200us);
+    };
+    QObject::connect(&server, &PpsServer::received, receive);
+    QObject::connect(&device, &DeviceServer::received, receive);
+    ASSERT_TRUE(server.listen() && device.listen());
+    constexpr int clients = 300;
     std::vector<std::unique_ptr<Client>> flood;
+    flood.reserve(clients);
     for (int i = 0; i < clients; ++i) {
         flood.push_back(std::make_unique<Client>());
         for (int j = 0; j < 3; ++j)
-            EXPECT_TRUE(flood.back()->write("from::flood\n"));
+            EXPECT_TRUE(flood.back()->write("flood"));
     }
-    EXPECT_EQ(runWithoutRights([] { return Client().write("from::other\n") ? 0 : 1; }), 0);
-    EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 1; }));
-    // The turns that were under way before it was accepted, and one of the flood's in each round.
-    const auto place = received.indexOf("from::other\n");
-    EXPECT_LT(place, 150);
+    const auto write = [&](const QByteArray &lines) {
+        const int file = openDevice(devicePath.toUtf8().constData(), DeviceOpen::ReadWrite);
+        return writeDevice(file, lines.constData(), std::size_t(lines.size())) == lines.size() ? file : -1;
+    };
+    const int lines = write(QByteArray("flood\n").repeated(600));
+    EXPECT_GE(lines, 0);
+    EXPECT_EQ(runWithoutRights([] { return Client().write("other") ? 0 : 1; }), 0);
+    EXPECT_EQ(runWithoutRights([&] { return write("other\n") >= 0 ? 0 : 1; }, 65533), 0);
+    EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 600 + 2; }));
+    // What was under way before they were accepted, and a millisecond of the flood's in each round.
+    EXPECT_LT(received.indexOf("other"), 60);
+    EXPECT_LT(received.lastIndexOf("other"), 60);
+    closeDevice(lines);
+}
+
+TEST_F(PpsServerTest, WhereAllPlacesAreTakenTheUserWithTheMostGivesWay)
+{
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be another user, too";
+    PpsServer server(Path);
+    ASSERT_TRUE(server.listen());
+    std::map<uid_t, int> clients;
+    QObject::connect(&server, &PpsServer::connected, [&](const PpsServer::Client &client) {
+        server.hold(client.id);
+        ++clients[client.uid];
+    });
+    QObject::connect(
+        &server, &PpsServer::disconnected, [&](const PpsServer::Client &client) { --clients[client.uid]; });
+    // Two users with as many as they can have, until this process lets them go.
+    std::array<int, 2> hold{};
+    ASSERT_EQ(::pipe2(hold.data(), O_CLOEXEC), 0);
+    std::vector<std::future<int>> greedy;
+    for (const uid_t user : {65533u, 65534u}) {
+        greedy.push_back(std::async(std::launch::async, [&, user] {
+            return runWithoutRights(
+                [&] {
+                    ::close(hold[1]);
+                    std::vector<std::unique_ptr<Client>> held(500);
+                    std::generate(held.begin(), held.end(), [] { return std::make_unique<Client>(); });
+                    char end = 0;
+                    return int(::read(hold[0], &end, 1));
+                },
+                user);
+        }));
+    }
+    EXPECT_TRUE(waitUntil([&] { return clients[65533] + clients[65534] >= 900; }));
+    const Client modest;
+    EXPECT_TRUE(waitUntil([&] { return clients[0] == 1; }));
+    const Client another;
+    EXPECT_TRUE(waitUntil([&] { return clients[0] == 2; }));
+    ::close(hold[1]);
+    for (std::future<int> &each : greedy)
+        EXPECT_EQ(each.get(), 0);
+    EXPECT_TRUE(waitUntil([&] { return server.clientCount() == 2; }));
+    for (const QString &told : log.take())
+        EXPECT_TRUE(told.endsWith("as it takes; some are ended or refused"));
+    ::close(hold[0]);
+}
+
+TEST_F(PpsServerTest, AMessageOverTheLimitIsNotReceivedAndItsClientHearsOfIt)
+{
+    PpsServer server(Path);
+    server.setMessageLimit(100);
+    ASSERT_TRUE(server.listen());
+    QByteArrayList heard;
+    QObject::connect(&server, &PpsServer::received,
+        [&](const PpsServer::Client &, const QByteArray &message) { heard.append(message); });
+    QObject::connect(
+        &server, &PpsServer::refused, [&](const PpsServer::Client &client, const QByteArray &beginning) {
+            server.send(client.id, "too long: " + beginning);
+        });
+    Client client(Path + "?wait");
+    const QByteArray longest(100, 'x');
+    EXPECT_TRUE(client.write(longest) && client.write(longest + "yz") && client.write("z"));
+    EXPECT_TRUE(waitUntil([&] { return heard.size() == 2; }));
+    EXPECT_EQ(heard, (QByteArrayList{longest, "z"}));
+    EXPECT_EQ(client.read(), "too long: " + longest);
 }
 
 } // namespace

@@ -687,6 +687,9 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
         EXPECT_EQ(run({"record", root.file("/none/r.json"), "--for", "1s"}).status, 1);
         EXPECT_EQ(run({"record", file + "2", "--", "/none/at/all"}).status, 1);
         EXPECT_FALSE(QFile::exists(file + "2")) << "of what never ran";
+        root.place("/private.json", "{}");
+        EXPECT_EQ(run({"record", root.file("/private.json"), "--keep-identifiers", "--", "true"}).status, 0);
+        EXPECT_EQ(root.mode("/private.json"), 0600u);
         const Result led = run({"record", file + "2", "--only", "battery,led", "--for", "1s"});
         EXPECT_EQ(led.status, 1);
         EXPECT_TRUE(led.errors.startsWith("ozdevice: led cannot be recorded; what can is sdcard, "))

@@ -20,11 +20,14 @@ class PpsServerPrivate;
  * Serves one control object of the tree, as the service behind it: each client that opens the object is a
  * connection of its own, whose messages arrive in order, and which alone hears what is sent to it.
  *
- * Clients cannot harm it: a message over 1 MiB, or a client that leaves so many answers unread that its queue
- * is full, ends that client's connection. Users have their turns one after the other, however many clients
- * and messages they have. A user has at most 500 clients, and all have 1,000: beyond that the one that was
- * idle for longest, with nothing under way, gives way to a new one, or the new one is refused; so it is where
- * the process has few descriptors left. The log tells it once.
+ * Clients cannot harm it. A message over the limit, or a client that leaves so many answers unread that its
+ * queue is full, ends that client's connection. The users of all servers of a thread have turns of a
+ * millisecond each, one after the other, however many clients and messages they have; so the limit for
+ * messages also limits how long one user waits for another. A user has at most 500 clients, and all have
+ * 1,000. Beyond that, and where the process has few descriptors left, the client of the user with the most
+ * clients that was idle for longest gives way to the new one; if all its clients have something under way,
+ * one of these does, unless the new client's user has as many. Otherwise the new one is refused. The log
+ * tells it once a minute.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -43,6 +46,9 @@ public:
 
     /*! The device path, as given. */
     [[nodiscard]] QString path() const;
+
+    /*! How many bytes a client's message may have: at first MaxMessageSize, which is the most. */
+    void setMessageLimit(qsizetype bytes);
 
     /*!
      * Puts the object into the tree, with the file mode \a mode (who may write may connect); the directories
@@ -66,6 +72,9 @@ public:
     void hold(quint64 client);
     /*! See hold(). */
     void release(quint64 client);
+    /*! Logs "user UID \a text", for something that \a client did, at most once a minute for each user and
+     * text. */
+    static void warnAbout(const Client &client, const QString &text);
     /*! How many clients are connected. */
     [[nodiscard]] int clientCount() const;
 
@@ -79,6 +88,8 @@ Q_SIGNALS:
     void connected(const oz::PpsServer::Client &client);
     /*! A client has written \a message, whole and as it stands. */
     void received(const oz::PpsServer::Client &client, const QByteArray &message);
+    /*! A client has written a message over the limit, of which \a beginning is left. */
+    void refused(const oz::PpsServer::Client &client, const QByteArray &beginning);
     /*! The client is gone, whoever ended the connection. */
     void disconnected(const oz::PpsServer::Client &client);
 

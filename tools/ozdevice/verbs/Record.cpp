@@ -34,6 +34,7 @@ class Recording
 public:
     void begin(const RecordOptions &options)
     {
+        m_isPrivate = options.keepsIdentifiers;
         m_clock.start(); // before the daemon's own, so that no step is later than the end
         (void)askDaemon(QStringLiteral("record"),
             QVariantMap{{QStringLiteral("facilities"), toStringList(options.facilities)},
@@ -67,7 +68,9 @@ public:
             + when.toUtf8() + ", " + seconds.toLatin1() + " seconds\",\n    \"phone\": " + phone
             + ",\n    \"steps\": [\n        " + steps.join(QLatin1String(",\n        ")).toUtf8()
             + "\n    ]\n}\n";
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+        const bool isOpen = file.open(QIODevice::WriteOnly)
+            && (!m_isPrivate || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+        if (!isOpen || file.write(text) != text.size() || !file.commit())
             throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
     }
     [[nodiscard]] qsizetype count() const { return m_steps.size(); }
@@ -76,6 +79,7 @@ private:
     QElapsedTimer m_clock;
     QVariantMap m_phone;
     QStringList m_steps;
+    bool m_isPrivate = false; // for nobody else's eyes
 };
 
 int record(const RecordOptions &options)
@@ -144,7 +148,8 @@ void addRecordVerb(const Verb &parser, Action &action)
         .valueName("FACILITY")
         .commaSeparated();
     verb.flag("--keep-identifiers", options->keepsIdentifiers,
-        "Write down what identifies the person and the device, instead of masking it");
+        "Write down what identifies the person and the device, instead of masking it; only you can read the "
+        "file");
     verb.duration("--for", options->duration.seconds, "End after a time (10s, 500ms, 2m)");
     verb.option("COMMAND", options->words, "Record while this command runs, after --");
     verb.footer("Without a time and a command, Ctrl-C ends the recording.");
