@@ -16,6 +16,9 @@ const QString ManagerInterface = QStringLiteral("org.freedesktop.UPower");
 const QString DeviceInterface = QStringLiteral("org.freedesktop.UPower.Device");
 const QString PowerSupplies = QStringLiteral("/sys/class/power_supply");
 
+// A kernel that is slow, as over a slow controller, keeps no news of the service back for longer.
+constexpr std::chrono::milliseconds KernelTimeout(200);
+
 // UPower's numbers.
 enum Type { LinePower = 1, BatteryType = 2 };
 enum State {
@@ -87,6 +90,9 @@ UPowerBattery::UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &devi
         std::move(bus), QStringLiteral("org.freedesktop.UPower"), QStringLiteral("upower"))),
       m_device(device)
 {
+    m_kernelTimeout.setSingleShot(true);
+    m_kernelTimeout.setInterval(KernelTimeout);
+    m_kernelTimeout.callOnTimeout(this, [this] { take(); });
     objects().followList(
         ManagerPath, ManagerInterface, QStringLiteral("EnumerateDevices"), {DeviceInterface});
     service().hear(ManagerPath, ManagerInterface, QStringLiteral("DeviceAdded"), this,
@@ -128,8 +134,7 @@ void UPowerBattery::look()
         readKernel();
     else
         m_readsAgain = true; // what it is asked already may be older
-    // A kernel that takes its time, as over a slow controller, keeps no news of the service back.
-    if (m_isReading && !m_patience.isActive())
+    if (m_isReading && !m_kernelTimeout.isActive())
         take();
 }
 
@@ -137,7 +142,7 @@ void UPowerBattery::readKernel()
 {
     m_isReading = true;
     m_readsAgain = false;
-    m_patience.start();
+    m_kernelTimeout.start();
     const QString path = batteryPath();
     const QString folder = PowerSupplies + u'/' + of(path, "NativePath").toString().section(u'/', -1);
     inWorker(
@@ -151,7 +156,7 @@ void UPowerBattery::readKernel()
         },
         [this](const Kernel &kernel) {
             m_isReading = false;
-            m_patience.stop();
+            m_kernelTimeout.stop();
             m_kernel = kernel;
             take();
             if (m_readsAgain)
@@ -204,7 +209,6 @@ void UPowerBattery::take()
     const bool isLie = state.battery ? state.battery->level == 0 : m_hadBattery;
     if (isLie && isSettling())
         return;
-    trust();
     m_hadBattery = state.battery.has_value();
     if (!m_device.isEmpty() && batteryPath().isEmpty())
         miss(QLatin1String("UPower knows no battery '") + m_device + u'\'');

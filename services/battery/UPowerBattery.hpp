@@ -35,7 +35,7 @@ private:
     QString m_device;
     bool m_hadBattery = false;
     Kernel m_kernel; // what it told last
-    QTimer m_patience; // how long it is waited for
+    QTimer m_kernelTimeout; // after which the service's news are published without the kernel's
     bool m_isReading = false;
     bool m_readsAgain = false;
 };

@@ -201,8 +201,10 @@ DataProfileState::Profile NetworkManagerProfiles::profileOf(
     const QString active = activeOf(connection);
     switch (stateOf(active)) {
     case Activating:
-    case Deactivating:
         profile.connection = Connection::Pending;
+        break;
+    case Deactivating: // what is on its way down is of no use any more
+        profile.connection = Connection::None;
         break;
     case Activated:
         profile.connection = Connection::Established;

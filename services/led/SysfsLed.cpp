@@ -231,9 +231,13 @@ SysfsLed::~SysfsLed()
 void SysfsLed::find()
 {
     m_worker.post(
-        this, [device = m_device] { return lampsFor(device); },
-        [this](const Lamps &lamps) {
-            const QString obstacle = obstacleOf(lamps, m_device);
+        this,
+        [device = m_device] {
+            const Lamps lamps = lampsFor(device);
+            return std::pair(lamps, obstacleOf(lamps, device));
+        },
+        [this](const std::pair<Lamps, QString> &result) {
+            const auto &[lamps, obstacle] = result;
             m_lamps = obstacle.isEmpty() ? lamps : Lamps();
             if (obstacle.isEmpty())
                 know(m_state);

@@ -45,12 +45,16 @@ protected:
     virtual void look() = 0;
 
     /*!
-     * Whether the service has appeared less than the grace time ago, and trust() was not called since: it may
-     * not have found yet what it will tell of. look() is called when that time is over.
+     * Whether the service has appeared less than the grace time ago, and nothing that it told was taken over
+     * since: it may not have found yet what it will tell of. look() is called when that time is over.
      */
     [[nodiscard]] bool isSettling() const { return m_settling.isActive(); }
-    /*! From now on what the service says is taken as it stands. */
-    void trust() { m_settling.stop(); }
+    /*! Takes over what the service tells; what it tells from now on is taken as it stands. */
+    void know(State state)
+    {
+        m_settling.stop();
+        SourceType::know(std::move(state));
+    }
 
     [[nodiscard]] BusService &service() { return *m_service; }
     [[nodiscard]] BusObjects &objects() { return m_objects; }

@@ -40,6 +40,16 @@ bool isOfSystem(const QString &mountPoint)
         || mountPoint.startsWith(u"/boot/");
 }
 
+// Reads are counted in the first field, writes in the fifth; the ninth is what is in flight.
+UDisksSdCard::Traffic trafficOf(const QString &disk)
+{
+    const QStringList fields =
+        SysFolder::readFile(QLatin1String("/sys/class/block/") + disk + QLatin1String("/stat"))
+            .value_or(QString())
+            .split(u' ', Qt::SkipEmptyParts);
+    return {{fields.value(0), fields.value(4)}, fields.value(8).toInt() > 0};
+}
+
 } // namespace
 
 UDisksSdCard::UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device)
@@ -50,7 +60,7 @@ UDisksSdCard::UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device
 {
     m_tick.setInterval(TrafficPause);
     m_tick.setTimerType(Qt::VeryCoarseTimer);
-    m_tick.callOnTimeout(this, [this] { onTick(); });
+    m_tick.callOnTimeout(this, [this] { readTraffic(); });
     connect(&service(), &BusService::vanished, this, [this] { watchTraffic({}); });
 }
 
@@ -184,29 +194,32 @@ void UDisksSdCard::watchTraffic(const QString &disk)
     if (disk == m_disk)
         return;
     m_disk = disk;
+    m_traffic.reset();
     m_hasTraffic = false;
     if (disk.isEmpty()) {
         m_tick.stop();
     } else {
-        m_traffic = readTraffic();
+        readTraffic();
         m_tick.start();
     }
 }
 
-UDisksSdCard::Traffic UDisksSdCard::readTraffic() const
+void UDisksSdCard::readTraffic()
 {
-    // Reads are counted in the first field, writes in the fifth; the ninth is what is in flight.
-    const QStringList fields =
-        SysFolder::readFile(QLatin1String("/sys/class/block/") + m_disk + QLatin1String("/stat"))
-            .value_or(QString())
-            .split(u' ', Qt::SkipEmptyParts);
-    return {{fields.value(0), fields.value(4)}, fields.value(8).toInt() > 0};
+    if (std::exchange(m_isReading, true))
+        return;
+    m_worker.post(
+        this, [disk = m_disk] { return trafficOf(disk); },
+        [this, disk = m_disk](const Traffic &traffic) {
+            m_isReading = false;
+            if (disk == m_disk)
+                onTraffic(traffic);
+        });
 }
 
-void UDisksSdCard::onTick()
+void UDisksSdCard::onTraffic(const Traffic &traffic)
 {
-    const Traffic traffic = readTraffic();
-    const bool hasTraffic = traffic.isUnderWay || traffic.completed != m_traffic.completed;
+    const bool hasTraffic = traffic.isUnderWay || (m_traffic && traffic.completed != m_traffic->completed);
     m_traffic = traffic;
     if (std::exchange(m_hasTraffic, hasTraffic) != hasTraffic && objects().isComplete())
         look();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "linux/BusSource.hpp"
+#include "linux/Worker.hpp"
 #include "sdcard/SdCardSource.hpp"
 
 namespace oz::services {
@@ -13,9 +14,6 @@ namespace oz::services {
 class UDisksSdCard final : public BusSource<SdCardSource>
 {
 public:
-    explicit UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device = {});
-
-private:
     /*! What the kernel has counted of a disk. */
     struct Traffic
     {
@@ -23,6 +21,9 @@ private:
         bool isUnderWay = false;
     };
 
+    explicit UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device = {});
+
+private:
     void look() override;
     [[nodiscard]] QVariant of(const QString &path, const QString &interface, const char *property) const;
     [[nodiscard]] QString nameOf(const QString &block) const;
@@ -33,15 +34,17 @@ private:
     [[nodiscard]] QStringList mountPointsOf(const QStringList &blocks) const;
     [[nodiscard]] bool hasJob(const QStringList &objects) const;
     void watchTraffic(const QString &disk);
-    [[nodiscard]] Traffic readTraffic() const;
-    void onTick();
+    void readTraffic();
+    void onTraffic(const Traffic &traffic);
 
     QString m_device;
     bool m_wasMounted = false;
     QString m_disk; // whose traffic is watched: empty while nothing is mounted
-    Traffic m_traffic;
+    std::optional<Traffic> m_traffic; // none before it was read
     bool m_hasTraffic = false;
+    bool m_isReading = false;
     QTimer m_tick;
+    SerialWorker m_worker;
 };
 
 } // namespace oz::services

@@ -1,5 +1,8 @@
 #include "services/Rigs.hpp"
+#include "services/Services.hpp"
 
+#include <oz/device/BatteryInfo.hpp>
+#include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/DeviceInfo.hpp>
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
@@ -22,6 +25,8 @@ protected:
 };
 
 using UDisksTest = TestOver<UDisksRig>;
+using UPowerTest = TestOver<UPowerRig>;
+using NetworkManagerTest = TestOver<NetworkManagerRig>;
 using LinuxHardwareTest = TestOver<HardwareRig>;
 using LogindTest = TestOver<LogindRig>;
 using SensorProxyTest = TestOver<SensorRig>;
@@ -41,6 +46,41 @@ TEST_F(UDisksTest, IsBusyWhileTheKernelReadsItAndGoneWhenItIsPulled)
     service.pullCard();
     EXPECT_EQ(heard.waitFor(4), "state(Unmounted) state(2) activity(Idle) activity(1)");
     EXPECT_EQ(sourceOf("sdcard"), "known");
+}
+
+TEST_F(UDisksTest, AKernelThatHangsHoldsNothingElseUp)
+{
+    service.start();
+    startDaemon();
+    service.hangKernel();
+    sim("battery level 33");
+    EXPECT_EQ(BatteryInfo().level(), 33);
+}
+
+TEST_F(UPowerTest, AKernelThatHangsHoldsNoNewsOfTheServiceBack)
+{
+    service.start();
+    startDaemon();
+    const BatteryInfo battery;
+    EXPECT_EQ(battery.level(), UPowerRig::FirstLevel);
+    service.hangKernel();
+    for (const int level : {70, 60, 50}) {
+        service.setLevel(level);
+        EXPECT_TRUE(waitUntil([&] { return battery.level() == level; })) << level;
+    }
+    EXPECT_EQ(battery.condition(), BatteryCondition::OK) << "what the kernel told last";
+}
+
+TEST_F(NetworkManagerTest, AConnectionThatGoesDownIsNoneThatComesUp)
+{
+    service.start();
+    startDaemon();
+    const CellularDataInterface internet("Internet--Home-");
+    service.change(true);
+    EXPECT_TRUE(waitUntil([&] { return internet.connectionState() == CellularConnectionState::Connected; }));
+    service.goDown();
+    EXPECT_TRUE(
+        waitUntil([&] { return internet.connectionState() == CellularConnectionState::Disconnected; }));
 }
 
 TEST_F(UDisksTest, IsBusyWhileAJobIsUnderWay)
@@ -116,6 +156,18 @@ TEST_F(LogindTest, IsUnknownWhereThereIsNoSessionAndNoSuchSeat)
     EXPECT_TRUE(daemon.waitForFinished());
     startDaemon({"--source", "activity=logind seat=seat-9"});
     EXPECT_TRUE(sourceOf("activity").startsWith("absent: ")) << "the stand-in has words of its own for it";
+}
+
+TEST_F(LogindTest, WhatChangesRightAfterTheDaemonStartedIsPublishedAtOnce)
+{
+    qputenv("OZ_GRACE_TIME", "600");
+    service.start();
+    service.change(true);
+    startDaemon();
+    const DeviceInfo device;
+    EXPECT_EQ(device.activityState(), UserActivityState::Inactive);
+    service.change(false);
+    EXPECT_TRUE(waitUntil([&] { return device.activityState() == UserActivityState::Active; }));
 }
 
 TEST_F(SensorProxyTest, IsMeasuredOnlyWhileSomebodyReads)

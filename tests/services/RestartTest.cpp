@@ -114,6 +114,19 @@ TEST_F(RestartTest, AGroupAndItsSessionStay)
     EXPECT_TRUE(waitUntil([&] { return wifi.connectionState() == WiFiDirectConnectionState::Disconnected; }));
 }
 
+TEST_F(RestartTest, AGroupStaysWhatItIsWhoeverIsInIt)
+{
+    for (const char *group : {"group owner", "group client tv,laptop", "group owner laptop,tv"}) {
+        sim(QString("wifi-direct ") + group);
+        const WiFiDirect wifi;
+        const QString values = valuesOf(wifi);
+        const QVariantMap status = attributesOf("/pps/services/wifi_p2p/manager/status");
+        restart();
+        EXPECT_EQ(valuesOf(wifi), values) << group;
+        EXPECT_EQ(attributesOf("/pps/services/wifi_p2p/manager/status"), status) << group;
+    }
+}
+
 TEST_F(RestartTest, AMiracastSessionStays)
 {
     MiracastManager manager;

@@ -7,6 +7,7 @@
 #include <oz/PpsObject.hpp>
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -55,6 +56,21 @@ void MockDevices::add(const QByteArray &description)
 void MockDevices::set(const QString &device, const QString &attribute, const QString &value)
 {
     order(QStringList{"set", device, attribute, value}.join(' '));
+}
+
+void MockDevices::hang(const QString &path, const std::function<void()> &cause)
+{
+    const QByteArray pipe = QFile::encodeName(file(path));
+    EXPECT_EQ(::unlink(pipe.constData()), 0);
+    EXPECT_EQ(::mkfifo(pipe.constData(), 0644), 0);
+    // It can be opened, as umockdev opens nothing else meanwhile, but never read to its end.
+    QFile &end = m_hanging.emplace_back(QFile::decodeName(pipe));
+    EXPECT_TRUE(end.open(QIODevice::ReadWrite | QIODevice::Unbuffered) && end.putChar('0'));
+    cause();
+    EXPECT_TRUE(waitUntil([&] {
+        int left = 0;
+        return ::ioctl(end.handle(), FIONREAD, &left) == 0 && left == 0;
+    }));
 }
 
 void MockDevices::write(const QString &path, const QByteArray &content)
@@ -198,6 +214,11 @@ void UPowerRig::setLevel(int percent)
     devices().event(Battery, "change");
 }
 
+void UPowerRig::hangKernel()
+{
+    devices().hang(Battery + "/health", [this] { setLevel(75); });
+}
+
 namespace {
 
 const QString Card = "/sys/devices/platform/mmc/mmc_host/mmc1/mmc1:aaaa/block/mmcblk1";
@@ -334,6 +355,11 @@ void UDisksRig::endJob()
 void UDisksRig::readCard(bool reads)
 {
     devices().set(Card, "stat", reads ? "10 0 0 0 5 0 0 0 1 0 0" : "10 0 0 0 5 0 0 0 0 0 0");
+}
+
+void UDisksRig::hangKernel()
+{
+    devices().hang(Card + "/stat", [] {}); // as it is read each second
 }
 
 void UDisksRig::pullCard()
@@ -707,6 +733,12 @@ void NetworkManagerRig::change(bool there)
     } else {
         (void)call(NetworkManagerPath, NetworkManagerName + ".DeactivateConnection", {m_active});
     }
+}
+
+void NetworkManagerRig::goDown()
+{
+    (void)call(m_active, "org.freedesktop.DBus.Mock.UpdateProperties",
+        {NetworkManagerName + ".Connection.Active", "{'State': <uint32 3>}"});
 }
 
 void NetworkManagerRig::refuse()

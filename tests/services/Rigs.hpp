@@ -4,8 +4,11 @@
 #include "harness/Testing.hpp"
 #include "services/AtModem.hpp"
 
+#include <QFile>
 #include <QTemporaryDir>
 
+#include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <optional>
@@ -60,6 +63,9 @@ public:
     void remove(const QString &device);
     /*! Has the kernel tell of a device. */
     void event(const QString &device, const QString &action);
+    /*! Reading this file of /sys takes for ever, as over a controller that hangs; waits until somebody does,
+     * for which there is a cause. */
+    void hang(const QString &path, const std::function<void()> &cause);
     /*! A file of /sys or /proc that belongs to no device. */
     void write(const QString &path, const QByteArray &content);
     /*! Plays the motor that is the input device \a file. */
@@ -73,6 +79,7 @@ private:
     void order(const QString &line);
 
     QTemporaryDir m_files;
+    std::list<QFile> m_hanging;
     Process m_process;
     QString m_folder;
     QStringList m_heard;
@@ -149,6 +156,8 @@ public:
     /*! The battery is at 70 % or at its first level. */
     void change(bool there) override;
     void setLevel(int percent);
+    /*! The kernel does not answer for the battery any more. */
+    void hangKernel();
 };
 
 /*! UDisks2 over a card that is not there, and that is mounted at first. */
@@ -162,6 +171,8 @@ public:
     void change(bool there) override;
     /*! The kernel has a read from the card under way, or has not. */
     void readCard(bool reads);
+    /*! The kernel does not answer for the card any more. */
+    void hangKernel();
     void pullCard();
     /*! Where the card's file system is mounted; nowhere where that is empty. */
     void mount(const QByteArray &place);
@@ -270,6 +281,8 @@ public:
     void start() override;
     /*! The connection is activated, or not, by somebody else. */
     void change(bool there) override;
+    /*! The connection is on its way down. */
+    void goDown();
     /*! Has it refuse to activate anything, as for a user without the right. */
     void refuse();
     /*! Calls a method as the system's tools do, and gives the answer. */
