@@ -25,6 +25,7 @@
 #include <sys/stat.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
+#include <utility>
 
 using namespace oz::services;
 
@@ -161,17 +162,44 @@ void removeTree()
     QDir().rmdir(oz::deviceRoot());
 }
 
-void reload(Daemon &daemon, const Options &options)
+// Reads the configuration anew when it is asked to, but not more often than once a second: sources that are
+// found in threads of their own would pile up.
+class Reload
 {
-    sd_notify(0, "RELOADING=1");
-    try {
-        daemon.reload(readConfiguration(options));
-        qCInfo(logServices) << "the configuration and the phone's file are read anew";
-    } catch (const Error &error) {
-        qCWarning(logServices).noquote() << error.text() + QLatin1String("; everything goes on as it was");
+public:
+    Reload(Daemon &daemon, const Options &options) : m_daemon(daemon), m_options(options)
+    {
+        m_pause.setSingleShot(true);
+        m_pause.setInterval(std::chrono::seconds(1));
+        m_pause.callOnTimeout([this] {
+            if (std::exchange(m_isWanted, false))
+                request();
+        });
     }
-    sd_notify(0, "READY=1");
-}
+    void request()
+    {
+        if (m_pause.isActive()) {
+            m_isWanted = true;
+            return;
+        }
+        m_pause.start();
+        sd_notify(0, "RELOADING=1");
+        try {
+            m_daemon.reload(readConfiguration(m_options));
+            qCInfo(logServices) << "the configuration and the phone's file are read anew";
+        } catch (const Error &error) {
+            qCWarning(logServices).noquote()
+                << error.text() + QLatin1String("; everything goes on as it was");
+        }
+        sd_notify(0, "READY=1");
+    }
+
+private:
+    Daemon &m_daemon;
+    const Options &m_options;
+    QTimer m_pause;
+    bool m_isWanted = false;
+};
 
 // Plays the scenario that was asked for, and logs what becomes of it.
 void playScenario(Daemon &daemon, const Options &options)
@@ -198,9 +226,10 @@ int serve(const Options &options)
 {
     Daemon daemon(
         readConfiguration(options), {}, options.fresh ? Daemon::Start::Fresh : Daemon::Start::Continue);
+    Reload reload(daemon, options);
     onSignals({SIGTERM, SIGINT, SIGHUP}, [&](int signal) {
         if (signal == SIGHUP)
-            reload(daemon, options);
+            reload.request();
         else
             QCoreApplication::quit();
     });

@@ -21,6 +21,31 @@ const QString LocalInterface = QStringLiteral("org.freedesktop.DBus.Local");
 
 } // namespace
 
+// Qt keeps a connection until it is told to drop it, also where nobody is left to take it over.
+struct SystemBus::Attempt
+{
+    explicit Attempt(const QString &name)
+        : connection(QDBusConnection::connectToBus(QDBusConnection::SystemBus, name))
+    {
+    }
+    ~Attempt()
+    {
+        if (!isTaken)
+            QDBusConnection::disconnectFromBus(connection.name());
+    }
+    Attempt(const Attempt &) = delete;
+    Attempt &operator=(const Attempt &) = delete;
+
+    [[nodiscard]] QDBusConnection take()
+    {
+        isTaken = true;
+        return connection;
+    }
+
+    QDBusConnection connection;
+    bool isTaken = false;
+};
+
 SystemBus::SystemBus()
     : m_problem(QStringLiteral("the system bus has not answered yet")), m_retry(FirstPause, LongestPause)
 {
@@ -40,14 +65,12 @@ void SystemBus::tryToConnect()
     static std::atomic<int> s_number = 0;
     const QString name = QStringLiteral("oz-system-bus-") + QString::number(++s_number);
     inWorker(
-        this, [name] { return QDBusConnection::connectToBus(QDBusConnection::SystemBus, name); },
-        [this](const QDBusConnection &connection) {
-            if (connection.isConnected()) {
-                take(connection);
-                return;
-            }
-            QDBusConnection::disconnectFromBus(connection.name());
-            drop(QLatin1String("there is no system bus: ") + connection.lastError().message());
+        this, [name] { return std::make_shared<Attempt>(name); },
+        [this](const std::shared_ptr<Attempt> &attempt) {
+            if (attempt->connection.isConnected())
+                take(attempt->take());
+            else
+                drop(QLatin1String("there is no system bus: ") + attempt->connection.lastError().message());
         });
 }
 

@@ -35,6 +35,8 @@ private Q_SLOTS:
     void onDisconnected();
 
 private:
+    struct Attempt;
+
     void tryToConnect();
     void take(const QDBusConnection &connection);
     void drop(const QString &problem);
