@@ -254,7 +254,8 @@ TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
         return QJsonDocument::fromJson(result.output.toUtf8()).object();
     };
     EXPECT_EQ(at(doctor(0), {"facilities", "battery", "state"}).toString(), "known");
-    EXPECT_TRUE(run({"doctor"}).output.endsWith("\n\nthe services run, and every object can be read\n"));
+    EXPECT_TRUE(run({"doctor"}).output.endsWith(
+        "\n\nthe services run, and every object can be read\n14 of 14 facilities are fed\n"));
 
     // What the daemon may say of a source.
     EXPECT_EQ(

@@ -7,6 +7,7 @@
 #include <oz/PpsObject.hpp>
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QThread>
 #include <QVariantMap>
 
@@ -23,9 +24,17 @@ const QString StatusPath = QStringLiteral("/pps/system/ozdeviced/status");
 
 constexpr std::chrono::milliseconds AnswerDeadline{2000};
 
-bool isAlive(qint64 process)
+enum class ProcessState { Gone, Stopped, Runs };
+
+// Anybody may see this of a process, unlike what it answers to its own user.
+ProcessState stateOf(qint64 process)
 {
-    return process > 0 && (::kill(pid_t(process), 0) == 0 || errno == EPERM);
+    if (process <= 0 || (::kill(pid_t(process), 0) < 0 && errno != EPERM))
+        return ProcessState::Gone;
+    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
+    const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    const QByteArray state = stat.mid(stat.lastIndexOf(')') + 2, 1).toLower();
+    return state == "t" ? ProcessState::Stopped : ProcessState::Runs;
 }
 
 QByteArray requestText(const QString &message, const QVariant &data)
@@ -63,7 +72,8 @@ QVariantMap readStatus()
 // The control object is for the daemon's user only; what it publishes tells others.
 bool isAnothers(const PpsObject &control)
 {
-    return control.error() == EACCES && isAlive(readStatus().value(QStringLiteral("pid")).toLongLong());
+    return control.error() == EACCES
+        && stateOf(readStatus().value(QStringLiteral("pid")).toLongLong()) != ProcessState::Gone;
 }
 
 } // namespace
@@ -81,10 +91,13 @@ DaemonState lookAtDaemon()
             daemon.problem = QLatin1String("ozdeviced (process ") + QString::number(process)
                 + QLatin1String(") does not answer");
         }
+    } else if (!isAnothers(control)) {
+        daemon.problem = QStringLiteral("no ozdeviced is running");
+    } else if (stateOf(process) == ProcessState::Stopped) {
+        daemon.problem =
+            QLatin1String("ozdeviced (process ") + QString::number(process) + QLatin1String(") is stopped");
     } else {
-        daemon.isRunning = isAnothers(control);
-        if (!daemon.isRunning)
-            daemon.problem = QStringLiteral("no ozdeviced is running");
+        daemon.isRunning = true;
     }
     return daemon;
 }

@@ -41,8 +41,11 @@ QString Problem::text() const
     QString text = path + QLatin1String(": ") + qt_error_string(error);
     const QFileInfo file(devicePath(path));
     if (error == EACCES && file.exists()) {
-        text += QLatin1String(" (it is for the user ") + file.owner() + QLatin1String(" and the group ")
-            + file.group() + u')';
+        const auto nameOr = [](const QString &name, uint id) {
+            return name.isEmpty() ? QString::number(id) : name;
+        };
+        text += QLatin1String(" (it is for the user ") + nameOr(file.owner(), file.ownerId())
+            + QLatin1String(" and the group ") + nameOr(file.group(), file.groupId()) + u')';
     }
     return text;
 }

@@ -10,6 +10,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cerrno>
 
 namespace oz::tools {
@@ -50,6 +51,12 @@ QString stateText(const SourceState &state)
                                    : state.state;
 }
 
+qsizetype fedCount(const std::vector<SourceState> &sources)
+{
+    return std::count_if(
+        sources.begin(), sources.end(), [](const SourceState &source) { return source.state == u"known"; });
+}
+
 void print(const std::vector<SourceState> &sources, const QStringList &problems)
 {
     if (!sources.empty()) {
@@ -62,8 +69,17 @@ void print(const std::vector<SourceState> &sources, const QStringList &problems)
     }
     for (const QString &problem : problems)
         printLine(problem);
+    if (sources.empty())
+        return;
+    const auto fed = fedCount(sources);
     if (problems.isEmpty())
         printLine(QStringLiteral("the services run, and every object can be read"));
+    printLine(QStringLiteral("%1 of %2 facilities are fed").arg(fed).arg(sources.size()));
+    if (fed < qsizetype(sources.size())) {
+        printLine(QStringLiteral(
+            "the others are unknown to applications until what the table names is there;\n"
+            "`ozdevice run -- COMMAND` runs a command on a simulated phone, which has them all"));
+    }
 }
 
 QJsonObject json(const std::vector<SourceState> &sources, const QStringList &problems)
@@ -74,7 +90,7 @@ QJsonObject json(const std::vector<SourceState> &sources, const QStringList &pro
             QJsonObject{{QStringLiteral("source"), state.source}, {QStringLiteral("state"), state.state},
                 {QStringLiteral("auto"), state.isAutomatic}, {QStringLiteral("why"), state.reason}});
     }
-    return {{QStringLiteral("facilities"), facilities},
+    return {{QStringLiteral("facilities"), facilities}, {QStringLiteral("fed"), fedCount(sources)},
         {QStringLiteral("problems"), QJsonArray::fromStringList(problems)}};
 }
 
@@ -88,6 +104,8 @@ int doctor(const DoctorOptions &options)
         for (const SourceState &state : sources)
             problems.append(problemOf(state));
         problems.removeAll(QString());
+        if (problems.isEmpty() && fedCount(sources) == 0)
+            problems.append(QStringLiteral("no facility is fed"));
     } else {
         problems.append(unfedText(daemon)
             + QLatin1String("; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"));
@@ -119,7 +137,7 @@ void addDoctorVerb(const Verb &parser, Action &action)
     verb.flag("--json", options->json, "As JSON");
     verb.footer(
         "The exit status is 1 where something is wrong (an object that cannot be read, a source that the\n"
-        "configuration names and that is absent), 3 where no services run.");
+        "configuration names and that is absent, or no facility that is fed), 3 where no services run.");
 }
 
 } // namespace oz::tools
