@@ -1,5 +1,6 @@
 // The installed programs as a user has them: the command, and the daemon that it starts.
 
+#include "harness/Process.hpp"
 #include "harness/Testing.hpp"
 
 #include <QDir>
@@ -254,8 +255,9 @@ TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
         return QJsonDocument::fromJson(result.output.toUtf8()).object();
     };
     EXPECT_EQ(at(doctor(0), {"facilities", "battery", "state"}).toString(), "known");
-    EXPECT_TRUE(run({"doctor"}).output.endsWith(
-        "\n\nthe services run, and every object can be read\n14 of 14 facilities are fed\n"));
+    EXPECT_TRUE(run({"doctor"})
+                    .output.endsWith(
+                        "\n\nthe services run, and every object can be read\n14 of 14 facilities are fed\n"));
 
     // What the daemon may say of a source.
     EXPECT_EQ(
@@ -274,6 +276,12 @@ TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
 
     ::kill(process.toInt(), SIGSTOP);
     EXPECT_TRUE(at(status(3), {"daemon", "problem"}).toString().endsWith(") does not answer"));
+    const ProgramForEverybody command(OZ_COMMAND);
+    EXPECT_EQ(runWithoutRights([&] {
+        qputenv("LD_LIBRARY_PATH", QFileInfo(command.file()).path().toLocal8Bit());
+        return WEXITSTATUS(std::system(qPrintable(command.file() + " doctor >/dev/null 2>&1")));
+    }),
+        3);
     ::kill(process.toInt(), SIGCONT);
     phone.reset();
     told = status(3);
@@ -678,6 +686,26 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
         EXPECT_TRUE(text.contains("| `" + line.trimmed().section(' ', 0, 0) + "` |")) << line.toStdString();
 }
 
+TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
+{
+    root.place("/s.json", R"({"steps": [{"expect": "battery.level == 80", "within": 10}]})");
+    const QString starts = "setsid sleep 100 & echo $! >>" + root.file("/pids")
+        + "; bash -c 'trap \"\" TERM; sleep 100; sleep 100' & echo $! >>" + root.file("/pids");
+    EXPECT_EQ(run({"run", "--", "bash", "-c", starts}).status, 0);
+    EXPECT_EQ(run({"run", "--scenario", root.file("/s.json"), "--until-played", "--", "bash", "-c",
+                      starts + "; wait"})
+                  .status,
+        0);
+    QFile file(root.file("/pids"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArrayList pids = file.readAll().trimmed().split('\n');
+    EXPECT_EQ(pids.size(), 4);
+    for (const QByteArray &pid : pids) {
+        QFile stat("/proc/" + pid + "/stat");
+        EXPECT_TRUE(!stat.open(QIODevice::ReadOnly) || stat.readAll().contains(") Z ")) << pid.toStdString();
+    }
+}
+
 TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
 {
     const QString file = root.file("/r.json");
@@ -686,7 +714,9 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
         const Phone phone;
         EXPECT_EQ(run({"record", file, "--", "bash", "-c", script}).status, 4);
         EXPECT_EQ(run({"record", root.file("/none/r.json"), "--for", "1s"}).status, 1);
-        EXPECT_EQ(run({"record", file + "2", "--", "/none/at/all"}).status, 1);
+        const Result never = run({"record", file + "2", "--", "/none/at/all"});
+        EXPECT_EQ(never.status, 127);
+        EXPECT_TRUE(never.errors.startsWith("ozdevice: /none/at/all: "));
         EXPECT_FALSE(QFile::exists(file + "2")) << "of what never ran";
         root.place("/private.json", "{}");
         EXPECT_EQ(run({"record", root.file("/private.json"), "--keep-identifiers", "--", "true"}).status, 0);

@@ -2,6 +2,7 @@
 #include "ozdevice/DeviceRootWatch.hpp"
 #include "ozdevice/Durations.hpp"
 #include "ozdevice/Output.hpp"
+#include "ozdevice/RunningCommand.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
@@ -9,9 +10,11 @@
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QSaveFile>
 #include <QTimer>
+
+#include <csignal>
+#include <memory>
 
 namespace oz::tools {
 
@@ -89,12 +92,12 @@ int record(const RecordOptions &options)
     if (QSaveFile file(name); !file.open(QIODevice::WriteOnly))
         throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
     EventLoop loop;
-    QProcess command;
+    std::unique_ptr<RunningCommand> command;
     const TerminationSignals signals([&](int signal) {
-        if (command.state() == QProcess::Running && signal != SIGINT)
-            ::kill(pid_t(command.processId()), signal);
-        else if (command.state() == QProcess::NotRunning)
+        if (!command || !command->isRunning())
             QCoreApplication::quit(); // as it is meant to end
+        else if (signal != SIGINT)
+            command->pass(signal);
     });
     Recording recording;
     recording.begin(options);
@@ -104,37 +107,29 @@ int record(const RecordOptions &options)
     timer.start(FetchEvery);
     if (options.duration.seconds > 0)
         QTimer::singleShot(options.duration.milliseconds(), qApp, &QCoreApplication::quit);
-    QStringList words = toStringList(options.words);
-    if (!words.isEmpty()) {
-        const QString program = words.takeFirst();
-        command.setProcessChannelMode(QProcess::ForwardedChannels);
-        command.setInputChannelMode(QProcess::ForwardedInputChannel);
-        command.setChildProcessModifier([&] { signals.unblock(); });
-        QObject::connect(&command, &QProcess::finished, qApp, &QCoreApplication::quit);
-        QObject::connect(&command, &QProcess::errorOccurred, qApp, [&](QProcess::ProcessError error) {
-            loop.guard([&] {
-                if (error == QProcess::FailedToStart)
-                    throw CommandError(Failed, program + QLatin1String(": ") + command.errorString());
-            });
-        });
-        command.start(program, words);
+    if (!options.words.empty()) {
+        command = std::make_unique<RunningCommand>(toStringList(options.words), signals);
+        QObject::connect(command.get(), &RunningCommand::finished, qApp, &QCoreApplication::quit);
+        command->start();
     }
     const DeviceRootWatch rootWatch(&loop);
     try {
         (void)loop.run();
+        // A command that never ran has done nothing that could be played.
+        if (command && !command->problem().isEmpty()) {
+            complain(command->problem());
+            return RunningCommand::NotStarted;
+        }
         recording.fetch(true);
     } catch (const CommandError &) {
-        // A command that never ran has done nothing that could be played.
-        if (command.error() != QProcess::FailedToStart)
-            recording.write(name);
+        recording.write(name);
         throw;
     }
     recording.write(name);
-    command.terminate();
-    command.waitForFinished();
+    const int status = command && !command->isRunning() ? command->status() : Success;
+    command.reset();
     complain(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
-    return options.words.empty() || command.exitStatus() == QProcess::CrashExit ? Success
-                                                                                : command.exitCode();
+    return status;
 }
 
 } // namespace

@@ -1,21 +1,19 @@
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/PrivatePhone.hpp"
+#include "ozdevice/RunningCommand.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <QCoreApplication>
 #include <QProcess>
-#include <QTimer>
 
 #include <csignal>
+#include <optional>
 
 namespace oz::tools {
 
 namespace {
-
-constexpr int NotStarted = 127; // as shells have it
-constexpr std::chrono::seconds EndDeadline{5};
 
 struct RunOptions
 {
@@ -26,18 +24,43 @@ struct RunOptions
     std::vector<std::string> words;
 };
 
+// The control panel beside the command.
+class Panel
+{
+public:
+    explicit Panel(const TerminationSignals &signals)
+    {
+        m_process.setProcessChannelMode(QProcess::ForwardedChannels);
+        m_process.setChildProcessModifier([&signals] { signals.unblock(); });
+        m_process.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
+        if (!m_process.waitForStarted())
+            complain(QLatin1String("the panel: ") + m_process.errorString());
+    }
+    ~Panel()
+    {
+        if (m_process.state() == QProcess::NotRunning)
+            return;
+        m_process.terminate();
+        m_process.waitForFinished();
+    }
+    Panel(const Panel &) = delete;
+    Panel &operator=(const Panel &) = delete;
+
+private:
+    QProcess m_process;
+};
+
 int run(const RunOptions &options)
 {
-    QStringList words = toStringList(options.words);
+    const QStringList words = toStringList(options.words);
     if (words.isEmpty())
         throw CommandError(
             WrongUse, QStringLiteral("run wants a command: ozdevice run -- COMMAND [ARGUMENT...]"));
-    QProcess command;
+    RunningCommand *running = nullptr;
     const TerminationSignals signals([&](int signal) {
-        // Ctrl-C reaches the command by itself; the rest is passed on, also to one that has begun before this
-        // program heard of it.
-        if (signal != SIGINT && command.processId() > 0)
-            ::kill(pid_t(command.processId()), signal);
+        // Also to one that has begun before this program heard of it.
+        if (signal != SIGINT && running)
+            running->pass(signal);
     });
     EventLoop loop;
     const auto scenario = options.scenario.scenario.empty()
@@ -49,69 +72,39 @@ int run(const RunOptions &options)
             : ownPhone);
     if (scenario)
         (void)scenario->check();
-    command.setProcessChannelMode(QProcess::ForwardedChannels);
-    command.setInputChannelMode(QProcess::ForwardedInputChannel);
-    command.setChildProcessModifier([&] { signals.unblock(); });
-    const QString program = words.takeFirst();
-    bool isEnded = false; // by this program
-    const auto endCommand = [&] {
-        isEnded = command.state() != QProcess::NotRunning;
-        command.terminate();
-        QTimer::singleShot(EndDeadline, &command, &QProcess::kill);
-    };
-    QObject::connect(&command, &QProcess::finished, qApp, [&] {
+    std::optional<Panel> panel;
+    if (options.panel)
+        panel.emplace(signals);
+    // It ends before the phone does.
+    RunningCommand command(words, signals);
+    running = &command;
+    QObject::connect(&command, &RunningCommand::finished, qApp, [&] {
         // What it still expects of the command will not come.
         if (scenario && scenario->isPlaying())
             loop.guard([&] { scenario->stop(); });
         else
             QCoreApplication::quit();
     });
-    QObject::connect(&command, &QProcess::errorOccurred, qApp, [&](QProcess::ProcessError error) {
-        if (error == QProcess::FailedToStart)
-            QCoreApplication::exit(NotStarted);
-    });
     if (scenario) {
         QObject::connect(scenario.get(), &PlayedScenario::finished, qApp, [&] {
-            if (command.state() == QProcess::NotRunning)
+            if (!command.isRunning())
                 QCoreApplication::quit();
             else if (options.untilPlayed || !scenario->hasPassed())
-                endCommand();
+                command.end();
         });
-        QObject::connect(&command, &QProcess::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
+        QObject::connect(
+            &command, &RunningCommand::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
     }
-    QProcess panel;
-    if (options.panel) {
-        panel.setProcessChannelMode(QProcess::ForwardedChannels);
-        panel.setChildProcessModifier([&] { signals.unblock(); });
-        panel.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
-        if (!panel.waitForStarted())
-            complain(QLatin1String("the panel: ") + panel.errorString());
-    }
-    command.start(program, words);
-    int status = 0;
-    try {
-        status = loop.run();
-    } catch (const CommandError &) {
-        command.kill();
-        command.waitForFinished();
-        throw;
-    }
-    if (panel.state() != QProcess::NotRunning) {
-        panel.terminate();
-        panel.waitForFinished();
-    }
-    if (status == NotStarted) {
-        complain(program + QLatin1String(": ") + command.errorString());
-        return NotStarted;
-    }
-    if (!isEnded && command.exitStatus() == QProcess::CrashExit)
-        return 128 + command.exitCode();
-    if (!isEnded && command.exitCode() != 0)
-        return command.exitCode();
+    command.start();
+    (void)loop.run();
+    if (!command.problem().isEmpty())
+        complain(command.problem());
+    if (!command.wasEnded() && command.status() != Success)
+        return command.status();
     if (!scenario || scenario->hasPassed())
         return Success;
     // It ended by itself, and may do so before a scenario that expects nothing of it.
-    if (!isEnded && !scenario->hasExpectations() && scenario->wasStopped())
+    if (!command.wasEnded() && !scenario->hasExpectations() && scenario->wasStopped())
         return Success;
     throw CommandError(Failed,
         scenario->wasStopped()
@@ -137,7 +130,7 @@ void addRunVerb(const Verb &parser, Action &action)
         "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started. A scenario has "
         "its\n"
         "own phone, unless --phone names one. Where one of its steps fails, the command is ended, and the\n"
-        "status is 1.");
+        "status is 1. What the command has started ends with it: SIGTERM, and after a second SIGKILL.");
 }
 
 } // namespace oz::tools
