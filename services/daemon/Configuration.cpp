@@ -2,6 +2,8 @@
 
 #include "publishing/Error.hpp"
 
+#include <oz/PrintableText.hpp>
+
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
@@ -15,14 +17,7 @@ namespace {
 // As it can be shown on any terminal.
 QString shown(const QString &text)
 {
-    QString safe;
-    for (const QChar character : text.left(200)) {
-        if (character.isPrint())
-            safe.append(character);
-        else
-            safe.append(QStringLiteral("\\x%1").arg(int(character.unicode()), 2, 16, QChar(u'0')));
-    }
-    return safe;
+    return printableText(text.left(200));
 }
 
 QStringList sourceNamesOf(const Facility &facility)

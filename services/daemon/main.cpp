@@ -6,6 +6,7 @@
 #include "publishing/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>
+#include <oz/PrintableText.hpp>
 
 #include <QCoreApplication>
 #include <QDir>
@@ -46,6 +47,16 @@ struct Options
     bool isPrivate = false;
     int lifeline = -1;
 };
+
+// What is logged may hold text of strangers, and of files that anybody wrote.
+void logPrintably()
+{
+    static QtMessageHandler s_write = nullptr;
+    s_write =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &text) {
+            s_write(type, context, oz::printableText(text));
+        });
+}
 
 // Calls \a slot with the number of each of \a signals that comes, from the event loop.
 void onSignals(const std::vector<int> &signals, const std::function<void(int signal)> &slot)
@@ -315,7 +326,8 @@ int main(int argc, char **argv)
         if (!parser.parse(argc, argv))
             return 0;
     } catch (const oz::arguments::WrongWords &error) {
-        std::fprintf(stderr, "%s\nRun with --help for more information.\n", error.what());
+        std::fprintf(stderr, "%s\nRun with --help for more information.\n",
+            qUtf8Printable(oz::printableText(QString::fromUtf8(error.what()))));
         return 2;
     }
     if (options.listSources) {
@@ -331,6 +343,7 @@ int main(int argc, char **argv)
     if (options.isPrivate && options.lifeline < 0)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const QCoreApplication application(argc, argv);
+    logPrintably();
     raiseDescriptorLimit();
     try {
         const int status = serve(options);
@@ -338,7 +351,7 @@ int main(int argc, char **argv)
             removeTree();
         return status;
     } catch (const Error &error) {
-        std::fprintf(stderr, "ozdeviced: %s\n", error.what());
+        std::fprintf(stderr, "ozdeviced: %s\n", qUtf8Printable(oz::printableText(error.text())));
         return 1;
     }
 }

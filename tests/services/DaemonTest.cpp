@@ -41,7 +41,7 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
     const std::pair<const char *, const char *> wrong[] = {
         {"sdcard = real\n", "/conf:1: sdcard has no source 'real'; it has simulated, udisks2, auto, none"},
         {"sdcard = \033[1mreal\n",
-            "/conf:1: sdcard has no source '\\x1b[1mreal'; it has simulated, udisks2, auto, none"},
+            "/conf:1: sdcard has no source '\\u001b[1mreal'; it has simulated, udisks2, auto, none"},
         {"display = xrandr screen=1\n",
             "/conf:1: display = xrandr has no option 'screen=1'; it has display="},
         {"wifi-direct = none\nwifidirect = auto\n", "/conf:2: 'wifi-direct' stands twice, first in line 1"},

@@ -686,6 +686,71 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
         EXPECT_TRUE(text.contains("| `" + line.trimmed().section(' ', 0, 0) + "` |")) << line.toStdString();
 }
 
+// Text of strangers is in names of files, in objects, in the phone's file and in scenarios, and on the
+// command line.
+TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
+{
+    const QString hostile = QString("x\033[2Jy\rz\nozdevice: all is well\u009b1m\u202e\u2028\u007f\u2066");
+    const QString json =
+        QString::fromUtf8(QJsonDocument(QJsonObject{{"name", hostile}}).toJson(QJsonDocument::Compact))
+            .section(':', 1)
+            .chopped(1);
+    root.place("/phone.json",
+        ("{\"hardware\": {\"device-name\": " + json + "}, \"wifi-direct\": {\"peers\": {\"tv\": {\"name\": "
+            + json + "}}}, \"data-profile\": {\"profiles\": {\"internet\": {}}}}")
+            .toUtf8());
+    root.place("/wrong.json", ("{\"sdcard\": {" + json + ": 1}}").toUtf8());
+    root.place("/s.json",
+        ("{\"description\": " + json + ", \"steps\": [{\"say\": " + json
+            + "}, {\"expect\": \"hardware.name == 'a'\", \"within\": 0.1}]}")
+            .toUtf8());
+    root.place("/w.json", ("{\"steps\": [{" + json + ": 1}]}").toUtf8());
+    QProcess daemon;
+    daemon.start(OZ_DAEMON, {"--config", "/dev/null", "--simulated", "--phone", root.file("/phone.json")});
+    ASSERT_TRUE(daemon.waitForStarted());
+    EXPECT_EQ(run({"wait-ready", "--timeout", "20s"}).status, 0);
+    root.place("/pps/strange/" + QString(hostile).remove('/'),
+        "@a\nb::" + hostile.section('\n', 0, 0).toUtf8() + '\n');
+    EXPECT_EQ(run({"pps", "set", "strange/object", "b:c:" + QString("q\\n\\x1b[2Jr\xc2\x9b")}).status, 0);
+
+    const QList<QStringList> calls{{"show"}, {"show", "--json"}, {"list"}, {"status"}, {"status", "--json"},
+        {"doctor"}, {"doctor", "--json"}, {"pps", "ls", "strange"}, {"pps", "get", "strange/object"},
+        {"pps", "get", "strange/object", "b"}, {"pps", "get", "strange/object", "--json"},
+        {"pps", "get", "strange/" + hostile}, {"pps", "get", "strange/object", hostile},
+        {"sim", "hardware", "name", hostile}, {"sim", "battery", hostile}, {"sim", hostile},
+        {"sim", "--help"}, {"sim", "wifi-direct", "peer-goes", hostile}, {"show", hostile},
+        {"describe", hostile}, {"call", "led", hostile}, {"set", "led", "color", hostile}, {hostile},
+        {"play", "--check", root.file("/s.json")}, {"play", "--check", root.file("/w.json")},
+        {"play", root.file("/s.json")}, {"play", root.file("/s.json"), "--json"}, {"play", hostile},
+        {"run", "--phone", root.file("/wrong.json"), "--", "true"}, {"run", "--", hostile},
+        {"record", root.file("/r.json"), "--only", hostile}, {"watch", "--for", "10ms"}, {"watch", hostile},
+        {"pps", "watch", "strange/object", "--for", "10ms"}};
+    const QRegularExpression raw(
+        "[\\x{00}-\\x{08}\\x{0b}-\\x{1f}\\x{7f}-\\x{9f}\\x{2028}-\\x{202e}\\x{2066}-\\x{2069}]");
+    QString all;
+    for (const QStringList &call : calls) {
+        const Result result = run(call);
+        const QString text = result.output + result.errors;
+        EXPECT_FALSE(text.contains(raw)) << call.join(' ').toStdString() << ": " << text.toStdString();
+        EXPECT_FALSE(text.contains("\nozdevice: all is well")) << call.join(' ').toStdString();
+        all += text;
+    }
+    EXPECT_GT(all.count("\\u202e"), calls.size() / 2) << "it is told all the same";
+    // The daemon's log, also of a phone's file that is wrong.
+    root.place("/phone.json", ("{\"sdcard\": {" + json + ": 1}}").toUtf8());
+    ::kill(pid_t(daemon.processId()), SIGHUP);
+    QByteArray told;
+    EXPECT_TRUE(waitUntil([&] {
+        daemon.setReadChannel(QProcess::StandardError);
+        told += daemon.readAllStandardError();
+        return told.contains("everything goes on as it was");
+    }));
+    EXPECT_FALSE(QString::fromUtf8(told).contains(raw)) << told.toStdString();
+    EXPECT_FALSE(told.contains("\nozdevice: all is well"));
+    daemon.terminate();
+    daemon.waitForFinished();
+}
+
 TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
 {
     root.place("/s.json", R"({"steps": [{"expect": "battery.level == 80", "within": 10}]})");

@@ -1,5 +1,7 @@
 #include "MetaText.hpp"
 
+#include <oz/PrintableText.hpp>
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -46,27 +48,6 @@ QStringList flagNames(const QMetaEnum &type, qint64 number)
     if (rest)
         names.append(QLatin1String("0x") + QString::number(rest, 16));
     return names;
-}
-
-// Text may come from strangers, such as the name of a peer: what would not show, but move the cursor or turn
-// the direction of writing, is written as "\u202e".
-QString printable(const QString &text)
-{
-    QString shown;
-    for (const QChar character : text) {
-        switch (character.category()) {
-        case QChar::Other_Control:
-        case QChar::Other_Format:
-        case QChar::Separator_Line:
-        case QChar::Separator_Paragraph:
-            shown += QLatin1String("\\u")
-                + QString::number(character.unicode(), 16).rightJustified(4, QLatin1Char('0'));
-            break;
-        default:
-            shown += character;
-        }
-    }
-    return shown;
 }
 
 QString jsonText(const QVariant &value)
@@ -138,7 +119,7 @@ QString valueText(const QVariant &value)
     case QMetaType::Float:
         return QString::number(value.toDouble(), 'g', 7);
     case QMetaType::QString:
-        return printable(QLatin1Char('"') + value.toString() + QLatin1Char('"'));
+        return printableText(QLatin1Char('"') + value.toString() + QLatin1Char('"'));
     case QMetaType::QSize: {
         const QSize size = value.toSize();
         return QString::number(size.width()) + QLatin1Char('x') + QString::number(size.height());
@@ -150,7 +131,7 @@ QString valueText(const QVariant &value)
     case QMetaType::QStringList:
     case QMetaType::QVariantList:
     case QMetaType::QVariantMap:
-        return printable(jsonText(value));
+        return printableText(jsonText(value));
     default:
         return value.toString();
     }

@@ -1,6 +1,9 @@
 #include "ozdevice/Output.hpp"
 
+#include <oz/PrintableText.hpp>
+
 #include <QLoggingCategory>
+#include <QRandomGenerator>
 
 #include <algorithm>
 #include <cerrno>
@@ -19,11 +22,22 @@ bool s_verbose = false;
 QLoggingCategory::CategoryFilter s_rules = nullptr;
 bool s_rulesShowLibrary = true;
 
+// By Paint; the first ends the others.
+constexpr const char *PaintCodes[] = {"\033[0m", "\033[1m", "\033[2m", "\033[32m"};
+
+// What stands for the begin of such a code until the line is printed: a character for private use that nobody
+// can foresee, as the line may hold text of strangers.
+QString paintMark()
+{
+    static const QChar mark(0xE000 + QRandomGenerator::global()->bounded(0x1900));
+    return mark;
+}
+
 void handleMessage(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     const bool isOfLibrary = qstrcmp(context.category, LibraryCategory) == 0;
     if (isOfLibrary ? s_verbose && s_rulesShowLibrary : true)
-        std::fprintf(stderr, "%s\n", qUtf8Printable(qFormatLogMessage(type, context, text)));
+        std::fprintf(stderr, "%s\n", qUtf8Printable(printableText(qFormatLogMessage(type, context, text))));
     if (isOfLibrary && type == QtWarningMsg && !s_libraryWarnings.contains(text))
         s_libraryWarnings.append(text);
 }
@@ -42,7 +56,10 @@ void filterCategory(QLoggingCategory *category)
 
 void printLine(const QString &line)
 {
-    const QByteArray text = (line + u'\n').toUtf8();
+    QString shown = printableText(line);
+    for (std::size_t i = 0; i < std::size(PaintCodes); ++i)
+        shown.replace(paintMark() + QString::number(i), QLatin1String(PaintCodes[i]));
+    const QByteArray text = (shown + u'\n').toUtf8();
     if (std::fwrite(text.constData(), 1, std::size_t(text.size()), stdout) != std::size_t(text.size())
         || std::fflush(stdout) != 0) {
         throw CommandError(
@@ -50,14 +67,21 @@ void printLine(const QString &line)
     }
 }
 
+void printLines(const QString &text)
+{
+    for (const QString &line : text.split(u'\n'))
+        printLine(line);
+}
+
+// What is not printable stands inside a string, where JSON writes it the same way.
 void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format)
 {
-    printLine(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());
+    printLines(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());
 }
 
 void complain(const QString &text)
 {
-    std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(text));
+    std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(printableText(text)));
 }
 
 QString painted(Paint paint, const QString &text)
@@ -65,8 +89,7 @@ QString painted(Paint paint, const QString &text)
     static const bool terminal = ::isatty(STDOUT_FILENO) && qEnvironmentVariableIsEmpty("NO_COLOR");
     if (!terminal || paint == Paint::None)
         return text;
-    const char *code = paint == Paint::Bold ? "\033[1m" : paint == Paint::Dim ? "\033[2m" : "\033[32m";
-    return QLatin1String(code) + text + QLatin1String("\033[0m");
+    return paintMark() + QString::number(int(paint)) + text + paintMark() + QString::number(int(Paint::None));
 }
 
 void printRows(const QList<QStringList> &rows, const QString &indentation, const QList<Paint> &paints)

@@ -9,12 +9,15 @@
 
 namespace oz::tools {
 
-/*! Writes one line to standard output, at once; throws CommandError where it cannot be written. */
+/*! Writes one line to standard output, at once, as printableText() has it; throws CommandError where it
+ * cannot be written. */
 void printLine(const QString &line);
+/*! The same of each line of a text. */
+void printLines(const QString &text);
 /*! The same of a JSON object. */
 void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format);
 
-/*! Says something on standard error, after the program's name. */
+/*! Says something on standard error, after the program's name, as printableText() has it. */
 void complain(const QString &text);
 
 enum class Paint { None, Bold, Dim, Value };

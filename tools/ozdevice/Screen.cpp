@@ -6,6 +6,8 @@
 
 #include "ozdevice/Command.hpp"
 
+#include <oz/PrintableText.hpp>
+
 #include <curses.h>
 #include <cwchar>
 #include <sys/ioctl.h>
@@ -120,10 +122,10 @@ int Screen::put(int row, int column, const QString &text, Style style)
     if (row < 0 || row >= rows())
         return column;
     ::wattrset(::stdscr, attributesOf(style));
-    for (const char32_t character : text.toUcs4()) {
+    for (const char32_t character : printableText(text).toUcs4()) {
         wchar_t shown[] = {wchar_t(character), 0};
         int width = ::wcwidth(shown[0]);
-        if (width < 0) { // a control character, or one that this locale has not
+        if (width < 0) { // one that this locale has not
             shown[0] = L'?';
             width = 1;
         }

@@ -78,7 +78,7 @@ QVariantMap parseLines(const PpsOptions &options)
 void print(const QByteArray &message, const PpsOptions &options)
 {
     if (!options.json) {
-        printLine(QString::fromUtf8(message).chopped(message.endsWith('\n') ? 1 : 0));
+        printLines(QString::fromUtf8(message).chopped(message.endsWith('\n') ? 1 : 0));
         return;
     }
     QString problem;
