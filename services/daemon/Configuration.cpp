@@ -38,6 +38,10 @@ SourceOptions optionsOf(const QStringList &words, const Facility &facility, cons
     SourceOptions options;
     for (const QString &word : words) {
         const QString name = word.section(u'=', 0, 0);
+        if (word.endsWith(u'=')) {
+            throw Error(facility.name + QLatin1String(" = ") + source + QLatin1String(": the option '")
+                + shown(word) + QLatin1String("' wants a value"));
+        }
         if (!known.contains(name) || !word.contains(u'=')) {
             throw Error(facility.name + QLatin1String(" = ") + source + QLatin1String(" has no option '")
                 + shown(word) + QLatin1String("'; ")

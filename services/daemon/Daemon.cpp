@@ -1,5 +1,6 @@
 #include "daemon/Daemon.hpp"
 
+#include "phone/Recorder.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Log.hpp"
 
@@ -407,7 +408,9 @@ RequestTable Daemon::requests()
 
 Reply Daemon::describe(const Request &)
 {
-    return {description(), 0, {}};
+    QVariantMap described = description();
+    described.insert(QStringLiteral("recordable"), Recorder::facilities());
+    return {described, 0, {}};
 }
 
 Reply Daemon::sim(const Request &request)
@@ -418,7 +421,7 @@ Reply Daemon::sim(const Request &request)
     try {
         m_running->tellPhone(order.value(QStringLiteral("facility")).toString(), words);
     } catch (const Error &error) {
-        return Reply::failure(EINVAL, error.text());
+        return refusalFor(error);
     }
     m_watch.change(); // services that die are no change of the phone
     m_watch.tell(); // before the answer, so that who gave the order knows what became of it

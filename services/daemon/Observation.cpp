@@ -1,6 +1,7 @@
 #include "daemon/Observation.hpp"
 
 #include "daemon/LongPoll.hpp"
+#include "phone/SimVerb.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Tree.hpp"
 
@@ -38,7 +39,7 @@ RequestTable Observation::requests()
             try {
                 handle(request.data.toMap(), answer);
             } catch (const Error &error) {
-                answer(Reply::failure(EINVAL, error.text()));
+                answer(refusalFor(error));
             }
         };
     };

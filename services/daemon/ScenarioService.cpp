@@ -1,6 +1,7 @@
 #include "daemon/ScenarioService.hpp"
 
 #include "daemon/LongPoll.hpp"
+#include "phone/SimVerb.hpp"
 #include "publishing/Error.hpp"
 
 #include <QFileInfo>
@@ -33,7 +34,7 @@ double speedOf(const QVariant &speed)
         return PhoneClock::WithoutWaiting;
     const double number = speed.toDouble();
     if (!(number >= 0.001 && number <= Fastest)) {
-        throw Error(QLatin1String("the speed is a number from 0.001 to 100000, or max, not '")
+        throw WrongOrder(QLatin1String("the speed is a number from 0.001 to 100000, or max, not '")
             + speed.toString() + u'\'');
     }
     return number;
@@ -48,7 +49,7 @@ ScenarioOptions optionsOf(const QVariantMap &order)
         bool ok = false;
         options.seed = order.value(SeedKey).toString().toUInt(&ok);
         if (!ok)
-            throw Error(QStringLiteral("the seed is a whole number from 0 to 4294967295"));
+            throw WrongOrder(QStringLiteral("the seed is a whole number from 0 to 4294967295"));
     }
     options.keepGoing = order.value(QStringLiteral("keep-going")).toBool();
     return options;
@@ -123,7 +124,7 @@ RequestTable ScenarioService::requests()
             try {
                 answer({handle(request.data.toMap()), 0, {}});
             } catch (const Error &error) {
-                answer(Reply::failure(EINVAL, error.text()));
+                answer(refusalFor(error));
             }
         };
     };
@@ -191,7 +192,7 @@ QVariantMap ScenarioService::recorded(const QVariantMap &order)
         std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
     const QStringList told = steps.mid(from, MostAtOnce);
     QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
-        {QStringLiteral("phone"), m_recorder->phone()}};
+        {QStringLiteral("phone"), m_recorder->phone()}, {QStringLiteral("masked"), m_recorder->hasMasked()}};
     if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
         m_recorder.reset();
     return answer;

@@ -131,16 +131,20 @@ Configuration readConfiguration(const Options &options)
         config = Configuration::parseFile(QString::fromStdString(options.config));
     else if (QFileInfo::exists(installedConfiguration()))
         config = Configuration::parseFile(installedConfiguration());
-    if (options.simulated)
-        config.simulateAll();
-    for (const std::string &line : options.sources) {
-        const QString text = QString::fromStdString(line);
-        config.choose(text.section(u'=', 0, 0), text.section(u'=', 1));
+    try {
+        if (options.simulated)
+            config.simulateAll();
+        for (const std::string &line : options.sources) {
+            const QString text = QString::fromStdString(line);
+            config.choose(text.section(u'=', 0, 0), text.section(u'=', 1));
+        }
+        if (!options.displays.empty())
+            config.choose(QStringLiteral("display"), QString::fromStdString(options.displays));
+        if (!options.trustedGroup.empty())
+            config.setTrustedGroup(QString::fromStdString(options.trustedGroup));
+    } catch (const Error &error) {
+        throw oz::arguments::WrongWords(error.what());
     }
-    if (!options.displays.empty())
-        config.choose(QStringLiteral("display"), QString::fromStdString(options.displays));
-    if (!options.trustedGroup.empty())
-        config.setTrustedGroup(QString::fromStdString(options.trustedGroup));
     if (!options.phone.empty() || !options.scenario.empty())
         config.phoneFile = QString::fromStdString(options.phone.empty() ? options.scenario : options.phone);
     if (config.phoneFile.isEmpty())
@@ -313,6 +317,13 @@ void describe(const oz::arguments::Verb &program, Options &options)
         .valueName("DESCRIPTOR");
 }
 
+int wrongUse(const oz::arguments::WrongWords &error)
+{
+    std::fprintf(stderr, "%s\nRun with --help for more information.\n",
+        qUtf8Printable(oz::printableText(QString::fromUtf8(error.what()))));
+    return 2;
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -326,9 +337,7 @@ int main(int argc, char **argv)
         if (!parser.parse(argc, argv))
             return 0;
     } catch (const oz::arguments::WrongWords &error) {
-        std::fprintf(stderr, "%s\nRun with --help for more information.\n",
-            qUtf8Printable(oz::printableText(QString::fromUtf8(error.what()))));
-        return 2;
+        return wrongUse(error);
     }
     if (options.listSources) {
         listSources();
@@ -350,6 +359,8 @@ int main(int argc, char **argv)
         if (options.isPrivate)
             removeTree();
         return status;
+    } catch (const oz::arguments::WrongWords &error) {
+        return wrongUse(error);
     } catch (const Error &error) {
         std::fprintf(stderr, "ozdeviced: %s\n", qUtf8Printable(oz::printableText(error.text())));
         return 1;

@@ -1,6 +1,7 @@
 #include "phone/Recorder.hpp"
 
 #include "phone/PublicValues.hpp"
+#include "phone/SimVerb.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Tree.hpp"
 #include "radio/CellularWords.hpp"
@@ -80,7 +81,7 @@ Recorder::Recorder(const Tree &tree, const QStringList &facilities, bool keepsId
 {
     for (const QString &facility : facilities) {
         if (!Recorder::facilities().contains(facility)) {
-            throw Error(facility + QLatin1String(" cannot be recorded; what can is ")
+            throw WrongOrder(facility + QLatin1String(" cannot be recorded; what can is ")
                 + Recorder::facilities().join(QLatin1String(", ")));
         }
     }
@@ -166,6 +167,7 @@ QString Recorder::masked(const QString &kind, const QString &text)
 {
     if (m_keepsIdentifiers || text.isEmpty())
         return text;
+    m_hasMasked = true;
     QStringList &known = m_masked[kind];
     if (!known.contains(text))
         known.append(text);
@@ -177,9 +179,12 @@ int Recorder::maskedNumber(const QString &kind, int number)
     return m_keepsIdentifiers ? number : masked(kind, QString::number(number)).section(u'-', -1).toInt();
 }
 
-QString Recorder::maskedDigits(const QString &text, qsizetype kept) const
+QString Recorder::maskedDigits(const QString &text, qsizetype kept)
 {
-    return m_keepsIdentifiers ? text : text.left(kept).leftJustified(text.size() - 1, u'0') + u'1';
+    if (m_keepsIdentifiers)
+        return text;
+    m_hasMasked = true;
+    return text.left(kept).leftJustified(text.size() - 1, u'0') + u'1';
 }
 
 void Recorder::recordSdCard()

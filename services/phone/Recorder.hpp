@@ -32,6 +32,8 @@ public:
 
     /*! The scenario's steps so far, each as JSON in a line. */
     [[nodiscard]] const QStringList &steps() const { return m_steps; }
+    /*! Whether the steps, or the phone, have something else in place of what identifies somebody. */
+    [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
     /*! The scenario's phone: what it must have for the steps to make sense. */
     [[nodiscard]] QVariantMap phone() const;
 
@@ -90,11 +92,12 @@ private:
     [[nodiscard]] QString masked(const QString &kind, const QString &text);
     [[nodiscard]] QString maskedAddress(const QString &address);
     [[nodiscard]] int maskedNumber(const QString &kind, int number);
-    [[nodiscard]] QString maskedDigits(const QString &text, qsizetype kept) const;
+    [[nodiscard]] QString maskedDigits(const QString &text, qsizetype kept);
 
     const Tree &m_tree;
     QStringList m_facilities;
     bool m_keepsIdentifiers;
+    bool m_hasMasked = false;
     QElapsedTimer m_clock;
     bool m_isFirst = true;
     bool m_isPlanned = false;

@@ -1,8 +1,10 @@
 #include "phone/SimVerb.hpp"
 
 #include "publishing/Faults.hpp"
+#include "publishing/ServedObject.hpp"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace oz::services {
 
@@ -66,6 +68,12 @@ SimVerb SimVerb::fault(const FaultOrder &order)
             (void)wordIn(given);
             (void)numberIn(given);
         }};
+}
+
+Reply refusalFor(const Error &error)
+{
+    const bool isMeaningless = dynamic_cast<const WrongOrder *>(&error) != nullptr;
+    return Reply::failure(isMeaningless ? EINVAL : ECANCELED, error.text());
 }
 
 void SimVerb::runAs(const QString &title, const QStringList &given) const

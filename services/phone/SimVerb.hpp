@@ -12,6 +12,8 @@
 
 namespace oz::services {
 
+struct Reply;
+
 struct FaultOrder;
 
 /*! An order that means nothing, whatever the phone is like: an unknown verb, or a value that it does not
@@ -21,6 +23,10 @@ class WrongOrder : public Error
 public:
     using Error::Error;
 };
+
+/*! The reply to whom an order was refused: EINVAL where it means nothing, and ECANCELED where it does not fit
+ * what the phone is like now. */
+[[nodiscard]] Reply refusalFor(const Error &error);
 
 /*! What an argument can be, for who offers a choice of it. */
 struct SimChoice

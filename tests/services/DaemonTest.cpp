@@ -44,6 +44,7 @@ TEST_F(DaemonTest, ReadsOneLineAFacilityAndTellsWhatIsWrongWhere)
             "/conf:1: sdcard has no source '\\u001b[1mreal'; it has simulated, udisks2, auto, none"},
         {"display = xrandr screen=1\n",
             "/conf:1: display = xrandr has no option 'screen=1'; it has display="},
+        {"sdcard = udisks2 device=\n", "/conf:1: sdcard = udisks2: the option 'device=' wants a value"},
         {"wifi-direct = none\nwifidirect = auto\n", "/conf:2: 'wifi-direct' stands twice, first in line 1"},
         {"trusted-group = nobody-at-all\n", "/conf:1: there is no group 'nobody-at-all'"},
     };

@@ -140,8 +140,10 @@ QVariant askDaemon(const QString &message, const QVariant &data)
         answer = PpsObject::decode(control.read(&ok)).value(QStringLiteral("@control")).toMap();
     if (!ok)
         throw CommandError(Failed, QLatin1String("the services did not answer: ") + control.errorString());
-    if (answer.value(QStringLiteral("err")).toInt() != 0)
-        throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
+    // It refuses what means nothing with EINVAL.
+    if (const int error = answer.value(QStringLiteral("err")).toInt(); error != 0)
+        throw CommandError(
+            error == EINVAL ? WrongUse : Failed, answer.value(QStringLiteral("errstr")).toString());
     return answer.value(QStringLiteral("dat"));
 }
 

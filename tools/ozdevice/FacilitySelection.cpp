@@ -1,5 +1,6 @@
 #include "ozdevice/FacilitySelection.hpp"
 
+#include "meta/MetaDescription.hpp"
 #include "ozdevice/Command.hpp"
 #include "ozdevice/Daemon.hpp"
 #include "ozdevice/FacilityInstance.hpp"
@@ -28,6 +29,23 @@ void FacilitySelection::addSelectors(const Verb &verb)
                 "Which " + entry.name.toStdString());
         }
     }
+}
+
+QString FacilitySelection::takeProperty()
+{
+    const QStringList words = toStringList(m_names);
+    const FacilityEntry *entry = words.size() == 2 ? findFacility(words.first()) : nullptr;
+    if (!entry || findFacility(words.last()))
+        return {};
+    QStringList names;
+    for (const QMetaProperty &property : meta::propertiesOf(entry->type))
+        names.append(QLatin1String(property.name()));
+    if (!names.contains(words.last())) {
+        throw CommandError(
+            WrongUse, unknownText(entry->name + QLatin1String(" has no property"), words.last(), names));
+    }
+    m_names.pop_back();
+    return words.last();
 }
 
 std::vector<const FacilityEntry *> FacilitySelection::entries() const

@@ -22,6 +22,10 @@ public:
     /*! Adds the options that tell which display, network or profile is meant. */
     void addSelectors(const Verb &verb);
 
+    /*! The second of two words that are a facility and one of its properties, which is taken away; empty
+     * where they are something else. */
+    [[nodiscard]] QString takeProperty();
+
     [[nodiscard]] bool isNamed() const { return !m_names.empty(); }
     /*! The facilities; throws CommandError for a name that is none, and for a selector that none of them
      * takes. */

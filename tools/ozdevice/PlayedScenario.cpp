@@ -10,6 +10,8 @@
 #include <QXmlStreamWriter>
 
 #include <cerrno>
+#include <termios.h>
+#include <unistd.h>
 
 namespace oz::tools {
 
@@ -20,15 +22,27 @@ QString textAt(const QVariant &entry, const char *key)
     return entry.toMap().value(QLatin1String(key)).toString();
 }
 
+// A full-screen program takes its keys one by one; lines of another's would break its screen.
+bool isTerminalTaken()
+{
+    termios settings{};
+    return ::tcgetattr(STDOUT_FILENO, &settings) == 0 && !(settings.c_lflag & ICANON);
+}
+
 } // namespace
 
-void ScenarioOptions::addTo(const Verb &verb)
+std::vector<arguments::Option> ScenarioOptions::addTo(const Verb &verb)
 {
-    verb.option("--speed", speed, "The phone's time to the real one: a number, or max for without waiting");
-    verb.option("--seed", seed, "What is random is always the same with the same seed (default: the file's)");
-    verb.option("--set", variables, "Give a variable of the scenario another value").valueName("NAME=VALUE");
-    verb.option("--junit", junit, "Write a report of the expectations, as JUnit does").valueName("FILE");
-    verb.flag("--keep-going", keepGoing, "Go on after a step that failed");
+    return {
+        verb.option(
+            "--speed", speed, "The phone's time to the real one: a number, or max for without waiting"),
+        verb.option(
+            "--seed", seed, "What is random is always the same with the same seed (default: the file's)"),
+        verb.option("--set", variables, "Give a variable of the scenario another value")
+            .valueName("NAME=VALUE"),
+        verb.option("--junit", junit, "Write a report of the expectations, as JUnit does").valueName("FILE"),
+        verb.flag("--keep-going", keepGoing, "Go on after a step that failed"),
+    };
 }
 
 PlayedScenario::PlayedScenario(const ScenarioOptions &options, EventLoop &loop)
@@ -127,6 +141,8 @@ void PlayedScenario::onAnswer()
 
 void PlayedScenario::print(const QVariantMap &entry) const
 {
+    if (isTerminalTaken())
+        return;
     if (m_options.json)
         return printJson(QJsonObject::fromVariantMap(entry), QJsonDocument::Compact);
     const QString outcome = textAt(entry, "outcome");

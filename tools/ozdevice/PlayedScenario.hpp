@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <optional>
+#include <vector>
 
 namespace oz::tools {
 
@@ -28,8 +29,8 @@ struct ScenarioOptions
     bool json = false;
     bool quiet = false; //!< prints nothing
 
-    /*! All but the scenario's own name. */
-    void addTo(const Verb &verb);
+    /*! All but the scenario's own name; the options. */
+    std::vector<arguments::Option> addTo(const Verb &verb);
 };
 
 /*! A scenario that the daemon plays, followed to its end: each step is printed, and a report written. */

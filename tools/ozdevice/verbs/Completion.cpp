@@ -135,8 +135,8 @@ QStringList simWords(const QStringList &before)
                     if (word == word.toLower())
                         found.append(word);
                 }
-                if (argument == u"ID" && entry && entry->instances)
-                    found += entry->instances();
+                const QVariantMap choices = verb.value(QStringLiteral("choices")).toMap();
+                found += choices.value(argument).toMap().value(QStringLiteral("words")).toStringList();
             }
         }
     }
@@ -169,6 +169,9 @@ QStringList valuesOf(const QString &option, const Before &before)
     QStringList values;
     if (option == u"--scenario")
         values = scenarioNames();
+    if (option == u"--only")
+        values =
+            askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("recordable")).toStringList();
     if (option == u"--set" && before.facility) {
         for (const QString &name : PropertySetting::namesOf(*before.facility))
             values.append(name + u'=');
@@ -201,6 +204,8 @@ QStringList candidates(const QString &verb, const Before &before, const QString 
     }
     if (verb == u"sim")
         return simWords(before.words);
+    if (verb == u"completion")
+        return {QStringLiteral("bash"), QStringLiteral("zsh"), QStringLiteral("fish")};
     return verb == u"play" ? scenarioNames() : QStringList();
 }
 
@@ -265,7 +270,7 @@ void addCompletionVerbs(const Verb &parser, Action &action)
     completion.option("SHELL", *shell).oneOf({"bash", "zsh", "fish"});
     completion.whenCalled([&action, shell](const std::vector<std::string> &) {
         action = [shell] {
-            printLine(QString::fromLatin1(scripts.at(*shell)).chopped(1));
+            printLines(QString::fromLatin1(scripts.at(*shell)).chopped(1));
             return int(Success);
         };
     });

@@ -75,6 +75,7 @@ int demo(const DemoOptions &options)
     });
     const PrivatePhone phone{QString()};
     PlayedScenario scenario(tour, loop);
+    (void)scenario.check();
     {
         const auto console = isOnTerminal ? std::make_unique<Console>(phoneFacilities(), loop) : nullptr;
         const auto lines = isOnTerminal ? nullptr : std::make_unique<Lines>(loop);

@@ -76,7 +76,7 @@ void print(const std::vector<SourceState> &sources, const QStringList &problems)
         printLine(QStringLiteral("the services run, and every object can be read"));
     printLine(QStringLiteral("%1 of %2 facilities are fed").arg(fed).arg(sources.size()));
     if (fed < qsizetype(sources.size())) {
-        printLine(QStringLiteral(
+        printLines(QStringLiteral(
             "the others are unknown to applications until what the table names is there;\n"
             "`ozdevice run -- COMMAND` runs a command on a simulated phone, which has them all"));
     }

@@ -51,6 +51,7 @@ public:
                     {QStringLiteral("end"),
                         isLast}}).toMap();
             m_phone = told.value(QStringLiteral("phone")).toMap();
+            m_hasMasked = told.value(QStringLiteral("masked")).toBool();
             m_steps += told.value(QStringLiteral("steps")).toStringList();
             isMore = m_steps.size() < told.value(QStringLiteral("count")).toLongLong();
         }
@@ -77,12 +78,14 @@ public:
             throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
     }
     [[nodiscard]] qsizetype count() const { return m_steps.size(); }
+    [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
 
 private:
     QElapsedTimer m_clock;
     QVariantMap m_phone;
     QStringList m_steps;
     bool m_isPrivate = false; // for nobody else's eyes
+    bool m_hasMasked = false;
 };
 
 int record(const RecordOptions &options)
@@ -129,6 +132,8 @@ int record(const RecordOptions &options)
     const int status = command && !command->isRunning() ? command->status() : Success;
     command.reset();
     complain(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
+    if (recording.hasMasked())
+        complain(QStringLiteral("names and identifiers are masked; --keep-identifiers keeps them"));
     return status;
 }
 

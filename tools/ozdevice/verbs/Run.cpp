@@ -119,10 +119,12 @@ void addRunVerb(const Verb &parser, Action &action)
     const auto [verb, options] = Verbs<RunOptions>(parser, action)
                                      .add("run", "Run a command against a simulated phone of its own", run);
     verb.option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
-    verb.option("--scenario", options->scenario.scenario,
+    const auto scenario = verb.option("--scenario", options->scenario.scenario,
         "Play a scenario meanwhile: a file, or the name of an installed one");
-    options->scenario.addTo(verb);
-    verb.flag("--until-played", options->untilPlayed, "End the command when the scenario is over");
+    for (const auto &option : options->scenario.addTo(verb))
+        (void)option.needs(scenario);
+    (void)verb.flag("--until-played", options->untilPlayed, "End the command when the scenario is over")
+        .needs(scenario);
     verb.flag("--panel", options->panel, "Show the control panel meanwhile");
     verb.option("COMMAND", options->words, "The command and its arguments, after --");
     verb.footer(

@@ -57,8 +57,28 @@ void print(const FacilityInstance &instance)
     printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Dim, Paint::Value});
 }
 
+// One value alone, for a script.
+int showProperty(const FacilitySelection &facilities, const QString &name, bool json)
+{
+    const FacilityEntry &entry = facilities.entry();
+    if (withoutUnfed({&entry}).empty())
+        return Unavailable;
+    const FacilityInstance instance(entry, facilities.selected(entry));
+    const bool available = instance.reportProblems();
+    waitForFirstValues(instance);
+    const QVariant value = instance.object()->property(name.toLatin1().constData());
+    if (json)
+        printJson({{name, meta::valueJson(value)}}, QJsonDocument::Compact);
+    else
+        printLine(value.typeId() == QMetaType::QString ? value.toString() : meta::valueText(value));
+    return available ? Success : Unavailable;
+}
+
 int show(const ShowOptions &options)
 {
+    FacilitySelection facilities = options.facilities;
+    if (const QString property = facilities.takeProperty(); !property.isEmpty())
+        return showProperty(facilities, property, options.json);
     const auto entries = options.facilities.entries();
     const auto there = withoutUnfed(entries);
     bool available = there.size() == entries.size();
@@ -98,7 +118,8 @@ void addShowVerb(const Verb &parser, Action &action)
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "As JSON, enumerators by name");
-    verb.footer("Of several displays, networks and profiles, all are shown unless one is selected.");
+    verb.footer("Of several displays, networks and profiles, all are shown unless one is selected.\n"
+                "`ozdevice show FACILITY PROPERTY` prints one value alone, for scripts.");
 }
 
 } // namespace oz::tools

@@ -41,7 +41,7 @@ QString partOf(const QString &word, const QString &verb)
             return part;
         known += verbs;
     }
-    throw CommandError(Failed, unknownText(entry->name + QLatin1String(" has no"), verb, known));
+    throw CommandError(WrongUse, unknownText(entry->name + QLatin1String(" has no"), verb, known));
 }
 
 void listParts()
