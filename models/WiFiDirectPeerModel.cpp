@@ -9,7 +9,7 @@ using device::WiFiDirectRole;
 using device::WiFiDirectSecondaryDeviceType;
 
 WiFiDirectPeerModel::WiFiDirectPeerModel(QObject *parent)
-    : RecordModel({"hardwareAddress", "name", "deviceType", "secondaryTypes", "role", "visible", "connected"},
+    : RecordModel({"hardwareAddress", "name", "deviceType", "secondaryTypes", "role", "inSight", "connected"},
         "name", parent)
 {
     connect(&m_wifi,

@@ -12,7 +12,7 @@ namespace oz::models {
  * - deviceType: a WiFiDirectDeviceType; Unknown of one that is connected out of sight;
  * - secondaryTypes, role: WiFiDirectSecondaryDeviceTypes and a WiFiDirectRole, which are told as a peer comes
  * into sight: Unknown of one that was there before the model;
- * - visible, connected: whether it is in sight, and whether it is connected.
+ * - inSight, connected: whether it is in sight, and whether it is connected.
  *
  * Where Wi-Fi Direct is not supported, or its object cannot be opened, at construction, the model stays empty
  * for its life.
