@@ -95,9 +95,9 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
                 {"activity", QJsonObject{{"type", "SdCardActivity"}, {"value", "Idle"}}}}}}));
 
     QProcess watching;
-    watching.start(Command, {"watch", "sdcard", "--count", "4"});
+    watching.start(Command, {"watch", "sdcard", "--all", "--count", "4"});
     QProcess watchingJson;
-    watchingJson.start(Command, {"watch", "sdcard", "--json", "--typed", "--count", "2"});
+    watchingJson.start(Command, {"watch", "sdcard", "--json", "--count", "2"});
     const auto signalled = [&] {
         return watching.state() == QProcess::NotRunning && watchingJson.state() == QProcess::NotRunning;
     };
@@ -844,6 +844,8 @@ TEST_F(CommandTest, TheConsoleShowsThePhoneAsItChangesAndDrivesIt)
             EXPECT_EQ(::write(terminal, keys.constData(), std::size_t(keys.size())), keys.size());
         };
         ASSERT_TRUE(shows("Discharging") && shows("miracast") && shows("q: quit")) << shown.toStdString();
+        EXPECT_TRUE(shows("%") && shows("dBm"));
+        EXPECT_FALSE(shown.contains("network lo")) << "this machine's interface is none of the phone's";
         EXPECT_EQ(QString(shown).contains(QRegularExpression("\x1b\\[([0-9;]*;)?3[0-7]m")), hasColors);
         shown.clear();
         EXPECT_EQ(run({"sim", "battery", "level", "42"}).status, 0);
@@ -859,10 +861,13 @@ TEST_F(CommandTest, TheConsoleShowsThePhoneAsItChangesAndDrivesIt)
         const winsize small{10, 40, 0, 0};
         shown.clear();
         EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &small), 0);
-        EXPECT_TRUE(shows("sdcard"));
+        EXPECT_TRUE(shows("sdcard") && shows("found '101'")) << "in as many lines as it takes";
         EXPECT_FALSE(shown.contains("miracast")) << "there is no room for it";
+        EXPECT_TRUE(shows(" below")) << shown.toStdString();
+        press("\x1bOF"); // the end
+        EXPECT_TRUE(shows("above") && shows("miracast")) << shown.toStdString();
         press("p");
-        EXPECT_TRUE(shows("low-battery"));
+        EXPECT_TRUE(shows("card-pulled")) << shown.toStdString();
         press("qq"); // back, and out
         int status = 0;
         EXPECT_EQ(::waitpid(console, &status, 0), console);

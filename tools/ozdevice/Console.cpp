@@ -21,8 +21,10 @@ constexpr int FreshFor = 3000; // milliseconds in which a change is shown as one
 constexpr int DrawPause = 40; // milliseconds in which changes are drawn together
 constexpr int TitleWidth = 24;
 
+// Keys and what they do, which a narrow terminal breaks into lines at the gaps.
 const QString Ready =
     QStringLiteral("up down: select   enter: tell it   space: all values   p: play   q: quit");
+constexpr QLatin1String Gap("   ");
 
 // What is worth a glance, in this order; the rest is there when a facility is looked at alone.
 QStringList glanceOf(const QString &facility)
@@ -139,11 +141,13 @@ void Console::read(Line *line, bool isFirst)
         const QVariantMap objects = PpsObject::decode(object->read());
         const QVariantMap attributes = objects.isEmpty() ? QVariantMap() : objects.first().toMap();
         for (auto attribute = attributes.cbegin(); attribute != attributes.cend(); ++attribute)
-            values.push_back({attribute.key(), meta::valueText(*attribute)});
+            values.push_back({attribute.key(), meta::valueText(*attribute), {}});
     }
     for (const QMetaProperty &property : meta::propertiesOf(line->instance->entry().type)) {
-        values.push_back(
-            {QString::fromLatin1(property.name()), meta::valueText(property.read(line->instance->object()))});
+        const QString name = QString::fromLatin1(property.name());
+        const QString text = meta::valueText(property.read(line->instance->object()));
+        const Measure measure = line->instance->entry().measures.value(name);
+        values.push_back({name, text, text == measure.unknown ? QString() : measure.unit});
     }
     for (Value &value : values) {
         const auto before = std::find_if(line->values.begin(), line->values.end(),
@@ -354,6 +358,7 @@ void Console::draw()
 {
     m_screen->clear();
     m_screen->hideCursor();
+    m_footRows = int(footLines().size());
     const QString title = m_view == Menu    ? m_menuTitle
         : m_view == One && !m_lines.empty() ? m_lines[std::size_t(m_selected)]->instance->title()
                                             : QLatin1String("the phone under ") + deviceRoot();
@@ -376,6 +381,7 @@ int Console::firstShown(int selected, int count) const
 void Console::drawAll()
 {
     const int first = firstShown(m_selected, int(m_lines.size()));
+    drawRowsOutside(first, int(m_lines.size()));
     for (int row = 0; row < bodyRows() && first + row < int(m_lines.size()); ++row) {
         const Line &line = *m_lines[std::size_t(first + row)];
         const bool isSelected = first + row == m_selected;
@@ -401,7 +407,10 @@ void Console::drawValue(int row, int *column, const Value &value, bool withName)
 {
     if (withName)
         *column = m_screen->put(row, *column, value.name + u' ', Screen::Dim);
-    *column = m_screen->put(row, *column, value.text, isFresh(value) ? Screen::Changed : Screen::Plain) + 2;
+    *column = m_screen->put(row, *column, value.text, isFresh(value) ? Screen::Changed : Screen::Plain);
+    if (!value.unit.isEmpty())
+        *column = m_screen->put(row, *column, u' ' + value.unit, Screen::Dim);
+    *column += 2;
 }
 
 void Console::drawOne()
@@ -411,6 +420,7 @@ void Console::drawOne()
     const Line &line = *m_lines[std::size_t(m_selected)];
     const int first = std::clamp(m_firstValue, 0, std::max(0, int(line.values.size()) - bodyRows()));
     m_firstValue = first;
+    drawRowsOutside(first, int(line.values.size()));
     for (int row = 0; row < bodyRows() && first + row < int(line.values.size()); ++row) {
         const Value &value = line.values[std::size_t(first + row)];
         m_screen->put(row + 1, 0, value.name, Screen::Dim);
@@ -422,6 +432,7 @@ void Console::drawOne()
 void Console::drawMenu()
 {
     const int first = firstShown(m_choice, int(m_choices.size()));
+    drawRowsOutside(first, int(m_choices.size()));
     for (int row = 0; row < bodyRows() && first + row < int(m_choices.size()); ++row) {
         const Choice &choice = m_choices[std::size_t(first + row)];
         const bool isSelected = first + row == m_choice;
@@ -431,11 +442,45 @@ void Console::drawMenu()
     }
 }
 
+// At the end of the title's line, how many rows there is no room for, of \a count from \a first on.
+void Console::drawRowsOutside(int first, int count)
+{
+    QStringList texts;
+    if (first > 0)
+        texts.append(QString::number(first) + QLatin1String(" above"));
+    if (const int below = count - first - bodyRows(); below > 0)
+        texts.append(QString::number(below) + QLatin1String(" below"));
+    const QString text = QLatin1String("  ") + texts.join(QLatin1String(", "));
+    if (!texts.isEmpty())
+        m_screen->put(0, m_screen->columns() - int(text.size()), text, Screen::Title);
+}
+
+// The message in as many lines as it takes, at most half of the screen.
+QStringList Console::footLines() const
+{
+    if (m_view == Prompt)
+        return {QString()};
+    const QLatin1String gap = m_message.contains(Gap) ? Gap : QLatin1String(" ");
+    QStringList lines{QString()};
+    for (const QString &piece : m_message.split(gap)) {
+        const bool hasRoom = lines.last().size() + gap.size() + piece.size() <= m_screen->columns();
+        if (lines.last().isEmpty())
+            lines.last() = piece;
+        else if (hasRoom || lines.size() >= m_screen->rows() / 2)
+            lines.last() += gap + piece;
+        else
+            lines.append(piece);
+    }
+    return lines;
+}
+
 void Console::drawFoot()
 {
-    const int row = m_screen->rows() - 1;
+    const int row = m_screen->rows() - m_footRows;
     if (m_view != Prompt) {
-        m_screen->put(row, 0, m_message, m_isProblem ? Screen::Wrong : Screen::Dim);
+        const QStringList lines = footLines();
+        for (int i = 0; i < lines.size(); ++i)
+            m_screen->put(row + i, 0, lines[i], m_isProblem ? Screen::Wrong : Screen::Dim);
         return;
     }
     int column = m_screen->put(row, 0, m_promptBegin + u' ', Screen::Title);

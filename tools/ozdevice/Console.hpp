@@ -35,6 +35,7 @@ private:
     {
         QString name;
         QString text;
+        QString unit;
         qint64 changed = -1; // milliseconds since the console started; -1 while it has not
     };
     // A facility's line.
@@ -76,9 +77,11 @@ private:
     void drawOne();
     void drawMenu();
     void drawFoot();
+    void drawRowsOutside(int first, int count);
+    [[nodiscard]] QStringList footLines() const;
     void drawValue(int row, int *column, const Value &value, bool withName);
     [[nodiscard]] bool isFresh(const Value &value) const;
-    [[nodiscard]] int bodyRows() const { return m_screen->rows() - 2; }
+    [[nodiscard]] int bodyRows() const { return std::max(m_screen->rows() - 1 - m_footRows, 1); }
     [[nodiscard]] int firstShown(int selected, int count) const;
 
     const std::vector<const FacilityEntry *> m_entries;
@@ -99,6 +102,7 @@ private:
     QString m_typed;
     QString m_message;
     bool m_isProblem = false;
+    int m_footRows = 1;
 };
 
 } // namespace oz::tools

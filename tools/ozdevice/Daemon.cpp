@@ -11,6 +11,7 @@
 #include <QThread>
 #include <QVariantMap>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 
@@ -121,6 +122,17 @@ std::vector<SourceState> sourceStates(const DaemonState &daemon)
             facility.value(QStringLiteral("auto")).toBool()});
     }
     return states;
+}
+
+bool isPhoneSimulated(const DaemonState &daemon)
+{
+    const auto states = sourceStates(daemon);
+    const auto isFedBy = [](const char *source) {
+        return [source](const SourceState &state) { return state.source == QLatin1String(source); };
+    };
+    return std::any_of(states.begin(), states.end(), isFedBy("simulated"))
+        && std::all_of(states.begin(), states.end(),
+            [&](const SourceState &state) { return isFedBy("simulated")(state) || isFedBy("none")(state); });
 }
 
 QVariant askDaemon(const QString &message, const QVariant &data)

@@ -36,6 +36,9 @@ struct SourceState
 
 [[nodiscard]] std::vector<SourceState> sourceStates(const DaemonState &daemon);
 
+/*! Whether all that it feeds is a simulated phone's. */
+[[nodiscard]] bool isPhoneSimulated(const DaemonState &daemon);
+
 /*!
  * Sends a request ("sim", "describe") to the daemon under the device root and waits for the answer, whose
  * "dat" it gives; throws CommandError where there is no daemon or the request is refused.

@@ -98,7 +98,11 @@ FacilityEntry display()
         return selected.isEmpty() ? std::make_unique<device::DisplayInfo>() : chosen(selected);
     };
     entry.instances = displays;
-    return std::move(entry).from({QStringLiteral("/pps/services/display/displays")});
+    return std::move(entry)
+        .from({QStringLiteral("/pps/services/display/displays")})
+        .measuredIn({{QStringLiteral("pixelSize"), {QStringLiteral("px"), QStringLiteral("-1x-1")}},
+            {QStringLiteral("physicalSize"), {QStringLiteral("mm"), QStringLiteral("-1x-1")}},
+            {QStringLiteral("resolution"), {QStringLiteral("px/m"), QStringLiteral("-1x-1")}}});
 }
 
 FacilityEntry cellularNetwork()
@@ -109,7 +113,9 @@ FacilityEntry cellularNetwork()
     // By their number: the second index has a technology on every device that might run two.
     entry.instances = [] { return indices.mid(0, device::CellularRadioInfo().networkCount()); };
     entry.mayCome = [](const QString &selected) { return indices.contains(selected); };
-    return std::move(entry).from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")});
+    return std::move(entry)
+        .from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")})
+        .measuredIn({{QStringLiteral("signalStrength"), {QStringLiteral("dBm"), QStringLiteral("0")}}});
 }
 
 FacilityEntry dataProfile()
@@ -217,6 +223,12 @@ FacilityEntry FacilityEntry::toldBy(const char *path) &&
     return std::move(*this);
 }
 
+FacilityEntry FacilityEntry::measuredIn(const QHash<QString, Measure> &measuresOfProperties) &&
+{
+    measures = measuresOfProperties;
+    return std::move(*this);
+}
+
 const std::vector<FacilityEntry> &facilityTable()
 {
     using namespace oz::device;
@@ -226,7 +238,10 @@ const std::vector<FacilityEntry> &facilityTable()
         facility<SdCardInfo>("sdcard", "the removable SD card")
             .from({QStringLiteral("/pps/system/filesystem/removable/sdcard")}),
         facility<BatteryInfo>("battery", "the battery and its chargers")
-            .from({QStringLiteral("/pps/system/BattMgr/status")}),
+            .from({QStringLiteral("/pps/system/BattMgr/status")})
+            .measuredIn({{QStringLiteral("level"), {QStringLiteral("%"), QStringLiteral("-1")}},
+                {QStringLiteral("fullChargeCapacity"), {QStringLiteral("mAh"), QStringLiteral("-1")}},
+                {QStringLiteral("temperature"), {QStringLiteral("\u00B0C"), QStringLiteral("nan")}}}),
         facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts")
             .from({QStringLiteral("/pps/services/private/deviceproperties"),
                 QStringLiteral("/pps/services/deviceproperties"),
@@ -255,10 +270,21 @@ const std::vector<FacilityEntry> &facilityTable()
             .answeredBy({{"requestScan", "scanCompleted"}, {"requestConnect", "connectCompleted"},
                 {"requestDisconnect", "disconnectCompleted"}, {"requestPause", "pauseCompleted"},
                 {"requestResume", "resumeCompleted"}, {"requestShutdown", "shutdownCompleted"}})
-            .reading({"miracast_name", "miracast_persistent"}),
+            .reading({"miracast_name", "miracast_persistent"})
+            .measuredIn({{QStringLiteral("devicePixelSize"), {QStringLiteral("px"), QStringLiteral("0x0")}}}),
         networkUsage(),
     };
     return table;
+}
+
+std::vector<const FacilityEntry *> phoneFacilities()
+{
+    std::vector<const FacilityEntry *> entries;
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (!entry.readAnew)
+            entries.push_back(&entry);
+    }
+    return entries;
 }
 
 QStringList facilityNames()

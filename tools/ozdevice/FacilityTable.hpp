@@ -34,6 +34,13 @@ struct LaterAnswer
     QByteArray whileTrue;
 };
 
+/*! What the values of a property are measured in. */
+struct Measure
+{
+    QString unit;
+    QString unknown; //!< the text of the value that measures nothing
+};
+
 /*! A facility of the library as the command offers it. */
 struct FacilityEntry
 {
@@ -70,6 +77,9 @@ struct FacilityEntry
     /*! Whether the first values are all there, where some come from the event loop. */
     std::function<bool(const QObject *object)> isComplete = {};
 
+    /*! What its properties are measured in, by their names. */
+    QHash<QString, Measure> measures = {};
+
     /*! What can be selected now. */
     std::function<QStringList()> instances = {};
     /*! Whether one that is not there now can come, and is followed then. */
@@ -103,10 +113,14 @@ struct FacilityEntry
     }
     FacilityEntry reading(const QList<QByteArray> &properties) &&;
     FacilityEntry toldBy(const char *path) &&;
+    FacilityEntry measuredIn(const QHash<QString, Measure> &measuresOfProperties) &&;
 };
 
 /*! Every facility. A new one is one line there. */
 [[nodiscard]] const std::vector<FacilityEntry> &facilityTable();
+
+/*! Those that are part of a phone; the machine's own network interfaces are none. */
+[[nodiscard]] std::vector<const FacilityEntry *> phoneFacilities();
 
 /*! The names of all, in the order of the table. */
 [[nodiscard]] QStringList facilityNames();

@@ -21,17 +21,6 @@ struct DemoOptions
     ScenarioOptions scenario;
 };
 
-// The facilities that are part of a phone; the machine's own network interfaces are none.
-std::vector<const FacilityEntry *> phoneFacilities()
-{
-    std::vector<const FacilityEntry *> entries;
-    for (const FacilityEntry &entry : facilityTable()) {
-        if (!entry.readAnew)
-            entries.push_back(&entry);
-    }
-    return entries;
-}
-
 // Prints each signal of every facility.
 class Lines
 {

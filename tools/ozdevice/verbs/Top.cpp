@@ -1,4 +1,5 @@
 #include "ozdevice/Console.hpp"
+#include "ozdevice/Daemon.hpp"
 #include "ozdevice/DeviceRootWatch.hpp"
 #include "ozdevice/FacilitySelection.hpp"
 #include "ozdevice/TerminationSignals.hpp"
@@ -15,7 +16,10 @@ struct TopOptions
 
 int top(const TopOptions &options)
 {
-    const auto entries = options.facilities.entries();
+    auto entries = options.facilities.entries();
+    // A simulated phone's owner sees that phone, without this machine's network interfaces.
+    if (!options.facilities.isNamed() && isPhoneSimulated(lookAtDaemon()))
+        entries = phoneFacilities();
     const auto there = withoutUnfed(entries);
     if (there.empty() || (there.size() < entries.size() && !options.facilities.isNamed()))
         return Unavailable;

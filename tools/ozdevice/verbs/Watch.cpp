@@ -24,7 +24,7 @@ struct WatchOptions
 {
     FacilitySelection facilities;
     bool json = false;
-    bool typed = false;
+    bool all = false;
     int count = 0;
     Duration duration;
     Duration every{1};
@@ -82,7 +82,7 @@ public:
             std::make_unique<FacilityInstance>(entry, selected, FacilityInstance::MayComeLater));
         m_taps.push_back(std::make_unique<meta::SignalTap>(
             instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
-                if (!(m_options.typed && isNumericTwin(signal)))
+                if (m_options.all || !isNumericTwin(signal))
                     tell([&] { printSignal(instance, signal, arguments, m_options.json); });
             }));
         bool available = instance.reportProblems();
@@ -188,7 +188,7 @@ void addWatchVerb(const Verb &parser, Action &action)
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "One JSON object a line");
-    verb.flag("--typed", options->typed, "Leave out the second, numeric form of enumeration signals");
+    verb.flag("--all", options->all, "Also the numeric signals that repeat the typed ones");
     verb.duration("--every", options->every.seconds, "How often to read counters (1s)")
         .whenGiven([options = options] { options->hasEvery = true; });
     verb.count("--count", options->count, "End after so many lines");
