@@ -19,6 +19,7 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
@@ -348,6 +349,9 @@ int main(int argc, char **argv)
         return 2;
     }
     ::umask(022); // nobody else writes into the tree's folders, and everybody can read them
+    // Its threads are short-lived and wait most of the time. With an arena for each, the heap would grow by
+    // fragments with every reload of the configuration.
+    ::mallopt(M_ARENA_MAX, 1);
     // The thread that started it may end before its process does.
     if (options.isPrivate && options.lifeline < 0)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
