@@ -1,7 +1,10 @@
+#include <oz/PrintableText.hpp>
+
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QLocale>
 #include <QQmlApplicationEngine>
+#include <QQmlComponent>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QSize>
@@ -22,7 +25,7 @@ enum Status { Failed = 1, WrongUse = 2 };
 
 int complain(Status status, const QString &text)
 {
-    std::fprintf(stderr, "ozdevice-panel: %s\n", qUtf8Printable(text));
+    std::fprintf(stderr, "ozdevice-panel: %s\n", qUtf8Printable(oz::printableText(text)));
     return status;
 }
 
@@ -37,6 +40,17 @@ std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
     return std::make_unique<QGuiApplication>(argc, argv);
 }
 
+// The facilities and other pages that the panel has words for, whether or not a phone has them.
+QStringList knownPages(QQmlEngine *engine)
+{
+    QQmlComponent component(engine);
+    component.setData(
+        "import QtQml\nimport oz.panel\nQtObject { property var pages: Object.keys(Words.facilities) }\n",
+        QUrl());
+    const std::unique_ptr<QObject> words(component.create());
+    return words ? words->property("pages").toStringList() : QStringList();
+}
+
 // Nothing for what is no size.
 QSize sizeOf(const QString &text)
 {
@@ -48,6 +62,8 @@ QSize sizeOf(const QString &text)
 
 int main(int argc, char **argv)
 {
+    char name[] = "ozdevice-panel"; // which the help begins with, wherever the program is
+    argv[0] = name;
     const auto application = makeApplication(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("ozdevice"));
     QCommandLineParser words;
@@ -55,15 +71,15 @@ int main(int argc, char **argv)
     words.addHelpOption();
     words.addOption({QStringLiteral("picture"), QStringLiteral("Takes a picture of the window, and ends."),
         QStringLiteral("file")});
-    words.addOption(
-        {QStringLiteral("page"), QStringLiteral("Begins with this facility."), QStringLiteral("name")});
+    words.addOption({QStringLiteral("page"),
+        QStringLiteral("Begins with this page: a facility, or scenarios."), QStringLiteral("name")});
     words.addOption({QStringLiteral("dark"), QStringLiteral("Begins with light on dark.")});
     words.addOption({QStringLiteral("size"), QStringLiteral("The window's size, such as 360x640."),
         QStringLiteral("size")});
     if (!words.parse(QCoreApplication::arguments()))
         return complain(WrongUse, words.errorText());
-    if (words.isSet(QStringLiteral("help")))
-        words.showHelp();
+    if (words.isSet(QStringLiteral("help")) || words.isSet(QStringLiteral("help-all")))
+        words.process(*application);
     if (!words.positionalArguments().isEmpty())
         return complain(WrongUse, QLatin1String("unexpected: ") + words.positionalArguments().join(u' '));
     const QSize size = sizeOf(words.value(QStringLiteral("size")));
@@ -82,8 +98,14 @@ int main(int argc, char **argv)
     engine.addImportPath(here + QStringLiteral(OZ_MODULES_FROM_PROGRAM));
     engine.addImportPath(here + QLatin1String("../qml"));
     QVariantMap properties{{QStringLiteral("dark"), words.isSet(QStringLiteral("dark"))}};
-    if (words.isSet(QStringLiteral("page")))
-        properties.insert(QStringLiteral("page"), words.value(QStringLiteral("page")));
+    if (const QString page = words.value(QStringLiteral("page")); words.isSet(QStringLiteral("page"))) {
+        const QStringList pages = knownPages(&engine);
+        if (!pages.isEmpty() && !pages.contains(page))
+            return complain(WrongUse,
+                QLatin1String("there is no page '") + page + QLatin1String("'; there is ")
+                    + pages.join(QLatin1String(", ")));
+        properties.insert(QStringLiteral("page"), page);
+    }
     if (!size.isEmpty()) {
         properties.insert(QStringLiteral("width"), size.width());
         properties.insert(QStringLiteral("height"), size.height());

@@ -158,6 +158,32 @@ TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
     EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
 }
 
+TEST_F(PictureTest, ThePanelRefusesPagesThatAreNotThereAndHelps)
+{
+    const struct
+    {
+        QStringList words;
+        int status;
+        QByteArray output, errors;
+    } cases[] = {
+        {{"--help"}, 0, "Usage: ozdevice-panel [options]\n", ""},
+        {{"--help-all"}, 0, "Usage: ozdevice-panel [options]\n", ""},
+        {{"--page", "nosuch"}, 2, "",
+            "ozdevice-panel: there is no page 'nosuch'; there is activity, battery, cellular-network, "
+            "clock, "},
+        {{"--page", ""}, 2, "", "ozdevice-panel: there is no page ''; there is activity, "},
+    };
+    for (const auto &[words, status, output, errors] : cases) {
+        QProcess panel;
+        panel.start(OZ_PROGRAMS "/ozdevice-panel", words);
+        ASSERT_TRUE(panel.waitForFinished()) << words.join(' ').toStdString();
+        EXPECT_EQ(panel.exitStatus(), QProcess::NormalExit);
+        EXPECT_EQ(panel.exitCode(), status) << words.join(' ').toStdString();
+        EXPECT_TRUE(panel.readAllStandardOutput().startsWith(output)) << words.join(' ').toStdString();
+        EXPECT_TRUE(panel.readAllStandardError().startsWith(errors)) << words.join(' ').toStdString();
+    }
+}
+
 // What a device looks like that nobody simulates, and where no daemon is.
 class PanelOfADeviceTest : public PictureTest
 {

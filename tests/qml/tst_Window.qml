@@ -31,6 +31,12 @@ Item {
             waitForRendering(window.contentItem);
         }
 
+        function test_everyPageCanBeNamed() {
+            open({});
+            for (const page of window.pages)
+                verify(Words.facilities[page] !== undefined, page);
+        }
+
         function items(item, holds) {
             let found = [];
             for (let i = 0; i < item.children.length; ++i) {
