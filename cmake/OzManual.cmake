@@ -25,7 +25,7 @@ endfunction()
 # oz_said_by(OUTPUT TARGET WORD...): the file OUTPUT holds what a program prints.
 function(oz_said_by output target)
     add_custom_command(OUTPUT ${output} DEPENDS ${target} VERBATIM
-        COMMAND ${CMAKE_COMMAND} -E env QT_QPA_PLATFORM=offscreen $<TARGET_FILE:${target}> ${ARGN} > ${output})
+        COMMAND ${target} ${ARGN} > ${output})
 endfunction()
 oz_said_by(${OZ_MANUAL_DIR}/command-help ozdevice_command --help-all)
 oz_said_by(${OZ_MANUAL_DIR}/daemon-help ozdeviced --help)
@@ -34,9 +34,7 @@ oz_said_by(${OZ_MANUAL_DIR}/daemon-sources ozdeviced --list-sources)
 oz_manual_page(ozdevice 1 command.md "looks at a phone's hardware and radios, and simulates them"
     OPTIONS ${OZ_MANUAL_DIR}/command-help)
 if(OZ_BUILD_QML)
-    oz_said_by(${OZ_MANUAL_DIR}/panel-help ozdevice_panel --help)
-    oz_manual_page(ozdevice-panel 1 panel.md "shows a phone, and tells a simulated one what to do"
-        OPTIONS ${OZ_MANUAL_DIR}/panel-help)
+    oz_manual_page(ozdevice-panel 1 panel.md "shows a phone, and tells a simulated one what to do")
 endif()
 oz_manual_page(ozdeviced 8 daemon.md "publishes a device's hardware and radios, or a simulated phone's"
     OPTIONS ${OZ_MANUAL_DIR}/daemon-help)

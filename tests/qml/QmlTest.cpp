@@ -8,6 +8,7 @@
 #include <QQmlContext>
 #include <QQmlEngine>
 #include <QQuickStyle>
+#include <QRegularExpression>
 #include <QtQuickTest/quicktest.h>
 
 #include <csignal>
@@ -182,6 +183,24 @@ TEST_F(PictureTest, ThePanelRefusesPagesThatAreNotThereAndHelps)
         EXPECT_TRUE(panel.readAllStandardOutput().startsWith(output)) << words.join(' ').toStdString();
         EXPECT_TRUE(panel.readAllStandardError().startsWith(errors)) << words.join(' ').toStdString();
     }
+}
+
+TEST(PanelManualTest, HasEveryOption)
+{
+    QProcess panel;
+    panel.start(OZ_PROGRAMS "/ozdevice-panel", {"--help"});
+    ASSERT_TRUE(panel.waitForFinished());
+    QFile file(OZ_MANUAL "/ozdevice-panel.1");
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << "no page of the manual (is lowdown installed?)";
+    const QString page = QString::fromUtf8(file.readAll());
+    static const QRegularExpression option("--[a-z-]+");
+    int count = 0;
+    for (const QRegularExpressionMatch &found :
+        option.globalMatch(QString::fromUtf8(panel.readAllStandardOutput()))) {
+        EXPECT_TRUE(page.contains(found.captured())) << found.captured().toStdString();
+        ++count;
+    }
+    EXPECT_GE(count, 6);
 }
 
 // What a device looks like that nobody simulates, and where no daemon is.

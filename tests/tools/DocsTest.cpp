@@ -202,6 +202,28 @@ TEST(DocsIndex, ListsEveryFacility)
     }
 }
 
+TEST(Manual, ListsEveryRowOfThePagesTablesOfTwoColumns)
+{
+    const std::pair<const char *, const char *> pages[] = {{"ozdevice.1", "command.md"},
+        {"ozdevice-panel.1", "panel.md"}, {"ozdeviced.8", "daemon.md"},
+        {"ozdevice-scenario.5", "scenarios.md"}};
+    for (const auto &[name, source] : pages) {
+        ASSERT_TRUE(QFileInfo::exists(OZ_MANUAL "/" + QString(name))) << name << " (is lowdown installed?)";
+        const QString page =
+            contentOf(OZ_MANUAL "/" + QString(name)).remove(QRegularExpression(R"(\\f[A-Z])"));
+        int rows = 0;
+        bool isList = false;
+        for (const QString &line : contentOf(OZ_DOCS "/" + QString(source)).split('\n')) {
+            const QString term = line.mid(2).section(" | ", 0, 0).remove('`');
+            if (isList && line.startsWith("| ") && ++rows) {
+                EXPECT_TRUE(page.contains("\n.LP\n" + term + "\n")) << name << ": " << term.toStdString();
+            }
+            isList = line == "|---|---|" || (isList && line.startsWith("| "));
+        }
+        EXPECT_GE(rows, 3) << name;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Each, DocsTest, ::testing::ValuesIn(facilityTable()),
     [](const auto &row) { return row.param.name.simplified().remove('-').toStdString(); });
 
