@@ -24,6 +24,9 @@ if(OZ_SANITIZE)
     target_link_options(oz_settings INTERFACE -fsanitize=${OZ_SANITIZE})
 endif()
 
+# For sources that check how they are used; a release has nothing of it.
+set(OZ_ASSERTION_DEFINITION $<$<OR:$<BOOL:${OZ_ASSERTIONS}>,$<CONFIG:Debug>>:OZ_ASSERTIONS>)
+
 # What is shipped states the encoding of every text; tests may write plain literals.
 add_library(oz_product INTERFACE)
 target_link_libraries(oz_product INTERFACE oz_settings)

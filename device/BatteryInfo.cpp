@@ -1,10 +1,14 @@
 #include <oz/device/BatteryInfo.hpp>
 
 #include "BatteryInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
-BatteryInfo::BatteryInfo(QObject *parent) : QObject(parent), d(new BatteryInfoPrivate(this)) { }
+BatteryInfo::BatteryInfo(QObject *parent) : QObject(parent), d(new BatteryInfoPrivate(this))
+{
+    keepOnThread(this);
+}
 
 BatteryInfo::~BatteryInfo() = default;
 

@@ -1,12 +1,14 @@
 #include <oz/device/CellularDataInterface.hpp>
 
 #include "CellularDataInterfacePrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
 CellularDataInterface::CellularDataInterface(QObject *parent)
     : QObject(parent), d(new CellularDataInterfacePrivate(this))
 {
+    keepOnThread(this);
 }
 
 CellularDataInterface::CellularDataInterface(const QString &name, QObject *parent)

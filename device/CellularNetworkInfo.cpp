@@ -1,6 +1,7 @@
 #include <oz/device/CellularNetworkInfo.hpp>
 
 #include "CellularNetworkInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
@@ -9,6 +10,7 @@ CellularNetworkInfo::CellularNetworkInfo(QObject *parent) : CellularNetworkInfo(
 CellularNetworkInfo::CellularNetworkInfo(int index, QObject *parent)
     : QObject(parent), d(new CellularNetworkInfoPrivate(index, this))
 {
+    keepOnThread(this);
 }
 
 CellularNetworkInfo::~CellularNetworkInfo() = default;

@@ -1,11 +1,13 @@
 #include <oz/device/CellularRadioInfo.hpp>
 
 #include "CellularRadioInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
 CellularRadioInfo::CellularRadioInfo(QObject *parent) : QObject(parent), d(new CellularRadioInfoPrivate(this))
 {
+    keepOnThread(this);
 }
 
 CellularRadioInfo::~CellularRadioInfo() = default;

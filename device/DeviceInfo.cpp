@@ -1,10 +1,14 @@
 #include <oz/device/DeviceInfo.hpp>
 
 #include "DeviceInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
-DeviceInfo::DeviceInfo(QObject *parent) : QObject(parent), d(new DeviceInfoPrivate(this)) { }
+DeviceInfo::DeviceInfo(QObject *parent) : QObject(parent), d(new DeviceInfoPrivate(this))
+{
+    keepOnThread(this);
+}
 
 DeviceInfo::~DeviceInfo()
 {

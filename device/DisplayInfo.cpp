@@ -1,6 +1,7 @@
 #include <oz/device/DisplayInfo.hpp>
 
 #include "DisplayInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
@@ -19,6 +20,7 @@ DisplayInfo::DisplayInfo(QObject *parent) : DisplayInfo(primaryDisplayId(), pare
 DisplayInfo::DisplayInfo(int displayId, QObject *parent)
     : QObject(parent), d(new DisplayInfoPrivate(displayId, this))
 {
+    keepOnThread(this);
 }
 
 DisplayInfo::~DisplayInfo()

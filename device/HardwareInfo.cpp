@@ -4,6 +4,7 @@
 #include "HardwareInfoPrivate.hpp"
 #include "NamedValue.hpp"
 #include "PpsReading.hpp"
+#include "ThreadRule.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -86,7 +87,10 @@ bool isKestrel()
 
 } // namespace
 
-HardwareInfo::HardwareInfo(QObject *parent) : QObject(parent), d(new HardwareInfoPrivate) { }
+HardwareInfo::HardwareInfo(QObject *parent) : QObject(parent), d(new HardwareInfoPrivate)
+{
+    keepOnThread(this);
+}
 
 HardwareInfo::~HardwareInfo()
 {

@@ -1,12 +1,16 @@
 #include <oz/device/Led.hpp>
 
 #include "LedPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
 Led::Led(QObject *parent) : Led(LedColor::Red, parent) { }
 
-Led::Led(LedColor::Type color, QObject *parent) : QObject(parent), d(new LedPrivate(*this, color)) { }
+Led::Led(LedColor::Type color, QObject *parent) : QObject(parent), d(new LedPrivate(*this, color))
+{
+    keepOnThread(this);
+}
 
 Led::~Led()
 {

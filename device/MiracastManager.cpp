@@ -1,10 +1,14 @@
 #include <oz/device/MiracastManager.hpp>
 
 #include "MiracastManagerPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
-MiracastManager::MiracastManager(QObject *parent) : QObject(parent), d(new MiracastManagerPrivate(this)) { }
+MiracastManager::MiracastManager(QObject *parent) : QObject(parent), d(new MiracastManagerPrivate(this))
+{
+    keepOnThread(this);
+}
 
 MiracastManager::~MiracastManager()
 {

@@ -2,6 +2,7 @@
 
 #include "Log.hpp"
 #include "NetworkDataUsagePrivate.hpp"
+#include "ThreadRule.hpp"
 
 #include <oz/InterfaceData.hpp>
 
@@ -36,6 +37,7 @@ NetworkDataUsage::NetworkDataUsage(QObject *parent) : NetworkDataUsage(QString()
 NetworkDataUsage::NetworkDataUsage(const QString &networkInterfaceName, QObject *parent)
     : QObject(parent), d(new NetworkDataUsagePrivate{this, networkInterfaceName})
 {
+    keepOnThread(this);
 }
 
 NetworkDataUsage::~NetworkDataUsage()

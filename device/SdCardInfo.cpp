@@ -1,10 +1,14 @@
 #include <oz/device/SdCardInfo.hpp>
 
 #include "SdCardInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
-SdCardInfo::SdCardInfo(QObject *parent) : QObject(parent), d(new SdCardInfoPrivate(this)) { }
+SdCardInfo::SdCardInfo(QObject *parent) : QObject(parent), d(new SdCardInfoPrivate(this))
+{
+    keepOnThread(this);
+}
 
 SdCardInfo::~SdCardInfo() = default;
 

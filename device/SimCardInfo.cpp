@@ -1,10 +1,14 @@
 #include <oz/device/SimCardInfo.hpp>
 
 #include "SimCardInfoPrivate.hpp"
+#include "ThreadRule.hpp"
 
 namespace oz::device {
 
-SimCardInfo::SimCardInfo(QObject *parent) : QObject(parent), d(new SimCardInfoPrivate(this)) { }
+SimCardInfo::SimCardInfo(QObject *parent) : QObject(parent), d(new SimCardInfoPrivate(this))
+{
+    keepOnThread(this);
+}
 
 SimCardInfo::~SimCardInfo()
 {

@@ -1,6 +1,7 @@
 #include <oz/device/VibrationController.hpp>
 
 #include "Log.hpp"
+#include "ThreadRule.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -44,7 +45,10 @@ void vibrateImpl(unsigned int intensity, unsigned int duration, const char *call
 
 } // namespace
 
-VibrationController::VibrationController(QObject *parent) : QObject(parent) { }
+VibrationController::VibrationController(QObject *parent) : QObject(parent)
+{
+    keepOnThread(this);
+}
 
 VibrationController::~VibrationController() = default;
 

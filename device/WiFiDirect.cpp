@@ -1,11 +1,15 @@
 #include <oz/device/WiFiDirect.hpp>
 
+#include "ThreadRule.hpp"
 #include "WiFiDirectPrivate.hpp"
 #include "WiFiDirectRequests.hpp"
 
 namespace oz::device {
 
-WiFiDirect::WiFiDirect(QObject *parent) : QObject(parent), d(new WiFiDirectPrivate(this)) { }
+WiFiDirect::WiFiDirect(QObject *parent) : QObject(parent), d(new WiFiDirectPrivate(this))
+{
+    keepOnThread(this);
+}
 
 WiFiDirect::~WiFiDirect()
 {

@@ -5,13 +5,22 @@
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
 #include <oz/device/CellularRadioInfo.hpp>
+#include <oz/device/DeviceInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
+#include <oz/device/HardwareInfo.hpp>
+#include <oz/device/Led.hpp>
 #include <oz/device/MiracastManager.hpp>
+#include <oz/device/NetworkDataUsage.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QRegularExpression>
 #include <QSet>
+#include <QThread>
+
+#include <csignal>
 
 using namespace oz::device;
 using namespace oz::testing;
@@ -258,5 +267,38 @@ TEST(Facilities, ASlotOfAnySignalMayDestroyThoseThatFallBackToTheirDefaults)
         }
     }
 }
+
+#ifdef OZ_ASSERTIONS
+
+template <typename Class>
+void expectToStayOnItsThread()
+{
+    const std::string name = Class::staticMetaObject.className();
+    const auto move = [](bool withParent) {
+        QThread other;
+        QObject parent;
+        auto *object = new Class(withParent ? &parent : nullptr);
+        (withParent ? &parent : object)->moveToThread(&other);
+    };
+    for (const bool withParent : {false, true})
+        EXPECT_EXIT(
+            move(withParent), ::testing::KilledBySignal(SIGABRT), name + ": an object stays on the thread");
+}
+
+template <typename... Classes>
+void expectAllToStayOnTheirThreads()
+{
+    (..., expectToStayOnItsThread<Classes>());
+}
+
+TEST(Facilities, AnObjectThatIsMovedToAnotherThreadEndsTheProgramWithItsClassAndTheRule)
+{
+    const DeviceRoot root;
+    expectAllToStayOnTheirThreads<BatteryInfo, CellularDataInterface, CellularNetworkInfo, CellularRadioInfo,
+        DeviceInfo, DisplayInfo, HardwareInfo, Led, MiracastManager, NetworkDataUsage, SdCardInfo,
+        SimCardInfo, VibrationController, WiFiDirect>();
+}
+
+#endif
 
 } // namespace

@@ -22,7 +22,8 @@ class BatteryInfoPrivate;
  * Source: the attributes "SystemInfo", "ChargerInfo", "BatteryInfo" and "WlcSourceInfo" of the object
  * "/pps/system/BattMgr/status". The battery is the one that "BatteryInfo" calls the active one.
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT BatteryInfo : public QObject
 {

@@ -23,10 +23,10 @@ class CellularDataInterfacePrivate;
  * Source: the attribute of the profile's name of the object "/pps/services/cds/cnice/status". Requests go to
  * the object of the profile's name with "_control" behind it, in the same directory.
  *
- * Use an instance on the thread that created it. Requests, and with them setName() and the destructor while a
- * connection is requested, block that thread until the service answers or goes away, for oz::waitLimit() (60
- * s) at most: the result is InternalError then. Failures are logged as warnings of the category "oz.device",
- * but for a control object that does not open.
+ * Use an instance on the thread that created it, and do not move it to another. Requests, and with them
+ * setName() and the destructor while a connection is requested, block that thread until the service answers
+ * or goes away, for oz::waitLimit() (60 s) at most: the result is InternalError then. Failures are logged as
+ * warnings of the category "oz.device", but for a control object that does not open.
  */
 class OZ_DEVICE_EXPORT CellularDataInterface : public QObject
 {

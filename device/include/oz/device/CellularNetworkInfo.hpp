@@ -31,7 +31,8 @@ class CellularNetworkInfoPrivate;
  * "network_name" of the object
  * "/pps/services/rum/csm/status_public".
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
 {

@@ -24,7 +24,8 @@ class CellularRadioInfoPrivate;
  * "status_persistent" beside it, and "data_services_status" and "data_roaming_status" of
  * "/pps/services/cds/cnice/status".
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
 {

@@ -25,8 +25,8 @@ class DeviceInfoPrivate;
  * Source: the object "/pps/services/sensors/orientation", by way of Qt Sensors and a plugin of this library,
  * and no other sensor; the status "user_activity" of the device "/dev/power/mgr".
  *
- * Use an instance on the thread that created it; all signals come there. Failures are logged as warnings of
- * the category "oz.device".
+ * Use an instance on the thread that created it, where all signals come, and do not move it to another.
+ * Failures are logged as warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT DeviceInfo : public QObject
 {

@@ -26,8 +26,8 @@ class DisplayInfoPrivate;
  * Source: the display service.
  *
  * Create and use an instance on one thread, which has an event loop by then: without one, changes are taken
- * in on the platform's own thread, unsynchronized. Failures are logged as warnings of the category
- * "oz.device".
+ * in on the platform's own thread, unsynchronized. Do not move it to another thread. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT DisplayInfo : public QObject
 {

@@ -22,8 +22,8 @@ class HardwareInfoPrivate;
  * decide who may read them, and they appear in no log); "/pps/services/deviceproperties" for the hardware
  * identifier and the names; "/pps/services/hw_info/inventory" for everything else.
  *
- * The getters may be called from any thread. Failures are logged as warnings of the category "oz.device", at
- * each call.
+ * The getters may be called from any thread, but do not move an instance to another. Failures are logged as
+ * warnings of the category "oz.device", at each call.
  */
 class OZ_DEVICE_EXPORT HardwareInfo : public QObject
 {

@@ -22,7 +22,7 @@ class LedPrivate;
  *
  * flash(), cancel(), setColor() and resetColor() may be called from any thread, and so may the getters;
  * signals come from the thread of the call, while the object is locked. Flashes are counted from the event
- * loop of the thread that created the object.
+ * loop of the thread that created the object. Do not move it to another.
  */
 class OZ_DEVICE_EXPORT Led : public QObject
 {

@@ -36,7 +36,8 @@ class MiracastManagerPrivate;
  * "/pps/services/hw_info/inventory" for whether there is Miracast. Requests go to
  * "/pps/services/miracast/control".
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT MiracastManager : public QObject
 {

@@ -17,7 +17,8 @@ struct NetworkDataUsagePrivate;
  *
  * Source: the kernel's 64-bit counters of the interface; they need no service.
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT NetworkDataUsage : public QObject
 {

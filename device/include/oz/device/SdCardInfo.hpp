@@ -19,7 +19,8 @@ class SdCardInfoPrivate;
  *
  * Source: the attributes "mounted" and "busy" of the object "/pps/system/filesystem/removable/sdcard".
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT SdCardInfo : public QObject
 {

@@ -21,7 +21,8 @@ class SimCardInfoPrivate;
  * "/pps/services/cellular/uicc/card0/status_private", and "imsi" of "status_restricted" beside it. The files'
  * modes decide who may read them; the identifiers appear in no log.
  *
- * Use an instance on the thread that created it. Failures are logged as warnings of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Failures are logged as
+ * warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT SimCardInfo : public QObject
 {

@@ -17,7 +17,7 @@ class VibrationControllerPrivate;
  *
  * Source: each call opens the object "/pps/services/vibrator", writes to it and closes it.
  *
- * Any thread may call it.
+ * Any thread may call it, but do not move an instance to another.
  */
 class OZ_DEVICE_EXPORT VibrationController : public QObject
 {

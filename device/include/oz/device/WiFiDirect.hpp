@@ -36,9 +36,9 @@ class WiFiDirectPrivate;
  * "/pps/services/wifi_p2p/manager/control". Both may be reserved to certain users, since the one holds the
  * group's password.
  *
- * Use an instance on the thread that created it. Requests block that thread until the service answers or goes
- * away, for oz::waitLimit() (60 s) at most: the result is InternalError then. Failures are logged as warnings
- * of the category "oz.device".
+ * Use an instance on the thread that created it, and do not move it to another. Requests block that thread
+ * until the service answers or goes away, for oz::waitLimit() (60 s) at most: the result is InternalError
+ * then. Failures are logged as warnings of the category "oz.device".
  */
 class OZ_DEVICE_EXPORT WiFiDirect : public QObject
 {
