@@ -1,4 +1,4 @@
-# The CMake package, the pkg-config file and what else an installation has beside its targets.
+# The CMake package, the pkg-config files and what else an installation has beside its targets.
 include(CMakePackageConfigHelpers)
 
 set(OZ_PACKAGE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/OzDevice)
@@ -13,7 +13,7 @@ install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/O
 
 # Found from its own place, so that an installation can be moved.
 file(RELATIVE_PATH OZ_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-foreach(library ozdevice ozmodels)
+foreach(library ozdevice ozmodels oztesting)
     configure_file(cmake/${library}.pc.in ${PROJECT_BINARY_DIR}/${library}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${library}.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 endforeach()
