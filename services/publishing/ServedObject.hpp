@@ -24,7 +24,7 @@ struct Reply
 };
 
 /*! An object on which a service takes the messages of its clients. One that is longer than the limit is
- * answered with EMSGSIZE, and the connection ends. */
+ * malformed: it is answered with EINVAL, and the connection stays. */
 class ServedObject : public QObject, public TreeObject
 {
     Q_OBJECT

@@ -768,12 +768,12 @@ TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
 
 TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
 {
-    root.place("/s.json", R"({"steps": [{"expect": "battery.level == 80", "within": 10}]})");
+    root.place("/s.json", R"({"steps": [{"expect": "battery.level == 33", "within": 10}]})");
     const QString starts = "setsid sleep 100 & echo $! >>" + root.file("/pids")
         + "; bash -c 'trap \"\" TERM; sleep 100; sleep 100' & echo $! >>" + root.file("/pids");
     EXPECT_EQ(run({"run", "--", "bash", "-c", starts}).status, 0);
     EXPECT_EQ(run({"run", "--scenario", root.file("/s.json"), "--until-played", "--", "bash", "-c",
-                      starts + "; wait"})
+                      starts + "; " OZ_COMMAND " sim battery level 33; wait"})
                   .status,
         0);
     QFile file(root.file("/pids"));

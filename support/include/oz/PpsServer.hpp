@@ -20,14 +20,14 @@ class PpsServerPrivate;
  * Serves one control object of the tree, as the service behind it: each client that opens the object is a
  * connection of its own, whose messages arrive in order, and which alone hears what is sent to it.
  *
- * Clients cannot harm it. A message over the limit, or a client that leaves so many answers unread that its
- * queue is full, ends that client's connection. The users of all servers of a thread have turns of a
- * millisecond each, one after the other, however many clients and messages they have; so the limit for
- * messages also limits how long one user waits for another. A user has at most 500 clients, and all have
- * 1,000. Beyond that, and where the process has few descriptors left, the client of the user with the most
- * clients that was idle for longest gives way to the new one; if all its clients have something under way,
- * one of these does, unless the new client's user has as many. Otherwise the new one is refused. The log
- * tells it once a minute.
+ * Clients cannot harm it. A message over the limit is not taken in, and refused() tells of it. A client that
+ * leaves so many answers unread that its queue is full loses its connection. The users of all servers of a
+ * thread have turns of a millisecond each, one after the other, however many clients and messages they have;
+ * so the limit for messages also limits how long one user waits for another. A user has at most 500 clients,
+ * and all have 1,000. Beyond that, and where the process has few descriptors left, the client of the user
+ * with the most clients that was idle for longest gives way to the new one; if all its clients have something
+ * under way, one of these does, unless the new client's user has as many. Otherwise the new one is refused.
+ * The log tells it once a minute.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
