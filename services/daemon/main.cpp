@@ -1,6 +1,7 @@
 // The services daemon: publishes the device's tree and serves its control objects.
 
 #include "Arguments.hpp"
+#include "ScenarioNames.hpp"
 #include "daemon/Daemon.hpp"
 #include "publishing/Error.hpp"
 #include "publishing/Log.hpp"
@@ -125,6 +126,16 @@ QString installedConfiguration()
     return (prefix == u"/usr" ? QString() : prefix) + QLatin1String("/etc/ozdevice/ozdeviced.conf");
 }
 
+// The scenario's file.
+QString scenarioOf(const Options &options)
+{
+    const QString word = QString::fromStdString(options.scenario);
+    if (const auto file = oz::arguments::scenarioFile(word))
+        return *file;
+    throw Error(QLatin1String("there is no file and no installed scenario '") + word
+        + QLatin1String("'; installed are ") + oz::arguments::installedScenarios().join(QLatin1String(", ")));
+}
+
 Configuration readConfiguration(const Options &options)
 {
     Configuration config;
@@ -146,8 +157,10 @@ Configuration readConfiguration(const Options &options)
     } catch (const Error &error) {
         throw oz::arguments::WrongWords(error.what());
     }
-    if (!options.phone.empty() || !options.scenario.empty())
-        config.phoneFile = QString::fromStdString(options.phone.empty() ? options.scenario : options.phone);
+    if (!options.phone.empty())
+        config.phoneFile = QString::fromStdString(options.phone);
+    else if (!options.scenario.empty())
+        config.phoneFile = scenarioOf(options);
     if (config.phoneFile.isEmpty())
         config.phoneFile = inPrefix(QStringLiteral("share/ozdevice/phone.json"));
     return config;
@@ -220,8 +233,7 @@ private:
 // Plays the scenario that was asked for, and logs what becomes of it.
 void playScenario(Daemon &daemon, const Options &options)
 {
-    QVariantMap order{
-        {QStringLiteral("file"), QFileInfo(QString::fromStdString(options.scenario)).absoluteFilePath()}};
+    QVariantMap order{{QStringLiteral("file"), scenarioOf(options)}};
     if (!options.speed.empty())
         order.insert(QStringLiteral("speed"), QString::fromStdString(options.speed));
     QObject::connect(&daemon.scenarios(), &ScenarioService::logged, qApp, [](const ScenarioEntry &entry) {
@@ -286,8 +298,10 @@ void describe(const oz::arguments::Verb &program, Options &options)
     program.option("--phone", options.phone, "The simulated phone's file, or a scenario that has one")
         .valueName("FILE");
     const auto scenario =
-        program.option("--scenario", options.scenario, "Play a scenario on the simulated phone")
-            .valueName("FILE");
+        program
+            .option("--scenario", options.scenario,
+                "Play a scenario on the simulated phone: a file, or the name of an installed one")
+            .valueName("SCENARIO");
     program
         .option("--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
         .needs(scenario);

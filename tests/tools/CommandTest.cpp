@@ -739,6 +739,19 @@ TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
         {"play", root.file("/s.json")}, {"play", root.file("/s.json"), "--json"}, {"play", hostile},
         {"run", "--phone", root.file("/wrong.json"), "--", "true"}, {"run", "--", hostile},
         {"record", root.file("/r.json"), "--only", hostile}, {"watch", "--for", "10ms"}, {"watch", hostile},
+    QProcess daemon;
+    qputenv("OZ_DEVICE_ROOT", root.file("/second").toLocal8Bit());
+    daemon.start(OZ_DAEMON, {"--simulated", "--scenario", "trane-ride"});
+    ASSERT_TRUE(daemon.waitForFinished());
+    EXPECT_EQ(daemon.exitCode(), 1);
+    EXPECT_TRUE(daemon.readAllStandardError().startsWith(
+        "ozdeviced: there is no file and no installed scenario 'trane-ride'; installed are "));
+    {
+        const Phone traveller({"--scenario", "train-ride"});
+        EXPECT_EQ(run({"play", "--stop"}), (Result{0, "", ""})) << "an installed one, by its name";
+    }
+    qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
+
         {"pps", "watch", "strange/object", "--for", "10ms"}};
     const QRegularExpression raw(
         "[\\x{00}-\\x{08}\\x{0b}-\\x{1f}\\x{7f}-\\x{9f}\\x{2028}-\\x{202e}\\x{2066}-\\x{2069}]");
