@@ -659,6 +659,18 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
     QDir::setCurrent(before);
 }
 
+TEST_F(CommandTest, RunOffersTheModuleForQml)
+{
+    const auto paths = [](const QString &before) {
+        qputenv("QML_IMPORT_PATH", before.toLocal8Bit());
+        return run({"run", "--", "sh", "-c", "echo $QML_IMPORT_PATH"}).output.trimmed().split(':');
+    };
+    const QString own = paths("").value(0);
+    EXPECT_TRUE(QFile::exists(own + "/oz/device/qmldir")) << own.toStdString();
+    EXPECT_EQ(paths("/mine:/other"), (QStringList{"/mine", "/other", own}));
+    EXPECT_EQ(paths(own + ":/mine"), (QStringList{own, "/mine"}));
+}
+
 TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
 {
     root.place("/s.json", R"({"steps": ["battery level 3", {"wait": 100}, "battery level 2"]})");

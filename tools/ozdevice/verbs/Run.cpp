@@ -6,6 +6,8 @@
 #include "ozdevice/Verbs.hpp"
 
 #include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 
 #include <csignal>
@@ -50,6 +52,23 @@ private:
     QProcess m_process;
 };
 
+// Lets an application in QML import what is installed, or built, beside this program.
+void offerModules()
+{
+    const char *const variable = "QML_IMPORT_PATH";
+    const QDir here(QCoreApplication::applicationDirPath());
+    for (const char *folder : {OZ_MODULES_FROM_PROGRAM, "../qml"}) {
+        const QString modules = QDir::cleanPath(here.filePath(QLatin1String(folder)));
+        if (!QFileInfo::exists(modules + QLatin1String("/oz/device/qmldir")))
+            continue;
+        QStringList paths = qEnvironmentVariable(variable).split(QDir::listSeparator(), Qt::SkipEmptyParts);
+        if (!paths.contains(modules))
+            paths.append(modules);
+        qputenv(variable, QFile::encodeName(paths.join(QDir::listSeparator())));
+        return;
+    }
+}
+
 int run(const RunOptions &options)
 {
     const QStringList words = toStringList(options.words);
@@ -72,6 +91,7 @@ int run(const RunOptions &options)
             : ownPhone);
     if (scenario)
         (void)scenario->check();
+    offerModules();
     std::optional<Panel> panel;
     if (options.panel)
         panel.emplace(signals);
