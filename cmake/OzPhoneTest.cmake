@@ -2,8 +2,9 @@
 #     [UNTIL_PLAYED] [WORKING_DIRECTORY folder]):
 # a test that runs the command against a simulated phone of its own, which it sees as its device. It passes where the
 # command ends with 0, and each step of the scenario and each of its expectations does too. PHONE is a phone's file,
-# SCENARIO that of a scenario or the name of an installed one; relative files are beside the CMakeLists.txt. With
-# UNTIL_PLAYED, the command is ended when the scenario is over. The command can be a target, as for add_test().
+# SCENARIO that of a scenario or the name of an installed one; relative files are beside the CMakeLists.txt. SPEED is
+# the phone's time to the real one; max, or 0, is without waiting. With UNTIL_PLAYED, the command is ended when the
+# scenario is over. The command can be a target, as for add_test().
 function(oz_add_phone_test)
     cmake_parse_arguments(PARSE_ARGV 0 arg "UNTIL_PLAYED" "NAME;PHONE;SCENARIO;SPEED;JUNIT;WORKING_DIRECTORY" "COMMAND")
     foreach(wanted NAME COMMAND)
@@ -32,7 +33,7 @@ function(oz_add_phone_test)
             list(APPEND run --${option} ${path})
         endif()
     endforeach()
-    if(arg_SPEED)
+    if(DEFINED arg_SPEED) # 0 is a speed too
         list(APPEND run --speed ${arg_SPEED})
     endif()
     if(arg_UNTIL_PLAYED)

@@ -7,6 +7,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 #include <QStandardPaths>
 
 #include <atomic>
@@ -290,10 +291,9 @@ void Phone::play(const QString &file, const PlayOptions &options)
 {
     QVariantMap order{{QStringLiteral("file"), QFileInfo(file).absoluteFilePath()},
         {QStringLiteral("variables"), options.variables}, {QStringLiteral("keep-going"), options.keepGoing}};
-    if (options.speed == 0)
-        order.insert(QStringLiteral("speed"), QStringLiteral("max"));
-    else
-        order.insert(QStringLiteral("speed"), options.speed);
+    // As text, which can also hold what is no number, so that the services refuse it.
+    order.insert(
+        QStringLiteral("speed"), QString::number(options.speed, 'g', QLocale::FloatingPointShortest));
     (void)d->link.request(file, QStringLiteral("play"), order);
 }
 

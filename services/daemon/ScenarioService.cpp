@@ -28,13 +28,18 @@ const char *wordOf(ScenarioPlayer::State state)
     return words[state];
 }
 
+// A scenario at speed 0 would never end, so 0 means the same as max.
 double speedOf(const QVariant &speed)
 {
     if (speed == MaxSpeed)
         return PhoneClock::WithoutWaiting;
-    const double number = speed.toDouble();
-    if (!(number >= 0.001 && number <= Fastest)) {
-        throw WrongOrder(QLatin1String("the speed is a number from 0.001 to 100000, or max, not '")
+    bool ok = false;
+    const double number = speed.toDouble(&ok);
+    if (ok && number == 0)
+        return PhoneClock::WithoutWaiting;
+    if (!(ok && number >= 0.001 && number <= Fastest)) {
+        throw WrongOrder(
+            QLatin1String("the speed is a number from 0.001 to 100000, or max (which 0 means too), not '")
             + speed.toString() + u'\'');
     }
     return number;

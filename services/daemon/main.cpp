@@ -303,7 +303,8 @@ void describe(const oz::arguments::Verb &program, Options &options)
                 "Play a scenario on the simulated phone: a file, or the name of an installed one")
             .valueName("SCENARIO");
     program
-        .option("--speed", options.speed, "The phone's time to the real one while it plays: a number, or max")
+        .option("--speed", options.speed,
+            "The phone's time to the real one while it plays: a number, or max for without waiting (as 0)")
         .needs(scenario);
     program
         .option("--source", options.sources,

@@ -14,6 +14,7 @@
 #include <QRegularExpression>
 #include <QTimer>
 
+#include <cmath>
 #include <csignal>
 #include <sys/wait.h>
 #include <thread>
@@ -454,6 +455,10 @@ TEST(Phone, PlaysScenarios)
     phone.stopPlaying();
     EXPECT_FALSE(phone.isPlaying());
     EXPECT_THAT(errorOf([&] { phone.play(folder.file("/none.json")); }), HasSubstr("none.json"));
+    for (const double speed : {-1.0, double(NAN)}) {
+        EXPECT_THAT(errorOf([&] { phone.play(folder.file("/long.json"), {.speed = speed}); }),
+            HasSubstr("the speed is a number from 0.001 to 100000, or max"));
+    }
 }
 
 TEST(Phone, IsOneOfManyWhichDoNotSeeEachOther)

@@ -34,8 +34,8 @@ bool isTerminalTaken()
 std::vector<arguments::Option> ScenarioOptions::addTo(const Verb &verb)
 {
     return {
-        verb.option(
-            "--speed", speed, "The phone's time to the real one: a number, or max for without waiting"),
+        verb.option("--speed", speed,
+            "The phone's time to the real one: a number, or max for without waiting (as 0)"),
         verb.option(
             "--seed", seed, "What is random is always the same with the same seed (default: the file's)"),
         verb.option("--set", variables, "Give a variable of the scenario another value")

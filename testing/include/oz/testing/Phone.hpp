@@ -27,8 +27,8 @@ struct PhoneRequest
 /*! How a scenario is played. */
 struct PlayOptions
 {
-    double speed = 1; //!< the phone's time to the real one, 0.001 to 100,000; 0: without waiting
-    QVariantMap variables; //!< values of the scenario's variables, in the place of its own
+    double speed = 1; //!< the phone's time to the real one, 0.001 to 100,000; 0: without waiting, as `max`
+    QVariantMap variables = {}; //!< values of the scenario's variables, in the place of its own
     bool keepGoing = false; //!< past what fails
 };
 
