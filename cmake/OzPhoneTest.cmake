@@ -1,12 +1,14 @@
 # oz_add_phone_test(NAME name COMMAND command [argument...] [PHONE file] [SCENARIO file] [SPEED factor|max] [JUNIT file]
-#     [UNTIL_PLAYED] [WORKING_DIRECTORY folder]):
+#     [WAIT_FOR open|request|none] [WAIT_LIMIT time] [UNTIL_PLAYED] [WORKING_DIRECTORY folder]):
 # a test that runs the command against a simulated phone of its own, which it sees as its device. It passes where the
 # command ends with 0, and each step of the scenario and each of its expectations does too. PHONE is a phone's file,
-# SCENARIO that of a scenario or the name of an installed one; relative files are beside the CMakeLists.txt. SPEED is
+# SCENARIO that of a scenario or the name of an installed one; relative files are beside the CMakeLists.txt. The scenario
+# begins when the command has opened its first object, or has done what WAIT_FOR says, or after WAIT_LIMIT (10s). SPEED is
 # the phone's time to the real one; max, or 0, is without waiting. With UNTIL_PLAYED, the command is ended when the
 # scenario is over. The command can be a target, as for add_test().
 function(oz_add_phone_test)
-    cmake_parse_arguments(PARSE_ARGV 0 arg "UNTIL_PLAYED" "NAME;PHONE;SCENARIO;SPEED;JUNIT;WORKING_DIRECTORY" "COMMAND")
+    cmake_parse_arguments(PARSE_ARGV 0 arg "UNTIL_PLAYED"
+        "NAME;PHONE;SCENARIO;SPEED;JUNIT;WAIT_FOR;WAIT_LIMIT;WORKING_DIRECTORY" "COMMAND")
     foreach(wanted NAME COMMAND)
         if(NOT arg_${wanted})
             message(FATAL_ERROR "oz_add_phone_test: ${wanted} is missing")
@@ -33,9 +35,13 @@ function(oz_add_phone_test)
             list(APPEND run --${option} ${path})
         endif()
     endforeach()
-    if(DEFINED arg_SPEED) # 0 is a speed too
-        list(APPEND run --speed ${arg_SPEED})
-    endif()
+    foreach(value SPEED WAIT_FOR WAIT_LIMIT)
+        if(DEFINED arg_${value}) # 0 is a value too
+            string(TOLOWER ${value} option)
+            string(REPLACE _ - option ${option})
+            list(APPEND run --${option} ${arg_${value}})
+        endif()
+    endforeach()
     if(arg_UNTIL_PLAYED)
         list(APPEND run --until-played)
     endif()

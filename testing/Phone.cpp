@@ -294,6 +294,11 @@ void Phone::play(const QString &file, const PlayOptions &options)
     // As text, which can also hold what is no number, so that the services refuse it.
     order.insert(
         QStringLiteral("speed"), QString::number(options.speed, 'g', QLocale::FloatingPointShortest));
+    if (options.waitFor != PlayOptions::WaitFor::Nothing) {
+        const bool isOpen = options.waitFor == PlayOptions::WaitFor::Open;
+        order.insert(QStringLiteral("wait-for"), isOpen ? QStringLiteral("open") : QStringLiteral("request"));
+        order.insert(QStringLiteral("wait-limit"), seconds(options.waitLimit));
+    }
     (void)d->link.request(file, QStringLiteral("play"), order);
 }
 
@@ -319,8 +324,12 @@ void Phone::waitUntilPlayed(std::chrono::milliseconds limit) const
         const QString state = told.value(QStringLiteral("state")).toString();
         if (state == u"passed")
             return;
-        if (state != u"playing")
-            d->link.fail(Scenario, told.value(QStringLiteral("problem")).toString());
+        if (state != u"playing") {
+            const bool isLate = told.value(QStringLiteral("late")).toBool();
+            d->link.fail(Scenario,
+                told.value(QStringLiteral("problem")).toString()
+                    + (isLate ? QLatin1String("; it began without an application") : QLatin1String()));
+        }
     }
 }
 

@@ -21,6 +21,10 @@ const QString FileKey = QStringLiteral("file");
 const QString SpeedKey = QStringLiteral("speed");
 const QString MaxSpeed = QStringLiteral("max");
 const QString SeedKey = QStringLiteral("seed");
+const QString WaitForKey = QStringLiteral("wait-for");
+const QString WaitLimitKey = QStringLiteral("wait-limit");
+constexpr double UsualWaitLimit = 10; // seconds
+constexpr double LongestWaitLimit = 3600;
 
 const char *wordOf(ScenarioPlayer::State state)
 {
@@ -45,6 +49,28 @@ double speedOf(const QVariant &speed)
     return number;
 }
 
+std::optional<ApplicationWatch::For> waitOf(const QVariantMap &order)
+{
+    const QString word = order.value(WaitForKey, QStringLiteral("none")).toString();
+    if (word == u"none")
+        return std::nullopt;
+    if (word == u"open")
+        return ApplicationWatch::For::Open;
+    if (word == u"request")
+        return ApplicationWatch::For::Request;
+    throw WrongOrder(
+        QLatin1String("a scenario can wait for open, request or none, not for '") + word + u'\'');
+}
+
+int waitLimitOf(const QVariantMap &order)
+{
+    bool ok = false;
+    const double seconds = order.value(WaitLimitKey, UsualWaitLimit).toDouble(&ok);
+    if (!(ok && seconds >= 0 && seconds <= LongestWaitLimit))
+        throw WrongOrder(QStringLiteral("a scenario waits from 0 to 3600 seconds for an application"));
+    return int(seconds * 1000);
+}
+
 ScenarioOptions optionsOf(const QVariantMap &order)
 {
     ScenarioOptions options;
@@ -66,11 +92,16 @@ ScenarioService::ScenarioService(const Tree &tree, Phone phone) : m_tree(tree), 
 {
     m_patience.setSingleShot(true);
     connect(&m_patience, &QTimer::timeout, this, [this] { answerWaiting(true); });
+    m_waitLimit.setSingleShot(true);
+    connect(&m_waitLimit, &QTimer::timeout, this,
+        [this] { begin(m_application->hasCome() ? Begin::InTime : Begin::Late); });
 }
 
 QVariantMap ScenarioService::play(const QVariantMap &order)
 {
     const ScenarioOptions options = optionsOf(order);
+    const auto wait = waitOf(order);
+    const int waitLimit = waitLimitOf(order);
     PhoneClock &clock = m_phone.clock();
     const QString file = order.value(FileKey).toString();
     if (!QFileInfo(file).isAbsolute())
@@ -92,9 +123,36 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
     Q_EMIT began();
     connect(m_player.get(), &ScenarioPlayer::logged, this, &ScenarioService::onLogged);
     connect(m_player.get(), &ScenarioPlayer::finished, this, &ScenarioService::onFinished);
-    // Whoever asked for it is told first that it plays.
-    QMetaObject::invokeMethod(m_player.get(), &ScenarioPlayer::start, Qt::QueuedConnection);
+    m_hasBegun = !wait;
+    m_isLate = false;
+    if (wait) {
+        m_application = std::make_unique<ApplicationWatch>(m_tree, *wait);
+        // Not in the middle of what the application does, or of a publish.
+        connect(
+            m_application.get(), &ApplicationWatch::came, this,
+            [this, play = m_plays] {
+                if (play == m_plays)
+                    begin(Begin::InTime);
+            },
+            Qt::QueuedConnection);
+        m_waitLimit.start(waitLimit);
+    } else {
+        // Whoever asked for it is told first that it plays.
+        QMetaObject::invokeMethod(m_player.get(), &ScenarioPlayer::start, Qt::QueuedConnection);
+    }
     return told;
+}
+
+void ScenarioService::begin(Begin when)
+{
+    if (!std::exchange(m_application, nullptr))
+        return;
+    m_waitLimit.stop();
+    m_hasBegun = true;
+    m_isLate = when == Begin::Late;
+    ++m_turns;
+    m_player->start();
+    answerWaiting(false);
 }
 
 ScenarioPlayer &ScenarioService::playing() const
@@ -107,6 +165,8 @@ ScenarioPlayer &ScenarioService::playing() const
 void ScenarioService::setPaused(bool paused)
 {
     ScenarioPlayer &player = playing();
+    if (m_application)
+        throw Error(QStringLiteral("the scenario has not begun; it waits for an application"));
     if (player.isPaused() == paused) {
         throw Error(paused ? QStringLiteral("the scenario is paused already")
                            : QStringLiteral("the scenario is not paused"));
@@ -118,6 +178,9 @@ void ScenarioService::setPaused(bool paused)
 
 void ScenarioService::stop(const QString &reason)
 {
+    // The kernel may not have told yet what an application did just before it ended.
+    if (m_application && m_application->hasCome())
+        begin(Begin::InTime);
     if (m_player)
         m_player->stop(reason);
 }
@@ -136,7 +199,8 @@ RequestTable ScenarioService::requests()
     return {
         {QStringLiteral("play"), {}, answered([this](const QVariantMap &order) { return play(order); })},
         {QStringLiteral("stop-scenario"), {}, answered([this](const QVariantMap &) {
-             playing().stop(QStringLiteral("it was asked for"));
+             (void)playing();
+             stop(QStringLiteral("it was asked for"));
              return QVariant();
          })},
         {QStringLiteral("pause-scenario"), {}, answered([this](const QVariantMap &) {
@@ -222,6 +286,8 @@ void ScenarioService::onLogged(const ScenarioEntry &entry)
 
 void ScenarioService::onFinished()
 {
+    m_waitLimit.stop();
+    m_application.reset();
     Q_EMIT finished(m_player->state(), m_player->problem());
     answerWaiting(false);
 }
@@ -251,6 +317,7 @@ Reply ScenarioService::tellFrom(qsizetype from) const
     told.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end},
         {QStringLiteral("state"), QLatin1String(wordOf(state))},
         {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
+        {QStringLiteral("begun"), m_hasBegun}, {QStringLiteral("late"), m_isLate},
         {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("turns"), m_turns},
         {QStringLiteral("step"), step}, {QStringLiteral("steps"), steps},
         {QStringLiteral("problem"), m_player->problem()}});

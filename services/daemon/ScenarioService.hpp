@@ -1,5 +1,6 @@
 #pragma once
 
+#include "daemon/ApplicationWatch.hpp"
 #include "phone/Recorder.hpp"
 #include "phone/ScenarioPlayer.hpp"
 #include "publishing/ControlObject.hpp"
@@ -18,10 +19,13 @@ namespace oz::services {
  * daemon's control object:
  * - "play" ("dat": "file", and where wanted "speed", a number or "max", "seed", "keep-going", "variables",
  * and "check" to check the file alone): plays it, or says what is wrong with it. The answer has "description"
- * and "expectations", whether there are any.
+ * and "expectations", whether there are any. With "wait-for" ("open" or "request"; "none" is as without), the
+ * scenario begins when an application has done that, or after "wait-limit" seconds (10) of the real time.
+ * What applications do counts from before the answer on.
  * - "scenario" ("dat": "from"): waits for what happens, unless there is "now", and answers with the "entries"
  * of the log from that number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped"),
- * whether it is "paused", its "speed", the "problem", the number of the "step" among the file's own "steps",
+ * whether it has "begun", and "late" where no application came in time, whether it is "paused", its "speed",
+ * the "problem", the number of the "step" among the file's own "steps",
  * and with what the answer to "play" said and the "file". It answers too when nothing happens for a while.
  * - "stop-scenario" ends it; "pause-scenario" has it and the phone's time stand still, "resume-scenario" has
  * them go on, "scenario-speed" ("dat": "speed", as for "play") changes the speed.
@@ -68,6 +72,8 @@ private:
 
     [[nodiscard]] ScenarioPlayer &playing() const; // throws Error where there is none
     void setPaused(bool paused);
+    enum class Begin { InTime, Late };
+    void begin(Begin when);
     void onLogged(const ScenarioEntry &entry);
     void onFinished();
     void answerWaiting(bool all);
@@ -78,11 +84,15 @@ private:
     const Tree &m_tree;
     Phone m_phone;
     std::unique_ptr<ScenarioPlayer> m_player;
+    std::unique_ptr<ApplicationWatch> m_application; // while the scenario waits for it
+    QTimer m_waitLimit;
+    bool m_hasBegun = false;
+    bool m_isLate = false;
     int m_plays = 0;
     QVariantMap m_told; // of the scenario
     QList<ScenarioEntry> m_entries; // the newest
     qsizetype m_dropped = 0; // that were before those
-    int m_turns = 0; // pauses, their ends, and changes of the speed
+    int m_turns = 0; // pauses, their ends, changes of the speed, and the beginning that was waited for
     std::vector<Waiting> m_waiting;
     QTimer m_patience; // of those that wait
     bool m_isAnswerPlanned = false;

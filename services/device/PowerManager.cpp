@@ -40,6 +40,8 @@ private:
 PowerManager::PowerManager(const QString &facility, ActivitySource &source, Tree &tree)
     : PublisherOf(facility, source, tree), m_device(std::make_unique<Device>(tree))
 {
+    connect(&m_device->server, &DeviceServer::connected, this,
+        [this] { Q_EMIT this->tree().opened(m_device->path()); });
     connect(&m_device->server, &DeviceServer::received, this, &PowerManager::onReceived);
     connect(&m_device->server, &DeviceServer::disconnected, this,
         [this](const DeviceServer::Client &client) { m_followed.erase(client.id); });
@@ -65,6 +67,7 @@ void PowerManager::publishAbsence()
 void PowerManager::onReceived(const DeviceServer::Client &client, const QByteArray &line)
 {
     DeviceServer &device = m_device->server;
+    Q_EMIT tree().asked(m_device->path(), {});
     if (!line.startsWith(FollowRequest)) {
         device.send(client.id, "error: expected 'STATUS NAME'");
         return;

@@ -394,7 +394,7 @@ private:
 ScenarioPlayer::ScenarioPlayer(std::unique_ptr<Scenario> scenario, PhoneClock &clock, const Tree &tree,
     Order order, const ScenarioOptions &options)
     : m_scenario(std::move(scenario)), m_clock(clock), m_order(std::move(order)), m_options(options),
-      m_random(options.seed.value_or(m_scenario->seed())), m_speedBefore(clock.speed())
+      m_random(options.seed.value_or(m_scenario->seed()))
 {
     connect(&tree, &Tree::toldAnew, this, &ScenarioPlayer::evaluateLater);
     connect(&tree, &Tree::asked, this, &ScenarioPlayer::onAsked);
@@ -410,6 +410,7 @@ ScenarioPlayer::~ScenarioPlayer()
 
 void ScenarioPlayer::start()
 {
+    m_speedBefore = m_clock.speed();
     if (m_options.speed)
         m_clock.setSpeed(*m_options.speed);
     m_began = m_clock.now();
@@ -452,6 +453,8 @@ void ScenarioPlayer::setSpeed(double speed)
     if (m_state != Playing)
         return;
     m_options.speed = speed;
+    if (!m_main)
+        return; // it counts from the start on
     if (m_frozen > 0)
         m_speedOfFrozen = speed;
     else
@@ -472,7 +475,7 @@ void ScenarioPlayer::end(State state)
         if (strand)
             strand->halt();
     }
-    if (m_options.speed || m_frozen > 0)
+    if (m_main && (m_options.speed || m_frozen > 0))
         m_clock.setSpeed(m_options.speed ? m_speedBefore : m_speedOfFrozen);
     Q_EMIT finished();
 }

@@ -27,6 +27,7 @@ ServedObject::ServedObject(Tree &tree, const QString &path) : TreeObject(tree, p
     m_server.setMessageLimit(m_messageLimit);
     connect(&m_server, &PpsServer::refused, this, &ServedObject::refuse);
     connect(&m_server, &PpsServer::connected, this, &ServedObject::clientCame);
+    connect(&m_server, &PpsServer::connected, this, [this] { Q_EMIT this->tree().opened(this->path()); });
     connect(&m_server, &PpsServer::disconnected, this, &ServedObject::clientGone);
 }
 

@@ -82,7 +82,9 @@ TreeObject::~TreeObject()
 
 void TreeObject::attempt()
 {
+    Q_EMIT m_tree.aboutToPut(m_path);
     const Failure failure = put();
+    Q_EMIT m_tree.hasPut(m_path);
     if (failure.error == 0) {
         if (m_retry && std::exchange(m_isFailing, false)) {
             m_retry->stop();

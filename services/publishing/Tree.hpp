@@ -61,8 +61,15 @@ Q_SIGNALS:
     void problemsChanged();
     /*! told() of \a path has changed. */
     void toldAnew(const QString &path);
-    /*! A client has sent a message to the served object at \a path. */
+    /*! A client has connected to the served object or device at \a path. */
+    void opened(const QString &path);
+    /*! A client has sent a message to the served object at \a path, or a line, which has no attributes, to
+     * the device there. */
     void asked(const QString &path, const QVariantMap &attributes);
+    /*! The object at \a path is put into the tree, for which its present content may be read. */
+    void aboutToPut(const QString &path);
+    /*! That is done, or has failed. */
+    void hasPut(const QString &path);
 
 private:
     friend class TreeObject;

@@ -56,6 +56,8 @@ private:
     {
         const int least = 1;
         ::setsockopt(connection.socket.get(), SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
+        const Client client = connection.client;
+        Q_EMIT q->connected(client);
     }
 
     // One line; several may come with one call.

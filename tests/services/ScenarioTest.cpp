@@ -17,6 +17,7 @@
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QElapsedTimer>
+#include <QLocalSocket>
 #include <QRegularExpression>
 
 using namespace oz;
@@ -331,6 +332,74 @@ TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
     EXPECT_EQ(told("state"), "playing");
     (void)order("resume-scenario");
     EXPECT_TRUE(waitUntil([&] { return told("state") == "passed"; }));
+}
+
+TEST_F(ScenarioTest, WaitsForAnApplicationBeforeItBegins)
+{
+    root.place("/s.json", R"({"steps": ["battery level 7", {"wait": 100}]})");
+    const auto told = [&](const char *key) {
+        return ask(Control, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", 0}, {"now", true}}}})
+            .value("dat")
+            .toMap()
+            .value(key);
+    };
+    const auto reads = [&](const QString &path) {
+        QFile file(root.file(path));
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
+    };
+    const auto uses = [](auto &&make) { return [make] { EXPECT_TRUE(make()); }; };
+    const auto opens = [](const char *path) { return PpsObject(path).open(PpsOpenMode::PublishSubscribe); };
+    const QString battery = "/pps/system/BattMgr/status";
+    QLocalSocket power;
+    const std::tuple<const char *, const char *, std::function<void()>, bool> rows[] = {
+        {"open", "what reads a file", [&] { reads(battery); }, true},
+        {"open", "what reads an object", uses([] { return device::BatteryInfo().level() > 7; }), true},
+        {"open", "a connection", uses([&] { return opens("/pps/services/led/control"); }), true},
+        {"open", "a device's client", [&] { power.connectToServer(root.file("/dev/power/mgr")); }, true},
+        {"open", "an object that was not there",
+            [&] {
+                sim("led kill-service");
+                sim("led start-service");
+                EXPECT_TRUE(opens("/pps/services/led/control"));
+            },
+            true},
+        {"open", "what tools and the services do",
+            [&] {
+                for (const char *order : {"battery level 50", "display attach 1", "display detach 1",
+                         "battery kill-service", "battery start-service", "battery level 80"})
+                    sim(order);
+                reads("/pps/system/ozdeviced/status");
+                EXPECT_FALSE(QDir(root.file("/pps/system")).entryList().isEmpty());
+            },
+            false},
+        {"request", "what only looks",
+            [&] {
+                reads(battery);
+                EXPECT_TRUE(opens("/pps/services/led/control"));
+            },
+            false},
+        {"request", "a request", [] { device::Led(device::LedColor::Red).flash(1); }, true},
+        {"request", "a device's line", [&] { power.write("STATUS user_activity\n"); }, true},
+    };
+    for (const auto &[what, who, act, begins] : rows) {
+        SCOPED_TRACE(who);
+        (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"wait-for", what}});
+        EXPECT_EQ(told("begun"), false);
+        EXPECT_EQ(ask(Control, {{"msg", "pause-scenario"}, {"dat", QVariantMap()}}).value("errstr"),
+            "the scenario has not begun; it waits for an application");
+        act();
+        EXPECT_TRUE(!begins || waitUntil([&] { return told("begun").toBool(); }));
+        daemon->scenarios().stop("that is enough");
+        EXPECT_EQ(told("begun"), begins);
+        EXPECT_EQ(told("late"), false);
+        EXPECT_EQ(told("state"), "stopped");
+        sim("battery level 80");
+    }
+    EXPECT_EQ(play("\"battery level 7\"", {{"wait-for", "request"}, {"wait-limit", 0.05}}),
+        (QStringList{"0 battery level 7 done", "passed"}));
+    EXPECT_EQ(told("late"), true);
+    for (const char *key : {"wait-for", "wait-limit"})
+        EXPECT_THROW((void)daemon->scenarios().play({{"file", root.file("/s.json")}, {key, "it"}}), Error);
 }
 
 TEST_F(ScenarioTest, AServiceDiesAndComesBack)

@@ -459,6 +459,17 @@ TEST(Phone, PlaysScenarios)
         EXPECT_THAT(errorOf([&] { phone.play(folder.file("/long.json"), {.speed = speed}); }),
             HasSubstr("the speed is a number from 0.001 to 100000, or max"));
     }
+    // The application comes late, and hears of the first step all the same.
+    folder.place("/late.json", R"({"steps": ["battery level 9"]})");
+    phone.battery().setLevel(50);
+    phone.play(folder.file("/late.json"), {.speed = 0, .waitFor = PlayOptions::WaitFor::Open});
+    EXPECT_TRUE(phone.isPlaying());
+    EXPECT_EQ(BatteryInfo().level(), 50);
+    phone.waitUntilPlayed(10s);
+    EXPECT_EQ(BatteryInfo().level(), 9);
+    phone.play(folder.file("/bad.json"), {.waitFor = PlayOptions::WaitFor::Request, .waitLimit = 10ms});
+    EXPECT_THAT(
+        errorOf([&] { phone.waitUntilPlayed(10s); }), HasSubstr("false; it began without an application"));
 }
 
 TEST(Phone, IsOneOfManyWhichDoNotSeeEachOther)

@@ -600,8 +600,8 @@ TEST_F(CommandTest, PlaysEveryInstalledScenarioToItsEnd)
     for (const QString &line : lines) {
         const QString name = line.section(' ', 0, 0);
         EXPECT_GT(line.simplified().size(), name.size() + 10) << "it has no description";
-        const Result result =
-            run({"run", "--scenario", name, "--speed", "max", "--until-played", "--", "sleep", "100"});
+        const Result result = run({"run", "--scenario", name, "--speed", "max", "--wait-for", "none",
+            "--until-played", "--", "sleep", "100"});
         EXPECT_EQ(result.status, 0) << result.output.toStdString();
         EXPECT_EQ(result.errors, QString());
         EXPECT_TRUE(result.output.contains("... passed")) << "it expects nothing";
@@ -637,12 +637,12 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
         // What the scenario says of its phone holds; a command that ends first ends one that expects nothing.
         {"{\"wait\": 100}", {},
             "test $(" OZ_COMMAND " pps get system/BattMgr/status | grep -c StateOfCharge.:9) = 1", 0, ""},
-        {"{\"wait\": 100}", {}, "exit 5", 5, ""},
-        {"{\"wait\": 100}," + expected, {}, "true", 1,
+        {"{\"wait\": 100}", {"--wait-for", "none"}, "exit 5", 5, ""},
+        {"{\"wait\": 100}," + expected, {"--wait-for", "none"}, "true", 1,
             "ozdevice: the command ended before the scenario, which still expects"},
         {expected, {"--set", "n=3", "--speed", "max"}, flash + "exec sleep 100", 1,
             place + "expect-request led.flash with count == 3 within 5 s: it did not come"},
-        {battery, {}, "exec sleep 100", 1,
+        {battery, {"--wait-for", "none"}, "exec sleep 100", 1,
             place + "expect battery.level == 9 within 0 s: battery.level is 3"},
         {"\"battery level 101\"", {}, "touch started", 1,
             place + "steps[0]: battery level: expected a whole number"},
@@ -657,6 +657,40 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
     }
     EXPECT_FALSE(QFile::exists("started"));
     QDir::setCurrent(before);
+}
+
+TEST_F(CommandTest, AScenarioBeginsWhenTheCommandIsThere)
+{
+    root.place("/s.json", R"({"phone": {"battery": {"level": 9}}, "steps": ["battery level 3"]})");
+    const QString report = root.file("/r.xml");
+    // Slower than a scenario that does not wait.
+    const QString slow = "set -e; status=$OZ_DEVICE_ROOT/pps/system/BattMgr/status; "
+                         "level() { grep -c \"StateOfCharge.:$1\" $status >/dev/null; }; sleep 0.3; ";
+    const QString never = "ozdevice: the scenario was never begun: the command ";
+    const std::tuple<QStringList, QString, int, QString> rows[] = {
+        {{}, slow + "level 9; until level 3; do sleep 0.01; done", 0, ""},
+        {{}, OZ_COMMAND " watch battery --count 1 --for 30s | grep -w 'level.*3'", 0, ""},
+        {{}, slow + OZ_COMMAND " sim battery level 50; level 50", 0, ""},
+        {{"--wait-for", "request"},
+            slow + "level 9; level 9; " OZ_COMMAND " call led flash 1 >&2; until level 3; do :; done", 0, ""},
+        {{"--until-played", "--wait-limit", "50ms"}, "exec sleep 100", 0,
+            "ozdevice: the command opened no object within 0.05 s; the scenario begins without it\n"},
+        {{}, "true", 0, never + "opened no object\n"},
+        {{}, "exit 5", 5, never + "opened no object\n"},
+        {{"--until-played"}, "true", 1, never + "opened no object\n"},
+        {{"--wait-for", "request", "--junit", report}, slow + "level 9", 1, never + "requested nothing\n"},
+        {{"--wait-for", "no"}, "true", 2,
+            "ozdevice: --wait-for: no not in {open,request,none} (see ozdevice --help)\n"},
+    };
+    for (const auto &[options, script, status, errors] : rows) {
+        const Result result = run(QStringList{"run", "--scenario", root.file("/s.json"), "--speed", "max"}
+            + options + QStringList{"--", "bash", "-c", script});
+        EXPECT_EQ(result.status, status) << script.toStdString() << result.output.toStdString();
+        EXPECT_EQ(result.errors, errors) << script.toStdString();
+    }
+    QFile file(report);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(file.readAll().contains("<failure message=\"the scenario was never begun: "));
 }
 
 TEST_F(CommandTest, RunOffersTheModuleForQml)
@@ -705,6 +739,19 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
     EXPECT_TRUE(values.contains(QRegularExpression("\n  battery\\.level +2 +the charge in percent")))
         << values.toStdString();
 
+    QProcess daemon;
+    qputenv("OZ_DEVICE_ROOT", root.file("/second").toLocal8Bit());
+    daemon.start(OZ_DAEMON, {"--simulated", "--scenario", "trane-ride"});
+    ASSERT_TRUE(daemon.waitForFinished());
+    EXPECT_EQ(daemon.exitCode(), 1);
+    EXPECT_TRUE(daemon.readAllStandardError().startsWith(
+        "ozdeviced: there is no file and no installed scenario 'trane-ride'; installed are "));
+    {
+        const Phone traveller({"--scenario", "train-ride"});
+        EXPECT_EQ(run({"play", "--stop"}), (Result{0, "", ""})) << "an installed one, by its name";
+    }
+    qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
+
     // The page lists them all.
     QFile page(OZ_DOCS "/scenarios.md");
     ASSERT_TRUE(page.open(QIODevice::ReadOnly));
@@ -751,19 +798,6 @@ TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
         {"play", root.file("/s.json")}, {"play", root.file("/s.json"), "--json"}, {"play", hostile},
         {"run", "--phone", root.file("/wrong.json"), "--", "true"}, {"run", "--", hostile},
         {"record", root.file("/r.json"), "--only", hostile}, {"watch", "--for", "10ms"}, {"watch", hostile},
-    QProcess daemon;
-    qputenv("OZ_DEVICE_ROOT", root.file("/second").toLocal8Bit());
-    daemon.start(OZ_DAEMON, {"--simulated", "--scenario", "trane-ride"});
-    ASSERT_TRUE(daemon.waitForFinished());
-    EXPECT_EQ(daemon.exitCode(), 1);
-    EXPECT_TRUE(daemon.readAllStandardError().startsWith(
-        "ozdeviced: there is no file and no installed scenario 'trane-ride'; installed are "));
-    {
-        const Phone traveller({"--scenario", "train-ride"});
-        EXPECT_EQ(run({"play", "--stop"}), (Result{0, "", ""})) << "an installed one, by its name";
-    }
-    qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
-
         {"pps", "watch", "strange/object", "--for", "10ms"}};
     const QRegularExpression raw(
         "[\\x{00}-\\x{08}\\x{0b}-\\x{1f}\\x{7f}-\\x{9f}\\x{2028}-\\x{202e}\\x{2066}-\\x{2069}]");
@@ -797,8 +831,8 @@ TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
     const QString starts = "setsid sleep 100 & echo $! >>" + root.file("/pids")
         + "; bash -c 'trap \"\" TERM; sleep 100; sleep 100' & echo $! >>" + root.file("/pids");
     EXPECT_EQ(run({"run", "--", "bash", "-c", starts}).status, 0);
-    EXPECT_EQ(run({"run", "--scenario", root.file("/s.json"), "--until-played", "--", "bash", "-c",
-                      starts + "; " OZ_COMMAND " sim battery level 33; wait"})
+    EXPECT_EQ(run({"run", "--scenario", root.file("/s.json"), "--wait-for", "none", "--until-played", "--",
+                      "bash", "-c", starts + "; " OZ_COMMAND " sim battery level 33; wait"})
                   .status,
         0);
     QFile file(root.file("/pids"));
@@ -831,7 +865,8 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
         EXPECT_TRUE(led.errors.startsWith("ozdevice: led cannot be recorded; what can is sdcard, "))
             << led.errors.toStdString();
     }
-    const Result played = run({"run", "--scenario", file, "--until-played", "--", "sleep", "100"});
+    const Result played =
+        run({"run", "--scenario", file, "--wait-for", "none", "--until-played", "--", "sleep", "100"});
     EXPECT_EQ(played.status, 0) << played.errors.toStdString();
     EXPECT_TRUE(played.output.contains("battery level 80\n") && played.output.contains("battery level 33\n"))
         << played.output.toStdString();

@@ -59,6 +59,10 @@ QVariantMap PlayedScenario::order() const
         order.insert(QStringLiteral("speed"), QString::fromStdString(m_options.speed));
     if (m_options.seed)
         order.insert(QStringLiteral("seed"), QString::number(*m_options.seed));
+    if (m_options.waits()) {
+        order.insert(QStringLiteral("wait-for"), QString::fromStdString(m_options.waitFor));
+        order.insert(QStringLiteral("wait-limit"), m_options.waitLimit);
+    }
     QVariantMap variables;
     for (const std::string &word : m_options.variables) {
         const QString text = QString::fromStdString(word);
@@ -94,8 +98,15 @@ void PlayedScenario::play()
 
 void PlayedScenario::stop()
 {
-    if (m_isPlaying)
+    if (!m_isPlaying)
+        return;
+    try {
         (void)askDaemon(QStringLiteral("stop-scenario"));
+    } catch (const CommandError &error) {
+        // It may have ended by itself, which the next answer tells.
+        if (error.status() != Failed)
+            throw;
+    }
 }
 
 void PlayedScenario::ask()
@@ -120,6 +131,12 @@ void PlayedScenario::onAnswer()
     if (answer.value(QStringLiteral("err")).toInt() != 0)
         throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
     const QVariantMap told = answer.value(QStringLiteral("dat")).toMap();
+    if (told.value(QStringLiteral("begun")).toBool() && !std::exchange(m_hasBegun, true)) {
+        if (told.value(QStringLiteral("late")).toBool())
+            complain(QStringLiteral("%1 within %2 s; the scenario begins without it")
+                         .arg(absenceText(), QString::number(m_options.waitLimit)));
+        Q_EMIT begun();
+    }
     for (const QVariant &entry : told.value(QStringLiteral("entries")).toList()) {
         if (!m_options.quiet)
             print(entry.toMap());
@@ -133,10 +150,19 @@ void PlayedScenario::onAnswer()
         return ask();
     m_isPlaying = false;
     m_problem = told.value(QStringLiteral("problem")).toString();
-    if (m_state == u"stopped")
-        m_problem = QLatin1String("the scenario was stopped: ") + m_problem;
+    if (m_state == u"stopped") {
+        m_problem = m_hasBegun ? QLatin1String("the scenario was stopped: ") + m_problem
+                               : QLatin1String("the scenario was never begun: ") + absenceText();
+    }
     writeReport();
     Q_EMIT finished();
+}
+
+// What the application has not done.
+QString PlayedScenario::absenceText() const
+{
+    return m_options.waitFor == "request" ? QStringLiteral("the command requested nothing")
+                                          : QStringLiteral("the command opened no object");
 }
 
 void PlayedScenario::print(const QVariantMap &entry) const

@@ -28,7 +28,10 @@ struct ScenarioOptions
     std::string junit;
     bool json = false;
     bool quiet = false; //!< prints nothing
+    std::string waitFor; //!< what an application does before it begins: "open" or "request"; nothing else
+    double waitLimit = 10; //!< seconds, after which it begins anyway
 
+    [[nodiscard]] bool waits() const { return waitFor == "open" || waitFor == "request"; }
     /*! All but the scenario's own name; the options. */
     std::vector<arguments::Option> addTo(const Verb &verb);
 };
@@ -51,6 +54,8 @@ public:
     void stop();
 
     [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
+    /*! Whether it began; one that waits for the application plays before it begins. */
+    [[nodiscard]] bool hasBegun() const { return m_hasBegun; }
     [[nodiscard]] bool hasExpectations() const { return m_hasExpectations; }
     [[nodiscard]] bool hasPassed() const { return m_state == u"passed"; }
     /*! Whether it was ended before it was over. */
@@ -61,12 +66,15 @@ public:
 Q_SIGNALS:
     /*! What the scenario says. */
     void said(const QString &text);
+    /*! It has begun, of which it says on standard error where no application came for it. */
+    void begun();
     void finished();
 
 private:
     [[nodiscard]] QVariantMap order() const;
     void ask();
     void onAnswer();
+    [[nodiscard]] QString absenceText() const;
     void print(const QVariantMap &entry) const;
     void writeReport() const;
 
@@ -76,6 +84,7 @@ private:
     PpsObject m_control;
     qint64 m_next = 0;
     bool m_isPlaying = false;
+    bool m_hasBegun = false;
     bool m_hasExpectations = false;
     QString m_state;
     QString m_problem;

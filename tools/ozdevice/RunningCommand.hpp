@@ -29,6 +29,8 @@ public:
     ~RunningCommand() override;
 
     void start();
+    /*! A child of this process that is none of the command's, as those are that were started before it. */
+    void leaveAlone(qint64 process) { m_others.insert(pid_t(process)); }
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
     /*! Sends a signal to all of its processes; Ctrl-C reaches them by itself. */
     void pass(int signal) const;
@@ -53,7 +55,7 @@ private:
 
     QStringList m_words;
     QProcess m_process;
-    std::set<pid_t> m_others; // children of this process before it was started
+    std::set<pid_t> m_others; // children of this process that are none of its own
     bool m_wasEnded = false;
 };
 

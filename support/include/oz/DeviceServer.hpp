@@ -62,6 +62,8 @@ public:
     [[nodiscard]] QString errorString() const;
 
 Q_SIGNALS:
+    /*! A client has connected. */
+    void connected(const oz::DeviceServer::Client &client);
     /*! A client has written \a line, which is without its line feed. */
     void received(const oz::DeviceServer::Client &client, const QByteArray &line);
     /*! The client is gone, whoever ended the connection. */

@@ -169,6 +169,8 @@ QStringList valuesOf(const QString &option, const Before &before)
     QStringList values;
     if (option == u"--scenario")
         values = scenarioNames();
+    if (option == u"--wait-for")
+        values = {QStringLiteral("open"), QStringLiteral("request"), QStringLiteral("none")};
     if (option == u"--only")
         values =
             askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("recordable")).toStringList();

@@ -48,6 +48,8 @@ public:
     Panel(const Panel &) = delete;
     Panel &operator=(const Panel &) = delete;
 
+    [[nodiscard]] qint64 process() const { return m_process.processId(); }
+
 private:
     QProcess m_process;
 };
@@ -93,11 +95,16 @@ int run(const RunOptions &options)
         (void)scenario->check();
     offerModules();
     std::optional<Panel> panel;
-    if (options.panel)
-        panel.emplace(signals);
     // It ends before the phone does.
     RunningCommand command(words, signals);
     running = &command;
+    const auto showPanel = [&] {
+        if (options.panel && !panel)
+            command.leaveAlone(panel.emplace(signals).process());
+    };
+    const bool waits = scenario && options.scenario.waits();
+    if (!waits)
+        showPanel();
     QObject::connect(&command, &RunningCommand::finished, qApp, [&] {
         // What it still expects of the command will not come.
         if (scenario && scenario->isPlaying())
@@ -112,17 +119,29 @@ int run(const RunOptions &options)
             else if (options.untilPlayed || !scenario->hasPassed())
                 command.end();
         });
-        QObject::connect(
-            &command, &RunningCommand::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
+        if (waits) {
+            // The panel opens objects too, so it comes after the application.
+            QObject::connect(scenario.get(), &PlayedScenario::begun, qApp, showPanel);
+            scenario->play();
+        } else {
+            QObject::connect(
+                &command, &RunningCommand::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
+        }
     }
     command.start();
     (void)loop.run();
     if (!command.problem().isEmpty())
         complain(command.problem());
+    const bool neverBegan = scenario && scenario->wasStopped() && !scenario->hasBegun();
+    if (neverBegan && command.problem().isEmpty())
+        complain(scenario->problem());
     if (!command.wasEnded() && command.status() != Success)
         return command.status();
     if (!scenario || scenario->hasPassed())
         return Success;
+    // A report, or a run until the scenario is over, must not look as if it had been played.
+    if (neverBegan && (scenario->hasExpectations() || options.untilPlayed || !options.scenario.junit.empty()))
+        return Failed;
     // It ended by itself, and may do so before a scenario that expects nothing of it.
     if (!command.wasEnded() && !scenario->hasExpectations() && scenario->wasStopped())
         return Success;
@@ -143,6 +162,16 @@ void addRunVerb(const Verb &parser, Action &action)
         "Play a scenario meanwhile: a file, or the name of an installed one");
     for (const auto &option : options->scenario.addTo(verb))
         (void)option.needs(scenario);
+    options->scenario.waitFor = "open";
+    (void)verb
+        .option("--wait-for", options->scenario.waitFor,
+            "Begin the scenario when the command has opened its first object, has sent its first request, or "
+            "at once")
+        .oneOf({"open", "request", "none"})
+        .needs(scenario);
+    (void)verb.duration("--wait-limit", options->scenario.waitLimit, "Begin it after this time in any case")
+        .defaultText("10s")
+        .needs(scenario);
     (void)verb.flag("--until-played", options->untilPlayed, "End the command when the scenario is over")
         .needs(scenario);
     verb.flag("--panel", options->panel, "Show the control panel meanwhile");

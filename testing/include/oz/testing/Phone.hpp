@@ -27,9 +27,25 @@ struct PhoneRequest
 /*! How a scenario is played. */
 struct PlayOptions
 {
+    /*! What an application does before a scenario begins. */
+    enum class WaitFor {
+        Nothing, //!< it begins at once
+        Open, //!< the application opens its first object, or connects to its first control object or device
+        Request, //!< the application sends its first message to a control object or device
+    };
+
     double speed = 1; //!< the phone's time to the real one, 0.001 to 100,000; 0: without waiting, as `max`
     QVariantMap variables = {}; //!< values of the scenario's variables, in the place of its own
     bool keepGoing = false; //!< past what fails
+    /*!
+     * What it waits for, counted from the call to play() on. A test that has the application in its own
+     * process needs nothing: it makes the application's objects and then plays, and waiting for what was
+     * opened before would be in vain. A test that starts a program calls play() with WaitFor::Open first, and
+     * starts the program then, which so misses no step.
+     */
+    WaitFor waitFor = WaitFor::Nothing;
+    /*! Of the real time; after that the scenario begins without an application. Up to an hour. */
+    std::chrono::milliseconds waitLimit = std::chrono::seconds(10);
 };
 
 /*!
@@ -119,9 +135,10 @@ public:
     /*! Lets requests count from now on. */
     void forgetRequests();
 
-    /*! Begins to play the scenario in \a file, all of which is checked before. One is played at a time. */
+    /*! Begins to play the scenario in \a file, all of which is checked before. One is played at a time. It
+     * returns at once, also where the scenario waits for an application. */
     void play(const QString &file, const PlayOptions &options = {});
-    /*! Whether a scenario plays. */
+    /*! Whether a scenario plays, or waits for an application to do so. */
     [[nodiscard]] bool isPlaying() const;
     /*! Waits until the scenario has been played; throws with the first step that failed, where one did. */
     void waitUntilPlayed(std::chrono::milliseconds limit) const;
