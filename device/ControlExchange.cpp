@@ -1,8 +1,24 @@
 #include "ControlExchange.hpp"
 
 #include <oz/PpsObject.hpp>
+#include <oz/device/RequestError.hpp>
 
 namespace oz::device {
+
+/*! What RequestError hears of an exchange. */
+class ControlErrors
+{
+public:
+    static void noteFailure(const PpsObject &control)
+    {
+        RequestError::note(control.error(), control.errorString());
+    }
+    static void noteAnswer(const QVariantMap &answer)
+    {
+        const int number = answer.value(QStringLiteral("err")).toInt();
+        RequestError::note(number, number ? textIn(answer, "errstr") : QString());
+    }
+};
 
 ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
 {
@@ -10,6 +26,7 @@ ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
     if (request.setBlocking)
         control.setBlocking(true);
     if (!control.open(PpsOpenMode::PublishSubscribe)) {
+        ControlErrors::noteFailure(control);
         if (texts.openFailed)
             texts.openFailed->warn(control);
         return {ControlAnswer::NotOpened, control.error(), {}};
@@ -17,16 +34,21 @@ ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
     bool ok = false;
     const QByteArray data = PpsObject::encode(request.attributes, &ok);
     if (!ok) {
+        ControlErrors::noteFailure(control);
         texts.encodeFailed.warn(control);
         return {};
     }
     if (!control.write(data)) {
+        ControlErrors::noteFailure(control);
         texts.writeFailed.warn(control);
         return {};
     }
     const auto message = readOrLog(&control, texts.answer);
-    if (!message)
+    if (!message) {
+        ControlErrors::noteFailure(control);
         return {};
+    }
+    ControlErrors::noteAnswer(attributesOf(*message));
     return {ControlAnswer::Answered, 0, *message};
 }
 
