@@ -1,5 +1,7 @@
 #pragma once
 
+#include "EnumHolder.hpp"
+
 #include <oz/device/BatteryChargingState.hpp>
 #include <oz/device/BatteryCondition.hpp>
 #include <oz/device/BatteryInfo.hpp>
@@ -59,15 +61,29 @@
         QML_ADDED_IN_VERSION(1, MINOR)                                                                       \
     };
 
-// The holder of an enumeration, so that its enumerators read Holder.Enumerator.
+// The holder of an enumeration: its enumerators read Holder.Enumerator, and Holder.keyOf() names them. QML's
+// tools know what extends a type only where that is registered too, and bases by their full names alone.
 #define OZ_ENUMERATION(NAME)                                                                                 \
     namespace NAME##Names                                                                                    \
     {                                                                                                        \
         Q_NAMESPACE                                                                                          \
         QML_FOREIGN_NAMESPACE(oz::device::NAME)                                                              \
-        QML_NAMED_ELEMENT(NAME)                                                                              \
+        QML_ANONYMOUS                                                                                        \
         QML_ADDED_IN_VERSION(1, 0)                                                                           \
-    }
+    }                                                                                                        \
+    class NAME##Holder : public oz::qml::EnumHolder                                                          \
+    {                                                                                                        \
+        Q_OBJECT                                                                                             \
+        QML_NAMED_ELEMENT(NAME)                                                                              \
+        QML_SINGLETON                                                                                        \
+        QML_EXTENDED_NAMESPACE(oz::device::NAME)                                                             \
+        QML_ADDED_IN_VERSION(1, 0)                                                                           \
+    public:                                                                                                  \
+        explicit NAME##Holder(QObject *parent = nullptr)                                                     \
+            : EnumHolder(oz::device::NAME::staticMetaObject, parent)                                         \
+        {                                                                                                    \
+        }                                                                                                    \
+    };
 
 // QML takes the last of the signals of one name for the one that handlers mean. Of the pairs that end in
 // numbers, all but one are emitted both: this one's instances in QML say the status as a number too.

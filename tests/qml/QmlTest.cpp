@@ -293,6 +293,12 @@ TEST(QmlModuleTest, HasEveryClassAndHolderOfTheLibrary)
             continue;
         EXPECT_TRUE(known.contains("\"oz.device/" + header.baseName().toUtf8() + " 1.0\""))
             << header.baseName().toStdString();
+        if (text.contains("Q_ENUM(Type)")) {
+            EXPECT_TRUE(known.contains("name: \"oz::qml::" + header.baseName().toUtf8()
+                + "Holder\"\n        accessSemantics: \"reference\"\n        prototype: "
+                  "\"oz::qml::EnumHolder\""))
+                << header.baseName().toStdString() << " names no enumerators";
+        }
         ++found;
     }
     EXPECT_GT(found, 40);

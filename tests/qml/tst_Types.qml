@@ -165,6 +165,15 @@ TestCase {
             tryVerify(() => heard.includes(each), 5000, "'%1' in '%2'".arg(each).arg(heard));
     }
 
+    function test_holdersNameTheirEnumerators() {
+        compare([LedColor.keyOf(led.color), DeviceOrientation.keyOf(DeviceOrientation.LeftUp)], [led.color === LedColor.Blue ? "Blue" : "Red", "LeftUp"]);
+        compare([CellularService.keyOf(CellularService.Voice | CellularService.DataLte), CellularService.keyOf(0)], ["Voice|DataLte", "None"]);
+        compare(CellularService.keyOf(CellularService.Voice | 1 << 30), "");
+        for (const unknown of [99, -1, 0.5, 1e300, NaN, undefined, "OK"])
+            compare(BatteryCondition.keyOf(unknown), "", unknown);
+        compare([BatteryCondition["Bad"], BatteryCondition["Good"]], [2, undefined]);
+    }
+
     function test_whatIsOfARevisionComesWithItsMinorVersion_data() {
         return [{
                 "tag": "onDeviceDiscovered",
