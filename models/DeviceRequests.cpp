@@ -2,10 +2,12 @@
 
 #include "RequestThread.hpp"
 
+#include <oz/Limits.hpp>
 #include <oz/device/CellularConnectionRequestResult.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/Led.hpp>
 #include <oz/device/MiracastManager.hpp>
+#include <oz/device/RequestError.hpp>
 #include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
@@ -14,8 +16,10 @@
 #include <QPointer>
 #include <QTimer>
 
+#include <cerrno>
 #include <limits>
 #include <map>
+#include <optional>
 
 namespace oz::models {
 
@@ -42,9 +46,17 @@ RequestResult resultOf(CellularConnectionRequestResult::Type code)
     return resultOf(code, CellularConnectionRequestResult::Requested);
 }
 
-void finishAsWiFi(RunningRequest *request, int code)
+// The result of a request that waits for its answer, with the service's error.
+template <typename Ask>
+RequestResult resultOfAsking(Ask ask)
 {
-    request->finish(resultOf(WiFiDirectResult::Type(code)));
+    const RequestError error;
+    RequestResult result = resultOf(ask());
+    if (!result.succeeded) {
+        result.errorNumber = error.number();
+        result.errorString = error.text();
+    }
+    return result;
 }
 
 using MiracastCompleted = void (MiracastManager::*)(MiracastResult::Type);
@@ -63,30 +75,107 @@ MiracastManager *managerOf(RunningRequest *request, MiracastCompleted completed)
     return manager;
 }
 
-// The object that holds the connection from one request to the next.
-CellularDataInterface *profileOf(RunningRequest *request, const QString &name)
+// The state of a connection, as far as a request for it is concerned.
+enum class Connecting { Idle, Pending, Established };
+
+Connecting progressOf(const CellularDataInterface &profile)
 {
-    auto *profile = request->parent()->findChild<CellularDataInterface *>();
-    return profile ? profile : new CellularDataInterface(name, request->parent());
+    switch (profile.connectionState()) {
+    case CellularConnectionState::PendingConnect:
+        return Connecting::Pending;
+    case CellularConnectionState::Connected:
+        return Connecting::Established;
+    default:
+        return Connecting::Idle;
+    }
+}
+
+Connecting progressOf(const WiFiDirect &wifi)
+{
+    switch (wifi.connectionState()) {
+    case WiFiDirectConnectionState::Connecting:
+        return Connecting::Pending;
+    case WiFiDirectConnectionState::Connected:
+        return Connecting::Established;
+    default:
+        return Connecting::Idle;
+    }
 }
 
 const RequestResult Done{true, 0, QString()};
+// No class has an enumerator for a connection that fails after the service has accepted the request.
+const RequestResult ConnectionFailed{false, 0, QStringLiteral("ConnectionFailed")};
+
+// Finishes a request for a connection, which the service has accepted, when the connection is established or
+// has failed. Services may publish the state after their answer. An idle connection has therefore failed only
+// if it was pending before, or if the grace time is over. Then giveUp is called with whether it was pending.
+template <typename Class, typename Changed>
+void awaitConnection(
+    RunningRequest *request, Class *object, Changed changed, const std::function<void(bool)> &giveUp)
+{
+    const auto wasPending = std::make_shared<bool>(false);
+    const auto fail = [=] {
+        if (request->finish(ConnectionFailed))
+            giveUp(*wasPending);
+    };
+    const auto look = [=] {
+        switch (progressOf(*object)) {
+        case Connecting::Established:
+            request->finish(Done);
+            break;
+        case Connecting::Pending:
+            *wasPending = true;
+            break;
+        case Connecting::Idle:
+            if (*wasPending)
+                fail();
+            break;
+        }
+    };
+    QObject::connect(object, changed, request, look);
+    QTimer::singleShot(graceTime(), request, [=] {
+        if (!*wasPending)
+            fail();
+    });
+    look();
+}
+
+// The requests for connections of a profile that are under way.
+const QString ConnectingProfile = QStringLiteral("connecting");
+
+QList<RunningRequest *> connectingBeside(const RunningRequest *request)
+{
+    return request->parent()->findChildren<RunningRequest *>(ConnectingProfile, Qt::FindDirectChildrenOnly);
+}
+
+// The object that holds the connection from one request to the next.
+CellularDataInterface *profileOf(const RunningRequest *request, const QString &name)
+{
+    auto *profile = request->parent()->findChild<CellularDataInterface *>({}, Qt::FindDirectChildrenOnly);
+    return profile ? profile : new CellularDataInterface(name, request->parent());
+}
 
 } // namespace
 
 class DeviceRequests::Private
 {
 public:
-    // Threads are never many: one a facility, and one a data profile that was asked for.
-    RequestThread &thread(const QString &subject)
+    QFuture<RequestResult> request(const QString &subject, const std::function<void(RunningRequest *)> &begin)
     {
+        const auto promise = std::make_shared<RequestPromise>();
         const QMutexLocker locker(&m_mutex);
-        return m_threads[subject];
+        if (!m_cancellations)
+            m_cancellations.emplace();
+        m_cancellations->watch(promise);
+        m_threads[subject].run(promise, begin);
+        return promise->future();
     }
 
 private:
     QMutex m_mutex;
+    // Threads are never many: one a facility, and one a data profile that was asked for.
     std::map<QString, RequestThread> m_threads;
+    std::optional<CancellationThread> m_cancellations;
 };
 
 DeviceRequests::DeviceRequests() : d(std::make_unique<Private>()) { }
@@ -95,64 +184,100 @@ DeviceRequests::~DeviceRequests() = default;
 
 QFuture<RequestResult> DeviceRequests::connectProfile(const QString &name)
 {
-    return d->thread(u"data-profile/" + name).request([name](RunningRequest *request) {
+    return d->request(u"data-profile/" + name, [name](RunningRequest *request) {
         CellularDataInterface *profile = profileOf(request, name);
-        const int code = profile->requestConnect();
-        if (request->isCancelled() && code == CellularConnectionRequestResult::Requested)
-            profile->requestDisconnect();
-        request->finish(resultOf(CellularConnectionRequestResult::Type(code)));
+        const auto ask = [profile] {
+            return resultOfAsking(
+                [profile] { return CellularConnectionRequestResult::Type(profile->requestConnect()); });
+        };
+        const auto release = [profile] { profile->requestDisconnect(); };
+        RequestResult result = ask();
+        // The object still holds a connection that has ended by itself; release that one and ask again.
+        if (result.code == CellularConnectionRequestResult::NotPossible && connectingBeside(request).isEmpty()
+            && progressOf(CellularDataInterface(name)) == Connecting::Idle
+            && profile->requestDisconnect() != CellularConnectionRequestResult::NotPossible)
+            result = ask();
+        if (!result.succeeded) {
+            request->finish(result);
+            return;
+        }
+        request->setObjectName(ConnectingProfile);
+        request->whenCancelled(release);
+        // A new object has the state as of now; that of `profile` follows from the event loop.
+        awaitConnection(request, new CellularDataInterface(name, request),
+            qOverload<CellularConnectionState::Type>(&CellularDataInterface::connectionStateChanged),
+            [release](bool) { release(); });
     });
 }
 
 QFuture<RequestResult> DeviceRequests::disconnectProfile(const QString &name)
 {
-    return d->thread(u"data-profile/" + name).request([name](RunningRequest *request) {
-        const int code = profileOf(request, name)->requestDisconnect();
-        request->finish(resultOf(CellularConnectionRequestResult::Type(code)));
+    return d->request(u"data-profile/" + name, [name](RunningRequest *request) {
+        CellularDataInterface *profile = profileOf(request, name);
+        request->finish(resultOfAsking(
+            [profile] { return CellularConnectionRequestResult::Type(profile->requestDisconnect()); }));
+        // Another client may keep the profile connected, so its state need not tell these.
+        for (RunningRequest *connecting : connectingBeside(request))
+            connecting->finish(ConnectionFailed);
     });
 }
 
 QFuture<RequestResult> DeviceRequests::scanPeers()
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([](RunningRequest *request) {
-        finishAsWiFi(request, WiFiDirect().requestScan());
+    return d->request(QStringLiteral("wifi-direct"), [](RunningRequest *request) {
+        request->finish(resultOfAsking([] { return WiFiDirectResult::Type(WiFiDirect().requestScan()); }));
     });
 }
 
 QFuture<RequestResult> DeviceRequests::connectPeer(const QString &hardwareAddress,
     WiFiDirectIntent::Type intent, WiFiDirectWpsMethod::Type wpsMethod, const QString &wpsPin)
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([=](RunningRequest *request) {
-        WiFiDirect wifi;
-        const WiFiDirectResult::Type code = wifi.requestConnect(hardwareAddress, intent, wpsMethod, wpsPin);
-        if (request->isCancelled() && code == WiFiDirectResult::Success)
-            wifi.cancelConnectRequest();
-        finishAsWiFi(request, code);
+    return d->request(QStringLiteral("wifi-direct"), [=](RunningRequest *request) {
+        const RequestResult result = resultOfAsking(
+            [&] { return WiFiDirect().requestConnect(hardwareAddress, intent, wpsMethod, wpsPin); });
+        if (!result.succeeded) {
+            request->finish(result);
+            return;
+        }
+        const auto giveUp = [] { WiFiDirect().cancelConnectRequest(); };
+        request->whenCancelled(giveUp);
+        awaitConnection(request, new WiFiDirect(request),
+            qOverload<WiFiDirectConnectionState::Type>(&WiFiDirect::connectionStateChanged),
+            [giveUp](bool wasPending) {
+                if (!wasPending)
+                    giveUp();
+            });
     });
 }
 
 QFuture<RequestResult> DeviceRequests::cancelPeer()
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([](RunningRequest *request) {
-        finishAsWiFi(request, WiFiDirect().cancelConnectRequest());
+    return d->request(QStringLiteral("wifi-direct"), [](RunningRequest *request) {
+        request->finish(
+            resultOfAsking([] { return WiFiDirectResult::Type(WiFiDirect().cancelConnectRequest()); }));
     });
 }
 
 QFuture<RequestResult> DeviceRequests::startPeerSession()
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("wifi-direct"), [](RunningRequest *request) {
         // It outlives a request that is cancelled, whose session it closes when that is there.
         auto *wifi = new WiFiDirect(request->parent());
         QObject::connect(
             wifi, &WiFiDirect::sessionStarted, wifi, [wifi, request = QPointer(request)](const QString &key) {
-                if (request && !request->isCancelled())
-                    request->finish({true, WiFiDirectResult::Success, {}, key});
-                else
-                    wifi->requestStopSession(key);
-                wifi->deleteLater();
+                const auto close = [wifi, key] { wifi->requestStopSession(key); };
+                if (!request) {
+                    close();
+                    return wifi->deleteLater();
+                }
+                wifi->setParent(request);
+                request->whenCancelled(close);
+                request->finish({true, WiFiDirectResult::Success, {}, key});
             });
-        if (const int code = wifi->requestStartSession(); code != WiFiDirectResult::Success) {
-            finishAsWiFi(request, code);
+        const RequestResult result =
+            resultOfAsking([wifi] { return WiFiDirectResult::Type(wifi->requestStartSession()); });
+        if (!result.succeeded) {
+            request->finish(result);
             wifi->deleteLater();
         }
     });
@@ -160,17 +285,20 @@ QFuture<RequestResult> DeviceRequests::startPeerSession()
 
 QFuture<RequestResult> DeviceRequests::stopPeerSession(const QString &key)
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([key](RunningRequest *request) {
-        finishAsWiFi(request, WiFiDirect().requestStopSession(key));
+    return d->request(QStringLiteral("wifi-direct"), [key](RunningRequest *request) {
+        request->finish(
+            resultOfAsking([&] { return WiFiDirectResult::Type(WiFiDirect().requestStopSession(key)); }));
     });
 }
 
 QFuture<RequestResult> DeviceRequests::peerIpAddress(const QString &hardwareAddress)
 {
-    return d->thread(QStringLiteral("wifi-direct")).request([hardwareAddress](RunningRequest *request) {
-        const QString address = WiFiDirect().ipAddress(hardwareAddress);
-        RequestResult result =
-            resultOf(address.isEmpty() ? WiFiDirectResult::DeviceNotFound : WiFiDirectResult::Success);
+    return d->request(QStringLiteral("wifi-direct"), [hardwareAddress](RunningRequest *request) {
+        QString address;
+        RequestResult result = resultOfAsking([&] {
+            address = WiFiDirect().ipAddress(hardwareAddress);
+            return address.isEmpty() ? WiFiDirectResult::DeviceNotFound : WiFiDirectResult::Success;
+        });
         result.value = address;
         request->finish(result);
     });
@@ -178,7 +306,7 @@ QFuture<RequestResult> DeviceRequests::peerIpAddress(const QString &hardwareAddr
 
 QFuture<RequestResult> DeviceRequests::scanSinks()
 {
-    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::scanCompleted))
             manager->requestScan();
     });
@@ -186,27 +314,27 @@ QFuture<RequestResult> DeviceRequests::scanSinks()
 
 QFuture<RequestResult> DeviceRequests::pauseSink()
 {
-    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::pauseCompleted)) {
-            request->whenCancelled([manager] { manager->requestResume(); });
             manager->requestPause();
+            request->whenCancelled([manager] { manager->requestResume(); });
         }
     });
 }
 
 QFuture<RequestResult> DeviceRequests::resumeSink()
 {
-    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::resumeCompleted)) {
-            request->whenCancelled([manager] { manager->requestPause(); });
             manager->requestResume();
+            request->whenCancelled([manager] { manager->requestPause(); });
         }
     });
 }
 
 QFuture<RequestResult> DeviceRequests::shutDownMiracast()
 {
-    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::shutdownCompleted))
             manager->requestShutdown();
     });
@@ -214,17 +342,17 @@ QFuture<RequestResult> DeviceRequests::shutDownMiracast()
 
 QFuture<RequestResult> DeviceRequests::connectSink(const QString &hardwareAddress, const QString &pin)
 {
-    return d->thread(QStringLiteral("miracast")).request([=](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [=](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::connectCompleted)) {
-            request->whenCancelled([manager] { manager->requestDisconnect(); });
             manager->requestConnect(hardwareAddress, pin);
+            request->whenCancelled([manager] { manager->requestDisconnect(); });
         }
     });
 }
 
 QFuture<RequestResult> DeviceRequests::disconnectSink()
 {
-    return d->thread(QStringLiteral("miracast")).request([](RunningRequest *request) {
+    return d->request(QStringLiteral("miracast"), [](RunningRequest *request) {
         if (auto *manager = managerOf(request, &MiracastManager::disconnectCompleted))
             manager->requestDisconnect();
     });
@@ -232,7 +360,7 @@ QFuture<RequestResult> DeviceRequests::disconnectSink()
 
 QFuture<RequestResult> DeviceRequests::flash(LedColor::Type color, int count)
 {
-    return d->thread(QStringLiteral("led")).request([=](RunningRequest *request) {
+    return d->request(QStringLiteral("led"), [=](RunningRequest *request) {
         auto *led = new Led(color, request); // goes out with the request
         led->flash(count);
         if (!led->isActive()) {
@@ -250,7 +378,7 @@ QFuture<RequestResult> DeviceRequests::flash(LedColor::Type color, int count)
 
 QFuture<RequestResult> DeviceRequests::vibrate(uint milliseconds)
 {
-    return d->thread(QStringLiteral("vibration")).request([=](RunningRequest *request) {
+    return d->request(QStringLiteral("vibration"), [=](RunningRequest *request) {
         auto *vibrator = new VibrationController(request);
         if (!vibrator->isSupported()) {
             request->finish({false, 0, QStringLiteral("NotSupported")});

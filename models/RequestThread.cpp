@@ -6,7 +6,7 @@
 #include <QWaitCondition>
 
 #include <chrono>
-#include <memory>
+#include <utility>
 
 namespace oz::models {
 
@@ -56,35 +56,66 @@ private:
 
 } // namespace
 
-RunningRequest::RunningRequest(QPromise<RequestResult> &&promise) : m_promise(std::move(promise))
+RequestPromise::RequestPromise()
 {
-    connect(&m_watcher, &QFutureWatcherBase::canceled, this, [this] {
-        if (m_undo)
-            m_undo();
-        finish({});
-    });
-    m_watcher.setFuture(m_promise.future());
+    m_promise.start();
+}
+
+void RequestPromise::begin()
+{
     m_promise.setProgressRange(0, 1);
     m_promise.setProgressValue(1);
 }
 
-RunningRequest::~RunningRequest() = default;
-
-void RunningRequest::finish(const RequestResult &result)
+void RequestPromise::finish(const RequestResult &result)
 {
-    m_watcher.disconnect(this);
-    m_undo = nullptr;
+    if (m_ended.test_and_set())
+        return;
     m_promise.addResult(result); // is dropped where the future is cancelled
     m_promise.finish();
-    deleteLater();
+}
+
+RunningRequest::RunningRequest(std::shared_ptr<RequestPromise> promise) : m_promise(std::move(promise))
+{
+    // A future can be cancelled even after it has finished. Only the order of these two signals tells whether
+    // the cancellation came first.
+    connect(&m_watcher, &QFutureWatcherBase::canceled, this, &RunningRequest::takeBack);
+    connect(&m_watcher, &QFutureWatcherBase::finished, this, [this] {
+        m_watcher.disconnect(this);
+        deleteLater();
+    });
+    m_watcher.setFuture(m_promise->future());
+    m_promise->begin();
+}
+
+RunningRequest::~RunningRequest() = default;
+
+bool RunningRequest::finish(const RequestResult &result)
+{
+    if (std::exchange(m_ended, true))
+        return false;
+    if (!result.succeeded)
+        m_undo = nullptr;
+    m_promise->finish(result);
+    return true;
 }
 
 void RunningRequest::whenCancelled(const std::function<void()> &undo)
 {
     m_undo = undo;
+    if (m_promise->isCancelled())
+        takeBack();
 }
 
-RequestThread::RequestThread() : m_context(new QObject), m_thread(new QThread)
+void RunningRequest::takeBack()
+{
+    m_ended = true;
+    m_promise->finish({});
+    if (const auto undo = std::exchange(m_undo, nullptr))
+        undo();
+}
+
+WorkThread::WorkThread() : m_context(new QObject), m_thread(new QThread)
 {
     RunningThreads::instance().begin();
     m_context->moveToThread(m_thread);
@@ -94,28 +125,57 @@ RequestThread::RequestThread() : m_context(new QObject), m_thread(new QThread)
     m_thread->start();
 }
 
-RequestThread::~RequestThread()
+WorkThread::~WorkThread()
 {
-    m_thread->quit();
+    if (m_thread)
+        m_thread->quit();
 }
 
-QFuture<RequestResult> RequestThread::request(const std::function<void(RunningRequest *)> &begin)
+void WorkThread::quitLater()
 {
-    auto promise = std::make_shared<QPromise<RequestResult>>();
-    promise->start();
-    const QFuture<RequestResult> future = promise->future(); // the thread takes the promise
     QMetaObject::invokeMethod(
-        m_context,
-        [context = m_context, begin, promise] {
-            auto *request = new RunningRequest(std::move(*promise));
+        m_context, [thread = std::exchange(m_thread, nullptr)] { thread->quit(); }, Qt::QueuedConnection);
+}
+
+void RequestThread::run(
+    const std::shared_ptr<RequestPromise> &promise, const std::function<void(RunningRequest *)> &begin) const
+{
+    QMetaObject::invokeMethod(
+        m_thread.context(),
+        [context = m_thread.context(), promise, begin] {
+            if (promise->isCancelled())
+                return promise->finish({});
+            auto *request = new RunningRequest(promise);
             request->setParent(context);
-            if (request->isCancelled())
-                request->finish({});
-            else
-                begin(request);
+            begin(request);
         },
         Qt::QueuedConnection);
-    return future;
+}
+
+CancellationThread::~CancellationThread()
+{
+    m_thread.quitLater();
+}
+
+void CancellationThread::watch(const std::shared_ptr<RequestPromise> &promise) const
+{
+    // This thread must not keep the promise alive: destroying it cancels the future of a dropped request.
+    QMetaObject::invokeMethod(
+        m_thread.context(),
+        [context = m_thread.context(), weak = std::weak_ptr(promise), future = promise->future()] {
+            const auto end = [weak] {
+                if (const auto cancelled = weak.lock())
+                    cancelled->finish({});
+            };
+            if (future.isCanceled())
+                return end();
+            auto *watcher = new QFutureWatcher<RequestResult>(context);
+            QObject::connect(watcher, &QFutureWatcherBase::canceled, context, end);
+            QObject::connect(
+                watcher, &QFutureWatcherBase::finished, watcher, &QFutureWatcherBase::deleteLater);
+            watcher->setFuture(future);
+        },
+        Qt::QueuedConnection);
 }
 
 } // namespace oz::models

@@ -1,5 +1,6 @@
 // Requests that do not wait, over a simulated phone.
 
+#include "harness/ControlService.hpp"
 #include "services/Services.hpp"
 
 #include <oz/device/CellularConnectionRequestResult.hpp>
@@ -24,20 +25,27 @@ const QString Tv = "02:00:00:00:01:01";
 const QString Sink = "02:00:00:00:02:01";
 const QString SinkWithPin = "02:00:00:00:02:02";
 
+QString outcome(const QFuture<RequestResult> &future)
+{
+    DeviceRequest request(future);
+    EXPECT_TRUE(waitUntil([&] { return !request.isRunning(); }));
+    return request.hasSucceeded() ? "done" : request.reason();
+}
+
+CellularConnectionState::Type stateNow(const QString &profile)
+{
+    return CellularDataInterface(profile).connectionState();
+}
+
 class RequestsTest : public ServicesTest
 {
 protected:
-    RequestsTest()
-        : ServicesTest(
+    explicit RequestsTest(
+        const QByteArray &phone =
             R"({"wifi-direct": {"scan-seconds": 0.05, "connect-seconds": 0.05}, "led": {"on-seconds": 0.02, "off-seconds": 0.02},
                            "miracast": {"scan-seconds": 0.05, "connect-seconds": 0.05}})")
+        : ServicesTest(phone)
     {
-    }
-    static QString outcome(const QFuture<RequestResult> &future)
-    {
-        DeviceRequest request(future);
-        EXPECT_TRUE(waitUntil([&] { return !request.isRunning(); }));
-        return request.hasSucceeded() ? "done" : request.reason();
     }
     static QString valueOf(const QFuture<RequestResult> &future)
     {
@@ -57,7 +65,7 @@ TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "NotPossible");
     EXPECT_EQ(outcome(requests.connectProfile("none")), "InvalidInterface");
     CellularDataInterface mms("mms");
-    EXPECT_TRUE(waitUntil([&] { return mms.connectionState() == CellularConnectionState::Connected; }));
+    EXPECT_EQ(mms.connectionState(), CellularConnectionState::Connected);
     EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
     EXPECT_TRUE(waitUntil([&] { return mms.connectionState() == CellularConnectionState::Disconnected; }));
     sim("wifi-direct fail-next scan 16");
@@ -70,8 +78,10 @@ TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
     EXPECT_EQ(outcome(requests.startPeerSession()), "NoNetworkConnection");
     EXPECT_EQ(outcome(requests.peerIpAddress(Tv)), "DeviceNotFound");
     EXPECT_EQ(log.take(), QStringList{"WiFiDirect: Device not not connected to network. ( 64 )"});
+    EXPECT_EQ(
+        outcome(requests.connectPeer(Tv, WiFiDirectIntent::Any, method, "12345678")), "ConnectionFailed");
     EXPECT_EQ(outcome(requests.connectPeer(Tv, WiFiDirectIntent::Any, method, "12345670")), "done");
-    EXPECT_TRUE(waitUntil([&] { return wifi.connectedDevices().contains(Tv); }));
+    EXPECT_EQ(WiFiDirect().connectedDevices(), QStringList{Tv});
     EXPECT_EQ(valueOf(requests.peerIpAddress(Tv)), wifi.networkOwnerIpAddress());
     const QString session = valueOf(requests.startPeerSession());
     EXPECT_NE(session, QString());
@@ -134,4 +144,196 @@ TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
     EXPECT_TRUE(waitUntil([&] { return !peers.isRunning(); }));
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");
     EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
+}
+
+TEST_F(RequestsTest, TellTheErrorOfTheServiceBesideTheResult)
+{
+    sim("data-profile mms enabled off");
+    const struct
+    {
+        QFuture<RequestResult> request;
+        RequestResult expected;
+    } rows[] = {
+        {requests.connectProfile("mms"),
+            {false, CellularConnectionRequestResult::InternalError, "InternalError", {}, ENODEV,
+                "this profile is not enabled"}},
+        {requests.connectProfile("none"),
+            {false, CellularConnectionRequestResult::InvalidInterface, "InvalidInterface", {}, ENOENT,
+                "No such file or directory"}},
+        {requests.disconnectProfile("mms"), // is not sent
+            {false, CellularConnectionRequestResult::NotPossible, "NotPossible"}},
+        {requests.startPeerSession(),
+            {false, WiFiDirectResult::NoNetworkConnection, "NoNetworkConnection", {}, ENONET,
+                "there is no connection"}},
+        {requests.stopPeerSession("none"),
+            {false, WiFiDirectResult::NoNetworkConnection, "NoNetworkConnection", {}, ENONET,
+                "there is no connection"}},
+        {requests.scanPeers(), {true, WiFiDirectResult::Success, {}}},
+    };
+    for (const auto &row : rows) {
+        DeviceRequest request(row.request);
+        EXPECT_TRUE(waitUntil([&] { return !request.isRunning(); }));
+        EXPECT_TRUE(row.request.result() == row.expected) << row.expected.reason.toStdString();
+        EXPECT_EQ(request.errorNumber(), row.expected.errorNumber);
+        EXPECT_EQ(request.errorString(), row.expected.errorString);
+    }
+}
+
+// Connecting never ends by itself here.
+class ConnectingTest : public RequestsTest
+{
+protected:
+    ConnectingTest()
+        : RequestsTest(R"({"wifi-direct": {"scan-seconds": 0.05, "connect-seconds": 3600},
+                           "data-profile": {"connect-seconds": 3600}})")
+    {
+    }
+    void SetUp() override
+    {
+        RequestsTest::SetUp();
+        EXPECT_EQ(outcome(requests.scanPeers()), "done");
+        EXPECT_TRUE(waitUntil([] { return WiFiDirect().visibleDevices().contains(Tv); }));
+    }
+    QFuture<RequestResult> connectTv()
+    {
+        return requests.connectPeer(
+            Tv, WiFiDirectIntent::Any, WiFiDirectWpsMethod::PushButtonConfiguration, {});
+    }
+    // Both, once they are pending.
+    std::pair<QFuture<RequestResult>, QFuture<RequestResult>> connectBoth()
+    {
+        const std::pair both(requests.connectProfile("mms"), connectTv());
+        EXPECT_TRUE(waitUntil([] {
+            return stateNow("mms") == CellularConnectionState::PendingConnect
+                && WiFiDirect().connectionState() == WiFiDirectConnectionState::Connecting;
+        }));
+        EXPECT_EQ(outcome(requests.connectProfile("mms")), "NotPossible");
+        EXPECT_EQ(outcome(requests.scanPeers()), "Busy");
+        EXPECT_FALSE(both.first.isFinished() || both.second.isFinished());
+        return both; // whose threads have seen that by now
+    }
+    static bool isIdle()
+    {
+        return stateNow("mms") == CellularConnectionState::Disconnected
+            && WiFiDirect().connectionState() == WiFiDirectConnectionState::Disconnected;
+    }
+};
+
+TEST_F(ConnectingTest, EndsWithTheOppositeRequestAndWithTheConnection)
+{
+    auto [profile, peer] = connectBoth();
+    CellularDataInterface another("mms");
+    EXPECT_EQ(another.requestConnect(), CellularConnectionRequestResult::Requested); // keeps it pending
+    EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
+    EXPECT_EQ(outcome(requests.cancelPeer()), "done");
+    EXPECT_EQ(outcome(profile), "ConnectionFailed");
+    EXPECT_EQ(outcome(peer), "ConnectionFailed");
+
+    another.requestDisconnect();
+    for (int i = 0; i < 2; ++i) { // what has failed keeps nobody from the next attempt
+        std::tie(profile, peer) = connectBoth();
+        sim("data-profile mms drop");
+        sim("wifi-direct peer-goes tv");
+        EXPECT_EQ(outcome(profile), "ConnectionFailed");
+        EXPECT_EQ(outcome(peer), "ConnectionFailed");
+        sim("wifi-direct sight tv");
+    }
+}
+
+TEST_F(ConnectingTest, IsGivenUpWhereItIsCancelled)
+{
+    auto [profile, peer] = connectBoth();
+    profile.cancel();
+    peer.cancel();
+    EXPECT_TRUE(waitUntil(isIdle));
+}
+
+TEST_F(ConnectingTest, CancellingIsToldAtOnceAndWhatASilentServiceDoesLaterIsUndone)
+{
+    signalDaemon(SIGSTOP);
+    QFuture<RequestResult> cancelled[] = {
+        requests.connectProfile("mms"), connectTv(), requests.startPeerSession() /* which waits for that */};
+    EXPECT_TRUE(waitUntil([&] { return cancelled[0].progressValue() + cancelled[1].progressValue() == 2; }));
+    int told = 0;
+    QObject context;
+    for (QFuture<RequestResult> &future : cancelled) {
+        future.onCanceled(&context, [&] {
+            ++told;
+            return RequestResult();
+        });
+        future.cancel();
+    }
+    EXPECT_TRUE(waitUntil([&] { return told == 3; }));
+    signalDaemon(SIGCONT);
+    EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "NotPossible");
+    EXPECT_EQ(outcome(requests.cancelPeer()), "NoRequestToCancel");
+    EXPECT_TRUE(isIdle());
+}
+
+// A service that answers, and publishes what the test says.
+class ProfileRequestTest : public DeviceTest
+{
+protected:
+    enum State { Idle, Pending, Connected };
+
+    void publish(State state) const
+    {
+        root.place("/pps/services/cds/cnice/status",
+            QByteArray("@status\nweb:json:{\"enabled\":true,\"active\":") + (state != Idle ? "true" : "false")
+                + ",\"connected\":" + (state == Connected ? "true" : "false") + "}\n");
+    }
+
+    ControlService service{
+        "/pps/services/cds/cnice/web_control", ControlService::answer("dat:json:{\"connect_id\":\"c7\"}\n")};
+};
+
+TEST_F(ProfileRequestTest, EndsWithTheStateThatFollowsTheAnswer)
+{
+    const struct
+    {
+        QList<State> states; // after the answer, before which it is idle
+        const char *outcome;
+        const char *disconnecting; // a connection that has failed is not held any more
+    } rows[] = {
+        {{Connected}, "done", "done"},
+        {{Pending, Connected}, "done", "done"},
+        {{}, "ConnectionFailed", "NotPossible"},
+    };
+    for (const auto &row : rows) {
+        publish(Idle);
+        if (row.states.isEmpty())
+            qputenv("OZ_GRACE_TIME", "0.2");
+        DeviceRequests requests;
+        const QFuture<RequestResult> connecting = requests.connectProfile("web");
+        EXPECT_TRUE(waitUntil([&] { return !service.take().isEmpty(); }));
+        for (const State state : row.states) {
+            settle();
+            EXPECT_FALSE(connecting.isFinished());
+            publish(state);
+        }
+        EXPECT_EQ(outcome(connecting), row.outcome);
+        EXPECT_EQ(outcome(requests.disconnectProfile("web")), row.disconnecting);
+        service.take();
+    }
+    qunsetenv("OZ_GRACE_TIME");
+}
+
+TEST_F(ProfileRequestTest, IsNoObstacleToTheNextOnceTheConnectionHasEndedByItself)
+{
+    publish(Connected);
+    DeviceRequests requests;
+    EXPECT_EQ(outcome(requests.connectProfile("web")), "done");
+    EXPECT_EQ(outcome(requests.connectProfile("web")), "NotPossible");
+    publish(Idle);
+    const QFuture<RequestResult> again = requests.connectProfile("web");
+    QStringList asked;
+    EXPECT_TRUE(waitUntil([&] {
+        for (const QVariantMap &request : service.take())
+            asked += request.value("msg").toString();
+        return asked.size() == 3;
+    }));
+    EXPECT_EQ(asked, (QStringList{"connect", "disconnect", "connect"}));
+    publish(Connected);
+    EXPECT_EQ(outcome(again), "done");
+    EXPECT_EQ(outcome(requests.disconnectProfile("web")), "done");
 }

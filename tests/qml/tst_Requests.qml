@@ -55,6 +55,7 @@ Item {
             request.finished.connect(() => ++told);
             tryCompare(request, "running", false);
             compare([told, request.succeeded, request.code, request.reason], [1, false, CellularConnectionRequestResult.InvalidInterface, "InvalidInterface"]);
+            compare([request.errorNumber, request.errorString], [2, "No such file or directory"]);
         }
 
         function test_modelsGiveTheirRolesToDelegates() {

@@ -82,6 +82,12 @@ ApplicationWindow {
         visible: window.request !== null && !window.request.running && !window.request.succeeded
         padding: 12
         wrapMode: Text.Wrap
-        text: window.request === null ? "" : qsTr("%1: %2").arg(window.asked).arg(window.request.reason)
+        text: {
+            if (window.request === null)
+                return "";
+            // The service's own words, where it has any, are for whoever looks after the phone.
+            const why = window.request.errorString === "" ? window.request.reason : qsTr("%1 (%2)").arg(window.request.reason).arg(window.request.errorString);
+            return qsTr("%1: %2").arg(window.asked).arg(why);
+        }
     }
 }

@@ -26,6 +26,10 @@ class OZ_MODELS_EXPORT DeviceRequest : public QObject
     Q_PROPERTY(QString reason READ reason NOTIFY finished FINAL)
     /*! RequestResult::value; empty while it runs, and where the request has none. */
     Q_PROPERTY(QString value READ value NOTIFY finished FINAL)
+    /*! RequestResult::errorNumber; 0 while it runs, and where there is none. */
+    Q_PROPERTY(int errorNumber READ errorNumber NOTIFY finished FINAL)
+    /*! RequestResult::errorString; empty while it runs, and where there is none. */
+    Q_PROPERTY(QString errorString READ errorString NOTIFY finished FINAL)
 
 public:
     /*! Follows \a future. */
@@ -37,6 +41,8 @@ public:
     [[nodiscard]] int code() const { return m_result.code; }
     [[nodiscard]] QString reason() const { return m_result.reason; }
     [[nodiscard]] QString value() const { return m_result.value; }
+    [[nodiscard]] int errorNumber() const { return m_result.errorNumber; }
+    [[nodiscard]] QString errorString() const { return m_result.errorString; }
     /*! The future that it follows. */
     [[nodiscard]] QFuture<RequestResult> future() const { return m_watcher.future(); }
 

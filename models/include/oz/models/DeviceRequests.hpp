@@ -16,8 +16,12 @@ namespace oz::models {
  * Requests that do not wait: each is a future, and runs on a thread that this object has for its subject, so
  * that a service which is silent holds up nothing but further requests to the same.
  *
- * A future's progress is 1 from when its service is being asked. A future that is cancelled has no result.
- * What had not begun is never asked; what was asked and is then taken is taken back as the request says.
+ * A future's progress is 1 from when its service is being asked. A cancelled future has no result; it
+ * finishes at once, even while its service is silent. A request that had not begun is never sent. One that
+ * was sent is undone by the opposite request that is given below, once the service has answered if the
+ * request waits for that; a request without an opposite is not undone. Continuations without a context object
+ * run on a thread of this object, and delay others while they run.
+ *
  * Requests of one subject, such as one data profile or the LED, run one after the other where the service's
  * answer is waited for.
  *
@@ -33,15 +37,25 @@ public:
     ~DeviceRequests();
     Q_DISABLE_COPY_MOVE(DeviceRequests)
 
-    /*! CellularDataInterface::requestConnect(): the connection is this object's. Cancelled, it is
-     * disconnected. */
+    /*!
+     * CellularDataInterface::requestConnect(): the connection is this object's. Finished when the profile is
+     * connected, when it is refused, or when it fails. The reason is "ConnectionFailed" if the profile is
+     * disconnected again, or does not begin to connect within oz::graceTime() after the answer. The result is
+     * NotPossible while a connection of this object is established or pending. Cancelled, it is disconnected.
+     */
     [[nodiscard]] QFuture<RequestResult> connectProfile(const QString &name);
     /*! CellularDataInterface::requestDisconnect(), of a connection of this object. */
     [[nodiscard]] QFuture<RequestResult> disconnectProfile(const QString &name);
 
     /*! WiFiDirect::requestScan(). */
     [[nodiscard]] QFuture<RequestResult> scanPeers();
-    /*! WiFiDirect::requestConnect(). Cancelled, it is followed by cancelConnectRequest(). */
+    /*!
+     * WiFiDirect::requestConnect(). Finished when the phone is connected, when it is refused, or when it
+     * fails. The reason is "ConnectionFailed" if the phone is disconnected again, as for a wrong PIN, or does
+     * not begin to connect within oz::graceTime() after the answer. If the service's object is removed
+     * meanwhile, the future goes on until it is cancelled. Cancelled, it is followed by
+     * cancelConnectRequest(); a peer that is connected by then stays connected.
+     */
     [[nodiscard]] QFuture<RequestResult> connectPeer(const QString &hardwareAddress,
         device::WiFiDirectIntent::Type intent, device::WiFiDirectWpsMethod::Type wpsMethod,
         const QString &wpsPin);
