@@ -1,5 +1,6 @@
 #include <oz/models/DeviceRequests.hpp>
 
+#include "InvalidArgument.hpp"
 #include "RequestThread.hpp"
 
 #include <oz/Limits.hpp>
@@ -360,6 +361,12 @@ QFuture<RequestResult> DeviceRequests::disconnectSink()
 
 QFuture<RequestResult> DeviceRequests::flash(LedColor::Type color, int count)
 {
+    if (LedColor::toName(color).isNull()) {
+        const QString found = color == LedColor::None
+            ? QStringLiteral("None")
+            : QStringLiteral("0x%1").arg(uint(color), 6, 16, QChar(u'0'));
+        return refuse({FlashCall, "color", FlashColor, found});
+    }
     return d->request(QStringLiteral("led"), [=](RunningRequest *request) {
         auto *led = new Led(color, request); // goes out with the request
         led->flash(count);

@@ -1,6 +1,38 @@
 #include <oz/models/ScriptRequests.hpp>
 
+#include "InvalidArgument.hpp"
+
+#include <cmath>
+#include <limits>
+#include <optional>
+
 namespace oz::models {
+
+namespace {
+
+// Accepts numbers only, not what QVariant would convert to one.
+std::optional<int> wholeNumber(const QVariant &value)
+{
+    using Limits = std::numeric_limits<int>;
+    if (value.typeId() == QMetaType::Int)
+        return value.toInt();
+    const double number = value.toDouble();
+    if (value.typeId() == QMetaType::Double && number == std::trunc(number) && number >= Limits::min()
+        && number <= Limits::max())
+        return int(number);
+    return std::nullopt;
+}
+
+QString describe(const QVariant &value)
+{
+    if (!value.isValid())
+        return QStringLiteral("missing");
+    if (value.typeId() == QMetaType::QString)
+        return u'"' + value.toString() + u'"';
+    return value.canConvert<QString>() ? value.toString() : QString::fromLatin1(value.typeName());
+}
+
+} // namespace
 
 ScriptRequests::ScriptRequests(QObject *parent) : QObject(parent) { }
 
@@ -78,9 +110,15 @@ DeviceRequest *ScriptRequests::shutDownMiracast()
     return follow(m_requests.shutDownMiracast());
 }
 
-DeviceRequest *ScriptRequests::flash(int color, int count)
+DeviceRequest *ScriptRequests::flash(const QVariant &color, const QVariant &count)
 {
-    return follow(m_requests.flash(device::LedColor::Type(color), count));
+    const auto colorNumber = wholeNumber(color);
+    if (!colorNumber)
+        return follow(refuse({FlashCall, "color", FlashColor, describe(color)}));
+    const auto times = wholeNumber(count);
+    if (!times)
+        return follow(refuse({FlashCall, "count", FlashCount, describe(count)}));
+    return follow(m_requests.flash(device::LedColor::Type(*colorNumber), *times));
 }
 
 DeviceRequest *ScriptRequests::vibrate(uint milliseconds)

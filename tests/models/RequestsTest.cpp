@@ -179,6 +179,24 @@ TEST_F(RequestsTest, TellTheErrorOfTheServiceBesideTheResult)
     }
 }
 
+TEST_F(RequestsTest, FlashRefusesAColorThatNothingFlashesIn)
+{
+    for (const auto &[color, found] :
+        {std::pair(LedColor::None, "None"), std::pair(LedColor::Type(0xABC), "0x000abc")}) {
+        const QFuture<RequestResult> flashes = requests.flash(color, 3);
+        EXPECT_EQ(outcome(flashes), "InvalidArgument");
+        const QString problem =
+            QString("flash(color, count): color is %1, expected an enumerator of LedColor "
+                    "other than None")
+                .arg(found);
+        EXPECT_EQ(flashes.result().errorNumber, EINVAL);
+        EXPECT_EQ(flashes.result().errorString, problem);
+        EXPECT_EQ(log.take(), QStringList{problem});
+    }
+    requests.flash(LedColor::Blue, 1); // nobody needs to hold on to it
+    EXPECT_TRUE(waitUntil([] { return attributesOf("/pps/services/led/status").value("blue") == "on"; }));
+}
+
 // Connecting never ends by itself here.
 class ConnectingTest : public RequestsTest
 {

@@ -58,6 +58,32 @@ Item {
             compare([request.errorNumber, request.errorString], [2, "No such file or directory"]);
         }
 
+        function test_flashNamesAnArgumentThatIsMissingOrOfAnotherType_data() {
+            const color = ", expected an enumerator of LedColor other than None";
+            const count = ", expected a whole number of flashes, or -1 to flash until cancelled";
+            const rows = [];
+            const row = (words, problem) => rows.push({
+                        "tag": problem,
+                        "words": words
+                    });
+            row([], "color is missing" + color);
+            row(["red", 3], "color is \"red\"" + color);
+            row([1.5, 3], "color is 1.5" + color);
+            row([LedColor.None, 3], "color is None" + color);
+            row([LedColor.Red], "count is missing" + count);
+            row([LedColor.Red, true], "count is true" + count);
+            row([LedColor.Red, "3"], "count is \"3\"" + count);
+            return rows;
+        }
+
+        function test_flashNamesAnArgumentThatIsMissingOrOfAnotherType(row) {
+            const problem = "flash(color, count): " + row.tag;
+            ignoreWarning(problem);
+            const request = requests.flash(...row.words);
+            tryCompare(request, "running", false);
+            compare([request.succeeded, request.reason, request.errorString], [false, "InvalidArgument", problem]);
+        }
+
         function test_modelsGiveTheirRolesToDelegates() {
             compare(names.count, 2);
             compare([names.itemAt(0).displayName, names.itemAt(1).attached], ["panel", false]); // qmllint disable

@@ -88,13 +88,17 @@ public:
     /*! MiracastManager::requestShutdown(), likewise; nothing takes that back. */
     [[nodiscard]] QFuture<RequestResult> shutDownMiracast();
 
-    /*! Led::flash(count); finished when all flashes have been seen. Cancelled, the LED goes out. */
-    [[nodiscard]] QFuture<RequestResult> flash(device::LedColor::Type color, int count);
+    /*!
+     * Led::flash(count); finished when all flashes have been seen. Cancelled, the LED goes out. Fails at once
+     * with "InvalidArgument", and logs a warning of the category "oz.models", if the \a color is None or no
+     * enumerator. Callers may ignore the future.
+     */
+    QFuture<RequestResult> flash(device::LedColor::Type color, int count);
     /*!
      * VibrationController::start() for so many \a milliseconds; finished after that time. Cancelled, the
-     * motor stops. Fails at once where the vibrator is not supported.
+     * motor stops. Fails at once where the vibrator is not supported. Callers may ignore the future.
      */
-    [[nodiscard]] QFuture<RequestResult> vibrate(uint milliseconds);
+    QFuture<RequestResult> vibrate(uint milliseconds);
 
 private:
     class Private;

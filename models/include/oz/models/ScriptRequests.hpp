@@ -3,6 +3,8 @@
 #include <oz/models/DeviceRequest.hpp>
 #include <oz/models/DeviceRequests.hpp>
 
+#include <QVariant>
+
 namespace oz::models {
 
 /*!
@@ -49,8 +51,9 @@ public:
     Q_INVOKABLE oz::models::DeviceRequest *resumeSink();
     /*! DeviceRequests::shutDownMiracast(). */
     Q_INVOKABLE oz::models::DeviceRequest *shutDownMiracast();
-    /*! DeviceRequests::flash(), with a LedColor. */
-    Q_INVOKABLE oz::models::DeviceRequest *flash(int color, int count);
+    /*! DeviceRequests::flash(), with a LedColor and a whole number; fails likewise if one of them is missing
+     * or of another type. */
+    Q_INVOKABLE oz::models::DeviceRequest *flash(const QVariant &color = {}, const QVariant &count = {});
     /*! DeviceRequests::vibrate(). */
     Q_INVOKABLE oz::models::DeviceRequest *vibrate(uint milliseconds);
 
