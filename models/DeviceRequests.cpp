@@ -217,7 +217,7 @@ QFuture<RequestResult> DeviceRequests::disconnectProfile(const QString &name)
         CellularDataInterface *profile = profileOf(request, name);
         request->finish(resultOfAsking(
             [profile] { return CellularConnectionRequestResult::Type(profile->requestDisconnect()); }));
-        // Another client may keep the profile connected, so its state need not tell these.
+        // The profile may stay connected for another client, so its state may never end the pending requests.
         for (RunningRequest *connecting : connectingBeside(request))
             connecting->finish(ConnectionFailed);
     });
