@@ -193,7 +193,7 @@ TEST_F(RequestsTest, FlashRefusesAColorThatNothingFlashesIn)
         EXPECT_EQ(flashes.result().errorString, problem);
         EXPECT_EQ(log.take(), QStringList{problem});
     }
-    requests.flash(LedColor::Blue, 1); // nobody needs to hold on to it
+    requests.flash(LedColor::Blue, -1); // nobody needs to hold on to it
     EXPECT_TRUE(waitUntil([] { return attributesOf("/pps/services/led/status").value("blue") == "on"; }));
 }
 
