@@ -5,6 +5,7 @@
 #include "publishing/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>
+#include <oz/Limits.hpp>
 #include <oz/PpsPublisher.hpp>
 #include <oz/TreeFiles.hpp>
 
