@@ -6,7 +6,6 @@
 #include <oz/DeviceRoot.hpp>
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <cerrno>
 #include <sys/inotify.h>

@@ -5,7 +5,6 @@
 #include <QSocketNotifier>
 #include <QString>
 
-#include <cstdint>
 #include <map>
 #include <memory>
 

@@ -13,9 +13,8 @@ namespace oz::services {
  * requests "requestLED" ("dat": "color" and "blinkCount") and "cancelLED"; a request is known by the
  * connection and its "id", and ends with the connection. Where the service was restarted, requests go on for
  * clients that come back within the grace time. A user has at most 50 requests. What becomes of them is told
- * by
- * "/pps/services/led/activity", to the services' user and group alone, as it names processes: "requests", the
- * newest 50 of them, the newest last, "last" and "flashes".
+ * by "/pps/services/led/activity", to the services' user and group alone, as it names processes: "requests",
+ * the newest 50 of them, the newest last, "last" and "flashes".
  */
 class LedPublisher final : public PublisherOf<LedSource>
 {

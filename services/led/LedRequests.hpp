@@ -18,8 +18,7 @@ struct LedRequest
     quint64 client = 0; //!< the connection that it came on; 0 for one of before a restart
     QString id; //!< as the client chose it, for this connection
     qint64 process = 0;
-    qulonglong started =
-        0; //!< when the process was, in the kernel's ticks: with its number it is like no other
+    qulonglong started = 0; //!< when the process was, in the kernel's ticks; 0 where that is not known
     uid_t user = 0;
     QString color;
     LedState::Elements elements;
