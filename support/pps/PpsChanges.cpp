@@ -71,42 +71,67 @@ private:
     std::unordered_map<std::string_view, std::size_t> m_places;
 };
 
-// Whether two JSON texts cannot be one value, as far as that is to be seen without parsing them: another
-// order of members and other white space keep the number of each character, and where the texts differ there
-// is nothing that could be written in another way.
-bool surelyDiffer(QByteArrayView one, QByteArrayView other)
+bool isPartOfScalar(char c)
 {
-    const auto isPartOfToken = [](char c) {
-        return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '.'
-            || c == '+' || c == '-' || c == '\\';
-    };
-    const qsizetype shorter = std::min(one.size(), other.size());
-    qsizetype begin = std::mismatch(one.begin(), one.begin() + shorter, other.begin()).first - one.begin();
-    while (begin > 0 && isPartOfToken(one[begin - 1]))
-        --begin;
-    qsizetype same = 0;
-    while (same < shorter - begin && one[one.size() - 1 - same] == other[other.size() - 1 - same])
-        ++same;
-    while (same > 0 && isPartOfToken(one[one.size() - same]))
-        --same;
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || c == 'E' || c == '.' || c == '+' || c == '-';
+}
 
-    int balance[256] = {};
-    const auto count = [&](QByteArrayView text, int step) {
-        const QByteArrayView part = text.sliced(begin, text.size() - same - begin);
-        for (qsizetype i = 0; i < part.size(); ++i) {
-            const char c = part[i];
-            const char next = i + 1 < part.size() ? part[i + 1] : ' ';
-            const bool isExponent = c >= '0' && c <= '9' && (next == 'e' || next == 'E');
-            if (c == '\\' || c == '.' || isExponent || (c == '-' && next == '0'))
-                return false;
-            if (c != ' ' && c != '\t' && c != '\r')
-                balance[uchar(c)] += step;
-        }
+// The string, number or word that begins at \a place of a JSON text without escapes; empty if there is none.
+QByteArrayView tokenAt(QByteArrayView json, qsizetype place)
+{
+    const QByteArrayView rest = json.sliced(place);
+    if (rest.startsWith('"'))
+        return rest.first(rest.indexOf('"', 1) + 1);
+    return rest.first(std::find_if_not(rest.begin(), rest.end(), isPartOfScalar) - rest.begin());
+}
+
+// False for a number that can be written in another way, or is so long that it may be rounded.
+bool hasOneSpelling(QByteArrayView token)
+{
+    constexpr qsizetype MostDigits = 18;
+    const QByteArrayView digits = token.startsWith('-') ? token.sliced(1) : token;
+    const auto isDigit = [](char c) { return c >= '0' && c <= '9'; };
+    if (digits.isEmpty() || !isDigit(digits.front()))
         return true;
-    };
-    if (!count(one, 1) || !count(other, -1))
+    return digits.size() <= MostDigits && token != "-0" && std::all_of(digits.begin(), digits.end(), isDigit);
+}
+
+// True if two JSON texts are certainly different values; false if they have to be parsed to know. What
+// precedes their first difference is the same, so the tokens there stand at the same place in both values,
+// and nearly every change between two publishes shows in them.
+bool surelyDifferAsJson(QByteArrayView one, QByteArrayView other)
+{
+    if (one.contains('\\') || other.contains('\\'))
+        return false; // an escape may spell a character of the other text
+    const qsizetype shorter = std::min(one.size(), other.size());
+    const qsizetype place =
+        std::mismatch(one.begin(), one.begin() + shorter, other.begin()).first - one.begin();
+    const QByteArrayView same = one.first(place);
+    if (same.count('"') % 2 != 0) {
+        const qsizetype begin = same.lastIndexOf('"');
+        const QByteArrayView token = tokenAt(one, begin);
+        const QByteArrayView otherToken = tokenAt(other, begin);
+        if (!one.sliced(begin + token.size()).trimmed().startsWith(':'))
+            return true;
+        // Names of members, which may stand in another order.
+        return !other.sliced(begin).contains(token) || !one.sliced(begin).contains(otherToken);
+    }
+    const auto isSpace = [](char c) { return c == ' ' || c == '\t' || c == '\r'; };
+    if (place == shorter || isSpace(one[place]) || isSpace(other[place]))
         return false;
-    return std::any_of(std::begin(balance), std::end(balance), [](int left) { return left != 0; });
+    const auto isOutside = [](char c) { return !isPartOfScalar(c); };
+    const qsizetype begin = same.rend() - std::find_if(same.rbegin(), same.rend(), isOutside);
+    return hasOneSpelling(tokenAt(one, begin)) && hasOneSpelling(tokenAt(other, begin));
+}
+
+// As above, for two different texts with the same qualifier.
+bool surelyDiffer(QByteArrayView qualifier, QByteArrayView one, QByteArrayView other)
+{
+    if (qualifier == "json")
+        return surelyDifferAsJson(one, other);
+    if (qualifier == "n")
+        return hasOneSpelling(one) && hasOneSpelling(other);
+    return qualifier.isEmpty() || qualifier == "b"; // which have one spelling
 }
 
 // Values are one where their shortest text is.
@@ -116,10 +141,7 @@ bool sameValue(const PpsLine &one, const PpsLine &other)
         return true;
     if (one.malformed || other.malformed || one.removal || other.removal)
         return false;
-    // Text as it stands has one form only.
-    if (one.qualifier.isEmpty() && other.qualifier.isEmpty())
-        return false;
-    if (one.qualifier == "json" && other.qualifier == "json" && surelyDiffer(one.value, other.value))
+    if (one.qualifier == other.qualifier && surelyDiffer(one.qualifier, one.value, other.value))
         return false;
     const auto shortest = [](const PpsLine &line) {
         if (!line.text.isValidUtf8())

@@ -206,6 +206,45 @@ TEST_F(PpsObjectTest, AnotherOrderOrTextFormOfTheSameValuesIsNoNewsAndAnotherTyp
     ::close(inotify);
 }
 
+TEST_F(PpsObjectTest, JsonTextsAreComparedByTheirValues)
+{
+    const std::tuple<const char *, const char *, bool> rows[] = {
+        {R"({"a":1,"b":{"c":"x"}})", R"({"b":{"c":"x"},"a":1})", true},
+        {R"({"a":1,"b":2})", R"({ "a":1, "b" :2})", true},
+        {R"([1,2])", "[1\t,2 ]", true},
+        {R"(["a","b"])", R"(["\u0061","b"])", true},
+        {R"([1.0,-0,1e2])", R"([1.00,0,100.0])", true},
+        {R"([12345678901234567890123])", R"([12345678901234567890124])", true},
+        {R"({"a":"b","b":"a"})", R"({"b":"a","a":"b"})", true},
+        {R"([1])", R"([1.0])", false},
+        {R"([1])", R"(["1"])", false},
+        {R"([1])", R"([12])", false},
+        {R"([-1])", R"([1])", false},
+        {R"([true])", R"([null])", false},
+        {R"(["10.0"])", R"(["10.00"])", false},
+        {R"([[1],2])", R"([[1,2]])", false},
+        {R"({})", R"({"a":1})", false},
+        {R"({"a":1})", R"({"b":1})", false},
+        {R"({"a":{"b":1}})", R"({"b":{"a":1}})", false},
+        {R"({"a":"b"})", R"({"a":"c"})", false},
+        {R"({"a":1,"b":"x"})", R"({"a":1,"ab":2,"b":"x"})", false},
+        {R"({"a":1,"b":2})", R"({"a":1,"b":2,"c":"a"})", false},
+        {R"(["\"x"])", R"(["\"y"])", false},
+        {R"(["x"])", R"(["x)", false},
+    };
+    for (const auto &[one, other, areSame] : rows) {
+        for (const auto &[first, second] : {std::pair(one, other), std::pair(other, one)}) {
+            const QByteArray line = QByteArray("v:json:") + second + '\n';
+            root.place(Path, QByteArray("v:json:") + first + '\n');
+            PpsObject object(Path + "?delta");
+            ASSERT_TRUE(object.open(PpsOpenMode::Subscribe));
+            (void)object.read();
+            root.place(Path, line);
+            EXPECT_EQ(object.read(), areSame ? "@status\n" : "@status\n" + line) << first << ' ' << second;
+        }
+    }
+}
+
 TEST_F(PpsObjectTest, ASubscriberSurvivesRemovalAndReturnOfItsObjectAndOfItsDirectory)
 {
     publish({{"a", 1}});
