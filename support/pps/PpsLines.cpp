@@ -76,7 +76,7 @@ QByteArray selectLines(const QByteArray &content, QByteArrayView name, const Pps
 
 QByteArray filterLines(const QByteArray &message, const PpsNames &filter)
 {
-    if (filter.isEmpty())
+    if (filter.empty())
         return message;
     QByteArray out;
     out.reserve(message.size());
@@ -84,7 +84,7 @@ QByteArray filterLines(const QByteArray &message, const PpsNames &filter)
     if (!lines.header().isNull())
         appendHeader(&out, lines.header());
     for (PpsLine line; lines.next(&line);) {
-        if (line.malformed || filter.contains(QByteArray::fromRawData(line.name.data(), line.name.size())))
+        if (line.malformed || filter.contains(line.name))
             appendLine(&out, line.text);
     }
     return out;

@@ -2,7 +2,8 @@
 
 #include <QByteArray>
 #include <QByteArrayView>
-#include <QSet>
+
+#include <set>
 
 namespace oz {
 
@@ -41,7 +42,7 @@ private:
     int m_lineNumber = 0;
 };
 
-using PpsNames = QSet<QByteArray>;
+using PpsNames = std::set<QByteArray, std::less<>>;
 
 /*! \a content headed by "@name" (kept where it has a header of its own), filtered. */
 [[nodiscard]] QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter);

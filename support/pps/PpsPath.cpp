@@ -29,7 +29,7 @@ std::optional<PpsPath> PpsPath::parse(const QString &text)
         } else if (option.startsWith(u"f=")) {
             for (const QString &name : option.mid(2).split(u'+', Qt::SkipEmptyParts))
                 path.filter.insert(name.toUtf8());
-            if (path.filter.isEmpty())
+            if (path.filter.empty())
                 return std::nullopt;
         } else {
             return std::nullopt;
