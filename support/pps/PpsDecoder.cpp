@@ -5,13 +5,15 @@
 #include <QStringConverter>
 #include <QVariantList>
 
-#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
+#include <map>
 #include <optional>
+#include <vector>
 
 namespace oz::PpsText {
 
@@ -122,20 +124,20 @@ public:
     }
     bool Key(const char *text, rapidjson::SizeType size, bool)
     {
-        m_levels.back().key = textFrom({text, qsizetype(size)});
+        m_levels.back().key = nameFrom({text, qsizetype(size)});
         return true;
     }
     bool StartObject() { return enter(true); }
     bool StartArray() { return enter(false); }
     bool EndObject(rapidjson::SizeType)
     {
-        QVariant map = m_levels.back().map;
+        QVariant map = QVariantMap(std::move(m_levels.back().map));
         m_levels.pop_back();
         return add(std::move(map));
     }
     bool EndArray(rapidjson::SizeType)
     {
-        QVariant list = m_levels.back().list;
+        QVariant list = std::move(m_levels.back().list);
         m_levels.pop_back();
         return add(std::move(list));
     }
@@ -144,11 +146,23 @@ private:
     struct Level
     {
         bool isMap;
-        QVariantMap map;
-        QVariantList list;
         QString key;
+        std::map<QString, QVariant> map;
+        QVariantList list;
     };
 
+    // Maps in a list mostly have the same members, which then share their names.
+    QString nameFrom(QByteArrayView utf8)
+    {
+        const auto known = std::find_if(
+            m_names.begin(), m_names.end(), [&](const auto &name) { return name.first == utf8; });
+        if (known != m_names.end())
+            return known->second;
+        QString name = textFrom(utf8);
+        if (m_names.size() < MostNames)
+            m_names.emplace_back(utf8, name);
+        return name;
+    }
     bool enter(bool isMap)
     {
         if (m_levels.size() >= MaxDepth)
@@ -160,22 +174,27 @@ private:
     {
         if (m_levels.empty())
             m_root = std::move(value);
-        else if (Level &level = m_levels.back(); level.isMap)
-            level.map.insert(level.key, value);
+        else if (Level &level = m_levels.back(); level.isMap) // members mostly come in order
+            level.map.insert_or_assign(level.map.end(), std::move(level.key), std::move(value));
         else
             level.list.append(std::move(value));
         return true;
     }
 
+    static constexpr std::size_t MostNames = 16;
+
     std::vector<Level> m_levels;
+    std::vector<std::pair<QByteArrayView, QString>> m_names; // as they stand in the text
     QVariant m_root;
 };
 
+// \a text is valid UTF-8, which the caller has checked.
 std::optional<QVariant> parseJson(QByteArrayView text)
 {
     // Numbers are converted here as everywhere else, exactly and with a check of their range.
-    constexpr unsigned flags = rapidjson::kParseValidateEncodingFlag | rapidjson::kParseNumbersAsStringsFlag;
-    rapidjson::MemoryStream stream(text.data(), std::size_t(text.size()));
+    constexpr unsigned flags = rapidjson::kParseInsituFlag | rapidjson::kParseNumbersAsStringsFlag;
+    QByteArray buffer = text.toByteArray();
+    rapidjson::InsituStringStream stream(buffer.data());
     rapidjson::Reader reader;
     VariantBuilder builder;
     // The reader takes a NUL for the end of its input, so where it stopped is asked too.
