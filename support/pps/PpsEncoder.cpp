@@ -16,7 +16,7 @@ namespace oz::PpsText {
 namespace {
 
 // Each function returns false with the error set where the value has no form.
-using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer>;
+using JsonWriter = rapidjson::Writer<rapidjson::StringBuffer, rapidjson::UTF16<char16_t>>;
 
 bool refuseValue(const char *what, QString *error)
 {
@@ -45,10 +45,9 @@ bool integerOf(const QVariant &value, qint64 *number)
 
 bool writeText(JsonWriter *writer, const QString &text, QString *error)
 {
-    if (!text.isValidUtf16())
-        return refuseValue("text that is no valid UTF-16", error);
-    const QByteArray utf8 = text.toUtf8();
-    return writer->String(utf8.constData(), rapidjson::SizeType(utf8.size()));
+    const auto *utf16 = reinterpret_cast<const char16_t *>(text.utf16());
+    return writer->String(utf16, rapidjson::SizeType(text.size()))
+        || refuseValue("text that is no valid UTF-16", error);
 }
 
 bool writeJson(JsonWriter *writer, const QVariant &value, int depth, QString *error)

@@ -49,6 +49,8 @@ TEST(PpsText, EachValueHasOneShortestFormAndComesBackEqualAndOfItsType)
         {QVariantMap{}, "a:json:{}\n"},
         {QVariantList{1, 2.5, "x\ny", false, QVariant::fromValue(nullptr), QVariantMap{{"k", 4294967296LL}}},
             "a:json:[1,2.5,\"x\\ny\",false,null,{\"k\":4294967296}]\n"},
+        {QVariantList{QString::fromUtf8("\xC3\xA9 \xF0\x9F\x98\x80 \"\\/\x7f")},
+            "a:json:[\"\xC3\xA9 \xF0\x9F\x98\x80 \\\"\\\\/\x7f\"]\n"},
         {QVariant::fromValue(nullptr), "a:json:null\n"},
         {QVariant(), "-a\n"},
     };
@@ -95,6 +97,8 @@ TEST(PpsText, WhatIsMalformedIsRefusedWithTheLineAndTheReason)
         {"a:c:\\xFF\n", "line 1: the value of 'a' is not UTF-8 text with C escapes"},
         {"a:b64:A!\n", "line 1: the value of 'a' is not base64"},
         {"a:b64:AAECA\n", "line 1: the value of 'a' is not base64"},
+        {"a:json:[\"\\uD800\"]\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
+        {"a:json:[\"\t\"]\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
         {"a:json:{\"x\":}\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
         {"a:json:[1e999]\n", "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
         {QByteArray("a:json:[]\0x\n", 12), "line 1: the value of 'a' is not valid JSON (or nested too deep)"},
@@ -131,6 +135,8 @@ TEST(PpsText, WhatHasNoFormIsRefusedWithTheAttributeAndTheReason)
         {"a", QVariantList{QVariant()}, "a value of type QVariant (invalid) inside a list or a map"},
         {"a", QPoint(1, 2), "a value of type QPoint"},
         {"a", QString(QChar(0xD800)), "text that is no valid UTF-16"},
+        {"a", QVariantList{QString(QChar(0xD800))}, "text that is no valid UTF-16"},
+        {"a", QVariantMap{{QString(QChar(0xDC00)), 1}}, "text that is no valid UTF-16"},
         {"a", nested(65), "nesting deeper than 64"},
     };
     for (const auto &[name, value, reason] : rows) {
