@@ -1,6 +1,7 @@
 #pragma once
 
 #include <oz/DisplayTree.hpp>
+#include <oz/OnceUntilWell.hpp>
 #include <oz/Screen.hpp>
 
 #include <QObject>
@@ -87,7 +88,7 @@ private:
     DisplayTree::Displays m_displays;
     PpsObject *m_object = nullptr; // the watch, which lives on the service thread; none while it fails
     // Of the service thread:
-    bool m_watchFails = false; // which has been said
+    OnceUntilWell m_failure; // of the watch
     bool m_retrying = false; // a timer runs that tries again
 };
 

@@ -2,6 +2,8 @@
 
 #include "files/TreeFolder.hpp"
 
+#include <oz/GrowingPause.hpp>
+
 #include <QDeadlineTimer>
 
 #include <atomic>
@@ -20,7 +22,7 @@ using namespace std::chrono_literals;
 
 // A holder is through in microseconds, unless it was stopped.
 constexpr auto Patience = 1s;
-constexpr auto ShortestPause = 20us;
+constexpr std::chrono::microseconds FirstPause = 20us;
 constexpr std::chrono::microseconds LongestPause = 1ms;
 
 } // namespace
@@ -44,7 +46,7 @@ PlaceLock::~PlaceLock()
 int PlaceLock::acquire()
 {
     QDeadlineTimer deadline(QDeadlineTimer::Forever);
-    std::chrono::microseconds pause = ShortestPause;
+    GrowingPause pause(FirstPause, LongestPause);
     for (;;) {
         // Each time anew: the file that another had locked is the object now, and stays locked.
         UniqueFd fd(::openat(
@@ -59,8 +61,7 @@ int PlaceLock::acquire()
             if (deadline.hasExpired())
                 return EBUSY;
             fd.reset();
-            std::this_thread::sleep_for(pause);
-            pause = std::min(pause * 2, LongestPause);
+            std::this_thread::sleep_for(pause.next());
             continue;
         }
         // In this order: a file that was the object before it was locked here is the object still, or has no

@@ -2,6 +2,7 @@
 
 #include "base/Log.hpp"
 #include "files/TreeFolder.hpp"
+#include "pps/WatchedDirectory.hpp"
 
 #include <QAbstractEventDispatcher>
 #include <QFile>
@@ -14,27 +15,12 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <sys/inotify.h>
-#include <system_error>
 
 namespace oz {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-// Of the directory itself, and of those above it.
-constexpr std::uint32_t OwnEvents = IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
-// A publish is a rename onto the name, a removal an unlink, or a rename of the object itself. The birth of a
-// file under construction is neither.
-constexpr std::uint32_t FileEvents = IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE;
-// Directories appear by mkdir().
-constexpr std::uint32_t DirectoryEvents = IN_MOVED_TO | IN_CREATE;
-
 constexpr ssize_t LargestEvent = sizeof(inotify_event) + NAME_MAX + 1;
-
-// Nothing tells when a watch is to be had again.
-constexpr auto FirstRetryPause = 250ms;
-constexpr auto LongestRetryPause = 8s;
 
 // Never destroyed: a thread may end after the program's static objects, and deletes its own watcher then.
 QThreadStorage<std::shared_ptr<PpsWatcher>> &watchers()
@@ -43,47 +29,7 @@ QThreadStorage<std::shared_ptr<PpsWatcher>> &watchers()
     return *s_watchers;
 }
 
-QString reasonOf(int error)
-{
-    QString reason = QString::fromStdString(std::generic_category().message(error));
-    if (error == ENOSPC)
-        reason += QLatin1String("; the limit is fs.inotify.max_user_watches");
-    if (error == EMFILE)
-        reason += QLatin1String("; the limit is fs.inotify.max_user_instances, or that of open files");
-    return reason;
-}
-
 } // namespace
-
-class WatchedDirectory
-{
-public:
-    WatchedDirectory(const QByteArray &at, WatchedDirectory *above) : path(at), parent(above) { }
-
-    [[nodiscard]] std::uint32_t events() const
-    {
-        return OwnEvents | (files.empty() ? 0 : FileEvents) | (awaited ? DirectoryEvents : 0);
-    }
-    // The root stays where it is.
-    [[nodiscard]] bool isNeeded() const { return parent || !files.empty() || awaited; }
-    [[nodiscard]] bool isMissing() const { return error == ENOENT || error == ENOTDIR; }
-    // Whether news of it are heard.
-    [[nodiscard]] bool isFollowed() const
-    {
-        return descriptor >= 0 || (isMissing() && parent && parent->isFollowed());
-    }
-    [[nodiscard]] bool isBlind() const { return !files.empty() && !isFollowed(); }
-
-    const QByteArray path;
-    WatchedDirectory *const parent;
-    int children = 0;
-    int awaited = 0; // of the children
-    bool isAwaited = false;
-    int descriptor = -1;
-    int error = 0; // why there is none
-    bool isLamented = false;
-    std::map<QByteArray, std::unique_ptr<WatchedFile>> files;
-};
 
 const PpsSnapshot &WatchedFile::current()
 {
@@ -145,7 +91,7 @@ WatchedFile *PpsWatcher::watch(const QByteArray &path, FileSubscriber *subscribe
     file->m_subscribers.push_back(subscriber);
     if (directory->files.size() == 1 && file->m_subscribers.size() == 1)
         arm(directory);
-    complain(directory);
+    warnWhereBlind(directory);
     return file.get();
 }
 
@@ -212,7 +158,7 @@ void PpsWatcher::arm(WatchedDirectory *directory)
     if (!directory->isMissing())
         await(directory, false);
     if (directory->isFollowed())
-        directory->isLamented = false;
+        directory->blindness.well();
 }
 
 int PpsWatcher::tryWatch(WatchedDirectory *directory)
@@ -282,7 +228,7 @@ void PpsWatcher::rearmAll()
             continue;
         disarm(directory.get());
         arm(directory.get());
-        complain(directory.get());
+        warnWhereBlind(directory.get());
     }
     for (WatchedDirectory *directory : due) {
         for (const auto &[name, file] : directory->files)
@@ -290,25 +236,22 @@ void PpsWatcher::rearmAll()
     }
 }
 
-void PpsWatcher::complain(WatchedDirectory *directory)
+void PpsWatcher::warnWhereBlind(WatchedDirectory *directory)
 {
     if (!directory->isBlind())
         return;
     retryLater();
-    if (std::exchange(directory->isLamented, true))
+    if (!directory->blindness.isNew())
         return;
     qCWarning(logSupport) << QFile::decodeName(directory->path)
-                          << "cannot be watched, so what changes there is heard late:"
-                          << reasonOf(directory->error);
+                          << "cannot be watched, so what changes there is heard late:" << directory->reason();
 }
 
 void PpsWatcher::retryLater()
 {
     if (!QAbstractEventDispatcher::instance() || m_retry.isActive())
         return;
-    m_retryPause =
-        std::clamp<std::chrono::milliseconds>(m_retryPause * 2, FirstRetryPause, LongestRetryPause);
-    m_retry.start(m_retryPause);
+    m_retry.start(m_retryPause.next());
 }
 
 void PpsWatcher::retry()
@@ -326,7 +269,7 @@ void PpsWatcher::retry()
     if (isBlind())
         retryLater();
     else if (m_lookingAgain.empty())
-        m_retryPause = {};
+        m_retryPause.reset();
 }
 
 void PpsWatcher::lookAgain(WatchedFile *file)
@@ -404,7 +347,8 @@ void PpsWatcher::onReadable()
 int PpsWatcher::wait(const QDeadlineTimer &deadline)
 {
     const bool wasBlind = isBlind();
-    const QDeadlineTimer limit = wasBlind ? std::min(deadline, QDeadlineTimer(FirstRetryPause)) : deadline;
+    const QDeadlineTimer limit =
+        wasBlind ? std::min(deadline, QDeadlineTimer(m_retryPause.first())) : deadline;
     pollfd waiting{m_inotify.get(), POLLIN, 0};
     const auto left = [&] { return int(std::min<qint64>(limit.remainingTime(), INT_MAX)); };
     while (::poll(&waiting, 1, left()) < 0) {

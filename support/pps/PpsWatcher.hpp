@@ -3,13 +3,14 @@
 #include "base/UniqueFd.hpp"
 #include "pps/PpsSnapshot.hpp"
 
+#include <oz/GrowingPause.hpp>
+
 #include <QByteArray>
 #include <QDeadlineTimer>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
 
-#include <chrono>
 #include <deque>
 #include <map>
 #include <memory>
@@ -119,7 +120,7 @@ private:
     void rearmAll();
 
     [[nodiscard]] bool isBlind() const;
-    void complain(WatchedDirectory *directory);
+    void warnWhereBlind(WatchedDirectory *directory);
     void retryLater();
     void retry();
 
@@ -130,7 +131,7 @@ private:
     std::multimap<int, WatchedDirectory *> m_byDescriptor;
     std::set<WatchedDirectory *> m_rearming;
     std::set<WatchedFile *> m_lookingAgain;
-    std::chrono::milliseconds m_retryPause{};
+    GrowingPause<> m_retryPause{std::chrono::milliseconds(250), std::chrono::seconds(8)};
     QTimer m_retry;
     std::deque<FileSubscriber *> m_announcing;
     bool m_announceQueued = false;
