@@ -6,15 +6,13 @@
 
 #include <QObject>
 
-#include <chrono>
-
 namespace oz {
 
 /*!
  * The wait for another service of a device, on the platform's own thread: it watches the folders on the way
- * to the device. A service that lives and has ended the connection is not asked again.
+ * to the device, and tells the next service what the client had said.
  */
-class DeviceReturn final : public QObject
+class DeviceReturn final : public QObject, private ServiceReturn::Owner
 {
     Q_OBJECT
 
@@ -25,14 +23,13 @@ public:
 private:
     DeviceReturn(const std::shared_ptr<OpenDevice> &device, QObject *context);
 
-    void onPathChanged();
-    void look();
+    int lookForService() override;
+    void judgeLoss() override;
     [[nodiscard]] int connectAgain();
-    void giveUpWhereLost();
 
     std::shared_ptr<OpenDevice> m_device;
     DevicePathWatcher m_watcher;
-    std::chrono::milliseconds m_pause;
+    ServiceReturn m_return;
 };
 
 } // namespace oz

@@ -2,10 +2,8 @@
 
 #include "devices/DeviceReturn.hpp"
 #include "events/ServiceThread.hpp"
-#include "sockets/LocalSocket.hpp"
 
 #include <oz/DeviceRoot.hpp>
-#include <oz/Limits.hpp>
 
 #include <cerrno>
 #include <fcntl.h>
@@ -60,23 +58,20 @@ OpenDevices::OpenDevices()
 
 int OpenDevices::open(const QString &path, bool closeOnExec, int *fd)
 {
-    auto device = std::make_shared<OpenDevice>();
-    device->root = deviceRoot();
-    device->path = path;
+    auto device = std::make_shared<OpenDevice>(deviceRoot(), path);
     device->closeOnExec = closeOnExec;
-    const QByteArray file = device->file();
     struct stat status;
-    if (::stat(file.constData(), &status) < 0)
+    if (::stat(device->link.file().constData(), &status) < 0)
         return errno;
     if (!S_ISSOCK(status.st_mode))
         return ENOTSOCK;
     UniqueFd socket;
-    if (const int error = LocalSocket::connect(file, LocalSocket::Wait::No, &socket, SOCK_STREAM))
+    if (const int error = device->link.connect(LocalSocket::Wait::No, &socket))
         return error;
     // Local sockets are born with close-on-exec.
     if (!closeOnExec && ::fcntl(socket.get(), F_SETFD, 0) < 0)
         return errno;
-    device->service = FileIdentity(status);
+    device->link.establish();
     const std::lock_guard lock(m_mutex);
     *fd = device->fd = socket.release();
     m_devices[*fd] = std::move(device);
@@ -106,7 +101,7 @@ int OpenDevices::write(int fd, QByteArrayView text, std::size_t *written)
         return EBADF;
     OpenDevice &device = *found->second;
     ssize_t size = text.size();
-    if (device.link != OpenDevice::Link::Away) {
+    if (!device.link.isAway()) {
         size = ::send(fd, text.data(), std::size_t(text.size()), MSG_NOSIGNAL);
         const int error = size < 0 ? errno : 0;
         const bool isGone = error == EPIPE || error == ECONNRESET;
@@ -142,7 +137,7 @@ HangUp OpenDevices::judgeLocked(int fd)
     // Another may have been here before.
     if (!EventSources::isHungUp(fd))
         return HangUp::Bridged;
-    return found->second->link == OpenDevice::Link::Up ? lose(found->second) : HangUp::Lost;
+    return found->second->link.isUp() ? lose(found->second) : HangUp::Lost;
 }
 
 HangUp OpenDevices::lose(const std::shared_ptr<OpenDevice> &device)
@@ -151,18 +146,17 @@ HangUp OpenDevices::lose(const std::shared_ptr<OpenDevice> &device)
     if (!thread)
         return HangUp::Final;
     // An answer that was under way is lost.
-    device->awayUntil.setRemainingTime(graceTime());
-    device->link = OpenDevice::Link::Gone;
+    device->link.lose();
     int ends[2];
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) == 0) {
         UniqueFd other(ends[1]);
-        if (device->putBehind(UniqueFd(ends[0])) == 0) {
+        if (device->putBehind(UniqueFd(ends[0])) == 0)
             device->bridge = std::move(other);
-            device->link = OpenDevice::Link::Away;
-        }
     }
+    if (!device->bridge)
+        device->link.giveUp(); // the client sees the end
     thread->post([device](QObject *context) { DeviceReturn::await(device, context); });
-    return device->link == OpenDevice::Link::Away ? HangUp::Bridged : HangUp::Lost;
+    return device->bridge ? HangUp::Bridged : HangUp::Lost;
 }
 
 } // namespace oz

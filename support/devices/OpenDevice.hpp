@@ -2,11 +2,10 @@
 
 #include "base/UniqueFd.hpp"
 #include "events/EventSources.hpp"
-#include "files/FileIdentity.hpp"
+#include "sockets/ServiceLink.hpp"
 
 #include <QByteArray>
 #include <QByteArrayList>
-#include <QDeadlineTimer>
 #include <QFile>
 #include <QString>
 
@@ -22,26 +21,22 @@ class DeviceReturn;
 /*! A device that this process has open. Its descriptor outlives the service behind it. */
 struct OpenDevice
 {
-    enum class Link {
-        Up,
-        Away, //!< nothing stands behind the descriptor that anybody could take for the end of the service
-        Gone, //!< for its user too
-    };
+    OpenDevice(const QString &deviceRoot, const QString &devicePath)
+        : root(deviceRoot), path(devicePath), link(QFile::encodeName(root + path), SOCK_STREAM)
+    {
+    }
 
     QString root; //!< of all devices when it was opened
     QString path; //!< below it
+    ServiceLink link; //!< while it is Away, the bridge stands behind the descriptor
     bool closeOnExec = false;
     int fd = -1; //!< none once it is closed
-    Link link = Link::Up;
     bool owesAnswer = false;
     QByteArrayList said; //!< the client's lines, each once, to be said again to the next service
     QByteArray line; //!< what the client has written of the next one
-    FileIdentity service; //!< the socket file that was connected to last
-    UniqueFd bridge; //!< while away: the other end of what stands behind the descriptor
-    QDeadlineTimer awayUntil;
+    UniqueFd bridge; //!< the other end of what hides the end of the service from the client
     DeviceReturn *comingBack = nullptr; //!< lives on the platform's own thread
 
-    [[nodiscard]] QByteArray file() const { return QFile::encodeName(root + path); }
     /*! Remembers what the client has written. */
     void note(QByteArrayView text);
     /*! Puts \a socket behind the descriptor; what is armed for it stays. 0 or an errno. */

@@ -19,7 +19,7 @@ int PpsChannel::open(const PpsPath &path, PpsOpenMode::Types mode, bool blocking
         return errno;
     if (S_ISSOCK(status.st_mode)) {
         auto served = std::make_unique<PpsServedChannel>(path, mode, blocking, owner);
-        if (const int error = served->connect(blocking ? LocalSocket::Wait::Yes : LocalSocket::Wait::No))
+        if (const int error = served->connect())
             return error;
         *channel = std::move(served);
         return 0;

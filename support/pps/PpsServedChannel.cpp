@@ -1,36 +1,25 @@
 #include "pps/PpsServedChannel.hpp"
 
 #include "base/Log.hpp"
+#include "pps/PpsWatcher.hpp"
 
-#include <oz/Limits.hpp>
 #include <oz/PpsText.hpp>
 
 #include <QAbstractEventDispatcher>
 #include <QSocketNotifier>
 #include <QThread>
-#include <QTimer>
 
 #include <cerrno>
-#include <chrono>
 #include <fcntl.h>
-#include <sys/stat.h>
 
 namespace oz {
 
 namespace {
 
-using namespace std::chrono_literals;
-
-// What is kept for a service that is away fits the queue of a fresh socket.
 constexpr qsizetype MostKeptBytes = 64 * 1024;
 constexpr std::size_t MostKept = 64;
 
-// A process that dies ends its connections before it stops listening.
-constexpr auto SettleTime = 100ms;
-// Nothing tells when a service has accepted enough for another to connect.
-constexpr auto CrowdPause = 100ms;
-
-// For whom it is enough that the watcher stops waiting.
+// Has a watcher stop waiting when the file changes, and does nothing else.
 class Waker final : public FileSubscriber
 {
     void fileChanged() override { }
@@ -40,9 +29,51 @@ class Waker final : public FileSubscriber
 
 using LocalSocket::Wait;
 
+bool KeptMessages::add(const QByteArray &message)
+{
+    if (m_messages.size() >= MostKept || m_size + message.size() > MostKeptBytes)
+        return false;
+    m_messages.push_back(message);
+    m_size += message.size();
+    return true;
+}
+
+void KeptMessages::removeFirst()
+{
+    m_size -= m_messages.front().size();
+    m_messages.pop_front();
+}
+
+std::size_t KeptMessages::clear()
+{
+    m_size = 0;
+    return std::exchange(m_messages, {}).size();
+}
+
+// Waits for another service in the event loop.
+class PpsServedChannel::Waiting final : private FileSubscriber
+{
+public:
+    explicit Waiting(PpsServedChannel *channel)
+        : m_return(channel->m_link, channel), m_watched(m_watcher->watch(channel->m_link.file(), this))
+    {
+    }
+    ~Waiting() override { m_watcher->unwatch(m_watched, this); }
+
+private:
+    // Connecting ends the watch, which must not happen while the watcher tells its subscribers.
+    void fileChanged() override { m_watcher->scheduleAnnounce(this); }
+    void announce() override { m_return.onPathChanged(); }
+
+    ServiceReturn m_return;
+    const std::shared_ptr<PpsWatcher> m_watcher = PpsWatcher::forThisThread();
+    WatchedFile *const m_watched;
+};
+
 PpsServedChannel::PpsServedChannel(
     const PpsPath &path, PpsOpenMode::Types mode, bool blocking, PpsChannelOwner *owner)
-    : m_path(path), m_file(path.filePath()), m_mode(mode), m_blocking(blocking), m_owner(owner)
+    : m_path(path), m_mode(mode), m_blocking(blocking), m_owner(owner),
+      m_link(path.filePath(), SOCK_SEQPACKET)
 {
 }
 
@@ -51,21 +82,21 @@ PpsServedChannel::~PpsServedChannel()
     PpsServedChannel::detach();
 }
 
-int PpsServedChannel::connect(Wait wait)
+int PpsServedChannel::connect()
 {
-    struct stat status;
-    if (::stat(m_file.constData(), &status) < 0)
-        return errno;
-    const FileIdentity present(status);
     UniqueFd socket;
-    if (const int error = LocalSocket::connect(m_file, wait, &socket))
-        return error;
-    if (m_blocking && ::fcntl(socket.get(), F_SETFL, 0) < 0)
-        return errno;
-    m_server = present;
+    const int error = m_link.connect(m_blocking ? Wait::Yes : Wait::No, &socket);
+    if (!error)
+        use(std::move(socket));
+    return error;
+}
+
+void PpsServedChannel::use(UniqueFd socket)
+{
+    if (m_blocking)
+        ::fcntl(socket.get(), F_SETFL, 0);
     m_socket = std::move(socket);
-    m_link = Link::Up;
-    return 0;
+    m_link.establish();
 }
 
 int PpsServedChannel::read(QByteArray *message)
@@ -73,16 +104,16 @@ int PpsServedChannel::read(QByteArray *message)
     Lock lock(m_mutex);
     for (;;) {
         // A read that finds the connection ended while nothing is owed to it has lost nothing.
-        if (m_link == Link::Up && m_blocking && LocalSocket::hasEnded(m_socket.get()))
+        if (m_link.isUp() && m_blocking && LocalSocket::hasEnded(m_socket.get()))
             lose();
         if (std::exchange(m_lossUntold, false))
             return ECONNRESET;
-        if (m_link != Link::Up && !tryReturn() && m_link == Link::Away) {
+        if (tryReturn() != 0 && m_link.isAway()) {
             if (!m_blocking)
                 return EAGAIN;
-            (void)waitForReturn(&lock);
+            waitForReturn(&lock);
         }
-        if (m_link != Link::Up) {
+        if (!m_link.isUp()) {
             m_lossUntold = false;
             return ECONNRESET;
         }
@@ -119,29 +150,35 @@ int PpsServedChannel::write(const QByteArray &message)
         return EMSGSIZE;
     PpsWatcher::endTurn();
     Lock lock(m_mutex);
-    const bool mayWait = m_blocking || !m_context;
-    const bool isAtHome = !m_home || QThread::currentThread() == m_home;
-    if (m_link == Link::Up) {
+    if (m_link.isUp()) {
         const int error = send(message);
         if (error != EPIPE)
             return error;
         // What the service had sent is read first; the event loop sees to the rest.
-        if (!isAtHome || !LocalSocket::hasEnded(m_socket.get()))
-            return isAtHome && mayWait ? error : keep(message);
+        if (!isAtHome() || !LocalSocket::hasEnded(m_socket.get())) {
+            if (isAtHome() && mayWait())
+                return error;
+            return m_kept.add(message) ? 0 : EAGAIN;
+        }
         lose();
     }
-    if (isAtHome) {
-        if (mayWait && std::exchange(m_lossUntold, false))
+    if (isAtHome()) {
+        if (mayWait() && std::exchange(m_lossUntold, false))
             return EPIPE;
-        if (!tryReturn() && m_link == Link::Away && m_blocking)
-            (void)waitForReturn(&lock);
-        if (m_link == Link::Up)
+        if (tryReturn() != 0 && m_link.isAway() && m_blocking)
+            waitForReturn(&lock);
+        if (m_link.isUp())
             return send(message);
     }
-    if (m_link == Link::Away)
-        return keep(message);
-    m_lossUntold = m_lossUntold && !mayWait;
+    if (m_link.isAway())
+        return m_kept.add(message) ? 0 : EAGAIN;
+    m_lossUntold = m_lossUntold && !mayWait();
     return EPIPE;
+}
+
+bool PpsServedChannel::isAtHome() const
+{
+    return !m_context || m_context->thread() == QThread::currentThread();
 }
 
 void PpsServedChannel::attach(bool announces)
@@ -156,8 +193,7 @@ void PpsServedChannel::attach(bool announces)
         return;
     }
     m_context = std::make_unique<QObject>();
-    m_home = QThread::currentThread();
-    if (m_link == Link::Up)
+    if (m_link.isUp())
         follow();
     else
         awaitReturn();
@@ -167,9 +203,8 @@ void PpsServedChannel::detach()
 {
     const Lock lock(m_mutex);
     m_notifier.reset();
-    stopWaiting();
+    m_waiting.reset();
     m_context.reset();
-    m_home = nullptr;
 }
 
 void PpsServedChannel::follow()
@@ -203,11 +238,9 @@ void PpsServedChannel::lose()
 {
     m_notifier.reset();
     m_socket.reset();
-    m_link = Link::Away;
+    m_link.lose();
     m_lossUntold = m_lossUntold || m_owed > 0;
     m_owed = 0;
-    m_awayUntil.setRemainingTime(graceTime());
-    m_unsettledUntil.setRemainingTime(SettleTime);
     if (!m_context)
         return;
     if (m_lossUntold)
@@ -217,100 +250,59 @@ void PpsServedChannel::lose()
 
 void PpsServedChannel::awaitReturn()
 {
-    m_waiting = std::make_unique<QObject>();
-    for (const QDeadlineTimer &deadline : {m_unsettledUntil, m_awayUntil}) {
-        // Any other timer may be early.
-        const std::chrono::milliseconds left(deadline.remainingTime() + 1);
-        QTimer::singleShot(left, Qt::PreciseTimer, m_waiting.get(), [this] {
-            const Lock lock(m_mutex);
-            if (isLost())
-                giveUp();
-        });
-    }
-    m_watcher = PpsWatcher::forThisThread();
-    m_watched = m_watcher->watch(m_file, this);
+    m_waiting = std::make_unique<Waiting>(this);
     (void)tryReturn();
 }
 
-bool PpsServedChannel::waitForReturn(Lock *lock)
+void PpsServedChannel::waitForReturn(Lock *lock)
 {
     const auto watcher = PpsWatcher::forThisThread();
     Waker waker;
-    WatchedFile *const watched = watcher->watch(m_file, &waker);
-    while (!tryReturn() && m_link == Link::Away) {
-        if (isLost()) {
-            giveUp();
+    WatchedFile *const watched = watcher->watch(m_link.file(), &waker);
+    ServiceRetry retry;
+    for (int error = tryReturn(); error != 0; error = tryReturn()) {
+        judge();
+        if (!m_link.isAway())
             break;
-        }
+        const auto pause = retry.pauseAfter(error);
+        const QDeadlineTimer judgement = m_link.nextJudgement();
+        const QDeadlineTimer end = pause ? std::min(judgement, QDeadlineTimer(*pause)) : judgement;
         lock->unlock();
-        (void)watcher->wait(
-            m_unsettledUntil.hasExpired() ? m_awayUntil : std::min(m_unsettledUntil, m_awayUntil));
+        (void)watcher->wait(end);
         lock->lock();
     }
     watcher->unwatch(watched, &waker);
-    return m_link == Link::Up;
 }
 
-bool PpsServedChannel::tryReturn()
+int PpsServedChannel::tryReturn()
 {
-    if (m_link == Link::Up)
-        return true;
-    if (!m_context && isLost())
-        giveUp();
-    struct stat status;
-    if (::stat(m_file.constData(), &status) < 0 || FileIdentity(status) == m_server)
-        return false;
-    const int error = S_ISSOCK(status.st_mode) ? connect(Wait::No) : ENOTSOCK;
-    if (error == EAGAIN && m_waiting) {
-        QTimer::singleShot(CrowdPause, m_waiting.get(), [this] { announce(); });
-    }
-    if (error)
-        return false;
-    stopWaiting();
+    if (m_link.isUp())
+        return 0;
+    if (!m_context)
+        judge();
+    UniqueFd socket;
+    if (const int error = m_link.connectToNext(&socket))
+        return error;
+    use(std::move(socket));
+    m_waiting.reset();
     (void)sendKept();
     if (m_context) {
         follow();
         QMetaObject::invokeMethod(
             m_context.get(), [this] { m_owner->serviceReturned(); }, Qt::QueuedConnection);
     }
-    return true;
+    return 0;
 }
 
-bool PpsServedChannel::isLost() const
+void PpsServedChannel::judge()
 {
-    if (m_link != Link::Away)
-        return false;
-    return m_awayUntil.hasExpired() || (m_unsettledUntil.hasExpired() && serverLives());
-}
-
-bool PpsServedChannel::serverLives() const
-{
-    struct stat status;
-    UniqueFd probe;
-    if (::stat(m_file.constData(), &status) < 0 || !(FileIdentity(status) == m_server))
-        return false;
-    const int error = LocalSocket::connect(m_file, Wait::No, &probe);
-    return error == 0 || error == EAGAIN;
-}
-
-void PpsServedChannel::giveUp()
-{
-    m_link = Link::Gone;
-    if (!m_kept.empty())
-        qCWarning(logSupport) << m_path.device << "lost messages that no service took:" << m_kept.size();
-    m_kept.clear();
-    m_keptSize = 0;
+    if (!m_link.giveUpIfLost())
+        return;
+    if (const std::size_t count = m_kept.clear(); count > 0)
+        qCWarning(logSupport) << m_path.device << "lost messages that no service took:" << count;
     m_lossUntold = m_mode & PpsOpenMode::Subscribe;
     if (m_context && m_lossUntold)
         tellLater();
-}
-
-void PpsServedChannel::stopWaiting()
-{
-    m_waiting.reset();
-    if (m_watched)
-        m_watcher->unwatch(std::exchange(m_watched, nullptr), this);
-    m_watcher.reset();
 }
 
 void PpsServedChannel::tellLater()
@@ -332,37 +324,27 @@ int PpsServedChannel::send(const QByteArray &message)
     return error;
 }
 
-int PpsServedChannel::keep(const QByteArray &message)
-{
-    if (m_kept.size() >= MostKept || m_keptSize + message.size() > MostKeptBytes)
-        return EAGAIN;
-    m_kept.push_back(message);
-    m_keptSize += message.size();
-    return 0;
-}
-
 int PpsServedChannel::sendKept()
 {
-    for (; !m_kept.empty(); m_kept.pop_front()) {
-        if (const int error = LocalSocket::send(m_socket.get(), m_kept.front(), Wait::No))
+    for (; !m_kept.isEmpty(); m_kept.removeFirst()) {
+        if (const int error = LocalSocket::send(m_socket.get(), m_kept.first(), Wait::No))
             return error;
         if (m_mode & PpsOpenMode::Subscribe)
             ++m_owed;
-        m_keptSize -= m_kept.front().size();
     }
     return 0;
 }
 
-void PpsServedChannel::fileChanged()
-{
-    // Connecting ends the watch, which would disturb who tells of the change.
-    m_watcher->scheduleAnnounce(this);
-}
-
-void PpsServedChannel::announce()
+int PpsServedChannel::lookForService()
 {
     const Lock lock(m_mutex);
-    (void)tryReturn();
+    return tryReturn();
+}
+
+void PpsServedChannel::judgeLoss()
+{
+    const Lock lock(m_mutex);
+    judge();
 }
 
 } // namespace oz

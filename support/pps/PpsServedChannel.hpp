@@ -2,29 +2,45 @@
 
 #include "base/UniqueFd.hpp"
 #include "pps/PpsChannel.hpp"
-#include "pps/PpsWatcher.hpp"
-#include "sockets/LocalSocket.hpp"
+#include "sockets/ServiceLink.hpp"
 
 #include <deque>
 #include <mutex>
 
 class QSocketNotifier;
-class QThread;
 
 namespace oz {
 
 /*!
- * A socket on which a service answers. The connection comes back by itself when the service does: where the
- * service is gone, the channel waits for another socket at its path, in silence for the grace time. A service
- * that lives and has ended the connection is not asked again.
+ * Messages for a service that is away, which it gets when it is back. They fit the queue of a fresh socket.
  */
-class PpsServedChannel final : public PpsChannel, private FileSubscriber
+class KeptMessages
+{
+public:
+    /*! False where there is no room for \a message. */
+    [[nodiscard]] bool add(const QByteArray &message);
+    [[nodiscard]] bool isEmpty() const { return m_messages.empty(); }
+    [[nodiscard]] const QByteArray &first() const { return m_messages.front(); }
+    void removeFirst();
+    /*! Drops all of them; how many there were. */
+    std::size_t clear();
+
+private:
+    std::deque<QByteArray> m_messages;
+    qsizetype m_size = 0; // bytes in all
+};
+
+/*!
+ * A socket on which a service answers. The connection comes back by itself when the service does, see
+ * ServiceLink.
+ */
+class PpsServedChannel final : public PpsChannel, private ServiceReturn::Owner
 {
 public:
     PpsServedChannel(const PpsPath &path, PpsOpenMode::Types mode, bool blocking, PpsChannelOwner *owner);
     ~PpsServedChannel() override;
 
-    [[nodiscard]] int connect(LocalSocket::Wait wait);
+    [[nodiscard]] int connect();
     [[nodiscard]] int read(QByteArray *message) override;
     /*! May be called from any thread, once attach() was. */
     [[nodiscard]] int write(const QByteArray &message) override;
@@ -32,59 +48,45 @@ public:
     void detach() override;
 
 private:
+    class Waiting;
     using Lock = std::unique_lock<std::mutex>;
-    enum class Link {
-        Up,
-        Away, //!< within the grace time, or until it is known that the service lives
-        Gone,
-    };
 
     // On the channel's own thread, with m_mutex held.
+    void use(UniqueFd socket);
     void follow();
     void lose();
     void awaitReturn();
-    [[nodiscard]] bool waitForReturn(Lock *lock);
-    [[nodiscard]] bool tryReturn();
-    [[nodiscard]] bool isLost() const;
-    [[nodiscard]] bool serverLives() const;
-    void giveUp();
-    void stopWaiting();
+    void waitForReturn(Lock *lock);
+    [[nodiscard]] int tryReturn();
+    void judge();
     void tellLater();
 
     // Everywhere, with m_mutex held.
+    [[nodiscard]] bool mayWait() const { return m_blocking || !m_context; }
+    [[nodiscard]] bool isAtHome() const;
     [[nodiscard]] int send(const QByteArray &message);
-    [[nodiscard]] int keep(const QByteArray &message);
     [[nodiscard]] int sendKept();
 
     // From the event loop.
     void onActivated();
-    void fileChanged() override;
-    void announce() override;
+    int lookForService() override;
+    void judgeLoss() override;
 
     const PpsPath m_path;
-    const QByteArray m_file;
     const PpsOpenMode::Types m_mode;
     const bool m_blocking;
     PpsChannelOwner *const m_owner;
     bool m_announces = false;
 
     std::mutex m_mutex; // for what a write from another thread looks at
-    Link m_link = Link::Gone;
+    ServiceLink m_link;
     UniqueFd m_socket;
-    FileIdentity m_server; // the socket file at the last connecting
     qsizetype m_owed = 0; // answers, to one that reads them
-    std::deque<QByteArray> m_kept; // for the service to come
-    qsizetype m_keptSize = 0;
-    std::unique_ptr<QObject> m_context; // of what happens in the event loop; none without one
-    QThread *m_home = nullptr;
-
     bool m_lossUntold = false; // to one that waits for answers
-    QDeadlineTimer m_awayUntil;
-    QDeadlineTimer m_unsettledUntil;
+    KeptMessages m_kept;
+    std::unique_ptr<QObject> m_context; // lives in the event loop that is used; none without one
     std::unique_ptr<QSocketNotifier> m_notifier;
-    std::unique_ptr<QObject> m_waiting; // context of the timers while the service is away
-    std::shared_ptr<PpsWatcher> m_watcher;
-    WatchedFile *m_watched = nullptr;
+    std::unique_ptr<Waiting> m_waiting; // in the event loop, while the service is away
 };
 
 } // namespace oz
