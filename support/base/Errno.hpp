@@ -4,7 +4,7 @@
 
 namespace oz {
 
-/*! What a function of the platform gives for a failure: -1, with \a error in errno. */
+/*! Fails as a function of the platform does: returns -1, with \a error in errno. */
 [[nodiscard]] inline int fail(int error)
 {
     errno = error;

@@ -25,14 +25,14 @@ public:
 private:
     struct Given
     {
-        QDeadlineTimer end; // of its minute
+        QDeadlineTimer end; // when its minute is over
         int leftOut = 0;
     };
 
     UserWarnings();
     void sumUp();
 
-    std::map<std::pair<uid_t, QString>, Given> m_given; // in the last minute
+    std::map<std::pair<uid_t, QString>, Given> m_given; // those of the last minute
     QTimer m_next;
 };
 

@@ -49,7 +49,7 @@ ssize_t readDevice(int fd, void *buffer, std::size_t size)
         const ssize_t got = ::read(fd, buffer, size);
         if (got > 0 || (got < 0 && errno != EAGAIN && errno != ECONNRESET))
             return got;
-        // Where it is not the end, something else is behind the descriptor by now.
+        // Unless it is the end, something else is behind the descriptor by now.
         if (EventSources::isHungUp(fd) && OpenDevices::instance().judge(fd) != EventSources::HangUp::Bridged)
             return fail(ENODEV);
     }

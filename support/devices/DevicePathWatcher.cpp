@@ -9,7 +9,7 @@ namespace oz {
 
 namespace {
 
-// Where the kernel has no watch to give.
+// For folders that the kernel has no watch left for.
 constexpr std::chrono::seconds LookInterval(1);
 
 } // namespace

@@ -52,7 +52,7 @@ void DeviceReturn::judgeLoss()
 {
     const std::lock_guard lock(OpenDevices::instance().m_mutex);
     if (m_device->comingBack == this && m_device->link.giveUpIfLost())
-        m_device->bridge.reset(); // what stands behind the descriptor hangs up
+        m_device->bridge.reset(); // hangs up the descriptor's end of it
 }
 
 } // namespace oz

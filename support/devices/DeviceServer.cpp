@@ -42,12 +42,12 @@ public:
     LastError error;
 
 private:
-    // What is under way with one client.
+    // The state of one client's connection.
     struct Lines
     {
-        QByteArray input; // of a line that is not complete
-        QByteArray output; // what the socket has not taken
-        bool midLine = false; // whether it has taken a part of the line that output begins with
+        QByteArray input; // the beginning of an incomplete line
+        QByteArray output; // bytes that the socket has not taken yet
+        bool midLine = false; // the socket has taken a part of the line that output begins with
         std::unique_ptr<QSocketNotifier> writable;
     };
 

@@ -26,14 +26,14 @@ struct OpenDevice
     {
     }
 
-    QString root; //!< of all devices when it was opened
+    QString root; //!< the device root when it was opened
     QString path; //!< below it
     ServiceLink link; //!< while it is Away, the bridge stands behind the descriptor
     bool closeOnExec = false;
     int fd = -1; //!< none once it is closed
     bool owesAnswer = false;
     QByteArrayList said; //!< the client's lines, each once, to be said again to the next service
-    QByteArray line; //!< what the client has written of the next one
+    QByteArray line; //!< the beginning of an incomplete line
     UniqueFd bridge; //!< the other end of what hides the end of the service from the client
     DeviceReturn *comingBack = nullptr; //!< lives on the platform's own thread
 
@@ -53,9 +53,9 @@ public:
     [[nodiscard]] int close(int fd);
     /*! Writes to the service, or notes what to say to the next one. */
     [[nodiscard]] int write(int fd, QByteArrayView text, std::size_t *written);
-    /*! Whether the device owes its client an answer, which counts as asked for with that. */
+    /*! True once after each write: the device owes its client an answer. */
     [[nodiscard]] bool takeOwed(int fd);
-    /*! What \a fd is, whose other side is gone. */
+    /*! The state of \a fd, whose other side is gone. */
     [[nodiscard]] EventSources::HangUp judge(int fd);
 
 private:

@@ -4,7 +4,7 @@ namespace oz::DisplayTree {
 
 namespace {
 
-// What each member of a display's map is called.
+// Visits each member of a display with its name in the map.
 template <typename Record, typename Visit>
 void eachMember(Record &display, const Visit &visit)
 {

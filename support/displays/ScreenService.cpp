@@ -107,10 +107,10 @@ void ScreenService::watch(QObject *context)
     if (object->open(PpsOpenMode::Subscribe)) {
         object->setParent(context);
         m_object = object.release();
-        m_failure.well();
+        m_watchFailure.well();
         return;
     }
-    if (m_failure.isNew())
+    if (m_watchFailure.isNew())
         qCWarning(logSupport) << object->path() << "cannot be watched:" << object->errorString();
     if (!std::exchange(m_retrying, true)) {
         QTimer::singleShot(WatchRetryInterval, context, [this, context] {

@@ -44,7 +44,7 @@ struct _screen_context
     std::condition_variable queued;
     std::map<const _screen_display *, sigevent> notified;
 
-    /*! Whether an event that concerns \a display waits to be taken. */
+    /*! True if an event that concerns \a display waits to be taken. */
     [[nodiscard]] bool hasQueued(const _screen_display *display) const;
 };
 
@@ -84,11 +84,11 @@ private:
 
     std::mutex m_mutex;
     std::map<screen_context_t, std::unique_ptr<_screen_context>> m_contexts;
-    std::set<const _screen_display *> m_handles; // of all contexts
+    std::set<const _screen_display *> m_handles; // every context's
     DisplayTree::Displays m_displays;
     PpsObject *m_object = nullptr; // the watch, which lives on the service thread; none while it fails
-    // Of the service thread:
-    OnceUntilWell m_failure; // of the watch
+    // Used on the service thread only:
+    OnceUntilWell m_watchFailure;
     bool m_retrying = false; // a timer runs that tries again
 };
 

@@ -97,7 +97,7 @@ private:
         QObject *home = nullptr; // lives on the thread whose event loop calls; none for the service's own
         int waiting = 0; // deliveries that are still to be calls
         bool isPosted = false; // one that stands in the event loop's queue for all of them
-        int depth = 0; // of the calls under way, which are all on one thread
+        int depth = 0; // nested calls under way, all on one thread
         std::thread::id thread;
     };
 
@@ -143,7 +143,7 @@ private:
             return;
         const std::shared_ptr<Handler> handler = found->second;
         handler->isPosted = false;
-        // What comes meanwhile waits for its turn, as it would behind other events.
+        // An event that comes meanwhile waits for its turn, as it would behind other events.
         for (int turns = handler->waiting; turns > 0 && handler->waiting > 0 && m_handlers.contains(id);
              --turns) {
             // For an event loop that the handler runs.

@@ -5,7 +5,7 @@
 #include <functional>
 
 /*!
- * What the platform's services use of event delivery beyond its public functions. Any thread may call these.
+ * Functions of event delivery for the platform's own services. Any thread may call them.
  */
 namespace oz::EventSources {
 
@@ -28,7 +28,7 @@ void forget(int fd);
 void suspend(int fd);
 void resume(int fd);
 
-/*! What a descriptor is whose other side is gone and has left nothing to read. */
+/*! The state of a descriptor whose other side is gone and has left nothing to read. */
 enum class HangUp {
     Final, //!< gone for good
     Bridged, //!< it has another file behind it now, and is to be looked at anew
@@ -38,7 +38,7 @@ enum class HangUp {
 /*! Has \a judge tell what such a descriptor is; before, all are final. */
 void judgeHangUps(HangUp (*judge)(int fd));
 
-/*! Whether the other side of \a fd is gone and has left nothing to read. */
+/*! True if the other side of \a fd is gone and has left nothing to read. */
 [[nodiscard]] bool isHungUp(int fd);
 
 } // namespace oz::EventSources

@@ -46,7 +46,7 @@ private:
     std::mutex m_mutex;
     std::condition_variable m_running;
     QObject *m_context = nullptr; // while the thread runs
-    pid_t m_process = 0; // that it was started in
+    pid_t m_process = 0; // the process that started it
     std::atomic<pid_t> m_thread = 0; // as the kernel calls it
 };
 

@@ -27,7 +27,7 @@ public:
 
     /*! Waits for the lock; 0 or the errno, which is EBUSY where another holds it for longer than a second. */
     [[nodiscard]] int acquire();
-    /*! What lies at the object's path, followed by no link; nothing where nothing does. */
+    /*! The status of the file at the object's path, without following a link; unset if there is none. */
     [[nodiscard]] const std::optional<struct stat> &present() const { return m_present; }
 
     /*! The file to write to; it may hold something where a former holder was killed. */

@@ -91,7 +91,7 @@ int replace(const QString &path, const QByteArray &content)
     if (const int error = place.enter(TreeFolder::Make::Yes))
         return error;
     const QByteArray hidden = place.name() + ".new";
-    // What a stranger may have put there, or a process that was killed.
+    // A stranger, or a process that was killed, may have left something there.
     if (::unlinkat(place.folder(), hidden.constData(), 0) < 0 && errno != ENOENT)
         return errno;
     const UniqueFd file(::openat(

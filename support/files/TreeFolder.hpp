@@ -30,9 +30,9 @@ public:
     /*! For the calls that work at a folder; not for reading it. */
     [[nodiscard]] int fd() const { return m_fd.get(); }
     [[nodiscard]] explicit operator bool() const { return bool(m_fd); }
-    /*! Whether it still is the folder of \a file. */
+    /*! True if it is still the folder of \a file. */
     [[nodiscard]] bool isFolderOf(const QByteArray &file) const;
-    /*! What open() failed for, naming the place; empty where the errno says all. */
+    /*! The reason for which open() failed, with the place; empty where the errno says all. */
     [[nodiscard]] QString problem() const { return m_problem; }
 
 private:
@@ -53,7 +53,7 @@ private:
     return slash == 0 && path.size() > 1 ? QByteArray("/") : path.first(slash);
 }
 
-/*! That \a path is a link, which those who publish do not follow. */
+/*! The error text for a \a path that is a link, which publishers do not follow. */
 [[nodiscard]] QString linkProblem(const QByteArray &path);
 
 } // namespace oz

@@ -5,9 +5,9 @@
 namespace oz {
 
 /*!
- * Whether two objects are one as far as their readers are concerned: the same name, and for each attribute an
- * equal value of the same type, in whatever text form and order of lines. What does not decode is equal to
- * its own text only.
+ * True if two objects are the same to their readers: they have the same name, and for each attribute an equal
+ * value of the same type, in any text form and order of lines. A line that does not decode equals its own
+ * text only.
  */
 [[nodiscard]] bool sameAttributes(const QByteArray &one, const QByteArray &other);
 
@@ -15,7 +15,7 @@ namespace oz {
  * is gone. */
 [[nodiscard]] QByteArray deltaLines(const QByteArray &before, const QByteArray &after);
 
-/*! What a publish does with the attributes that it does not name. */
+/*! The fate of the attributes that a publish does not name. */
 enum class PpsMerge { Keep, Drop };
 
 /*!

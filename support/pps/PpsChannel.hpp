@@ -10,7 +10,7 @@
 
 namespace oz {
 
-/*! Whom a channel tells of news. It may destroy the channel meanwhile. */
+/*! The receiver of a channel's news. It may destroy the channel while it is called. */
 class PpsChannelOwner
 {
 public:

@@ -48,8 +48,8 @@ using PpsNames = std::set<QByteArray, std::less<>>;
 [[nodiscard]] QByteArray selectLines(const QByteArray &content, QByteArrayView name, const PpsNames &filter);
 
 /*!
- * Of the attributes of \a message those in \a filter, where that is not empty. Malformed lines stay, so that
- * whoever decodes the text learns of them.
+ * \a message without the attributes that are not in \a filter; an empty filter keeps all. Malformed lines
+ * stay, so that decoding the text reports them.
  */
 [[nodiscard]] QByteArray filterLines(const QByteArray &message, const PpsNames &filter);
 

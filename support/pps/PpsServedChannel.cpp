@@ -154,7 +154,7 @@ int PpsServedChannel::write(const QByteArray &message)
         const int error = send(message);
         if (error != EPIPE)
             return error;
-        // What the service had sent is read first; the event loop sees to the rest.
+        // Messages that the service has sent are read before the loss counts, from the event loop.
         if (!isAtHome() || !LocalSocket::hasEnded(m_socket.get())) {
             if (isAtHome() && mayWait())
                 return error;

@@ -78,7 +78,7 @@ private:
     PpsChannelOwner *const m_owner;
     bool m_announces = false;
 
-    std::mutex m_mutex; // for what a write from another thread looks at
+    std::mutex m_mutex; // guards all below against writes from other threads
     ServiceLink m_link;
     UniqueFd m_socket;
     qsizetype m_owed = 0; // answers, to one that reads them
@@ -86,7 +86,7 @@ private:
     KeptMessages m_kept;
     std::unique_ptr<QObject> m_context; // lives in the event loop that is used; none without one
     std::unique_ptr<QSocketNotifier> m_notifier;
-    std::unique_ptr<Waiting> m_waiting; // in the event loop, while the service is away
+    std::unique_ptr<Waiting> m_waiting; // only with an event loop, while the service is away
 };
 
 } // namespace oz

@@ -28,7 +28,7 @@ struct PpsSnapshot
     [[nodiscard]] static PpsSnapshot load(
         const QByteArray &path, int folder = AT_FDCWD, int flags = 0, UniqueFd *keepOpen = nullptr);
 
-    /*! Whether the object at \a path is still what this was read from. */
+    /*! True if the object at \a path has not changed since this reading. */
     [[nodiscard]] bool isCurrent(const QByteArray &path) const;
 
     void note(const struct stat &status);

@@ -49,7 +49,7 @@ const PpsSnapshot &PpsStateChannel::look(PpsSnapshot *own) const
 {
     if (!m_watched)
         return *own = PpsSnapshot::load(m_file);
-    // What is announced right now was looked at a moment ago.
+    // In the turn that announces the file, it has just been read.
     const bool isNews = m_newsTurn && m_newsTurn == m_watcher->turn() && m_watched->latest();
     return isNews ? *m_watched->latest() : m_watched->current();
 }

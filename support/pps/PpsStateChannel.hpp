@@ -34,8 +34,9 @@ private:
     PpsChannelOwner *m_owner;
     std::shared_ptr<PpsWatcher> m_watcher;
     WatchedFile *m_watched = nullptr;
-    std::optional<QByteArray> m_read; // what was read last; nothing: never, or the object was gone
-    std::optional<QByteArray> m_base; // what the next delta counts from: what decoded last
+    std::optional<QByteArray>
+        m_read; // the last content read; unset before the first read, and while the object is gone
+    std::optional<QByteArray> m_base; // the last content that decoded, from which the next delta counts
     bool m_unread = true;
     quint64 m_newsTurn = 0; // the watcher's turn in which there was something to announce
     std::mutex m_writing;

@@ -38,7 +38,7 @@ struct PpsStateWriter::Change
     PpsMerge merge;
     Create create;
     mode_t newMode;
-    QByteArray content{}; // of the object, once prepared
+    QByteArray content{}; // the whole object, set by prepare()
     mode_t mode = 0;
 };
 

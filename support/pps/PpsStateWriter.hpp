@@ -20,7 +20,7 @@ class PlaceLock;
 class PpsStateWriter
 {
 public:
-    /*! Whether a publish may make an object that is not there. */
+    /*! Permission for a publish to make an object that is not there. */
     enum class Create { No, Yes };
 
     /*! For the object whose place is \a file, as devicePath() gives it. */
@@ -36,7 +36,7 @@ public:
     /*! Takes the object away; 0 or the errno. */
     [[nodiscard]] int remove();
 
-    /*! What the last call failed for, where there is more to say than the errno. */
+    /*! The reason for the last failure, where it says more than the errno; else empty. */
     [[nodiscard]] QString problem() const { return m_problem; }
 
 private:

@@ -5,15 +5,15 @@
 #include <QString>
 #include <QVariant>
 
-/*! What decoding and encoding share, and what else is needed of one value. */
+/*! Parts that decoding and encoding share, and operations on single values. */
 namespace oz::PpsText {
 
 inline constexpr char HexDigits[] = "0123456789ABCDEF";
 
-/*! That a message of \a size bytes is too long. */
+/*! The error text for a message of \a size bytes, which is too long. */
 [[nodiscard]] QString sizeError(qsizetype size);
 
-/*! Whether \a message decodes. */
+/*! True if \a message decodes. */
 [[nodiscard]] bool isValid(const QByteArray &message);
 
 /*! The value of one line; an invalid QVariant, with the error text, where it does not fit the qualifier. */

@@ -31,7 +31,7 @@ class FileSubscriber
 {
 public:
     virtual ~FileSubscriber() = default;
-    /*! The file may have changed. Emits nothing; whoever has something to tell asks for announce(). */
+    /*! The file may have changed. Emits nothing; a subscriber with news asks for announce(). */
     virtual void fileChanged() = 0;
     /*! The turn of the event loop that was asked for with PpsWatcher::scheduleAnnounce(). */
     virtual void announce() { }
@@ -48,9 +48,9 @@ private:
 class WatchedFile
 {
 public:
-    /*! What lies at the path now. */
+    /*! Reads the file again if it has changed since latest(). */
     [[nodiscard]] const PpsSnapshot &current();
-    /*! What was read last; nothing where nothing was. */
+    /*! The last reading, if there was one. */
     [[nodiscard]] const std::optional<PpsSnapshot> &latest() const { return m_snapshot; }
 
 private:
@@ -95,7 +95,7 @@ public:
      * before it is over. 0 outside of one, and where this thread has published or asked for something in it.
      */
     [[nodiscard]] quint64 turn() const { return m_turn; }
-    /*! What this thread does now may change files. */
+    /*! To be called before this thread does something that may change files. */
     static void endTurn();
 
     /*! Waits until something happened to a watched file, or until \a deadline; 0 or the errno. */

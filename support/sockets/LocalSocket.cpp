@@ -20,7 +20,7 @@ namespace oz::LocalSocket {
 
 namespace {
 
-constexpr qsizetype LongestBeginning = 4096; // of a message that is too long
+constexpr qsizetype LongestBeginning = 4096; // bytes of a message that is too long
 
 // A socket address holds 107 bytes; a longer path is reached through a descriptor of its directory.
 class Address
@@ -67,8 +67,8 @@ int makeSocket(UniqueFd *socket, int type, Wait wait = Wait::Yes)
     return 0;
 }
 
-// What attempt comes to in the end. A peer that leaves without reading everything is reported once, ahead of
-// the messages that it had sent before; those count first.
+// The outcome of \a attempt past a reset: a peer that leaves without reading everything is reported once,
+// ahead of the messages that it had sent before, which count first.
 template <typename Attempt>
 int pastReset(const Attempt &attempt)
 {
@@ -89,7 +89,7 @@ void limitSending(int socket, const QDeadlineTimer &deadline)
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-// What size the next message has; 0 at the end of the connection.
+// The size of the next message; 0 at the end of the connection.
 int peek(int socket, ssize_t *size)
 {
     return pastReset([&] {
@@ -131,7 +131,7 @@ int listen(const QByteArray &path, mode_t mode, UniqueFd *socket, int type)
     TreeFolder folder;
     if (const int error = folder.open(path, TreeFolder::Make::Yes))
         return error;
-    // Of two services that start at once, one comes second.
+    // Two services may start at once; the lock makes one of them the second.
     PlaceLock lock(folder.fd(), path);
     if (const int error = lock.acquire())
         return error;
@@ -188,7 +188,7 @@ int receive(int socket, QByteArray *message, Wait wait, qsizetype most)
     int error = peek(socket, &size);
     if (error == EAGAIN && wait == Wait::Yes) {
         waitForInput(socket, QDeadlineTimer(waitLimit()));
-        // What has come by now counts, also where this process was held up past the limit.
+        // A message that has come by now counts, even if this process was held up past the limit.
         error = peek(socket, &size);
         if (error == EAGAIN)
             return ETIMEDOUT;

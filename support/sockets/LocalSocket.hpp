@@ -15,7 +15,7 @@
  */
 namespace oz::LocalSocket {
 
-/*! Whether a call waits for the peer: at most waitLimit(), after which it fails with ETIMEDOUT. */
+/*! A call that waits for the peer does so for at most waitLimit(), and then fails with ETIMEDOUT. */
 enum class Wait { No, Yes };
 
 /*! Connects to the service that listens at \a path. Without waiting, one that has too many to accept is
@@ -36,7 +36,7 @@ enum class Wait { No, Yes };
  * message of more than \a most bytes, which is EMSGSIZE, \a message has the beginning. */
 [[nodiscard]] int receive(int socket, QByteArray *message, Wait wait, qsizetype most = MaxMessageSize);
 
-/*! Whether the peer is gone, and all that it had sent is received. */
+/*! True if the peer is gone, and everything that it had sent is received. */
 [[nodiscard]] bool hasEnded(int socket);
 
 } // namespace oz::LocalSocket

@@ -107,7 +107,7 @@ public:
 
     ServiceReturn(const ServiceLink &link, Owner *owner);
 
-    /*! What lies at the path has changed. */
+    /*! Looks at once: the file at the path has changed. */
     void onPathChanged();
 
 private:

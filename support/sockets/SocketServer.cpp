@@ -22,7 +22,7 @@ namespace {
 
 constexpr std::size_t MostClients = 1000; // of one server
 constexpr int MostClientsOfUser = 500; // of one server
-constexpr int MessagesPerTurn = 16; // what a client sent in one go stays together
+constexpr int MessagesPerTurn = 16; // keeps together what a client sends in one go
 constexpr std::chrono::milliseconds AcceptRetryInterval(100);
 constexpr int ReservedDescriptors = 64; // for the service's own work
 
@@ -90,7 +90,7 @@ void SocketServer::acceptClients()
     } while (alive && !end.hasExpired());
 }
 
-// Whether there was one.
+// False if no client waits.
 bool SocketServer::acceptClient()
 {
     UniqueFd accepted(::accept4(m_socket.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
@@ -118,7 +118,7 @@ bool SocketServer::acceptClient()
     return alive;
 }
 
-// Nothing tells when there are descriptors or memory again, so it is tried from time to time.
+// No event tells when there are descriptors or memory again, so accepting is tried from time to time.
 void SocketServer::acceptLater()
 {
     m_notifier->setEnabled(false);

@@ -63,7 +63,7 @@ protected:
     /*! Receives one message from a connection and passes it on, after which the server may be gone; 0, EAGAIN
      * where nothing is there, or an errno that ends the connection. */
     virtual int receive(Connection &connection) = 0;
-    /*! Whether something that was received has not been passed on. */
+    /*! True while something that was received has not been passed on. */
     [[nodiscard]] virtual bool hasMore(quint64 /*id*/) const { return false; }
     virtual void disconnected(const Client &client) = 0;
 

@@ -24,8 +24,8 @@ public:
     /*! The turns of the calling thread. */
     [[nodiscard]] static Turns &ofThisThread();
 
-    /*! Whether \a user may be served at once: nothing of that user waits, and there was no turn for the user
-     * since the event loop last looked for input. The turn has begun then. */
+    /*! Begins a turn for \a user at once; false if something of that user waits, or the user has had a turn
+     * since the event loop last looked for input. */
     [[nodiscard]] bool begin(uid_t user);
     /*! Has the client \a id of \a server served when it is the user's turn. */
     void queue(SocketServer *server, uid_t user, quint64 id);
@@ -49,7 +49,7 @@ private:
     void serveAll();
     void serveTurnOf(uid_t uid);
 
-    std::map<uid_t, User> m_users; // that wait, or have had a turn
+    std::map<uid_t, User> m_users; // users that wait, or have had a turn
     QTimer m_next;
 };
 

@@ -46,7 +46,7 @@ public:
     /*! Provides the device with the file mode \a mode (who may write may open it). The errors are those of
      * PpsServer::listen(). */
     bool listen(mode_t mode = 0666);
-    [[nodiscard]] bool isListening() const; //!< Whether the device is there.
+    [[nodiscard]] bool isListening() const; //!< True while the device is there.
 
     /*! Sends \a line and a line feed; false where the client is not connected any more. */
     bool send(quint64 client, const QByteArray &line);

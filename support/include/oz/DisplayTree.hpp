@@ -17,19 +17,19 @@ namespace oz::DisplayTree {
 /*! The object that the display service publishes. */
 inline const QString PpsPath = QStringLiteral("/pps/services/display/displays");
 
-/*! What is known of a display; the values are those of ScreenProperty. */
+/*! The properties of a display; the values are those of ScreenProperty. */
 struct Display
 {
     QString name; //!< empty where not known
     int kind = 0; //!< a ScreenDisplayKind
-    bool attached = false; //!< whether it can be seen now
-    bool detachable = false; //!< whether it can be taken off
+    bool attached = false; //!< it can be seen now
+    bool detachable = false; //!< it can be taken off
     QSize size{0, 0}; //!< pixels, in the native orientation
     QSize physicalSize{0, 0}; //!< millimetres; 0 where not known
     int rotation = 0; //!< degrees
     int technology = 0; //!< see ScreenProperty::Technology
 
-    /*! Whether all of that is the same. */
+    /*! True if all properties are equal. */
     bool operator==(const Display &) const = default;
 };
 

@@ -13,14 +13,14 @@ namespace oz {
 namespace EventKind {
 /*! The first word of a record. */
 enum Type : int {
-    None = 0, //!< nothing is delivered
+    None = 0, //!< no delivery
     SignalWithCode = 3, //!< a signal to the process, with a value and a code
     Pulse = 4, //!< a code and a value to whoever receives on a connection
 };
 } // namespace EventKind
 
 /*!
- * What is to happen when there is something to tell: the platform's own record, whose first word is its kind,
+ * The action to take for an event: the platform's own record, whose first word is its kind,
  * not that of the C library. A zeroed record is an event of the kind None.
  */
 struct sigevent
@@ -30,7 +30,7 @@ struct sigevent
         int signo = 0; //!< SignalWithCode: the signal's number
         int coid; //!< Pulse: the connection's id
     };
-    /*! What is handed over: a number or a pointer, whose meaning is the receiver's. */
+    /*! The value handed over: a number or a pointer, whose meaning is up to the receiver. */
     union {
         int sival_int;
         void *sival_ptr = nullptr;

@@ -15,7 +15,7 @@
 
 namespace oz {
 
-/*! What is called for an event, with the data it was registered with. Returns 0. */
+/*! A function to call for an event, with the data it was registered with. Returns 0. */
 using HubHandler = int (*)(void *data);
 
 /*! The most handlers that can be registered at a time. */

@@ -26,7 +26,7 @@ public:
     constexpr void reset() { m_next = m_first; }
     /*! The first pause. */
     [[nodiscard]] constexpr Duration first() const { return m_first; }
-    /*! Whether the pauses have stopped growing. */
+    /*! True once the pauses have stopped growing. */
     [[nodiscard]] constexpr bool isLongest() const { return m_next >= m_longest; }
 
 private:

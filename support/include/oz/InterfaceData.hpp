@@ -32,8 +32,8 @@ struct InterfaceData
     quint64 packetsSent = 0; //!< see packetsReceived
     quint64 sendErrors = 0; //!< packets that could not be sent
     quint64 collisions = 0; //!< while sending
-    quint64 bytesReceived = 0; //!< of the packets received
-    quint64 bytesSent = 0; //!< of the packets sent
+    quint64 bytesReceived = 0; //!< in the packets received
+    quint64 bytesSent = 0; //!< in the packets sent
     quint64 multicastsReceived = 0; //!< packets
     quint64 multicastsSent = 0; //!< packets; not told by the kernel
     quint64 receiveDrops = 0; //!< packets received and dropped for want of room, or of a receiver

@@ -71,9 +71,9 @@ public:
 
     /*! Opens the object, closing it first where it is open; false on failure, see error(). */
     bool open(oz::PpsOpenMode::Types mode);
-    /*! Whether read() waits for the next message, as with the option "wait". To be called before open(). */
+    /*! Has read() wait for the next message, as with the option "wait". To be called before open(). */
     void setBlocking(bool blocking);
-    /*! Whether open() has succeeded, and close() has not been called since. */
+    /*! True if open() has succeeded, and close() has not been called since. */
     [[nodiscard]] bool isOpen() const;
     /*! Closes the object; nothing is notified any more. */
     void close();

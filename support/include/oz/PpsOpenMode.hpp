@@ -7,7 +7,7 @@
 
 namespace oz {
 
-/*! What a PPS object is opened for. Holds the enumeration only; it has no instances. */
+/*! The purposes of opening a PPS object. Holds the enumeration only; it has no instances. */
 class OZ_SUPPORT_EXPORT PpsOpenMode
 {
     Q_GADGET

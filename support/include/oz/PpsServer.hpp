@@ -57,7 +57,7 @@ public:
      * no path.
      */
     bool listen(mode_t mode = 0666);
-    /*! Whether the object is in the tree. */
+    /*! True while the object is in the tree. */
     [[nodiscard]] bool isListening() const;
 
     /*! Sends \a message to the client; false where it is not connected any more, or does not read. */

@@ -46,7 +46,7 @@ inline constexpr int MaxDepth = 64; //!< maps and lists in one another; a deeper
  * form. Refused, with an empty result and \a error naming the attribute: a name that is empty, holds ':' or
  * LF, or begins with '@' or '-'; a value of any other type; a number that is not finite; bytes inside a list
  * or a map; text that is no valid UTF-16; more than MaxDepth levels; more than MaxMessageSize bytes in all.
- * What is not refused decodes to an equal map.
+ * Every text that is not refused decodes to an equal map.
  */
 [[nodiscard]] OZ_SUPPORT_EXPORT QByteArray encode(const QVariantMap &attributes, QString *error = nullptr);
 

@@ -25,13 +25,13 @@ using screen_event_t = _screen_event *;
 
 /*! The properties, with the platform's published values. */
 namespace ScreenProperty {
-/*! What each is a property of, and its values. */
+/*! The properties, each with its owners and its values. */
 enum Type : int {
     EventDisplay = 11, //!< of an event, a pointer: the display it concerns
     IdString = 20, //!< of a display, text: its name
     Rotation = 38, //!< of a display: 0, 90, 180 or 270 degrees
     Size = 40, //!< of a display: width and height in pixels, in its native orientation
-    Kind = 47, //!< of a display: what kind it is (ScreenDisplayKind); of an event: its ScreenEventType
+    Kind = 47, //!< of a display: its kind (ScreenDisplayKind); of an event: its ScreenEventType
     DisplayCount = 59, //!< of a context
     Displays = 60, //!< of a context, pointers: its displays, in the order of their identifiers
     Attached = 64, //!< of a display and of an event: 1 or 0
@@ -50,7 +50,7 @@ inline constexpr int External = 0x7661; //!< every other
 
 /*! The types of event. */
 namespace ScreenEventType {
-inline constexpr int None = 0; //!< nothing has happened
+inline constexpr int None = 0; //!< no event
 inline constexpr int Display = 11; //!< a display was attached or detached, or its size or rotation changed
 } // namespace ScreenEventType
 
