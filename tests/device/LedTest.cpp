@@ -272,11 +272,11 @@ TEST_F(LedTest, ThousandsOfRequestsLeaveNothingOpen)
         led.flash(1 + i % 3);
         led.setColor(i % 2 ? LedColor::Red : LedColor::Blue);
         led.cancel();
-        if (i % 100 == 0) { // each request is a connection, which the service has to take first
-            EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before + 2; })) << i;
+        if (i % 100 == 99) { // two connections each, of which a user may have 500 at once
+            (void)requests(400);
+            EXPECT_TRUE(waitUntil([&] { return openDescriptors() <= before; })) << i;
         }
     }
-    EXPECT_TRUE(waitUntil([&] { return openDescriptors() == before; }));
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(led.findChildren<QObject *>().size(), 1);
 }
