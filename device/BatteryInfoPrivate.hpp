@@ -17,7 +17,7 @@ class BatteryInfoPrivate : public QObject
     Q_OBJECT
 
 public:
-    /*! What the battery manager publishes in place of an integer that it does not have. */
+    /*! The number that the battery manager publishes in place of an integer that it does not have. */
     static constexpr int MissingInteger = 80'000'000;
 
     /*! One reading. */

@@ -21,7 +21,7 @@ constexpr LogText OpenFailed{
 constexpr ReadTexts Reading{
     {"CellularDataInterface - failed to read status PPS data: ", LogText::ErrorString},
     {"CellularDataInterface - failed to decode status PPS data"}};
-// That the control object does not open is told by the result alone.
+// A control object that does not open is told by the result alone.
 constexpr ControlTexts Exchange{
     .openFailed = std::nullopt,
     .encodeFailed = {"CellularDataInterface - failed to encode control PPS data"},

@@ -48,7 +48,7 @@ private:
     CellularDataInterface *q;
     QString m_name;
     oz::PpsObject *m_status = nullptr;
-    QString m_connectId; // of the connection that was requested here; empty for none
+    QString m_connectId; // the connection that was requested here; empty for none
     Announced<State> m_state;
 };
 

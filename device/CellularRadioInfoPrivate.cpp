@@ -159,7 +159,7 @@ void CellularRadioInfoPrivate::updateState()
 {
     Values fresh = *m_values;
     if (sender() == m_publicObject) {
-        // What the hardware can do was promised to stay.
+        // The abilities of the hardware are promised to stay.
         const PublicState reading = readPublicState();
         fresh.poweredOn = reading.poweredOn;
         fresh.activeTechnologies = reading.activeTechnologies;

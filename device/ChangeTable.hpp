@@ -23,7 +23,7 @@ public:
     [[nodiscard]] const Record &operator*() const { return m_values; }
     [[nodiscard]] const Record *operator->() const { return &m_values; }
 
-    /*! What the object is born with, which is no change. */
+    /*! Sets the values that the object is born with, which is no change. */
     void begin(const Record &values) { m_values = values; }
 
 private:
@@ -55,7 +55,7 @@ struct Change<Fields<Members...>, Signals...>
         return (... || (before.*Members != after.*Members));
     }
 
-    /*! Whether there is something to announce still, in what the record holds by then. */
+    /*! True if the record, as it is by then, still has something to announce. */
     template <typename Record>
     static bool applies(const Record & /*record*/)
     {

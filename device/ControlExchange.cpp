@@ -5,7 +5,7 @@
 
 namespace oz::device {
 
-/*! What RequestError hears of an exchange. */
+/*! Reports failed exchanges to RequestError. */
 class ControlErrors
 {
 public:

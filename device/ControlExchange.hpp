@@ -13,7 +13,7 @@ struct ControlRequest
 {
     QString path; //!< with "?wait"
     QVariantMap attributes;
-    bool setBlocking = false; //!< whether setBlocking(true) is called before the object is opened
+    bool setBlocking = false; //!< setBlocking(true) is called before the object is opened
 };
 
 /*! The warnings of one exchange; a failed open warns only where a text is given. */

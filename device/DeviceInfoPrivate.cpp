@@ -144,7 +144,7 @@ void DeviceInfoPrivate::orientationChanged()
     const auto orientation = orientationOf(m_sensor->reading()->orientation());
     if (!orientation)
         qCWarning(logDevice) << "DeviceInfo: Invalid orientation received from the sensor reading";
-    // What the sensor was sure of last stays.
+    // The last orientation that the sensor was sure of stays.
     Changes::storeAndEmit(
         q, &m_orientation, {orientation.value_or(m_orientation->value), orientation.has_value()});
 }

@@ -18,7 +18,7 @@ class DeviceInfoPrivate : public QObject
     Q_OBJECT
 
 public:
-    /*! What the sensor has told. */
+    /*! The last reading of the sensor. */
     struct Orientation
     {
         DeviceOrientation::Type value = DeviceOrientation::TopUp;

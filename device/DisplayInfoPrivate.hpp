@@ -13,7 +13,7 @@ namespace oz::device {
 class DisplayInfoPrivate
 {
 public:
-    /*! What the display service told last. */
+    /*! The last report of the display service. */
     struct Values
     {
         QString displayName;

@@ -59,7 +59,7 @@ struct ProcessorTexts
     const char *keyMissing;
 };
 
-// What the inventory says about the processor \a index under "Processor1" and so on, with \a suffix behind
+// The inventory's text about the processor \a index under "Processor1" and so on, with \a suffix behind
 // it.
 std::optional<QString> processorText(int index, const QString &suffix, const ProcessorTexts &texts)
 {

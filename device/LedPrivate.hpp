@@ -54,7 +54,7 @@ private:
     std::atomic<qint32> m_remainingFlashCount = 0; // 0: idle, -1: until cancelled
     // Recursive: operations are made of each other, and slots call them.
     std::shared_ptr<QRecursiveMutex> m_mutex = std::make_shared<QRecursiveMutex>();
-    ozmock::LedPpsChannel *m_channel = nullptr; // of the request that is under way
+    ozmock::LedPpsChannel *m_channel = nullptr; // the channel of the request that is under way
 };
 
 } // namespace oz::device

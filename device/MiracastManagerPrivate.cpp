@@ -84,7 +84,7 @@ constexpr auto Completed = &Change<Fields<&Answer::result>, Typed, Number>::temp
 using Result = MiracastResult::Type;
 const QString ScanRequest = QStringLiteral("miracast_sink_discover");
 
-// What completes each request, by the name that the service echoes.
+// The signal that completes each request, by the name that the service echoes.
 constexpr NamedValue<void (*)(const QPointer<M> &, const Answer &)> Completions[] = {
     {"miracast_sink_discover",
         Completed<qOverload<Result>(&M::scanCompleted), qOverload<int>(&M::scanCompleted)>},
@@ -105,7 +105,7 @@ QVariantMap statusIn(const QVariantMap &message)
     return attributesOf(message, QStringLiteral("@status"));
 }
 
-// Nothing where one of them is missing or no number.
+// None if one of them is missing or no number.
 QSize sizeIn(const QVariantMap &map)
 {
     bool isHeight = false;
@@ -175,7 +175,7 @@ void MiracastManagerPrivate::onStatusReadyRead()
 MiracastManagerPrivate::State MiracastManagerPrivate::parseStatus(const QVariantMap &status) const
 {
     State state = *m_state;
-    // What a service has taken back leaves its field as it is.
+    // An attribute that the service has taken back leaves its field as it is.
     const auto ifPresent = [&status](const char *name, const auto &apply) {
         if (const QVariant value = status.value(QLatin1String(name)); value.isValid())
             apply(value);

@@ -18,7 +18,7 @@ class MiracastManagerPrivate : public QObject
     Q_OBJECT
 
 public:
-    /*! What the service has told. */
+    /*! The last report of the service. */
     struct State
     {
         MiracastConnectionState::Type connectionState = MiracastConnectionState::Unknown;

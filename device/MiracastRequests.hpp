@@ -10,7 +10,7 @@ struct MiracastRequest
 {
     const char *prefix;
     const char *message;
-    bool hasSecret = false; //!< whether %3 is for no log
+    bool hasSecret = false; //!< %3 must not be logged
 };
 
 namespace MiracastRequestKind {
@@ -35,7 +35,7 @@ public:
     /*! Sends a request, with its values as they stand. One that cannot be written is logged and dropped. */
     void send(const MiracastRequest &request, const QString &first = {}, const QString &second = {});
 
-    /*! Whether \a token is that of a request which waits for its answer; it does no more. */
+    /*! Takes the request with \a token as answered; false if no such request waits. */
     [[nodiscard]] bool takeAnswered(const QString &token) { return m_pending.removeAll(token) > 0; }
 
 private:

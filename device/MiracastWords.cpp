@@ -89,7 +89,7 @@ SubCategory::Type convertSubCategoryId(int category, int subCategory)
     return SubCategory::Unknown;
 }
 
-// What text stands for; Unknown, after a warning that ends with it, for any other.
+// The value that a text stands for; Unknown, after a warning that ends with the text, for any other.
 template <typename Value, std::size_t Size>
 Value valueOrWarn(const NamedValue<Value> (&table)[Size], const QString &text, const char *warning)
 {

@@ -18,7 +18,7 @@ namespace oz::device {
 
 struct WpsDeviceType;
 
-/*! What kind of device a sink is. */
+/*! The kind of device that a sink is. */
 struct MiracastSinkType
 {
     MiracastDeviceCategory::Type category = MiracastDeviceCategory::Unknown;

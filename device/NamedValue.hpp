@@ -15,7 +15,7 @@ struct NamedValue
     Value value;
 };
 
-/*! What \a name stands for, compared exactly; nothing where the table does not have it. */
+/*! The value that \a name stands for, compared exactly; none if the table does not have it. */
 template <typename Value, std::size_t Size>
 [[nodiscard]] std::optional<Value> valueNamed(const NamedValue<Value> (&table)[Size], const QString &name)
 {

@@ -133,7 +133,7 @@ NetworkState networkStateIn(const QVariantMap &connection)
     NetworkState state;
     state.connectionState = valueNamed(ConnectionStates, textIn(connection, "status"))
                                 .value_or(WiFiDirectConnectionState::Unknown);
-    // What is left over of a group that is gone is none of the application's business.
+    // The remains of a group that is gone are of no use to the application.
     if (state.connectionState != WiFiDirectConnectionState::Connected)
         return state;
     state.networkInterfaceName = textIn(connection, "network_if");

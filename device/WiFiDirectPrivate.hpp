@@ -21,7 +21,7 @@ class WiFiDirectPrivate : public QObject
     Q_OBJECT
 
 public:
-    /*! What a reading tells of Wi-Fi Direct itself. */
+    /*! A reading's report of Wi-Fi Direct itself. */
     struct ManagerState
     {
         bool scanning = false;
@@ -29,7 +29,7 @@ public:
         QDateTime lastUpdate;
     };
 
-    /*! What a reading tells of the connection. */
+    /*! A reading's report of the connection. */
     struct NetworkState
     {
         WiFiDirectConnectionState::Type connectionState = WiFiDirectConnectionState::Unknown;
@@ -62,7 +62,7 @@ private Q_SLOTS:
     void onStatusReadyRead();
 
 private:
-    /*! Whether the reading that is being announced is still the last one, and the public object still there.
+    /*! True while the reading that is being announced is the last one, and the public object is there.
      */
     using IsCurrent = std::function<bool()>;
 

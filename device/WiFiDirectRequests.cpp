@@ -40,7 +40,7 @@ constexpr ControlTexts BlockingTexts{
         {"WiFiDirect: Unable to decode control result. (", LogText::ErrorStringInBrackets}},
 };
 
-// What an error of the manager means to one request: its result, and a warning where there is one.
+// The meaning of a manager's error to one request: its result, and a warning where there is one.
 struct Refusal
 {
     ManagerError error;
@@ -166,7 +166,7 @@ WiFiDirectResult::Type stopSession(const QString &session)
 WiFiDirectResult::Type connectTo(
     const QString &hardwareAddress, int intent, int wpsMethod, const QString &wpsPin)
 {
-    // What is no enumerator has no word or number for the manager, and is left out.
+    // A value that is no enumerator has no word or number for the manager, and is left out.
     QVariantMap argument{{QStringLiteral("addr"), hardwareAddress},
         {QStringLiteral("wps_pin"), wpsPin.isEmpty() ? QStringLiteral("NULL") : wpsPin}};
     for (const auto &[name, value] : Intents) {

@@ -10,7 +10,7 @@
  */
 namespace oz::device::WiFiDirectRequests {
 
-/*! Whether the manager is there and supports Wi-Fi Direct, as its status says now. */
+/*! True if the manager is there and supports Wi-Fi Direct, as its status says now. */
 [[nodiscard]] bool isSupported();
 
 [[nodiscard]] WiFiDirectResult::Type scan();

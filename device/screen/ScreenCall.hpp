@@ -7,7 +7,7 @@
 
 namespace oz::device {
 
-/*! Whether \a result, of a call of the display service, is success; else warns with \a text and errno's. */
+/*! True if \a result, of a call of the display service, is success; else warns with \a text and errno's. */
 inline bool screenSucceeded(int result, const char *text)
 {
     if (result == 0)

@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! What the battery is doing. Holds the enumeration only; it has no instances. */
+/*! The charging state of the battery. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT BatteryChargingState
 {
     Q_GADGET

@@ -30,13 +30,13 @@ class OZ_DEVICE_EXPORT BatteryInfo : public QObject
     Q_OBJECT
     /*! The charge in percent, 0 to 100; -1 for unknown. */
     Q_PROPERTY(int level READ level NOTIFY levelChanged FINAL)
-    /*! What the battery is doing, announced together with the level; Unknown where the system does not say.
+    /*! The charging state, announced together with the level; Unknown where the system does not say.
      */
     Q_PROPERTY(
         oz::device::BatteryChargingState::Type chargingState READ chargingState NOTIFY levelChanged FINAL)
-    /*! Whether there is a battery in the device; false also for unknown. */
+    /*! True if there is a battery in the device; false also for unknown. */
     Q_PROPERTY(bool present READ isPresent NOTIFY presentChanged FINAL)
-    /*! Whether the battery works as it should; Unknown where the system does not say. */
+    /*! The condition of the battery; Unknown where the system does not say. */
     Q_PROPERTY(oz::device::BatteryCondition::Type condition READ condition NOTIFY conditionChanged FINAL)
     /*! The charge that the battery holds when full, in mAh; -1 for unknown. */
     Q_PROPERTY(int fullChargeCapacity READ fullChargeCapacity NOTIFY fullChargeCapacityChanged FINAL)

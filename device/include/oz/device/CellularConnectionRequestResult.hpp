@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * What became of a request to connect or disconnect a cellular data profile. Holds the enumeration only; it
+ * The result of a request to connect or disconnect a cellular data profile. Holds the enumeration only; it
  * has no instances.
  */
 class OZ_DEVICE_EXPORT CellularConnectionRequestResult

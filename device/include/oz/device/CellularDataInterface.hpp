@@ -33,11 +33,11 @@ class OZ_DEVICE_EXPORT CellularDataInterface : public QObject
     Q_OBJECT
     /*! The profile's name; empty for none. */
     Q_PROPERTY(QString name READ name WRITE setName NOTIFY nameChanged FINAL)
-    /*! Whether the profile is there and enabled; false also for unknown. */
+    /*! True if the profile is there and enabled; false also for unknown. */
     Q_PROPERTY(bool valid READ isValid NOTIFY validChanged FINAL)
-    /*! Whether the profile is connected without being asked; false also for unknown. */
+    /*! True if the profile is connected without being asked; false also for unknown. */
     Q_PROPERTY(bool alwaysOn READ isAlwaysOn NOTIFY alwaysOnChanged FINAL)
-    /*! Whether only certain applications may use the profile; false also for unknown. */
+    /*! True if only certain applications may use the profile; false also for unknown. */
     Q_PROPERTY(bool accessControlled READ isAccessControlled NOTIFY accessControlledChanged FINAL)
     /*! The network interface of the connection, such as "rmnet0"; empty where there is none. */
     Q_PROPERTY(

@@ -15,7 +15,7 @@ class CellularNetworkInfoPrivate;
  * One of the networks that the radio uses: 0 is the primary network, 1 the CDMA 1X network beside it. Other
  * numbers stand for no network.
  *
- * Whether there is a CDMA 1X network is told by the technologies in use: cdma_1x, evdo or lte among them is
+ * The technologies in use tell if there is a CDMA 1X network: cdma_1x, evdo or lte among them is
  * enough. So on a phone that uses LTE and has no CDMA, index 1 says Cdma1X too, and its values are empty or
  * 0.
  *
@@ -51,19 +51,19 @@ class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
     Q_PROPERTY(QString mobileNetworkCode READ mobileNetworkCode NOTIFY mobileNetworkCodeChanged FINAL)
     /*! The received signal strength in dBm, as published; 0 for unknown. */
     Q_PROPERTY(int signalStrength READ signalStrength NOTIFY signalStrengthChanged FINAL)
-    /*! Whether the device roams in this network, and the user is to know it; false also for unknown. */
+    /*! True if the device roams in this network, and the user is to know it; false also for unknown. */
     Q_PROPERTY(bool roaming READ isRoaming NOTIFY roamingChanged FINAL)
-    /*! Of GSM, UMTS and LTE networks; 0 for unknown. */
+    /*! The cell, of GSM, UMTS and LTE networks; 0 for unknown. */
     Q_PROPERTY(int cellId READ cellId NOTIFY cellIdChanged FINAL)
-    /*! Of GSM and UMTS networks; 0 for unknown. */
+    /*! The location area, of GSM and UMTS networks; 0 for unknown. */
     Q_PROPERTY(int locationAreaCode READ locationAreaCode NOTIFY locationAreaCodeChanged FINAL)
-    /*! Of LTE networks; 0 for unknown. */
+    /*! The tracking area, of LTE networks; 0 for unknown. */
     Q_PROPERTY(int trackingAreaCode READ trackingAreaCode NOTIFY trackingAreaCodeChanged FINAL)
-    /*! Of CDMA networks; 0 for unknown. */
+    /*! The base station, of CDMA networks; 0 for unknown. */
     Q_PROPERTY(int baseStationId READ baseStationId NOTIFY baseStationIdChanged FINAL)
-    /*! Of CDMA networks; 0 for unknown. */
+    /*! The network, of CDMA networks; 0 for unknown. */
     Q_PROPERTY(int networkId READ networkId NOTIFY networkIdChanged FINAL)
-    /*! Of CDMA networks; 0 for unknown. */
+    /*! The system, of CDMA networks; 0 for unknown. */
     Q_PROPERTY(int systemId READ systemId NOTIFY systemIdChanged FINAL)
     /*!
      * The name to show to the user, of whatever index; empty for unknown. Where the index has no technology

@@ -30,7 +30,7 @@ class CellularRadioInfoPrivate;
 class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
 {
     Q_OBJECT
-    /*! Whether the radio is switched on; false also for unknown. */
+    /*! True if the radio is switched on; false also for unknown. */
     Q_PROPERTY(bool poweredOn READ isPoweredOn NOTIFY poweredOnChanged FINAL)
     /*! The technologies that the hardware supports, as they were at construction; none for unknown. */
     Q_PROPERTY(oz::device::CellularTechnology::Types technologies READ technologies CONSTANT FINAL)
@@ -46,9 +46,9 @@ class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
             activeTechnologiesChanged FINAL)
     /*! The number of networks in use, of which two of one technology count twice; 0 for unknown. */
     Q_PROPERTY(int networkCount READ networkCount NOTIFY networkCountChanged FINAL)
-    /*! Whether mobile data is on; false also for unknown. */
+    /*! True if mobile data is on; false also for unknown. */
     Q_PROPERTY(bool dataEnabled READ isDataEnabled NOTIFY dataEnabledChanged REVISION 1 FINAL)
-    /*! Whether mobile data runs over a network other than the home network; false also for unknown. */
+    /*! True if mobile data runs over a network other than the home network; false also for unknown. */
     Q_PROPERTY(bool dataRoaming READ isDataRoaming NOTIFY dataRoamingChanged REVISION 1 FINAL)
 
 public:

@@ -37,7 +37,7 @@ class OZ_DEVICE_EXPORT DeviceInfo : public QObject
     /*! Active or Inactive; Unknown where the power manager does not say. */
     Q_PROPERTY(oz::device::UserActivityState::Type activityState READ activityState NOTIFY
             activityStateChanged REVISION 1 FINAL)
-    /*! Whether the sensor is sure of the orientation now; false before its first reading. */
+    /*! True if the sensor is sure of the orientation now; false before its first reading. */
     Q_PROPERTY(bool orientationValid READ isOrientationValid NOTIFY orientationValidChanged REVISION 2 FINAL)
 
 public:

@@ -49,14 +49,14 @@ class OZ_DEVICE_EXPORT DisplayInfo : public QObject
     /*! How the width in pixels compares with the height, as it was at the last change; Landscape in an
      * invalid object, Square for a size that is not known. */
     Q_PROPERTY(oz::device::DisplayAspectType::Type aspectType READ aspectType CONSTANT FINAL)
-    /*! Whether the display can be seen now; false also for unknown. */
+    /*! True if the display can be seen now; false also for unknown. */
     Q_PROPERTY(bool attached READ isAttached NOTIFY attachedChanged FINAL)
-    /*! Whether the display can be taken off; false also for unknown. */
+    /*! True if the display can be taken off; false also for unknown. */
     Q_PROPERTY(bool detachable READ isDetachable CONSTANT FINAL)
-    /*! What the display is made of; Unknown where it does not tell. */
+    /*! The technology of the display; Unknown where it does not tell. */
     Q_PROPERTY(oz::device::DisplayTechnology::Type displayTechnology READ displayTechnology CONSTANT
             REVISION 1 FINAL)
-    /*! Whether the display is reached over the air: whether its name holds "miracast". */
+    /*! True if the display is reached over the air, which is so if its name holds "miracast". */
     Q_PROPERTY(bool wireless READ isWireless CONSTANT REVISION 2 FINAL)
 
 public:
@@ -71,7 +71,7 @@ public:
     /*! The identifier of the first display that is not the device's own; -1 where there is none. */
     [[nodiscard]] static int secondaryDisplayId();
 
-    /*! Whether the display was found at construction. */
+    /*! True if the display was found at construction. */
     [[nodiscard]] bool isValid() const;
     [[nodiscard]] int displayId() const;
     [[nodiscard]] QString displayName() const;

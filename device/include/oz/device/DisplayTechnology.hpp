@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! What a display is made of. Holds the enumeration only; it has no instances. */
+/*! The technology of a display. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT DisplayTechnology
 {
     Q_GADGET

@@ -11,7 +11,7 @@ namespace oz::device {
 class HardwareInfoPrivate;
 
 /*!
- * What the device is: its identifiers, its names, its processors and its parts.
+ * The device itself: its identifiers, its names, its processors and its parts.
  *
  * All this is fixed for the life of the device, and no signal tells of it. Each call reads the system's
  * object anew and keeps nothing all the same, so a value that the system does not know yet is there as soon
@@ -45,7 +45,7 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     /*! The number of the model, which tells variants apart. */
     Q_PROPERTY(QString modelNumber READ modelNumber CONSTANT FINAL)
     /*!
-     * Whether the device has a keyboard of keys. The inventory says "none", in any letter case, where it has
+     * True if the device has a keyboard of keys. The inventory says "none", in any letter case, where it has
      * not, and where the inventory says nothing the answer is false too: an application that took a keyboard
      * for granted would leave its user without any.
      */
@@ -54,11 +54,11 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_PROPERTY(oz::device::HdmiConnector::Type hdmiConnector READ hdmiConnector CONSTANT REVISION 1 FINAL)
     /*! This and the following are true for the devices of one family, known by their hardware identifiers. */
     Q_PROPERTY(bool isTrackpadDevice READ isTrackpadDevice CONSTANT REVISION 2 FINAL)
-    /*! Whether the device has keys to take and end a call. */
+    /*! True if the device has keys to take and end a call. */
     Q_PROPERTY(bool hasPhysicalPhoneKeys READ hasPhysicalPhoneKeys CONSTANT REVISION 2 FINAL)
-    /*! Whether the device has a key to go back. */
+    /*! True if the device has a key to go back. */
     Q_PROPERTY(bool hasPhysicalBackButton READ hasPhysicalBackButton CONSTANT REVISION 2 FINAL)
-    /*! Whether the device has a key for menus. */
+    /*! True if the device has a key for menus. */
     Q_PROPERTY(bool hasPhysicalMenuButton READ hasPhysicalMenuButton CONSTANT REVISION 2 FINAL)
 
 public:

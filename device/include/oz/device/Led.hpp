@@ -34,7 +34,7 @@ class OZ_DEVICE_EXPORT Led : public QObject
     /*! How many flashes are still to be seen; 0 while idle, -1 while flashing until cancelled. Changes that a
      * call of flash() or cancel() makes are not signalled. */
     Q_PROPERTY(int remainingFlashCount READ remainingFlashCount NOTIFY remainingFlashCountChanged FINAL)
-    /*! Whether a request is under way: remainingFlashCount is not 0. */
+    /*! True if a request is under way: remainingFlashCount is not 0. */
     Q_PROPERTY(bool active READ isActive NOTIFY activeChanged FINAL)
 
 public:

@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * What kind of device a sink is: the categories of primary device types in Wi-Fi Protected Setup, as the
+ * The kind of device that a sink is: the categories of primary device types in Wi-Fi Protected Setup, as the
  * Wi-Fi Simple Configuration standard of the Wi-Fi Alliance numbers them. Holds the enumeration only; it
  * has no instances.
  */

@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * What kind of device a sink is in its category: the sub-categories of primary device types in Wi-Fi
+ * The kind of device that a sink is in its category: the sub-categories of primary device types in Wi-Fi
  * Protected Setup, as the Wi-Fi Simple Configuration standard of the Wi-Fi Alliance has them, numbered
  * through all categories. Holds the enumeration only; it has no instances.
  */

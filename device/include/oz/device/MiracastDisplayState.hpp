@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * What the session with a wireless display does. Holds the enumeration only; it has no instances.
+ * The state of the session with a wireless display. Holds the enumeration only; it has no instances.
  *
  * The value stays as the wireless-display service told it last, also once the service is gone.
  */

@@ -51,10 +51,10 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_PROPERTY(QString deviceName READ deviceName NOTIFY deviceNameChanged FINAL)
     /*! The size in pixels of what that sink shows; 0 by 0 for unknown. */
     Q_PROPERTY(QSize devicePixelSize READ devicePixelSize NOTIFY devicePixelSizeChanged FINAL)
-    /*! What the session does; Unknown before the service has said anything. */
+    /*! The state of the session; Unknown before the service has said anything. */
     Q_PROPERTY(oz::device::MiracastDisplayState::Type displayState READ displayState NOTIFY
             displayStateChanged FINAL)
-    /*! What kind of device that sink is; Unknown where it does not say. */
+    /*! The kind of device that this sink is; Unknown where it does not say. */
     Q_PROPERTY(oz::device::MiracastDeviceCategory::Type deviceCategory READ deviceCategory NOTIFY
             deviceTypeChanged FINAL)
     /*! More exactly what kind of device that sink is; Unknown where it does not say. */
@@ -64,7 +64,7 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_PROPERTY(QString sessionId READ sessionId NOTIFY sessionIdChanged FINAL)
     /*! Why the wireless-display service has stopped. */
     Q_PROPERTY(oz::device::MiracastStopReason::Type stopReason READ stopReason NOTIFY stopReasonChanged FINAL)
-    /*! Whether the wireless-display service runs. */
+    /*! The status of the wireless-display service. */
     Q_PROPERTY(oz::device::MiracastStatus::Type status READ status NOTIFY statusChanged FINAL)
     /*! As isSupported(): a property of the device, but read anew at each call. */
     Q_PROPERTY(bool isSupported READ isSupported CONSTANT FINAL)
@@ -98,7 +98,7 @@ public:
      * on this object before. No signal follows.
      */
     Q_INVOKABLE void warmup();
-    /*! Whether the device has Miracast, as its inventory says. Reads that at each call. */
+    /*! True if the device has Miracast, as its inventory says. Reads that at each call. */
     [[nodiscard]] Q_INVOKABLE static bool isSupported();
 
 public Q_SLOTS:

@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * What became of a Miracast request. Holds the enumeration only; it has no instances.
+ * The result of a Miracast request. Holds the enumeration only; it has no instances.
  */
 class OZ_DEVICE_EXPORT MiracastResult
 {

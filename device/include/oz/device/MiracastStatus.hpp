@@ -7,7 +7,7 @@
 namespace oz::device {
 
 /*!
- * Whether the wireless-display service runs. Holds the enumeration only; it has no instances.
+ * The status of the wireless-display service. Holds the enumeration only; it has no instances.
  *
  * The value is the service's own word, and stays as it was told last, also once the service is gone.
  */

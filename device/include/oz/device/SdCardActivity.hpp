@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! Whether an SD card is being read or written. Holds the enumeration only; it has no instances. */
+/*! The activity of an SD card. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT SdCardActivity
 {
     Q_GADGET

@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! Whether an SD card is mounted. Holds the enumeration only; it has no instances. */
+/*! The state of an SD card: mounted or not. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT SdCardState
 {
     Q_GADGET

@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! What a SIM card is ready for. Holds the enumeration only; it has no instances. */
+/*! The state of a SIM card. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT SimCardState
 {
     Q_GADGET

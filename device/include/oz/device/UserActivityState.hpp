@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! Whether somebody uses the device. Holds the enumeration only; it has no instances. */
+/*! The state of the user's activity. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT UserActivityState
 {
     Q_GADGET

@@ -22,7 +22,7 @@ class VibrationControllerPrivate;
 class OZ_DEVICE_EXPORT VibrationController : public QObject
 {
     Q_OBJECT
-    /*! Whether the vibrator service is there and this process may use it: asked anew at each call. */
+    /*! True if the vibrator service is there and this process may use it: asked anew at each call. */
     Q_PROPERTY(bool supported READ isSupported CONSTANT FINAL)
 
 public:

@@ -43,9 +43,9 @@ class WiFiDirectPrivate;
 class OZ_DEVICE_EXPORT WiFiDirect : public QObject
 {
     Q_OBJECT
-    /*! Whether a scan is running; false also for unknown. */
+    /*! True if a scan is running; false also for unknown. */
     Q_PROPERTY(bool scanning READ isScanning NOTIFY scanningChanged FINAL)
-    /*! Whether Wi-Fi Direct is switched on; true where the service does not say, false without the service.
+    /*! True if Wi-Fi Direct is switched on; true where the service does not say, false without the service.
      */
     Q_PROPERTY(bool enabled READ isEnabled NOTIFY enabledChanged FINAL)
     /*! As isSupported(): a property of the device, but read anew at each call. */
@@ -58,7 +58,7 @@ class OZ_DEVICE_EXPORT WiFiDirect : public QObject
     /*! The network interface of the group, such as "p2p0"; empty while not connected. */
     Q_PROPERTY(
         QString networkInterfaceName READ networkInterfaceName NOTIFY networkInterfaceNameChanged FINAL)
-    /*! What the phone is in the group: GroupOwner or Client; Unknown while not connected. */
+    /*! The phone's role in the group: GroupOwner or Client; Unknown while not connected. */
     Q_PROPERTY(oz::device::WiFiDirectRole::Type networkRole READ networkRole NOTIFY networkRoleChanged FINAL)
     /*! The name of the group's network; empty while not connected. */
     Q_PROPERTY(QString networkSsid READ networkSsid NOTIFY networkSsidChanged FINAL)
@@ -133,7 +133,7 @@ public:
     Q_INVOKABLE int cancelConnectRequest();
     /*! Asks the service for the IP address of a peer; empty where it gives none, for whatever reason. */
     [[nodiscard]] Q_INVOKABLE QString ipAddress(const QString &hardwareAddress);
-    /*! Whether the service is there and supports Wi-Fi Direct. Reads the service's object at each call. */
+    /*! True if the service is there and supports Wi-Fi Direct. Reads the service's object at each call. */
     [[nodiscard]] Q_INVOKABLE static bool isSupported();
 
     /*! The hardware addresses of the peers in sight, in the order of their appearance. */

@@ -15,7 +15,7 @@ struct WiFiDirectDeviceInfo
     QString hardwareAddress; //!< as the service writes it
     WiFiDirectDeviceType::Type type = WiFiDirectDeviceType::Unknown; //!< its category
     WiFiDirectSecondaryDeviceType::Types secondaryTypes =
-        WiFiDirectSecondaryDeviceType::Unknown; //!< what it can do beside
+        WiFiDirectSecondaryDeviceType::Unknown; //!< further abilities
     WiFiDirectRole::Type role = WiFiDirectRole::Unknown; //!< in whatever group
 };
 

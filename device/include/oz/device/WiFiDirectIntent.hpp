@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! Who shall own, or owns, the group of a connection. Holds the enumeration only; it has no instances. */
+/*! The intended or actual owner of a connection's group. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT WiFiDirectIntent
 {
     Q_GADGET

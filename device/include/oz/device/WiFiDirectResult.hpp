@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! What became of a Wi-Fi Direct request. Holds the enumeration only; it has no instances. */
+/*! The result of a Wi-Fi Direct request. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT WiFiDirectResult
 {
     Q_GADGET
@@ -19,7 +19,7 @@ public:
         Busy = 2, //!< the service is at another scan or connection
         DeviceNotFound = 3, //!< the service knows no such peer
         NoNetworkConnection = 4, //!< the phone is in no Wi-Fi Direct network
-        NoRequestToCancel = 5, //!< nothing is being connected
+        NoRequestToCancel = 5, //!< no connection is being made
         NotSupported = 6, //!< there is no Wi-Fi Direct here
         InvalidSession = 7, //!< no session has this key
     };

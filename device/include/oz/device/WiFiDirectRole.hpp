@@ -6,7 +6,7 @@
 
 namespace oz::device {
 
-/*! What a device is in a Wi-Fi Direct group. Holds the enumeration only; it has no instances. */
+/*! The role of a device in a Wi-Fi Direct group. Holds the enumeration only; it has no instances. */
 class OZ_DEVICE_EXPORT WiFiDirectRole
 {
     Q_GADGET

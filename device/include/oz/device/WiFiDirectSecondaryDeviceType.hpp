@@ -8,8 +8,8 @@
 namespace oz::device {
 
 /*!
- * What a peer can do beside its type, alone or in a set. Holds the enumeration and its flag set only; it has
- * no instances.
+ * A further ability of a peer beside its type, alone or in a set. Holds the enumeration and its flag set
+ * only; it has no instances.
  */
 class OZ_DEVICE_EXPORT WiFiDirectSecondaryDeviceType
 {
@@ -17,7 +17,7 @@ class OZ_DEVICE_EXPORT WiFiDirectSecondaryDeviceType
 
 public:
     enum Type {
-        Unknown = 1, //!< nothing that is known
+        Unknown = 1, //!< no known ability
         Miracast = 2, //!< wireless display
     };
     Q_ENUM(Type)
