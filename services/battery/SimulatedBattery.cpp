@@ -1,7 +1,5 @@
 #include "battery/SimulatedBattery.hpp"
 
-#include "publishing/Error.hpp"
-
 namespace oz::services {
 
 namespace {
@@ -9,49 +7,68 @@ namespace {
 constexpr double ColdestCharge = 0; // degrees Celsius
 constexpr double HottestCharge = 45;
 
-using Charging = BatteryState::Charging;
-using Condition = BatteryState::Condition;
-
-// "unknown", and then in the order of Condition.
-QStringList conditionWords()
+// A charger by wire is what is left of the chargers without the one that the receiver sees.
+std::optional<QVariant> seenPlugged(const SeenValues &seen)
 {
-    return {QStringLiteral("unknown"), QStringLiteral("ok"), QStringLiteral("bad")};
+    const QVariant chargers = seen("chargers");
+    const int wireless = seen("receiver").toString() == u"null" ? 0 : 1;
+    return chargers.isValid() ? std::optional(QVariant(chargers.toInt() > wireless)) : std::nullopt;
 }
 
-std::optional<Condition> conditionOf(qsizetype place)
+std::optional<QVariant> seenReceiver(const SeenValues &seen)
 {
-    return place < 1 ? std::nullopt : std::optional(Condition(place - 1));
+    const QString receiver = seen("receiver").toString();
+    return receiver.isEmpty() ? std::nullopt
+                              : std::optional(QVariant(receiver == u"null" ? QString() : receiver));
 }
 
-std::chrono::milliseconds paceIn(const JsonNode &section, const QString &key, double fallback)
+// Of a battery that is taken out the temperature is not unknown, but not seen.
+std::optional<QVariant> seenTemperature(const SeenValues &seen)
 {
-    return section.seconds(key, fallback, 0.001, 86'400);
+    return seen("present").toBool() ? std::optional(seen("temperature")) : std::nullopt;
 }
 
 } // namespace
 
-SimulatedBattery::SimulatedBattery(const JsonNode &section, SimulatedPhone &phone)
+const Settings<SimulatedBattery> &SimulatedBattery::table()
+{
+    using B = SimulatedBattery;
+    using C = SettingColumns<SimulatedBattery>;
+    static const Settings<SimulatedBattery> table{
+        {"present", C::truth(&B::m_present), true, "whether there is a battery in the phone",
+            either("insert", "puts the battery in", "remove", "takes the battery out"), {"present"}},
+        {"held", C::truth(&B::m_isHeld), false, "whether the charge stays as it is, whatever the chargers do",
+            onOff("hold", "keeps the charge as it is, or lets it move by itself"), {.fixed = true}},
+        {"plugged", C::truth(&B::m_plugged), false, "whether a charger is connected by wire",
+            either("plug", "connects a charger", "unplug", "disconnects the charger"),
+            {.value = seenPlugged}},
+        {"wireless-receiver", C::text(&B::m_receiver), QString(),
+            "the receiver that a wireless charger sees; empty: the phone lies on none",
+            told("wireless", "[RXID]", "lays the phone on a wireless charger, or takes it from there"),
+            {.value = seenReceiver, .mask = "receiver"}},
+        {"level", C::number(&B::m_level, 0, 100, "%"), 80, "percent",
+            told("level", "PERCENT", "sets the charge"), {"level"}},
+        {"condition", C::words(&B::m_condition, batteryConditions(), "unknown"), QStringLiteral("ok"),
+            "ok, bad or unknown", told("condition", "ok|bad|unknown", "sets the condition"), {"condition"}},
+        {"full-charge-capacity", C::number(&B::m_fullChargeCapacity, 1, 1'000'000, "mAh"), 2'800, "mAh", {},
+            {"full-charge-capacity"}},
+        {"cycle-count", C::number(&B::m_cycleCount, 0, 1'000'000), 112,
+            "how often it was charged and discharged", {}, {"cycle-count"}},
+        {"temperature", C::number(&B::m_temperature, -100, 200, "°C").offering(-20, 80, 0.5), 25.5,
+            "degrees Celsius; null: not known",
+            told("temperature", "CELSIUS|unknown", "sets the temperature; it takes charge from 0 to 45 only"),
+            {.value = seenTemperature}},
+        {"charging-seconds-per-percent", C::seconds(&B::m_chargingPace, 0.001, 86'400), 60, "0.001 to 86400"},
+        {"discharging-seconds-per-percent", C::seconds(&B::m_dischargingPace, 0.001, 86'400), 600,
+            "0.001 to 86400"},
+    };
+    return table;
+}
+
+SimulatedBattery::SimulatedBattery(const JsonNode &section, SimulatedParts &phone)
     : m_timer(phone.clock(), PhoneTimer::Repeatedly)
 {
-    const QString temperature = QStringLiteral("temperature");
-    section.allowOnly({QStringLiteral("level"), QStringLiteral("plugged"),
-        QStringLiteral("wireless-receiver"), QStringLiteral("present"), QStringLiteral("condition"),
-        QStringLiteral("full-charge-capacity"), QStringLiteral("cycle-count"), temperature,
-        QStringLiteral("charging-seconds-per-percent"), QStringLiteral("discharging-seconds-per-percent")});
-    m_level = section.integer(QStringLiteral("level"), 80, 0, 100);
-    m_plugged = section.boolean(QStringLiteral("plugged"), false);
-    m_receiver = section.text(QStringLiteral("wireless-receiver"), {});
-    m_present = section.boolean(QStringLiteral("present"), true);
-    m_battery.condition = conditionOf(conditionWords().indexOf(
-        section.word(QStringLiteral("condition"), QStringLiteral("ok"), conditionWords())));
-    m_battery.fullChargeCapacity =
-        section.integer(QStringLiteral("full-charge-capacity"), 2'800, 1, 1'000'000);
-    m_battery.cycleCount = section.integer(QStringLiteral("cycle-count"), 112, 0, 1'000'000);
-    if (!section.isNull(temperature))
-        m_battery.temperature = section.number(temperature, 25.5, -100, 200);
-    m_chargingPace = paceIn(section, QStringLiteral("charging-seconds-per-percent"), 60);
-    m_dischargingPace = paceIn(section, QStringLiteral("discharging-seconds-per-percent"), 600);
-
+    read(section, settings({}));
     connect(&m_timer, &PhoneTimer::timeout, this, [this] {
         m_level += m_step;
         update();
@@ -59,122 +76,33 @@ SimulatedBattery::SimulatedBattery(const JsonNode &section, SimulatedPhone &phon
     update();
 }
 
-std::vector<SimVerb> SimulatedBattery::verbs(const QString &)
-{
-    // A verb that changes something and lets the battery go on from there.
-    const auto verb = [this](const QString &name, const QStringList &arguments, const QString &help,
-                          const std::function<void(const QStringList &)> &change) {
-        return SimVerb{name, arguments, help, [this, change](const QStringList &words) {
-                           change(words);
-                           update();
-                       }};
-    };
-    // One that makes something of it true or false.
-    const auto state = [this](const QString &name, const QString &help, bool *what, bool value) {
-        return SimVerb::state(
-            name, help,
-            [this, what, value] {
-                *what = value;
-                update();
-            },
-            [what, value] { return *what == value; });
-    };
-    const QString unknown = QStringLiteral("unknown");
-    const QString celsius = QStringLiteral("CELSIUS|unknown");
-    return {
-        state(QStringLiteral("plug"), QStringLiteral("connects a charger"), &m_plugged, true),
-        state(QStringLiteral("unplug"), QStringLiteral("disconnects the charger"), &m_plugged, false),
-        verb(QStringLiteral("wireless"), {QStringLiteral("[RXID]")},
-            QStringLiteral("lays the phone on a wireless charger, or takes it from there"),
-            [this](const QStringList &words) { m_receiver = words.value(0); })
-            .with([this] { return m_receiver; }),
-        verb(QStringLiteral("level"), {QStringLiteral("PERCENT")}, QStringLiteral("sets the charge"),
-            [this](const QStringList &words) { m_level = SimArgument::integer(words[0], 0, 100); })
-            .with([this] { return QString::number(m_level); },
-                {{QStringLiteral("PERCENT"), {{}, 0, 100, 1, QStringLiteral("%")}}}),
-        verb(QStringLiteral("temperature"), {celsius},
-            QStringLiteral("sets the temperature; it takes charge from 0 to 45 only"),
-            [this](const QStringList &words) {
-                m_battery.temperature = words[0] == u"unknown"
-                    ? std::nullopt
-                    : std::optional(SimArgument::number(words[0], -100, 200));
-            })
-            .with(
-                [this, unknown] {
-                    return m_battery.temperature ? QString::number(*m_battery.temperature) : unknown;
-                },
-                {{celsius, {{unknown}, -20, 80, 0.5, QStringLiteral("°C")}}}),
-        verb(QStringLiteral("condition"), {QStringLiteral("ok|bad|unknown")},
-            QStringLiteral("sets the condition"),
-            [this](const QStringList &words) {
-                m_battery.condition = conditionOf(SimArgument::oneOf(words[0], conditionWords()));
-            })
-            .with(
-                [this] { return conditionWords()[m_battery.condition ? int(*m_battery.condition) + 1 : 0]; }),
-        SimVerb::onOff(
-            QStringLiteral("hold"), QStringLiteral("keeps the charge as it is, or lets it move by itself"),
-            [this](bool on) {
-                m_isHeld = on;
-                update();
-            },
-            [this] { return m_isHeld; }),
-        state(QStringLiteral("remove"), QStringLiteral("takes the battery out"), &m_present, false),
-        state(QStringLiteral("insert"), QStringLiteral("puts the battery in"), &m_present, true),
-    };
-}
-
-// What the phone's file says stays: capacity, cycles and paces.
-QVariantMap SimulatedBattery::saved() const
-{
-    QVariantMap saved{{QStringLiteral("level"), m_level}, {QStringLiteral("present"), m_present},
-        {QStringLiteral("plugged"), m_plugged}, {QStringLiteral("held"), m_isHeld},
-        {QStringLiteral("receiver"), m_receiver},
-        {QStringLiteral("condition"), m_battery.condition ? int(*m_battery.condition) + 1 : 0}};
-    if (m_battery.temperature)
-        saved.insert(QStringLiteral("temperature"), *m_battery.temperature);
-    return saved;
-}
-
-void SimulatedBattery::restore(const QVariantMap &saved)
-{
-    m_level = std::clamp(saved.value(QStringLiteral("level")).toInt(), 0, 100);
-    m_present = saved.value(QStringLiteral("present")).toBool();
-    m_plugged = saved.value(QStringLiteral("plugged")).toBool();
-    m_isHeld = saved.value(QStringLiteral("held")).toBool();
-    m_receiver = saved.value(QStringLiteral("receiver")).toString();
-    m_battery.condition = conditionOf(std::clamp(saved.value(QStringLiteral("condition")).toInt(), 0, 2));
-    m_battery.temperature.reset();
-    if (const QVariant temperature = saved.value(QStringLiteral("temperature")); temperature.isValid())
-        m_battery.temperature = temperature.toDouble();
-    update();
-}
-
 bool SimulatedBattery::takesCharge() const
 {
-    const auto &temperature = m_battery.temperature;
-    return !temperature || (*temperature >= ColdestCharge && *temperature <= HottestCharge);
+    return !m_temperature || (*m_temperature >= ColdestCharge && *m_temperature <= HottestCharge);
 }
 
-Charging SimulatedBattery::charging() const
+Battery::Charging SimulatedBattery::charging() const
 {
     if (!m_present || chargers() == 0)
-        return Charging::No;
+        return Battery::Charging::No;
     if (m_level == 100)
-        return Charging::Full;
-    return takesCharge() ? Charging::Yes : Charging::No;
+        return Battery::Charging::Full;
+    return takesCharge() ? Battery::Charging::Yes : Battery::Charging::No;
+}
+
+int SimulatedBattery::step() const
+{
+    if (m_isHeld || !m_present)
+        return 0;
+    if (chargers() == 0)
+        return m_level > 0 ? -1 : 0;
+    return takesCharge() && m_level < 100 ? 1 : 0;
 }
 
 void SimulatedBattery::update()
 {
-    int step = 0;
-    if (m_isHeld)
-        step = 0;
-    else if (m_present && chargers() == 0)
-        step = m_level > 0 ? -1 : 0;
-    else if (m_present && takesCharge())
-        step = m_level < 100 ? 1 : 0;
     // A percent that has begun goes on while the direction stays.
-    if (step != m_step) {
+    if (const int step = this->step(); step != m_step) {
         m_step = step;
         if (step == 0)
             m_timer.stop();
@@ -182,8 +110,19 @@ void SimulatedBattery::update()
             m_timer.start(step > 0 ? m_chargingPace : m_dischargingPace);
     }
     save();
-    m_battery.level = m_level;
-    know({charging(), chargers(), m_present ? std::optional(m_battery) : std::nullopt, m_receiver});
+    Battery battery;
+    battery.present = m_present;
+    battery.charging = charging();
+    battery.chargers = chargers();
+    battery.wirelessReceiver = m_receiver;
+    if (m_present) {
+        battery.level = m_level;
+        battery.condition = m_condition;
+        battery.fullChargeCapacity = m_fullChargeCapacity;
+        battery.cycleCount = m_cycleCount;
+        battery.temperature = m_temperature;
+    }
+    know(battery);
 }
 
 } // namespace oz::services

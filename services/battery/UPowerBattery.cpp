@@ -30,29 +30,29 @@ enum State {
     IsPendingDischarge = 6
 };
 
-std::optional<BatteryState::Charging> chargingOf(uint state)
+std::optional<Battery::Charging> chargingOf(uint state)
 {
     switch (state) {
     case IsCharging:
-        return BatteryState::Charging::Yes;
+        return Battery::Charging::Yes;
     case IsFullyCharged:
-        return BatteryState::Charging::Full;
+        return Battery::Charging::Full;
     case IsDischarging:
     case IsEmpty:
     case IsPendingCharge:
     case IsPendingDischarge:
-        return BatteryState::Charging::No;
+        return Battery::Charging::No;
     default:
         return std::nullopt;
     }
 }
 
 // The kernel's health: good, unknown, or what is wrong with it.
-std::optional<BatteryState::Condition> conditionOf(const QString &health)
+std::optional<Battery::Condition> conditionOf(const QString &health)
 {
     if (health.isEmpty() || health == u"Unknown")
         return std::nullopt;
-    return health == u"Good" ? BatteryState::Condition::Good : BatteryState::Condition::Bad;
+    return health == u"Good" ? Battery::Condition::Good : Battery::Condition::Bad;
 }
 
 // The kernel's units are millionths of Ah, of Wh and of V.
@@ -164,25 +164,25 @@ void UPowerBattery::readKernel()
         });
 }
 
-BatteryState UPowerBattery::currentState() const
+Battery UPowerBattery::currentBattery() const
 {
     const QString path = batteryPath();
     // Of another battery nothing is told.
     const SysFolder::Values kernel = m_kernel.path == path ? m_kernel.battery : SysFolder::Values();
-    BatteryState state;
-    state.wirelessReceiver = m_kernel.wirelessReceiver;
+    Battery battery;
+    battery.wirelessReceiver = m_kernel.wirelessReceiver;
     int chargers = m_kernel.wirelessReceiver.isEmpty() ? 0 : 1;
     for (const QString &device : objects().all().keys()) {
         if (of(device, "Type").toUInt() == LinePower && of(device, "Online").toBool())
             ++chargers;
     }
-    state.chargers = chargers;
+    battery.chargers = chargers;
     if (path.isEmpty())
-        return state;
-    state.charging = chargingOf(of(path, "State").toUInt());
+        return battery;
+    battery.charging = chargingOf(of(path, "State").toUInt());
     if (!of(path, "IsPresent").toBool())
-        return state;
-    BatteryState::Battery &battery = state.battery.emplace();
+        return battery;
+    battery.present = true;
     battery.level = qRound(of(path, "Percentage").toDouble());
     battery.condition = conditionOf(kernel.value(QStringLiteral("health")));
     battery.fullChargeCapacity = milliampereHours(kernel);
@@ -197,23 +197,23 @@ BatteryState UPowerBattery::currentState() const
         battery.temperature = *tenths / 10;
     else if (const double told = of(path, "Temperature").toDouble(); told != 0)
         battery.temperature = told;
-    return state;
+    return battery;
 }
 
 void UPowerBattery::take()
 {
     if (!objects().isComplete())
         return;
-    const BatteryState state = currentState();
+    const Battery battery = currentBattery();
     // A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
-    const bool isLie = state.battery ? state.battery->level == 0 : m_hadBattery;
+    const bool isLie = battery.present ? battery.level == 0 : m_hadBattery;
     if (isLie && isSettling())
         return;
-    m_hadBattery = state.battery.has_value();
+    m_hadBattery = battery.present;
     if (!m_device.isEmpty() && batteryPath().isEmpty())
         miss(QLatin1String("UPower knows no battery '") + m_device + u'\'');
     else
-        know(state);
+        know(battery);
 }
 
 } // namespace oz::services

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "battery/BatterySource.hpp"
+#include "battery/Battery.hpp"
 #include "linux/BusSource.hpp"
 #include "linux/SysFolder.hpp"
 
@@ -29,7 +29,7 @@ private:
     void readKernel();
     [[nodiscard]] QString batteryPath() const;
     [[nodiscard]] QVariant of(const QString &path, const char *property) const;
-    [[nodiscard]] BatteryState currentState() const;
+    [[nodiscard]] Battery currentBattery() const;
     void take();
 
     QString m_device;

@@ -1,4 +1,3 @@
-#include "cellular-network/CellularNetworkPublisher.hpp"
 #include "cellular-network/ModemNetworks.hpp"
 #include "cellular-network/SimulatedNetworks.hpp"
 #include "facility/ModemKind.hpp"
@@ -7,8 +6,9 @@ namespace oz::services {
 
 Facility cellularNetworkFacility()
 {
-    return describeFacility<CellularNetworkSource, CellularNetworkPublisher, SimulatedNetworks>(
-        QStringLiteral("cellular-network"),
+    return describeFacility<CellularNetworkSource, SimulatedNetworks>(QStringLiteral("cellular-network"),
+        {&primaryNetworkFields(), &primaryCellFields(), &cdma1xNetworkFields(), &cdma1xCellFields(),
+            &networkNameFields()},
         {modemKind<ModemNetworks>(QStringLiteral("the network that a modem is in, by ModemManager"))});
 }
 

@@ -1,6 +1,6 @@
 #include "cellular-network/ModemNetworks.hpp"
 
-#include "radio/ModemRadio.hpp"
+#include "cellular/ModemAccess.hpp"
 
 #include <QDBusArgument>
 
@@ -47,11 +47,11 @@ std::optional<int> ModemNetworks::signalStrength() const
 
 void ModemNetworks::look()
 {
-    CellularNetworkState state;
+    CellularNetworks state;
     const uint registration = of(Modem3gppInterface, "RegistrationState").toUInt();
     const bool isEmergencyOnly = registration == MM_MODEM_3GPP_REGISTRATION_STATE_EMERGENCY_ONLY;
     if (isRegistered(registration) || isEmergencyOnly) {
-        CellularNetworkState::Network &network = state.primary.emplace(CellularNetworkState::Network());
+        CellularNetworks::Network &network = state.primary.emplace(CellularNetworks::Network());
         CellularServices services;
         if (isRegistered(registration)) {
             services = servicesIn(of(ModemInterface, "AccessTechnologies").toUInt());

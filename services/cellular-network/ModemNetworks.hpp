@@ -1,6 +1,6 @@
 #pragma once
 
-#include "cellular-network/CellularNetworkSource.hpp"
+#include "cellular-network/CellularNetworks.hpp"
 #include "linux/ModemManager.hpp"
 
 namespace oz::services {

@@ -1,121 +1,163 @@
 #include "cellular-network/SimulatedNetworks.hpp"
 
+#include "cellular/Cellular.hpp"
 #include "phone/ShippedPhone.hpp"
-#include "publishing/Error.hpp"
-#include "radio/CellularWords.hpp"
 #include "simcard/SimulatedSimCard.hpp"
 
-#include <QRegularExpression>
+#include <algorithm>
 
 namespace oz::services {
 
 namespace {
 
-using Cell = CellularNetworkState::Cell;
-using Network = CellularNetworkState::Network;
+using Cell = CellularNetworks::Cell;
+using Network = CellularNetworks::Network;
 
-const QString Cdma1x = QStringLiteral("cdma_1x");
+const QString Serving = QStringLiteral("serving");
+const QString DisplayName = QStringLiteral("display-name");
 
-// The key of each identifier, and the technologies that have it.
-struct CellKey
+// The technologies whose networks have an identifier of a cell; nothing for what is none.
+std::optional<QList<Technology>> technologiesWith(const QString &key)
 {
-    QString key;
-    std::optional<int> Cell::*field;
-    QStringList technologies;
-};
-
-const QList<CellKey> &cellKeys()
-{
-    const QString gsm = QStringLiteral("gsm");
-    const QString umts = QStringLiteral("umts");
-    const QString lte = QStringLiteral("lte");
-    const QString evdo = QStringLiteral("evdo");
-    static const QList<CellKey> keys{
-        {QStringLiteral("cell-id"), &Cell::cellId, {gsm, umts, lte}},
-        {QStringLiteral("lac"), &Cell::locationArea, {gsm, umts}},
-        {QStringLiteral("tac"), &Cell::trackingArea, {lte}},
-        {QStringLiteral("bid"), &Cell::baseStation, {Cdma1x, evdo}},
-        {QStringLiteral("nid"), &Cell::network, {Cdma1x, evdo}},
-        {QStringLiteral("sid"), &Cell::system, {Cdma1x, evdo}},
+    using T = Technology;
+    static const QMap<QString, QList<T>> all{
+        {QStringLiteral("cell-id"), {T::Gsm, T::Umts, T::Lte}},
+        {QStringLiteral("lac"), {T::Gsm, T::Umts}},
+        {QStringLiteral("tac"), {T::Lte}},
+        {QStringLiteral("bid"), {T::Cdma1x, T::Evdo}},
+        {QStringLiteral("nid"), {T::Cdma1x, T::Evdo}},
+        {QStringLiteral("sid"), {T::Cdma1x, T::Evdo}},
     };
-    return keys;
-}
-
-QString code(const JsonNode &node, const QString &key, const QString &fallback, const QString &digits)
-{
-    QString value = node.text(key, fallback);
-    static const QRegularExpression threeDigits(QStringLiteral("^[0-9]{3}$"));
-    static const QRegularExpression twoOrThreeDigits(QStringLiteral("^[0-9]{2,3}$"));
-    if (!(key == u"mcc" ? threeDigits : twoOrThreeDigits).match(value).hasMatch())
-        node.fail(
-            QLatin1String("expected ") + digits + QLatin1String(" digits, found \"") + value + u'"', key);
-    return value;
+    const auto found = all.find(key);
+    return found == all.end() ? std::nullopt : std::optional(*found);
 }
 
 } // namespace
 
-SimulatedNetworks::SimulatedNetworks(const JsonNode &section, SimulatedPhone &phone)
-    : m_simCard(phone.part<SimulatedSimCard>())
+const Settings<SimulatedNetworks::Known> &SimulatedNetworks::networkTable()
 {
-    section.allowOnly({QStringLiteral("networks"), QStringLiteral("serving")});
-    readNetworks(section);
-    connect(m_simCard.get(), &SimulatedSimCard::changed, this, &SimulatedNetworks::update);
-    update();
+    using K = Known;
+    using C = SettingColumns<Known>;
+    static const auto of = [](auto member) {
+        return [member](auto &known) -> auto & { return known.network.*member; };
+    };
+    static const auto cell = [](std::optional<int> Cell::*member) {
+        return C::number(
+            [member](auto &known) -> auto & { return known.network.cell.*member; }, 1, 0x7fffffff);
+    };
+    static const SettingColumn<Known> services{{ValueType::List, {}, serviceWords()},
+        [](const K &known) { return QVariant(wordsOf(*known.network.services)); },
+        [](K &known, const QVariant &words) { known.network.services = servicesOf(words.toStringList()); }};
+    static const Settings<Known> table{
+        {"technology", C::words(&K::technology, technologyWords()), QStringLiteral("lte"), ""},
+        {"operator", C::text(of(&Network::operatorName)).alwaysKnown().by(&K::setOperator), QString(),
+            "the network's name where it is left out",
+            told("operator", "NAME", "sets the operator's name, which is shown too")},
+        {"display-name", C::text(of(&Network::displayName)).alwaysKnown().kept(), QString(),
+            "what the user sees; the operator where it is left out"},
+        {"mcc", C::text(of(&Network::countryCode), "[0-9]{3}", "three digits").alwaysKnown(),
+            QStringLiteral("001"), ""},
+        {"mnc", C::text(of(&Network::networkCode), "[0-9]{2,3}", "two or three digits").alwaysKnown(),
+            QStringLiteral("01"), ""},
+        {"rssi", C::number(of(&Network::signalStrength), -150, -1, "dBm").alwaysKnown(), -85, "dBm",
+            told("rssi", "DBM", "sets its signal strength")},
+        {"services", services,
+            QStringList{QStringLiteral("emergency"), QStringLiteral("voice"), QStringLiteral("data")}, ""},
+        {"roaming", C::truth(of(&Network::roams)).alwaysKnown(), false, "a network of others",
+            onOff("roaming", "makes it a network of others")},
+        {"suppress", C::truth(of(&Network::suppressesRoaming)), false,
+            "the user is not to know of the roaming",
+            onOff("suppress", "hides the roaming there from the user")},
+        {"cell-id", cell(&Cell::cellId), {}, "gsm, umts and lte"},
+        {"lac", cell(&Cell::locationArea), {}, "gsm and umts"},
+        {"tac", cell(&Cell::trackingArea), {}, "lte"},
+        {"bid", cell(&Cell::baseStation), {}, "cdma_1x and evdo"},
+        {"nid", cell(&Cell::network), {}, ""},
+        {"sid", cell(&Cell::system), {}, ""},
+    };
+    return table;
 }
 
-void SimulatedNetworks::readNetworks(const JsonNode &section)
+SimulatedNetworks::SimulatedNetworks(const JsonNode &section, SimulatedParts &phone)
+    : m_simCard(phone.part<SimulatedSimCard>())
 {
-    const QString networks = QStringLiteral("networks");
-    const QString serving = QStringLiteral("serving");
     const JsonNode all =
-        (section.contains(networks) ? section : shippedSection(QStringLiteral("cellular-network")))
-            .map(networks);
+        (section.contains(instancesKey()) ? section : shippedSection(QStringLiteral("cellular-network")))
+            .map(instancesKey());
     for (const auto &member : all.members())
         m_known.push_back(readNetwork(member.first, all.map(member.first)));
-    const QStringList first = m_known.empty() ? QStringList() : QStringList{m_known.front().name};
-    for (const QString &chosen : section.words(serving, first, instances())) {
-        Known &known = find(chosen);
-        for (const Known &other : m_known) {
-            if (other.chosen && isCdma1x(other) == isCdma1x(known)) {
-                section.fail(other.name + QLatin1String(" and ") + known.name
-                        + QLatin1String(" cannot serve at once; one beside another is CDMA 1X"),
-                    serving);
-            }
-        }
-        known.chosen = true;
-    }
+    read(section, settings({}), {instancesKey()});
+    connect(m_simCard.get(), &SimulatedSimCard::changed, this, &SimulatedNetworks::update);
+    update();
 }
 
 SimulatedNetworks::Known SimulatedNetworks::readNetwork(const QString &name, const JsonNode &node)
 {
     Known known{name, {}, {}};
-    const QString technology =
-        node.word(QStringLiteral("technology"), QStringLiteral("lte"), CellularWords::technologies());
-    known.technology = CellularWords::technologiesOf({technology}).first();
-    QStringList keys{QStringLiteral("technology"), QStringLiteral("operator"), QStringLiteral("display-name"),
-        QStringLiteral("mcc"), QStringLiteral("mnc"), QStringLiteral("rssi"), QStringLiteral("services"),
-        QStringLiteral("roaming"), QStringLiteral("suppress")};
-    Network &network = known.network;
-    network.operatorName = node.text(QStringLiteral("operator"), name);
-    network.displayName = node.text(QStringLiteral("display-name"), *network.operatorName);
-    network.countryCode = code(node, QStringLiteral("mcc"), QStringLiteral("001"), QStringLiteral("three"));
-    network.networkCode =
-        code(node, QStringLiteral("mnc"), QStringLiteral("01"), QStringLiteral("two or three"));
-    network.signalStrength = node.integer(QStringLiteral("rssi"), -85, -150, -1);
-    network.services = CellularWords::servicesOf(node.words(QStringLiteral("services"),
-        {QStringLiteral("emergency"), QStringLiteral("voice"), QStringLiteral("data")},
-        CellularWords::services()));
-    network.roams = node.boolean(QStringLiteral("roaming"), false);
-    network.suppressesRoaming = node.boolean(QStringLiteral("suppress"), false);
-    for (const CellKey &cell : cellKeys()) {
-        if (!cell.technologies.contains(technology))
-            continue;
-        keys.append(cell.key);
-        if (node.contains(cell.key))
-            network.cell.*cell.field = node.integer(cell.key, 0, 1, 0x7fffffff);
-    }
-    node.allowOnly(keys);
+    const QStringList technologies = wordsIn(technologyWords());
+    // It decides which keys there are.
+    known.technology =
+        *valueOf(technologyWords(), node.word(QStringLiteral("technology"), QStringLiteral("lte"), technologies));
+    known.setOperator(name);
+    read(node, settingsOf(known));
+    if (!node.contains(DisplayName))
+        known.network.displayName = known.network.operatorName;
     return known;
+}
+
+std::vector<Setting> SimulatedNetworks::settingsOf(Known &known)
+{
+    std::vector<Setting> settings = networkTable().of(&known);
+    std::erase_if(settings, [&known](const Setting &setting) {
+        const auto technologies = technologiesWith(setting.key);
+        return technologies && !technologies->contains(known.technology);
+    });
+    for (Setting &setting : settings) {
+        if (setting.key == u"operator" || setting.key == DisplayName)
+            setting.initial = known.name;
+    }
+    return settings;
+}
+
+std::vector<Setting> SimulatedNetworks::settings(const QString &instance)
+{
+    if (!instance.isEmpty())
+        return settingsOf(find(instance));
+    const QStringList first = m_known.empty() ? QStringList() : QStringList{m_known.front().name};
+    return {{Serving, {ValueType::List, {}, instances()}, first,
+        QStringLiteral("which the radio uses at the start; of networks of your own, the first one"), {}, {}, true,
+        [this] { return QVariant(chosen()); },
+        [this](const QVariant &names) { setChosen(names.toStringList()); }}};
+}
+
+void SimulatedNetworks::Known::setOperator(const QString &called)
+{
+    network.operatorName = network.displayName = called;
+}
+
+QStringList SimulatedNetworks::chosen() const
+{
+    QStringList names;
+    for (const Known &known : m_known) {
+        if (known.chosen)
+            names.append(known.name);
+    }
+    return names;
+}
+
+void SimulatedNetworks::setChosen(const QStringList &names)
+{
+    QMap<bool, QString> one; // that is CDMA 1X, and that is not
+    for (const QString &name : names) {
+        QString &other = one[isCdma1x(find(name))];
+        if (!other.isEmpty()) {
+            throw WrongSetting(other + QLatin1String(" and ") + name
+                + QLatin1String(" cannot serve at once; one beside another is CDMA 1X"));
+        }
+        other = name;
+    }
+    for (Known &known : m_known)
+        known.chosen = names.contains(known.name);
 }
 
 QStringList SimulatedNetworks::instances() const
@@ -129,8 +171,7 @@ QStringList SimulatedNetworks::instances() const
 std::vector<SimVerb> SimulatedNetworks::verbs(const QString &instance)
 {
     Known &known = find(instance);
-    Network &network = known.network;
-    return {
+    std::vector<SimVerb> verbs{
         SimVerb::state(
             QStringLiteral("serve"), QStringLiteral("lets it serve, in the place of one of its kind"),
             [this, &known] { choose(known); }, [&known] { return known.chosen; }),
@@ -141,35 +182,10 @@ std::vector<SimVerb> SimulatedNetworks::verbs(const QString &instance)
                 update();
             },
             [&known] { return !known.chosen; }),
-        SimVerb{QStringLiteral("rssi"), {QStringLiteral("DBM")}, QStringLiteral("sets its signal strength"),
-            [this, &network](const QStringList &words) {
-                network.signalStrength = SimArgument::integer(words[0], -150, -1);
-                update();
-            }}
-            .with([&network] { return QString::number(network.signalStrength.value_or(0)); },
-                {{QStringLiteral("DBM"), {{}, -150, -1, 1, QStringLiteral("dBm")}}}),
-        SimVerb{QStringLiteral("operator"), {QStringLiteral("NAME")},
-            QStringLiteral("sets the operator's name, which is shown too"),
-            [this, &network](const QStringList &words) {
-                network.operatorName = network.displayName = words[0];
-                update();
-            }}
-            .with([&network] { return network.operatorName.value_or(QString()); }),
-        SimVerb::onOff(
-            QStringLiteral("roaming"), QStringLiteral("makes it a network of others"),
-            [this, &network](bool on) {
-                network.roams = on;
-                update();
-            },
-            [&network] { return network.roams.value_or(false); }),
-        SimVerb::onOff(
-            QStringLiteral("suppress"), QStringLiteral("hides the roaming there from the user"),
-            [this, &network](bool on) {
-                network.suppressesRoaming = on;
-                update();
-            },
-            [&network] { return network.suppressesRoaming; }),
     };
+    for (SimVerb &verb : SimulatedPart::verbs(instance))
+        verbs.push_back(std::move(verb));
+    return verbs;
 }
 
 void SimulatedNetworks::allow(const QList<Technology> &technologies)
@@ -210,7 +226,7 @@ void SimulatedNetworks::choose(Known &known)
     if (!m_allowed.contains(known.technology)) {
         throw Error(m_allowed.isEmpty()
                 ? QStringLiteral("the radio is off")
-                : QString(CellularWords::wordOf(known.technology) + QLatin1String(" is not enabled")));
+                : QString(wordOf(known.technology) + QLatin1String(" is not enabled")));
     }
     for (Known &other : m_known) {
         if (isCdma1x(other) == isCdma1x(known))
@@ -230,42 +246,10 @@ bool SimulatedNetworks::isCdma1x(const Known &known)
     return known.technology == Technology::Cdma1x;
 }
 
-QVariantMap SimulatedNetworks::saved() const
-{
-    QVariantMap saved;
-    for (const Known &known : m_known) {
-        const Network &network = known.network;
-        saved.insert(known.name,
-            QVariantMap{{QStringLiteral("chosen"), known.chosen},
-                {QStringLiteral("rssi"), *network.signalStrength},
-                {QStringLiteral("operator"), *network.operatorName},
-                {QStringLiteral("name"), *network.displayName}, {QStringLiteral("roams"), *network.roams},
-                {QStringLiteral("suppresses"), network.suppressesRoaming}});
-    }
-    return saved;
-}
-
-void SimulatedNetworks::restore(const QVariantMap &saved)
-{
-    for (Known &known : m_known) {
-        const QVariantMap before = saved.value(known.name).toMap();
-        if (before.isEmpty())
-            continue;
-        Network &network = known.network;
-        known.chosen = before.value(QStringLiteral("chosen")).toBool();
-        network.signalStrength = std::clamp(before.value(QStringLiteral("rssi")).toInt(), -150, -1);
-        network.operatorName = before.value(QStringLiteral("operator")).toString();
-        network.displayName = before.value(QStringLiteral("name")).toString();
-        network.roams = before.value(QStringLiteral("roams")).toBool();
-        network.suppressesRoaming = before.value(QStringLiteral("suppresses")).toBool();
-    }
-    update();
-}
-
 void SimulatedNetworks::update()
 {
     save();
-    CellularNetworkState state;
+    CellularNetworks state;
     for (const Known &known : m_known) {
         if (!serves(known))
             continue;

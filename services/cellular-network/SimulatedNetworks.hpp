@@ -1,7 +1,7 @@
 #pragma once
 
-#include "cellular-network/CellularNetworkSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "cellular-network/CellularNetworks.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
@@ -16,19 +16,19 @@ class SimulatedNetworks final : public CellularNetworkSource, public SimulatedPa
     Q_OBJECT
 
 public:
-    SimulatedNetworks(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedNetworks(const JsonNode &section, SimulatedParts &phone);
 
     [[nodiscard]] QStringList instances() const override;
+    [[nodiscard]] QString instancesKey() const override { return QStringLiteral("networks"); }
+    [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
 
     /*! Lets networks of these technologies serve, and no others. */
     void allow(const QList<Technology> &technologies);
     /*! The technology of each network in use. */
     [[nodiscard]] QList<Technology> servingTechnologies() const;
     /*! The network over which mobile data runs; null where there is none. */
-    [[nodiscard]] const CellularNetworkState::Network *dataNetwork() const;
+    [[nodiscard]] const CellularNetworks::Network *dataNetwork() const;
 
 Q_SIGNALS:
     /*! Follows changed(): what the networks are like is published before that they serve. */
@@ -39,17 +39,22 @@ private:
     {
         QString name;
         Technology technology = Technology::Lte;
-        CellularNetworkState::Network network;
+        CellularNetworks::Network network;
         bool chosen = false; // serves where its technology is allowed
+
+        void setOperator(const QString &called);
     };
 
-    void readNetworks(const JsonNode &section);
+    [[nodiscard]] static const Settings<Known> &networkTable();
+    [[nodiscard]] static std::vector<Setting> settingsOf(Known &known);
     [[nodiscard]] static Known readNetwork(const QString &name, const JsonNode &node);
     [[nodiscard]] Known &find(const QString &name);
+    [[nodiscard]] QStringList chosen() const;
+    void setChosen(const QStringList &names);
     void choose(Known &known);
     [[nodiscard]] bool serves(const Known &known) const;
     [[nodiscard]] static bool isCdma1x(const Known &known);
-    void update();
+    void update() override;
 
     std::shared_ptr<SimulatedSimCard> m_simCard;
     QList<Technology> m_allowed;

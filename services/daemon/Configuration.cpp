@@ -1,6 +1,6 @@
 #include "daemon/Configuration.hpp"
 
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <oz/PrintableText.hpp>
 

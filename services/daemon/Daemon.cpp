@@ -1,7 +1,8 @@
 #include "daemon/Daemon.hpp"
 
-#include "phone/Recorder.hpp"
-#include "publishing/Error.hpp"
+#include "scenario/Recorder.hpp"
+#include "phone/SimulatedPhone.hpp"
+#include "source/Error.hpp"
 #include "publishing/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -69,8 +70,9 @@ class Daemon::Running : public QObject
 {
 public:
     Running(const Configuration &configuration, const std::optional<JsonNode> &phoneFile, StateStore &store)
-        : m_configuration(configuration),
-          m_providers(store, [this, phoneFile, &store] { return makePhone(phoneFile, store); })
+        : m_configuration(configuration), m_providers(store, [this, phoneFile, &store]() -> SimulatedParts & {
+              return usePhone(phoneFile, store);
+          })
     {
         for (const Facility &facility : facilities())
             m_rows.push_back(rowOf(facility));
@@ -84,8 +86,8 @@ public:
             if (Source *source = m_sources.of(row.facility->name))
                 row.publisher = row.facility->publish(*source, m_sources, tree);
         }
-        if (SimulatedPhone *phone = m_providers.phoneInUse()) {
-            phone->setFurtherVerbs([this](const QString &part, const QString &instance) {
+        if (m_phone) {
+            m_phone->setFurtherVerbs([this](const QString &part, const QString &instance) {
                 return furtherVerbs(part, instance);
             });
         }
@@ -147,14 +149,14 @@ public:
         return states;
     }
 
-    [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_providers.phoneInUse(); }
+    [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }
 
     // Throws Error where there is none.
     [[nodiscard]] SimulatedPhone &phone() const
     {
-        if (!m_providers.phoneInUse())
+        if (!m_phone)
             throw Error(QStringLiteral("no facility is fed by the simulated phone"));
-        return *m_providers.phoneInUse();
+        return *m_phone;
     }
 
     // Throws Error where that cannot be told it.
@@ -237,11 +239,13 @@ private:
         return row;
     }
 
-    [[nodiscard]] std::unique_ptr<SimulatedPhone> makePhone(
-        const std::optional<JsonNode> &file, StateStore &store)
+    [[nodiscard]] SimulatedPhone &usePhone(const std::optional<JsonNode> &file, StateStore &store)
     {
-        m_phoneFile = file ? *file : readPhoneFile(m_configuration.phoneFile);
-        return std::make_unique<SimulatedPhone>(*m_phoneFile, phoneParts(), store);
+        if (!m_phone) {
+            m_phoneFile = file ? *file : readPhoneFile(m_configuration.phoneFile);
+            m_phone = std::make_unique<SimulatedPhone>(*m_phoneFile, phoneParts(), store);
+        }
+        return *m_phone;
     }
 
     // What services can be told to suffer.
@@ -276,6 +280,7 @@ private:
     Configuration m_configuration;
     Tree *m_tree = nullptr;
     std::optional<JsonNode> m_phoneFile;
+    std::unique_ptr<SimulatedPhone> m_phone; // where something uses it
     Providers m_providers;
     Sources m_sources;
     std::vector<Row> m_rows; // last, so that publishers go before what they follow

@@ -1,9 +1,9 @@
 #include "daemon/Observation.hpp"
 
 #include "daemon/LongPoll.hpp"
-#include "phone/SimVerb.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 #include "publishing/Tree.hpp"
+#include "phone/SimVerb.hpp"
 
 #include <cerrno>
 
@@ -94,7 +94,7 @@ void Observation::tellRequests(const QVariantMap &order, const Answer &answer)
         throw Error(QStringLiteral("requests are kept from 'observe' on"));
     const QString name = order.value(QStringLiteral("request")).toString();
     const QString with = order.value(QStringLiteral("with")).toString();
-    const PublicRequest *wanted = name.isEmpty() ? nullptr : &publicRequestNamed(name);
+    const AskedRequest *wanted = name.isEmpty() ? nullptr : &publicRequestNamed(name);
     std::function<bool(const QVariantMap &)> meets = [](const QVariantMap &) { return true; };
     if (wanted && !with.isEmpty())
         meets = Condition::overRequest(with, *wanted);
@@ -148,7 +148,7 @@ void Observation::wait(const QVariantMap &order, Waiting waiting)
 
 void Observation::onAsked(const QString &path, const QVariantMap &message)
 {
-    for (const PublicRequest &request : publicRequests()) {
+    for (const AskedRequest &request : publicRequests()) {
         const QVariant values = request.read(path, message);
         if (!values.isValid())
             continue;

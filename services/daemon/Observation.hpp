@@ -1,6 +1,6 @@
 #pragma once
 
-#include "phone/Condition.hpp"
+#include "scenario/Condition.hpp"
 #include "publishing/ControlObject.hpp"
 
 #include <QElapsedTimer>
@@ -39,7 +39,7 @@ private:
     {
         qint64 number;
         double at;
-        const PublicRequest *request;
+        const AskedRequest *request;
         QVariantMap values;
     };
     using Matches = std::function<bool(const Asked &asked)>;

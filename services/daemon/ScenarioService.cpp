@@ -1,8 +1,8 @@
 #include "daemon/ScenarioService.hpp"
 
 #include "daemon/LongPoll.hpp"
+#include "source/Error.hpp"
 #include "phone/SimVerb.hpp"
-#include "publishing/Error.hpp"
 
 #include <QFileInfo>
 #include <QTimer>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "daemon/ApplicationWatch.hpp"
-#include "phone/Recorder.hpp"
-#include "phone/ScenarioPlayer.hpp"
+#include "scenario/Recorder.hpp"
+#include "scenario/ScenarioPlayer.hpp"
 #include "publishing/ControlObject.hpp"
 
 #include <QObject>

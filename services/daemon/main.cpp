@@ -3,7 +3,7 @@
 #include "Arguments.hpp"
 #include "ScenarioNames.hpp"
 #include "daemon/Daemon.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 #include "publishing/Log.hpp"
 
 #include <oz/DeviceRoot.hpp>

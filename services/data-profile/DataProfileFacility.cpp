@@ -13,8 +13,11 @@ Facility dataProfileFacility()
             return std::make_shared<NetworkManagerProfiles>(providers.shared<SystemBus>(), providers.store());
         },
         noObstacle};
-    return describeFacility<DataProfileSource, DataProfilePublisher, SimulatedDataProfiles>(
-        QStringLiteral("data-profile"), {networkManager});
+    return describeFacility<DataProfileSource, SimulatedDataProfiles>(
+        QStringLiteral("data-profile"), {&mobileDataFields()}, {networkManager})
+        .saying(dataProfileFields().fields())
+        .asked(dataProfileRequests())
+        .publishedBy<DataProfilePublisher>();
 }
 
 } // namespace oz::services

@@ -4,29 +4,12 @@ namespace oz::services {
 
 namespace {
 
-using Connection = DataProfileState::Connection;
-
-const QString CnicePpsDir = QStringLiteral("/pps/services/cds/cnice/");
 const QString ConnectId = QStringLiteral("connect_id");
-
-QVariantMap attributesOf(const DataProfileState::Profile &profile)
-{
-    const bool connected = profile.connection == Connection::Established;
-    QVariantMap attributes{{QStringLiteral("active"), profile.connection != Connection::None},
-        {QStringLiteral("connected"), connected}};
-    insertKnown(&attributes, QStringLiteral("enabled"), profile.enabled);
-    insertKnown(&attributes, QStringLiteral("always_on"), profile.alwaysOn);
-    insertKnown(&attributes, QStringLiteral("access_controlled"), profile.accessControlled);
-    insertKnown(&attributes, QStringLiteral("apn"), profile.accessPoint);
-    if (connected)
-        attributes.insert(QStringLiteral("net_if"), profile.interface);
-    return attributes;
-}
 
 } // namespace
 
 DataProfilePublisher::DataProfilePublisher(const QString &facility, DataProfileSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree), m_status(tree, CnicePpsDir + QLatin1String("status"))
+    : PublisherOf(facility, source, tree), m_status(tree, mobileDataFields().path())
 {
     declare(m_status);
     follow();
@@ -40,20 +23,11 @@ Publisher::FaultsByInstance DataProfilePublisher::faults()
     return all;
 }
 
-void DataProfilePublisher::publishState(const DataProfileState &state)
+void DataProfilePublisher::publishState(const DataProfiles &state)
 {
-    QVariantMap attributes;
-    if (state.dataOn) {
-        attributes.insert(QStringLiteral("data_services_status"),
-            *state.dataOn ? QStringLiteral("ON") : QStringLiteral("OFF"));
-    }
-    if (state.roaming) {
-        attributes.insert(QStringLiteral("data_roaming_status"),
-            *state.roaming ? QStringLiteral("ROAMING") : QStringLiteral("HOME"));
-    }
-    insertKnown(&attributes, QStringLiteral("user_enabled_data_roaming"), state.allowsRoaming);
+    QVariantMap attributes = mobileDataFields().attributes(state);
     for (auto profile = state.profiles.cbegin(); profile != state.profiles.cend(); ++profile)
-        attributes.insert(profile.key(), attributesOf(*profile));
+        attributes.insert(profile.key(), dataProfileFields().attributes(*profile));
     m_status.publish(attributes);
     std::erase_if(m_controls, [&](const auto &control) { return !state.profiles.contains(control.first); });
     for (auto profile = state.profiles.cbegin(); profile != state.profiles.cend(); ++profile)
@@ -78,7 +52,7 @@ void DataProfilePublisher::serve(const QString &profile, mode_t mode)
     const RequestTable requests{{QStringLiteral("connect"), {}, connectProfile},
         {QStringLiteral("disconnect"), {}, disconnectProfile}};
     const auto [control, isNew] = m_controls.try_emplace(
-        profile, tree(), CnicePpsDir + profile + QLatin1String("_control"), requests, &source());
+        profile, tree(), dataProfileControl(profile), requests, &source());
     if (isNew)
         control->second.start(mode);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data-profile/DataProfileSource.hpp"
+#include "data-profile/DataProfiles.hpp"
 #include "publishing/Publisher.hpp"
 
 #include <map>
@@ -21,7 +21,7 @@ public:
     [[nodiscard]] FaultsByInstance faults() override;
 
 private:
-    void publishState(const DataProfileState &state) override;
+    void publishState(const DataProfiles &state) override;
     void publishAbsence() override;
     void serve(const QString &profile, mode_t mode);
 

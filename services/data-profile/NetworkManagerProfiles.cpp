@@ -15,7 +15,7 @@ namespace oz::services {
 
 namespace {
 
-using Connection = DataProfileState::Connection;
+using Connection = DataProfiles::Connection;
 
 const QString Name = QStringLiteral("org.freedesktop.NetworkManager");
 const QString ManagerPath = QStringLiteral("/org/freedesktop/NetworkManager");
@@ -185,11 +185,11 @@ uint NetworkManagerProfiles::stateOf(const QString &active) const
     return objects().property(active, ActiveInterface, QStringLiteral("State")).toUInt();
 }
 
-DataProfileState::Profile NetworkManagerProfiles::profileOf(
+DataProfiles::Profile NetworkManagerProfiles::profileOf(
     const QString &connection, const Settings &settings) const
 {
     const QVariantMap general = settings.value(QStringLiteral("connection"));
-    DataProfileState::Profile profile;
+    DataProfiles::Profile profile;
     profile.enabled = true; // there are no others
     profile.alwaysOn = general.value(QStringLiteral("autoconnect"), true).toBool();
     const bool isRestricted = !general.value(QStringLiteral("permissions")).toStringList().isEmpty();
@@ -235,7 +235,7 @@ void NetworkManagerProfiles::look()
     }
     if (!objects().isComplete() || !m_asked.isEmpty())
         return;
-    DataProfileState state;
+    DataProfiles state;
     const auto isMissing = [&](const QString &profile) { return !state.profiles.contains(profile); };
     m_connections.clear();
     for (auto settings = m_settings.begin(); settings != m_settings.end(); ++settings) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "data-profile/DataProfileSource.hpp"
+#include "data-profile/DataProfiles.hpp"
 #include "linux/BusSource.hpp"
 
 #include <QSet>
@@ -39,8 +39,7 @@ private:
     [[nodiscard]] QString nameOf(const Settings &settings) const;
     [[nodiscard]] QString activeOf(const QString &connection) const;
     [[nodiscard]] uint stateOf(const QString &active) const;
-    [[nodiscard]] DataProfileState::Profile profileOf(
-        const QString &connection, const Settings &settings) const;
+    [[nodiscard]] DataProfiles::Profile profileOf(const QString &connection, const Settings &settings) const;
     [[nodiscard]] QVariant ofManager(const char *name) const;
     QString addUser(const QString &profile);
     void save();

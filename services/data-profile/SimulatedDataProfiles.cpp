@@ -1,7 +1,7 @@
 #include "data-profile/SimulatedDataProfiles.hpp"
 
 #include "phone/ShippedPhone.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 #include "radio/SimulatedRadio.hpp"
 
 #include <QRegularExpression>
@@ -13,34 +13,75 @@ namespace oz::services {
 
 namespace {
 
-using Connection = DataProfileState::Connection;
-using Profile = DataProfileState::Profile;
+using Connection = DataProfiles::Connection;
+using Profile = DataProfiles::Profile;
 
-mode_t modeIn(const JsonNode &node, const QString &key)
-{
-    const QString text = node.text(key, QStringLiteral("0666"));
-    static const QRegularExpression octal(QStringLiteral("^0?[0-7]{3}$"));
-    if (!octal.match(text).hasMatch())
-        node.fail(QLatin1String("expected a file mode such as \"0666\", found \"") + text + u'"', key);
-    return text.toUInt(nullptr, 8);
-}
+// How a profile is connected, as it is saved.
+const QString Users = QStringLiteral("users");
+const QString Connected = QStringLiteral("connected");
 
 } // namespace
 
-SimulatedDataProfiles::SimulatedDataProfiles(const JsonNode &section, SimulatedPhone &phone)
+const Settings<SimulatedDataProfiles> &SimulatedDataProfiles::table()
+{
+    using C = SettingColumns<SimulatedDataProfiles>;
+    static const Settings<SimulatedDataProfiles> table{
+        {"connect-seconds", C::seconds(&SimulatedDataProfiles::m_connectTime, 0, 3'600), 1.5,
+            "from a request to the connection"},
+    };
+    return table;
+}
+
+const Settings<SimulatedDataProfiles::Known> &SimulatedDataProfiles::profileTable()
+{
+    using K = Known;
+    using C = SettingColumns<Known>;
+    static const auto of = [](auto member) {
+        return [member](auto &known) -> auto & { return known.profile.*member; };
+    };
+    static const ValueType mode = [] {
+        ValueType type{ValueType::Text};
+        type.form = QStringLiteral("0?[0-7]{3}");
+        type.formText = QStringLiteral("a file mode such as \"0666\"");
+        return type;
+    }();
+    static const SettingColumn<Known> controlMode{mode,
+        [](const K &known) { return QVariant(QString::number(known.profile.controlMode, 8)); },
+        [](K &known, const QVariant &text) { known.profile.controlMode = text.toString().toUInt(nullptr, 8); }};
+    static const Settings<Known> table{
+        {"enabled", C::truth(of(&Profile::enabled)).alwaysKnown(), true, "",
+            onOff("enabled", "enables the profile")},
+        {"always-on", C::truth(of(&Profile::alwaysOn)).alwaysKnown(), false,
+            "connected without being asked, while there is mobile data"},
+        {"access-controlled", C::truth(of(&Profile::accessControlled)).alwaysKnown(), false,
+            "whether only certain applications may use it"},
+        {"permitted", C::truth(&K::permitted).by(&K::setPermitted), true,
+            "whether the applications here are among those that may use it",
+            onOff("permitted", "lets the applications here use it, where it is access-controlled")},
+        {"apn", C::text(of(&Profile::accessPoint)), {}, ""},
+        {"interface", C::text(of(&Profile::interface)), QString(), "the network interface of its connection"},
+        {"control-mode", controlMode, QStringLiteral("0666"), "the file mode of the object for requests"},
+    };
+    return table;
+}
+
+SimulatedDataProfiles::SimulatedDataProfiles(const JsonNode &section, SimulatedParts &phone)
     : m_clock(phone.clock()), m_radio(phone.part<SimulatedRadio>())
 {
-    const QString profiles = QStringLiteral("profiles");
-    const QString connectTime = QStringLiteral("connect-seconds");
-    section.allowOnly({connectTime, profiles});
-    m_connectTime = section.seconds(connectTime, 1.5);
+    read(section, settings({}), {instancesKey()});
     const JsonNode all =
-        (section.contains(profiles) ? section : shippedSection(QStringLiteral("data-profile"))).map(profiles);
+        (section.contains(instancesKey()) ? section : shippedSection(QStringLiteral("data-profile")))
+            .map(instancesKey());
     for (const auto &member : all.members())
         readProfile(member.first, all.map(member.first));
     connect(m_radio.get(), &SimulatedRadio::dataChanged, this, &SimulatedDataProfiles::update);
     update();
     establishAtOnce();
+}
+
+std::vector<Setting> SimulatedDataProfiles::settings(const QString &instance)
+{
+    return instance.isEmpty() ? table().of(this) : profileTable().of(&m_known.at(instance));
 }
 
 // What the phone does by itself is done when the services start.
@@ -57,9 +98,6 @@ void SimulatedDataProfiles::establishAtOnce()
 
 void SimulatedDataProfiles::readProfile(const QString &name, const JsonNode &node)
 {
-    node.allowOnly({QStringLiteral("enabled"), QStringLiteral("always-on"),
-        QStringLiteral("access-controlled"), QStringLiteral("permitted"), QStringLiteral("apn"),
-        QStringLiteral("interface"), QStringLiteral("control-mode")});
     // The name is that of an attribute and of an object.
     static const QRegularExpression plain(QStringLiteral("^[A-Za-z0-9][A-Za-z0-9_-]*$"));
     static const QStringList taken{QStringLiteral("data_services_status"),
@@ -69,22 +107,24 @@ void SimulatedDataProfiles::readProfile(const QString &name, const JsonNode &nod
 
     const QString interface = QLatin1String("rmnet") + QString::number(m_known.size());
     Known &known = m_known.try_emplace(name, m_clock).first->second;
-    Profile &profile = known.profile;
-    profile.enabled = node.boolean(QStringLiteral("enabled"), true);
-    profile.alwaysOn = node.boolean(QStringLiteral("always-on"), false);
-    profile.accessControlled = node.boolean(QStringLiteral("access-controlled"), false);
-    known.permitted = node.boolean(QStringLiteral("permitted"), true);
-    if (!known.permitted && !*profile.accessControlled)
-        node.fail(QStringLiteral("everyone may use a profile that is not access-controlled"),
-            QStringLiteral("permitted"));
-    if (const QString apn = node.text(QStringLiteral("apn"), {}); !apn.isEmpty())
-        profile.accessPoint = apn;
-    profile.interface = node.text(QStringLiteral("interface"), interface);
-    profile.controlMode = modeIn(node, QStringLiteral("control-mode"));
-    connect(&known.establishing, &PhoneTimer::timeout, this, [this, &profile] {
-        profile.connection = Connection::Established;
+    std::vector<Setting> settings = profileTable().of(&known);
+    for (Setting &setting : settings) {
+        if (setting.key == u"interface")
+            setting.initial = interface;
+    }
+    read(node, settings);
+    connect(&known.establishing, &PhoneTimer::timeout, this, [this, &known] {
+        known.profile.connection = Connection::Established;
         tell();
     });
+}
+
+// Everyone may use a profile that is not access-controlled.
+void SimulatedDataProfiles::Known::setPermitted(bool on)
+{
+    if (!on && !*profile.accessControlled)
+        throw WrongSetting(QStringLiteral("everyone may use a profile that is not access-controlled"));
+    permitted = on;
 }
 
 void SimulatedDataProfiles::connectProfile(const QString &profile, const Done &done)
@@ -125,31 +165,13 @@ QStringList SimulatedDataProfiles::instances() const
 
 std::vector<SimVerb> SimulatedDataProfiles::verbs(const QString &instance)
 {
-    Known &known = m_known.at(instance);
-    return {
-        SimVerb::onOff(
-            QStringLiteral("enabled"), QStringLiteral("enables the profile"),
-            [this, &known](bool on) {
-                known.profile.enabled = on;
-                update();
-            },
-            [&known] { return known.profile.enabled.value_or(false); }),
-        SimVerb::onOff(
-            QStringLiteral("permitted"),
-            QStringLiteral("lets the applications here use it, where it is access-controlled"),
-            [this, &known](bool on) {
-                if (!*known.profile.accessControlled)
-                    throw Error(QStringLiteral("everyone may use a profile that is not access-controlled"));
-                known.permitted = on;
-                tell();
-            },
-            [&known] { return known.permitted; }),
-        {QStringLiteral("drop"), {}, QStringLiteral("ends its connection from the network's side"),
-            [this, &known](const QStringList &) {
-                end(known);
-                update();
-            }},
-    };
+    std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
+    verbs.push_back({QStringLiteral("drop"), {}, QStringLiteral("ends its connection from the network's side"),
+        [this, instance](const QStringList &) {
+            end(m_known.at(instance));
+            update();
+        }});
+    return verbs;
 }
 
 void SimulatedDataProfiles::end(Known &known)
@@ -175,42 +197,40 @@ void SimulatedDataProfiles::update()
     tell();
 }
 
-QVariantMap SimulatedDataProfiles::saved() const
+QVariantMap SimulatedDataProfiles::saved()
 {
-    QVariantMap saved;
+    QVariantMap saved = SimulatedPart::saved();
+    QVariantMap profiles = saved.value(instancesKey()).toMap();
     for (const auto &[name, known] : m_known) {
         QStringList users(known.users.cbegin(), known.users.cend());
         users.sort();
-        saved.insert(name,
-            QVariantMap{{QStringLiteral("enabled"), *known.profile.enabled},
-                {QStringLiteral("permitted"), known.permitted}, {QStringLiteral("users"), users},
-                {QStringLiteral("connected"), known.profile.connection == Connection::Established}});
+        QVariantMap profile = profiles.value(name).toMap();
+        profile.insert(Users, users);
+        profile.insert(Connected, known.profile.connection == Connection::Established);
+        profiles.insert(name, profile);
     }
+    saved.insert(instancesKey(), profiles);
     return saved;
 }
 
 void SimulatedDataProfiles::restore(const QVariantMap &saved)
 {
+    const QVariantMap profiles = saved.value(instancesKey()).toMap();
     for (auto &[name, known] : m_known) {
-        const QVariantMap before = saved.value(name).toMap();
-        if (before.isEmpty())
-            continue;
-        known.profile.enabled = before.value(QStringLiteral("enabled")).toBool();
-        known.permitted =
-            before.value(QStringLiteral("permitted")).toBool() || !*known.profile.accessControlled;
-        const QStringList users = before.value(QStringLiteral("users")).toStringList();
+        const QVariantMap before = profiles.value(name).toMap();
+        const QStringList users = before.value(Users).toStringList();
         known.users = QSet<QString>(users.cbegin(), users.cend());
         known.establishing.stop();
-        const bool connected = before.value(QStringLiteral("connected")).toBool();
-        known.profile.connection = connected ? Connection::Established : Connection::None;
+        known.profile.connection =
+            before.value(Connected).toBool() ? Connection::Established : Connection::None;
     }
-    update();
+    SimulatedPart::restore(saved);
 }
 
 void SimulatedDataProfiles::tell()
 {
     save();
-    DataProfileState state{m_radio->isDataOn(), m_radio->allowsDataRoaming(), m_radio->isDataRoaming(), {}};
+    DataProfiles state{m_radio->isDataOn(), m_radio->allowsDataRoaming(), m_radio->isDataRoaming(), {}};
     for (const auto &[name, known] : m_known)
         state.profiles.insert(name, known.profile);
     know(state);

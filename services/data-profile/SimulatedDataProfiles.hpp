@@ -1,7 +1,7 @@
 #pragma once
 
-#include "data-profile/DataProfileSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "data-profile/DataProfiles.hpp"
+#include "phone/SimulatedPart.hpp"
 
 #include <QSet>
 
@@ -18,14 +18,16 @@ class SimulatedRadio;
 class SimulatedDataProfiles final : public DataProfileSource, public SimulatedPart
 {
 public:
-    SimulatedDataProfiles(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedDataProfiles(const JsonNode &section, SimulatedParts &phone);
 
     void connectProfile(const QString &profile, const Done &done) override;
     void disconnectProfile(const QString &profile, const QString &connectionId, const Done &done) override;
 
     [[nodiscard]] QStringList instances() const override;
+    [[nodiscard]] QString instancesKey() const override { return QStringLiteral("profiles"); }
+    [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
+    [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
 
 private:
@@ -33,21 +35,26 @@ private:
     {
         explicit Known(PhoneClock &clock) : establishing(clock) { }
 
-        DataProfileState::Profile profile;
+        DataProfiles::Profile profile;
         bool permitted = true;
         QSet<QString> users; // the ids of their connections
         PhoneTimer establishing;
+
+        void setPermitted(bool on);
     };
+
+    [[nodiscard]] static const Settings<SimulatedDataProfiles> &table();
+    [[nodiscard]] static const Settings<Known> &profileTable();
 
     void readProfile(const QString &name, const JsonNode &node);
     static void end(Known &known);
-    void update();
+    void update() override;
     void establishAtOnce();
     void tell();
 
     PhoneClock &m_clock;
     std::shared_ptr<SimulatedRadio> m_radio;
-    std::chrono::milliseconds m_connectTime;
+    std::chrono::milliseconds m_connectTime{};
     std::map<QString, Known> m_known;
 };
 

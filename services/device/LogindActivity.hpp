@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/ActivitySource.hpp"
+#include "device/Activity.hpp"
 #include "linux/BusSource.hpp"
 
 namespace oz::services {

@@ -4,12 +4,6 @@
 
 namespace oz::services {
 
-namespace {
-// In the order of Orientation.
-constexpr const char *Texts[] = {
-    "top-up", "bottom-up", "left-up", "right-up", "face-up", "face-down", "undefined"};
-} // namespace
-
 class OrientationPublisher::Readers final : public ServedObject
 {
 public:
@@ -28,23 +22,13 @@ private:
 };
 
 OrientationPublisher::OrientationPublisher(const QString &facility, OrientationSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree),
-      m_sensor(tree, QStringLiteral("/pps/services/sensors/orientation")),
+    : FieldsPublisher(facility, source, tree, {&orientationFields()}, Unfollowed()),
       m_readers(std::make_unique<Readers>(tree, source))
 {
-    declare(m_sensor);
     m_readers->start(0666); // before there is something to read
     follow();
 }
 
 OrientationPublisher::~OrientationPublisher() = default;
-
-void OrientationPublisher::publishState(const OrientationState &state)
-{
-    QVariantMap attributes;
-    if (state.orientation)
-        attributes.insert(QStringLiteral("orientation"), QLatin1String(Texts[int(*state.orientation)]));
-    m_sensor.publish(attributes);
-}
 
 } // namespace oz::services

@@ -1,16 +1,13 @@
 #pragma once
 
-#include "device/OrientationSource.hpp"
-#include "publishing/Publisher.hpp"
+#include "device/Orientation.hpp"
+#include "publishing/FieldsPublisher.hpp"
 
 namespace oz::services {
 
-/*!
- * Publishes "/pps/services/sensors/orientation" for the orientation sensor: "orientation", which is "top-up",
- * "bottom-up", "left-up", "right-up", "face-up", "face-down" or "undefined", and is not there while nobody
- * measures it. Whoever reads it holds "/pps/services/sensors/orientation-readers" open, to have it measured.
- */
-class OrientationPublisher final : public PublisherOf<OrientationSource>
+/*! Publishes the orientation for the orientation sensor. Whoever reads it holds
+ * "/pps/services/sensors/orientation-readers" open, to have it measured. */
+class OrientationPublisher final : public FieldsPublisher<OrientationSource>
 {
 public:
     OrientationPublisher(const QString &facility, OrientationSource &source, Tree &tree);
@@ -19,9 +16,6 @@ public:
 private:
     class Readers;
 
-    void publishState(const OrientationState &state) override;
-
-    StatePublisher m_sensor;
     std::unique_ptr<Readers> m_readers;
 };
 

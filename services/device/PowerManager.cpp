@@ -11,11 +11,9 @@ QByteArray valueLine(const QString &value)
     return "status" + value.toUtf8();
 }
 
-QString textOf(std::optional<bool> isUsed)
+QString userActivity(const Activity &activity)
 {
-    if (!isUsed)
-        return QStringLiteral("unknown");
-    return *isUsed ? QStringLiteral("active") : QStringLiteral("standby");
+    return activityFields().attributes(activity).value(UserActivity).toString();
 }
 
 } // namespace
@@ -23,7 +21,7 @@ QString textOf(std::optional<bool> isUsed)
 class PowerManager::Device final : public TreeObject
 {
 public:
-    explicit Device(Tree &tree) : TreeObject(tree, QStringLiteral("/dev/power/mgr")), server(path()) { }
+    explicit Device(Tree &tree) : TreeObject(tree, activityFields().path()), server(path()) { }
     void start() { attempt(); }
 
     DeviceServer server;
@@ -51,17 +49,17 @@ PowerManager::PowerManager(const QString &facility, ActivitySource &source, Tree
 
 PowerManager::~PowerManager() = default;
 
-void PowerManager::publishState(const ActivityState &state)
+void PowerManager::publishState(const Activity &state)
 {
     Statuses statuses = state.others;
     if (!statuses.contains(UserActivity)) // as a device may put it in words of its own
-        statuses.insert(UserActivity, textOf(state.isUsed));
+        statuses.insert(UserActivity, userActivity(state));
     become(statuses);
 }
 
 void PowerManager::publishAbsence()
 {
-    become({{UserActivity, textOf(std::nullopt)}});
+    become({{UserActivity, userActivity({})}});
 }
 
 void PowerManager::onReceived(const DeviceServer::Client &client, const QByteArray &line)

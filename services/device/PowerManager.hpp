@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/ActivitySource.hpp"
+#include "device/Activity.hpp"
 #include "publishing/Publisher.hpp"
 
 #include <oz/DeviceServer.hpp>
@@ -25,7 +25,7 @@ private:
     class Device;
     using Statuses = QMap<QString, QString>;
 
-    void publishState(const ActivityState &state) override;
+    void publishState(const Activity &state) override;
     void publishAbsence() override;
     void onReceived(const DeviceServer::Client &client, const QByteArray &line);
     using Publisher::follow;

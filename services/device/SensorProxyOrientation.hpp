@@ -1,6 +1,6 @@
 #pragma once
 
-#include "device/OrientationSource.hpp"
+#include "device/Orientation.hpp"
 #include "linux/BusSource.hpp"
 
 namespace oz::services {

@@ -1,18 +1,14 @@
 #include "device/SimulatedActivity.hpp"
 
-#include "publishing/Error.hpp"
-
 namespace oz::services {
 
 namespace {
 
-const QString Active = QStringLiteral("active");
-const QString Standby = QStringLiteral("standby");
-const QString Others = QStringLiteral("others");
+const QString Others = QStringLiteral("other-statuses");
 // A client reads 255 bytes at a time, and loses a line that two reads cut. Up to two lines wait for it.
 constexpr int MaxValueSize = 120;
 
-// What is wrong with a value; nothing where it is one.
+// What is wrong with a status; nothing where it is one.
 QString faultOf(const QString &value)
 {
     if (value.contains(u'\n'))
@@ -23,77 +19,93 @@ QString faultOf(const QString &value)
 
 } // namespace
 
-SimulatedActivity::SimulatedActivity(const JsonNode &section, SimulatedPhone &phone) : m_idle(phone.clock())
+const Settings<SimulatedActivity> &SimulatedActivity::table()
 {
-    section.allowOnly(
-        {QStringLiteral("state"), QStringLiteral("idle-seconds"), QStringLiteral("other-statuses")});
-    const JsonNode others = section.map(QStringLiteral("other-statuses"));
+    using A = SimulatedActivity;
+    using C = SettingColumns<SimulatedActivity>;
+    static const Settings<SimulatedActivity> table{
+        {"idle-seconds", C::seconds(&A::m_idleTime, 0, 86'400), 300,
+            "from the last time that it became active until it is in standby by itself; 0: never", {},
+            {.fixed = 0}},
+        {"state", C::words(&A::m_isUsed, activityWords()).by(&A::setUsed), QStringLiteral("active"),
+            "active or standby",
+            eachWord({{"active", "somebody uses the phone"}, {"standby", "nobody uses the phone any more"}}),
+            {"state"}},
+    };
+    return table;
+}
+
+SimulatedActivity::SimulatedActivity(const JsonNode &section, SimulatedParts &phone) : m_idle(phone.clock())
+{
+    read(section, settings({}), {Others});
+    readOthers(section.map(Others));
+    connect(&m_idle, &PhoneTimer::timeout, this, [this] {
+        m_isUsed = false;
+        update();
+    });
+    update();
+}
+
+void SimulatedActivity::readOthers(const JsonNode &others)
+{
     for (const auto &[name, node] : others.members()) {
         const QString value = others.text(name, {});
         if (name == UserActivity)
             others.fail(QStringLiteral("that status is what 'state' says"), name);
         if (const QString fault = faultOf(value); !fault.isEmpty())
             others.fail(fault, name);
-        m_state.others.insert(name, value);
+        m_others.insert(name, value);
     }
-    m_idleTime = section.seconds(QStringLiteral("idle-seconds"), 300, 0, 86'400);
-    connect(&m_idle, &PhoneTimer::timeout, this, [this] { become(false); });
-    become(section.word(QStringLiteral("state"), Active, {Active, Standby}) == Active);
 }
 
-std::vector<SimVerb> SimulatedActivity::verbs(const QString &)
+std::vector<SimVerb> SimulatedActivity::verbs(const QString &instance)
 {
-    return {
-        SimVerb::state(
-            Active, QStringLiteral("somebody uses the phone"), [this] { become(true); },
-            [this] { return *m_state.isUsed; }),
-        SimVerb::state(
-            Standby, QStringLiteral("nobody uses the phone any more"), [this] { become(false); },
-            [this] { return !*m_state.isUsed; }),
-        {QStringLiteral("status"), {QStringLiteral("NAME"), QStringLiteral("VALUE")},
-            QStringLiteral("sets a status of the power manager, known or new"),
-            [this](const QStringList &words) {
-                if (const QString fault = faultOf(words[1]); !fault.isEmpty())
-                    throw Error(fault);
-                if (words[0] == UserActivity && (words[1] == Active || words[1] == Standby))
-                    return become(words[1] == Active);
-                m_state.others.insert(words[0], words[1]);
-                tell();
-            }},
-    };
+    std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
+    verbs.push_back({QStringLiteral("status"), {QStringLiteral("NAME"), QStringLiteral("VALUE")},
+        QStringLiteral("sets a status of the power manager, known or new"), [this](const QStringList &words) {
+            if (const QString fault = faultOf(words[1]); !fault.isEmpty())
+                throw Error(fault);
+            if (words[0] == UserActivity && valueOf(activityWords(), words[1]))
+                setUsed(words[1]);
+            else
+                m_others.insert(words[0], words[1]);
+            update();
+        }});
+    return verbs;
 }
 
-QVariantMap SimulatedActivity::saved() const
+QVariantMap SimulatedActivity::saved()
 {
     QVariantMap others;
-    for (auto other = m_state.others.cbegin(); other != m_state.others.cend(); ++other)
+    for (auto other = m_others.cbegin(); other != m_others.cend(); ++other)
         others.insert(other.key(), other.value());
-    return {{Active, *m_state.isUsed}, {Others, others}};
+    QVariantMap saved = SimulatedPart::saved();
+    saved.insert(Others, others);
+    return saved;
 }
 
 void SimulatedActivity::restore(const QVariantMap &saved)
 {
-    become(saved.value(Active).toBool());
     const QVariantMap others = saved.value(Others).toMap();
     for (auto other = others.cbegin(); other != others.cend(); ++other)
-        m_state.others.insert(other.key(), other.value().toString());
-    tell();
+        m_others.insert(other.key(), other.value().toString());
+    SimulatedPart::restore(saved);
 }
 
-void SimulatedActivity::become(bool isUsed)
+// Each time that somebody uses the phone, the time until nobody does begins anew.
+void SimulatedActivity::setUsed(const QString &word)
 {
-    m_state.isUsed = isUsed;
-    m_state.others.remove(UserActivity);
+    m_isUsed = *valueOf(activityWords(), word);
+    m_others.remove(UserActivity);
     m_idle.stop();
-    if (isUsed && m_idleTime.count() > 0)
+    if (m_isUsed && m_idleTime.count() > 0)
         m_idle.start(m_idleTime);
-    tell();
 }
 
-void SimulatedActivity::tell()
+void SimulatedActivity::update()
 {
     save();
-    know(m_state);
+    know({m_isUsed, m_others});
 }
 
 } // namespace oz::services

@@ -2,59 +2,36 @@
 
 namespace oz::services {
 
-namespace {
-
-const QString Key = QStringLiteral("orientation");
-
-// In the order of Orientation.
-const QStringList &words()
+const Settings<SimulatedOrientation> &SimulatedOrientation::table()
 {
-    static const QStringList all{QStringLiteral("top-up"), QStringLiteral("bottom-up"),
-        QStringLiteral("left-up"), QStringLiteral("right-up"), QStringLiteral("face-up"),
-        QStringLiteral("face-down"), QStringLiteral("undefined")};
-    return all;
+    using C = SettingColumns<SimulatedOrientation>;
+    static const Settings<SimulatedOrientation> table{
+        {"orientation", C::words(&SimulatedOrientation::m_orientation, orientationWords()),
+            QStringLiteral("top-up"), "how the phone is held",
+            eachWord({
+                {"top-up", "holds the phone top-up"},
+                {"bottom-up", "holds the phone bottom-up"},
+                {"left-up", "holds the phone left-up"},
+                {"right-up", "holds the phone right-up"},
+                {"face-up", "holds the phone face-up"},
+                {"face-down", "holds the phone face-down"},
+                {"undefined", "holds the phone so that its sensor cannot tell how"},
+            }),
+            {"orientation"}},
+    };
+    return table;
 }
 
-} // namespace
-
-SimulatedOrientation::SimulatedOrientation(const JsonNode &section, SimulatedPhone &)
-    : m_orientation(Orientation(words().indexOf(section.word(Key, words().constFirst(), words()))))
+SimulatedOrientation::SimulatedOrientation(const JsonNode &section, SimulatedParts &)
 {
-    section.allowOnly({Key});
-    become(m_orientation);
+    read(section, settings({}));
+    update();
 }
 
-std::vector<SimVerb> SimulatedOrientation::verbs(const QString &)
+void SimulatedOrientation::update()
 {
-    std::vector<SimVerb> verbs;
-    for (const QString &word : words()) {
-        const auto orientation = Orientation(words().indexOf(word));
-        const QString help = orientation == Orientation::Undefined
-            ? QStringLiteral("holds the phone so that its sensor cannot tell how")
-            : QString(QLatin1String("holds the phone ") + word);
-        verbs.push_back(SimVerb::state(
-            word, help, [this, orientation] { become(orientation); },
-            [this, orientation] { return m_orientation == orientation; }));
-    }
-    return verbs;
-}
-
-QVariantMap SimulatedOrientation::saved() const
-{
-    return {{Key, words()[int(m_orientation)]}};
-}
-
-void SimulatedOrientation::restore(const QVariantMap &saved)
-{
-    if (const auto place = words().indexOf(saved.value(Key).toString()); place >= 0)
-        become(Orientation(place));
-}
-
-void SimulatedOrientation::become(Orientation orientation)
-{
-    m_orientation = orientation;
     save();
-    know({orientation});
+    know({m_orientation});
 }
 
 } // namespace oz::services

@@ -1,24 +1,22 @@
 #pragma once
 
-#include "device/OrientationSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "device/Orientation.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
-/*! How the phone is held: the section "orientation" with "orientation". Each orientation is a verb. */
-class SimulatedOrientation final : public OrientationSource, public SimulatedPart
+/*! How the phone is held: the section "orientation". */
+class SimulatedOrientation final : public OrientationSource, public PartOfTable<SimulatedOrientation>
 {
 public:
-    SimulatedOrientation(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedOrientation(const JsonNode &section, SimulatedParts &phone);
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
+    [[nodiscard]] static const Settings<SimulatedOrientation> &table();
 
 private:
-    void become(Orientation orientation);
+    void update() override;
 
-    Orientation m_orientation;
+    Orientation m_orientation = Orientation::Undefined;
 };
 
 } // namespace oz::services

@@ -27,8 +27,10 @@ Facility displayFacility()
             return qEnvironmentVariableIsEmpty("DISPLAY") ? QStringLiteral("DISPLAY names no X server")
                                                           : QString();
         }};
-    return describeFacility<DisplaySource, DisplayPublisher, SimulatedDisplays, MiracastSource>(
-        QStringLiteral("display"), {wayland, xrandr});
+    return describeFacility<DisplaySource, SimulatedDisplays>(
+        QStringLiteral("display"), {}, {wayland, xrandr})
+        .publishedBy<DisplayPublisher, DisplayBeside>()
+        .saying(displayFields().fields());
 }
 
 } // namespace oz::services

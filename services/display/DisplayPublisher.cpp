@@ -1,28 +1,16 @@
 #include "display/DisplayPublisher.hpp"
 
-#include <oz/DisplayTree.hpp>
-#include <oz/Screen.hpp>
+#include <algorithm>
 
 namespace oz::services {
 
-namespace {
-
-DisplayTree::Display treeDisplayOf(const DisplayState::Display &display)
-{
-    return {display.name, display.internal ? ScreenDisplayKind::Internal : ScreenDisplayKind::External,
-        display.attached, display.detachable, display.size, display.physicalSize, display.rotation,
-        int(display.technology)};
-}
-
-} // namespace
-
 DisplayPublisher::DisplayPublisher(
-    const QString &facility, DisplaySource &source, Tree &tree, const MiracastSource *miracast)
-    : PublisherOf(facility, source, tree), m_miracast(miracast), m_displays(tree, DisplayTree::PpsPath)
+    const QString &facility, DisplaySource &source, Tree &tree, const DisplayBeside *beside)
+    : PublisherOf(facility, source, tree), m_beside(beside), m_displays(tree, DisplayTree::PpsPath)
 {
     declare(m_displays);
-    if (miracast)
-        connect(miracast, &MiracastSource::changed, this, &DisplayPublisher::republish);
+    if (beside)
+        connect(&beside->source(), &Source::changed, this, &DisplayPublisher::republish);
     follow();
 }
 
@@ -31,41 +19,34 @@ void DisplayPublisher::publishState(const DisplayState &state)
     publishDisplays(state.displays);
 }
 
-// Of the device's own displays nothing is known; a session is known all the same.
+// Of the device's own displays nothing is known; another's is known all the same.
 void DisplayPublisher::publishAbsence()
 {
     publishDisplays({});
 }
 
-void DisplayPublisher::publishDisplays(Displays displays)
+void DisplayPublisher::publishDisplays(DisplayTree::Displays displays)
 {
-    addWireless(&displays);
-    DisplayTree::Displays published;
-    for (const auto &[id, display] : displays)
-        published.emplace(id, treeDisplayOf(display));
-    m_displays.publish(DisplayTree::toAttributes(published));
+    addBeside(&displays);
+    m_displays.publish(DisplayTree::toAttributes(displays));
 }
 
-void DisplayPublisher::addWireless(Displays *displays)
+void DisplayPublisher::addBeside(DisplayTree::Displays *displays)
 {
-    const auto session = m_miracast && m_miracast->isKnown() ? m_miracast->state() : std::nullopt;
-    if (!session || session->connection != MiracastState::Connection::Connected) {
-        m_wirelessId.reset();
+    const auto display = m_beside ? m_beside->displayNow() : std::nullopt;
+    if (!display) {
+        m_besideId.reset();
         return;
     }
-    DisplayState::Display wireless;
-    wireless.name = wirelessDisplayName(session->sink.name, MaxDisplayNameSize);
-    for (const auto &[id, display] : *displays) {
-        if (display.name == wireless.name)
-            return;
-    }
-    wireless.attached = wireless.detachable = true;
-    wireless.size = session->resolution;
-    int id = m_wirelessId.value_or(1);
+    const bool isThere = std::any_of(displays->begin(), displays->end(),
+        [&](const auto &entry) { return entry.second.name == display->name; });
+    if (isThere)
+        return;
+    int id = m_besideId.value_or(1);
     while (displays->contains(id))
         ++id;
-    m_wirelessId = id;
-    displays->emplace(id, wireless);
+    m_besideId = id;
+    displays->emplace(id, *display);
 }
 
 } // namespace oz::services

@@ -1,34 +1,30 @@
 #pragma once
 
-#include "display/DisplaySource.hpp"
-#include "miracast/MiracastSource.hpp"
+#include "display/Displays.hpp"
 #include "publishing/Publisher.hpp"
 
 namespace oz::services {
 
 /*!
- * Publishes the displays, as oz::DisplayTree describes it: those of the source, and the wireless one of a
- * Miracast session, whoever has it. That one is called "miracast-" and its sink's name; a source that shows a
- * display of this name already, as the simulated phone's does, shows the session itself.
+ * Publishes the displays, as oz::DisplayTree describes it: those of the source, and the one that another
+ * facility's source has, unless a display of that name is among them already.
  */
 class DisplayPublisher final : public PublisherOf<DisplaySource>
 {
 public:
-    /*! Without a \a miracast, there is never a wireless display. */
+    /*! Without a \a beside, there are no displays but the source's. */
     DisplayPublisher(
-        const QString &facility, DisplaySource &source, Tree &tree, const MiracastSource *miracast);
+        const QString &facility, DisplaySource &source, Tree &tree, const DisplayBeside *beside);
 
 private:
-    using Displays = std::map<int, DisplayState::Display>;
-
     void publishState(const DisplayState &state) override;
     void publishAbsence() override;
-    void publishDisplays(Displays displays);
-    void addWireless(Displays *displays);
+    void publishDisplays(DisplayTree::Displays displays);
+    void addBeside(DisplayTree::Displays *displays);
 
-    const MiracastSource *m_miracast;
+    const DisplayBeside *m_beside;
     StatePublisher m_displays;
-    std::optional<int> m_wirelessId; // of the session's display, while there is one
+    std::optional<int> m_besideId; // of that display, while there is one
 };
 
 } // namespace oz::services

@@ -1,84 +1,130 @@
 #include "display/SimulatedDisplays.hpp"
 
-#include "miracast/MiracastSource.hpp"
-#include "publishing/Error.hpp"
 
 namespace oz::services {
 
 namespace {
 
-using Display = DisplayState::Display;
-using Technology = DisplayState::Technology;
-
 constexpr int MaxId = 9999;
 constexpr int MaxPixels = 65535;
 constexpr int MaxMillimetres = 100'000;
 
-// In the order of Technology.
-const QStringList &technologies()
+const QString List = QStringLiteral("displays");
+const QString Id = QStringLiteral("id");
+
+// What the displays of a file of its own leave out, where it depends on the rest.
+const QString Name = QStringLiteral("name");
+const QString Detachable = QStringLiteral("detachable");
+
+const QStringList &rotations()
 {
-    static const QStringList all{QStringLiteral("unknown"), QStringLiteral("crt"), QStringLiteral("lcd"),
-        QStringLiteral("plasma"), QStringLiteral("led"), QStringLiteral("oled")};
+    static const QStringList all{
+        QStringLiteral("0"), QStringLiteral("90"), QStringLiteral("180"), QStringLiteral("270")};
     return all;
 }
 
-const QList<int> Rotations{0, 90, 180, 270};
+bool isNameTooLong(const QString &name)
+{
+    return name.toUtf8().size() > MaxDisplayNameSize;
+}
 
-QString numbersText(const QList<int> &numbers)
+QString knownText(const DisplayTree::Displays &displays)
 {
     QStringList texts;
-    for (const int number : numbers)
-        texts.append(QString::number(number));
+    for (const auto &[id, display] : displays)
+        texts.append(QString::number(id));
     return texts.join(QLatin1String(", "));
+}
+
+void setName(Display &display, const QVariant &name)
+{
+    if (isNameTooLong(name.toString()))
+        throw WrongSetting(QStringLiteral("a name has at most 127 bytes"));
+    display.name = name.toString();
+}
+
+void setRotation(Display &display, const QVariant &degrees)
+{
+    if (!rotations().contains(degrees.toString()))
+        throw WrongSetting(QLatin1String("expected one of ") + rotations().join(QLatin1String(", ")));
+    display.rotation = degrees.toInt();
+}
+
+Display panel()
+{
+    return {QStringLiteral("panel"), displayKind(true), true, false, {768, 1280}, {54, 90}, 0, 5};
+}
+
+Display hdmi()
+{
+    return {QStringLiteral("hdmi"), displayKind(false), false, true, {1920, 1080}, {531, 299}, 0, 2};
 }
 
 } // namespace
 
-SimulatedDisplays::SimulatedDisplays(const JsonNode &section, SimulatedPhone &)
+const Settings<Display> &SimulatedDisplays::displayTable()
 {
-    section.allowOnly({QStringLiteral("displays")});
-    if (!section.contains(QStringLiteral("displays"))) {
-        m_state.displays = {
-            {0, {QStringLiteral("panel"), true, true, false, {768, 1280}, {54, 90}, 0, Technology::Oled}},
-            {1, {QStringLiteral("hdmi"), false, false, true, {1920, 1080}, {531, 299}, 0, Technology::Lcd}}};
-    }
-    for (const JsonNode &node : section.maps(QStringLiteral("displays")))
+    using C = SettingColumns<Display>;
+    static const auto number = [](double least, double most, const char *unit, int (QSize::*get)() const,
+                                   void (QSize::*set)(int), QSize Display::*size) {
+        ValueType type{ValueType::Number, QString::fromUtf8(unit)};
+        type.isWhole = true;
+        type.least = least;
+        type.most = most;
+        return SettingColumn<Display>{type,
+            [=](const Display &display) { return QVariant(((display.*size).*get)()); },
+            [=](Display &display, const QVariant &value) { ((display.*size).*set)(value.toInt()); }};
+    };
+    static const auto width = [](double least, double most, const char *unit, QSize Display::*size) {
+        return number(least, most, unit, &QSize::width, &QSize::setWidth, size);
+    };
+    static const auto height = [](double least, double most, const char *unit, QSize Display::*size) {
+        return number(least, most, unit, &QSize::height, &QSize::setHeight, size);
+    };
+    static const Settings<Display> table{
+        {"name", C::text(&Display::name).by(setName).kept(), QString(),
+            R"(one that contains "miracast" is taken for wireless)"},
+        {"kind", C::words(&Display::kind, displayKinds()).kept(), QStringLiteral("external"),
+            "internal or external"},
+        {"attached", C::truth(&Display::attached).kept(), true, ""},
+        {"detachable", C::truth(&Display::detachable).kept(), true, ""},
+        {"width", width(1, MaxPixels, "px", &Display::size).kept(), 1280,
+            "pixels, in the display's native orientation"},
+        {"height", height(1, MaxPixels, "px", &Display::size).kept(), 720, ""},
+        {"mm-width", width(0, MaxMillimetres, "mm", &Display::physicalSize).kept(), 0,
+            "millimetres; 0: not known"},
+        {"mm-height", height(0, MaxMillimetres, "mm", &Display::physicalSize).kept(), 0, ""},
+        {"rotation", C::number(&Display::rotation, 0, 270, "°").by(setRotation).kept(), 0,
+            "0, 90, 180 or 270 degrees"},
+        {"technology", C::words(&Display::technology, displayTechnologies()).kept(),
+            QStringLiteral("unknown"), "unknown, crt, lcd, plasma, led or oled"},
+    };
+    return table;
+}
+
+SimulatedDisplays::SimulatedDisplays(const JsonNode &section, SimulatedParts &)
+{
+    section.allowOnly({List});
+    if (!section.contains(List))
+        m_state.displays = {{0, panel()}, {1, hdmi()}};
+    for (const JsonNode &node : section.maps(List))
         readDisplay(node);
-    tell();
+    update();
 }
 
 void SimulatedDisplays::readDisplay(const JsonNode &node)
 {
-    node.allowOnly({QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("kind"),
-        QStringLiteral("attached"), QStringLiteral("detachable"), QStringLiteral("width"),
-        QStringLiteral("height"), QStringLiteral("mm-width"), QStringLiteral("mm-height"),
-        QStringLiteral("rotation"), QStringLiteral("technology")});
-    const QString id = QStringLiteral("id");
-    if (!node.contains(id))
+    if (!node.contains(Id))
         node.fail(QStringLiteral("a display needs an 'id'"));
-    const int number = node.integer(id, 0, 0, MaxId);
-    if (m_state.displays.contains(number))
-        node.fail(QStringLiteral("another display has this identifier"), id);
-    Display display;
-    display.internal = node.word(QStringLiteral("kind"), QStringLiteral("external"),
-                           {QStringLiteral("internal"), QStringLiteral("external")})
-        == u"internal";
-    display.name = node.text(QStringLiteral("name"), QLatin1String("display-") + QString::number(number));
-    if (display.name.toUtf8().size() > MaxDisplayNameSize)
-        node.fail(QStringLiteral("a name has at most 127 bytes"), QStringLiteral("name"));
-    display.attached = node.boolean(QStringLiteral("attached"), true);
-    display.detachable = node.boolean(QStringLiteral("detachable"), !display.internal);
-    display.size = {node.integer(QStringLiteral("width"), 1280, 1, MaxPixels),
-        node.integer(QStringLiteral("height"), 720, 1, MaxPixels)};
-    display.physicalSize = {node.integer(QStringLiteral("mm-width"), 0, 0, MaxMillimetres),
-        node.integer(QStringLiteral("mm-height"), 0, 0, MaxMillimetres)};
-    const QString rotation = QStringLiteral("rotation");
-    display.rotation = node.integer(rotation, 0, 0, 270);
-    if (!Rotations.contains(display.rotation))
-        node.fail(QLatin1String("expected one of ") + numbersText(Rotations), rotation);
-    display.technology = Technology(technologies().indexOf(
-        node.word(QStringLiteral("technology"), technologies().constFirst(), technologies())));
-    m_state.displays.emplace(number, display);
+    const int id = node.integer(Id, 0, 0, MaxId);
+    if (m_state.displays.contains(id))
+        node.fail(QStringLiteral("another display has this identifier"), Id);
+    Display &display = m_state.displays[id];
+    read(node, displayTable().of(&display), {Id});
+    if (!node.contains(Name))
+        display.name = QLatin1String("display-") + QString::number(id);
+    if (!node.contains(Detachable))
+        display.detachable = !isInternal(display);
 }
 
 std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
@@ -87,9 +133,6 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
     SimChoice known;
     for (const auto &display : m_state.displays)
         known.words.append(QString::number(display.first));
-    QStringList rotations;
-    for (const int rotation : Rotations)
-        rotations.append(QString::number(rotation));
     std::vector<SimVerb> verbs{
         {QStringLiteral("add"),
             {id, QStringLiteral("NAME"), QStringLiteral("WIDTH"), QStringLiteral("HEIGHT"),
@@ -99,17 +142,17 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 const int number = SimArgument::integer(words[0], 0, MaxId);
                 if (m_state.displays.contains(number))
                     throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
-                if (words[1].toUtf8().size() > MaxDisplayNameSize)
+                if (isNameTooLong(words[1]))
                     throw Error(QStringLiteral("a name has at most 127 bytes"));
                 const auto millimetres = [&](qsizetype place) {
                     return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
                 };
                 m_state.displays.emplace(number,
-                    Display{words[1], false, true, true,
+                    Display{words[1], displayKind(false), true, true,
                         {SimArgument::integer(words[2], 1, MaxPixels),
                             SimArgument::integer(words[3], 1, MaxPixels)},
-                        {millimetres(4), millimetres(5)}, 0, Technology::Unknown});
-                tell();
+                        {millimetres(4), millimetres(5)}, 0, 0});
+                update();
             }},
         {QStringLiteral("remove"), {id}, QStringLiteral("takes a display away"),
             [this](const QStringList &words) {
@@ -123,10 +166,10 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
             [this](const QStringList &words) { setAttached(words[0], false); }},
         {QStringLiteral("rotate"), {id, QStringLiteral("DEGREES")},
             QStringLiteral("turns what a display shows: 0, 90, 180 or 270"),
-            [this, rotations](const QStringList &words) {
+            [this](const QStringList &words) {
                 Display &display = displayNamed(words[0]);
-                display.rotation = Rotations[SimArgument::oneOf(words[1], rotations)];
-                tell();
+                display.rotation = rotations()[SimArgument::oneOf(words[1], rotations())].toInt();
+                update();
             }},
         {QStringLiteral("resize"), {id, QStringLiteral("WIDTH"), QStringLiteral("HEIGHT")},
             QStringLiteral("gives a display another size in pixels"),
@@ -134,11 +177,11 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 Display &display = displayNamed(words[0]);
                 display.size = {SimArgument::integer(words[1], 1, MaxPixels),
                     SimArgument::integer(words[2], 1, MaxPixels)};
-                tell();
+                update();
             }},
     };
     for (SimVerb &verb : verbs) {
-        verb.choices.insert(QStringLiteral("DEGREES"), {rotations});
+        verb.choices.insert(QStringLiteral("DEGREES"), {rotations()});
         if (verb.name != u"add")
             verb.choices.insert(id, known);
     }
@@ -151,29 +194,26 @@ const Display *SimulatedDisplays::find(int id) const
     return found == m_state.displays.end() ? nullptr : &found->second;
 }
 
-int SimulatedDisplays::addWireless(const QString &receiver, QSize size)
+int SimulatedDisplays::addWireless(const QString &name, QSize size)
 {
     int id = 1;
     while (m_state.displays.contains(id))
         ++id;
-    m_state.displays.emplace(id,
-        Display{wirelessDisplayName(receiver, MaxDisplayNameSize), false, true, true, size, {0, 0}, 0,
-            Technology::Unknown});
-    tell();
+    m_state.displays.emplace(id, Display{name, displayKind(false), true, true, size, {0, 0}, 0, 0});
+    update();
     return id;
 }
 
 void SimulatedDisplays::remove(int id)
 {
     if (m_state.displays.erase(id))
-        tell();
+        update();
 }
 
-void SimulatedDisplays::removeWireless(const QString &receiver)
+void SimulatedDisplays::removeWireless(const QString &name)
 {
-    const QString name = wirelessDisplayName(receiver, MaxDisplayNameSize);
     if (std::erase_if(m_state.displays, [&](const auto &entry) { return entry.second.name == name; }) > 0)
-        tell();
+        update();
 }
 
 Display &SimulatedDisplays::displayNamed(const QString &id)
@@ -182,11 +222,8 @@ Display &SimulatedDisplays::displayNamed(const QString &id)
     const auto found = m_state.displays.find(id.toInt(&ok));
     if (ok && found != m_state.displays.end())
         return found->second;
-    QList<int> known;
-    for (const auto &[number, display] : m_state.displays)
-        known.append(number);
     throw Error(
-        QLatin1String("there is no display '") + id + QLatin1String("'; there are ") + numbersText(known));
+        QLatin1String("there is no display '") + id + QLatin1String("'; there are ") + knownText(m_state.displays));
 }
 
 void SimulatedDisplays::setAttached(const QString &id, bool attached)
@@ -195,50 +232,35 @@ void SimulatedDisplays::setAttached(const QString &id, bool attached)
     if (!attached && !display.detachable)
         throw Error(QStringLiteral("this display cannot be detached"));
     display.attached = attached;
-    tell();
+    update();
 }
 
-QVariantMap SimulatedDisplays::saved() const
+QVariantMap SimulatedDisplays::saved()
 {
     QVariantList list;
-    for (const auto &[id, display] : m_state.displays) {
-        list.append(QVariantMap{{QStringLiteral("id"), id}, {QStringLiteral("name"), display.name},
-            {QStringLiteral("internal"), display.internal}, {QStringLiteral("attached"), display.attached},
-            {QStringLiteral("detachable"), display.detachable},
-            {QStringLiteral("width"), display.size.width()},
-            {QStringLiteral("height"), display.size.height()},
-            {QStringLiteral("mm-width"), display.physicalSize.width()},
-            {QStringLiteral("mm-height"), display.physicalSize.height()},
-            {QStringLiteral("rotation"), display.rotation},
-            {QStringLiteral("technology"), int(display.technology)}});
+    for (auto &[id, display] : m_state.displays) {
+        QVariantMap saved = savedOf(displayTable().of(&display));
+        saved.insert(Id, id);
+        list.append(saved);
     }
-    return {{QStringLiteral("displays"), list}};
+    return {{List, list}};
 }
 
+// A display that makes no sense is left out.
 void SimulatedDisplays::restore(const QVariantMap &saved)
 {
     m_state.displays.clear();
-    for (const QVariant &entry : saved.value(QStringLiteral("displays")).toList()) {
+    for (const QVariant &entry : saved.value(List).toList()) {
         const QVariantMap before = entry.toMap();
-        const auto number = [&before](const char *name) { return before.value(QLatin1String(name)).toInt(); };
-        const auto isSet = [&before](const char *name) { return before.value(QLatin1String(name)).toBool(); };
-        const int id = number("id");
-        const QString name = before.value(QStringLiteral("name")).toString();
-        const QSize size(number("width"), number("height"));
-        const QSize physicalSize(number("mm-width"), number("mm-height"));
-        const int technology = number("technology");
-        if (id < 0 || id > MaxId || name.toUtf8().size() > MaxDisplayNameSize || size.isEmpty()
-            || !physicalSize.isValid() || !Rotations.contains(number("rotation")) || technology < 0
-            || technology >= technologies().size())
-            continue;
-        m_state.displays.emplace(id,
-            Display{name, isSet("internal"), isSet("attached"), isSet("detachable"), size, physicalSize,
-                number("rotation"), Technology(technology)});
+        const int id = before.value(Id, -1).toInt();
+        Display display;
+        if (id >= 0 && id <= MaxId && restoreTo(displayTable().of(&display), before))
+            m_state.displays.emplace(id, display);
     }
-    tell();
+    update();
 }
 
-void SimulatedDisplays::tell()
+void SimulatedDisplays::update()
 {
     save();
     know(m_state);

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "display/DisplaySource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "display/Displays.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
@@ -9,25 +9,26 @@ namespace oz::services {
 class SimulatedDisplays final : public DisplaySource, public SimulatedPart
 {
 public:
-    SimulatedDisplays(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedDisplays(const JsonNode &section, SimulatedParts &phone);
 
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
+    [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
 
     /*! The display of \a id; null where there is none. */
-    [[nodiscard]] const DisplayState::Display *find(int id) const;
-    /*! Adds a display without wire, for a receiver called \a receiver, and gives its identifier. */
-    int addWireless(const QString &receiver, QSize size);
+    [[nodiscard]] const Display *find(int id) const;
+    /*! Adds a display without wire, called \a name, and gives its identifier. */
+    int addWireless(const QString &name, QSize size);
     void remove(int id);
-    /*! Takes away the display that addWireless() made for \a receiver; does nothing where there is none. */
-    void removeWireless(const QString &receiver);
+    /*! Takes away the display that addWireless() made; does nothing where there is none. */
+    void removeWireless(const QString &name);
 
 private:
+    [[nodiscard]] static const Settings<Display> &displayTable();
     void readDisplay(const JsonNode &node);
-    DisplayState::Display &displayNamed(const QString &id);
+    Display &displayNamed(const QString &id);
     void setAttached(const QString &id, bool attached);
-    void tell();
+    void update() override;
 
     DisplayState m_state;
 };

@@ -21,7 +21,6 @@ namespace oz::services {
 
 namespace {
 
-using Display = DisplayState::Display;
 using namespace std::chrono_literals;
 
 int degreesOf(int transform)
@@ -202,8 +201,8 @@ private:
                     name = "output-" + QByteArray::number(number);
                 Display display = output->display;
                 display.name = QString::fromUtf8(name);
-                display.internal = isPanelName(name);
-                display.detachable = !display.internal;
+                display.kind = displayKind(isPanelName(name));
+                display.detachable = !isInternal(display);
                 display.attached = true;
                 outputs.insert(name, display);
             }

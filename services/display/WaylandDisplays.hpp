@@ -1,6 +1,6 @@
 #pragma once
 
-#include "display/DisplaySource.hpp"
+#include "display/Displays.hpp"
 #include "linux/RetryTimer.hpp"
 
 #include <QByteArray>
@@ -32,7 +32,7 @@ private:
 
     void connectToServer();
     void onLost(const QString &reason);
-    void onOutputs(const QMap<QByteArray, DisplayState::Display> &outputs);
+    void onOutputs(const QMap<QByteArray, Display> &outputs);
 
     QString m_server;
     std::unique_ptr<Connection> m_connection;

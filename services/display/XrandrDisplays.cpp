@@ -21,7 +21,6 @@ namespace oz::services {
 
 namespace {
 
-using Display = DisplayState::Display;
 
 template <typename Reply>
 struct FreeReply
@@ -246,7 +245,7 @@ private:
             const bool panel = isPanel(outputs[i], name);
             Display display;
             display.name = QString::fromUtf8(name);
-            display.internal = panel;
+            display.kind = displayKind(panel);
             display.detachable = !panel;
             display.attached = hasMode && (connected || known.forced);
             display.physicalSize = QSize(int(output->mm_width), int(output->mm_height));

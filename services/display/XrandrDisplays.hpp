@@ -1,6 +1,6 @@
 #pragma once
 
-#include "display/DisplaySource.hpp"
+#include "display/Displays.hpp"
 
 #include <QTimer>
 

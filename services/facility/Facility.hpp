@@ -1,9 +1,11 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "publishing/Publisher.hpp"
+#include "publishing/FieldsPublisher.hpp"
 #include "publishing/StateStore.hpp"
+#include "phone/SimulatedPart.hpp"
 #include "source/Source.hpp"
+#include "table/AskedRequest.hpp"
+#include "table/Fields.hpp"
 
 #include <QMap>
 #include <QStringList>
@@ -23,19 +25,16 @@ using SourceOptions = QMap<QString, QString>;
 class Providers
 {
 public:
-    using MakePhone = std::function<std::unique_ptr<SimulatedPhone>()>;
-
-    Providers(StateStore &store, MakePhone makePhone) : m_store(store), m_makePhone(std::move(makePhone)) { }
+    /*! \a phone gives the simulated phone, and makes it at its first use. */
+    Providers(StateStore &store, std::function<SimulatedParts &()> phone)
+        : m_store(store), m_phone(std::move(phone))
+    {
+    }
 
     /*! For what has to be known again after the daemon died. */
     [[nodiscard]] StateStore &store() const { return m_store; }
 
-    [[nodiscard]] SimulatedPhone &phone()
-    {
-        if (!m_phone)
-            m_phone = m_makePhone();
-        return *m_phone;
-    }
+    [[nodiscard]] SimulatedParts &phone() const { return m_phone(); }
     /*! The one of this type that all sources share, which is made where there is none. */
     template <typename Type>
     [[nodiscard]] std::shared_ptr<Type> shared()
@@ -52,13 +51,10 @@ public:
             entry = present = make();
         return present;
     }
-    /*! The simulated phone where something uses it, else null. */
-    [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }
 
 private:
     StateStore &m_store;
-    MakePhone m_makePhone;
-    std::unique_ptr<SimulatedPhone> m_phone;
+    std::function<SimulatedParts &()> m_phone;
     std::map<std::type_index, std::weak_ptr<void>> m_shared;
 };
 
@@ -117,20 +113,55 @@ struct Facility
     QString name;
     std::vector<SourceKind> sources;
     std::function<std::unique_ptr<Publisher>(Source &source, const Sources &all, Tree &tree)> publish;
+    /*! What it says, for those who read the tree. */
+    std::vector<Field> fields;
+    /*! What applications ask of it. */
+    std::vector<AskedRequest> requests;
+    /*! What its part of the simulated phone can be told; bound to none. */
+    std::vector<Setting> settings;
     /*! Its part of the simulated phone. */
-    std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedPhone &phone)> part;
+    std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedParts &phone)> part;
+
+    /*! This one, which says further fields. */
+    [[nodiscard]] Facility saying(const std::vector<Field> &further) const
+    {
+        Facility facility = *this;
+        facility.fields.insert(facility.fields.end(), further.begin(), further.end());
+        return facility;
+    }
+    /*! This one, of which applications ask \a all. */
+    [[nodiscard]] Facility asked(const std::vector<AskedRequest> &all) const
+    {
+        Facility facility = *this;
+        facility.requests = all;
+        return facility;
+    }
+    /*! This one, published by a \a PublisherType instead; \a Met are the types of further sources that it
+     * follows. */
+    template <typename PublisherType, typename... Met>
+    [[nodiscard]] Facility publishedBy() const
+    {
+        Facility facility = *this;
+        facility.publish = [own = name](
+                               Source &source, const Sources &all, Tree &tree) -> std::unique_ptr<Publisher> {
+            return std::make_unique<PublisherType>(
+                own, dynamic_cast<typename PublisherType::Followed &>(source), tree, all.find<Met>()...);
+        };
+        return facility;
+    }
 };
 
 /*! The name of the source that is the simulated phone. */
 inline const QString SimulatedSource = QStringLiteral("simulated");
 
 /*!
- * A facility whose source is a \a SourceType, whose publisher is a \a PublisherType and whose part of the
- * simulated phone is a \a PartType. \a Met are the types of further sources that the publisher follows.
+ * The facility whose source is a \a SourceType, whose part of the simulated phone is a \a PartType, and which
+ * says the fields of \a tables.
  */
-template <typename SourceType, typename PublisherType, typename PartType, typename... Met>
-[[nodiscard]] Facility describeFacility(
-    const QString &name, const std::vector<SourceKind> &furtherSources = {})
+template <typename SourceType, typename PartType>
+[[nodiscard]] Facility describeFacility(const QString &name,
+    const typename FieldsPublisher<SourceType>::Tables &tables,
+    const std::vector<SourceKind> &furtherSources = {})
 {
     Facility facility;
     facility.name = name;
@@ -140,11 +171,16 @@ template <typename SourceType, typename PublisherType, typename PartType, typena
         },
         {}}};
     facility.sources.insert(facility.sources.end(), furtherSources.begin(), furtherSources.end());
-    facility.publish = [name](Source &source, const Sources &all, Tree &tree) -> std::unique_ptr<Publisher> {
-        return std::make_unique<PublisherType>(
-            name, dynamic_cast<SourceType &>(source), tree, all.find<Met>()...);
+    facility.publish = [name, tables](
+                           Source &source, const Sources &, Tree &tree) -> std::unique_ptr<Publisher> {
+        return std::make_unique<FieldsPublisher<SourceType>>(
+            name, dynamic_cast<SourceType &>(source), tree, tables);
     };
-    facility.part = [](const JsonNode &section, SimulatedPhone &phone) -> std::shared_ptr<SimulatedPart> {
+    for (const auto *table : tables)
+        facility.fields.insert(facility.fields.end(), table->fields().begin(), table->fields().end());
+    if constexpr (requires { PartType::table(); })
+        facility.settings = PartType::table().of(nullptr);
+    facility.part = [](const JsonNode &section, SimulatedParts &phone) -> std::shared_ptr<SimulatedPart> {
         return std::make_shared<PartType>(section, phone);
     };
     return facility;

@@ -13,8 +13,9 @@ Facility hardwareFacility()
             return std::make_shared<LinuxHardware>(providers.shared<SystemBus>(), modemManagerOf(providers));
         },
         noObstacle};
-    return describeFacility<HardwareSource, HardwarePublisher, SimulatedHardware, MiracastSource>(
-        QStringLiteral("hardware"), {system});
+    return describeFacility<HardwareSource, SimulatedHardware>(QStringLiteral("hardware"),
+        {&deviceIdentifierFields(), &deviceNameFields(), &inventoryFields()}, {system})
+        .publishedBy<HardwarePublisher, MiracastSupport>();
 }
 
 } // namespace oz::services

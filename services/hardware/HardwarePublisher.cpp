@@ -4,72 +4,40 @@ namespace oz::services {
 
 namespace {
 
-QVariantMap identifiersOf(const HardwareState &hardware)
+// Each processor has attributes of its own.
+void addProcessors(const Hardware &hardware, QVariantMap *inventory)
 {
-    QVariantMap attributes;
-    insertKnown(&attributes, QStringLiteral("devicepin"), hardware.pin);
-    insertKnown(&attributes, QStringLiteral("deviceserialnumber"), hardware.serialNumber);
-    insertKnown(&attributes, QStringLiteral("IMEI"), hardware.imei);
-    insertKnown(&attributes, QStringLiteral("MEID"), hardware.meid);
-    return attributes;
-}
-
-QVariantMap namesOf(const HardwareState &hardware)
-{
-    QVariantMap attributes;
-    insertKnown(&attributes, QStringLiteral("hardwareid"), hardware.hardwareId);
-    insertKnown(&attributes, QStringLiteral("devicename"), hardware.deviceName);
-    insertKnown(&attributes, QStringLiteral("modelname"), hardware.modelName);
-    insertKnown(&attributes, QStringLiteral("modelnumber"), hardware.modelNumber);
-    return attributes;
-}
-
-QVariantMap inventoryOf(const HardwareState &hardware)
-{
-    QVariantMap attributes;
-    if (hardware.processors)
-        attributes.insert(QStringLiteral("Processor_Numbers"), int(hardware.processors->size()));
     int number = 0;
-    for (const HardwareState::Processor &processor :
-        hardware.processors.value_or(QList<HardwareState::Processor>())) {
+    for (const Hardware::Processor &processor : hardware.processors.value_or(QList<Hardware::Processor>())) {
         const QString prefix = QStringLiteral("Processor") + QString::number(++number);
         if (processor.speed) {
-            attributes.insert(
+            inventory->insert(
                 prefix + QLatin1String("_CPUSpeed"), QString(QString::number(*processor.speed) + u"MHz"));
         }
-        insertKnown(&attributes, prefix + QLatin1String("_CPUName"), processor.model);
+        insertKnown(inventory, prefix + QLatin1String("_CPUName"), processor.model);
     }
-    insertKnown(&attributes, QStringLiteral("Keyboard"), hardware.keyboard);
-    if (hardware.hdmi) {
-        attributes.insert(QStringLiteral("HDMI"),
-            *hardware.hdmi == HardwareState::Hdmi::Micro ? QStringLiteral("Micro") : QStringLiteral("None"));
-    }
-    return attributes;
 }
 
 } // namespace
 
 HardwarePublisher::HardwarePublisher(
-    const QString &facility, HardwareSource &source, Tree &tree, const MiracastSource *miracast)
-    : PublisherOf(facility, source, tree), m_miracast(miracast),
-      m_identifiers(tree, QStringLiteral("/pps/services/private/deviceproperties"), 0640),
-      m_names(tree, QStringLiteral("/pps/services/deviceproperties")),
-      m_inventory(tree, QStringLiteral("/pps/services/hw_info/inventory"))
+    const QString &facility, HardwareSource &source, Tree &tree, const MiracastSupport *miracast)
+    : FieldsPublisher(facility, source, tree, {&deviceIdentifierFields(), &deviceNameFields()}, Unfollowed()),
+      m_miracast(miracast), m_inventory(tree, inventoryFields().path())
 {
-    for (StatePublisher *object : {&m_identifiers, &m_names, &m_inventory})
-        declare(*object);
+    declare(m_inventory);
     if (miracast)
-        connect(miracast, &MiracastSource::changed, this, &HardwarePublisher::republish);
+        connect(&miracast->source(), &Source::changed, this, &HardwarePublisher::republish);
     follow();
 }
 
-void HardwarePublisher::publishState(const HardwareState &hardware)
+void HardwarePublisher::publishState(const Hardware &hardware)
 {
-    m_identifiers.publish(identifiersOf(hardware));
-    m_names.publish(namesOf(hardware));
-    QVariantMap inventory = inventoryOf(hardware);
-    if (m_miracast && m_miracast->isKnown())
-        m_isMiracastSupported = m_miracast->state()->supported;
+    FieldsPublisher::publishState(hardware);
+    QVariantMap inventory = inventoryFields().attributes(hardware);
+    addProcessors(hardware, &inventory);
+    if (const auto known = m_miracast ? m_miracast->isMiracastSupported() : std::nullopt)
+        m_isMiracastSupported = known;
     if (m_isMiracastSupported) {
         inventory.insert(QStringLiteral("Miracast_Supported"),
             *m_isMiracastSupported ? QStringLiteral("yes") : QStringLiteral("no"));

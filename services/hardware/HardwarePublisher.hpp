@@ -1,30 +1,24 @@
 #pragma once
 
-#include "hardware/HardwareSource.hpp"
-#include "miracast/MiracastSource.hpp"
-#include "publishing/Publisher.hpp"
+#include "hardware/Hardware.hpp"
+#include "publishing/FieldsPublisher.hpp"
 
 namespace oz::services {
 
-/*!
- * Publishes "/pps/services/private/deviceproperties" (the identifiers, for owner and group only),
- * "/pps/services/deviceproperties" (the names) and "/pps/services/hw_info/inventory" (the parts, and whether
- * the source of Miracast says that the device has it).
- */
-class HardwarePublisher final : public PublisherOf<HardwareSource>
+/*! Publishes the device's identifiers and names, and its parts with whether the source of Miracast says that
+ * the device has it. */
+class HardwarePublisher final : public FieldsPublisher<HardwareSource>
 {
 public:
     /*! Without a \a miracast, nothing is known of that. */
     HardwarePublisher(
-        const QString &facility, HardwareSource &source, Tree &tree, const MiracastSource *miracast);
+        const QString &facility, HardwareSource &source, Tree &tree, const MiracastSupport *miracast);
 
 private:
-    void publishState(const HardwareState &state) override;
+    void publishState(const Hardware &state) override;
 
-    const MiracastSource *m_miracast;
+    const MiracastSupport *m_miracast;
     std::optional<bool> m_isMiracastSupported; // as it was told last: it is no matter of who runs
-    StatePublisher m_identifiers;
-    StatePublisher m_names;
     StatePublisher m_inventory;
 };
 

@@ -11,8 +11,8 @@ namespace oz::services {
 
 namespace {
 
-using Processor = HardwareState::Processor;
-using Hdmi = HardwareState::Hdmi;
+using Processor = Hardware::Processor;
+using Hdmi = Hardware::Hdmi;
 
 const QString DeviceTree = QStringLiteral("/sys/firmware/devicetree/base/");
 const QString Dmi = QStringLiteral("/sys/class/dmi/id/");
@@ -148,9 +148,9 @@ std::optional<QString> keyboard()
 
 } // namespace
 
-HardwareState kernelInventory()
+Hardware kernelInventory()
 {
-    HardwareState state;
+    Hardware state;
     state.serialNumber = textIn({DeviceTree + u"serial-number", Dmi + u"product_serial"});
     state.hardwareId = textIn({DeviceTree + u"compatible", Dmi + u"board_name"});
     state.modelName = textIn({DeviceTree + u"model", Dmi + u"product_name"});

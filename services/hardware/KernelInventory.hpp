@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hardware/HardwareSource.hpp"
+#include "hardware/Hardware.hpp"
 
 namespace oz::services {
 
@@ -8,6 +8,6 @@ namespace oz::services {
  * What the kernel and udev tell of the device: from device tree or DMI, /proc/cpuinfo and cpufreq, the
  * connectors and the input devices. Reading it may take its time.
  */
-[[nodiscard]] HardwareState kernelInventory();
+[[nodiscard]] Hardware kernelInventory();
 
 } // namespace oz::services

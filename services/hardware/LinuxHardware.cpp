@@ -52,7 +52,7 @@ void LinuxHardware::readKernel()
         m_readsAgain = true;
         return;
     }
-    inWorker(this, kernelInventory, [this](const HardwareState &kernel) {
+    inWorker(this, kernelInventory, [this](const Hardware &kernel) {
         m_isReading = false;
         if (std::exchange(m_readsAgain, false)) {
             readKernel();
@@ -88,7 +88,7 @@ void LinuxHardware::tell()
 {
     if (!m_kernel || !m_names)
         return;
-    HardwareState state = *m_kernel;
+    Hardware state = *m_kernel;
     const auto take = [this](std::optional<QString> *field, const QStringList &properties) {
         for (const QString &property : properties) {
             if (const QString text = m_names->value(property).toString(); !text.isEmpty()) {

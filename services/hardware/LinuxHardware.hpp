@@ -1,6 +1,6 @@
 #pragma once
 
-#include "hardware/HardwareSource.hpp"
+#include "hardware/Hardware.hpp"
 #include "linux/BusObjects.hpp"
 #include "linux/ModemManager.hpp"
 #include "linux/UdevMonitor.hpp"
@@ -34,7 +34,7 @@ private:
     UdevMonitor m_inputs;
     UdevMonitor m_connectors;
     std::optional<QVariantMap> m_names; // as hostnamed told them last; none where it tells nothing
-    std::optional<HardwareState> m_kernel;
+    std::optional<Hardware> m_kernel;
     bool m_isReading = false;
     bool m_readsAgain = false;
 };

@@ -2,72 +2,72 @@
 
 namespace oz::services {
 
-SimulatedHardware::SimulatedHardware(const JsonNode &section, SimulatedPhone &)
-{
-    const struct
-    {
-        QString key;
-        QString fallback;
-        std::optional<QString> State::*field;
-    } texts[] = {
-        {QStringLiteral("pin"), QStringLiteral("2A000001"), &State::pin},
-        {QStringLiteral("serial-number"), QStringLiteral("000100020003"), &State::serialNumber},
-        {QStringLiteral("imei"), QStringLiteral("004999010640000"), &State::imei},
-        {QStringLiteral("meid"), QStringLiteral("A0000000000001"), &State::meid},
-        {QStringLiteral("hardware-id"), QStringLiteral("KSL100-1"), &State::hardwareId},
-        {QStringLiteral("device-name"), QStringLiteral("Simulated phone"), &State::deviceName},
-        {QStringLiteral("model-name"), QStringLiteral("Kestrel"), &State::modelName},
-        {QStringLiteral("model-number"), QStringLiteral("KSL100"), &State::modelNumber},
-        {QStringLiteral("keyboard"), QStringLiteral("qwerty"), &State::keyboard},
-    };
-    const QString processors = QStringLiteral("processors");
-    const QString hdmi = QStringLiteral("hdmi");
-    const QString miracast = QStringLiteral("miracast");
-    QStringList known;
-    for (const auto &text : texts) {
-        known.append(text.key);
-        m_state.*text.field = section.identifier(text.key, text.fallback);
-    }
-    section.allowOnly(known + QStringList{processors, hdmi, miracast});
+namespace {
 
-    using Processor = HardwareState::Processor;
-    QList<Processor> all(2, {QStringLiteral("Simulated core"), 1500});
-    if (section.contains(processors))
-        all.clear();
-    for (const JsonNode &processor : section.maps(processors)) {
+const QString Processors = QStringLiteral("processors");
+
+std::optional<QVariant> seenName(const SeenValues &seen)
+{
+    const QVariant name = seen("name");
+    return name.toString().isEmpty() ? std::nullopt : std::optional(name);
+}
+
+} // namespace
+
+const Settings<SimulatedHardware> &SimulatedHardware::table()
+{
+    using H = Hardware;
+    using C = SettingColumns<SimulatedHardware>;
+    static const auto of = [](auto member) {
+        return [member](auto &part) -> auto &
+        {
+            return part.m_state.*member;
+        };
+    };
+    static const auto text = [](std::optional<QString> H::*member) { return C::text(of(member)); };
+    static const Settings<SimulatedHardware> table{
+        {"pin", text(&H::pin).asPrivate(), QStringLiteral("2A000001"), "the identifiers of this one phone"},
+        {"serial-number", text(&H::serialNumber).asPrivate(), QStringLiteral("000100020003"), ""},
+        {"imei", text(&H::imei).asPrivate(), QStringLiteral("004999010640000"), ""},
+        {"meid", text(&H::meid).asPrivate(), QStringLiteral("A0000000000001"), ""},
+        {"hardware-id", text(&H::hardwareId), QStringLiteral("KSL100-1"),
+            "KSL100-1 to KSL100-4 have a trackpad and keys for phone, back and menu", {}, {"hardware-id"}},
+        {"device-name", text(&H::deviceName), QStringLiteral("Simulated phone"), "what the user calls it",
+            told("name", "TEXT", "gives the device a name"), {.value = seenName, .mask = "phone"}},
+        {"model-name", text(&H::modelName), QStringLiteral("Kestrel"), "", {}, {"model"}},
+        {"model-number", text(&H::modelNumber), QStringLiteral("KSL100"), "", {}, {"model-number"}},
+        {"keyboard", text(&H::keyboard), QStringLiteral("qwerty"), "none where there is no keyboard of keys",
+            {}, {"keyboard"}},
+        {"hdmi", C::words(of(&H::hdmi), hdmiWords()), QStringLiteral("micro"), "none or micro", {}, {"hdmi"}},
+        {"miracast", C::truth(&SimulatedHardware::m_hasMiracast), true,
+            "whether it can show its screen on wireless displays"},
+    };
+    return table;
+}
+
+SimulatedHardware::SimulatedHardware(const JsonNode &section, SimulatedParts &)
+{
+    read(section, settings({}), {Processors});
+    readProcessors(section);
+    update();
+}
+
+void SimulatedHardware::readProcessors(const JsonNode &section)
+{
+    QList<Hardware::Processor> all;
+    if (!section.contains(Processors))
+        all.fill({QStringLiteral("Simulated core"), 1500}, 2);
+    for (const JsonNode &processor : section.maps(Processors)) {
         processor.allowOnly({QStringLiteral("model"), QStringLiteral("mhz")});
         all.append({processor.text(QStringLiteral("model"), {}),
             processor.integer(QStringLiteral("mhz"), 1500, 1, 100'000)});
     }
     m_state.processors = all;
-    if (!section.isNull(hdmi)) {
-        const QString connector =
-            section.word(hdmi, QStringLiteral("micro"), {QStringLiteral("none"), QStringLiteral("micro")});
-        m_state.hdmi = connector == u"micro" ? HardwareState::Hdmi::Micro : HardwareState::Hdmi::None;
-    }
-    m_hasMiracast = section.boolean(miracast, true);
-    know(m_state);
 }
 
-std::vector<SimVerb> SimulatedHardware::verbs(const QString &)
+void SimulatedHardware::update()
 {
-    return {SimVerb{QStringLiteral("name"), {QStringLiteral("TEXT")},
-        QStringLiteral("gives the device a name"), [this](const QStringList &words) {
-            m_state.deviceName = words[0];
-            save();
-            know(m_state);
-        }}.with([this] { return m_state.deviceName.value_or(QString()); })};
-}
-
-QVariantMap SimulatedHardware::saved() const
-{
-    return {{QStringLiteral("name"), m_state.deviceName.value_or(QString())}};
-}
-
-void SimulatedHardware::restore(const QVariantMap &saved)
-{
-    if (const QString name = saved.value(QStringLiteral("name")).toString(); !name.isEmpty())
-        m_state.deviceName = name;
+    save();
     know(m_state);
 }
 

@@ -1,25 +1,26 @@
 #pragma once
 
-#include "hardware/HardwareSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "hardware/Hardware.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
 /*! What the phone is: the section "hardware", of which only the device's name changes. */
-class SimulatedHardware final : public HardwareSource, public SimulatedPart
+class SimulatedHardware final : public HardwareSource, public PartOfTable<SimulatedHardware>
 {
 public:
-    SimulatedHardware(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedHardware(const JsonNode &section, SimulatedParts &phone);
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
+    [[nodiscard]] static const Settings<SimulatedHardware> &table();
 
     /*! Whether the phone can show its screen on wireless displays. */
     [[nodiscard]] bool hasMiracast() const { return m_hasMiracast; }
 
 private:
-    HardwareState m_state;
+    void readProcessors(const JsonNode &section);
+    void update() override;
+
+    Hardware m_state;
     bool m_hasMiracast = true;
 };
 

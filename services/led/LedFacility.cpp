@@ -1,4 +1,5 @@
 #include "facility/Facility.hpp"
+#include "led/LedActivity.hpp"
 #include "led/LedPublisher.hpp"
 #include "led/SimulatedLed.hpp"
 #include "led/SysfsLed.hpp"
@@ -13,7 +14,10 @@ Facility ledFacility()
             return std::make_shared<SysfsLed>(providers.store(), options.value(QStringLiteral("device")));
         },
         noObstacle};
-    return describeFacility<LedSource, LedPublisher, SimulatedLed>(QStringLiteral("led"), {sysfs});
+    return describeFacility<LedSource, SimulatedLed>(QStringLiteral("led"), {&ledFields()}, {sysfs})
+        .saying(ledActivityFields().fields())
+        .asked(ledRequests())
+        .publishedBy<LedPublisher>();
 }
 
 } // namespace oz::services

@@ -1,6 +1,7 @@
 #include "led/LedPublisher.hpp"
 
-#include "publishing/Error.hpp"
+#include "led/LedActivity.hpp"
+#include "source/Error.hpp"
 #include "publishing/StateStore.hpp"
 
 #include <oz/Limits.hpp>
@@ -14,40 +15,9 @@ namespace oz::services {
 
 namespace {
 
-const QString Directory = QStringLiteral("/pps/services/led/");
-
 constexpr int LongestId = 64; // characters
 constexpr int MostRequests = 50; // of one user
 constexpr std::size_t MostTold = 50; // of all clients
-
-struct Color
-{
-    const char *name;
-    LedState::Elements elements;
-};
-
-constexpr Color Colors[] = {
-    {"red", {true, false, false}},
-    {"green", {false, true, false}},
-    {"blue", {false, false, true}},
-    {"yellow", {true, true, false}},
-    {"cyan", {false, true, true}},
-    {"magenta", {true, false, true}},
-    {"white", {true, true, true}},
-};
-
-const Color &colorNamed(const QVariant &value)
-{
-    const QString name = value.toString();
-    QStringList names;
-    for (const Color &color : Colors) {
-        if (name == QLatin1String(color.name))
-            return color;
-        names.append(QLatin1String(color.name));
-    }
-    throw Error(QLatin1String("'color' is one of ") + names.join(QLatin1String(", "))
-        + QLatin1String(", not '") + name.left(LongestId) + u'\'');
-}
 
 int countIn(const QVariant &value)
 {
@@ -60,13 +30,6 @@ int countIn(const QVariant &value)
             + value.toString().left(LongestId) + u'\'');
     }
     return int(count);
-}
-
-QVariantMap attributesOf(const LedRequest &request)
-{
-    return {{QStringLiteral("id"), request.id}, {QStringLiteral("process"), request.process},
-        {QStringLiteral("color"), request.color}, {QStringLiteral("count"), request.count},
-        {QStringLiteral("shown"), request.shown}};
 }
 
 // When a process started; 0 for one that is gone.
@@ -87,22 +50,25 @@ QVariantMap savedOf(const LedRequest &request)
     return saved;
 }
 
-void setColor(LedRequest *led, const QVariant &name)
+void setColor(LedRequest *led, const QVariant &value)
 {
-    const Color &color = colorNamed(name);
-    led->color = QLatin1String(color.name);
-    led->elements = color.elements;
+    const QString name = value.toString();
+    const auto elements = valueOf(ledColors(), name);
+    if (!elements) {
+        throw Error(QLatin1String("'color' is one of ") + wordsIn(ledColors()).join(QLatin1String(", "))
+            + QLatin1String(", not '") + name.left(LongestId) + u'\'');
+    }
+    led->color = name;
+    led->elements = *elements;
 }
 
 } // namespace
 
 LedPublisher::LedPublisher(const QString &facility, LedSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree), m_requests(source),
-      m_status(tree, Directory + QLatin1String("status")),
-      m_activity(tree, Directory + QLatin1String("activity"), 0640),
-      m_control(tree, Directory + QLatin1String("control"), requests(), &source)
+    : FieldsPublisher(facility, source, tree, {&ledFields()}, Unfollowed()), m_requests(source),
+      m_activity(tree, ledActivityFields().path(), ledActivityFields().mode()),
+      m_control(tree, LedControl, requests(), &source)
 {
-    declare(m_status);
     connect(&m_requests, &LedRequests::changed, this, &LedPublisher::onRequestsChanged);
     connect(&m_control, &ControlObject::clientCame, this, &LedPublisher::onConnected);
     connect(&m_control, &ControlObject::clientGone, this, &LedPublisher::onGone);
@@ -135,32 +101,17 @@ RequestTable LedPublisher::requests()
         {QStringLiteral("cancelLED"), {}, answered(&LedPublisher::cancel)}};
 }
 
-void LedPublisher::publishState(const LedState &state)
-{
-    const auto text = [](bool on) { return on ? QStringLiteral("on") : QStringLiteral("off"); };
-    m_status.publish({{QStringLiteral("red"), text(state.lit.red)},
-        {QStringLiteral("green"), text(state.lit.green)}, {QStringLiteral("blue"), text(state.lit.blue)}});
-}
-
 void LedPublisher::onRequestsChanged()
 {
-    QVariantList requests;
-    QVariantList saved;
     const std::vector<LedRequest> &all = m_requests.current();
-    for (std::size_t i = all.size() - std::min(all.size(), MostTold); i < all.size(); ++i)
-        requests.append(attributesOf(all[i]));
+    QVariantList saved;
     for (const LedRequest &request : all)
         saved.append(savedOf(request));
-    QVariantMap activity{
-        {QStringLiteral("requests"), requests}, {QStringLiteral("flashes"), m_requests.flashes()}};
-    if (const auto &last = m_requests.last()) {
-        QVariantMap ended = attributesOf(last->first);
-        ended.insert(QStringLiteral("end"), last->second);
-        activity.insert(QStringLiteral("last"), ended);
-    }
     tree().store().save(facility(), {{QStringLiteral("requests"), saved}});
     holdClients();
-    m_activity.publish(activity);
+    const std::size_t told = std::min(all.size(), MostTold);
+    m_activity.publish(ledActivityFields().attributes(
+        {{all.end() - qsizetype(told), all.end()}, m_requests.flashes(), m_requests.last()}));
 }
 
 // A connection with a request under way gives way to nobody.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "led/LedRequests.hpp"
-#include "publishing/Publisher.hpp"
+#include "publishing/FieldsPublisher.hpp"
 
 #include <set>
 
@@ -16,7 +16,7 @@ namespace oz::services {
  * by "/pps/services/led/activity", to the services' user and group alone, as it names processes: "requests",
  * the newest 50 of them, the newest last, "last" and "flashes".
  */
-class LedPublisher final : public PublisherOf<LedSource>
+class LedPublisher final : public FieldsPublisher<LedSource>
 {
 public:
     LedPublisher(const QString &facility, LedSource &source, Tree &tree);
@@ -30,7 +30,6 @@ private:
         qulonglong started = 0;
     };
 
-    void publishState(const LedState &state) override;
     void onRequestsChanged();
     void holdClients();
     [[nodiscard]] RequestTable requests();
@@ -43,7 +42,6 @@ private:
     void forgetOrphans();
 
     LedRequests m_requests;
-    StatePublisher m_status;
     StatePublisher m_activity;
     ControlObject m_control;
     std::map<quint64, Process> m_clients; // the process of each connection

@@ -2,13 +2,23 @@
 
 namespace oz::services {
 
-SimulatedLed::SimulatedLed(const JsonNode &section, SimulatedPhone &)
+const Settings<SimulatedLed> &SimulatedLed::table()
 {
-    const QString on = QStringLiteral("on-seconds");
-    const QString off = QStringLiteral("off-seconds");
-    section.allowOnly({on, off});
-    m_state.flashTime = section.seconds(on, 0.25, 0.001, 60);
-    m_state.darkTime = section.seconds(off, 0.25, 0.001, 60);
+    using C = SettingColumns<SimulatedLed>;
+    static const auto of = [](auto member) {
+        return [member](auto &part) -> auto & { return part.m_state.*member; };
+    };
+    static const Settings<SimulatedLed> table{
+        {"on-seconds", C::seconds(of(&LedState::flashTime), 0.001, 60), 0.25, "how long a flash is"},
+        {"off-seconds", C::seconds(of(&LedState::darkTime), 0.001, 60), 0.25,
+            "how long it is off between two"},
+    };
+    return table;
+}
+
+SimulatedLed::SimulatedLed(const JsonNode &section, SimulatedParts &)
+{
+    read(section, settings({}));
     know(m_state);
 }
 

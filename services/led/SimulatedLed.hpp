@@ -1,22 +1,19 @@
 #pragma once
 
-#include "led/LedSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "led/Led.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
-/*! The phone's notification LED: the section "led". */
-class SimulatedLed final : public LedSource, public SimulatedPart
+/*! The phone's notification LED: the section "led". The service has the requests; what is lit follows from
+ * them. */
+class SimulatedLed final : public LedSource, public PartOfTable<SimulatedLed>
 {
 public:
-    SimulatedLed(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedLed(const JsonNode &section, SimulatedParts &phone);
 
+    [[nodiscard]] static const Settings<SimulatedLed> &table();
     void light(const LedState::Elements &elements, const Done &done) override;
-
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override { return {}; }
-    /*! The service has the requests; what is lit follows from them. */
-    [[nodiscard]] QVariantMap saved() const override { return {}; }
-    void restore(const QVariantMap &) override { }
 
 private:
     LedState m_state;

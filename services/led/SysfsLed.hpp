@@ -1,6 +1,6 @@
 #pragma once
 
-#include "led/LedSource.hpp"
+#include "led/Led.hpp"
 #include "linux/UdevMonitor.hpp"
 #include "linux/Worker.hpp"
 

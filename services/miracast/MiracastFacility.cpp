@@ -6,7 +6,9 @@ namespace oz::services {
 
 Facility miracastFacility()
 {
-    return describeFacility<MiracastSource, MiracastPublisher, SimulatedMiracast>(QStringLiteral("miracast"));
+    return describeFacility<MiracastSource, SimulatedMiracast>(QStringLiteral("miracast"), {&miracastFields(), &sinkFields()})
+        .asked(miracastRequests())
+        .publishedBy<MiracastPublisher>();
 }
 
 } // namespace oz::services

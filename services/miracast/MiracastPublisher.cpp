@@ -13,14 +13,9 @@ namespace {
 using Result = MiracastSource::Result;
 using Stop = MiracastState::Stop;
 
-const QString MiracastPpsDir = QStringLiteral("/pps/services/miracast/");
 constexpr int MaxTextSize = 256; // of what a request is called by
 constexpr int MaxOpenOfProcess = 10; // a flood of one process does not keep the user's others waiting
 constexpr int MaxOpenOfUser = 50;
-
-// In the order of the enumerations.
-constexpr const char *ConnectionTexts[] = {"DISCONNECTED", "CONNECTING", "CONNECTED"};
-constexpr const char *SessionTexts[] = {"STOPPED", "PLAYING", "PAUSED"};
 
 // As clients know them.
 int codeOf(Result result)
@@ -52,63 +47,6 @@ int codeOf(Result result)
     return -1010;
 }
 
-int stopReasonOf(const MiracastState &state)
-{
-    switch (state.stop) {
-    case Stop::None:
-        return 0;
-    case Stop::Internal:
-        return 1;
-    case Stop::Application:
-        return 2;
-    case Stop::NotSupported:
-        return 4;
-    case Stop::Policy:
-        return 5;
-    case Stop::WiFi:
-        return 6 + state.wiFiFailure;
-    }
-    return 1;
-}
-
-QVariantMap mapOf(const MiracastState::Sink &sink)
-{
-    return {{QStringLiteral("name"), sink.name}, {QStringLiteral("mac"), sink.address},
-        {QStringLiteral("type"), sink.type}};
-}
-
-QVariantMap statusOf(const MiracastState &state)
-{
-    QVariantMap status{
-        {QStringLiteral("sink_device"), mapOf(state.sink)},
-        {QStringLiteral("sink_state"), QLatin1String(ConnectionTexts[int(state.connection)])},
-        {QStringLiteral("session"), QLatin1String(SessionTexts[int(state.session)])},
-        {QStringLiteral("session_id"), state.sessionId},
-        {QStringLiteral("sink_resolution"),
-            QVariantMap{{QStringLiteral("width"), state.resolution.width()},
-                {QStringLiteral("height"), state.resolution.height()}}},
-        {QStringLiteral("service_stop_reason"), stopReasonOf(state)},
-        {QStringLiteral("service_status"),
-            state.stop == Stop::None ? QStringLiteral("RUNNING") : QStringLiteral("STOPPED")},
-    };
-    if (state.application) {
-        status.insert(QStringLiteral("app_context"),
-            QVariantMap{{QStringLiteral("name"), state.application->name},
-                {QStringLiteral("persistent"), state.application->persistent}});
-    }
-    return status;
-}
-
-// Named so that their order is that of the list.
-QVariantMap sinksOf(const QList<MiracastState::Sink> &sinks)
-{
-    QVariantMap attributes;
-    for (const MiracastState::Sink &sink : sinks)
-        attributes.insert(
-            QStringLiteral("sink%1").arg(attributes.size() + 1, 4, 10, QChar(u'0')), mapOf(sink));
-    return attributes;
-}
-
 // What can be read of a malformed message: the first line of each name that is well-formed by itself.
 QVariantMap readableOf(const QByteArray &message)
 {
@@ -136,7 +74,7 @@ class MiracastPublisher::Control final : public ServedObject
 {
 public:
     Control(MiracastPublisher &publisher, Tree &tree)
-        : ServedObject(tree, MiracastPpsDir + QLatin1String("control")), m_publisher(publisher)
+        : ServedObject(tree, MiracastControl), m_publisher(publisher)
     {
     }
 
@@ -170,8 +108,8 @@ private:
 };
 
 MiracastPublisher::MiracastPublisher(const QString &facility, MiracastSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree), m_status(tree, MiracastPpsDir + QLatin1String("status")),
-      m_sinks(tree, MiracastPpsDir + QLatin1String("sinks")), m_requests(requests()),
+    : PublisherOf(facility, source, tree), m_status(tree, miracastFields().path()),
+      m_sinks(tree, sinkFields().path()), m_requests(requests()),
       m_faults(faultWords(m_requests), {QStringLiteral("CODE"), -9999, -1},
           {Fault::AnswerLate, Fault::NeverAnswer}),
       m_control(std::make_unique<Control>(*this, tree))
@@ -189,8 +127,8 @@ MiracastPublisher::~MiracastPublisher() = default;
 
 void MiracastPublisher::publishState(const MiracastState &state)
 {
-    m_sinks.publish(sinksOf(state.sinks));
-    m_told = statusOf(state);
+    m_sinks.publish(sinkFields().attributes(state));
+    m_told = miracastFields().attributes(state);
     publishStatus();
 }
 

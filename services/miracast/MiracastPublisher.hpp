@@ -1,6 +1,6 @@
 #pragma once
 
-#include "miracast/MiracastSource.hpp"
+#include "miracast/Miracast.hpp"
 #include "publishing/Publisher.hpp"
 
 #include <QHash>

@@ -3,7 +3,7 @@
 #include "display/SimulatedDisplays.hpp"
 #include "hardware/SimulatedHardware.hpp"
 #include "phone/ShippedPhone.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <QUuid>
 
@@ -14,6 +14,8 @@ namespace {
 using Application = MiracastState::Application;
 using Stop = MiracastState::Stop;
 
+// In the phone's file, and of what is saved.
+const QString Sinks = QStringLiteral("sinks");
 const QString Comes = QStringLiteral("sink-appears");
 const QString Goes = QStringLiteral("sink-goes");
 constexpr int WiFiCode = 6; // the first of the verb "stop" for failures of Wi-Fi Direct
@@ -27,18 +29,49 @@ Stop stopOf(int code)
 
 } // namespace
 
-SimulatedMiracast::SimulatedMiracast(const JsonNode &section, SimulatedPhone &phone)
+const Settings<SimulatedMiracast> &SimulatedMiracast::table()
+{
+    using M = SimulatedMiracast;
+    using C = SettingColumns<SimulatedMiracast>;
+    static const Settings<SimulatedMiracast> table{
+        {"scan-seconds", C::seconds(&M::m_scanTime, 0, 3'600), 3, "0 to 3600"},
+        {"connect-seconds", C::seconds(&M::m_connectTime, 0, 3'600), 2,
+            "from a request to the session, or to its failure"},
+    };
+    return table;
+}
+
+const Settings<SimulatedMiracast::Known> &SimulatedMiracast::sinkTable()
+{
+    using K = Known;
+    using C = SettingColumns<Known>;
+    constexpr double mostPixels = 65535;
+    static const auto of = [](auto member) {
+        return [member](auto &known) -> auto & { return known.sink.*member; };
+    };
+    static const Settings<Known> table{
+        {"name", C::text(of(&MiracastState::Sink::name)), QString(), "any text"},
+        {"address", C::hardwareAddress(of(&MiracastState::Sink::address)), QString(), ""},
+        {"type", C::text(of(&MiracastState::Sink::type)), QStringLiteral("7-0050F204-1"),
+            "of Wi-Fi Protected Setup: category, organisation and sub-category"},
+        {"in-range", C::truth(&K::inRange).kept(), true, ""},
+        {"accepts", C::truth(&K::accepts), true, "false: refuses every connection"},
+        {"pin", C::textOrNone(&K::pin).asPrivate(), {}, "which it wants; null or none: it wants no PIN"},
+        {"width", C::number(&K::width, 1, mostPixels, "px"), 1280, "pixels of a session"},
+        {"height", C::number(&K::height, 1, mostPixels, "px"), 720, ""},
+    };
+    return table;
+}
+
+SimulatedMiracast::SimulatedMiracast(const JsonNode &section, SimulatedParts &phone)
     : m_displays(phone.part<SimulatedDisplays>()),
       m_supported(phone.part<SimulatedHardware>()->hasMiracast()),
       m_stop(m_supported ? Stop::None : Stop::NotSupported), m_scanning(phone.clock()),
       m_connecting(phone.clock())
 {
-    const QString sinks = QStringLiteral("sinks");
-    section.allowOnly({QStringLiteral("scan-seconds"), QStringLiteral("connect-seconds"), sinks});
-    m_scanTime = section.seconds(QStringLiteral("scan-seconds"), 3);
-    m_connectTime = section.seconds(QStringLiteral("connect-seconds"), 2);
+    read(section, settings({}), {Sinks});
     const JsonNode all =
-        (section.contains(sinks) ? section : shippedSection(QStringLiteral("miracast"))).map(sinks);
+        (section.contains(Sinks) ? section : shippedSection(QStringLiteral("miracast"))).map(Sinks);
     for (const auto &member : all.members())
         readSink(member.first, all.map(member.first));
 
@@ -50,26 +83,22 @@ SimulatedMiracast::SimulatedMiracast(const JsonNode &section, SimulatedPhone &ph
 
 void SimulatedMiracast::readSink(const QString &key, const JsonNode &node)
 {
-    constexpr int maxPixels = 65535;
     const QString address = QStringLiteral("address");
-    node.allowOnly({QStringLiteral("name"), address, QStringLiteral("type"), QStringLiteral("in-range"),
-        QStringLiteral("accepts"), QStringLiteral("pin"), QStringLiteral("width"), QStringLiteral("height")});
-    const QString place = QString::number(0x200 + m_keys.size() + 1, 16).rightJustified(4, u'0');
     Known known;
-    known.sink.address = node.hardwareAddress(
-        address, QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+    std::vector<Setting> settings = sinkTable().of(&known);
+    const QString place = QString::number(0x200 + m_keys.size() + 1, 16).rightJustified(4, u'0');
+    for (Setting &setting : settings) {
+        if (setting.key == u"name")
+            setting.initial = key;
+        else if (setting.key == address)
+            setting.initial = QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+    }
+    read(node, settings);
     for (const auto &[other, sink] : m_sinks) {
         // Whatever its case, it is one address.
         if (sink.sink.address.compare(known.sink.address, Qt::CaseInsensitive) == 0)
             node.fail(QLatin1String("is that of ") + other, address);
     }
-    known.sink.name = node.text(QStringLiteral("name"), key);
-    known.sink.type = node.text(QStringLiteral("type"), QStringLiteral("7-0050F204-1"));
-    known.inRange = node.boolean(QStringLiteral("in-range"), true);
-    known.accepts = node.boolean(QStringLiteral("accepts"), true);
-    known.pin = node.identifier(QStringLiteral("pin"), {}).value_or(QString());
-    known.resolution = {node.integer(QStringLiteral("width"), 1280, 1, maxPixels),
-        node.integer(QStringLiteral("height"), 720, 1, maxPixels)};
     m_keys.append(key);
     m_sinks.emplace(key, known);
 }
@@ -158,7 +187,7 @@ void SimulatedMiracast::enterSession(const QString &word, const QString &key)
 void SimulatedMiracast::beginSession(const QString &key)
 {
     const Known &known = m_sinks.at(key);
-    const int display = m_displays->addWireless(known.sink.name, known.resolution);
+    const int display = m_displays->addWireless(wirelessDisplayName(known.sink.name), known.size());
     m_session = Running{key, QUuid::createUuid().toString(QUuid::WithoutBraces), display};
 }
 
@@ -188,7 +217,7 @@ void SimulatedMiracast::tell()
         state.sink = m_sinks.at(m_session->key).sink;
         state.session = m_session->paused ? MiracastState::Session::Paused : MiracastState::Session::Playing;
         state.sessionId = m_session->id;
-        if (const DisplayState::Display *display = m_displays->find(m_session->display))
+        if (const Display *display = m_displays->find(m_session->display))
             state.resolution = display->size;
     }
     know(state);
@@ -379,12 +408,12 @@ void SimulatedMiracast::onDisplaysChanged()
     tell();
 }
 
-QVariantMap SimulatedMiracast::saved() const
+QVariantMap SimulatedMiracast::saved()
 {
-    QVariantMap inRange;
-    for (const auto &[key, known] : m_sinks)
-        inRange.insert(key, known.inRange);
-    QVariantMap saved{{QStringLiteral("in-range"), inRange}, {QStringLiteral("visible"), m_visible},
+    QVariantMap sinks;
+    for (auto &[key, known] : m_sinks)
+        sinks.insert(key, savedOf(sinkTable().of(&known)));
+    QVariantMap saved{{Sinks, sinks}, {QStringLiteral("visible"), m_visible},
         {QStringLiteral("stop"), int(m_stop)}, {QStringLiteral("wifi-failure"), m_wiFiFailure}};
     if (m_application) {
         saved.insert(QStringLiteral("application"),
@@ -403,9 +432,9 @@ QVariantMap SimulatedMiracast::saved() const
 // A scan, or a sink that was being connected, has ended with the daemon.
 void SimulatedMiracast::restore(const QVariantMap &saved)
 {
-    const QVariantMap inRange = saved.value(QStringLiteral("in-range")).toMap();
+    const QVariantMap sinks = saved.value(Sinks).toMap();
     for (auto &[key, known] : m_sinks)
-        known.inRange = inRange.value(key, known.inRange).toBool();
+        (void)restoreTo(sinkTable().of(&known), sinks.value(key).toMap());
     m_visible.clear();
     m_application.reset();
     m_session.reset();
@@ -429,7 +458,7 @@ void SimulatedMiracast::restore(const QVariantMap &saved)
     } else {
         // The daemon may have died between what the displays and what this part saved.
         for (const auto &[name, known] : m_sinks)
-            m_displays->removeWireless(known.sink.name);
+            m_displays->removeWireless(wirelessDisplayName(known.sink.name));
     }
     tell();
 }

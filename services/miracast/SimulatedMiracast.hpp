@@ -1,7 +1,7 @@
 #pragma once
 
-#include "miracast/MiracastSource.hpp"
-#include "phone/SimulatedPhone.hpp"
+#include "miracast/Miracast.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
@@ -12,14 +12,15 @@ class SimulatedHardware;
  * The phone's wireless displays: the section "miracast". While one is connected it is among the displays,
  * too; when that is taken away the session ends.
  */
-class SimulatedMiracast final : public MiracastSource, public SimulatedPart
+class SimulatedMiracast final : public MiracastSource, public PartOfTable<SimulatedMiracast>
 {
 public:
-    SimulatedMiracast(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedMiracast(const JsonNode &section, SimulatedParts &phone);
 
+    [[nodiscard]] static const Settings<SimulatedMiracast> &table();
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
-    [[nodiscard]] QVariantMap saved() const override;
+    [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
 
     void scan(const Done &done) override;
@@ -37,7 +38,10 @@ private:
         bool inRange = true;
         bool accepts = true;
         QString pin; // empty for none
-        QSize resolution;
+        int width = 0; // pixels
+        int height = 0;
+
+        [[nodiscard]] QSize size() const { return {width, height}; }
     };
     // What is being connected.
     struct Attempt
@@ -54,6 +58,7 @@ private:
         bool paused = false;
     };
 
+    [[nodiscard]] static const Settings<Known> &sinkTable();
     void readSink(const QString &key, const JsonNode &node);
     Known &sinkCalled(const QString &key);
     void see(const QStringList &keys);

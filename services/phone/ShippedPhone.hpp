@@ -1,6 +1,6 @@
 #pragma once
 
-#include "phone/PhoneFile.hpp"
+#include "phone/JsonNode.hpp"
 
 namespace oz::services {
 

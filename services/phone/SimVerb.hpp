@@ -1,6 +1,6 @@
 #pragma once
 
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <QMap>
 #include <QString>

@@ -1,6 +1,6 @@
 #include "phone/SimulatedPhone.hpp"
 
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 #include "publishing/Log.hpp"
 #include "publishing/StateStore.hpp"
 
@@ -14,7 +14,6 @@ namespace oz::services {
 namespace {
 
 const QString ClockName = QStringLiteral("clock");
-constexpr int MostAttempts = 4; // to find what is wrong in what was saved
 
 // The phone's own time, as a part that is in no file.
 class ClockPart final : public SimulatedPart
@@ -42,7 +41,7 @@ public:
                 .with([this] { return QString::number(m_clock.speed()); }),
         };
     }
-    [[nodiscard]] QVariantMap saved() const override { return {}; }
+    [[nodiscard]] QVariantMap saved() override { return {}; }
     void restore(const QVariantMap &) override { }
 
 private:
@@ -79,34 +78,30 @@ QVariantMap describeChoices(const QMap<QString, SimChoice> &choices)
     return described;
 }
 
-// Restores a part from what was saved at a place. A value that the part does not make its own, as the file
-// was damaged, is left as the phone's file has it.
+// The paths of the values in \a saved that are not in \a now.
+QStringList lostOf(const QJsonObject &saved, const QJsonObject &now)
+{
+    QStringList lost;
+    for (auto each = saved.begin(); each != saved.end(); ++each) {
+        const QJsonValue kept = now.value(each.key());
+        if (each->isObject() && kept.isObject() && !each->toObject().isEmpty()) {
+            for (const QString &path : lostOf(each->toObject(), kept.toObject()))
+                lost.append(each.key() + u'.' + path);
+        } else if (kept != each.value()) {
+            lost.append(each.key());
+        }
+    }
+    return lost;
+}
+
+// Restores a part from what was saved at a place, which may have been damaged since.
 void restore(SimulatedPart &part, const QVariantMap &saved, const QString &place)
 {
-    const QVariantMap before = part.saved();
-    QVariantMap fitting = saved;
-    QStringList wrong;
-    // What is left out may be what another value needs.
-    for (int attempt = 0; attempt < MostAttempts; ++attempt) {
-        part.restore(fitting);
-        const QJsonObject now = QJsonObject::fromVariantMap(part.saved());
-        const QJsonObject wanted = QJsonObject::fromVariantMap(fitting);
-        const qsizetype known = wrong.size();
-        for (auto each = wanted.begin(); each != wanted.end(); ++each) {
-            if (now.value(each.key()) == each.value())
-                continue;
-            wrong.append(each.key());
-            if (before.contains(each.key()))
-                fitting.insert(each.key(), before.value(each.key()));
-            else
-                fitting.remove(each.key());
-        }
-        if (wrong.size() == known)
-            break;
-    }
-    wrong.removeDuplicates();
-    if (!wrong.isEmpty()) {
-        qCWarning(logServices).noquote() << place + QLatin1String(": '") + wrong.join(QLatin1String("', '"))
+    part.restore(saved);
+    const QStringList lost =
+        lostOf(QJsonObject::fromVariantMap(saved), QJsonObject::fromVariantMap(part.saved()));
+    if (!lost.isEmpty()) {
+        qCWarning(logServices).noquote() << place + QLatin1String(": '") + lost.join(QLatin1String("', '"))
                 + QLatin1String("' ignored, as it does not fit");
     }
 }
@@ -121,17 +116,17 @@ SimulatedPhone::SimulatedPhone(
         names.append(description.name);
     file.allowOnly(names);
     for (const PartDescription &description : parts)
-        m_parts.emplace_back(description.name, description.make(file.map(description.name), *this));
+        add(description.name, description.make(file.map(description.name), *this));
 
     const QString phone = QStringLiteral("phone");
     const QVariantMap identity{{QStringLiteral("file"), file.fingerprint()}};
     const bool isTheSame = store.load(phone) == identity;
     const auto entryOf = [](const QString &name) { return QString(QLatin1String("phone-") + name); };
-    for (const auto &[name, part] : m_parts) {
+    for (const auto &[name, part] : all()) {
         if (const QVariantMap saved = store.load(entryOf(name)); isTheSame && !saved.isEmpty())
             restore(*part, saved, store.placeOf(entryOf(name)));
     }
-    for (const auto &[name, part] : m_parts) {
+    for (const auto &[name, part] : all()) {
         const auto save = [this, &store, entry = entryOf(name), saving = part.get()] {
             store.save(entry, saving->saved());
             tellChange();
@@ -140,8 +135,9 @@ SimulatedPhone::SimulatedPhone(
         part->onSave(save);
     }
     store.save(phone, identity);
-    m_parts.emplace_back(ClockName, std::make_shared<ClockPart>(m_clock));
-    m_parts.back().second->onSave([this] { tellChange(); });
+    const auto time = std::make_shared<ClockPart>(clock());
+    time->onSave([this] { tellChange(); });
+    add(ClockName, time);
 }
 
 SimulatedPhone::~SimulatedPhone() = default;
@@ -155,12 +151,12 @@ void SimulatedPhone::tellChange() const
 void SimulatedPhone::run(const QString &name, QStringList words)
 {
     QStringList names;
-    for (const auto &[known, part] : m_parts)
+    for (const auto &[known, part] : all())
         names.append(known);
     QStringList path{name};
     words.prepend(name);
     takeWord(QStringLiteral("the simulated phone"), names, &words);
-    SimulatedPart &part = *m_parts[std::size_t(names.indexOf(name))].second;
+    SimulatedPart &part = *all()[std::size_t(names.indexOf(name))].second;
 
     QString instance;
     if (const QStringList instances = part.instances(); instances != QStringList{QString()}) {
@@ -190,7 +186,7 @@ std::vector<SimVerb> SimulatedPhone::verbsOf(
 QVariantMap SimulatedPhone::describe() const
 {
     QVariantMap parts;
-    for (const auto &[name, part] : m_parts) {
+    for (const auto &[name, part] : all()) {
         QVariantMap described;
         const QStringList instances = part->instances();
         if (instances != QStringList{QString()})
@@ -219,7 +215,7 @@ QVariantMap SimulatedPhone::values() const
 {
     QVariantMap parts;
     QVariantList neighbours;
-    for (const auto &[name, part] : m_parts) {
+    for (const auto &[name, part] : all()) {
         QVariantMap instances;
         for (const QString &instance : part->instances()) {
             QVariantMap values;

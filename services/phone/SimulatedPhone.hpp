@@ -1,8 +1,6 @@
 #pragma once
 
-#include "phone/PhoneClock.hpp"
-#include "phone/PhoneFile.hpp"
-#include "phone/SimVerb.hpp"
+#include "phone/SimulatedPart.hpp"
 
 #include <QStringList>
 #include <QVariantMap>
@@ -13,67 +11,13 @@
 
 namespace oz::services {
 
-class SimulatedPhone;
 class StateStore;
-
-/*! One part of the simulated phone, which feeds a facility. */
-class SimulatedPart
-{
-public:
-    virtual ~SimulatedPart() = default;
-    /*! The names of its instances, one of which stands before each verb; an only one needs no name. */
-    [[nodiscard]] virtual QStringList instances() const { return {QString()}; }
-    /*! What \a instance can be told; all instances can be told the same. */
-    [[nodiscard]] virtual std::vector<SimVerb> verbs(const QString &instance) = 0;
-
-    /*! Something around the phone, in range or not. */
-    struct Neighbour
-    {
-        QString name; //!< as verbs call it
-        QString title; //!< for people
-        bool inRange;
-    };
-    struct Neighbourhood
-    {
-        QString comes; //!< the verb that brings one of them into range
-        QString goes; //!< and that takes it out
-        QList<Neighbour> neighbours;
-    };
-    [[nodiscard]] virtual Neighbourhood neighbourhood() const { return {}; }
-
-    /*! What it has to know again after the daemon died, beside what the phone's file says. */
-    [[nodiscard]] virtual QVariantMap saved() const = 0;
-    /*! Goes on from what it saved, also when it did so before. It passes over what makes no sense, so that
-     * saved() shows that it was not taken. */
-    virtual void restore(const QVariantMap &saved) = 0;
-
-    /*! Is called with each change of saved(). */
-    void onSave(std::function<void()> save) { m_save = std::move(save); }
-
-protected:
-    /*! To be called where saved() may have changed, and before anybody hears of that. */
-    void save() const
-    {
-        if (m_save)
-            m_save();
-    }
-
-private:
-    std::function<void()> m_save;
-};
-
-/*! How a part of the phone is made: from the section \a name of the phone's file. */
-struct PartDescription
-{
-    QString name;
-    std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedPhone &phone)> make;
-};
 
 /*!
  * The phone that there is not: one part a facility, set up from a commented JSON file and changed by verbs.
  * Its state outlives the daemon.
  */
-class SimulatedPhone
+class SimulatedPhone : public SimulatedParts
 {
 public:
     /*! Verbs that somebody else adds to those of a part's instance. */
@@ -88,21 +32,9 @@ public:
     SimulatedPhone(const SimulatedPhone &) = delete;
     SimulatedPhone &operator=(const SimulatedPhone &) = delete;
 
-    [[nodiscard]] PhoneClock &clock() { return m_clock; }
     /*! Is called when something may have changed, and before anybody hears of that. */
     void onChange(std::function<void()> change) { m_change = std::move(change); }
     void setFurtherVerbs(FurtherVerbs verbs) { m_furtherVerbs = std::move(verbs); }
-
-    /*! The part that is a \a PartType, of those that are made already. */
-    template <typename PartType>
-    [[nodiscard]] std::shared_ptr<PartType> part() const
-    {
-        for (const auto &[name, candidate] : m_parts) {
-            if (auto found = std::dynamic_pointer_cast<PartType>(candidate))
-                return found;
-        }
-        Q_UNREACHABLE();
-    }
 
     /*!
      * Does what \a words, "[INSTANCE] VERB [ARGUMENT...]", tell the part \a name; throws Error, which says
@@ -127,8 +59,6 @@ private:
     [[nodiscard]] std::vector<SimVerb> verbsOf(
         const QString &name, SimulatedPart &part, const QString &instance) const;
 
-    PhoneClock m_clock;
-    std::vector<std::pair<QString, std::shared_ptr<SimulatedPart>>> m_parts;
     FurtherVerbs m_furtherVerbs;
     std::function<void()> m_change;
 };

@@ -68,6 +68,9 @@ private:
 template <typename SourceType>
 class PublisherOf : public Publisher
 {
+public:
+    using Followed = SourceType;
+
 protected:
     PublisherOf(const QString &facility, SourceType &source, Tree &tree)
         : Publisher(facility, source, tree), m_source(source)

@@ -1,6 +1,6 @@
 #include "publishing/Tree.hpp"
 
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 #include "publishing/Log.hpp"
 
 #include <QStringList>

@@ -1,5 +1,7 @@
 #include "radio/ModemRadio.hpp"
 
+#include "cellular/ModemAccess.hpp"
+
 #include <QDBusArgument>
 
 #include <utility>
@@ -7,48 +9,6 @@
 namespace oz::services {
 
 namespace {
-
-constexpr uint EvdoAccess =
-    MM_MODEM_ACCESS_TECHNOLOGY_EVDO0 | MM_MODEM_ACCESS_TECHNOLOGY_EVDOA | MM_MODEM_ACCESS_TECHNOLOGY_EVDOB;
-constexpr uint GsmAccess = MM_MODEM_ACCESS_TECHNOLOGY_GSM | MM_MODEM_ACCESS_TECHNOLOGY_GSM_COMPACT
-    | MM_MODEM_ACCESS_TECHNOLOGY_GPRS | MM_MODEM_ACCESS_TECHNOLOGY_EDGE;
-constexpr uint HspaAccess =
-    MM_MODEM_ACCESS_TECHNOLOGY_HSDPA | MM_MODEM_ACCESS_TECHNOLOGY_HSUPA | MM_MODEM_ACCESS_TECHNOLOGY_HSPA;
-constexpr uint UmtsAccess =
-    MM_MODEM_ACCESS_TECHNOLOGY_UMTS | HspaAccess | MM_MODEM_ACCESS_TECHNOLOGY_HSPA_PLUS;
-
-constexpr struct
-{
-    uint access;
-    Technology technology;
-} Technologies[] = {
-    {GsmAccess, Technology::Gsm},
-    {UmtsAccess, Technology::Umts},
-    {MM_MODEM_ACCESS_TECHNOLOGY_1XRTT, Technology::Cdma1x},
-    {EvdoAccess, Technology::Evdo},
-    {MM_MODEM_ACCESS_TECHNOLOGY_LTE, Technology::Lte},
-};
-
-constexpr struct
-{
-    uint access;
-    CellularService service;
-} ModemServices[] = {
-    {MM_MODEM_ACCESS_TECHNOLOGY_GPRS, CellularService::Gprs},
-    {MM_MODEM_ACCESS_TECHNOLOGY_EDGE, CellularService::Edge},
-    {MM_MODEM_ACCESS_TECHNOLOGY_UMTS, CellularService::Umts},
-    {HspaAccess, CellularService::Hspa},
-    {MM_MODEM_ACCESS_TECHNOLOGY_HSPA_PLUS, CellularService::HspaPlus},
-    {MM_MODEM_ACCESS_TECHNOLOGY_1XRTT, CellularService::Cdma},
-    {MM_MODEM_ACCESS_TECHNOLOGY_EVDO0, CellularService::Evdo0},
-    {MM_MODEM_ACCESS_TECHNOLOGY_EVDOA | MM_MODEM_ACCESS_TECHNOLOGY_EVDOB, CellularService::EvdoA},
-    {MM_MODEM_ACCESS_TECHNOLOGY_LTE, CellularService::Lte},
-};
-
-// What carries data; GSM by itself does not.
-constexpr uint DataAccess = MM_MODEM_ACCESS_TECHNOLOGY_GPRS | MM_MODEM_ACCESS_TECHNOLOGY_EDGE | UmtsAccess
-    | MM_MODEM_ACCESS_TECHNOLOGY_1XRTT | EvdoAccess | MM_MODEM_ACCESS_TECHNOLOGY_LTE
-    | MM_MODEM_ACCESS_TECHNOLOGY_5GNR;
 
 // What a modem can do, by its capabilities and by the generations that it can be limited to.
 QList<Technology> technologiesOf(uint capabilities, uint modes)
@@ -66,7 +26,7 @@ QList<Technology> technologiesOf(uint capabilities, uint modes)
     return found;
 }
 
-RadioState::Bands bandsOf(const QList<uint> &bands)
+Radio::Bands bandsOf(const QList<uint> &bands)
 {
     static const QMap<uint, int> gsm{{MM_MODEM_BAND_EGSM, 900}, {MM_MODEM_BAND_DCS, 1800},
         {MM_MODEM_BAND_PCS, 1900}, {MM_MODEM_BAND_G850, 850}};
@@ -76,7 +36,7 @@ RadioState::Bands bandsOf(const QList<uint> &bands)
         {MM_MODEM_BAND_UTRAN_9, 9}, {MM_MODEM_BAND_UTRAN_10, 10}};
     static const QMap<uint, int> cdma{
         {MM_MODEM_BAND_CDMA_BC0, 0}, {MM_MODEM_BAND_CDMA_BC1, 1}, {MM_MODEM_BAND_CDMA_BC15, 15}};
-    RadioState::Bands found;
+    Radio::Bands found;
     for (const uint band : bands) {
         if (gsm.contains(band))
             found.gsm.append(gsm[band]);
@@ -92,43 +52,9 @@ RadioState::Bands bandsOf(const QList<uint> &bands)
 
 } // namespace
 
-QList<Technology> technologiesIn(uint accessTechnologies)
-{
-    QList<Technology> found;
-    for (const auto &entry : Technologies) {
-        if (accessTechnologies & entry.access)
-            found.append(entry.technology);
-    }
-    return found;
-}
-
-CellularServices servicesIn(uint accessTechnologies)
-{
-    CellularServices found;
-    for (const auto &entry : ModemServices)
-        found.setFlag(entry.service, accessTechnologies & entry.access);
-    found.setFlag(CellularService::Data, accessTechnologies & DataAccess);
-    return found;
-}
-
-bool isRegistered(uint registrationState)
-{
-    switch (registrationState) {
-    case MM_MODEM_3GPP_REGISTRATION_STATE_HOME:
-    case MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING:
-    case MM_MODEM_3GPP_REGISTRATION_STATE_HOME_SMS_ONLY:
-    case MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING_SMS_ONLY:
-    case MM_MODEM_3GPP_REGISTRATION_STATE_HOME_CSFB_NOT_PREFERRED:
-    case MM_MODEM_3GPP_REGISTRATION_STATE_ROAMING_CSFB_NOT_PREFERRED:
-        return true;
-    default:
-        return false;
-    }
-}
-
 void ModemRadio::look()
 {
-    RadioState state;
+    Radio state;
     switch (of(ModemInterface, "PowerState").toUInt()) {
     case MM_MODEM_POWER_STATE_ON:
         state.poweredOn = true;

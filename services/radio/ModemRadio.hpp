@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/ModemManager.hpp"
-#include "radio/RadioSource.hpp"
+#include "radio/Radio.hpp"
 
 namespace oz::services {
 
@@ -17,11 +17,5 @@ public:
 private:
     void look() override;
 };
-
-/*! The technologies, and the services, that a modem names as its access technologies. */
-[[nodiscard]] QList<Technology> technologiesIn(uint accessTechnologies);
-[[nodiscard]] CellularServices servicesIn(uint accessTechnologies);
-/*! Whether a modem with this state of registration is in a network that it may use. */
-[[nodiscard]] bool isRegistered(uint registrationState);
 
 } // namespace oz::services

@@ -7,8 +7,10 @@ namespace oz::services {
 
 Facility radioFacility()
 {
-    return describeFacility<RadioSource, RadioPublisher, SimulatedRadio>(QStringLiteral("radio"),
-        {modemKind<ModemRadio>(QStringLiteral("the radio of a modem, by ModemManager"))});
+    return describeFacility<RadioSource, SimulatedRadio>(QStringLiteral("radio"),
+        {&radioFields(), &radioChoiceFields()},
+        {modemKind<ModemRadio>(QStringLiteral("the radio of a modem, by ModemManager"))})
+        .publishedBy<RadioPublisher>();
 }
 
 } // namespace oz::services

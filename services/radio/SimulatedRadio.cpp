@@ -1,8 +1,8 @@
 #include "radio/SimulatedRadio.hpp"
 
 #include "cellular-network/SimulatedNetworks.hpp"
-#include "publishing/Error.hpp"
-#include "radio/CellularWords.hpp"
+#include "cellular/Cellular.hpp"
+#include "source/Error.hpp"
 
 #include <numeric>
 
@@ -17,72 +17,69 @@ QList<int> numbers(int first, int last)
     return all;
 }
 
+// A device that lists none does not say which it allows.
+std::optional<QVariant> seenEnabled(const SeenValues &seen)
+{
+    const QStringList enabled = seen("enabled").toStringList();
+    return enabled.isEmpty() ? std::nullopt : std::optional(QVariant(enabled));
+}
+
 } // namespace
 
-SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedPhone &phone)
+const Settings<SimulatedRadio> &SimulatedRadio::table()
+{
+    using R = SimulatedRadio;
+    using C = SettingColumns<SimulatedRadio>;
+    const QStringList technologies = wordsIn(technologyWords());
+    static const Settings<SimulatedRadio> table{
+        {"power", C::truth(&R::m_poweredOn), true, "", onOff("power", "switches the radio"), {"power"}},
+        {"technologies", C::list(&R::m_technologies, technologies), technologies, "of the hardware", {},
+            {"hardware"}},
+        {"enabled-technologies", C::list(&R::m_enabled, technologies), technologies, "by the user, of those",
+            told("enable", "TECHNOLOGY,...", "lets networks of these technologies serve, and no others"),
+            {.value = seenEnabled}},
+        {"services", C::list(&R::m_services, serviceWords()), serviceWords(), "of the hardware"},
+        {"data", C::truth(&R::m_data), true, "whether the user has switched mobile data on",
+            onOff("data", "switches mobile data"), {"data"}},
+        {"data-roaming", C::truth(&R::m_dataRoaming), false, "whether the user allows it while roaming",
+            onOff("data-roaming", "allows mobile data while roaming"), {"data-roaming"}},
+    };
+    return table;
+}
+
+SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedParts &phone)
     : m_networks(phone.part<SimulatedNetworks>())
 {
-    const QString technologies = QStringLiteral("technologies");
-    const QString enabled = QStringLiteral("enabled-technologies");
-    section.allowOnly({QStringLiteral("power"), technologies, enabled, QStringLiteral("services"),
-        QStringLiteral("bands"), QStringLiteral("data"), QStringLiteral("data-roaming")});
-    m_poweredOn = section.boolean(QStringLiteral("power"), true);
     m_technologies =
-        section.words(technologies, CellularWords::technologies(), CellularWords::technologies());
-    m_enabled = section.words(enabled, m_technologies, m_technologies);
-    m_state.technologies = CellularWords::technologiesOf(m_technologies);
-    m_state.services = CellularWords::servicesOf(
-        section.words(QStringLiteral("services"), CellularWords::services(), CellularWords::services()));
-    const JsonNode bands = section.map(QStringLiteral("bands"));
+        section.words(QStringLiteral("technologies"), wordsIn(technologyWords()), wordsIn(technologyWords()));
+    read(section, settings({}), {QStringLiteral("bands")});
+    readBands(section.map(QStringLiteral("bands")));
+    connect(m_networks.get(), &SimulatedNetworks::served, this, &SimulatedRadio::tell);
+    update();
+}
+
+// Of the technologies that the hardware has the user may allow some, and at first allows all.
+std::vector<Setting> SimulatedRadio::settings(const QString &instance)
+{
+    std::vector<Setting> settings = PartOfTable::settings(instance);
+    for (Setting &setting : settings) {
+        if (setting.key == u"enabled-technologies") {
+            setting.type.words = m_technologies;
+            setting.initial = m_technologies;
+        }
+    }
+    return settings;
+}
+
+void SimulatedRadio::readBands(const JsonNode &bands)
+{
     bands.allowOnly(
         {QStringLiteral("cdma"), QStringLiteral("gsm"), QStringLiteral("umts"), QStringLiteral("lte")});
-    m_state.bands = RadioState::Bands{
+    m_bands = {
         .cdma = bands.integers(QStringLiteral("cdma"), {0, 1}, {0, 1, 15}),
         .gsm = bands.integers(QStringLiteral("gsm"), {850, 900, 1800, 1900}, {850, 900, 1800, 1900}),
         .umts = bands.integers(QStringLiteral("umts"), {1, 2, 5, 8}, numbers(1, 10)),
         .lte = bands.integers(QStringLiteral("lte"), {3, 7, 20}, numbers(1, 31)),
-    };
-    m_data = section.boolean(QStringLiteral("data"), true);
-    m_dataRoaming = section.boolean(QStringLiteral("data-roaming"), false);
-    connect(m_networks.get(), &SimulatedNetworks::served, this, &SimulatedRadio::tell);
-    allowNetworks();
-}
-
-std::vector<SimVerb> SimulatedRadio::verbs(const QString &)
-{
-    const QString technologies = QStringLiteral("TECHNOLOGY,...");
-    return {
-        SimVerb::onOff(
-            QStringLiteral("power"), QStringLiteral("switches the radio"),
-            [this](bool on) {
-                m_poweredOn = on;
-                allowNetworks();
-            },
-            [this] { return m_poweredOn; }),
-        SimVerb{QStringLiteral("enable"), {technologies},
-            QStringLiteral("lets networks of these technologies serve, and no others"),
-            [this](const QStringList &words) {
-                const QStringList wanted = words[0].split(u',', Qt::SkipEmptyParts);
-                for (const QString &technology : wanted)
-                    (void)SimArgument::oneOf(technology, m_technologies);
-                m_enabled = wanted;
-                allowNetworks();
-            }}
-            .with([this] { return m_enabled.join(u','); }, {{technologies, {m_technologies}}}),
-        SimVerb::onOff(
-            QStringLiteral("data"), QStringLiteral("switches mobile data"),
-            [this](bool on) {
-                m_data = on;
-                tell();
-            },
-            [this] { return m_data; }),
-        SimVerb::onOff(
-            QStringLiteral("data-roaming"), QStringLiteral("allows mobile data while roaming"),
-            [this](bool on) {
-                m_dataRoaming = on;
-                tell();
-            },
-            [this] { return m_dataRoaming; }),
     };
 }
 
@@ -97,7 +94,7 @@ QString SimulatedRadio::dataObstacle() const
         return QStringLiteral("the radio is off");
     if (!m_data)
         return QStringLiteral("mobile data is off");
-    const CellularNetworkState::Network *network = m_networks->dataNetwork();
+    const CellularNetworks::Network *network = m_networks->dataNetwork();
     if (!network)
         return QStringLiteral("no network offers data");
     if (network->isRoaming() && !m_dataRoaming)
@@ -105,39 +102,23 @@ QString SimulatedRadio::dataObstacle() const
     return {};
 }
 
-QVariantMap SimulatedRadio::saved() const
-{
-    return {{QStringLiteral("power"), m_poweredOn}, {QStringLiteral("enabled"), m_enabled},
-        {QStringLiteral("data"), m_data}, {QStringLiteral("data-roaming"), m_dataRoaming}};
-}
-
-void SimulatedRadio::restore(const QVariantMap &saved)
-{
-    m_poweredOn = saved.value(QStringLiteral("power")).toBool();
-    m_data = saved.value(QStringLiteral("data")).toBool();
-    m_dataRoaming = saved.value(QStringLiteral("data-roaming")).toBool();
-    m_enabled.clear();
-    for (const QString &technology : saved.value(QStringLiteral("enabled")).toStringList()) {
-        if (m_technologies.contains(technology))
-            m_enabled.append(technology);
-    }
-    allowNetworks();
-}
-
 // Ends with tell(), through the networks.
-void SimulatedRadio::allowNetworks()
+void SimulatedRadio::update()
 {
-    m_networks->allow(m_poweredOn ? CellularWords::technologiesOf(m_enabled) : QList<Technology>());
+    m_networks->allow(m_poweredOn ? technologiesOf(m_enabled) : QList<Technology>());
 }
 
 void SimulatedRadio::tell()
 {
     save();
-    RadioState state = m_state;
-    state.poweredOn = m_poweredOn;
-    state.enabledTechnologies = CellularWords::technologiesOf(m_enabled);
-    state.networks = m_networks->servingTechnologies();
-    know(state);
+    Radio radio;
+    radio.poweredOn = m_poweredOn;
+    radio.technologies = technologiesOf(m_technologies);
+    radio.services = servicesOf(m_services);
+    radio.bands = m_bands;
+    radio.enabledTechnologies = technologiesOf(m_enabled);
+    radio.networks = m_networks->servingTechnologies();
+    know(radio);
     Q_EMIT dataChanged();
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "radio/RadioSource.hpp"
+#include "radio/Radio.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
@@ -11,16 +11,15 @@ class SimulatedNetworks;
  * The phone's radio: the section "radio". It decides which networks may serve, and whether there is mobile
  * data.
  */
-class SimulatedRadio final : public RadioSource, public SimulatedPart
+class SimulatedRadio final : public RadioSource, public PartOfTable<SimulatedRadio>
 {
     Q_OBJECT
 
 public:
-    SimulatedRadio(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedRadio(const JsonNode &section, SimulatedParts &phone);
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
+    [[nodiscard]] static const Settings<SimulatedRadio> &table();
+    [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
 
     /*! Whether the user has switched mobile data on. */
     [[nodiscard]] bool isDataOn() const { return m_data; }
@@ -36,16 +35,18 @@ Q_SIGNALS:
     void dataChanged();
 
 private:
-    void allowNetworks();
+    void readBands(const JsonNode &bands);
+    void update() override;
     void tell();
 
     std::shared_ptr<SimulatedNetworks> m_networks;
-    RadioState m_state; // what the hardware is
-    QStringList m_technologies; // of the hardware
+    Radio::Bands m_bands; // of the hardware, like the next two
+    QStringList m_services;
+    QStringList m_technologies;
     QStringList m_enabled; // technologies
-    bool m_poweredOn;
-    bool m_data;
-    bool m_dataRoaming;
+    bool m_poweredOn = false;
+    bool m_data = false;
+    bool m_dataRoaming = false;
 };
 
 } // namespace oz::services

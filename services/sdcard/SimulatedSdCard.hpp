@@ -1,25 +1,25 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "sdcard/SdCardSource.hpp"
+#include "sdcard/SdCard.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
-/*! The phone's card slot: the section "sdcard" with "mounted" and "busy". */
-class SimulatedSdCard final : public SdCardSource, public SimulatedPart
+/*! The phone's card slot: the section "sdcard". */
+class SimulatedSdCard final : public SdCardSource, public PartOfTable<SimulatedSdCard>
 {
 public:
-    SimulatedSdCard(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedSdCard(const JsonNode &section, SimulatedParts &phone);
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
+    [[nodiscard]] static const Settings<SimulatedSdCard> &table();
 
 private:
-    void become(bool mounted, bool busy);
+    void setMounted(bool mounted);
+    void setBusy(bool busy);
+    void update() override;
 
-    bool m_mounted;
-    bool m_busy;
+    bool m_mounted = false;
+    bool m_busy = false;
 };
 
 } // namespace oz::services

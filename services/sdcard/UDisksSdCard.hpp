@@ -2,7 +2,7 @@
 
 #include "linux/BusSource.hpp"
 #include "linux/Worker.hpp"
-#include "sdcard/SdCardSource.hpp"
+#include "sdcard/SdCard.hpp"
 
 namespace oz::services {
 

@@ -6,7 +6,7 @@ namespace oz::services {
 
 namespace {
 
-using Card = SimCardState::Card;
+using Card = SimCard::State;
 
 // A modem that has failed says what is wrong with the card, else the card's lock tells.
 std::optional<Card> cardOf(bool isThere, int state, uint failure, uint lock)
@@ -70,14 +70,16 @@ void ModemSimCard::look()
         const QString value = manager().property(card, CardInterface, QLatin1String(name)).toString();
         return value.isEmpty() ? std::nullopt : std::optional(value);
     };
-    SimCardState state;
-    state.card = cardOf(isThere, of(ModemInterface, "State").toInt(),
+    SimCard state;
+    state.state = cardOf(isThere, of(ModemInterface, "State").toInt(),
         of(ModemInterface, "StateFailedReason").toUInt(), of(ModemInterface, "UnlockRequired").toUInt());
     if (isThere) {
         state.serialNumber = text("SimIdentifier");
         state.subscriberIdentifier = text("Imsi");
-        if (const auto network = text("OperatorIdentifier"); network && network->size() >= 5)
-            state.homeNetwork = {network->first(3), network->mid(3)};
+        if (const auto network = text("OperatorIdentifier"); network && network->size() >= 5) {
+            state.countryCode = network->first(3);
+            state.networkCode = network->mid(3);
+        }
     }
     const uint lock = of(ModemInterface, "UnlockRequired").toUInt();
     setRemark(remarkOn(lock, qdbus_cast<QMap<uint, uint>>(of(ModemInterface, "UnlockRetries"))));

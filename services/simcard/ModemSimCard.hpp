@@ -1,7 +1,7 @@
 #pragma once
 
 #include "linux/ModemManager.hpp"
-#include "simcard/SimCardSource.hpp"
+#include "simcard/SimCard.hpp"
 
 namespace oz::services {
 

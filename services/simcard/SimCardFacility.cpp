@@ -1,13 +1,13 @@
 #include "facility/ModemKind.hpp"
 #include "simcard/ModemSimCard.hpp"
-#include "simcard/SimCardPublisher.hpp"
 #include "simcard/SimulatedSimCard.hpp"
 
 namespace oz::services {
 
 Facility simcardFacility()
 {
-    return describeFacility<SimCardSource, SimCardPublisher, SimulatedSimCard>(QStringLiteral("simcard"),
+    return describeFacility<SimCardSource, SimulatedSimCard>(QStringLiteral("simcard"),
+        {&simCardFields(), &subscriberFields()},
         {modemKind<ModemSimCard>(QStringLiteral("the SIM card of a modem, by ModemManager"))});
 }
 

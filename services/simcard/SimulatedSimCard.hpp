@@ -1,28 +1,24 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "simcard/SimCardSource.hpp"
+#include "simcard/SimCard.hpp"
+#include "phone/SimulatedPart.hpp"
 
 namespace oz::services {
 
-/*! The phone's SIM card: the section "simcard". Its state tells what of it can be read. */
-class SimulatedSimCard final : public SimCardSource, public SimulatedPart
+/*! The phone's SIM card: the section "simcard". What can be read of it depends on its state. */
+class SimulatedSimCard final : public SimCardSource, public PartOfTable<SimulatedSimCard>
 {
 public:
-    SimulatedSimCard(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedSimCard(const JsonNode &section, SimulatedParts &phone);
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
-
-    /*! Whether the phone can register with it. */
-    [[nodiscard]] bool isReady() const { return m_card == SimCardState::Card::Ready; }
+    [[nodiscard]] static const Settings<SimulatedSimCard> &table();
+    [[nodiscard]] bool isReady() const { return m_card == SimCard::State::Ready; }
 
 private:
-    void become(SimCardState::Card card);
+    void update() override;
 
-    SimCardState::Card m_card;
-    SimCardState m_held; // everything that the card holds, readable or not
+    SimCard::State m_card = SimCard::State::Ready;
+    SimCard m_held; // what is on it, but for the state
 };
 
 } // namespace oz::services

@@ -2,7 +2,7 @@
 
 #include "linux/UdevMonitor.hpp"
 #include "linux/Worker.hpp"
-#include "vibration/VibrationSource.hpp"
+#include "vibration/Vibration.hpp"
 
 namespace oz::services {
 

@@ -2,39 +2,26 @@
 
 namespace oz::services {
 
-namespace {
-const QString Present = QStringLiteral("present");
+const Settings<SimulatedVibrator> &SimulatedVibrator::table()
+{
+    using C = SettingColumns<SimulatedVibrator>;
+    static const Settings<SimulatedVibrator> table{
+        {"present", C::truth(&SimulatedVibrator::m_present), true, "whether there is one",
+            onOff("present", "takes the motor out, or puts it in")},
+    };
+    return table;
 }
 
-SimulatedVibrator::SimulatedVibrator(const JsonNode &section, SimulatedPhone &)
-    : m_present(section.boolean(Present, true))
+SimulatedVibrator::SimulatedVibrator(const JsonNode &section, SimulatedParts &)
 {
-    section.allowOnly({Present});
-    become(m_present);
+    read(section, settings({}));
+    update();
 }
 
-std::vector<SimVerb> SimulatedVibrator::verbs(const QString &)
+void SimulatedVibrator::update()
 {
-    return {SimVerb::onOff(
-        Present, QStringLiteral("takes the motor out, or puts it in"), [this](bool on) { become(on); },
-        [this] { return m_present; })};
-}
-
-QVariantMap SimulatedVibrator::saved() const
-{
-    return {{Present, m_present}};
-}
-
-void SimulatedVibrator::restore(const QVariantMap &saved)
-{
-    become(saved.value(Present).toBool());
-}
-
-void SimulatedVibrator::become(bool present)
-{
-    m_present = present;
     save();
-    know({present});
+    know({m_present});
 }
 
 } // namespace oz::services

@@ -1,27 +1,24 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "vibration/VibrationSource.hpp"
+#include "phone/SimulatedPart.hpp"
+#include "vibration/Vibration.hpp"
 
 namespace oz::services {
 
 /*! The phone's vibration motor: the section "vibration". */
-class SimulatedVibrator final : public VibrationSource, public SimulatedPart
+class SimulatedVibrator final : public VibrationSource, public PartOfTable<SimulatedVibrator>
 {
 public:
-    SimulatedVibrator(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedVibrator(const JsonNode &section, SimulatedParts &phone);
 
+    [[nodiscard]] static const Settings<SimulatedVibrator> &table();
     /*! Nothing shakes; what the motor does is told by the service's activity. */
     void drive(int, const Done &done) override { done({}); }
 
-    [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override;
-    [[nodiscard]] QVariantMap saved() const override;
-    void restore(const QVariantMap &saved) override;
-
 private:
-    void become(bool present);
+    void update() override;
 
-    bool m_present;
+    bool m_present = true;
 };
 
 } // namespace oz::services

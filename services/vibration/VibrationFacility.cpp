@@ -13,8 +13,10 @@ Facility vibrationFacility()
             return std::make_shared<EvdevVibrator>(options.value(QStringLiteral("device")));
         },
         noObstacle};
-    return describeFacility<VibrationSource, VibrationPublisher, SimulatedVibrator>(
-        QStringLiteral("vibration"), {evdev});
+    return describeFacility<VibrationSource, SimulatedVibrator>(QStringLiteral("vibration"), {}, {evdev})
+        .saying(vibrationActivityFields().fields())
+        .asked(vibrationRequests())
+        .publishedBy<VibrationPublisher>();
 }
 
 } // namespace oz::services

@@ -1,6 +1,6 @@
 #include "vibration/VibrationPublisher.hpp"
 
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <QPointer>
 
@@ -10,9 +10,6 @@
 namespace oz::services {
 
 namespace {
-
-const QString Duration = QStringLiteral("duration");
-const QString Intensity = QStringLiteral("intensity");
 
 constexpr int UntilStopped = std::numeric_limits<int>::max();
 
@@ -32,7 +29,7 @@ class VibrationPublisher::Vibrator final : public ServedObject
 {
 public:
     explicit Vibrator(VibrationPublisher &publisher)
-        : ServedObject(publisher.tree(), QStringLiteral("/pps/services/vibrator")), m_publisher(publisher)
+        : ServedObject(publisher.tree(), VibratorPath), m_publisher(publisher)
     {
     }
 
@@ -57,7 +54,7 @@ private:
 
 VibrationPublisher::VibrationPublisher(const QString &facility, VibrationSource &source, Tree &tree)
     : PublisherOf(facility, source, tree),
-      m_activity(tree, QStringLiteral("/pps/services/vibration/activity"))
+      m_activity(tree, vibrationActivityFields().path())
 {
     m_end.setSingleShot(true);
     m_end.setTimerType(Qt::PreciseTimer);
@@ -89,21 +86,21 @@ void VibrationPublisher::publishAbsence()
 
 QVariantMap VibrationPublisher::onRequest(const QVariantMap &request)
 {
-    const int duration = numberIn(request, Duration, UntilStopped);
-    const int intensity = numberIn(request, Intensity, 100);
+    const int duration = numberIn(request, VibrationDuration, UntilStopped);
+    const int intensity = numberIn(request, VibrationIntensity, 100);
     if (duration == 0 || intensity == 0)
         endRun(QStringLiteral("stopped"));
     else
         run(duration, intensity);
-    return {{Duration, duration}, {Intensity, intensity}};
+    return {{VibrationDuration, duration}, {VibrationIntensity, intensity}};
 }
 
 void VibrationPublisher::run(int duration, int intensity)
 {
     finish(QStringLiteral("replaced"));
-    m_run = {QDateTime::currentDateTimeUtc(), duration, intensity};
+    m_told.run = {QDateTime::currentDateTimeUtc(), duration, intensity};
     m_running.start();
-    ++m_runs;
+    ++m_told.runs;
     if (duration != UntilStopped)
         m_end.start(duration);
     drive(intensity);
@@ -112,7 +109,7 @@ void VibrationPublisher::run(int duration, int intensity)
 
 void VibrationPublisher::endRun(const QString &how)
 {
-    if (!m_run)
+    if (!m_told.run)
         return;
     finish(how);
     drive(0);
@@ -121,19 +118,12 @@ void VibrationPublisher::endRun(const QString &how)
 
 void VibrationPublisher::finish(const QString &how)
 {
-    if (!m_run)
+    if (!m_told.run)
         return;
     m_end.stop();
-    m_last = attributesOf(*m_run);
-    m_last.insert(QStringLiteral("ran"), m_running.elapsed());
-    m_last.insert(QStringLiteral("end"), how);
-    m_run.reset();
-}
-
-QVariantMap VibrationPublisher::attributesOf(const Run &run)
-{
-    return {{QStringLiteral("started"), run.started.toString(Qt::ISODateWithMs)}, {Duration, run.duration},
-        {Intensity, run.intensity}};
+    m_told.last = std::exchange(m_told.run, std::nullopt);
+    m_told.last->ran = m_running.elapsed();
+    m_told.last->end = how;
 }
 
 void VibrationPublisher::drive(int intensity)
@@ -147,12 +137,7 @@ void VibrationPublisher::drive(int intensity)
 
 void VibrationPublisher::publishActivity()
 {
-    QVariantMap activity{{QStringLiteral("running"), m_run.has_value()}, {QStringLiteral("runs"), m_runs}};
-    if (m_run)
-        activity.insert(QStringLiteral("run"), attributesOf(*m_run));
-    if (!m_last.isEmpty())
-        activity.insert(QStringLiteral("last"), m_last);
-    m_activity.publish(activity);
+    m_activity.publish(vibrationActivityFields().attributes(m_told));
 }
 
 } // namespace oz::services

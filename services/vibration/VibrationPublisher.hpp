@@ -2,9 +2,8 @@
 
 #include "publishing/Publisher.hpp"
 #include "publishing/WarnOnce.hpp"
-#include "vibration/VibrationSource.hpp"
+#include "vibration/Vibration.hpp"
 
-#include <QDateTime>
 #include <QElapsedTimer>
 #include <QTimer>
 
@@ -26,12 +25,6 @@ public:
     ~VibrationPublisher() override;
 
 private:
-    struct Run
-    {
-        QDateTime started;
-        int duration = 0; // milliseconds, as asked for
-        int intensity = 0;
-    };
     class Vibrator;
 
     void publishState(const VibrationState &state) override;
@@ -42,15 +35,12 @@ private:
     void endRun(const QString &how);
     void finish(const QString &how);
     void drive(int intensity);
-    [[nodiscard]] static QVariantMap attributesOf(const Run &run);
 
     StatePublisher m_activity;
     std::unique_ptr<Vibrator> m_vibrator;
-    std::optional<Run> m_run;
+    VibrationActivity m_told;
     QElapsedTimer m_running; // which no change of the clock disturbs
     QTimer m_end;
-    QVariantMap m_last; // the run before, as it is published
-    quint64 m_runs = 0;
     WarnOnce m_warn;
 };
 

@@ -1,10 +1,8 @@
 #include "wifi-direct/SimulatedWiFiDirect.hpp"
 
 #include "phone/ShippedPhone.hpp"
-#include "publishing/Error.hpp"
 
 #include <QDateTime>
-#include <QRegularExpression>
 #include <QUuid>
 
 #include <cerrno>
@@ -18,6 +16,8 @@ using Group = WiFiDirectState::Group;
 using Peer = WiFiDirectState::Peer;
 using Role = WiFiDirectState::Role;
 
+// In the phone's file, and of what is saved.
+const QString Peers = QStringLiteral("peers");
 const QString Comes = QStringLiteral("peer-appears");
 const QString Goes = QStringLiteral("peer-goes");
 constexpr int OwnerHost = 1;
@@ -34,91 +34,124 @@ QStringList methodWords()
     return {QStringLiteral("push-button"), QStringLiteral("random-pin"), QStringLiteral("preset-pin")};
 }
 
-// In the order of WiFiDirectSource::Intent.
-QStringList intentWords()
-{
-    return {QStringLiteral("owner"), QStringLiteral("client"), QStringLiteral("any")};
-}
-
 QString ipOf(int host)
 {
     return QLatin1String("192.168.49.") + QString::number(host);
 }
 
-// A passphrase of WPA2, which has 8 to 63 characters of ASCII; no error shows it.
-QString passwordIn(const JsonNode &node, const QString &fallback)
-{
-    const QString key = QStringLiteral("password");
-    const auto text = node.identifier(key, fallback);
-    static const QRegularExpression passphrase(QStringLiteral("^[ -~]{8,63}$"));
-    if (!text || !passphrase.match(*text).hasMatch())
-        node.fail(QStringLiteral("expected 8 to 63 characters of ASCII"), key);
-    return *text;
-}
+const char *const Password = "[ -~]{8,63}"; // a passphrase of WPA2
+const char *const PasswordText = "8 to 63 characters of ASCII";
 
 } // namespace
 
-SimulatedWiFiDirect::SimulatedWiFiDirect(const JsonNode &section, SimulatedPhone &phone)
+const Settings<SimulatedWiFiDirect> &SimulatedWiFiDirect::table()
+{
+    using W = SimulatedWiFiDirect;
+    using C = SettingColumns<SimulatedWiFiDirect>;
+    static const auto own = [](auto member) {
+        return [member](auto &part) -> auto & { return part.m_ownGroup.*member; };
+    };
+    static const Settings<SimulatedWiFiDirect> table{
+        {"enabled", C::truth(&W::m_enabled), true, "", onOff("enabled", "switches Wi-Fi Direct")},
+        {"supported", C::truth(&W::m_supported), true, "whether the phone has it",
+            onOff("supported", "gives the phone Wi-Fi Direct, or takes it away")},
+        {"address", C::hardwareAddress(own(&Group::ownerAddress)), QStringLiteral("02:00:00:00:00:01"),
+            "of the phone's own hardware"},
+        {"interface", C::text(own(&Group::interface)), QStringLiteral("p2p0"), "the network interface of a group"},
+        {"ssid", C::text(own(&Group::ssid)), QStringLiteral("DIRECT-oz-Kestrel"),
+            "of groups that the phone owns"},
+        {"password", C::text(own(&Group::password), Password, PasswordText).asPrivate(),
+            QStringLiteral("kestrel-direct"), PasswordText},
+        {"scan-seconds", C::seconds(&W::m_scanTime, 0, 3'600), 3, "0 to 3600"},
+        {"connect-seconds", C::seconds(&W::m_connectTime, 0, 3'600), 2,
+            "from a request to the connection, or to its failure"},
+    };
+    return table;
+}
+
+const Settings<SimulatedWiFiDirect::Known> &SimulatedWiFiDirect::peerTable()
+{
+    using K = Known;
+    using C = SettingColumns<Known>;
+    static const auto of = [](auto member) {
+        return [member](auto &known) -> auto & { return known.peer.*member; };
+    };
+    static const WordList<Intent> intents{{Intent::GroupOwner, "", "owner"}, {Intent::Client, "", "client"},
+        {Intent::Any, "", "any"}};
+    static const WordList<Elsewhere> groups{{Elsewhere::None, "", "none"}, {Elsewhere::Owner, "", "owner"},
+        {Elsewhere::Client, "", "client"}};
+    static const Settings<Known> table{
+        {"name", C::text(of(&Peer::name)), QString(), "any text"},
+        {"address", C::hardwareAddress(of(&Peer::address)), QString(), ""},
+        {"type", C::text(of(&Peer::type)), QStringLiteral("10-0050F204-5"),
+            "of Wi-Fi Protected Setup: category, organisation and sub-category"},
+        {"display-info", C::text(of(&Peer::displayInfo)), {}, "of one that supports wireless display"},
+        {"in-range", C::truth(&K::inRange).kept(), true, ""},
+        {"wps", C::list(&K::methods, methodWords()), methodWords(), "how a connection to it can be secured"},
+        {"pin", C::textOrNone(&K::pin).asPrivate(), QStringLiteral("12345670"),
+            "which the methods with a PIN want"},
+        {"intent", C::words(&K::intent, intents), QStringLiteral("any"),
+            "what it will be in a group: owner, client or any; the phone is client where it may"},
+        {"group", C::words(&K::elsewhere, groups), QStringLiteral("none"),
+            "what it is in a group of others: none, owner or client, with whom none connects"},
+        {"ssid", C::text(&K::ssid), QString(), "of a group that it owns"},
+        {"password", C::text(&K::password, Password, PasswordText).asPrivate(),
+            QStringLiteral("direct-password"), ""},
+    };
+    return table;
+}
+
+SimulatedWiFiDirect::SimulatedWiFiDirect(const JsonNode &section, SimulatedParts &phone)
     : m_scanning(phone.clock(), PhoneTimer::Repeatedly), m_connecting(phone.clock())
 {
-    const QString peers = QStringLiteral("peers");
-    section.allowOnly({QStringLiteral("supported"), QStringLiteral("enabled"), QStringLiteral("address"),
-        QStringLiteral("interface"), QStringLiteral("ssid"), QStringLiteral("password"),
-        QStringLiteral("scan-seconds"), QStringLiteral("connect-seconds"), peers});
-    m_supported = section.boolean(QStringLiteral("supported"), true);
-    m_enabled = section.boolean(QStringLiteral("enabled"), true);
-    m_address = section.hardwareAddress(QStringLiteral("address"), QStringLiteral("02:00:00:00:00:01"));
-    m_ownGroup = {section.text(QStringLiteral("interface"), QStringLiteral("p2p0")), Role::GroupOwner,
-        section.text(QStringLiteral("ssid"), QStringLiteral("DIRECT-oz-Kestrel")), m_address, ipOf(OwnerHost),
-        passwordIn(section, QStringLiteral("kestrel-direct"))};
-    m_scanTime = section.seconds(QStringLiteral("scan-seconds"), 3);
-    m_connectTime = section.seconds(QStringLiteral("connect-seconds"), 2);
+    m_ownGroup.role = Role::GroupOwner;
+    m_ownGroup.ownerIpAddress = ipOf(OwnerHost);
+    read(section, settings({}), {Peers});
     const JsonNode all =
-        (section.contains(peers) ? section : shippedSection(QStringLiteral("wifi-direct"))).map(peers);
+        (section.contains(Peers) ? section : shippedSection(QStringLiteral("wifi-direct"))).map(Peers);
     for (const auto &member : all.members())
         readPeer(member.first, all.map(member.first));
 
     connect(&m_scanning, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::scanFurther);
     connect(&m_connecting, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::finishConnecting);
-    tell();
+    update();
 }
 
 void SimulatedWiFiDirect::readPeer(const QString &key, const JsonNode &node)
 {
     const QString address = QStringLiteral("address");
-    const QString displayInfo = QStringLiteral("display-info");
-    node.allowOnly({QStringLiteral("name"), address, QStringLiteral("type"), displayInfo,
-        QStringLiteral("in-range"), QStringLiteral("wps"), QStringLiteral("pin"), QStringLiteral("intent"),
-        QStringLiteral("group"), QStringLiteral("ssid"), QStringLiteral("password")});
-    const QString place = QString::number(0x100 + m_keys.size() + 1, 16).rightJustified(4, u'0');
     Known known;
-    known.peer.address = node.hardwareAddress(
-        address, QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+    std::vector<Setting> settings = peerTable().of(&known);
+    const QString place = QString::number(0x100 + m_keys.size() + 1, 16).rightJustified(4, u'0');
+    for (Setting &setting : settings) {
+        if (setting.key == u"name")
+            setting.initial = key;
+        else if (setting.key == u"ssid")
+            setting.initial = QString(QLatin1String("DIRECT-") + key);
+        else if (setting.key == address)
+            setting.initial = QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+    }
+    read(node, settings);
     // Whatever its case, it is one address.
     const auto isSame = [&](const QString &other) {
         return other.compare(known.peer.address, Qt::CaseInsensitive) == 0;
     };
-    if (isSame(m_address))
+    if (isSame(m_ownGroup.ownerAddress))
         node.fail(QStringLiteral("is the phone's own"), address);
     for (const auto &[other, peer] : m_peers) {
         if (isSame(peer.peer.address))
             node.fail(QLatin1String("is that of ") + other, address);
     }
-    known.peer.name = node.text(QStringLiteral("name"), key);
-    known.peer.type = node.text(QStringLiteral("type"), QStringLiteral("10-0050F204-5"));
-    if (node.contains(displayInfo))
-        known.peer.displayInfo = node.text(displayInfo, {});
-    known.inRange = node.boolean(QStringLiteral("in-range"), true);
-    known.methods = node.words(QStringLiteral("wps"), methodWords(), methodWords());
-    known.pin = node.identifier(QStringLiteral("pin"), QStringLiteral("12345670")).value_or(QString());
-    known.intent = Intent(
-        intentWords().indexOf(node.word(QStringLiteral("intent"), QStringLiteral("any"), intentWords())));
-    const QStringList groups{QStringLiteral("none"), QStringLiteral("owner"), QStringLiteral("client")};
-    known.elsewhere = Elsewhere(groups.indexOf(node.word(QStringLiteral("group"), groups.first(), groups)));
-    known.ssid = node.text(QStringLiteral("ssid"), QString(QLatin1String("DIRECT-") + key));
-    known.password = passwordIn(node, QStringLiteral("direct-password"));
     m_keys.append(key);
     m_peers.emplace(key, known);
+}
+
+// What is off does nothing any more.
+void SimulatedWiFiDirect::update()
+{
+    if (!m_supported || !m_enabled)
+        switchOff();
+    tell();
 }
 
 void SimulatedWiFiDirect::tell()
@@ -237,7 +270,7 @@ void SimulatedWiFiDirect::ipAddress(const QString &address, const Done &done)
     return done({ENODEV, QStringLiteral("no such peer is connected"), {}});
 }
 
-std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
+std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
 {
     // A verb about a peer, and whoever hears of it.
     const auto aboutPeer = [this](const QString &verb, const QString &help,
@@ -248,17 +281,6 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
                 tell();
             }}
             .with({}, {{QStringLiteral("PEER"), {m_keys}}});
-    };
-    const auto onOff = [this](const QString &verb, const QString &help, bool *what) {
-        return SimVerb::onOff(
-            verb, help,
-            [this, what](bool on) {
-                *what = on;
-                if (!on)
-                    switchOff();
-                tell();
-            },
-            [what] { return *what; });
     };
     // What the phone is at without having been asked.
     const auto busy = [this](const QString &verb, const QString &help, bool *what, PhoneTimer *timer) {
@@ -271,10 +293,7 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
             },
             [what] { return *what; });
     };
-    return {
-        onOff(QStringLiteral("enabled"), QStringLiteral("switches Wi-Fi Direct"), &m_enabled),
-        onOff(QStringLiteral("supported"), QStringLiteral("gives the phone Wi-Fi Direct, or takes it away"),
-            &m_supported),
+    const std::vector<SimVerb> further{
         aboutPeer(Comes, QStringLiteral("brings a peer into range; scans bring it into sight"),
             [](const QString &, Known &peer) { peer.inRange = true; }),
         aboutPeer(Goes, QStringLiteral("takes a peer out of range and sight"),
@@ -308,6 +327,9 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &)
             QStringLiteral("puts the phone into a group with these peers, whose owner comes first"),
             [this](const QStringList &words) { enterGroup(words[0], peersCalled(words.value(1))); }},
     };
+    std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
+    verbs.insert(verbs.end(), further.begin(), further.end());
+    return verbs;
 }
 
 QStringList SimulatedWiFiDirect::peersCalled(const QString &words)
@@ -511,11 +533,12 @@ void SimulatedWiFiDirect::noteDiscovery()
     m_lastDiscovery = QDateTime::currentSecsSinceEpoch();
 }
 
-QVariantMap SimulatedWiFiDirect::saved() const
+QVariantMap SimulatedWiFiDirect::saved()
 {
-    QVariantMap inRange;
-    for (const auto &[key, known] : m_peers)
-        inRange.insert(key, known.inRange);
+    QVariantMap saved = SimulatedPart::saved();
+    QVariantMap peers;
+    for (auto &[key, known] : m_peers)
+        peers.insert(key, savedOf(peerTable().of(&known)));
     QVariantList members;
     for (const Member &member : m_members) {
         members.append(QVariantMap{{QStringLiteral("key"), member.key}, {QStringLiteral("host"), member.host},
@@ -523,9 +546,8 @@ QVariantMap SimulatedWiFiDirect::saved() const
     }
     QStringList sessions(m_sessions.cbegin(), m_sessions.cend());
     sessions.sort();
-    QVariantMap saved{{QStringLiteral("supported"), m_supported}, {QStringLiteral("enabled"), m_enabled},
-        {QStringLiteral("in-range"), inRange}, {QStringLiteral("visible"), m_visible},
-        {QStringLiteral("members"), members}, {QStringLiteral("sessions"), sessions}};
+    saved.insert({{Peers, peers}, {QStringLiteral("visible"), m_visible}, {QStringLiteral("members"), members},
+        {QStringLiteral("sessions"), sessions}});
     if (m_group)
         saved.insert(SavedGroup, m_group->role == Role::GroupOwner ? SavedOwner : SavedClient);
     if (m_lastDiscovery)
@@ -536,11 +558,9 @@ QVariantMap SimulatedWiFiDirect::saved() const
 // A scan, or a connection that was being made, has ended with the daemon.
 void SimulatedWiFiDirect::restore(const QVariantMap &saved)
 {
-    m_supported = saved.value(QStringLiteral("supported")).toBool();
-    m_enabled = saved.value(QStringLiteral("enabled")).toBool();
-    const QVariantMap inRange = saved.value(QStringLiteral("in-range")).toMap();
+    const QVariantMap peers = saved.value(Peers).toMap();
     for (auto &[key, known] : m_peers)
-        known.inRange = inRange.value(key, known.inRange).toBool();
+        (void)restoreTo(peerTable().of(&known), peers.value(key).toMap());
     m_visible.clear();
     for (const QString &key : saved.value(QStringLiteral("visible")).toStringList()) {
         if (m_peers.contains(key) && !m_visible.contains(key))
@@ -550,7 +570,7 @@ void SimulatedWiFiDirect::restore(const QVariantMap &saved)
     if (const QVariant discovery = saved.value(QStringLiteral("discovery")); discovery.isValid())
         m_lastDiscovery = discovery.toLongLong();
     restoreGroup(saved);
-    tell();
+    SimulatedPart::restore(saved);
 }
 
 // A group of the phone's has clients alone, any other one of its peers as owner.

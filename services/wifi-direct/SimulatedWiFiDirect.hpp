@@ -1,7 +1,7 @@
 #pragma once
 
-#include "phone/SimulatedPhone.hpp"
-#include "wifi-direct/WiFiDirectSource.hpp"
+#include "phone/SimulatedPart.hpp"
+#include "wifi-direct/WiFiDirectState.hpp"
 
 #include <QSet>
 
@@ -15,10 +15,10 @@ namespace oz::services {
  * it ends with the last of its sessions, with the last peer of a group that the phone owns, or with the peer
  * that owns the group.
  */
-class SimulatedWiFiDirect final : public WiFiDirectSource, public SimulatedPart
+class SimulatedWiFiDirect final : public WiFiDirectSource, public PartOfTable<SimulatedWiFiDirect>
 {
 public:
-    SimulatedWiFiDirect(const JsonNode &section, SimulatedPhone &phone);
+    SimulatedWiFiDirect(const JsonNode &section, SimulatedParts &phone);
 
     void scan(const Done &done) override;
     void connectPeer(const ConnectRequest &request, const Done &done) override;
@@ -27,9 +27,10 @@ public:
     void stopSession(const QString &key, const Done &done) override;
     void ipAddress(const QString &address, const Done &done) override;
 
+    [[nodiscard]] static const Settings<SimulatedWiFiDirect> &table();
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
-    [[nodiscard]] QVariantMap saved() const override;
+    [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
 
 private:
@@ -59,7 +60,9 @@ private:
         int host; // the last number of its IP address
     };
 
+    [[nodiscard]] static const Settings<Known> &peerTable();
     void readPeer(const QString &key, const JsonNode &node);
+    void update() override;
     [[nodiscard]] Known &peerCalled(const QString &key);
     /*! Those called so, of names with commas between them; throws for one that there is not. */
     [[nodiscard]] QStringList peersCalled(const QString &words);
@@ -85,10 +88,9 @@ private:
 
     bool m_supported = true;
     bool m_enabled = true;
-    QString m_address;
     Group m_ownGroup; // as it is while the phone owns one
-    std::chrono::milliseconds m_scanTime;
-    std::chrono::milliseconds m_connectTime;
+    std::chrono::milliseconds m_scanTime{};
+    std::chrono::milliseconds m_connectTime{};
     QStringList m_keys; // of the peers, in the order of the file
     std::map<QString, Known> m_peers; // by their keys
 

@@ -6,8 +6,9 @@ namespace oz::services {
 
 Facility wifiDirectFacility()
 {
-    return describeFacility<WiFiDirectSource, WiFiDirectPublisher, SimulatedWiFiDirect>(
-        QStringLiteral("wifi-direct"));
+    return describeFacility<WiFiDirectSource, SimulatedWiFiDirect>(QStringLiteral("wifi-direct"), {&wifiDirectFields()})
+        .asked(wifiDirectRequests())
+        .publishedBy<WiFiDirectPublisher>();
 }
 
 } // namespace oz::services

@@ -4,79 +4,12 @@
 
 namespace oz::services {
 
-namespace {
-
-using State = WiFiDirectState;
-
-const QString ManagerPpsDir = QStringLiteral("/pps/services/wifi_p2p/manager/");
-const QString DeviceList = QStringLiteral("device_list");
-
-QString roleText(State::Role role)
-{
-    return role == State::Role::GroupOwner ? QStringLiteral("GO") : QStringLiteral("client");
-}
-
-QVariantMap mapOf(const State::Peer &peer)
-{
-    QVariantMap map{{QStringLiteral("mac_addr"), peer.address}, {QStringLiteral("name"), peer.name},
-        {QStringLiteral("type"), peer.type}};
-    insertKnown(&map, QStringLiteral("ssid"), peer.ssid);
-    insertKnown(&map, QStringLiteral("go_mac_address"), peer.ownerAddress);
-    insertKnown(&map, QStringLiteral("wfd_device_info"), peer.displayInfo);
-    return map;
-}
-
-QVariantMap mapOf(const State::ConnectedPeer &peer)
-{
-    return {{QStringLiteral("mac_addr"), peer.address}, {QStringLiteral("name"), peer.name},
-        {QStringLiteral("type"), peer.type}, {QStringLiteral("role"), roleText(peer.role)},
-        {QStringLiteral("ip_addr"), peer.ipAddress}};
-}
-
-template <typename Peer>
-QVariantMap listOf(const QList<Peer> &peers)
-{
-    QVariantList list;
-    for (const Peer &peer : peers)
-        list.append(mapOf(peer));
-    return {{DeviceList, list}};
-}
-
-QVariantMap connectionOf(const State &state)
-{
-    const QString status = QStringLiteral("status");
-    if (!state.group)
-        return {{status, state.connecting ? QStringLiteral("connecting") : QStringLiteral("disconnected")}};
-    return {{status, QStringLiteral("connected")}, {QStringLiteral("network_if"), state.group->interface},
-        {QStringLiteral("role"), roleText(state.group->role)}, {QStringLiteral("ssid"), state.group->ssid},
-        {QStringLiteral("go_mac_addr"), state.group->ownerAddress},
-        {QStringLiteral("go_ip_addr"), state.group->ownerIpAddress},
-        {QStringLiteral("password"), state.group->password}};
-}
-
-} // namespace
-
 WiFiDirectPublisher::WiFiDirectPublisher(const QString &facility, WiFiDirectSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree), m_status(tree, ManagerPpsDir + QLatin1String("status"), 0640),
-      m_control(tree, ManagerPpsDir + QLatin1String("control"), requests(), &source)
+    : FieldsPublisher(facility, source, tree, {&wifiDirectFields()}, Unfollowed()),
+      m_control(tree, WiFiDirectControl, requests(), &source)
 {
-    declare(m_status);
     follow();
     m_control.start(0660);
-}
-
-void WiFiDirectPublisher::publishState(const WiFiDirectState &state)
-{
-    QVariantMap attributes{
-        {QStringLiteral("scanning"), state.scanning},
-        {QStringLiteral("connection"), connectionOf(state)},
-        {QStringLiteral("discovered_devices"), listOf(state.visible)},
-        {QStringLiteral("connected_devices"), listOf(state.connected)},
-    };
-    if (state.availability)
-        attributes.insert(QStringLiteral("p2p_mgr_enabled"), int(*state.availability));
-    insertKnown(&attributes, QStringLiteral("last_discover_update"), state.lastDiscovery);
-    m_status.publish(attributes);
 }
 
 RequestTable WiFiDirectPublisher::requests()

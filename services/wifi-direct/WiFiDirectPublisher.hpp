@@ -1,7 +1,8 @@
 #pragma once
 
-#include "publishing/Publisher.hpp"
-#include "wifi-direct/WiFiDirectSource.hpp"
+#include "publishing/ControlObject.hpp"
+#include "publishing/FieldsPublisher.hpp"
+#include "wifi-direct/WiFiDirectState.hpp"
 
 namespace oz::services {
 
@@ -16,7 +17,7 @@ namespace oz::services {
  * the control object: who may not know the group has no business in it. Sessions outlive the client that
  * asked for them.
  */
-class WiFiDirectPublisher final : public PublisherOf<WiFiDirectSource>
+class WiFiDirectPublisher final : public FieldsPublisher<WiFiDirectSource>
 {
 public:
     WiFiDirectPublisher(const QString &facility, WiFiDirectSource &source, Tree &tree);
@@ -24,11 +25,9 @@ public:
     [[nodiscard]] FaultsByInstance faults() override { return {{QString(), &m_control.faults()}}; }
 
 private:
-    void publishState(const WiFiDirectState &state) override;
     [[nodiscard]] RequestTable requests();
     void connectPeer(const Request &request, const Answer &answer);
 
-    StatePublisher m_status;
     ControlObject m_control;
 };
 

@@ -1,7 +1,7 @@
 #include "services/Services.hpp"
 
 #include "daemon/Daemon.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <oz/device/SdCardInfo.hpp>
 

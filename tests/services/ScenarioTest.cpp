@@ -4,7 +4,7 @@
 
 #include "daemon/Daemon.hpp"
 #include "meta/MetaText.hpp"
-#include "publishing/Error.hpp"
+#include "source/Error.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
@@ -278,7 +278,7 @@ TEST_F(ScenarioTest, AStepThatFailsEndsItUnlessItKeepsGoing)
 {
     const QByteArray steps =
         R"("sdcard unmount", "sdcard busy", {"expect": "sdcard.busy", "within": 0}, {"say": "x"})";
-    const QString busy = "0 sdcard busy failed sdcard busy: no card is mounted that could be busy";
+    const QString busy = "0 sdcard busy failed sdcard busy: a card that is not mounted cannot be busy";
     EXPECT_EQ(play(steps), (QStringList{"0 sdcard unmount done", busy, "failed"}));
     EXPECT_EQ(play(steps, {{"keep-going", true}}),
         (QStringList{"0 sdcard unmount done", busy,

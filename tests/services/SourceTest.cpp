@@ -1,6 +1,7 @@
 #include "services/Services.hpp"
 
-#include "battery/BatteryPublisher.hpp"
+#include "battery/Battery.hpp"
+#include "publishing/FieldsPublisher.hpp"
 #include "publishing/StateStore.hpp"
 
 #include <oz/device/BatteryInfo.hpp>
@@ -31,16 +32,27 @@ class SourceTest : public DeviceTest
 protected:
     SourceTest() { qputenv("OZ_GRACE_TIME", "0.3"); }
 
+    [[nodiscard]] std::unique_ptr<Publisher> publisherOf(BatterySource &battery)
+    {
+        return std::make_unique<FieldsPublisher<BatterySource>>(
+            "battery", battery, tree, std::vector{&batteryFields()});
+    }
     [[nodiscard]] std::unique_ptr<Publisher> publisher()
     {
-        auto made = std::make_unique<BatteryPublisher>("battery", source, tree);
+        auto made = publisherOf(source);
         tree.endStart();
         return made;
     }
 
-    static BatteryState charged(int level)
+    static Battery charged(int level)
     {
-        return {BatteryState::Charging::No, 0, BatteryState::Battery{level, {}, {}, {}, 20.0}, {}};
+        Battery battery;
+        battery.present = true;
+        battery.level = level;
+        battery.charging = Battery::Charging::No;
+        battery.chargers = 0;
+        battery.temperature = 20;
+        return battery;
     }
 
     StateStore store;
@@ -99,7 +111,7 @@ TEST_F(SourceTest, WhatAFormerDaemonPublishedStaysUntilItsSourceIsKnown)
     SignalLog heard(&battery);
     HandFedBattery restarted;
     tree.setContinued({"battery"});
-    const BatteryPublisher publishes("battery", restarted, tree);
+    const auto publishes = publisherOf(restarted);
     EXPECT_EQ(heard.settled(), "");
     restarted.know(charged(61));
     EXPECT_EQ(heard.waitFor(2), "level(61, Discharging) level(61, 3)");
@@ -112,7 +124,7 @@ TEST_F(SourceTest, WhatAnotherSourcePublishedBeforeHoldsNotForAMoment)
         source.know(charged(60));
     }
     HandFedBattery another;
-    const BatteryPublisher publishes("battery", another, tree);
+    const auto publishes = publisherOf(another);
     EXPECT_EQ(attributesOf("/pps/system/BattMgr/status"), QVariantMap());
 }
 

@@ -736,7 +736,7 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
     EXPECT_EQ(playing.exitCode(), 128 + SIGINT);
     EXPECT_EQ(run({"play", file, "--speed", "max"}).status, 0);
     const QString values = run({"play", "--values"}).output;
-    EXPECT_TRUE(values.contains(QRegularExpression("\n  battery\\.level +2 +the charge in percent")))
+    EXPECT_TRUE(values.contains(QRegularExpression("\n  battery\\.level +2 +the charge, in %")))
         << values.toStdString();
 
     QProcess daemon;

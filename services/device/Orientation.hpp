@@ -1,0 +1,39 @@
+#pragma once
+
+#include "source/Source.hpp"
+#include "table/Fields.hpp"
+
+namespace oz::services {
+
+/*! Which side of the device is up. */
+enum class Orientation {
+    TopUp,
+    BottomUp,
+    LeftUp,
+    RightUp,
+    FaceUp,
+    FaceDown,
+    Undefined, //!< it cannot be told
+};
+
+[[nodiscard]] const WordList<Orientation> &orientationWords();
+
+/*! How the device is held, as any source knows it. */
+struct OrientationState
+{
+    std::optional<Orientation> orientation; //!< nothing while nobody measures it
+
+    bool operator==(const OrientationState &) const = default;
+};
+
+class OrientationSource : public StateSource<OrientationState>
+{
+public:
+    /*! Whether anybody reads the orientation, for a source that measures it only then. */
+    virtual void setRead(bool isRead) { Q_UNUSED(isRead) }
+};
+
+/*! How it stands in the tree. */
+[[nodiscard]] const Fields<OrientationState> &orientationFields();
+
+} // namespace oz::services

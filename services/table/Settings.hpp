@@ -1,0 +1,306 @@
+#pragma once
+
+#include "source/Error.hpp"
+#include "table/ValueType.hpp"
+#include "table/WordList.hpp"
+
+#include <chrono>
+#include <cmath>
+#include <functional>
+#include <initializer_list>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace oz::services {
+
+/*! A value that does not fit the other settings. */
+class WrongSetting : public Error
+{
+public:
+    using Error::Error;
+};
+
+/*! A way to tell a setting: a verb that takes its value, or one that sets one value. */
+struct Order
+{
+    QString verb;
+    QString help;
+    QString argument = {}; //!< its name; "[NAME]" for one that may be left out, and is empty then
+    QVariant value = {}; //!< that it sets where it takes no argument
+};
+
+/*! What can be seen of a facility: the value of one of its fields. */
+using SeenValues = std::function<QVariant(const char *field)>;
+
+/*! How a recording knows what a setting is. By default it does not. */
+struct Recording
+{
+    const char *field = ""; //!< that tells it
+    /*! Tells it from several fields; nothing where it is not seen. */
+    std::function<std::optional<QVariant>(const SeenValues &seen)> value = {};
+    const char *mask = ""; //!< what stands for a value that tells who somebody is, with a number behind it
+    int keptDigits = -1; //!< of a number that does, how many of its first digits stay
+    QVariant fixed = {}; //!< what it is in each recording, whatever is seen
+};
+
+/*! Something that a part of the simulated phone can be told, by its file and while it runs. */
+struct Setting
+{
+    QString key; //!< in the phone's file
+    ValueType type;
+    QVariant initial; //!< where the file does not say
+    QString help; //!< what it is
+    std::vector<Order> orders; //!< none where the file alone can say
+    Recording recording;
+    bool isKept; //!< for the next daemon, as everything is that can be told while the phone runs
+    std::function<QVariant()> get;
+    std::function<void(const QVariant &value)> set; //!< throws WrongSetting
+};
+
+/*! How a value of a \a Part is read and set. */
+template <typename Part>
+struct SettingColumn
+{
+    ValueType type;
+    std::function<QVariant(const Part &part)> get;
+    std::function<void(Part &part, const QVariant &value)> set;
+    bool isKept = false;
+
+    /*! Offers no more than these numbers for a choice. */
+    [[nodiscard]] SettingColumn offering(double least, double most, double step) const
+    {
+        SettingColumn column = *this;
+        column.type.offer = ValueType::Offer{least, most, step};
+        return column;
+    }
+    /*! It changes while the phone runs, though no order of its own tells it. */
+    [[nodiscard]] SettingColumn kept() const
+    {
+        SettingColumn column = *this;
+        column.isKept = true;
+        return column;
+    }
+    /*! It cannot be unknown, though what holds it could be. */
+    [[nodiscard]] SettingColumn alwaysKnown() const
+    {
+        SettingColumn column = *this;
+        column.type.mayBeUnknown = false;
+        return column;
+    }
+    /*! No error shows it: it tells who somebody is. */
+    [[nodiscard]] SettingColumn asPrivate() const
+    {
+        SettingColumn column = *this;
+        column.type.isPrivate = true;
+        return column;
+    }
+    [[nodiscard]] SettingColumn by(void (*setter)(Part &part, const QVariant &value)) const
+    {
+        SettingColumn column = *this;
+        column.set = setter;
+        return column;
+    }
+    /*! Lets \a setter do it, which is given the value and may throw WrongSetting. */
+    template <typename Value>
+    [[nodiscard]] SettingColumn by(void (Part::*setter)(Value)) const
+    {
+        SettingColumn column = *this;
+        column.set = [setter](Part &part, const QVariant &value) {
+            (part.*setter)(value.value<std::remove_cvref_t<Value>>());
+        };
+        return column;
+    }
+};
+
+/*!
+ * The columns of a \a Part, by what holds the values: a member, or a function that gives a reference to one.
+ * An optional one may be unknown.
+ */
+template <typename Part>
+class SettingColumns
+{
+    template <typename Member>
+    using Held = std::remove_cvref_t<std::invoke_result_t<Member, Part &>>;
+    template <typename Value>
+    struct Optional : std::false_type
+    {
+        using Known = Value;
+    };
+    template <typename Value>
+    struct Optional<std::optional<Value>> : std::true_type
+    {
+        using Known = Value;
+    };
+    template <typename Member>
+    using Known = typename Optional<Held<Member>>::Known;
+
+public:
+    template <typename Member>
+    static SettingColumn<Part> truth(Member member)
+    {
+        return plain({ValueType::Truth}, member);
+    }
+    template <typename Member>
+    static SettingColumn<Part> number(Member member, double least, double most, const char *unit = "")
+    {
+        ValueType type{ValueType::Number, QString::fromUtf8(unit)};
+        type.isWhole = std::is_integral_v<Known<Member>>;
+        type.least = least;
+        type.most = most;
+        return plain(type, member);
+    }
+    template <typename Member>
+    static SettingColumn<Part> text(Member member)
+    {
+        return plain({ValueType::Text}, member);
+    }
+    /*! Text of a \a form, a regular expression, which \a formText says in words. */
+    template <typename Member>
+    static SettingColumn<Part> text(Member member, const char *form, const char *formText)
+    {
+        ValueType type{ValueType::Text};
+        type.form = QLatin1String(form);
+        type.formText = QLatin1String(formText);
+        return plain(type, member);
+    }
+    /*! The address of a network device. */
+    template <typename Member>
+    static SettingColumn<Part> hardwareAddress(Member member)
+    {
+        return text(member, "([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}",
+            "a hardware address such as \"02:00:00:00:00:01\"");
+    }
+    /*! Text that may be left out: null is none. */
+    template <typename Member>
+    static SettingColumn<Part> textOrNone(Member member)
+    {
+        SettingColumn<Part> column = text(member);
+        column.type.mayBeUnknown = true;
+        column.set = [member](Part &part, const QVariant &value) { std::invoke(member, part) = value.toString(); };
+        return column;
+    }
+    /*! Some of \a words. */
+    template <typename Member>
+    static SettingColumn<Part> list(Member member, const QStringList &words)
+    {
+        return plain({ValueType::List, {}, words}, member);
+    }
+    /*! A time, which the file gives in seconds. */
+    template <typename Member>
+    static SettingColumn<Part> seconds(Member member, double least, double most)
+    {
+        ValueType type{ValueType::Number, QStringLiteral("s")};
+        type.least = least;
+        type.most = most;
+        return {type,
+            [member](const Part &part) { return QVariant(double(std::invoke(member, part).count()) / 1000); },
+            [member](Part &part, const QVariant &value) {
+                std::invoke(member, part) = std::chrono::milliseconds(std::llround(value.toDouble() * 1000));
+            }};
+    }
+    /*! The words for an enumeration; of an optional one, \a unknown is the word for what is not known. */
+    template <typename Member>
+    static SettingColumn<Part> words(
+        Member member, const WordList<Known<Member>> &words, const char *unknown = "")
+    {
+        ValueType type{ValueType::Word};
+        for (const auto &each : words)
+            type.words.append(QLatin1String(each.word));
+        const auto get = [member, words, unknown](const Part &part) {
+            const Held<Member> &value = std::invoke(member, part);
+            for (const auto &each : words) {
+                if (value == each.value)
+                    return QVariant(QString::fromLatin1(each.word));
+            }
+            return *unknown ? QVariant(QString::fromLatin1(unknown)) : QVariant();
+        };
+        const auto set = [member, words, known = type.words](Part &part, const QVariant &value) {
+            const qsizetype place = known.indexOf(value.toString());
+            if (place >= 0)
+                std::invoke(member, part) = words[std::size_t(place)].value;
+            else
+                std::invoke(member, part) = {};
+        };
+        if (*unknown)
+            type.words.append(QLatin1String(unknown));
+        else
+            type.mayBeUnknown = Optional<Held<Member>>::value;
+        return {type, get, set};
+    }
+
+private:
+    template <typename Member>
+    static SettingColumn<Part> plain(ValueType type, Member member)
+    {
+        type.mayBeUnknown = Optional<Held<Member>>::value;
+        return {type,
+            [member](const Part &part) {
+                const Held<Member> &value = std::invoke(member, part);
+                if constexpr (Optional<Held<Member>>::value)
+                    return value ? QVariant::fromValue(*value) : QVariant();
+                else
+                    return QVariant::fromValue(value);
+            },
+            [member](Part &part, const QVariant &value) {
+                if (Optional<Held<Member>>::value && !value.isValid())
+                    std::invoke(member, part) = Held<Member>();
+                else
+                    std::invoke(member, part) = value.value<Known<Member>>();
+            }};
+    }
+};
+
+/*! What a \a Part can be told, in the order of its file. */
+template <typename Part>
+class Settings
+{
+public:
+    struct Row
+    {
+        const char *key;
+        SettingColumn<Part> column;
+        QVariant initial;
+        const char *help;
+        std::vector<Order> orders = {};
+        Recording recording = {};
+    };
+
+    Settings(std::initializer_list<Row> rows) : m_rows(rows) { }
+
+    /*! Those of \a part; where that is none, what they are like. */
+    [[nodiscard]] std::vector<Setting> of(Part *part) const
+    {
+        std::vector<Setting> settings;
+        for (const Row &row : m_rows) {
+            settings.push_back(
+                {QLatin1String(row.key), row.column.type, row.initial, QString::fromUtf8(row.help),
+                    row.orders, row.recording,
+                    row.column.isKept || !row.orders.empty(), [part, &row] { return row.column.get(*part); },
+                    [part, &row](const QVariant &value) { row.column.set(*part, value); }});
+        }
+        return settings;
+    }
+
+private:
+    std::vector<Row> m_rows;
+};
+
+/*! The orders of a setting that is true or false, by a verb for each. */
+[[nodiscard]] std::vector<Order> either(
+    const char *verbOfTrue, const char *helpOfTrue, const char *verbOfFalse, const char *helpOfFalse);
+/*! A verb for one word of a setting. */
+struct WordOrder
+{
+    const char *verb;
+    const char *help;
+    const char *word = nullptr; //!< where that is not the verb
+};
+/*! The orders of a setting with words, by a verb for each. */
+[[nodiscard]] std::vector<Order> eachWord(std::initializer_list<WordOrder> verbs);
+/*! The order of a setting that is told "on" or "off". */
+[[nodiscard]] std::vector<Order> onOff(const char *verb, const char *help);
+/*! The order that takes the value as its \a argument. */
+[[nodiscard]] std::vector<Order> told(const char *verb, const char *argument, const char *help);
+
+} // namespace oz::services

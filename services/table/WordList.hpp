@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+#include <vector>
+
+namespace oz::services {
+
+/*! A value of an enumeration, as it stands in the tree and as people call it. */
+template <typename Value>
+struct ValueWord
+{
+    Value value;
+    const char *published;
+    const char *word;
+};
+
+/*! The words for an enumeration, in the order in which they are offered. */
+template <typename Value>
+using WordList = std::vector<ValueWord<Value>>;
+
+/*! What all are called. */
+template <typename Value>
+[[nodiscard]] QStringList wordsIn(const WordList<Value> &words)
+{
+    QStringList all;
+    for (const auto &each : words)
+        all.append(QLatin1String(each.word));
+    return all;
+}
+
+/*! What people call \a value. */
+template <typename Value>
+[[nodiscard]] QString wordFor(const WordList<Value> &words, const Value &value)
+{
+    for (const auto &each : words) {
+        if (value == each.value)
+            return QLatin1String(each.word);
+    }
+    return {};
+}
+
+/*! What stands in the tree for \a value. */
+template <typename Value>
+[[nodiscard]] QString publishedFor(const WordList<Value> &words, const Value &value)
+{
+    for (const auto &each : words) {
+        if (value == each.value)
+            return QLatin1String(each.published);
+    }
+    return {};
+}
+
+/*! The value that people call \a word; nothing where there is none. */
+template <typename Value>
+[[nodiscard]] std::optional<Value> valueOf(const WordList<Value> &words, const QString &word)
+{
+    for (const auto &each : words) {
+        if (word == QLatin1String(each.word))
+            return each.value;
+    }
+    return std::nullopt;
+}
+
+} // namespace oz::services
