@@ -1,4 +1,5 @@
 #include "cellular-network/ModemNetworks.hpp"
+#include "cellular-network/NetworkRecorder.hpp"
 #include "cellular-network/SimulatedNetworks.hpp"
 #include "facility/ModemKind.hpp"
 
@@ -9,7 +10,8 @@ Facility cellularNetworkFacility()
     return describeFacility<CellularNetworkSource, SimulatedNetworks>(QStringLiteral("cellular-network"),
         {&primaryNetworkFields(), &primaryCellFields(), &cdma1xNetworkFields(), &cdma1xCellFields(),
             &networkNameFields()},
-        {modemKind<ModemNetworks>(QStringLiteral("the network that a modem is in, by ModemManager"))});
+        {modemKind<ModemNetworks>(QStringLiteral("the network that a modem is in, by ModemManager"))})
+        .recordedBy<NetworkRecorder>();
 }
 
 } // namespace oz::services

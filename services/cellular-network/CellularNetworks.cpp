@@ -48,8 +48,9 @@ Column<CellularNetworks> suppression(OneNetwork one)
 
 Column<CellularNetworks> emptyMapWith(OneNetwork one)
 {
-    return Columns<CellularNetworks>::custom({},
-        [one](const CellularNetworks &networks) { return networks.*one ? QVariant(QVariantMap()) : QVariant(); });
+    return Columns<CellularNetworks>::custom({}, [one](const CellularNetworks &networks) {
+        return networks.*one ? QVariant(QVariantMap()) : QVariant();
+    });
 }
 
 Fields<CellularNetworks> networkFields(const QString &path, OneNetwork one, const char *prefix)
@@ -59,7 +60,8 @@ Fields<CellularNetworks> networkFields(const QString &path, OneNetwork one, cons
     return Fields<CellularNetworks>(path,
         {
             {named("services"), "network_service", services(one), "what the network offers now"},
-            {named("operator"), "network_name/name", C::text(of(one, &Network::operatorName)), "its operator"},
+            {named("operator"), "network_name/name", C::text(of(one, &Network::operatorName)),
+                "its operator"},
             {named("mcc"), "serving_network/mcc", C::text(of(one, &Network::countryCode)),
                 "its mobile country code"},
             {named("mnc"), "serving_network/mnc", C::text(of(one, &Network::networkCode)),
@@ -74,20 +76,21 @@ Fields<CellularNetworks> networkFields(const QString &path, OneNetwork one, cons
         });
 }
 
-Fields<CellularNetworks> cellFields(const QString &path, OneNetwork one)
+Fields<CellularNetworks> cellFields(const QString &path, OneNetwork one, const char *prefix)
 {
     using C = Columns<CellularNetworks>;
     const auto number = [one](std::optional<int> Cell::*member) {
         return C::number(cellOf(one, member)).asPrivate();
     };
+    const auto named = [prefix](const char *name) -> QByteArray { return QByteArray(prefix) + name; };
     return Fields<CellularNetworks>(path,
         {
-            {"cell-id", "serving_network/cell_id", number(&Cell::cellId), "the cell"},
-            {"lac", "serving_network/lac", number(&Cell::locationArea), "the location area"},
-            {"tac", "serving_network/tac", number(&Cell::trackingArea), "the tracking area"},
-            {"bid", "serving_network/bid", number(&Cell::baseStation), "the base station"},
-            {"nid", "serving_network/nid", number(&Cell::network), "the network"},
-            {"sid", "serving_network/sid", number(&Cell::system), "the system"},
+            {named("cell-id"), "serving_network/cell_id", number(&Cell::cellId), "the cell"},
+            {named("lac"), "serving_network/lac", number(&Cell::locationArea), "the location area"},
+            {named("tac"), "serving_network/tac", number(&Cell::trackingArea), "the tracking area"},
+            {named("bid"), "serving_network/bid", number(&Cell::baseStation), "the base station"},
+            {named("nid"), "serving_network/nid", number(&Cell::network), "the network"},
+            {named("sid"), "serving_network/sid", number(&Cell::system), "the system"},
             {"", "serving_network", emptyMapWith(one), ""},
         },
         0640);
@@ -105,8 +108,9 @@ const Fields<CellularNetworks> &primaryNetworkFields()
 
 const Fields<CellularNetworks> &primaryCellFields()
 {
-    static const auto fields = cellFields(
-        QStringLiteral("/pps/services/cellular/radioctrl/status_cell_private"), &CellularNetworks::primary);
+    static const auto fields =
+        cellFields(QStringLiteral("/pps/services/cellular/radioctrl/status_cell_private"),
+            &CellularNetworks::primary, "");
     return fields;
 }
 
@@ -122,7 +126,7 @@ const Fields<CellularNetworks> &cdma1xCellFields()
 {
     static const auto fields =
         cellFields(QStringLiteral("/pps/services/cellular/radioctrl/status_cell_cdma_private"),
-            &CellularNetworks::cdma1x);
+            &CellularNetworks::cdma1x, "cdma-");
     return fields;
 }
 

@@ -39,7 +39,10 @@ const Settings<SimulatedNetworks::Known> &SimulatedNetworks::networkTable()
     using K = Known;
     using C = SettingColumns<Known>;
     static const auto of = [](auto member) {
-        return [member](auto &known) -> auto & { return known.network.*member; };
+        return [member](auto &known) -> auto &
+        {
+            return known.network.*member;
+        };
     };
     static const auto cell = [](std::optional<int> Cell::*member) {
         return C::number(
@@ -96,8 +99,8 @@ SimulatedNetworks::Known SimulatedNetworks::readNetwork(const QString &name, con
     Known known{name, {}, {}};
     const QStringList technologies = wordsIn(technologyWords());
     // It decides which keys there are.
-    known.technology =
-        *valueOf(technologyWords(), node.word(QStringLiteral("technology"), QStringLiteral("lte"), technologies));
+    known.technology = *valueOf(
+        technologyWords(), node.word(QStringLiteral("technology"), QStringLiteral("lte"), technologies));
     known.setOperator(name);
     read(node, settingsOf(known));
     if (!node.contains(DisplayName))
@@ -125,8 +128,8 @@ std::vector<Setting> SimulatedNetworks::settings(const QString &instance)
         return settingsOf(find(instance));
     const QStringList first = m_known.empty() ? QStringList() : QStringList{m_known.front().name};
     return {{Serving, {ValueType::List, {}, instances()}, first,
-        QStringLiteral("which the radio uses at the start; of networks of your own, the first one"), {}, {}, true,
-        [this] { return QVariant(chosen()); },
+        QStringLiteral("which the radio uses at the start; of networks of your own, the first one"), {}, {},
+        true, [this] { return QVariant(chosen()); },
         [this](const QVariant &names) { setChosen(names.toStringList()); }}};
 }
 

@@ -1,9 +1,9 @@
 #include "daemon/Daemon.hpp"
 
-#include "scenario/Recorder.hpp"
 #include "phone/SimulatedPhone.hpp"
-#include "source/Error.hpp"
 #include "publishing/Log.hpp"
+#include "scenario/Recorder.hpp"
+#include "source/Error.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/Limits.hpp>

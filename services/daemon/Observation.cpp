@@ -1,9 +1,9 @@
 #include "daemon/Observation.hpp"
 
 #include "daemon/LongPoll.hpp"
-#include "source/Error.hpp"
-#include "publishing/Tree.hpp"
 #include "phone/SimVerb.hpp"
+#include "publishing/Tree.hpp"
+#include "source/Error.hpp"
 
 #include <cerrno>
 

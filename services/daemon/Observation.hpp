@@ -1,7 +1,7 @@
 #pragma once
 
-#include "scenario/Condition.hpp"
 #include "publishing/ControlObject.hpp"
+#include "scenario/Condition.hpp"
 
 #include <QElapsedTimer>
 #include <QObject>

@@ -1,8 +1,8 @@
 #include "daemon/ScenarioService.hpp"
 
 #include "daemon/LongPoll.hpp"
-#include "source/Error.hpp"
 #include "phone/SimVerb.hpp"
+#include "source/Error.hpp"
 
 #include <QFileInfo>
 #include <QTimer>
@@ -256,12 +256,13 @@ QVariantMap ScenarioService::recorded(const QVariantMap &order)
 {
     if (!m_recorder)
         throw Error(QStringLiteral("nothing is being recorded"));
-    const QStringList &steps = m_recorder->steps();
+    const QStringList &steps = m_recorder->script().steps();
     const qsizetype from =
         std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
     const QStringList told = steps.mid(from, MostAtOnce);
     QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
-        {QStringLiteral("phone"), m_recorder->phone()}, {QStringLiteral("masked"), m_recorder->hasMasked()}};
+        {QStringLiteral("phone"), m_recorder->script().phone()},
+        {QStringLiteral("masked"), m_recorder->script().hasMasked()}};
     if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
         m_recorder.reset();
     return answer;

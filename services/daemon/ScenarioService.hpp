@@ -1,9 +1,9 @@
 #pragma once
 
 #include "daemon/ApplicationWatch.hpp"
+#include "publishing/ControlObject.hpp"
 #include "scenario/Recorder.hpp"
 #include "scenario/ScenarioPlayer.hpp"
-#include "publishing/ControlObject.hpp"
 
 #include <QObject>
 #include <QTimer>

@@ -3,8 +3,8 @@
 #include "Arguments.hpp"
 #include "ScenarioNames.hpp"
 #include "daemon/Daemon.hpp"
-#include "source/Error.hpp"
 #include "publishing/Log.hpp"
+#include "source/Error.hpp"
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PrintableText.hpp>

@@ -1,4 +1,5 @@
 #include "data-profile/DataProfilePublisher.hpp"
+#include "data-profile/DataProfileRecorder.hpp"
 #include "data-profile/NetworkManagerProfiles.hpp"
 #include "data-profile/SimulatedDataProfiles.hpp"
 #include "facility/Facility.hpp"
@@ -17,7 +18,8 @@ Facility dataProfileFacility()
         QStringLiteral("data-profile"), {&mobileDataFields()}, {networkManager})
         .saying(dataProfileFields().fields())
         .asked(dataProfileRequests())
-        .publishedBy<DataProfilePublisher>();
+        .publishedBy<DataProfilePublisher>()
+        .recordedBy<DataProfileRecorder>();
 }
 
 } // namespace oz::services

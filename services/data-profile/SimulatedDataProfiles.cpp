@@ -1,8 +1,8 @@
 #include "data-profile/SimulatedDataProfiles.hpp"
 
 #include "phone/ShippedPhone.hpp"
-#include "source/Error.hpp"
 #include "radio/SimulatedRadio.hpp"
+#include "source/Error.hpp"
 
 #include <QRegularExpression>
 #include <QUuid>
@@ -37,7 +37,10 @@ const Settings<SimulatedDataProfiles::Known> &SimulatedDataProfiles::profileTabl
     using K = Known;
     using C = SettingColumns<Known>;
     static const auto of = [](auto member) {
-        return [member](auto &known) -> auto & { return known.profile.*member; };
+        return [member](auto &known) -> auto &
+        {
+            return known.profile.*member;
+        };
     };
     static const ValueType mode = [] {
         ValueType type{ValueType::Text};
@@ -47,7 +50,9 @@ const Settings<SimulatedDataProfiles::Known> &SimulatedDataProfiles::profileTabl
     }();
     static const SettingColumn<Known> controlMode{mode,
         [](const K &known) { return QVariant(QString::number(known.profile.controlMode, 8)); },
-        [](K &known, const QVariant &text) { known.profile.controlMode = text.toString().toUInt(nullptr, 8); }};
+        [](K &known, const QVariant &text) {
+            known.profile.controlMode = text.toString().toUInt(nullptr, 8);
+        }};
     static const Settings<Known> table{
         {"enabled", C::truth(of(&Profile::enabled)).alwaysKnown(), true, "",
             onOff("enabled", "enables the profile")},
@@ -166,8 +171,8 @@ QStringList SimulatedDataProfiles::instances() const
 std::vector<SimVerb> SimulatedDataProfiles::verbs(const QString &instance)
 {
     std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
-    verbs.push_back({QStringLiteral("drop"), {}, QStringLiteral("ends its connection from the network's side"),
-        [this, instance](const QStringList &) {
+    verbs.push_back({QStringLiteral("drop"), {},
+        QStringLiteral("ends its connection from the network's side"), [this, instance](const QStringList &) {
             end(m_known.at(instance));
             update();
         }});

@@ -1,4 +1,5 @@
 #include "display/DisplayPublisher.hpp"
+#include "display/DisplayRecorder.hpp"
 #include "display/SimulatedDisplays.hpp"
 #include "display/WaylandDisplays.hpp"
 #include "display/XrandrDisplays.hpp"
@@ -30,7 +31,8 @@ Facility displayFacility()
     return describeFacility<DisplaySource, SimulatedDisplays>(
         QStringLiteral("display"), {}, {wayland, xrandr})
         .publishedBy<DisplayPublisher, DisplayBeside>()
-        .saying(displayFields().fields());
+        .saying(displayFields().fields())
+        .recordedBy<DisplayRecorder>();
 }
 
 } // namespace oz::services

@@ -12,9 +12,10 @@ Column<Display> column(ValueType::Kind kind, const char *unit = "")
 // A number of the tree that has a word.
 Column<Display> column(const WordList<int> &words)
 {
-    return Columns<Display>::custom({ValueType::Word, {}, wordsIn(words)}, {}, [&words](const QVariant &published) {
-        return published.isValid() ? QVariant(wordFor(words, published.toInt())) : QVariant();
-    });
+    return Columns<Display>::custom(
+        {ValueType::Word, {}, wordsIn(words)}, {}, [&words](const QVariant &published) {
+            return published.isValid() ? QVariant(wordFor(words, published.toInt())) : QVariant();
+        });
 }
 
 } // namespace
@@ -28,8 +29,8 @@ const WordList<int> &displayKinds()
 
 const WordList<int> &displayTechnologies()
 {
-    static const WordList<int> words{
-        {0, "", "unknown"}, {1, "", "crt"}, {2, "", "lcd"}, {3, "", "plasma"}, {4, "", "led"}, {5, "", "oled"}};
+    static const WordList<int> words{{0, "", "unknown"}, {1, "", "crt"}, {2, "", "lcd"}, {3, "", "plasma"},
+        {4, "", "led"}, {5, "", "oled"}};
     return words;
 }
 

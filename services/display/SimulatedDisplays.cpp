@@ -1,6 +1,5 @@
 #include "display/SimulatedDisplays.hpp"
 
-
 namespace oz::services {
 
 namespace {
@@ -9,7 +8,6 @@ constexpr int MaxId = 9999;
 constexpr int MaxPixels = 65535;
 constexpr int MaxMillimetres = 100'000;
 
-const QString List = QStringLiteral("displays");
 const QString Id = QStringLiteral("id");
 
 // What the displays of a file of its own leave out, where it depends on the rest.
@@ -222,8 +220,8 @@ Display &SimulatedDisplays::displayNamed(const QString &id)
     const auto found = m_state.displays.find(id.toInt(&ok));
     if (ok && found != m_state.displays.end())
         return found->second;
-    throw Error(
-        QLatin1String("there is no display '") + id + QLatin1String("'; there are ") + knownText(m_state.displays));
+    throw Error(QLatin1String("there is no display '") + id + QLatin1String("'; there are ")
+        + knownText(m_state.displays));
 }
 
 void SimulatedDisplays::setAttached(const QString &id, bool attached)
@@ -235,28 +233,36 @@ void SimulatedDisplays::setAttached(const QString &id, bool attached)
     update();
 }
 
-QVariantMap SimulatedDisplays::saved()
+QVariantList SimulatedDisplays::listOf(const DisplayTree::Displays &displays)
 {
     QVariantList list;
-    for (auto &[id, display] : m_state.displays) {
-        QVariantMap saved = savedOf(displayTable().of(&display));
-        saved.insert(Id, id);
-        list.append(saved);
+    for (auto [id, display] : displays) {
+        QVariantMap map = savedOf(displayTable().of(&display));
+        map.insert(Id, id);
+        list.append(map);
     }
-    return {{List, list}};
+    return list;
 }
 
-// A display that makes no sense is left out.
+QVariantMap SimulatedDisplays::saved()
+{
+    return {{List, listOf(m_state.displays)}};
+}
+
+// Where one makes no sense, they are all as the phone's file has them.
 void SimulatedDisplays::restore(const QVariantMap &saved)
 {
-    m_state.displays.clear();
-    for (const QVariant &entry : saved.value(List).toList()) {
+    DisplayTree::Displays displays;
+    const QVariant list = saved.value(List);
+    bool fits = list.typeId() == QMetaType::QVariantList;
+    for (const QVariant &entry : list.toList()) {
         const QVariantMap before = entry.toMap();
         const int id = before.value(Id, -1).toInt();
-        Display display;
-        if (id >= 0 && id <= MaxId && restoreTo(displayTable().of(&display), before))
-            m_state.displays.emplace(id, display);
+        Display &display = displays[id];
+        fits = fits && id >= 0 && id <= MaxId && restoreTo(displayTable().of(&display), before);
     }
+    if (fits)
+        m_state.displays = displays;
     update();
 }
 

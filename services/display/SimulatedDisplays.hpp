@@ -15,6 +15,11 @@ public:
     [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
 
+    /*! The key in its section under which all displays are. */
+    inline static const QString List = QStringLiteral("displays");
+    /*! \a displays as they stand there. */
+    [[nodiscard]] static QVariantList listOf(const DisplayTree::Displays &displays);
+
     /*! The display of \a id; null where there is none. */
     [[nodiscard]] const Display *find(int id) const;
     /*! Adds a display without wire, called \a name, and gives its identifier. */

@@ -21,7 +21,6 @@ namespace oz::services {
 
 namespace {
 
-
 template <typename Reply>
 struct FreeReply
 {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "facility/RecordedScript.hpp"
+#include "phone/SimulatedPart.hpp"
 #include "publishing/FieldsPublisher.hpp"
 #include "publishing/StateStore.hpp"
-#include "phone/SimulatedPart.hpp"
 #include "source/Source.hpp"
 #include "table/AskedRequest.hpp"
 #include "table/Fields.hpp"
@@ -122,6 +123,17 @@ struct Facility
     /*! Its part of the simulated phone. */
     std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedParts &phone)> part;
 
+    /*! What it adds to a recording beside its settings. */
+    std::function<std::unique_ptr<FacilityRecorder>()> recorder;
+
+    /*! This one, recorded by a \a RecorderType too. */
+    template <typename RecorderType>
+    [[nodiscard]] Facility recordedBy() const
+    {
+        Facility facility = *this;
+        facility.recorder = [] { return std::make_unique<RecorderType>(); };
+        return facility;
+    }
     /*! This one, which says further fields. */
     [[nodiscard]] Facility saying(const std::vector<Field> &further) const
     {

@@ -1,8 +1,8 @@
 #include "led/LedPublisher.hpp"
 
 #include "led/LedActivity.hpp"
-#include "source/Error.hpp"
 #include "publishing/StateStore.hpp"
+#include "source/Error.hpp"
 
 #include <oz/Limits.hpp>
 

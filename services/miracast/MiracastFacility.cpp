@@ -1,14 +1,17 @@
 #include "facility/Facility.hpp"
 #include "miracast/MiracastPublisher.hpp"
+#include "miracast/MiracastRecorder.hpp"
 #include "miracast/SimulatedMiracast.hpp"
 
 namespace oz::services {
 
 Facility miracastFacility()
 {
-    return describeFacility<MiracastSource, SimulatedMiracast>(QStringLiteral("miracast"), {&miracastFields(), &sinkFields()})
+    return describeFacility<MiracastSource, SimulatedMiracast>(
+        QStringLiteral("miracast"), {&miracastFields(), &sinkFields()})
         .asked(miracastRequests())
-        .publishedBy<MiracastPublisher>();
+        .publishedBy<MiracastPublisher>()
+        .recordedBy<MiracastRecorder>();
 }
 
 } // namespace oz::services

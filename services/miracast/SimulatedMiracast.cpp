@@ -47,7 +47,10 @@ const Settings<SimulatedMiracast::Known> &SimulatedMiracast::sinkTable()
     using C = SettingColumns<Known>;
     constexpr double mostPixels = 65535;
     static const auto of = [](auto member) {
-        return [member](auto &known) -> auto & { return known.sink.*member; };
+        return [member](auto &known) -> auto &
+        {
+            return known.sink.*member;
+        };
     };
     static const Settings<Known> table{
         {"name", C::text(of(&MiracastState::Sink::name)), QString(), "any text"},
@@ -91,7 +94,8 @@ void SimulatedMiracast::readSink(const QString &key, const JsonNode &node)
         if (setting.key == u"name")
             setting.initial = key;
         else if (setting.key == address)
-            setting.initial = QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+            setting.initial =
+                QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
     }
     read(node, settings);
     for (const auto &[other, sink] : m_sinks) {

@@ -27,7 +27,8 @@ public:
     [[nodiscard]] virtual QStringList instances() const { return {QString()}; }
     /*! The key in its section of the phone's file under which its instances are, where they have names. */
     [[nodiscard]] virtual QString instancesKey() const { return {}; }
-    /*! What \a instance can be told, or, under an empty name, the whole; all instances can be told the same. */
+    /*! What \a instance can be told, or, under an empty name, the whole; all instances can be told the same.
+     */
     [[nodiscard]] virtual std::vector<Setting> settings(const QString &instance);
     /*! The verbs of its settings, in their order. */
     [[nodiscard]] virtual std::vector<SimVerb> verbs(const QString &instance);

@@ -1,8 +1,8 @@
 #include "phone/SimulatedPhone.hpp"
 
-#include "source/Error.hpp"
 #include "publishing/Log.hpp"
 #include "publishing/StateStore.hpp"
+#include "source/Error.hpp"
 
 #include <QJsonObject>
 

@@ -1,7 +1,7 @@
 #include "publishing/Tree.hpp"
 
-#include "source/Error.hpp"
 #include "publishing/Log.hpp"
+#include "source/Error.hpp"
 
 #include <QStringList>
 

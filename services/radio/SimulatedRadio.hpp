@@ -1,7 +1,7 @@
 #pragma once
 
-#include "radio/Radio.hpp"
 #include "phone/SimulatedPart.hpp"
+#include "radio/Radio.hpp"
 
 namespace oz::services {
 

@@ -260,7 +260,8 @@ Condition::Names Condition::fieldsOf(const AskedRequest &request, const std::sha
     return [&request, fields](const QString &word) -> std::optional<Name> {
         for (const AskedRequest::Part &field : request.parts) {
             if (field.name == word)
-                return Name{field.type.kind, field.type.words, [fields, word] { return fields->value(word); }};
+                return Name{
+                    field.type.kind, field.type.words, [fields, word] { return fields->value(word); }};
         }
         return std::nullopt;
     };

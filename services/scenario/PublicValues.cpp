@@ -1,8 +1,8 @@
 #include "scenario/PublicValues.hpp"
 
 #include "facility/Facility.hpp"
-#include "source/Error.hpp"
 #include "publishing/Tree.hpp"
+#include "source/Error.hpp"
 
 #include <QRegularExpression>
 
@@ -108,7 +108,8 @@ QVariantMap describePublic(const Tree &tree)
     QVariantList values;
     for (const PublicValue &value : publicValues()) {
         QVariantMap described{{QStringLiteral("name"), value.name},
-            {QStringLiteral("type"), value.field->type.text()}, {QStringLiteral("help"), helpOf(*value.field)}};
+            {QStringLiteral("type"), value.field->type.text()},
+            {QStringLiteral("help"), helpOf(*value.field)}};
         const QVariant now =
             value.name.contains(Star) ? QVariant() : PublicValueUse{value.field, {}}.now(tree);
         if (now.isValid())

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "scenario/Condition.hpp"
 #include "phone/JsonNode.hpp"
+#include "scenario/Condition.hpp"
 
 #include <QMap>
 

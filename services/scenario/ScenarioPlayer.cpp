@@ -1,7 +1,7 @@
 #include "scenario/ScenarioPlayer.hpp"
 
-#include "source/Error.hpp"
 #include "publishing/Tree.hpp"
+#include "source/Error.hpp"
 
 #include <QTimer>
 

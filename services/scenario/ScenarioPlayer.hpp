@@ -1,7 +1,7 @@
 #pragma once
 
-#include "scenario/Scenario.hpp"
 #include "phone/PhoneClock.hpp"
+#include "scenario/Scenario.hpp"
 
 #include <QElapsedTimer>
 #include <QList>

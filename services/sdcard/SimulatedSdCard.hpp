@@ -1,7 +1,7 @@
 #pragma once
 
-#include "sdcard/SdCard.hpp"
 #include "phone/SimulatedPart.hpp"
+#include "sdcard/SdCard.hpp"
 
 namespace oz::services {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "simcard/SimCard.hpp"
 #include "phone/SimulatedPart.hpp"
+#include "simcard/SimCard.hpp"
 
 namespace oz::services {
 

@@ -42,6 +42,8 @@ struct Recording
     const char *mask = ""; //!< what stands for a value that tells who somebody is, with a number behind it
     int keptDigits = -1; //!< of a number that does, how many of its first digits stay
     QVariant fixed = {}; //!< what it is in each recording, whatever is seen
+
+    [[nodiscard]] bool isSome() const { return *field || value || fixed.isValid(); }
 };
 
 /*! Something that a part of the simulated phone can be told, by its file and while it runs. */
@@ -168,8 +170,8 @@ public:
     template <typename Member>
     static SettingColumn<Part> hardwareAddress(Member member)
     {
-        return text(member, "([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}",
-            "a hardware address such as \"02:00:00:00:00:01\"");
+        return text(
+            member, "([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}", "a hardware address such as \"02:00:00:00:00:01\"");
     }
     /*! Text that may be left out: null is none. */
     template <typename Member>
@@ -177,7 +179,8 @@ public:
     {
         SettingColumn<Part> column = text(member);
         column.type.mayBeUnknown = true;
-        column.set = [member](Part &part, const QVariant &value) { std::invoke(member, part) = value.toString(); };
+        column.set = [member](
+                         Part &part, const QVariant &value) { std::invoke(member, part) = value.toString(); };
         return column;
     }
     /*! Some of \a words. */
@@ -273,11 +276,10 @@ public:
     {
         std::vector<Setting> settings;
         for (const Row &row : m_rows) {
-            settings.push_back(
-                {QLatin1String(row.key), row.column.type, row.initial, QString::fromUtf8(row.help),
-                    row.orders, row.recording,
-                    row.column.isKept || !row.orders.empty(), [part, &row] { return row.column.get(*part); },
-                    [part, &row](const QVariant &value) { row.column.set(*part, value); }});
+            settings.push_back({QLatin1String(row.key), row.column.type, row.initial,
+                QString::fromUtf8(row.help), row.orders, row.recording,
+                row.column.isKept || !row.orders.empty(), [part, &row] { return row.column.get(*part); },
+                [part, &row](const QVariant &value) { row.column.set(*part, value); }});
         }
         return settings;
     }

@@ -53,8 +53,7 @@ private:
 };
 
 VibrationPublisher::VibrationPublisher(const QString &facility, VibrationSource &source, Tree &tree)
-    : PublisherOf(facility, source, tree),
-      m_activity(tree, vibrationActivityFields().path())
+    : PublisherOf(facility, source, tree), m_activity(tree, vibrationActivityFields().path())
 {
     m_end.setSingleShot(true);
     m_end.setTimerType(Qt::PreciseTimer);

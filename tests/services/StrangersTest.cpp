@@ -137,7 +137,7 @@ TEST_F(StrangersTest, ADamagedStateFileCostsWhatIsDamagedAndKeepsNoPhoneFromStar
             const auto json = [](const QVariantMap &map) { return QJsonObject::fromVariantMap(map); };
             if (json(store.load(name)) != json(damaged)) {
                 // Where Wi-Fi Direct is off it is the group that does not fit.
-                const bool isOff = !damaged.value(way.last(), true).toBool()
+                const bool isOff = damaged.value(way.last()) == QVariant(false)
                     && (way == QStringList{"enabled"} || way == QStringList{"supported"});
                 const QString lost = isOff ? "group" : way.last();
                 EXPECT_EQ(told.filter(QRegularExpression(

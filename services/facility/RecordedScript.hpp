@@ -1,0 +1,100 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QStringList>
+#include <QVariantMap>
+
+namespace oz::services {
+
+class Tree;
+
+/*!
+ * The scenario that a recording writes: the orders that lead the simulated phone through what the tree tells,
+ * and what the phone must have for them to make sense. Identifiers of people and devices are masked, the same
+ * one always by the same text, unless they are to be kept.
+ */
+class RecordedScript
+{
+public:
+    RecordedScript(const Tree &tree, bool keepsIdentifiers);
+
+    /*! What the object at \a path tells now. */
+    [[nodiscard]] QVariantMap told(const QString &path) const;
+    /*! The value "FACILITY.FIELD" that a facility says; invalid where it is not known. */
+    [[nodiscard]] QVariant value(const QString &name) const;
+    /*! Whether the recording begins, so that the phone starts with what is seen now. */
+    [[nodiscard]] bool isBeginning() const { return m_isBeginning; }
+    void endBeginning() { m_isBeginning = false; }
+
+    /*! Adds an order, of words that may have blanks, as a step. */
+    void order(const QStringList &words);
+    /*! The steps so far, each as JSON in a line. */
+    [[nodiscard]] const QStringList &steps() const { return m_steps; }
+    /*! The phone's file. */
+    [[nodiscard]] const QVariantMap &phone() const { return m_phone; }
+    /*! Sets \a key in the section of \a facility in the phone's file. */
+    void setInPhone(const QString &facility, const QString &key, const QVariant &value);
+    /*! The section of \a facility in the phone's file. */
+    [[nodiscard]] QVariantMap section(const QString &facility) const
+    {
+        return m_phone.value(facility).toMap();
+    }
+
+    /*! Whether something else stands in place of what identifies somebody. */
+    [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
+    /*! \a text, or what stands for it everywhere in this recording: "KIND-1", or as many digits. */
+    [[nodiscard]] QString masked(const QString &kind, const QString &text);
+    /*! \a address, or one of the range that is free for documentation; one device has one in all facilities.
+     */
+    [[nodiscard]] QString maskedAddress(const QString &address);
+    [[nodiscard]] int maskedNumber(const QString &kind, int number);
+    /*! \a digits, or as many zeros behind the first \a kept ones, and a one. */
+    [[nodiscard]] QString maskedDigits(const QString &digits, qsizetype kept);
+
+private:
+    const Tree &m_tree;
+    bool m_keepsIdentifiers;
+    bool m_hasMasked = false;
+    bool m_isBeginning = true;
+    QElapsedTimer m_clock;
+    QStringList m_steps;
+    QVariantMap m_phone;
+    QHash<QString, QStringList> m_masked; // by kind; their places are their numbers
+};
+
+/*! What a facility adds to a recording beside its settings: what there are several of, or none, of. */
+class FacilityRecorder
+{
+public:
+    FacilityRecorder() = default;
+    FacilityRecorder(const FacilityRecorder &) = delete;
+    FacilityRecorder &operator=(const FacilityRecorder &) = delete;
+    virtual ~FacilityRecorder() = default;
+
+    /*! Looks at what the tree tells now. \a recorded are the facilities that the recording is of. */
+    virtual void sample(RecordedScript &script, const QStringList &recorded) = 0;
+};
+
+/*! The devices around the phone in a recording: what the phone's file says of each, by the names that the
+ * recording gives them. */
+class RecordedDevices
+{
+public:
+    explicit RecordedDevices(const QString &kind) : m_kind(kind) { }
+
+    /*! The name of the device with this hardware address, which is noted where it is new, with the "name" and
+     * "type" of \a told. */
+    QString note(RecordedScript &script, const QString &address, const QVariantMap &told);
+    /*! What the file says of the device called \a name. */
+    [[nodiscard]] QVariantMap of(const QString &name) const { return m_devices.value(name).toMap(); }
+    void set(const QString &name, const QVariantMap &device) { m_devices.insert(name, device); }
+    [[nodiscard]] const QVariantMap &all() const { return m_devices; }
+
+private:
+    QString m_kind;
+    QVariantMap m_devices;
+    QHash<QString, QString> m_names; // by address
+};
+
+} // namespace oz::services
