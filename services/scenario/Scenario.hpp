@@ -33,7 +33,6 @@ struct ScenarioStep
         double from = 0;
         double to = 0;
         double jitter = 0;
-        int decimals = 0;
         Time every{0};
     } ramp = {};
     std::optional<Condition> condition = {}; //!< When, Expect; Repeat: while it holds
@@ -54,6 +53,13 @@ struct ScenarioStep
     [[nodiscard]] QString place() const;
     /*! A value of a ramp as the order takes it. */
     [[nodiscard]] QString rampText(double value) const;
+};
+
+/*! The steps of one file. */
+struct ScenarioFile
+{
+    std::vector<JsonNode> steps;
+    ScenarioVariables variables;
 };
 
 /*!
@@ -83,18 +89,13 @@ public:
 
     /*! The step at \a node with \a variables; throws Error as the constructor does. */
     [[nodiscard]] ScenarioStep step(const JsonNode &node, const ScenarioVariables &variables) const;
+    /*! What \a file says, which steps include. */
+    [[nodiscard]] const ScenarioFile &included(const QString &file) const;
+    /*! Over which its conditions are. */
+    [[nodiscard]] const Tree &tree() const { return m_tree; }
 
 private:
-    class Reader;
-    struct Included
-    {
-        std::vector<JsonNode> steps;
-        ScenarioVariables variables;
-    };
-
-    [[nodiscard]] static Included readFile(const JsonNode &root, const QStringList &furtherKeys);
-    static void readRequest(ScenarioStep *step, const Reader &reader);
-    void include(ScenarioStep *step, const Reader &reader) const;
+    [[nodiscard]] static ScenarioFile readFile(const JsonNode &root, const QStringList &furtherKeys);
     void check(
         const std::vector<JsonNode> &steps, const ScenarioVariables &variables, const CheckOrder &check);
     static void checkOrder(const JsonNode &node, const QStringList &words, const CheckOrder &check);
@@ -106,7 +107,7 @@ private:
     ScenarioVariables m_variables;
     bool m_hasExpectations = false;
     int m_depth = 0; // of steps inside steps, while it is checked
-    mutable QMap<QString, Included> m_included; // by their file names
+    mutable QMap<QString, ScenarioFile> m_included; // by their file names
 };
 
 /*! The phone that \a file describes: a phone's file, or a scenario that has one of its own. */

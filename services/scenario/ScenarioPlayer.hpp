@@ -76,7 +76,7 @@ Q_SIGNALS:
     void finished();
 
 private:
-    class Strand;
+    class Strand; // ScenarioStrand.hpp
     struct Asked
     {
         QString path;
