@@ -4,7 +4,7 @@
 # The Debian packages of each verb.
 build_packages=(
     build-essential cmake ninja-build ccache pkg-config
-    qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libjsoncpp-dev libmnl-dev libsystemd-dev
+    qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libmnl-dev libsystemd-dev
     libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
 )
 # What is shipped besides: QML, panel and manual.

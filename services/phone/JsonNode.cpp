@@ -4,45 +4,10 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QRegularExpression>
-#include <QStringDecoder>
 
 #include <algorithm>
-#include <json/json.h>
 
 namespace oz::services {
-
-struct JsonNode::Document
-{
-    QString file;
-    QByteArray text;
-    Json::Value root{Json::objectValue};
-
-    [[nodiscard]] int lineAt(std::ptrdiff_t offset) const
-    {
-        return 1
-            + int(
-                std::count(text.begin(), text.begin() + std::clamp<qsizetype>(offset, 0, text.size()), '\n'));
-    }
-};
-
-namespace {
-
-QString textFrom(const std::string &text)
-{
-    return QString::fromUtf8(text.data(), qsizetype(text.size()));
-}
-
-// "* Line 3, Column 5\n  Missing ',' or '}'\n", and more of the kind.
-Error syntaxError(const QString &file, const QString &errors)
-{
-    static const QRegularExpression first(QStringLiteral("Line (\\d+), Column (\\d+)\\s+([^\\n]*)"));
-    const auto match = first.match(errors);
-    return Error(file + u':' + match.captured(1) + QLatin1String(": ")
-        + (match.hasMatch() ? match.captured(3) : errors.simplified()));
-}
-
-} // namespace
 
 JsonNode JsonNode::parseFile(const QString &file)
 {
@@ -54,24 +19,8 @@ JsonNode JsonNode::parseFile(const QString &file)
 
 JsonNode JsonNode::parse(const QByteArray &text, const QString &file)
 {
-    auto document = std::make_shared<Document>();
-    document->file = file;
-    document->text = text;
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    if (const QString decoded = decoder(text); decoder.hasError() && !decoded.isNull())
-        throw Error(file + QLatin1String(":1: the file is not UTF-8"));
-    Json::CharReaderBuilder builder;
-    Json::CharReaderBuilder::strictMode(&builder.settings_);
-    builder["allowComments"] = true;
-    std::string errors;
-    const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-    try {
-        if (!reader->parse(text.constData(), text.constData() + text.size(), &document->root, &errors))
-            throw syntaxError(file, QString::fromStdString(errors));
-    } catch (const Json::Exception &exception) { // nesting that is too deep
-        throw Error(file + QLatin1String(": ") + QString::fromUtf8(exception.what()));
-    }
-    const Json::Value *root = &document->root;
+    auto document = std::make_shared<const JsonDocument>(JsonDocument::parse(text, file));
+    const JsonValue *root = &document->root;
     const JsonNode node(std::move(document), root, {});
     node.expectMap();
     return node;
@@ -79,8 +28,8 @@ JsonNode JsonNode::parse(const QByteArray &text, const QString &file)
 
 JsonNode JsonNode::emptyMap()
 {
-    auto document = std::make_shared<Document>();
-    const Json::Value *root = &document->root;
+    auto document = std::make_shared<const JsonDocument>();
+    const JsonValue *root = &document->root;
     return {std::move(document), root, {}};
 }
 
@@ -92,24 +41,21 @@ QString JsonNode::fingerprint() const
 
 QString JsonNode::description() const
 {
-    switch (m_value->type()) {
-    case Json::nullValue:
+    switch (m_value->kind) {
+    case JsonValue::Null:
         return QStringLiteral("null");
-    case Json::arrayValue:
+    case JsonValue::Truth:
+        return m_value->truth ? QStringLiteral("true") : QStringLiteral("false");
+    case JsonValue::Number:
+        return m_value->text;
+    case JsonValue::Text:
+        return u'"' + m_value->text + u'"';
+    case JsonValue::List:
         return QStringLiteral("a list");
-    case Json::objectValue:
+    case JsonValue::Map:
         return QStringLiteral("a map");
-    case Json::stringValue:
-        return u'"' + *textOf() + u'"';
-    default:
-        return QString::fromUtf8(m_document->text.mid(
-            m_value->getOffsetStart(), m_value->getOffsetLimit() - m_value->getOffsetStart()));
     }
-}
-
-std::optional<QString> JsonNode::textOf() const
-{
-    return m_value->isString() ? std::optional(textFrom(m_value->asString())) : std::nullopt;
+    Q_UNREACHABLE();
 }
 
 void JsonNode::failHere(const QString &reason) const
@@ -126,16 +72,17 @@ void JsonNode::fail(const QString &reason, const QString &key) const
 
 std::optional<JsonNode> JsonNode::find(const QString &key) const
 {
-    const QByteArray name = key.toUtf8();
-    const Json::Value *member = m_value->find(name.begin(), name.end());
-    if (!member)
+    const auto &members = m_value->members;
+    const auto member =
+        std::find_if(members.begin(), members.end(), [&](const auto &each) { return each.first == key; });
+    if (!isMap() || member == members.end())
         return std::nullopt;
-    return JsonNode(m_document, member, m_path.isEmpty() ? key : QString(m_path + u'.' + key));
+    return JsonNode(m_document, &member->second, m_path.isEmpty() ? key : QString(m_path + u'.' + key));
 }
 
 void JsonNode::expectMap() const
 {
-    if (!m_value->isObject())
+    if (!isMap())
         failHere(QLatin1String("expected a map, found ") + description());
 }
 
@@ -159,35 +106,32 @@ std::vector<JsonNode> JsonNode::elements() const
     std::vector<JsonNode> nodes;
     if (!isList())
         failHere(QLatin1String("expected a list, found ") + description());
-    for (const Json::Value &element : *m_value)
+    for (const auto &[name, element] : m_value->members)
         nodes.push_back({m_document, &element, m_path + u'[' + QString::number(nodes.size()) + u']'});
     return nodes;
 }
 
 std::optional<QString> JsonNode::asText() const
 {
-    return textOf();
+    return m_value->kind == JsonValue::Text ? std::optional(m_value->text) : std::nullopt;
 }
 
 QVariant JsonNode::asScalar() const
 {
-    if (m_value->isBool())
-        return m_value->asBool();
-    if (m_value->isNumeric())
-        return m_value->asDouble();
-    if (!m_value->isString())
+    const QVariant value = asVariant();
+    if (!value.isValid() || value.typeId() == QMetaType::QVariantMap)
         failHere(QLatin1String("expected text, a number, or true or false, found ") + description());
-    return *textOf();
+    return value;
 }
 
 bool JsonNode::isMap() const
 {
-    return m_value->isObject();
+    return m_value->kind == JsonValue::Map;
 }
 
 bool JsonNode::isList() const
 {
-    return m_value->isArray();
+    return m_value->kind == JsonValue::List;
 }
 
 JsonNode JsonNode::at(const QString &key) const
@@ -205,7 +149,7 @@ QString JsonNode::file() const
 
 int JsonNode::line() const
 {
-    return m_document->lineAt(m_value->getOffsetStart());
+    return m_value->line;
 }
 
 std::vector<JsonNode> JsonNode::maps(const QString &key) const
@@ -219,32 +163,28 @@ std::vector<JsonNode> JsonNode::maps(const QString &key) const
 std::vector<std::pair<QString, JsonNode>> JsonNode::members() const
 {
     std::vector<std::pair<QString, JsonNode>> nodes;
-    for (const std::string &name : m_value->getMemberNames())
-        nodes.emplace_back(textFrom(name), *find(textFrom(name)));
-    // In the order of the file, which the library does not keep.
-    std::sort(nodes.begin(), nodes.end(), [](const auto &one, const auto &other) {
-        return one.second.m_value->getOffsetStart() < other.second.m_value->getOffsetStart();
-    });
+    for (const auto &[name, value] : m_value->members)
+        nodes.emplace_back(name, at(name));
     return nodes;
 }
 
 // A map is no value of its own.
 QVariant JsonNode::asVariant() const
 {
-    switch (m_value->type()) {
-    case Json::booleanValue:
-        return m_value->asBool();
-    case Json::intValue:
-    case Json::uintValue:
-    case Json::realValue:
-        return m_value->asDouble();
-    case Json::stringValue:
-        return *textOf();
-    case Json::nullValue:
+    switch (m_value->kind) {
+    case JsonValue::Null:
         return {};
-    default:
+    case JsonValue::Truth:
+        return m_value->truth;
+    case JsonValue::Number:
+        return m_value->number;
+    case JsonValue::Text:
+        return m_value->text;
+    case JsonValue::List:
+    case JsonValue::Map:
         return QVariantMap();
     }
+    Q_UNREACHABLE();
 }
 
 QVariant JsonNode::acceptedBy(const ValueType &type) const
@@ -270,99 +210,31 @@ QVariant JsonNode::value(const QString &key, const ValueType &type) const
     return all;
 }
 
-bool JsonNode::boolean(const QString &key, bool fallback) const
-{
-    const auto member = find(key);
-    if (member && !member->m_value->isBool())
-        member->failHere(QLatin1String("expected true or false, found ") + member->description());
-    return member ? member->m_value->asBool() : fallback;
-}
-
 double JsonNode::number(const QString &key, double fallback, double least, double most) const
 {
-    const auto member = find(key);
-    if (!member)
-        return fallback;
-    const bool isNumber = member->m_value->isNumeric() && !member->m_value->isBool();
-    const double value = isNumber ? member->m_value->asDouble() : 0;
-    if (!isNumber || value < least || value > most) {
-        member->failHere(QLatin1String("expected a number from ") + QString::number(least)
-            + QLatin1String(" to ") + QString::number(most) + QLatin1String(", found ")
-            + member->description());
-    }
-    return value;
+    ValueType type{ValueType::Number};
+    type.least = least;
+    type.most = most;
+    return contains(key) ? value(key, type).toDouble() : fallback;
 }
 
 int JsonNode::integer(const QString &key, int fallback, int least, int most) const
 {
-    const auto member = find(key);
-    if (!member)
-        return fallback;
-    const bool isNumber = member->m_value->isNumeric() && !member->m_value->isBool();
-    const double value = isNumber ? member->m_value->asDouble() : 0;
-    if (!isNumber || value < least || value > most || value != double(int(value))) {
-        member->failHere(QLatin1String("expected a whole number from ") + QString::number(least)
-            + QLatin1String(" to ") + QString::number(most) + QLatin1String(", found ")
-            + member->description());
-    }
-    return int(value);
-}
-
-std::chrono::milliseconds JsonNode::seconds(
-    const QString &key, double fallback, double least, double most) const
-{
-    return std::chrono::milliseconds(qRound(number(key, fallback, least, most) * 1000));
-}
-
-QString JsonNode::hardwareAddress(const QString &key, const QString &fallback) const
-{
-    QString address = text(key, fallback);
-    static const QRegularExpression form(QStringLiteral("^([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}$"));
-    if (!form.match(address).hasMatch()) {
-        fail(QLatin1String("expected a hardware address such as \"02:00:00:00:00:01\", found \"") + address
-                + u'"',
-            key);
-    }
-    return address;
+    ValueType type{ValueType::Number};
+    type.isWhole = true;
+    type.least = least;
+    type.most = most;
+    return contains(key) ? value(key, type).toInt() : fallback;
 }
 
 QString JsonNode::text(const QString &key, const QString &fallback) const
 {
-    const auto member = find(key);
-    if (!member)
-        return fallback;
-    if (!member->m_value->isString())
-        member->failHere(QLatin1String("expected text, found ") + member->description());
-    return *member->textOf();
+    return contains(key) ? value(key, {ValueType::Text}).toString() : fallback;
 }
 
 QString JsonNode::word(const QString &key, const QString &fallback, const QStringList &words) const
 {
-    QString value = text(key, fallback);
-    if (!words.contains(value)) {
-        fail(QLatin1String("expected one of ") + words.join(QLatin1String(", ")) + QLatin1String(", found \"")
-                + value + u'"',
-            key);
-    }
-    return value;
-}
-
-QStringList JsonNode::words(const QString &key, const QStringList &fallback, const QStringList &words) const
-{
-    if (!find(key))
-        return fallback;
-    QStringList values;
-    for (const JsonNode &element : list(key)) {
-        const auto value = element.textOf();
-        if (!value)
-            element.failHere(QLatin1String("expected text, found ") + element.description());
-        if (!words.contains(*value)) {
-            element.failHere(QLatin1String("expected one of ") + words.join(QLatin1String(", "))
-                + QLatin1String(", found \"") + *value + u'"');
-        }
-        values.append(*value);
-    }
-    return values;
+    return contains(key) ? value(key, {ValueType::Word, {}, words}).toString() : fallback;
 }
 
 QList<int> JsonNode::integers(const QString &key, const QList<int> &fallback, const QList<int> &numbers) const
@@ -371,7 +243,7 @@ QList<int> JsonNode::integers(const QString &key, const QList<int> &fallback, co
         return fallback;
     QList<int> values;
     for (const JsonNode &element : list(key)) {
-        const double number = element.m_value->isNumeric() ? element.m_value->asDouble() : 0.5;
+        const double number = element.m_value->kind == JsonValue::Number ? element.m_value->number : 0.5;
         const auto found = std::find(numbers.begin(), numbers.end(), number);
         if (found == numbers.end()) {
             QStringList texts;
@@ -385,27 +257,9 @@ QList<int> JsonNode::integers(const QString &key, const QList<int> &fallback, co
     return values;
 }
 
-std::optional<QString> JsonNode::identifier(const QString &key, const QString &fallback) const
-{
-    const auto member = find(key);
-    if (!member)
-        return fallback;
-    if (member->m_value->isNull())
-        return std::nullopt;
-    if (!member->m_value->isString())
-        member->failHere(QStringLiteral("expected text or null"));
-    return member->textOf();
-}
-
 bool JsonNode::contains(const QString &key) const
 {
     return find(key).has_value();
-}
-
-bool JsonNode::isNull(const QString &key) const
-{
-    const auto member = find(key);
-    return member && member->m_value->isNull();
 }
 
 void JsonNode::allowOnly(const QStringList &known) const

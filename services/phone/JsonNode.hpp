@@ -1,5 +1,6 @@
 #pragma once
 
+#include "phone/JsonDocument.hpp"
 #include "table/ValueType.hpp"
 
 #include <QList>
@@ -7,14 +8,9 @@
 #include <QStringList>
 #include <QVariant>
 
-#include <chrono>
 #include <memory>
 #include <optional>
 #include <vector>
-
-namespace Json {
-class Value;
-}
 
 namespace oz::services {
 
@@ -44,29 +40,15 @@ public:
 
     /*! The member \a key, which is there and is a \a type. */
     [[nodiscard]] QVariant value(const QString &key, const ValueType &type) const;
-    [[nodiscard]] bool boolean(const QString &key, bool fallback) const;
-    [[nodiscard]] int integer(const QString &key, int fallback, int least, int most) const;
     [[nodiscard]] double number(const QString &key, double fallback, double least, double most) const;
-    /*! A time in seconds. */
-    [[nodiscard]] std::chrono::milliseconds seconds(
-        const QString &key, double fallback, double least = 0, double most = 3'600) const;
+    [[nodiscard]] int integer(const QString &key, int fallback, int least, int most) const;
     [[nodiscard]] QString text(const QString &key, const QString &fallback) const;
-    /*! The address of a network device: "02:00:00:00:00:01". */
-    [[nodiscard]] QString hardwareAddress(const QString &key, const QString &fallback) const;
     /*! One of \a words. */
     [[nodiscard]] QString word(const QString &key, const QString &fallback, const QStringList &words) const;
-    /*! A list of some of \a words. */
-    [[nodiscard]] QStringList words(
-        const QString &key, const QStringList &fallback, const QStringList &words) const;
     /*! A list of some of \a numbers. */
     [[nodiscard]] QList<int> integers(
         const QString &key, const QList<int> &fallback, const QList<int> &numbers) const;
-    /*! Text that identifies a person or a device; nothing for null. No error shows it. */
-    [[nodiscard]] std::optional<QString> identifier(const QString &key, const QString &fallback) const;
     [[nodiscard]] bool contains(const QString &key) const;
-    /*! Whether \a key says that its value is not known: null. */
-    [[nodiscard]] bool isNull(const QString &key) const;
-
     /*! Refuses members that are not in \a known: a misspelt key would otherwise do nothing, silently. */
     void allowOnly(const QStringList &known) const;
 
@@ -90,22 +72,19 @@ public:
     [[noreturn]] void fail(const QString &reason, const QString &key = {}) const;
 
 private:
-    struct Document;
-
-    JsonNode(std::shared_ptr<const Document> document, const Json::Value *value, const QString &path)
+    JsonNode(std::shared_ptr<const JsonDocument> document, const JsonValue *value, const QString &path)
         : m_document(std::move(document)), m_value(value), m_path(path)
     {
     }
     [[nodiscard]] std::optional<JsonNode> find(const QString &key) const;
     [[nodiscard]] QString description() const;
-    [[nodiscard]] std::optional<QString> textOf() const;
     [[nodiscard]] QVariant asVariant() const;
     [[nodiscard]] QVariant acceptedBy(const ValueType &type) const;
     void expectMap() const;
     [[noreturn]] void failHere(const QString &reason) const;
 
-    std::shared_ptr<const Document> m_document;
-    const Json::Value *m_value; // of the document
+    std::shared_ptr<const JsonDocument> m_document;
+    const JsonValue *m_value; // of the document
     QString m_path; // "sdcard.mounted", empty for the file's own value
 };
 

@@ -50,8 +50,10 @@ const Settings<SimulatedRadio> &SimulatedRadio::table()
 SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedParts &phone)
     : m_networks(phone.part<SimulatedNetworks>())
 {
-    m_technologies =
-        section.words(QStringLiteral("technologies"), wordsIn(technologyWords()), wordsIn(technologyWords()));
+    const QString technologies = QStringLiteral("technologies");
+    m_technologies = wordsIn(technologyWords());
+    if (section.contains(technologies))
+        m_technologies = section.value(technologies, {ValueType::List, {}, m_technologies}).toStringList();
     read(section, settings({}), {QStringLiteral("bands")});
     readBands(section.map(QStringLiteral("bands")));
     connect(m_networks.get(), &SimulatedNetworks::served, this, &SimulatedRadio::tell);
