@@ -22,7 +22,7 @@ std::optional<QVariant> seenReceiver(const SeenValues &seen)
                               : std::optional(QVariant(receiver == u"null" ? QString() : receiver));
 }
 
-// Of a battery that is taken out the temperature is not unknown, but not seen.
+// The temperature of a battery that is taken out is not unknown; it is not seen.
 std::optional<QVariant> seenTemperature(const SeenValues &seen)
 {
     return seen("present").toBool() ? std::optional(seen("temperature")) : std::nullopt;

@@ -67,7 +67,7 @@ std::optional<int> milliampereHours(const SysFolder::Values &battery)
     return std::nullopt;
 }
 
-// Who receives power without a wire; the kernel has no other identifier of it than its serial number or name.
+// The wireless receiver: the kernel has no other identifier of it than its serial number or name.
 QString receiverOnCharger()
 {
     const QStringList supplies = QDir(PowerSupplies).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
@@ -92,7 +92,7 @@ UPowerBattery::UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &devi
 {
     m_kernelTimeout.setSingleShot(true);
     m_kernelTimeout.setInterval(KernelTimeout);
-    m_kernelTimeout.callOnTimeout(this, [this] { take(); });
+    m_kernelTimeout.callOnTimeout(this, [this] { applyReading(); });
     objects().followList(
         ManagerPath, ManagerInterface, QStringLiteral("EnumerateDevices"), {DeviceInterface});
     service().hear(ManagerPath, ManagerInterface, QStringLiteral("DeviceAdded"), this,
@@ -128,14 +128,14 @@ QString UPowerBattery::batteryPath() const
     return best == paths.end() ? QString() : *best;
 }
 
-void UPowerBattery::look()
+void UPowerBattery::readState()
 {
     if (!m_isReading)
         readKernel();
     else
         m_readsAgain = true; // what it is asked already may be older
     if (m_isReading && !m_kernelTimeout.isActive())
-        take();
+        applyReading();
 }
 
 void UPowerBattery::readKernel()
@@ -158,7 +158,7 @@ void UPowerBattery::readKernel()
             m_isReading = false;
             m_kernelTimeout.stop();
             m_kernel = kernel;
-            take();
+            applyReading();
             if (m_readsAgain)
                 readKernel();
         });
@@ -167,7 +167,7 @@ void UPowerBattery::readKernel()
 Battery UPowerBattery::currentBattery() const
 {
     const QString path = batteryPath();
-    // Of another battery nothing is told.
+    // The kernel's values are those of one battery; they say nothing about another.
     const SysFolder::Values kernel = m_kernel.path == path ? m_kernel.battery : SysFolder::Values();
     Battery battery;
     battery.wirelessReceiver = m_kernel.wirelessReceiver;
@@ -186,7 +186,7 @@ Battery UPowerBattery::currentBattery() const
     battery.level = qRound(of(path, "Percentage").toDouble());
     battery.condition = conditionOf(kernel.value(QStringLiteral("health")));
     battery.fullChargeCapacity = milliampereHours(kernel);
-    // Who does not count says 0, or less.
+    // A driver that does not count reports 0 or less.
     const auto cycles = SysFolder::number(kernel, QStringLiteral("cycle_count"));
     if (const int told = of(path, "ChargeCycles").toInt(); told > 0)
         battery.cycleCount = told;
@@ -200,7 +200,7 @@ Battery UPowerBattery::currentBattery() const
     return battery;
 }
 
-void UPowerBattery::take()
+void UPowerBattery::applyReading()
 {
     if (!objects().isComplete())
         return;
@@ -211,7 +211,7 @@ void UPowerBattery::take()
         return;
     m_hadBattery = battery.present;
     if (!m_device.isEmpty() && batteryPath().isEmpty())
-        miss(QLatin1String("UPower knows no battery '") + m_device + u'\'');
+        setAbsent(QLatin1String("UPower knows no battery '") + m_device + u'\'');
     else
         know(battery);
 }

@@ -17,7 +17,7 @@ public:
     explicit UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &device = {});
 
 private:
-    /*! What the kernel alone tells. */
+    /*! The values that only the kernel has. */
     struct Kernel
     {
         QString path; //!< of the battery, as UPower calls it
@@ -25,12 +25,12 @@ private:
         QString wirelessReceiver;
     };
 
-    void look() override;
+    void readState() override;
     void readKernel();
     [[nodiscard]] QString batteryPath() const;
     [[nodiscard]] QVariant of(const QString &path, const char *property) const;
     [[nodiscard]] Battery currentBattery() const;
-    void take();
+    void applyReading();
 
     QString m_device;
     bool m_hadBattery = false;

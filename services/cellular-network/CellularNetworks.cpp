@@ -37,7 +37,7 @@ Column<CellularNetworks> services(OneNetwork one)
     return Columns<CellularNetworks>::custom({ValueType::List, {}, serviceWords()}, write, read);
 }
 
-// That roaming is not for the user to know is told with the roaming.
+// The suppression of the roaming indicator is published with the roaming state.
 Column<CellularNetworks> suppression(OneNetwork one)
 {
     return Columns<CellularNetworks>::truth([one](const CellularNetworks &networks) {

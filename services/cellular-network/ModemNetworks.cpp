@@ -45,7 +45,7 @@ std::optional<int> ModemNetworks::signalStrength() const
     return -113 + 2 * qRound(int(quality) * 31 / 100.0);
 }
 
-void ModemNetworks::look()
+void ModemNetworks::readState()
 {
     CellularNetworks state;
     const uint registration = of(Modem3gppInterface, "RegistrationState").toUInt();

@@ -15,7 +15,7 @@ public:
     }
 
 private:
-    void look() override;
+    void readState() override;
     [[nodiscard]] std::optional<int> signalStrength() const;
 };
 

@@ -6,7 +6,7 @@ namespace {
 
 const QString Section = QStringLiteral("cellular-network");
 
-// What tells where a cell is, and the technologies for which the phone's file has it.
+// The keys that say where a cell is, and the technologies for which the phone's file has each.
 const std::pair<const char *, const char *> CellKeys[] = {{"cell-id", "gsm umts lte"}, {"lac", "gsm umts"},
     {"tac", "lte"}, {"bid", "cdma_1x evdo"}, {"nid", "cdma_1x evdo"}, {"sid", "cdma_1x evdo"}};
 

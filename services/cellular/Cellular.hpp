@@ -8,10 +8,10 @@
 
 namespace oz::services {
 
-/*! What kind of radio network it is. */
+/*! The technology of a radio network. */
 enum class Technology { Gsm, Umts, Cdma1x, Evdo, Lte };
 
-/*! What a radio, or a network, offers. */
+/*! The services that a radio or a network offers. */
 enum class CellularService {
     Emergency = 1 << 0,
     Voice = 1 << 1,

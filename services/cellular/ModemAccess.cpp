@@ -43,7 +43,7 @@ constexpr struct
     {MM_MODEM_ACCESS_TECHNOLOGY_LTE, CellularService::Lte},
 };
 
-// What carries data; GSM by itself does not.
+// The technologies that carry data; GSM by itself does not.
 constexpr uint DataAccess = MM_MODEM_ACCESS_TECHNOLOGY_GPRS | MM_MODEM_ACCESS_TECHNOLOGY_EDGE | UmtsAccess
     | MM_MODEM_ACCESS_TECHNOLOGY_1XRTT | EvdoAccess | MM_MODEM_ACCESS_TECHNOLOGY_LTE
     | MM_MODEM_ACCESS_TECHNOLOGY_5GNR;

@@ -23,7 +23,7 @@ class ApplicationWatch : public QObject
     Q_OBJECT
 
 public:
-    /*! What an application is waited for to do. */
+    /*! The event that ends the wait for an application. */
     enum class For {
         Open, //!< open a state object, or connect to a control object or device
         Request, //!< send something to a control object or device

@@ -44,7 +44,7 @@ public:
 
     /*! The phone's file; empty for the default one. */
     QString phoneFile;
-    /*! Who may ask for what acts for everybody; nothing where everybody may. */
+    /*! The users who may make requests that act for everybody; nothing where everybody may. */
     std::optional<gid_t> trustedGroup;
     /*! Sets trustedGroup by the group's name; throws Error where there is no such group. */
     void setTrustedGroup(const QString &name);

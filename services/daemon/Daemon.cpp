@@ -248,7 +248,7 @@ private:
         return *m_phone;
     }
 
-    // What services can be told to suffer.
+    // The faults that services can be told to have.
     [[nodiscard]] std::vector<SimVerb> furtherVerbs(const QString &name, const QString &instance)
     {
         std::vector<SimVerb> verbs;
@@ -359,7 +359,7 @@ QVariantMap Daemon::lookAtPhone() const
     return seen;
 }
 
-// What the daemon is asked for is served once everything is there, and says what is not from then on.
+// The daemon's control object is served once everything is published; from then on it says what is missing.
 void Daemon::checkReady()
 {
     if (!m_running)

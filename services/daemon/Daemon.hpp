@@ -45,7 +45,7 @@ public:
     /*! Whether everything is published. */
     [[nodiscard]] bool isReady() const { return m_isReady; }
 
-    /*! What plays scenarios on the simulated phone. */
+    /*! The player of scenarios on the simulated phone. */
     [[nodiscard]] ScenarioService &scenarios() { return m_scenarios; }
 
     /*! Takes over another configuration, and the phone's file anew. Where that is wrong it throws Error, and

@@ -50,7 +50,7 @@ struct Options
     int lifeline = -1;
 };
 
-// What is logged may hold text of strangers, and of files that anybody wrote.
+// Log texts may hold text from strangers, and from files that anybody wrote.
 void logPrintably()
 {
     static QtMessageHandler s_write = nullptr;

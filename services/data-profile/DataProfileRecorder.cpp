@@ -9,7 +9,7 @@ namespace {
 const QString Section = QStringLiteral("data-profile");
 const QString Enabled = QStringLiteral("enabled");
 
-// What the phone's file says of a profile.
+// The section of a profile in the phone's file.
 QVariantMap sectionOf(const QVariantMap &told, const QString &name)
 {
     static const QStringList keys{

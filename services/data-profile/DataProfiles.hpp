@@ -50,7 +50,7 @@ public:
 [[nodiscard]] const Fields<DataProfiles> &mobileDataFields();
 [[nodiscard]] const Fields<DataProfiles::Profile> &dataProfileFields();
 
-/*! What applications ask of a profile. */
+/*! The requests of applications about a profile. */
 [[nodiscard]] std::vector<AskedRequest> dataProfileRequests();
 /*! The object that takes what is asked of the profile \a name. */
 [[nodiscard]] QString dataProfileControl(const QString &name);

@@ -31,7 +31,7 @@ const QString SavedName = QStringLiteral("data-profile-users");
 // NetworkManager's states of an active connection.
 enum ActiveState { Activating = 1, Activated = 2, Deactivating = 3 };
 
-// What fails at once is pending for so long all the same, so that applications see that it has failed.
+// A request that fails at once still stays pending this long, so that applications see the failure.
 constexpr std::chrono::milliseconds ShortestAttempt{200};
 
 QList<QString> pathsIn(const QVariant &value)
@@ -42,7 +42,7 @@ QList<QString> pathsIn(const QVariant &value)
     return paths;
 }
 
-// What applications can tell apart is whether a connection was not possible, or went wrong.
+// Applications distinguish a connection that was impossible from one that failed.
 int errorOf(const QDBusMessage &error)
 {
     static const QStringList notPossible{Name + QLatin1String(".PermissionDenied"),
@@ -104,7 +104,7 @@ void NetworkManagerProfiles::readSettings(const QString &path)
                     ? qdbus_cast<Settings>(answer.arguments().value(0))
                     : Settings());
             if (objects().isComplete())
-                look();
+                readState();
         });
 }
 
@@ -139,7 +139,7 @@ void NetworkManagerProfiles::beginAttempt(const QString &connection, const QStri
             return;
         attempt->hasBeenShown = true;
         if (objects().isComplete())
-            look();
+            readState();
     });
     objects().follow(active, {ActiveInterface});
 }
@@ -224,7 +224,7 @@ DataProfiles::Profile NetworkManagerProfiles::profileOf(
     return profile;
 }
 
-void NetworkManagerProfiles::look()
+void NetworkManagerProfiles::readState()
 {
     endAttempts();
     followActive();

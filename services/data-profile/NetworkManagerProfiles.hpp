@@ -31,7 +31,7 @@ private:
         bool hasBeenShown; // for long enough
     };
 
-    void look() override;
+    void readState() override;
     void followActive();
     void beginAttempt(const QString &connection, const QString &active);
     void endAttempts();

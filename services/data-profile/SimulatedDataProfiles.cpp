@@ -89,7 +89,7 @@ std::vector<Setting> SimulatedDataProfiles::settings(const QString &instance)
     return instance.isEmpty() ? table().of(this) : profileTable().of(&m_known.at(instance));
 }
 
-// What the phone does by itself is done when the services start.
+// The phone's own connections are made when the services start.
 void SimulatedDataProfiles::establishAtOnce()
 {
     for (auto &[name, known] : m_known) {

@@ -10,7 +10,7 @@ namespace oz::services {
 /*! The power manager's status for whether somebody uses the device. */
 inline const QString UserActivity = QStringLiteral("user_activity");
 
-/*! What the power manager tells, as any source knows it. */
+/*! The user's activity, as any source knows it. */
 struct Activity
 {
     std::optional<bool> isUsed; //!< whether somebody uses the device

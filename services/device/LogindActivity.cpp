@@ -49,15 +49,15 @@ LogindActivity::LogindActivity(std::shared_ptr<SystemBus> bus, const QString &se
     }
 }
 
-void LogindActivity::look()
+void LogindActivity::readState()
 {
     const QVariant isIdle = objects().property(m_path, SeatInterface, QStringLiteral("IdleHint"));
     if (!isIdle.isValid()) {
-        miss(QLatin1String("logind knows no seat '") + m_seat + u'\'');
+        setAbsent(QLatin1String("logind knows no seat '") + m_seat + u'\'');
         return;
     }
     if (isEmptyList(objects().property(m_path, SeatInterface, QStringLiteral("Sessions")))) {
-        miss(QLatin1String("there is no session on ") + m_seat);
+        setAbsent(QLatin1String("there is no session on ") + m_seat);
         return;
     }
     // A session has to tell a service that has just started again that it is idle.

@@ -13,7 +13,7 @@ public:
     explicit LogindActivity(std::shared_ptr<SystemBus> bus, const QString &seat = {});
 
 private:
-    void look() override;
+    void readState() override;
 
     QString m_seat;
     QString m_path;

@@ -15,7 +15,7 @@ public:
     }
 
 private:
-    // That they are there is all they have to say.
+    // Their presence is all that they say.
     void onMessage(const PpsServer::Client &, const QVariantMap &, const QString &) override { }
 
     int m_count = 0;

@@ -39,7 +39,7 @@ SensorProxyOrientation::SensorProxyOrientation(std::shared_ptr<SystemBus> bus)
         timer->setSingleShot(true);
         timer->callOnTimeout(this, [this] {
             if (objects().isComplete())
-                look();
+                readState();
         });
     }
     m_lingering.setInterval(graceTime());
@@ -55,7 +55,7 @@ SensorProxyOrientation::SensorProxyOrientation(std::shared_ptr<SystemBus> bus)
                 return;
             m_measuring.stop();
             if (objects().isComplete())
-                look();
+                readState();
         });
 }
 
@@ -68,14 +68,14 @@ void SensorProxyOrientation::setRead(bool isRead)
     else
         m_lingering.start();
     if (objects().isComplete())
-        look();
+        readState();
 }
 
-void SensorProxyOrientation::look()
+void SensorProxyOrientation::readState()
 {
     if (!objects().property(Path, Interface, QStringLiteral("HasAccelerometer")).toBool()) {
         m_isClaimed = false;
-        miss(QStringLiteral("iio-sensor-proxy knows no accelerometer of this device"));
+        setAbsent(QStringLiteral("iio-sensor-proxy knows no accelerometer of this device"));
         return;
     }
     const bool isWanted = m_isRead || m_lingering.isActive();
@@ -100,7 +100,7 @@ void SensorProxyOrientation::claim(bool isWanted)
         if (answer.type() == QDBusMessage::ErrorMessage) {
             m_isClaimed = false;
             m_measuring.stop();
-            miss(QLatin1String("iio-sensor-proxy does not let the accelerometer be read: ")
+            setAbsent(QLatin1String("iio-sensor-proxy does not let the accelerometer be read: ")
                 + problemOf(answer));
             return;
         }

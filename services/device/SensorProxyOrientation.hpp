@@ -17,7 +17,7 @@ public:
     void setRead(bool isRead) override;
 
 private:
-    void look() override;
+    void readState() override;
     void claim(bool isWanted);
 
     bool m_isRead = false;

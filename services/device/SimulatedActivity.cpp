@@ -8,7 +8,7 @@ const QString Others = QStringLiteral("other-statuses");
 // A client reads 255 bytes at a time, and loses a line that two reads cut. Up to two lines wait for it.
 constexpr int MaxValueSize = 120;
 
-// What is wrong with a status; nothing where it is one.
+// The reason why this is no status; nothing where it is one.
 QString faultOf(const QString &value)
 {
     if (value.contains(u'\n'))

@@ -19,7 +19,7 @@ void DisplayPublisher::publishState(const DisplayState &state)
     publishDisplays(state.displays);
 }
 
-// Of the device's own displays nothing is known; another's is known all the same.
+// The device's own displays are unknown; one that another facility adds is known all the same.
 void DisplayPublisher::publishAbsence()
 {
     publishDisplays({});

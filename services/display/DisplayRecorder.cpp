@@ -23,7 +23,7 @@ void DisplayRecorder::sample(RecordedScript &script, const QStringList &recorded
     if (recorded.contains(Wireless))
         std::erase_if(displays, [](const auto &entry) { return entry.second.name.startsWith(Wireless); });
     for (auto &[id, now] : displays) {
-        // That of a session has the name of the sink.
+        // A session's display is named after the sink.
         if (now.name.startsWith(Wireless)) {
             const QString sink = now.name.sliced(Wireless.size()).trimmed();
             now.name = Wireless + u' ' + script.masked(QStringLiteral("sink"), sink);

@@ -20,7 +20,7 @@ struct DisplayState
 
 using DisplaySource = StateSource<DisplayState>;
 
-/*! Of a display's name, in bytes of UTF-8: what a client of the display service can read. */
+/*! The longest name of a display, in bytes of UTF-8, that a client of the display service can read. */
 constexpr int MaxDisplayNameSize = 127;
 
 [[nodiscard]] inline bool isInternal(const Display &display)

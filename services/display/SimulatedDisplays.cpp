@@ -10,7 +10,7 @@ constexpr int MaxMillimetres = 100'000;
 
 const QString Id = QStringLiteral("id");
 
-// What the displays of a file of its own leave out, where it depends on the rest.
+// Keys whose default depends on the other values of the display.
 const QString Name = QStringLiteral("name");
 const QString Detachable = QStringLiteral("detachable");
 

@@ -250,12 +250,13 @@ WaylandDisplays::WaylandDisplays(const QString &server)
 {
     m_retry.setTimerType(Qt::CoarseTimer);
     m_retry.callOnTimeout(this, [this] { connectToServer(); });
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(graceTime());
-    m_patience.callOnTimeout(this,
-        [this] { miss(QLatin1String("the compositor ") + m_server + QLatin1String(" does not answer")); });
+    m_grace.setSingleShot(true);
+    m_grace.setInterval(graceTime());
+    m_grace.callOnTimeout(this, [this] {
+        setAbsent(QLatin1String("the compositor ") + m_server + QLatin1String(" does not answer"));
+    });
     if (m_server.isEmpty())
-        miss(QStringLiteral("WAYLAND_DISPLAY names no compositor"));
+        setAbsent(QStringLiteral("WAYLAND_DISPLAY names no compositor"));
     else
         connectToServer();
 }
@@ -264,12 +265,12 @@ WaylandDisplays::~WaylandDisplays() = default;
 
 void WaylandDisplays::connectToServer()
 {
-    m_patience.start();
+    m_grace.start();
     inWorker(
         this, [name = m_server.toLocal8Bit()] { return wl_display_connect(name.constData()); },
         [this](wl_display *display) {
             if (!display) {
-                m_patience.stop();
+                m_grace.stop();
                 onLost(QLatin1String("no compositor is reachable at WAYLAND_DISPLAY=") + m_server);
                 return;
             }
@@ -287,14 +288,14 @@ void WaylandDisplays::connectToServer()
 void WaylandDisplays::onLost(const QString &reason)
 {
     m_connection.reset();
-    m_patience.stop();
-    miss(reason);
+    m_grace.stop();
+    setAbsent(reason);
     m_retry.startLater();
 }
 
 void WaylandDisplays::onOutputs(const QMap<QByteArray, Display> &outputs)
 {
-    m_patience.stop();
+    m_grace.stop();
     m_retry.reset();
     for (auto &[id, display] : m_displays.displays)
         display.attached = false;

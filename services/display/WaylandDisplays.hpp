@@ -38,7 +38,7 @@ private:
     std::unique_ptr<Connection> m_connection;
     DisplayState m_displays; // also those that were there before
     RetryTimer m_retry;
-    QTimer m_patience;
+    QTimer m_grace;
 };
 
 } // namespace oz::services

@@ -63,7 +63,7 @@ int degreesOf(quint16 rotation)
 
 } // namespace
 
-// What the source and its reader have in common. The reader may outlive the source: a server that does not
+// The state that the source and its reader share. The reader may outlive the source: a server that does not
 // answer cannot be hurried.
 struct XrandrDisplays::Shared
 {
@@ -108,7 +108,7 @@ public:
             }
             const QString reason = problem.isEmpty() ? lost() : problem;
             m_connection.reset();
-            m_shared->tell([reason](XrandrDisplays &source) { source.miss(reason); });
+            m_shared->tell([reason](XrandrDisplays &source) { source.setAbsent(reason); });
         } while (!isStopped(pause));
     }
 
@@ -135,14 +135,14 @@ private:
         m_shared->tell([waits](XrandrDisplays &source) { source.onWaiting(waits); });
     }
 
-    // Whether the reader shall end, for which it waits so long.
+    // Waits this long for the order to end; true where it came.
     [[nodiscard]] bool isStopped(std::chrono::milliseconds time) const
     {
         pollfd stop{m_shared->stop, POLLIN, 0};
         return ::poll(&stop, 1, int(time.count())) > 0;
     }
 
-    // What kept it from connecting; nothing where it did.
+    // The reason why it could not connect; empty where it did.
     [[nodiscard]] QString connectToServer()
     {
         int number = 0;
@@ -256,7 +256,7 @@ private:
             }
             state.displays[known.id] = display;
         }
-        // Of a server that went away meanwhile this is only a part.
+        // The server may have gone away meanwhile, which leaves the list incomplete.
         return xcb_connection_has_error(connection) ? std::nullopt : std::optional(state);
     }
 
@@ -287,13 +287,13 @@ XrandrDisplays::XrandrDisplays(const QString &display)
       m_shared(std::make_shared<Shared>())
 {
     if (m_server.isEmpty()) {
-        miss(QStringLiteral("DISPLAY names no X server"));
+        setAbsent(QStringLiteral("DISPLAY names no X server"));
         return;
     }
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(graceTime());
-    connect(&m_patience, &QTimer::timeout, this,
-        [this] { miss(QLatin1String("the X server ") + m_server + QLatin1String(" does not answer")); });
+    m_grace.setSingleShot(true);
+    m_grace.setInterval(graceTime());
+    connect(&m_grace, &QTimer::timeout, this,
+        [this] { setAbsent(QLatin1String("the X server ") + m_server + QLatin1String(" does not answer")); });
     m_shared->source = this;
     Workers::run([shared = m_shared, server = m_server] { Reader(shared, server).run(); });
 }
@@ -309,9 +309,9 @@ XrandrDisplays::~XrandrDisplays()
 void XrandrDisplays::onWaiting(bool waits)
 {
     if (!waits)
-        m_patience.stop();
-    else if (!m_patience.isActive())
-        m_patience.start();
+        m_grace.stop();
+    else if (!m_grace.isActive())
+        m_grace.start();
 }
 
 } // namespace oz::services

@@ -21,7 +21,7 @@ class XrandrDisplays final : public DisplaySource
     Q_OBJECT
 
 public:
-    /*! Of the server that \a display names, or DISPLAY where that is empty. */
+    /*! The displays of the server that \a display names, or DISPLAY where that is empty. */
     explicit XrandrDisplays(const QString &display = {});
     ~XrandrDisplays() override;
 
@@ -34,7 +34,7 @@ private:
 
     QString m_server;
     std::shared_ptr<Shared> m_shared;
-    QTimer m_patience;
+    QTimer m_grace;
 };
 
 } // namespace oz::services

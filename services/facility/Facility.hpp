@@ -22,7 +22,7 @@ namespace oz::services {
 /*! The options that stand behind a source's name: "device=mmcblk1". */
 using SourceOptions = QMap<QString, QString>;
 
-/*! What has a life of its own and feeds several facilities. Each is made at its first use. */
+/*! Objects that live on their own and feed several facilities. Each is made at its first use. */
 class Providers
 {
 public:
@@ -114,16 +114,16 @@ struct Facility
     QString name;
     std::vector<SourceKind> sources;
     std::function<std::unique_ptr<Publisher>(Source &source, const Sources &all, Tree &tree)> publish;
-    /*! What it says, for those who read the tree. */
+    /*! The values that it publishes. */
     std::vector<Field> fields;
-    /*! What applications ask of it. */
+    /*! The requests that applications make. */
     std::vector<AskedRequest> requests;
-    /*! What its part of the simulated phone can be told; bound to none. */
+    /*! The settings of its part of the simulated phone, bound to no part. */
     std::vector<Setting> settings;
     /*! Its part of the simulated phone. */
     std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedParts &phone)> part;
 
-    /*! What it adds to a recording beside its settings. */
+    /*! Makes the recorder of everything beside its settings; empty where there is nothing more. */
     std::function<std::unique_ptr<FacilityRecorder>()> recorder;
 
     /*! This one, recorded by a \a RecorderType too. */

@@ -19,7 +19,7 @@ class RecordedScript
 public:
     RecordedScript(const Tree &tree, bool keepsIdentifiers);
 
-    /*! What the object at \a path tells now. */
+    /*! The attributes of the object at \a path. */
     [[nodiscard]] QVariantMap told(const QString &path) const;
     /*! The value "FACILITY.FIELD" that a facility says; invalid where it is not known. */
     [[nodiscard]] QVariant value(const QString &name) const;
@@ -63,7 +63,8 @@ private:
     QHash<QString, QStringList> m_masked; // by kind; their places are their numbers
 };
 
-/*! What a facility adds to a recording beside its settings: what there are several of, or none, of. */
+/*! Records the part of a facility that is no plain setting: devices, networks, displays, which come and go.
+ */
 class FacilityRecorder
 {
 public:
@@ -86,7 +87,7 @@ public:
     /*! The name of the device with this hardware address, which is noted where it is new, with the "name" and
      * "type" of \a told. */
     QString note(RecordedScript &script, const QString &address, const QVariantMap &told);
-    /*! What the file says of the device called \a name. */
+    /*! The keys of the device called \a name in the phone's file. */
     [[nodiscard]] QVariantMap of(const QString &name) const { return m_devices.value(name).toMap(); }
     void set(const QString &name, const QVariantMap &device) { m_devices.insert(name, device); }
     [[nodiscard]] const QVariantMap &all() const { return m_devices; }

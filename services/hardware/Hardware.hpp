@@ -7,7 +7,7 @@
 
 namespace oz::services {
 
-/*! What the device is made of and how it is called, as any source knows it. */
+/*! The device's hardware and names, as any source knows them. */
 struct Hardware
 {
     enum class Hdmi { None, Micro };
@@ -50,7 +50,7 @@ class MiracastSupport
 {
 public:
     virtual ~MiracastSupport() = default;
-    /*! Nothing while it is not known. */
+    /*! Empty while it is not known. */
     [[nodiscard]] virtual std::optional<bool> isMiracastSupported() const = 0;
     /*! Whose changes tell that it may have changed. */
     [[nodiscard]] virtual const Source &source() const = 0;

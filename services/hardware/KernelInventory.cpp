@@ -18,7 +18,7 @@ const QString DeviceTree = QStringLiteral("/sys/firmware/devicetree/base/");
 const QString Dmi = QStringLiteral("/sys/class/dmi/id/");
 const QString CpuFolder = QStringLiteral("/sys/devices/system/cpu/");
 
-// What makers leave in the firmware where they have nothing to say.
+// Placeholders that manufacturers leave in the firmware.
 bool isFiller(const QString &text)
 {
     static const QStringList fillers{QStringLiteral("0"), QStringLiteral("default string"),
@@ -29,7 +29,7 @@ bool isFiller(const QString &text)
     return text.isEmpty() || fillers.contains(text.toLower());
 }
 
-// What the first of the files says that says something.
+// The content of the first of the files that has any.
 std::optional<QString> textIn(const QStringList &files)
 {
     for (const QString &file : files) {

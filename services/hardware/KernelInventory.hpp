@@ -5,7 +5,7 @@
 namespace oz::services {
 
 /*!
- * What the kernel and udev tell of the device: from device tree or DMI, /proc/cpuinfo and cpufreq, the
+ * The device according to the kernel and udev: from device tree or DMI, /proc/cpuinfo and cpufreq, the
  * connectors and the input devices. Reading it may take its time.
  */
 [[nodiscard]] Hardware kernelInventory();

@@ -47,7 +47,7 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus, std::shared_ptr<Mod
 
 void LinuxHardware::readKernel()
 {
-    // What is asked of the kernel while it is asked already may be newer.
+    // A change that comes during a reading may be newer than what that reading finds.
     if (std::exchange(m_isReading, true)) {
         m_readsAgain = true;
         return;
@@ -89,7 +89,7 @@ void LinuxHardware::tell()
     if (!m_kernel || !m_names)
         return;
     Hardware state = *m_kernel;
-    const auto take = [this](std::optional<QString> *field, const QStringList &properties) {
+    const auto readText = [this](std::optional<QString> *field, const QStringList &properties) {
         for (const QString &property : properties) {
             if (const QString text = m_names->value(property).toString(); !text.isEmpty()) {
                 *field = text;
@@ -97,10 +97,10 @@ void LinuxHardware::tell()
             }
         }
     };
-    take(&state.deviceName, {QStringLiteral("PrettyHostname"), QStringLiteral("Hostname")});
+    readText(&state.deviceName, {QStringLiteral("PrettyHostname"), QStringLiteral("Hostname")});
     state.imei = m_imei;
     state.meid = m_meid;
-    take(&state.modelName, {QStringLiteral("HardwareModel")});
+    readText(&state.modelName, {QStringLiteral("HardwareModel")});
     know(state);
 }
 

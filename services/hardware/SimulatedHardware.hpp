@@ -5,7 +5,7 @@
 
 namespace oz::services {
 
-/*! What the phone is: the section "hardware", of which only the device's name changes. */
+/*! The phone's hardware and names: the section "hardware". Only the device's name changes. */
 class SimulatedHardware final : public HardwareSource, public PartOfTable<SimulatedHardware>
 {
 public:

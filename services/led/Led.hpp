@@ -34,11 +34,11 @@ public:
     virtual void light(const LedState::Elements &elements, const Done &done) = 0;
 };
 
-/*! What lets the LED show a colour. */
+/*! The colours, and the lamps that show them. */
 [[nodiscard]] const WordList<LedState::Elements> &ledColors();
 /*! How what is lit stands in the tree. */
 [[nodiscard]] const Fields<LedState> &ledFields();
-/*! What applications ask of the LED, and the object that takes it. */
+/*! The requests that applications make of the LED, and the object that serves them. */
 [[nodiscard]] std::vector<AskedRequest> ledRequests();
 inline const QString LedControl = QStringLiteral("/pps/services/led/control");
 

@@ -37,7 +37,7 @@ Column<LedActivity> ofNewest(const ValueType &type, const char *member)
     });
 }
 
-// What is read alone, as it stands with what it belongs to.
+// One attribute read alone, completed by those that it belongs to.
 Column<LedActivity> readAs(const ValueType &type)
 {
     return C::custom(type, {});

@@ -5,7 +5,7 @@
 
 namespace oz::services {
 
-/*! What the LED was asked for and has done, for who wants to know. */
+/*! Publishes the LED's requests and flashes for observers. */
 struct LedActivity
 {
     std::vector<LedRequest> requests; //!< that are under way, the newest last

@@ -129,7 +129,7 @@ Lamps lampsFor(const QString &device)
     return single.empty() ? Lamps() : Lamps{single.front()};
 }
 
-// What keeps the lamps from being lit; empty where nothing does.
+// The reason why the lamps cannot be lit; empty where they can.
 QString obstacleOf(const Lamps &lamps, const QString &device)
 {
     if (lamps.empty()) {
@@ -211,7 +211,7 @@ SysfsLed::SysfsLed(StateStore &store, const QString &device)
     m_rest.setSingleShot(true);
     m_rest.setInterval(RestTime);
     m_rest.callOnTimeout(this, [this] { putBack(); });
-    // What a daemon that was killed has left lit.
+    // A daemon that was killed may have left lamps lit.
     Found left;
     const QVariantList saved = m_store.load(SavedName).value(SavedName).toList();
     for (const QVariant &entry : saved)
@@ -242,7 +242,7 @@ void SysfsLed::find()
             if (obstacle.isEmpty())
                 know(m_state);
             else
-                miss(obstacle);
+                setAbsent(obstacle);
         });
 }
 

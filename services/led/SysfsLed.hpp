@@ -37,7 +37,7 @@ public:
         bool operator==(const Lamp &) const = default;
     };
     using Lamps = std::vector<Lamp>;
-    /*! What was found in the files of the lamps, in the order in which it has to be put back. */
+    /*! The original content of the lamps' files, in the order in which it has to be restored. */
     using Found = QList<QPair<QString, QString>>;
 
 private:

@@ -10,7 +10,7 @@
 namespace oz::services {
 
 /*!
- * What the objects of a service have as properties, kept as the service tells it: read once, and then
+ * The properties of a service's objects, kept up to date: read once, and then
  * followed. Nobody waits for the service; one that does not answer is absent until it does.
  */
 class BusObjects : public QObject

@@ -53,7 +53,7 @@ BusService::BusService(std::shared_ptr<SystemBus> bus, const QString &name, cons
     m_startAgain.setTimerType(Qt::VeryCoarseTimer);
     m_startAgain.callOnTimeout(this, &BusService::askToStart);
     connect(m_bus.get(), &SystemBus::connected, this, &BusService::onConnected);
-    connect(m_bus.get(), &SystemBus::failed, this, [this] { miss(m_bus->problem()); });
+    connect(m_bus.get(), &SystemBus::failed, this, [this] { setAbsent(m_bus->problem()); });
     if (m_bus->connection())
         QMetaObject::invokeMethod(this, &BusService::onConnected, Qt::QueuedConnection);
 }
@@ -133,7 +133,7 @@ void BusService::onOwner(const QString &owner)
     if (owner == m_owner)
         return;
     if (!m_owner.isEmpty())
-        miss(m_name + QLatin1String(" is gone from the system bus"));
+        setAbsent(m_name + QLatin1String(" is gone from the system bus"));
     m_owner = owner;
     if (!owner.isEmpty()) {
         m_startAgain.stop();
@@ -162,11 +162,11 @@ void BusService::askToStart()
         } else {
             m_startAgain.startLater();
         }
-        miss(reason);
+        setAbsent(reason);
     });
 }
 
-void BusService::miss(const QString &reason)
+void BusService::setAbsent(const QString &reason)
 {
     if (!m_owner.isEmpty() && isConnected()) {
         for (const Hearing &hearing : m_hearings)

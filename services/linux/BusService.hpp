@@ -32,7 +32,7 @@ public:
     BusService(
         std::shared_ptr<SystemBus> bus, const QString &name, const QString &package, Life life = Lasting);
 
-    /*! Who it is on the bus at present; empty while it is away. */
+    /*! Its unique name on the bus; empty while it is away. */
     [[nodiscard]] const QString &owner() const { return m_owner; }
     /*! Why it is away, in words for a person. */
     [[nodiscard]] const QString &absence() const { return m_absence; }
@@ -78,7 +78,7 @@ private:
     void onConnected();
     void onOwner(const QString &owner);
     void askToStart();
-    void miss(const QString &reason);
+    void setAbsent(const QString &reason);
     void callBus(const QString &method, const QVariantList &arguments, const Answered &answered);
 
     std::shared_ptr<SystemBus> m_bus;
@@ -96,7 +96,7 @@ private:
 void callOnBus(const QDBusConnection &connection, const QDBusMessage &message, QObject *context,
     const BusService::Answered &done);
 
-/*! What is wrong, as an error message of the bus says it. */
+/*! The text of an error message of the bus. */
 [[nodiscard]] QString problemOf(const QDBusMessage &error);
 
 } // namespace oz::services

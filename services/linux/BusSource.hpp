@@ -27,26 +27,26 @@ protected:
     explicit BusSource(std::shared_ptr<BusService> service, const QString &manager = {})
         : m_service(std::move(service)), m_objects(*m_service, manager)
     {
-        const auto missService = [this] { this->miss(m_service->absence()); };
-        QObject::connect(m_service.get(), &BusService::vanished, this, missService);
+        const auto setServiceAbsent = [this] { this->setAbsent(m_service->absence()); };
+        QObject::connect(m_service.get(), &BusService::vanished, this, setServiceAbsent);
         m_settling.setSingleShot(true);
         m_settling.setInterval(graceTime());
         m_settling.callOnTimeout(this, [this] {
             if (m_objects.isComplete())
-                look();
+                readState();
         });
         QObject::connect(m_service.get(), &BusService::appeared, &m_settling, qOverload<>(&QTimer::start));
-        QObject::connect(
-            &m_objects, &BusObjects::failed, this, [this](const QString &reason) { this->miss(reason); });
-        QObject::connect(&m_objects, &BusObjects::changed, this, [this] { this->look(); });
+        QObject::connect(&m_objects, &BusObjects::failed, this,
+            [this](const QString &reason) { this->setAbsent(reason); });
+        QObject::connect(&m_objects, &BusObjects::changed, this, [this] { this->readState(); });
     }
 
-    /*! Called whenever all that is followed has been told, or has changed: for know() or miss(). */
-    virtual void look() = 0;
+    /*! Called whenever all that is followed has been told, or has changed: for know() or setAbsent(). */
+    virtual void readState() = 0;
 
     /*!
      * Whether the service has appeared less than the grace time ago, and nothing that it told was taken over
-     * since: it may not have found yet what it will tell of. look() is called when that time is over.
+     * since: it may not have found yet what it will tell of. readState() is called when that time is over.
      */
     [[nodiscard]] bool isSettling() const { return m_settling.isActive(); }
     /*! Takes over what the service tells; what it tells from now on is taken as it stands. */

@@ -22,29 +22,29 @@ ModemManager::ModemManager(std::shared_ptr<SystemBus> bus)
 {
     m_settling.setSingleShot(true);
     m_settling.setInterval(SettleTime);
-    m_patience.setSingleShot(true);
-    m_patience.setInterval(graceTime());
+    m_startLimit.setSingleShot(true);
+    m_startLimit.setInterval(graceTime());
     const auto end = [this] {
         m_settling.stop();
-        m_patience.stop();
+        m_startLimit.stop();
         if (m_objects.isComplete())
-            look();
+            readState();
     };
     m_settling.callOnTimeout(this, [this, end] {
-        if (isStarting() && m_patience.isActive())
+        if (isStarting() && m_startLimit.isActive())
             m_settling.start();
         else
             end();
     });
-    m_patience.callOnTimeout(this, end);
+    m_startLimit.callOnTimeout(this, end);
     connect(&m_service, &BusService::appeared, this, [this] {
         m_absence.clear();
         m_settling.start();
-        m_patience.start();
+        m_startLimit.start();
     });
     connect(&m_service, &BusService::vanished, this, [this] {
         m_settling.stop();
-        m_patience.stop();
+        m_startLimit.stop();
         m_cards.clear();
         m_absence = m_service.absence();
         Q_EMIT changed();
@@ -56,7 +56,7 @@ ModemManager::ModemManager(std::shared_ptr<SystemBus> bus)
     });
     connect(&m_objects, &BusObjects::changed, this, [this] {
         m_absence.clear();
-        look();
+        readState();
     });
 }
 
@@ -110,7 +110,7 @@ void ModemManager::followCard(const QString &path)
     m_objects.follow(path, {CardInterface});
 }
 
-void ModemManager::look()
+void ModemManager::readState()
 {
     if (m_settling.isActive()) {
         m_settling.start();

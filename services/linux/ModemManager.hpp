@@ -57,7 +57,7 @@ Q_SIGNALS:
     void changed();
 
 private:
-    void look();
+    void readState();
     [[nodiscard]] QStringList modems() const;
     [[nodiscard]] bool isStarting() const;
 
@@ -67,7 +67,7 @@ private:
     QSet<QString> m_cards;
     bool m_hadModem = false;
     QTimer m_settling; // until nothing has changed for a while
-    QTimer m_patience; // how long it may take altogether
+    QTimer m_startLimit; // how long it may take altogether
 };
 
 /*! A source, of the type \a SourceType, about one of ModemManager's modems. */
@@ -85,8 +85,8 @@ protected:
             this, [this] { onChanged(); }, Qt::QueuedConnection);
     }
 
-    /*! Called whenever the modem, or something about it, has changed: for know() or miss(). */
-    virtual void look() = 0;
+    /*! Called whenever the modem, or something about it, has changed: for know() or setAbsent(). */
+    virtual void readState() = 0;
 
     [[nodiscard]] ModemManager &manager() { return *m_manager; }
     [[nodiscard]] const QString &path() const { return m_path; }
@@ -100,18 +100,18 @@ private:
     void onChanged()
     {
         if (!m_manager->absence().isEmpty()) {
-            this->miss(m_manager->absence());
+            this->setAbsent(m_manager->absence());
             return;
         }
         if (!m_manager->isSettled())
             return;
         m_path = m_manager->modem(m_wanted, m_path);
         if (!m_path.isEmpty())
-            look();
+            readState();
         else if (m_wanted.isEmpty())
-            this->miss(QStringLiteral("ModemManager knows no modem"));
+            this->setAbsent(QStringLiteral("ModemManager knows no modem"));
         else
-            this->miss(QLatin1String("ModemManager knows no modem '") + m_wanted + u'\'');
+            this->setAbsent(QLatin1String("ModemManager knows no modem '") + m_wanted + u'\'');
     }
 
     std::shared_ptr<ModemManager> m_manager;

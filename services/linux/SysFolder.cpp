@@ -13,7 +13,7 @@ std::optional<QString> readFile(const QString &name)
     const QByteArray content = file.read(Longest);
     if (file.error() != QFile::NoError)
         return std::nullopt;
-    // What the device tree holds ends in a zero, or is several texts that do.
+    // Texts in the device tree end in a zero byte, and there may be several.
     return QString::fromUtf8(content.split('\0').constFirst()).trimmed();
 }
 

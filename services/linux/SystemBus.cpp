@@ -36,7 +36,7 @@ struct SystemBus::Attempt
     Attempt(const Attempt &) = delete;
     Attempt &operator=(const Attempt &) = delete;
 
-    [[nodiscard]] QDBusConnection take()
+    [[nodiscard]] QDBusConnection takeConnection()
     {
         isTaken = true;
         return connection;
@@ -68,13 +68,13 @@ void SystemBus::tryToConnect()
         this, [name] { return std::make_shared<Attempt>(name); },
         [this](const std::shared_ptr<Attempt> &attempt) {
             if (attempt->connection.isConnected())
-                take(attempt->take());
+                setConnection(attempt->takeConnection());
             else
                 drop(QLatin1String("there is no system bus: ") + attempt->connection.lastError().message());
         });
 }
 
-void SystemBus::take(const QDBusConnection &connection)
+void SystemBus::setConnection(const QDBusConnection &connection)
 {
     m_connection = connection;
     m_problem.clear();

@@ -38,7 +38,7 @@ private:
     struct Attempt;
 
     void tryToConnect();
-    void take(const QDBusConnection &connection);
+    void setConnection(const QDBusConnection &connection);
     void drop(const QString &problem);
 
     std::optional<QDBusConnection> m_connection;

@@ -66,7 +66,7 @@ public:
     [[nodiscard]] std::optional<bool> isMiracastSupported() const override;
     [[nodiscard]] const Source &source() const override { return *this; }
 
-    /*! What becomes of a request. */
+    /*! The outcome of a request. */
     enum class Result {
         Success,
         PinRequired,
@@ -93,13 +93,13 @@ public:
     virtual void warmUp(const MiracastState::Application &application, const Done &done) = 0;
 };
 
-/*! What the display of a session with the sink called \a sink is called. */
+/*! The name of the display of a session with the sink called \a sink. */
 [[nodiscard]] QString wirelessDisplayName(const QString &sink);
 
 /*! How it stands in the tree: its status, without the answers to requests, and the sinks in sight. */
 [[nodiscard]] const Fields<MiracastState> &miracastFields();
 [[nodiscard]] const Fields<MiracastState> &sinkFields();
-/*! What applications ask of it, and the object that takes it. */
+/*! The requests that applications make, and the object that serves them. */
 [[nodiscard]] std::vector<AskedRequest> miracastRequests();
 inline const QString MiracastControl = QStringLiteral("/pps/services/miracast/control");
 

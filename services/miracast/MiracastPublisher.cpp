@@ -47,7 +47,7 @@ int codeOf(Result result)
     return -1010;
 }
 
-// What can be read of a malformed message: the first line of each name that is well-formed by itself.
+// The readable part of a malformed message: the first line of each name that is well-formed by itself.
 QVariantMap readableOf(const QByteArray &message)
 {
     QVariantMap attributes;
@@ -132,7 +132,7 @@ void MiracastPublisher::publishState(const MiracastState &state)
     publishStatus();
 }
 
-// Who asks an absent service is told so, too.
+// A request to an absent service is answered with that, too.
 void MiracastPublisher::publishAbsence()
 {
     m_sinks.publish({});

@@ -50,7 +50,7 @@ void MiracastRecorder::orderChanges(RecordedScript &script, const Seen &now)
     const QString session = QStringLiteral("session");
     if (now.stop != m_before.stop && now.stop != 0) {
         script.order({Section, QStringLiteral("stop"), QString::number(now.stop)});
-        // That ends every connection.
+        // Stopping ends every connection.
         m_before.sink.clear();
         m_before.connecting.clear();
     } else if (now.stop != m_before.stop) {

@@ -11,7 +11,7 @@ public:
     void sample(RecordedScript &script, const QStringList &recorded) override;
 
 private:
-    /*! What is seen; sinks by their names in the recording. */
+    /*! The state that is seen; sinks by their names in the recording. */
     struct Seen
     {
         int stop = 0; //!< the code of why the service does not run

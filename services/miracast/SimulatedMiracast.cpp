@@ -20,7 +20,7 @@ const QString Comes = QStringLiteral("sink-appears");
 const QString Goes = QStringLiteral("sink-goes");
 constexpr int WiFiCode = 6; // the first of the verb "stop" for failures of Wi-Fi Direct
 
-// What the codes of the verb "stop" mean.
+// The meaning of the codes of the verb "stop".
 Stop stopOf(int code)
 {
     static const QMap<int, Stop> codes{{2, Stop::Application}, {4, Stop::NotSupported}, {5, Stop::Policy}};
@@ -317,7 +317,7 @@ QString SimulatedMiracast::visibleAt(const QString &address) const
     return {};
 }
 
-// What keeps the service from any request; one that an application has shut down starts with the next.
+// The reason to refuse any request; a service that an application has shut down starts with the next.
 MiracastSource::Result SimulatedMiracast::obstacle() const
 {
     if (!m_supported)

@@ -43,7 +43,7 @@ private:
 
         [[nodiscard]] QSize size() const { return {width, height}; }
     };
-    // What is being connected.
+    // The connection that is being made.
     struct Attempt
     {
         QString key;

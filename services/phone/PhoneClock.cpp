@@ -22,7 +22,7 @@ PhoneClock::Time PhoneClock::realTime()
     return std::chrono::duration_cast<Time>(std::chrono::steady_clock::now().time_since_epoch());
 }
 
-// What a timer does when it ends happens at that time, however late the event loop, or whoever advanced the
+// A timer's actions happen at the time when it ends, however late the event loop, or whoever advanced the
 // clock, has come to it.
 PhoneClock::Time PhoneClock::now() const
 {

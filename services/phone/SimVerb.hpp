@@ -28,7 +28,7 @@ public:
  * what the phone is like now. */
 [[nodiscard]] Reply refusalFor(const Error &error);
 
-/*! What an argument can be, for who offers a choice of it. */
+/*! The values of an argument, for completion and controls. */
 struct SimChoice
 {
     QStringList words = {}; //!< one of these
@@ -48,7 +48,7 @@ struct SimVerb
     std::function<void(const QStringList &arguments)> run;
     /*! Throws WrongOrder where run() would; for verbs of services, which have no double to try them on. */
     std::function<void(const QStringList &arguments)> check = [](const QStringList &) {};
-    /*! What it would be told for the phone to stay as it is: the word of its only argument, or whether it is
+    /*! The argument that would leave the phone as it is: the word of its only argument, or whether it is
      * on; of a verb without arguments, whether it has been done. */
     std::function<QVariant()> now = {};
     QMap<QString, SimChoice> choices = {}; //!< by argument; "A|B" and "A,..." offer themselves
@@ -70,7 +70,7 @@ struct SimVerb
     void runAs(const QString &title, const QStringList &given) const;
 };
 
-/*! What the arguments of verbs mean. Each throws Error, which says what was expected. */
+/*! Readers of verbs' arguments. Each throws Error, which says what was expected. */
 namespace SimArgument {
 [[nodiscard]] int integer(const QString &word, int least, int most);
 [[nodiscard]] double number(const QString &word, double least, double most);

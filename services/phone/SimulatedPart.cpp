@@ -4,7 +4,7 @@ namespace oz::services {
 
 namespace {
 
-// What the word of an order's argument says; throws WrongOrder where it says nothing.
+// The value of an order's argument; throws WrongOrder where it has none.
 QVariant valueOf(const Setting &setting, const QStringList &words)
 {
     if (words.isEmpty()) // the argument was left out

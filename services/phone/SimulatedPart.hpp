@@ -27,7 +27,7 @@ public:
     [[nodiscard]] virtual QStringList instances() const { return {QString()}; }
     /*! The key in its section of the phone's file under which its instances are, where they have names. */
     [[nodiscard]] virtual QString instancesKey() const { return {}; }
-    /*! What \a instance can be told, or, under an empty name, the whole; all instances can be told the same.
+    /*! The settings of \a instance, or, under an empty name, of the whole; all instances have the same.
      */
     [[nodiscard]] virtual std::vector<Setting> settings(const QString &instance);
     /*! The verbs of its settings, in their order. */
@@ -48,7 +48,7 @@ public:
     };
     [[nodiscard]] virtual Neighbourhood neighbourhood() const { return {}; }
 
-    /*! What it has to know again after the daemon died, beside what the phone's file says: the settings that
+    /*! The state that a restarted daemon needs beside the phone's file: the settings that
      * can change, those of instances under their names in a map under instancesKey(). */
     [[nodiscard]] virtual QVariantMap saved();
     /*! Goes on from what it saved. It passes over what does not fit, which saved() then lacks. */
@@ -62,7 +62,7 @@ protected:
      * key, where it says something else than \a settings and the further \a keys. */
     static void read(
         const JsonNode &section, const std::vector<Setting> &settings, const QStringList &keys = {});
-    /*! What is kept of \a settings. */
+    /*! The values of those \a settings that are kept. */
     [[nodiscard]] static QVariantMap savedOf(const std::vector<Setting> &settings);
     /*! Sets what is kept as it was \a saved; false where some of it makes no sense, and was passed over. */
     static bool restoreTo(const std::vector<Setting> &settings, const QVariantMap &saved);

@@ -49,7 +49,7 @@ public:
      */
     [[nodiscard]] QVariantMap describe() const;
     /*!
-     * What every part is like: of each instance (one without a name is "") what each verb would be told now,
+     * The state of every part: of each instance (one without a name is "") the present argument of each verb,
      * texts or true or false; and "neighbours", maps with "part", "name", "title" and "in-range".
      */
     [[nodiscard]] QVariantMap values() const;

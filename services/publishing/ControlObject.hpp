@@ -58,7 +58,7 @@ struct RequestKind
 /*! The requests that a control object takes. */
 using RequestTable = std::vector<RequestKind>;
 
-/*! What keeps \a client from a request of the kind \a kind; empty where nothing does. */
+/*! The reason why \a client may not make a request of the kind \a kind; empty where it may. */
 [[nodiscard]] QString refusalOf(const Tree &tree, const RequestKind &kind, const PpsServer::Client &client);
 
 /*!
@@ -73,7 +73,7 @@ public:
     ControlObject(Tree &tree, const QString &path, RequestTable requests, const Source *source = nullptr,
         const FaultErrors &errors = {});
 
-    /*! What its requests can be told to suffer. */
+    /*! The faults that its requests can be told to have. */
     [[nodiscard]] Faults &faults() { return m_faults; }
     /*! Keeps the connection of a client, which has something under way, until release() was called as often.
      */

@@ -12,7 +12,7 @@
 
 namespace oz::services {
 
-/*! What goes wrong with a request to a control object. */
+/*! A fault in the answer to a request. */
 struct Fault
 {
     enum Kind {
@@ -27,7 +27,7 @@ struct Fault
     int number = 0;
 };
 
-/*! What the errors of a service's answers are called, and their range. */
+/*! The name and range of the errors in a service's answers. */
 struct FaultErrors
 {
     QString name = QStringLiteral("ERRNO");
@@ -35,7 +35,7 @@ struct FaultErrors
     int most = 4095;
 };
 
-/*! What faults can be told to be: a fault of the next request whatever it is, or of the next of a kind. */
+/*! The requests that a fault can be ordered for: the next one whatever it is, or the next of a kind. */
 struct FaultOrder
 {
     QString name; //!< "fail-with", "answer-late", ...
@@ -67,9 +67,9 @@ public:
     Faults(const Faults &) = delete; // the orders refer to it
     Faults &operator=(const Faults &) = delete;
 
-    /*! What can be ordered. */
+    /*! The faults that can be ordered. */
     [[nodiscard]] std::vector<FaultOrder> orders();
-    /*! What goes wrong with the request \a message that has come; each fault happens once. */
+    /*! The fault, if any, for the request \a message that has come; each happens once. */
     [[nodiscard]] std::optional<Fault> take(const QString &message);
 
 private:

@@ -7,7 +7,7 @@
 
 namespace oz::services {
 
-/*! What publishes a facility by its tables of fields. */
+/*! Publishes a facility by its tables of fields. */
 template <typename SourceType>
 class FieldsPublisher : public PublisherOf<SourceType>
 {

@@ -51,7 +51,7 @@ void Publisher::onChanged()
         settle();
 }
 
-// What a former daemon or the source itself told last is not true any more.
+// The values that a former daemon or the source published last are no longer true.
 void Publisher::giveUp()
 {
     m_isEmptied = true;

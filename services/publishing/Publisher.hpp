@@ -22,7 +22,8 @@ class Publisher : public QObject
     Q_OBJECT
 
 public:
-    /*! What requests can be told to suffer: by instance, under an empty name where there is only one. */
+    /*! The faults that requests can be told to have: by instance, under an empty name where there is only
+     * one. */
     using FaultsByInstance = std::map<QString, Faults *>;
     [[nodiscard]] virtual FaultsByInstance faults() { return {}; }
 

@@ -13,7 +13,7 @@ namespace oz::services {
 
 /*!
  * A state object of a service. Each publish gives the whole state, of which only changes reach subscribers.
- * What cannot be written now is written as soon as it can be, the newest state alone.
+ * A state that cannot be written now is written as soon as possible, the newest one alone.
  */
 class StatePublisher final : public TreeObject
 {

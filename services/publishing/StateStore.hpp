@@ -10,7 +10,7 @@
 namespace oz::services {
 
 /*!
- * What the daemon has to know again after it died: a file for each name, beside the tree and for its user
+ * The state that a restarted daemon needs: a file for each name, beside the tree and for its user
  * alone. It goes with the tree, so a device that starts anew begins anew.
  */
 class StateStore
@@ -23,7 +23,7 @@ public:
 
     /*! Where \a name is saved, for people. */
     [[nodiscard]] QString placeOf(const QString &name) const;
-    /*! What was saved under \a name; nothing where nothing was, or where it cannot be read, of which the log
+    /*! The state saved under \a name; empty where there is none, or where it cannot be read, of which the log
      * tells. */
     [[nodiscard]] QVariantMap load(const QString &name) const;
     /*! Saves \a state in one step; what was saved last is not written again. */

@@ -18,7 +18,7 @@ namespace {
 constexpr std::chrono::milliseconds FirstPause(100);
 constexpr std::chrono::milliseconds LongestPause(5'000);
 
-// What may be over in a moment, whoever ends it.
+// Errors that may be over in a moment.
 bool mayPass(int error)
 {
     constexpr std::array passing{

@@ -18,13 +18,13 @@ namespace oz::services {
 class StateStore;
 class TreeObject;
 
-/*! What the services have in the tree, and what of it is not there yet. */
+/*! The services' objects in the tree, and those that could not be written yet. */
 class Tree : public QObject
 {
     Q_OBJECT
 
 public:
-    /*! What services have to know again goes into \a store. */
+    /*! Services keep the state that outlives them in \a store. */
     explicit Tree(StateStore &store) : m_store(store) { }
 
     [[nodiscard]] StateStore &store() const { return m_store; }
@@ -47,12 +47,12 @@ public:
     [[nodiscard]] QStringList objects() const { return m_objects.keys(); }
     /*! Whether everything is in the tree as it shall be. */
     [[nodiscard]] bool isTrue() const { return m_problems.isEmpty(); }
-    /*! What is not in the tree as it shall be, and why, by path. It is tried again until it is. */
+    /*! The objects that could not be written, with the reason, by path. Each is tried again until it is. */
     [[nodiscard]] const QMap<QString, QString> &problems() const { return m_problems; }
     /*! problems() in a line; empty where there are none. */
     [[nodiscard]] QString problemText() const;
 
-    /*! What the services last told under \a path, whether or not it could be written. */
+    /*! The attributes that the services last told under \a path, whether or not they could be written. */
     [[nodiscard]] QVariantMap told(const QString &path) const { return m_told.value(path); }
     /*! To be called where something is told under \a path. */
     void tell(const QString &path, const QVariantMap &attributes);

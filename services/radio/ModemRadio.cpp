@@ -10,7 +10,7 @@ namespace oz::services {
 
 namespace {
 
-// What a modem can do, by its capabilities and by the generations that it can be limited to.
+// The technologies of a modem, by its capabilities and by the generations that it can be limited to.
 QList<Technology> technologiesOf(uint capabilities, uint modes)
 {
     QList<Technology> found;
@@ -52,7 +52,7 @@ Radio::Bands bandsOf(const QList<uint> &bands)
 
 } // namespace
 
-void ModemRadio::look()
+void ModemRadio::readState()
 {
     Radio state;
     switch (of(ModemInterface, "PowerState").toUInt()) {

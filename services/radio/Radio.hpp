@@ -6,7 +6,7 @@
 
 namespace oz::services {
 
-/*! What the cellular radio can do and does, as any source knows it. */
+/*! The cellular radio's abilities and state, as any source knows them. */
 struct Radio
 {
     struct Bands

@@ -60,7 +60,7 @@ SimulatedRadio::SimulatedRadio(const JsonNode &section, SimulatedParts &phone)
     update();
 }
 
-// Of the technologies that the hardware has the user may allow some, and at first allows all.
+// The user may allow some of the technologies that the hardware has, and at first allows all.
 std::vector<Setting> SimulatedRadio::settings(const QString &instance)
 {
     std::vector<Setting> settings = PartOfTable::settings(instance);

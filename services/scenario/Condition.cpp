@@ -99,7 +99,7 @@ private:
             + (m_place < m_tokens.size() ? QLatin1String(", found '") + m_tokens[m_place].text + u'\''
                                          : QStringLiteral(", found the end")));
     }
-    bool take(Kind kind, QStringView text)
+    bool consume(Kind kind, QStringView text)
     {
         if (m_place == m_tokens.size() || m_tokens[m_place].kind != kind || m_tokens[m_place].text != text)
             return false;
@@ -110,14 +110,14 @@ private:
     Holds either()
     {
         Holds left = both();
-        while (take(Word, u"or"))
+        while (consume(Word, u"or"))
             left = [left, right = both()] { return left() || right(); };
         return left;
     }
     Holds both()
     {
         Holds left = one();
-        while (take(Word, u"and"))
+        while (consume(Word, u"and"))
             left = [left, right = one()] { return left() && right(); };
         return left;
     }
@@ -127,11 +127,11 @@ private:
         if (++m_depth > 50)
             throw Error(QStringLiteral("the condition is nested too deeply"));
         Holds holds;
-        if (take(Word, u"not")) {
+        if (consume(Word, u"not")) {
             holds = [inner = one()] { return !inner(); };
-        } else if (take(Symbol, u"(")) {
+        } else if (consume(Symbol, u"(")) {
             holds = either();
-            if (!take(Symbol, u")"))
+            if (!consume(Symbol, u")"))
                 fail(QStringLiteral("')'"));
         } else {
             holds = comparison();
@@ -157,7 +157,7 @@ private:
             throw Error(QLatin1String("expected a name on the left of ") + comparison
                 + QLatin1String(", found '") + left.text + u'\'');
         check(left, comparison, right);
-        // What looks like a number is text where it is compared with text: "001".
+        // A word that looks like a number is text where it is compared with text: "001".
         if (!right.name && !right.isUnknown && left.name->type != ValueType::Number
             && left.name->type != ValueType::Truth)
             right.value = [text = right.text] { return text; };

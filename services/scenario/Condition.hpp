@@ -17,7 +17,7 @@ namespace oz::services {
 class Condition
 {
 public:
-    /*! What can stand for a name. */
+    /*! A value that a name stands for. */
     struct Name
     {
         ValueType::Kind type;

@@ -27,7 +27,7 @@ struct PublicValueUse
     const Field *field = nullptr;
     QString instance;
 
-    /*! What it is now; invalid where that is not known. */
+    /*! The present value; invalid where it is not known. */
     [[nodiscard]] QVariant now(const Tree &tree) const;
 };
 

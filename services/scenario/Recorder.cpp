@@ -59,7 +59,7 @@ Recorder::Recorder(const Tree &tree, const QStringList &facilities, bool keepsId
             m_recorders.push_back(facility.recorder());
     }
     sample();
-    // What changes together is one change, and no object is looked at before the others follow.
+    // Objects that change together are one change: they are read once all of them have followed.
     connect(&tree, &Tree::toldAnew, this, [this] {
         if (!std::exchange(m_isPlanned, true))
             QMetaObject::invokeMethod(
@@ -79,7 +79,7 @@ void Recorder::sample()
     m_script.endBeginning();
 }
 
-// What \a setting would have to be for what is seen; nothing where that is not seen.
+// The value of \a setting that would give what is seen; nothing where that is not seen.
 std::optional<QVariant> Recorder::valueSeen(const Facility &facility, const Setting &setting)
 {
     const SeenValues seen = [&](const char *field) {

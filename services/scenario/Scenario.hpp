@@ -63,7 +63,7 @@ struct ScenarioFile
 };
 
 /*!
- * What happens to the simulated phone, and what applications are expected to do then: a commented JSON file,
+ * The events of the simulated phone, and the reactions expected of applications: a commented JSON file,
  * all of which is checked when it is loaded, with the files that it includes. docs/scenarios.md tells what
  * stands in it.
  */
@@ -89,7 +89,7 @@ public:
 
     /*! The step at \a node with \a variables; throws Error as the constructor does. */
     [[nodiscard]] ScenarioStep step(const JsonNode &node, const ScenarioVariables &variables) const;
-    /*! What \a file says, which steps include. */
+    /*! The content of \a file, which steps include. */
     [[nodiscard]] const ScenarioFile &included(const QString &file) const;
     /*! Over which its conditions are. */
     [[nodiscard]] const Tree &tree() const { return m_tree; }

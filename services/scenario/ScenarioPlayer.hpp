@@ -14,7 +14,7 @@
 
 namespace oz::services {
 
-/*! What became of a step. */
+/*! The outcome of a step. */
 struct ScenarioEntry
 {
     std::chrono::milliseconds time{0}; //!< of the phone, since the scenario began

@@ -31,7 +31,7 @@ void ScenarioPlayer::Strand::begin(const Steps &steps, const ScenarioVariables &
     m_task = playAll(steps, variables);
 }
 
-// Who pauses a scenario can move the phone's time on by hand.
+// The phone's time can be moved on by hand while the scenario is paused.
 void ScenarioPlayer::Strand::goOn()
 {
     if (m_player.m_isPaused)
@@ -224,7 +224,7 @@ Task ScenarioPlayer::Strand::ramp(const ScenarioStep &step)
         const bool isOver = passed == step.time;
         const double part = isOver ? 1 : double(passed.count()) / double(step.time.count());
         double value = from + (to - from) * part;
-        // What is random stays between the ends, which are what the order takes.
+        // Random values stay between the ends, which the order is known to take.
         if (!isOver && jitter > 0) {
             value = std::clamp(
                 value + (m_player.random() * 2 - 1) * jitter, std::min(from, to), std::max(from, to));

@@ -86,7 +86,7 @@ QStringList UDisksSdCard::blocksOf(const QString &drive) const
         return blocks.size() > before;
     };
     add([&](const QString &block) { return pathIn(of(block, BlockInterface, "Drive")) == drive; });
-    // What is decrypted is a device of its own, and may have partitions, or volumes, on top of it.
+    // A decrypted volume is a device of its own, and may have partitions, or volumes, on top of it.
     while (add([&](const QString &block) {
         return blocks.contains(pathIn(of(block, BlockInterface, "CryptoBackingDevice")));
     })) { }
@@ -171,7 +171,7 @@ bool UDisksSdCard::hasJob(const QStringList &blocks) const
     return false;
 }
 
-void UDisksSdCard::look()
+void UDisksSdCard::readState()
 {
     const QStringList blocks = cardBlocks();
     const bool isMounted = !mountPointsOf(blocks).isEmpty();
@@ -222,7 +222,7 @@ void UDisksSdCard::onTraffic(const Traffic &traffic)
     const bool hasTraffic = traffic.isUnderWay || (m_traffic && traffic.completed != m_traffic->completed);
     m_traffic = traffic;
     if (std::exchange(m_hasTraffic, hasTraffic) != hasTraffic && objects().isComplete())
-        look();
+        readState();
 }
 
 } // namespace oz::services

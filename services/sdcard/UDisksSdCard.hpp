@@ -14,7 +14,7 @@ namespace oz::services {
 class UDisksSdCard final : public BusSource<SdCardSource>
 {
 public:
-    /*! What the kernel has counted of a disk. */
+    /*! The kernel's counters of a disk. */
     struct Traffic
     {
         QStringList completed; //!< reads and writes
@@ -24,7 +24,7 @@ public:
     explicit UDisksSdCard(std::shared_ptr<SystemBus> bus, const QString &device = {});
 
 private:
-    void look() override;
+    void readState() override;
     [[nodiscard]] QVariant of(const QString &path, const QString &interface, const char *property) const;
     [[nodiscard]] QString nameOf(const QString &block) const;
     /*! The block devices of the card, those that are encrypted on it among them; none without a card. */

@@ -40,7 +40,7 @@ std::optional<Card> cardOf(bool isThere, int state, uint failure, uint lock)
     }
 }
 
-// What a person has to do; with no word of the card's own.
+// Tells the person what to do, without any of the card's own data.
 QString remarkOn(uint lock, const QMap<uint, uint> &tries)
 {
     const auto wants = [&](const char *what) -> QString {
@@ -62,7 +62,7 @@ QString remarkOn(uint lock, const QMap<uint, uint> &tries)
 
 } // namespace
 
-void ModemSimCard::look()
+void ModemSimCard::readState()
 {
     const QString card = of(ModemInterface, "Sim").value<QDBusObjectPath>().path();
     const bool isThere = card.size() > 1;

@@ -15,7 +15,7 @@ public:
     }
 
 private:
-    void look() override;
+    void readState() override;
 };
 
 } // namespace oz::services

@@ -7,7 +7,7 @@
 namespace oz::services {
 
 /*!
- * What keeps the services from starting, or the simulated phone from doing what it is told, in words for the
+ * An error that keeps the services from starting, or the simulated phone from obeying, in words for the
  * person who asks for it: what, where and why.
  */
 class Error : public std::runtime_error

@@ -10,9 +10,9 @@
 namespace oz::services {
 
 /*!
- * What feeds a facility: a real service of the system, or the simulated phone. At each moment it knows its
- * state, or is absent for a reason; before its first answer it is neither. It blocks nobody, and answers
- * every request later, through a callback.
+ * The source of a facility's values: a real service of the system, or the simulated phone. At each moment it
+ * knows its state, or is absent for a reason; before its first answer it is neither. It blocks nobody, and
+ * answers every request later, through a callback.
  */
 class Source : public QObject
 {
@@ -29,7 +29,7 @@ public:
     [[nodiscard]] bool isKnown() const { return m_presence == Presence::Known; }
     /*! Why it knows nothing, in words for a person; empty while it knows its state. */
     [[nodiscard]] QString absence() const { return m_absence; }
-    /*! What a person should know of it though it works; empty where that is nothing. */
+    /*! A remark for people about a source that works; empty where there is none. */
     [[nodiscard]] const QString &remark() const { return m_remark; }
 
 Q_SIGNALS:
@@ -82,7 +82,7 @@ protected:
     }
 
     /*! The state is not known any more, or was not found out: \a reason says why. */
-    void miss(const QString &reason)
+    void setAbsent(const QString &reason)
     {
         if (presence() == Presence::Absent && absence() == reason)
             return;
@@ -94,7 +94,7 @@ private:
     std::optional<State> m_state;
 };
 
-/*! What became of a request: an error is an errno that is not 0. */
+/*! The outcome of a request: an error is an errno that is not 0. */
 struct Outcome
 {
     int error = 0;

@@ -39,7 +39,7 @@ template <typename Record>
 struct Column
 {
     ValueType type;
-    /*! What stands in the tree; nothing does where it is invalid. */
+    /*! Gives the published value; nothing is published where it is invalid. */
     std::function<QVariant(const Record &record)> write;
     std::function<QVariant(const QVariant &published)> read;
 
@@ -79,7 +79,7 @@ public:
     {
         return {{ValueType::Truth}, writer(get), asIs};
     }
-    /*! Of texts that stand for it. */
+    /*! Published as one of two texts. */
     template <typename Get>
     static Column<Record> truth(Get get, const char *yes, const char *no)
     {
@@ -113,7 +113,7 @@ public:
         return {{ValueType::Text}, writer(get), asIs};
     }
 
-    /*! Of an enumeration; \a unknown is the text, if any, for what is not known. */
+    /*! Published as the word of an enumerator; \a unknown is the text, if any, for an unknown one. */
     template <typename Get>
     static Column<Record> words(Get get, const WordList<ValueOf<Get>> &words, const char *unknown = "")
     {
@@ -143,13 +143,13 @@ public:
         return {{ValueType::List, {}, wordsIn(words)}, write, asIs};
     }
 
-    /*! What is written and read by functions of its own. */
+    /*! Written and read by functions of its own. */
     static Column<Record> custom(const ValueType &type, std::function<QVariant(const Record &)> write,
         std::function<QVariant(const QVariant &)> read = asIs)
     {
         return {type, std::move(write), std::move(read)};
     }
-    /*! What always stands there, and is no value. */
+    /*! A constant that is always published, and is no value. */
     static Column<Record> constant(const QVariant &value)
     {
         return {{}, [value](const Record &) { return value; }, {}};
@@ -225,7 +225,7 @@ public:
         QByteArray help;
     };
 
-    /*! What a record is in its object: all that is there, or one of several under their names. */
+    /*! Whether a record is the whole object, or one of several in it under their names. */
     enum Part { Whole, Each };
 
     Fields(const QString &path, std::initializer_list<Row> rows, mode_t mode = 0644, Part part = Whole)

@@ -30,7 +30,7 @@ struct Order
     QVariant value = {}; //!< that it sets where it takes no argument
 };
 
-/*! What can be seen of a facility: the value of one of its fields. */
+/*! Gives the present value of one of a facility's fields. */
 using SeenValues = std::function<QVariant(const char *field)>;
 
 /*! How a recording knows what a setting is. By default it does not. */
@@ -254,7 +254,7 @@ private:
     }
 };
 
-/*! What a \a Part can be told, in the order of its file. */
+/*! The settings of a \a Part, in the order of its file. */
 template <typename Part>
 class Settings
 {

@@ -9,9 +9,9 @@
 namespace oz::services {
 
 /*!
- * What a value can be. A phone's file, an order, a condition, the state that is saved and a control that
- * shows it all go by this. A value is a bool, a number, a QString or a QStringList; one that is not known is
- * invalid.
+ * The type of a value, with its range. A phone's file, an order, a condition, the state that is saved and a
+ * control that shows it all go by this. A value is a bool, a number, a QString or a QStringList; one that is
+ * not known is invalid.
  */
 struct ValueType
 {
@@ -40,10 +40,10 @@ struct ValueType
     bool mayBeUnknown = false; //!< null in a file, and "unknown" in an order
     bool isPrivate = false; //!< no error shows it
 
-    /*! What it is, in a few words, for a list. */
+    /*! A short description of the type, for a list. */
     [[nodiscard]] QString text() const;
-    /*! What was expected of a value that is none, as a file or an order's argument has it: "a whole number
-     * from 0 to 100". */
+    /*! The words of an error about a value that does not fit, in a file or an order's argument: "a whole
+     * number from 0 to 100". */
     [[nodiscard]] QString expected() const;
     [[nodiscard]] QString expectedArgument() const;
 

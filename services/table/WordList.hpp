@@ -21,7 +21,7 @@ struct ValueWord
 template <typename Value>
 using WordList = std::vector<ValueWord<Value>>;
 
-/*! What all are called. */
+/*! The words of all values. */
 template <typename Value>
 [[nodiscard]] QStringList wordsIn(const WordList<Value> &words)
 {
@@ -31,7 +31,7 @@ template <typename Value>
     return all;
 }
 
-/*! What people call \a value. */
+/*! The word for \a value. */
 template <typename Value>
 [[nodiscard]] QString wordFor(const WordList<Value> &words, const Value &value)
 {
@@ -42,7 +42,7 @@ template <typename Value>
     return {};
 }
 
-/*! What stands in the tree for \a value. */
+/*! The published text for \a value. */
 template <typename Value>
 [[nodiscard]] QString publishedFor(const WordList<Value> &words, const Value &value)
 {

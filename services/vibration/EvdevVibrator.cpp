@@ -149,7 +149,7 @@ void EvdevVibrator::find()
             if (place.problem.isEmpty())
                 know({true});
             else
-                miss(place.problem);
+                setAbsent(place.problem);
         });
 }
 

@@ -23,7 +23,7 @@ public:
     virtual void drive(int intensity, const Done &done) = 0;
 };
 
-/*! What the motor does and has done, for who wants to know. */
+/*! Publishes the motor's activity for observers. */
 struct VibrationActivity
 {
     struct Run
@@ -42,7 +42,7 @@ struct VibrationActivity
 
 /*! How the activity stands in the tree. */
 [[nodiscard]] const Fields<VibrationActivity> &vibrationActivityFields();
-/*! What applications ask of the motor, and the object that takes it. */
+/*! The requests that applications make of the motor, and the object that serves them. */
 [[nodiscard]] std::vector<AskedRequest> vibrationRequests();
 inline const QString VibratorPath = QStringLiteral("/pps/services/vibrator");
 inline const QString VibrationDuration = QStringLiteral("duration");

@@ -49,7 +49,10 @@ const Settings<SimulatedWiFiDirect> &SimulatedWiFiDirect::table()
     using W = SimulatedWiFiDirect;
     using C = SettingColumns<SimulatedWiFiDirect>;
     static const auto own = [](auto member) {
-        return [member](auto &part) -> auto & { return part.m_ownGroup.*member; };
+        return [member](auto &part) -> auto &
+        {
+            return part.m_ownGroup.*member;
+        };
     };
     static const Settings<SimulatedWiFiDirect> table{
         {"enabled", C::truth(&W::m_enabled), true, "", onOff("enabled", "switches Wi-Fi Direct")},
@@ -57,7 +60,8 @@ const Settings<SimulatedWiFiDirect> &SimulatedWiFiDirect::table()
             onOff("supported", "gives the phone Wi-Fi Direct, or takes it away")},
         {"address", C::hardwareAddress(own(&Group::ownerAddress)), QStringLiteral("02:00:00:00:00:01"),
             "of the phone's own hardware"},
-        {"interface", C::text(own(&Group::interface)), QStringLiteral("p2p0"), "the network interface of a group"},
+        {"interface", C::text(own(&Group::interface)), QStringLiteral("p2p0"),
+            "the network interface of a group"},
         {"ssid", C::text(own(&Group::ssid)), QStringLiteral("DIRECT-oz-Kestrel"),
             "of groups that the phone owns"},
         {"password", C::text(own(&Group::password), Password, PasswordText).asPrivate(),
@@ -74,12 +78,15 @@ const Settings<SimulatedWiFiDirect::Known> &SimulatedWiFiDirect::peerTable()
     using K = Known;
     using C = SettingColumns<Known>;
     static const auto of = [](auto member) {
-        return [member](auto &known) -> auto & { return known.peer.*member; };
+        return [member](auto &known) -> auto &
+        {
+            return known.peer.*member;
+        };
     };
-    static const WordList<Intent> intents{{Intent::GroupOwner, "", "owner"}, {Intent::Client, "", "client"},
-        {Intent::Any, "", "any"}};
-    static const WordList<Elsewhere> groups{{Elsewhere::None, "", "none"}, {Elsewhere::Owner, "", "owner"},
-        {Elsewhere::Client, "", "client"}};
+    static const WordList<Intent> intents{
+        {Intent::GroupOwner, "", "owner"}, {Intent::Client, "", "client"}, {Intent::Any, "", "any"}};
+    static const WordList<Elsewhere> groups{
+        {Elsewhere::None, "", "none"}, {Elsewhere::Owner, "", "owner"}, {Elsewhere::Client, "", "client"}};
     static const Settings<Known> table{
         {"name", C::text(of(&Peer::name)), QString(), "any text"},
         {"address", C::hardwareAddress(of(&Peer::address)), QString(), ""},
@@ -129,7 +136,8 @@ void SimulatedWiFiDirect::readPeer(const QString &key, const JsonNode &node)
         else if (setting.key == u"ssid")
             setting.initial = QString(QLatin1String("DIRECT-") + key);
         else if (setting.key == address)
-            setting.initial = QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
+            setting.initial =
+                QString(QLatin1String("02:00:00:00:") + place.first(2) + u':' + place.sliced(2));
     }
     read(node, settings);
     // Whatever its case, it is one address.
@@ -146,7 +154,7 @@ void SimulatedWiFiDirect::readPeer(const QString &key, const JsonNode &node)
     m_peers.emplace(key, known);
 }
 
-// What is off does nothing any more.
+// A radio that is off does nothing.
 void SimulatedWiFiDirect::update()
 {
     if (!m_supported || !m_enabled)
@@ -282,7 +290,7 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
             }}
             .with({}, {{QStringLiteral("PEER"), {m_keys}}});
     };
-    // What the phone is at without having been asked.
+    // States that verbs set without a request.
     const auto busy = [this](const QString &verb, const QString &help, bool *what, PhoneTimer *timer) {
         return SimVerb::onOff(
             verb, help,
@@ -415,7 +423,7 @@ std::optional<Role> SimulatedWiFiDirect::roleWith(const Known &peer, Intent inte
     return intent == Intent::GroupOwner ? Role::GroupOwner : Role::Client;
 }
 
-// What keeps the radio from anything new.
+// The reason why the radio takes no new request.
 Outcome SimulatedWiFiDirect::obstacle() const
 {
     if (!m_supported || !m_enabled)
@@ -546,8 +554,8 @@ QVariantMap SimulatedWiFiDirect::saved()
     }
     QStringList sessions(m_sessions.cbegin(), m_sessions.cend());
     sessions.sort();
-    saved.insert({{Peers, peers}, {QStringLiteral("visible"), m_visible}, {QStringLiteral("members"), members},
-        {QStringLiteral("sessions"), sessions}});
+    saved.insert({{Peers, peers}, {QStringLiteral("visible"), m_visible},
+        {QStringLiteral("members"), members}, {QStringLiteral("sessions"), sessions}});
     if (m_group)
         saved.insert(SavedGroup, m_group->role == Role::GroupOwner ? SavedOwner : SavedClient);
     if (m_lastDiscovery)

@@ -38,7 +38,7 @@ private:
     using Peer = WiFiDirectState::Peer;
     using Role = WiFiDirectState::Role;
 
-    // What a peer is in a group that is not the phone's.
+    // The role of a peer in a group that is not the phone's.
     enum class Elsewhere { None, Owner, Client };
 
     struct Known

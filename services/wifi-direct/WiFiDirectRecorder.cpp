@@ -47,7 +47,7 @@ QString WiFiDirectRecorder::notePeer(RecordedScript &script, const QVariantMap &
     return name;
 }
 
-// What the group of the phone is like, as the phone's file has it: the phone's own, or that of its owner.
+// Notes the phone's group as the phone's file has it: the phone's own, or that of its owner.
 void WiFiDirectRecorder::noteGroup(RecordedScript &script, const QVariantMap &connection, const Seen &now)
 {
     const bool isOwner = now.role == Owner;
@@ -114,7 +114,7 @@ void WiFiDirectRecorder::orderChanges(RecordedScript &script, const Seen &now)
     const auto word = [](bool is) { return is ? On : Off; };
     orderWhere(now.supported != m_before.supported, "supported", {word(now.supported)});
     orderWhere(now.enabled != m_before.enabled && now.supported, "enabled", {word(now.enabled)});
-    // That ends everything else.
+    // Switching off ends everything else.
     if (!now.enabled)
         m_before = Seen{now.supported, now.enabled};
     const QStringList before = m_before.visible;

@@ -11,7 +11,7 @@ public:
     void sample(RecordedScript &script, const QStringList &recorded) override;
 
 private:
-    /*! What is seen; peers by their names in the recording. */
+    /*! The state that is seen; peers by their names in the recording. */
     struct Seen
     {
         bool supported = true;

@@ -13,7 +13,8 @@ const QString DeviceList = QStringLiteral("device_list");
 
 const WordList<W::Role> &roles()
 {
-    static const WordList<W::Role> words{{W::Role::GroupOwner, "GO", "owner"}, {W::Role::Client, "client", "client"}};
+    static const WordList<W::Role> words{
+        {W::Role::GroupOwner, "GO", "owner"}, {W::Role::Client, "client", "client"}};
     return words;
 }
 
@@ -62,7 +63,7 @@ QVariantMap listOf(const QList<Peer> &peers)
     return {{DeviceList, list}};
 }
 
-// What is known of the group, while there is one.
+// A value of the group, while there is one.
 Column<W> ofGroup(QString W::Group::*member)
 {
     return C::text([member](const W &state) {
@@ -79,9 +80,11 @@ std::optional<W::Role> roleOf(const W &state)
 template <typename Peer>
 Column<W> peers(QList<Peer> W::*member)
 {
-    return C::custom({ValueType::Number}, [member](const W &state) { return QVariant(listOf(state.*member)); },
+    return C::custom(
+        {ValueType::Number}, [member](const W &state) { return QVariant(listOf(state.*member)); },
         [](const QVariant &published) {
-            return published.isValid() ? QVariant(published.toMap().value(DeviceList).toList().size()) : QVariant();
+            return published.isValid() ? QVariant(published.toMap().value(DeviceList).toList().size())
+                                       : QVariant();
         });
 }
 

@@ -75,7 +75,7 @@ public:
         QString pin; //!< empty for none
     };
 
-    /*! What is answered is whether it has begun; the state tells how it goes on. */
+    /*! The answer says whether it has begun; the state tells how it goes on. */
     virtual void scan(const Done &done) = 0;
     virtual void connectPeer(const ConnectRequest &request, const Done &done) = 0;
     virtual void cancelConnect(const Done &done) = 0;
@@ -88,7 +88,7 @@ public:
 
 /*! How it stands in the tree. */
 [[nodiscard]] const Fields<WiFiDirectState> &wifiDirectFields();
-/*! What applications ask of it, and the object that takes it. */
+/*! The requests that applications make, and the object that serves them. */
 [[nodiscard]] std::vector<AskedRequest> wifiDirectRequests();
 inline const QString WiFiDirectControl = QStringLiteral("/pps/services/wifi_p2p/manager/control");
 

@@ -24,7 +24,7 @@ class HandFedBattery : public BatterySource
 {
 public:
     using BatterySource::know;
-    using BatterySource::miss;
+    using BatterySource::setAbsent;
 };
 
 class SourceTest : public DeviceTest
@@ -89,12 +89,12 @@ TEST_F(SourceTest, ARestartWithinTheGraceTimeIsNotSeenAndALongerOneEmptiesTheObj
     source.know(charged(30));
     BatteryInfo battery;
     SignalLog heard(&battery);
-    source.miss("its service restarts");
+    source.setAbsent("its service restarts");
     EXPECT_EQ(heard.settled(), "");
     source.know(charged(30));
     source.know(charged(31));
     EXPECT_EQ(heard.waitFor(2), "level(31, Discharging) level(31, 3)");
-    source.miss("its service is stopped");
+    source.setAbsent("its service is stopped");
     EXPECT_EQ(heard.waitFor(2).left(36), "level(-1, Unknown) level(-1, 0) pres");
     EXPECT_EQ(log.take().first(), "battery is absent: its service is stopped");
     source.know(charged(32));
