@@ -88,7 +88,14 @@ QString receiverOnCharger()
 UPowerBattery::UPowerBattery(std::shared_ptr<SystemBus> bus, const QString &device)
     : BusSource(std::make_shared<BusService>(
         std::move(bus), QStringLiteral("org.freedesktop.UPower"), QStringLiteral("upower"))),
-      m_device(device)
+      m_device(device), m_reading(this, [this](const Kernel &kernel) {
+          if (m_reading.isUnderWay())
+              m_kernelTimeout.start();
+          else
+              m_kernelTimeout.stop();
+          m_kernel = kernel;
+          applyReading();
+      })
 {
     m_kernelTimeout.setSingleShot(true);
     m_kernelTimeout.setInterval(KernelTimeout);
@@ -130,38 +137,25 @@ QString UPowerBattery::batteryPath() const
 
 void UPowerBattery::readState()
 {
-    if (!m_isReading)
-        readKernel();
-    else
-        m_readsAgain = true; // what it is asked already may be older
-    if (m_isReading && !m_kernelTimeout.isActive())
+    const bool isLate = m_reading.isUnderWay() && !m_kernelTimeout.isActive();
+    readKernel();
+    if (isLate)
         applyReading();
 }
 
 void UPowerBattery::readKernel()
 {
-    m_isReading = true;
-    m_readsAgain = false;
-    m_kernelTimeout.start();
     const QString path = batteryPath();
     const QString folder = PowerSupplies + u'/' + of(path, "NativePath").toString().section(u'/', -1);
-    inWorker(
-        this,
-        [path, folder] {
-            static const QStringList names{QStringLiteral("health"), QStringLiteral("charge_full"),
-                QStringLiteral("energy_full"), QStringLiteral("voltage_min_design"),
-                QStringLiteral("cycle_count"), QStringLiteral("temp")};
-            return Kernel{path, path.isEmpty() ? SysFolder::Values() : SysFolder::readFiles(folder, names),
-                receiverOnCharger()};
-        },
-        [this](const Kernel &kernel) {
-            m_isReading = false;
-            m_kernelTimeout.stop();
-            m_kernel = kernel;
-            applyReading();
-            if (m_readsAgain)
-                readKernel();
-        });
+    if (!m_reading.isUnderWay())
+        m_kernelTimeout.start();
+    m_reading.begin([path, folder] {
+        static const QStringList names{QStringLiteral("health"), QStringLiteral("charge_full"),
+            QStringLiteral("energy_full"), QStringLiteral("voltage_min_design"),
+            QStringLiteral("cycle_count"), QStringLiteral("temp")};
+        return Kernel{path, path.isEmpty() ? SysFolder::Values() : SysFolder::readFiles(folder, names),
+            receiverOnCharger()};
+    });
 }
 
 Battery UPowerBattery::currentBattery() const
@@ -205,15 +199,18 @@ void UPowerBattery::applyReading()
     if (!objects().isComplete())
         return;
     const Battery battery = currentBattery();
-    // A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
-    const bool isLie = battery.present ? battery.level == 0 : m_hadBattery;
-    if (isLie && isSettling())
+    if (isPremature(battery))
         return;
-    m_hadBattery = battery.present;
     if (!m_device.isEmpty() && batteryPath().isEmpty())
         setAbsent(QLatin1String("UPower knows no battery '") + m_device + u'\'');
     else
         know(battery);
+}
+
+// A service that has just started may say 0 %, or nothing of the battery, before it has asked it.
+bool UPowerBattery::isIncomplete(const Battery &now, const std::optional<Battery> &before) const
+{
+    return now.present ? now.level == 0 : before && before->present;
 }
 
 } // namespace oz::services

@@ -2,6 +2,7 @@
 
 #include "battery/Battery.hpp"
 #include "linux/BusSource.hpp"
+#include "linux/LatestReading.hpp"
 #include "linux/SysFolder.hpp"
 
 namespace oz::services {
@@ -26,6 +27,7 @@ private:
     };
 
     void readState() override;
+    [[nodiscard]] bool isIncomplete(const Battery &now, const std::optional<Battery> &before) const override;
     void readKernel();
     [[nodiscard]] QString batteryPath() const;
     [[nodiscard]] QVariant of(const QString &path, const char *property) const;
@@ -33,11 +35,9 @@ private:
     void applyReading();
 
     QString m_device;
-    bool m_hadBattery = false;
     Kernel m_kernel; // what it told last
+    LatestReading<Kernel> m_reading;
     QTimer m_kernelTimeout; // after which the service's news are published without the kernel's
-    bool m_isReading = false;
-    bool m_readsAgain = false;
 };
 
 } // namespace oz::services

@@ -236,7 +236,6 @@ void NetworkManagerProfiles::readState()
     if (!objects().isComplete() || !m_asked.isEmpty())
         return;
     DataProfiles state;
-    const auto isMissing = [&](const QString &profile) { return !state.profiles.contains(profile); };
     m_connections.clear();
     for (auto settings = m_settings.begin(); settings != m_settings.end(); ++settings) {
         if (settings->value(QStringLiteral("connection")).value(QStringLiteral("type"))
@@ -254,13 +253,17 @@ void NetworkManagerProfiles::readState()
     }
     if (const QVariant isOn = ofManager("WwanEnabled"); isOn.isValid())
         state.dataOn = isOn.toBool();
-    // A service that has just started has not read all of its connections yet.
-    const bool lacksSome = std::any_of(m_users.keyBegin(), m_users.keyEnd(), isMissing)
-        || std::any_of(m_before.begin(), m_before.end(), isMissing);
-    if (lacksSome && isSettling())
-        return;
-    m_before = state.profiles.keys();
     know(state);
+}
+
+// A service that has just started has not read all of its connections yet.
+bool NetworkManagerProfiles::isIncomplete(
+    const DataProfiles &now, const std::optional<DataProfiles> &before) const
+{
+    const auto isMissing = [&](const QString &profile) { return !now.profiles.contains(profile); };
+    const QStringList known = before ? before->profiles.keys() : QStringList();
+    return std::any_of(m_users.keyBegin(), m_users.keyEnd(), isMissing)
+        || std::any_of(known.begin(), known.end(), isMissing);
 }
 
 QString NetworkManagerProfiles::addUser(const QString &profile)

@@ -32,6 +32,8 @@ private:
     };
 
     void readState() override;
+    [[nodiscard]] bool isIncomplete(
+        const DataProfiles &now, const std::optional<DataProfiles> &before) const override;
     void followActive();
     void beginAttempt(const QString &connection, const QString &active);
     void endAttempts();
@@ -49,7 +51,6 @@ private:
     QSet<QString> m_asked; // connections whose settings are asked for
     QMap<QString, QString> m_connections; // by the profiles' names
     QMap<QString, Attempt> m_attempts; // by the connections' paths
-    QStringList m_before; // the profiles of the last state
     QMap<QString, QSet<QString>> m_users; // connection ids, by the profiles' names
 };
 

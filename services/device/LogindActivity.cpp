@@ -60,11 +60,13 @@ void LogindActivity::readState()
         setAbsent(QLatin1String("there is no session on ") + m_seat);
         return;
     }
-    // A session has to tell a service that has just started again that it is idle.
-    if (isSettling() && m_wasIdle && !isIdle.toBool())
-        return;
-    m_wasIdle = isIdle.toBool();
-    know({!m_wasIdle, {}});
+    know({!isIdle.toBool(), {}});
+}
+
+// A session has to tell a service that has just started again that it is idle.
+bool LogindActivity::isIncomplete(const Activity &now, const std::optional<Activity> &before) const
+{
+    return before && before->isUsed == false && now.isUsed == true;
 }
 
 } // namespace oz::services

@@ -14,10 +14,11 @@ public:
 
 private:
     void readState() override;
+    [[nodiscard]] bool isIncomplete(
+        const Activity &now, const std::optional<Activity> &before) const override;
 
     QString m_seat;
     QString m_path;
-    bool m_wasIdle = false;
 };
 
 } // namespace oz::services

@@ -1,7 +1,6 @@
 #include "hardware/LinuxHardware.hpp"
 
 #include "hardware/KernelInventory.hpp"
-#include "linux/Worker.hpp"
 
 #include <ModemManager.h>
 
@@ -25,7 +24,11 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus, std::shared_ptr<Mod
     : m_modems(std::move(modems)), m_hostnamed(std::move(bus), QStringLiteral("org.freedesktop.hostname1"),
                                        QStringLiteral("systemd"), BusService::EndsWhenIdle),
       m_objects(m_hostnamed), m_inputs(QStringLiteral("input"), [this] { m_change.start(); }),
-      m_connectors(QStringLiteral("drm"), [this] { m_change.start(); })
+      m_connectors(QStringLiteral("drm"), [this] { m_change.start(); }),
+      m_reading(this, [this](const Hardware &kernel) {
+          m_kernel = kernel;
+          tell();
+      })
 {
     connect(
         &m_hostnamed, &BusService::appeared, this, [this] { m_objects.follow(HostPath, {HostInterface}); });
@@ -41,26 +44,8 @@ LinuxHardware::LinuxHardware(std::shared_ptr<SystemBus> bus, std::shared_ptr<Mod
     connect(m_modems.get(), &ModemManager::changed, this, &LinuxHardware::hearModem);
     m_change.setSingleShot(true);
     m_change.setInterval(LongestChange);
-    m_change.callOnTimeout(this, &LinuxHardware::readKernel);
-    readKernel();
-}
-
-void LinuxHardware::readKernel()
-{
-    // A change that comes during a reading may be newer than what that reading finds.
-    if (std::exchange(m_isReading, true)) {
-        m_readsAgain = true;
-        return;
-    }
-    inWorker(this, kernelInventory, [this](const Hardware &kernel) {
-        m_isReading = false;
-        if (std::exchange(m_readsAgain, false)) {
-            readKernel();
-            return;
-        }
-        m_kernel = kernel;
-        tell();
-    });
+    m_change.callOnTimeout(this, [this] { m_reading.begin(kernelInventory); });
+    m_reading.begin(kernelInventory);
 }
 
 void LinuxHardware::hearNames()

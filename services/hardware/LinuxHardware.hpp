@@ -2,6 +2,7 @@
 
 #include "hardware/Hardware.hpp"
 #include "linux/BusObjects.hpp"
+#include "linux/LatestReading.hpp"
 #include "linux/ModemManager.hpp"
 #include "linux/UdevMonitor.hpp"
 
@@ -18,7 +19,6 @@ public:
     LinuxHardware(std::shared_ptr<SystemBus> bus, std::shared_ptr<ModemManager> modems);
 
 private:
-    void readKernel();
     void hearNames();
     void hearModem();
     void tell();
@@ -35,8 +35,7 @@ private:
     UdevMonitor m_connectors;
     std::optional<QVariantMap> m_names; // as hostnamed told them last; none where it tells nothing
     std::optional<Hardware> m_kernel;
-    bool m_isReading = false;
-    bool m_readsAgain = false;
+    LatestReading<Hardware> m_reading;
 };
 
 } // namespace oz::services

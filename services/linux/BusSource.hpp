@@ -45,15 +45,31 @@ protected:
     virtual void readState() = 0;
 
     /*!
-     * Whether the service has appeared less than the grace time ago, and nothing that it told was taken over
-     * since: it may not have found yet what it will tell of. readState() is called when that time is over.
+     * Whether a service that has just started may tell \a now because it has not found everything yet.
+     * \a before is what it told last, before it ended too.
      */
-    [[nodiscard]] bool isSettling() const { return m_settling.isActive(); }
-    /*! Takes over what the service tells; what it tells from now on is taken as it stands. */
-    void know(State state)
+    [[nodiscard]] virtual bool isIncomplete(
+        [[maybe_unused]] const State &now, [[maybe_unused]] const std::optional<State> &before) const
     {
+        return false;
+    }
+    /*!
+     * Whether \a state is to be passed over: the service has appeared less than the grace time ago, and has
+     * told nothing complete since. readState() is called when that time is over.
+     */
+    [[nodiscard]] bool isPremature(const State &state) const
+    {
+        return m_settling.isActive() && isIncomplete(state, m_last);
+    }
+    /*! Takes over the state, unless it is premature; false where it is. */
+    bool know(const State &state)
+    {
+        if (isPremature(state))
+            return false;
         m_settling.stop();
-        SourceType::know(std::move(state));
+        m_last = state;
+        SourceType::know(state);
+        return true;
     }
 
     [[nodiscard]] BusService &service() { return *m_service; }
@@ -64,6 +80,7 @@ private:
     std::shared_ptr<BusService> m_service;
     BusObjects m_objects;
     QTimer m_settling;
+    std::optional<State> m_last; // that it told
 };
 
 } // namespace oz::services

@@ -175,18 +175,21 @@ void UDisksSdCard::readState()
 {
     const QStringList blocks = cardBlocks();
     const bool isMounted = !mountPointsOf(blocks).isEmpty();
-    // A service that has just started may not have found the card yet, or not what is on it.
-    if (isSettling() && m_wasMounted && !isMounted)
-        return;
-    m_wasMounted = isMounted;
     QString disk;
     for (const QString &block : blocks) {
         if (isMounted && !objects().all().value(block).contains(PartitionInterface)
             && pathIn(of(block, BlockInterface, "CryptoBackingDevice")) == u"/")
             disk = nameOf(block);
     }
-    watchTraffic(disk);
-    know({isMounted, hasJob(blocks) || m_hasTraffic});
+    const bool hasTraffic = disk == m_disk && m_hasTraffic;
+    if (know({isMounted, hasJob(blocks) || hasTraffic}))
+        watchTraffic(disk);
+}
+
+// A service that has just started may not have found the card yet, or not what is on it.
+bool UDisksSdCard::isIncomplete(const SdCard &now, const std::optional<SdCard> &before) const
+{
+    return before && before->mounted == true && now.mounted == false;
 }
 
 void UDisksSdCard::watchTraffic(const QString &disk)

@@ -25,6 +25,7 @@ public:
 
 private:
     void readState() override;
+    [[nodiscard]] bool isIncomplete(const SdCard &now, const std::optional<SdCard> &before) const override;
     [[nodiscard]] QVariant of(const QString &path, const QString &interface, const char *property) const;
     [[nodiscard]] QString nameOf(const QString &block) const;
     /*! The block devices of the card, those that are encrypted on it among them; none without a card. */
@@ -38,7 +39,6 @@ private:
     void onTraffic(const Traffic &traffic);
 
     QString m_device;
-    bool m_wasMounted = false;
     QString m_disk; // whose traffic is watched: empty while nothing is mounted
     std::optional<Traffic> m_traffic; // none before it was read
     bool m_hasTraffic = false;

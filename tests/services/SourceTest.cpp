@@ -1,6 +1,7 @@
 #include "services/Services.hpp"
 
 #include "battery/Battery.hpp"
+#include "linux/LatestReading.hpp"
 #include "publishing/FieldsPublisher.hpp"
 #include "publishing/StateStore.hpp"
 
@@ -9,6 +10,7 @@
 #include <QFile>
 
 #include <fcntl.h>
+#include <future>
 #include <unistd.h>
 
 // What applications see of a source that comes and goes, whoever it is.
@@ -149,6 +151,26 @@ TEST_F(SourceTest, WhatCannotBeWrittenNowIsWrittenOnceItCanTheNewestAlone)
             "is done"});
     EXPECT_TRUE(waitUntil([&] { return tree.isTrue(); }));
     EXPECT_EQ(heard.waitFor(2), "level(12, Discharging) level(12, 3)");
+}
+
+TEST_F(SourceTest, AReadingThatIsAskedForDuringAnotherBeginsAfterItAndTheLastOneCounts)
+{
+    QObject context;
+    QStringList results;
+    LatestReading<QString> reading(&context, [&](const QString &result) { results.append(result); });
+    std::promise<void> released;
+    std::shared_future<void> release = released.get_future().share();
+    reading.begin([release] {
+        release.wait();
+        return QString("first");
+    });
+    for (const char *name : {"second", "third"})
+        reading.begin([name] { return QString(name); });
+    EXPECT_TRUE(reading.isUnderWay());
+    released.set_value();
+    EXPECT_TRUE(waitUntil([&] { return results.size() == 2; }));
+    EXPECT_EQ(results, (QStringList{"first", "third"}));
+    EXPECT_FALSE(reading.isUnderWay());
 }
 
 } // namespace
