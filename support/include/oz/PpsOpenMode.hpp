@@ -13,6 +13,7 @@ class OZ_SUPPORT_EXPORT PpsOpenMode
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Publish = 1, //!< write only
         Subscribe = 2, //!< read only

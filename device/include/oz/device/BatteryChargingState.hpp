@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT BatteryChargingState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< no successful reading yet, or the system names none of the others
         NotCharging = 1, //!< a power source is there, but the battery takes nothing from it

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT BatteryCondition
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the system does not say
         OK = 1, //!< the battery works as it should

@@ -52,9 +52,12 @@ class OZ_DEVICE_EXPORT BatteryInfo : public QObject
     Q_PROPERTY(QString rxid READ rxid NOTIFY rxidChanged FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit BatteryInfo(QObject *parent = nullptr);
     ~BatteryInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] int level() const;
     [[nodiscard]] BatteryChargingState::Type chargingState() const;
     [[nodiscard]] bool isPresent() const;
@@ -63,16 +66,23 @@ public:
     [[nodiscard]] int cycleCount() const;
     [[nodiscard]] float temperature() const;
     [[nodiscard]] QString rxid() const;
+    //!@}
 
 Q_SIGNALS:
     /*! The level, the charging state, or both changed. */
     void levelChanged(int level, oz::device::BatteryChargingState::Type newChargingState);
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces what has changed in the order of this list;
+     * levelChanged comes first.
+     */
     void presentChanged(bool present);
     void conditionChanged(oz::device::BatteryCondition::Type condition);
     void fullChargeCapacityChanged(int fullChargeCapacity);
     void cycleCountChanged(int cycleCount);
     void temperatureChanged(float temperature);
     void rxidChanged(QString rxid);
+    //!@}
 
     /*! Follows each levelChanged(int, BatteryChargingState::Type) with the state as a number. */
     void levelChanged(int level, int newChargingState);

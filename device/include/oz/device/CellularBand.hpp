@@ -17,6 +17,7 @@ class OZ_DEVICE_EXPORT CellularBand
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         None = 0,
         Cdma0 = 0x1,

@@ -15,6 +15,7 @@ class OZ_DEVICE_EXPORT CellularConnectionRequestResult
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Requested = 0, //!< the service took the request
         /*! The exchange with the service failed or took too long, or the service reports an error. */

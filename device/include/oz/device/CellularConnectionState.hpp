@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT CellularConnectionState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Disconnected = 0, //!< the profile is not in use, or nothing is known of it
         PendingConnect = 1, //!< the profile is being connected

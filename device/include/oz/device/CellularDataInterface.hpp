@@ -52,22 +52,27 @@ class OZ_DEVICE_EXPORT CellularDataInterface : public QObject
 public:
     /*! No profile. */
     explicit CellularDataInterface(QObject *parent = nullptr);
+    /*! The profile called \a name. */
     explicit CellularDataInterface(const QString &name, QObject *parent = nullptr);
     /*! Disconnects what this object had connected. */
     ~CellularDataInterface() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] QString name() const;
     /*!
      * Turns to another profile, after disconnecting what this object had connected. What differs there is
      * announced first, nameChanged last.
      */
     void setName(const QString &name);
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] bool isValid() const;
     [[nodiscard]] bool isAlwaysOn() const;
     [[nodiscard]] bool isAccessControlled() const;
     [[nodiscard]] QString networkInterfaceName() const;
     [[nodiscard]] QString accessPointName() const;
     [[nodiscard]] CellularConnectionState::Type connectionState() const;
+    //!@}
 
     /*! The names of the profiles that exist now, sorted; empty also where they cannot be read. */
     [[nodiscard]] Q_INVOKABLE QStringList allNames() const;
@@ -95,6 +100,12 @@ public Q_SLOTS:
     int requestDisconnect();
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces validChanged, alwaysOnChanged,
+     * accessControlledChanged, connectionStateChanged, networkInterfaceNameChanged and accessPointNameChanged
+     * in this order; nameChanged comes last.
+     */
     void nameChanged(QString name);
     void validChanged(bool valid);
     void alwaysOnChanged(bool alwaysOn);
@@ -102,6 +113,7 @@ Q_SIGNALS:
     void networkInterfaceNameChanged(QString networkInterfaceName);
     void accessPointNameChanged(QString accessPointName);
     void connectionStateChanged(oz::device::CellularConnectionState::Type connectionState);
+    //!@}
 
     /*! Follows each connectionStateChanged(CellularConnectionState::Type) with the same value as a number. */
     void connectionStateChanged(int connectionState);

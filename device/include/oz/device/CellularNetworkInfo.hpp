@@ -74,9 +74,12 @@ class OZ_DEVICE_EXPORT CellularNetworkInfo : public QObject
 public:
     /*! The primary network. */
     explicit CellularNetworkInfo(QObject *parent = nullptr);
+    /*! The network with this \a index. */
     explicit CellularNetworkInfo(int index, QObject *parent = nullptr);
     ~CellularNetworkInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] int index() const;
     [[nodiscard]] CellularTechnology::Type technology() const;
     [[nodiscard]] CellularService::Types services() const;
@@ -92,12 +95,18 @@ public:
     [[nodiscard]] int networkId() const;
     [[nodiscard]] int systemId() const;
     [[nodiscard]] QString displayName() const;
+    //!@}
 
 public Q_SLOTS:
     /*! Turns to another network. What differs there is announced first, indexChanged last. */
     void setIndex(int index);
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces displayNameChanged first, then the rest in
+     * the order of this list, and technologyChanged after them; indexChanged comes last.
+     */
     void indexChanged(int index);
     void technologyChanged(oz::device::CellularTechnology::Type tech);
     void servicesChanged(oz::device::CellularService::Types services);
@@ -113,6 +122,7 @@ Q_SIGNALS:
     void networkIdChanged(int nid);
     void systemIdChanged(int sid);
     void displayNameChanged(QString name);
+    //!@}
 
     /*! Follows each technologyChanged(CellularTechnology::Type) with the same value as a number. */
     void technologyChanged(int tech);

@@ -52,9 +52,12 @@ class OZ_DEVICE_EXPORT CellularRadioInfo : public QObject
     Q_PROPERTY(bool dataRoaming READ isDataRoaming NOTIFY dataRoamingChanged REVISION 1 FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit CellularRadioInfo(QObject *parent = nullptr);
     ~CellularRadioInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] bool isPoweredOn() const;
     [[nodiscard]] CellularTechnology::Types technologies() const;
     [[nodiscard]] CellularService::Types services() const;
@@ -64,14 +67,21 @@ public:
     [[nodiscard]] int networkCount() const;
     [[nodiscard]] bool isDataEnabled() const;
     [[nodiscard]] bool isDataRoaming() const;
+    //!@}
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. Of each object: poweredOnChanged, activeTechnologiesChanged,
+     * networkCountChanged; enabledTechnologiesChanged; dataEnabledChanged, dataRoamingChanged.
+     */
     void poweredOnChanged(bool poweredOn);
     void enabledTechnologiesChanged(oz::device::CellularTechnology::Types technologies);
     void activeTechnologiesChanged(oz::device::CellularTechnology::Types technologies);
     void networkCountChanged(int networkCount);
     Q_REVISION(1) void dataEnabledChanged(bool dataEnabled);
     Q_REVISION(1) void dataRoamingChanged(bool dataRoaming);
+    //!@}
 
     /*! Follows each enabledTechnologiesChanged(CellularTechnology::Types) with the same set as a number. */
     void enabledTechnologiesChanged(int technologies);

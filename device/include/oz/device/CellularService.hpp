@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT CellularService
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         None = 0, //!< no service
         Emergency = 0x1, //!< emergency calls

@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT CellularTechnology
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         None = 0,
         Gsm = 1,

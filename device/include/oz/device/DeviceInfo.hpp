@@ -41,17 +41,27 @@ class OZ_DEVICE_EXPORT DeviceInfo : public QObject
     Q_PROPERTY(bool orientationValid READ isOrientationValid NOTIFY orientationValidChanged REVISION 2 FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit DeviceInfo(QObject *parent = nullptr);
     ~DeviceInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] DeviceOrientation::Type orientation() const;
     [[nodiscard]] UserActivityState::Type activityState() const;
     [[nodiscard]] bool isOrientationValid() const;
+    //!@}
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. A reading of the sensor announces the orientation before its
+     * validity.
+     */
     void orientationChanged(oz::device::DeviceOrientation::Type orientation);
     Q_REVISION(1) void activityStateChanged(oz::device::UserActivityState::Type activityState);
     Q_REVISION(2) void orientationValidChanged(bool isValid);
+    //!@}
 
     /*! Follows each orientationChanged(DeviceOrientation::Type) with the same value as a number. */
     void orientationChanged(int orientation);

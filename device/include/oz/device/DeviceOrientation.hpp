@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT DeviceOrientation
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         FaceUp = 0, //!< it lies on its back
         FaceDown = 1, //!< it lies on its screen

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT DisplayAspectType
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Landscape = 0, //!< it is wider than high
         Portrait = 1, //!< it is higher than wide

@@ -73,6 +73,8 @@ public:
 
     /*! True if the display was found at construction. */
     [[nodiscard]] bool isValid() const;
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] int displayId() const;
     [[nodiscard]] QString displayName() const;
     [[nodiscard]] QSize pixelSize() const;
@@ -83,6 +85,7 @@ public:
     [[nodiscard]] bool isDetachable() const;
     [[nodiscard]] DisplayTechnology::Type displayTechnology() const;
     [[nodiscard]] bool isWireless() const;
+    //!@}
 
 Q_SIGNALS:
     /*! The display was attached or detached. Its other values may have changed with that; no other signal

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT DisplayTechnology
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the display service does not say, or names none of the others
         Lcd = 1,

@@ -62,9 +62,12 @@ class OZ_DEVICE_EXPORT HardwareInfo : public QObject
     Q_PROPERTY(bool hasPhysicalMenuButton READ hasPhysicalMenuButton CONSTANT REVISION 2 FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit HardwareInfo(QObject *parent = nullptr);
     ~HardwareInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] QString pin() const;
     [[nodiscard]] QString serialNumber() const;
     [[nodiscard]] QString imei() const;
@@ -79,21 +82,25 @@ public:
     [[nodiscard]] bool hasPhysicalPhoneKeys() const;
     [[nodiscard]] bool hasPhysicalBackButton() const;
     [[nodiscard]] bool hasPhysicalMenuButton() const;
+    //!@}
 
     /*! The number of processors; 0 for unknown. */
     [[nodiscard]] int processorCount() const;
+    /*! The same, for an object that is not const. */
     [[nodiscard]] int processorCount();
     /*!
      * The speed in MHz of the processor \a index, 0 to processorCount() - 1; -1 where there is no such
      * processor or its speed is not known.
      */
     [[nodiscard]] int processorSpeed(int index) const;
+    /*! The same, for an object that is not const. */
     [[nodiscard]] int processorSpeed(int index);
     /*!
      * The model of the processor \a index, 0 to processorCount() - 1; empty where there is no such processor
      * or its model is not known.
      */
     [[nodiscard]] QString processorModel(int index) const;
+    /*! The same, for an object that is not const. */
     [[nodiscard]] QString processorModel(int index);
 
 private:

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT HdmiConnector
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the system does not say
         None = 1, //!< the device has no HDMI connector

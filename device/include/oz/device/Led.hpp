@@ -40,9 +40,11 @@ class OZ_DEVICE_EXPORT Led : public QObject
 public:
     /*! The colour Red. */
     explicit Led(QObject *parent = nullptr);
+    /*! The colour \a color. */
     explicit Led(LedColor::Type color, QObject *parent = nullptr);
     ~Led() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] LedColor::Type color() const;
     /*!
      * Sets the colour; a value that is one above a colour with red in it means that colour. Announces it, but
@@ -52,8 +54,11 @@ public:
     void setColor(LedColor::Type color);
     /*! setColor(Red). */
     void resetColor();
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] int remainingFlashCount() const;
     [[nodiscard]] bool isActive() const;
+    //!@}
 
 public Q_SLOTS:
     /*! Flashes until cancelled. */
@@ -68,9 +73,15 @@ public Q_SLOTS:
     void cancel();
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. A request begins with activeChanged(true); each flash that is
+     * seen is a remainingFlashCountChanged, except the last, which is activeChanged(false).
+     */
     void colorChanged(oz::device::LedColor::Type value);
     void remainingFlashCountChanged(int value);
     void activeChanged(bool value);
+    //!@}
 
     /*! Follows each colorChanged(LedColor::Type) with the same value as a number. */
     void colorChanged(int value);

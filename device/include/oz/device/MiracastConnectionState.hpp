@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT MiracastConnectionState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the service has not said yet, or says what it should not
         Connected = 1,

@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT MiracastDeviceSubCategory
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0,
         Keyboard = 1, //!< from here on: input

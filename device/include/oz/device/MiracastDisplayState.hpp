@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT MiracastDisplayState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the service has not said yet, or says what it should not
         Stopped = 1, //!< there is none

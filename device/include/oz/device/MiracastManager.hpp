@@ -70,9 +70,12 @@ class OZ_DEVICE_EXPORT MiracastManager : public QObject
     Q_PROPERTY(bool isSupported READ isSupported CONSTANT FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit MiracastManager(QObject *parent = nullptr);
     ~MiracastManager() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] QString hardwareAddress() const;
     [[nodiscard]] MiracastConnectionState::Type connectionState() const;
     [[nodiscard]] QString deviceName() const;
@@ -83,6 +86,7 @@ public:
     [[nodiscard]] QString sessionId() const;
     [[nodiscard]] MiracastStopReason::Type stopReason() const;
     [[nodiscard]] MiracastStatus::Type status() const;
+    //!@}
 
     /*!
      * Asks the service to connect to the sink at \a hardwareAddress, and to show the screen there. \a pin is
@@ -135,6 +139,13 @@ Q_SIGNALS:
     void disconnectCompleted(oz::device::MiracastResult::Type result);
     /*! How requestShutdown() of this instance ended. */
     void shutdownCompleted(oz::device::MiracastResult::Type result);
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces deviceNameChanged, hardwareAddressChanged,
+     * deviceTypeChanged, connectionStateChanged (then deviceConnected or deviceDisconnected),
+     * displayStateChanged, sessionIdChanged, devicePixelSizeChanged, stopReasonChanged and statusChanged in
+     * this order, and then the completion of a request.
+     */
     void connectionStateChanged(oz::device::MiracastConnectionState::Type state);
     void hardwareAddressChanged(QString hardwareAddress);
     void deviceNameChanged(QString deviceName);
@@ -145,11 +156,14 @@ Q_SIGNALS:
     void deviceTypeChanged(oz::device::MiracastDeviceCategory::Type category,
         oz::device::MiracastDeviceSubCategory::Type subCategory);
     void sessionIdChanged(QString sessionId);
+    //!@}
 
-    /*! Each follows the signal with the enumerations, with the same values as numbers. */
+    //!@{
+    /*! Follows its namesake at once, with the enumerations as numbers. */
     void deviceTypeChanged(int category, int subCategory);
     void deviceDiscovered(QString deviceName, QString hardwareAddress, int category, int subCategory);
     void deviceConnected(QString deviceName, QString hardwareAddress, int category, int subCategory);
+    //!@}
     /*! Follows its namesake with the same result as a number. */
     void scanCompleted(int result);
     /*! Follows its namesake with the same result as a number. */
@@ -160,9 +174,12 @@ Q_SIGNALS:
     void resumeCompleted(int result);
     /*! Follows its namesake with the same result as a number. */
     void disconnectCompleted(int result);
+    //!@{
+    /*! Follows its namesake at once, with the enumeration as a number. */
     void connectionStateChanged(int state);
     void displayStateChanged(int state);
     void stopReasonChanged(int stopReason);
+    //!@}
     /*! Never emitted. */
     void statusChanged(int status);
     /*! Follows its namesake with the same result as a number. */

@@ -14,6 +14,7 @@ class OZ_DEVICE_EXPORT MiracastResult
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         InternalError = 0, //!< an error of the service that is none of these
         Success = 1,

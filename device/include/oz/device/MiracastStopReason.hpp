@@ -14,6 +14,7 @@ class OZ_DEVICE_EXPORT MiracastStopReason
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the service has not said yet
         NotStopped = 1,

@@ -39,27 +39,38 @@ class OZ_DEVICE_EXPORT NetworkDataUsage : public QObject
 public:
     /*! No interface. */
     explicit NetworkDataUsage(QObject *parent = nullptr);
+    /*! The interface called \a networkInterfaceName. */
     explicit NetworkDataUsage(const QString &networkInterfaceName, QObject *parent = nullptr);
     ~NetworkDataUsage() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] QString networkInterfaceName() const;
     /*! Turns to another interface. Counters that were not 0 are announced first, the name last. */
     void setNetworkInterfaceName(const QString &networkInterfaceName);
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] quint64 packetsReceived() const;
     [[nodiscard]] quint64 bytesReceived() const;
     [[nodiscard]] quint64 packetsSent() const;
     [[nodiscard]] quint64 bytesSent() const;
+    //!@}
 
 public Q_SLOTS:
     /*! Reads the counters; false, after a warning, where that fails, and the counters stay as they were. */
     bool update();
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. An update announces the counters in the order of this list; a
+     * new name comes after them.
+     */
     void networkInterfaceNameChanged(QString networkInterfaceName);
     void packetsReceivedChanged(quint64 packetsReceived);
     void bytesReceivedChanged(quint64 bytesReceived);
     void packetsSentChanged(quint64 packetsSent);
     void bytesSentChanged(quint64 bytesSent);
+    //!@}
 
 private:
     NetworkDataUsagePrivate *d;

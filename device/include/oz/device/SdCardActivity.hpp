@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT SdCardActivity
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< no successful reading yet
         Idle = 1, //!< the card is not busy, or the system does not say

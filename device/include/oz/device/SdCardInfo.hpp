@@ -31,15 +31,22 @@ class OZ_DEVICE_EXPORT SdCardInfo : public QObject
     Q_PROPERTY(oz::device::SdCardActivity::Type activity READ activity NOTIFY activityChanged FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit SdCardInfo(QObject *parent = nullptr);
     ~SdCardInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] SdCardState::Type state() const;
     [[nodiscard]] SdCardActivity::Type activity() const;
+    //!@}
 
 Q_SIGNALS:
+    //!@{
+    /*! The property of this name has changed. A reading announces the state before the activity. */
     void stateChanged(oz::device::SdCardState::Type newState);
     void activityChanged(oz::device::SdCardActivity::Type newActivity);
+    //!@}
 
     /*! Follows each stateChanged(SdCardState::Type) with the same value as a number. */
     void stateChanged(int newState);

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT SdCardState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< no successful reading yet
         Mounted = 1, //!< the card is mounted

@@ -40,21 +40,30 @@ class OZ_DEVICE_EXPORT SimCardInfo : public QObject
         QString subscriberIdentifier READ subscriberIdentifier NOTIFY subscriberIdentifierChanged FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit SimCardInfo(QObject *parent = nullptr);
     ~SimCardInfo() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] SimCardState::Type state() const;
     [[nodiscard]] QString mobileCountryCode() const;
     [[nodiscard]] QString mobileNetworkCode() const;
     [[nodiscard]] QString serialNumber() const;
     [[nodiscard]] QString subscriberIdentifier() const;
+    //!@}
 
 Q_SIGNALS:
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces what has changed in the order of this list.
+     */
     void stateChanged(oz::device::SimCardState::Type state);
     void mobileCountryCodeChanged(QString mcc);
     void mobileNetworkCodeChanged(QString mnc);
     void serialNumberChanged(QString serialNumber);
     void subscriberIdentifierChanged(QString subscriberIdentifier);
+    //!@}
 
     /*! Follows each stateChanged(SimCardState::Type) with the same value as a number. */
     void stateChanged(int state);

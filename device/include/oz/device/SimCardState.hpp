@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT SimCardState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         NotDetected = 0, //!< there is no card, or the card's state is unknown or unreadable
         Incompatible = 1, //!< the card cannot be used in this device

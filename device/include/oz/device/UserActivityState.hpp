@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT UserActivityState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< the power manager is not there, or says neither
         Active = 1, //!< somebody uses the device

@@ -26,9 +26,11 @@ class OZ_DEVICE_EXPORT VibrationController : public QObject
     Q_PROPERTY(bool supported READ isSupported CONSTANT FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit VibrationController(QObject *parent = nullptr);
     ~VibrationController() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] Q_INVOKABLE bool isSupported() const;
 
 public Q_SLOTS:

@@ -72,9 +72,12 @@ class OZ_DEVICE_EXPORT WiFiDirect : public QObject
     Q_PROPERTY(QString networkPassword READ networkPassword NOTIFY networkPasswordChanged FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit WiFiDirect(QObject *parent = nullptr);
     ~WiFiDirect() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] bool isScanning() const;
     [[nodiscard]] bool isEnabled() const;
     [[nodiscard]] QDateTime lastUpdate() const;
@@ -85,6 +88,7 @@ public:
     [[nodiscard]] QString networkOwnerHardwareAddress() const;
     [[nodiscard]] QString networkOwnerIpAddress() const;
     [[nodiscard]] QString networkPassword() const;
+    //!@}
 
     /*!
      * Asks the service to look for peers; a WiFiDirectResult::Type:
@@ -168,6 +172,14 @@ Q_SIGNALS:
         QString ipAddress, oz::device::WiFiDirectIntent::Type intent);
     /*! A peer that was connected is so no more, or the service says nothing of it any more. */
     void deviceDisconnected(QString hardwareAddress);
+    //!@{
+    /*!
+     * The property of this name has changed. A reading announces scanningChanged (and scanCompleted),
+     * enabledChanged, lastUpdateChanged, connectionStateChanged, networkInterfaceNameChanged,
+     * networkRoleChanged, networkSsidChanged, networkOwnerHardwareAddressChanged,
+     * networkOwnerIpAddressChanged and networkPasswordChanged in this order, and then what became of the
+     * peers.
+     */
     void scanningChanged(bool scanning);
     void enabledChanged(bool enabled);
     void lastUpdateChanged(QDateTime lastUpdate);
@@ -178,18 +190,21 @@ Q_SIGNALS:
     void networkOwnerHardwareAddressChanged(QString networkHardwareAddress);
     void networkOwnerIpAddressChanged(QString networkIpAddress);
     void networkPasswordChanged(QString networkPassword);
+    //!@}
     /*! A scan has ended. */
     void scanCompleted();
     /*! Never emitted. */
     void stateChanged(int state);
 
-    /*! Each follows the signal with the enumerations, with the same values as numbers. */
+    //!@{
+    /*! Follows its namesake at once, with the enumerations as numbers. */
     void deviceFound(QString name, QString hardwareAddress, int type);
     Q_REVISION(1)
     void deviceDiscovered(QString name, QString hardwareAddress, int type, int secondaryTypes, int role);
     void deviceConnected(QString name, QString hardwareAddress, int type, QString ipAddress, int intent);
     void connectionStateChanged(int networkState);
     void networkRoleChanged(int networkRole);
+    //!@}
 
 private:
     WiFiDirectPrivate *d;

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT WiFiDirectConnectionState
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0, //!< no reading yet, or the service says nothing that is known
         Connecting = 1, //!< a peer is being connected

@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT WiFiDirectDeviceType
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0,
         Computer = 1,

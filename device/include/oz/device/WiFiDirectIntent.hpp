@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT WiFiDirectIntent
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         GroupOwner = 0,
         Client = 1, //!< a member of a group that the other side owns

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT WiFiDirectResult
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Success = 0, //!< the service took it
         InternalError =

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT WiFiDirectRole
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 0,
         GroupOwner = 1,

@@ -16,6 +16,7 @@ class OZ_DEVICE_EXPORT WiFiDirectSecondaryDeviceType
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         Unknown = 1, //!< no known ability
         Miracast = 2, //!< wireless display

@@ -12,6 +12,7 @@ class OZ_DEVICE_EXPORT WiFiDirectWpsMethod
     Q_GADGET
 
 public:
+    /*! The values. */
     enum Type {
         PushButtonConfiguration = 0, //!< a button is pressed on both sides
         RandomPin = 1, //!< a PIN that one side shows for this connection

@@ -16,6 +16,7 @@ class OZ_MODELS_EXPORT CellularNetworkModel : public ObjectModel
     Q_OBJECT
 
 public:
+    /*! Belongs to \a parent. */
     explicit CellularNetworkModel(QObject *parent = nullptr);
     ~CellularNetworkModel() override;
 

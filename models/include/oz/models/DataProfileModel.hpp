@@ -21,6 +21,7 @@ class OZ_MODELS_EXPORT DataProfileModel : public ObjectModel
     Q_OBJECT
 
 public:
+    /*! Belongs to \a parent. */
     explicit DataProfileModel(QObject *parent = nullptr);
     ~DataProfileModel() override;
 

@@ -36,6 +36,8 @@ public:
     explicit DeviceRequest(const QFuture<RequestResult> &future, QObject *parent = nullptr);
     ~DeviceRequest() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] bool isRunning() const { return m_running; }
     [[nodiscard]] bool hasSucceeded() const { return m_result.succeeded; }
     [[nodiscard]] int code() const { return m_result.code; }
@@ -43,6 +45,7 @@ public:
     [[nodiscard]] QString value() const { return m_result.value; }
     [[nodiscard]] int errorNumber() const { return m_result.errorNumber; }
     [[nodiscard]] QString errorString() const { return m_result.errorString; }
+    //!@}
     /*! The future that it follows. */
     [[nodiscard]] QFuture<RequestResult> future() const { return m_watcher.future(); }
 

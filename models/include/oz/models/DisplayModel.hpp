@@ -21,6 +21,7 @@ class OZ_MODELS_EXPORT DisplayModel : public ObjectModel
     Q_OBJECT
 
 public:
+    /*! Belongs to \a parent. */
     explicit DisplayModel(QObject *parent = nullptr);
     ~DisplayModel() override;
 

@@ -25,9 +25,11 @@ class OZ_MODELS_EXPORT MiracastSinkModel : public RecordModel
     Q_PROPERTY(oz::device::MiracastManager *manager READ manager CONSTANT FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit MiracastSinkModel(QObject *parent = nullptr);
     ~MiracastSinkModel() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] device::MiracastManager *manager() { return &m_manager; }
 
 private:

@@ -20,17 +20,22 @@ class OZ_MODELS_EXPORT NetworkInterfaceModel : public ObjectModel
     Q_PROPERTY(int interval READ interval WRITE setInterval NOTIFY intervalChanged FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit NetworkInterfaceModel(QObject *parent = nullptr);
     ~NetworkInterfaceModel() override;
 
+    //!@{
+    /*! The getter of the property. */
     [[nodiscard]] int interval() const { return m_interval; }
     void setInterval(int milliseconds);
+    //!@}
 
 public Q_SLOTS:
     /*! Takes in which interfaces there are, and their counters. */
     void update();
 
 Q_SIGNALS:
+    /*! The property of this name has changed. */
     void intervalChanged(int interval);
 
 protected:

@@ -24,6 +24,7 @@ class OZ_MODELS_EXPORT RecordModel : public QAbstractListModel
 public:
     ~RecordModel() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] int count() const { return int(m_records.size()); }
     /*! The count; a row has no rows. */
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
@@ -38,6 +39,7 @@ public:
     [[nodiscard]] Q_INVOKABLE QVariantMap record(int row) const;
 
 Q_SIGNALS:
+    /*! The property of this name has changed. */
     void countChanged(int count);
 
 protected:

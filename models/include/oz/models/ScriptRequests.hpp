@@ -18,6 +18,7 @@ class OZ_MODELS_EXPORT ScriptRequests : public QObject
     Q_OBJECT
 
 public:
+    /*! Belongs to \a parent. */
     explicit ScriptRequests(QObject *parent = nullptr);
     ~ScriptRequests() override;
 

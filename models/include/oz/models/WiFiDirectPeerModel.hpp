@@ -26,9 +26,11 @@ class OZ_MODELS_EXPORT WiFiDirectPeerModel : public RecordModel
     Q_PROPERTY(oz::device::WiFiDirect *wifiDirect READ wifiDirect CONSTANT FINAL)
 
 public:
+    /*! Belongs to \a parent. */
     explicit WiFiDirectPeerModel(QObject *parent = nullptr);
     ~WiFiDirectPeerModel() override;
 
+    /*! The getter of the property. */
     [[nodiscard]] device::WiFiDirect *wifiDirect() { return &m_wifi; }
 
 private:
