@@ -59,7 +59,7 @@ Fields<CellularNetworks> networkFields(const QString &path, OneNetwork one, cons
     const auto named = [prefix](const char *name) -> QByteArray { return QByteArray(prefix) + name; };
     return Fields<CellularNetworks>(path,
         {
-            {named("services"), "network_service", services(one), "what the network offers now"},
+            {named("services"), "network_service", services(one), "the services that the network offers now"},
             {named("operator"), "network_name/name", C::text(of(one, &Network::operatorName)),
                 "its operator"},
             {named("mcc"), "serving_network/mcc", C::text(of(one, &Network::countryCode)),
@@ -67,11 +67,11 @@ Fields<CellularNetworks> networkFields(const QString &path, OneNetwork one, cons
             {named("mnc"), "serving_network/mnc", C::text(of(one, &Network::networkCode)),
                 "its mobile network code"},
             {named("rssi"), "signal_strength/RSSI", C::number(of(one, &Network::signalStrength), "dBm"),
-                "the signal of the network that serves"},
+                "its signal strength"},
             {named("roaming"), "roaming/state", C::truth(of(one, &Network::roams), "ROAMING", "HOME"),
-                "whether it is a network of others"},
+                "whether using it is roaming"},
             {named("suppress"), "roaming/suppress", suppression(one),
-                "whether the user is not to know of the roaming"},
+                "whether the roaming is hidden from the user"},
             {"", "serving_network", emptyMapWith(one), ""},
         });
 }

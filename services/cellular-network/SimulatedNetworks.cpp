@@ -13,7 +13,6 @@ namespace {
 using Cell = CellularNetworks::Cell;
 using Network = CellularNetworks::Network;
 
-const QString Serving = QStringLiteral("serving");
 const QString DisplayName = QStringLiteral("display-name");
 
 // The technologies whose networks have an identifier of a cell; nothing for what is none.
@@ -34,6 +33,19 @@ std::optional<QList<Technology>> technologiesWith(const QString &key)
 
 } // namespace
 
+const Settings<SimulatedNetworks> &SimulatedNetworks::table()
+{
+    using N = SimulatedNetworks;
+    static const SettingColumn<N> serving{{ValueType::List},
+        [](const N &part) { return QVariant(part.chosen()); },
+        [](N &part, const QVariant &names) { part.setChosen(names.toStringList()); }};
+    static const Settings<N> table{
+        {"serving", serving.kept(), QStringList{QStringLiteral("home-lte")},
+            "the networks that serve at the start; the first one if left out"},
+    };
+    return table;
+}
+
 const Settings<SimulatedNetworks::Known> &SimulatedNetworks::networkTable()
 {
     using K = Known;
@@ -52,31 +64,32 @@ const Settings<SimulatedNetworks::Known> &SimulatedNetworks::networkTable()
         [](const K &known) { return QVariant(wordsOf(*known.network.services)); },
         [](K &known, const QVariant &words) { known.network.services = servicesOf(words.toStringList()); }};
     static const Settings<Known> table{
-        {"technology", C::words(&K::technology, technologyWords()), QStringLiteral("lte"), ""},
+        {"technology", C::words(&K::technology, technologyWords()), QStringLiteral("lte"), "its technology"},
         {"operator", C::text(of(&Network::operatorName)).alwaysKnown().by(&K::setOperator), QString(),
-            "the network's name where it is left out",
-            told("operator", "NAME", "sets the operator's name, which is shown too")},
+            "its operator; its name in the file if left out",
+            told("operator", "NAME", "sets the operator's name, and the name that the user sees")},
         {"display-name", C::text(of(&Network::displayName)).alwaysKnown().kept(), QString(),
-            "what the user sees; the operator where it is left out"},
+            "the name that the user sees; the operator if left out"},
         {"mcc", C::text(of(&Network::countryCode), "[0-9]{3}", "three digits").alwaysKnown(),
-            QStringLiteral("001"), ""},
+            QStringLiteral("001"), "its mobile country code"},
         {"mnc", C::text(of(&Network::networkCode), "[0-9]{2,3}", "two or three digits").alwaysKnown(),
-            QStringLiteral("01"), ""},
-        {"rssi", C::number(of(&Network::signalStrength), -150, -1, "dBm").alwaysKnown(), -85, "dBm",
-            told("rssi", "DBM", "sets its signal strength")},
+            QStringLiteral("01"), "its mobile network code"},
+        {"rssi", C::number(of(&Network::signalStrength), -150, -1, "dBm").alwaysKnown(), -85,
+            "its signal strength", told("rssi", "DBM", "sets its signal strength")},
         {"services", services,
-            QStringList{QStringLiteral("emergency"), QStringLiteral("voice"), QStringLiteral("data")}, ""},
-        {"roaming", C::truth(of(&Network::roams)).alwaysKnown(), false, "a network of others",
-            onOff("roaming", "makes it a network of others")},
+            QStringList{QStringLiteral("emergency"), QStringLiteral("voice"), QStringLiteral("data")},
+            "the services that it offers"},
+        {"roaming", C::truth(of(&Network::roams)).alwaysKnown(), false, "whether using it is roaming",
+            onOff("roaming", "makes using it roaming, or not")},
         {"suppress", C::truth(of(&Network::suppressesRoaming)), false,
-            "the user is not to know of the roaming",
-            onOff("suppress", "hides the roaming there from the user")},
-        {"cell-id", cell(&Cell::cellId), {}, "gsm, umts and lte"},
-        {"lac", cell(&Cell::locationArea), {}, "gsm and umts"},
-        {"tac", cell(&Cell::trackingArea), {}, "lte"},
-        {"bid", cell(&Cell::baseStation), {}, "cdma_1x and evdo"},
-        {"nid", cell(&Cell::network), {}, ""},
-        {"sid", cell(&Cell::system), {}, ""},
+            "whether the roaming is hidden from the user",
+            onOff("suppress", "hides the roaming from the user, or shows it")},
+        {"cell-id", cell(&Cell::cellId), {}, "the identifier of the cell, in gsm, umts and lte"},
+        {"lac", cell(&Cell::locationArea), {}, "the location area, in gsm and umts"},
+        {"tac", cell(&Cell::trackingArea), {}, "the tracking area, in lte"},
+        {"bid", cell(&Cell::baseStation), {}, "the base station, in cdma_1x and evdo"},
+        {"nid", cell(&Cell::network), {}, "the network identifier, in cdma_1x and evdo"},
+        {"sid", cell(&Cell::system), {}, "the system identifier, in cdma_1x and evdo"},
     };
     return table;
 }
@@ -126,11 +139,11 @@ std::vector<Setting> SimulatedNetworks::settings(const QString &instance)
 {
     if (!instance.isEmpty())
         return settingsOf(find(instance));
-    const QStringList first = m_known.empty() ? QStringList() : QStringList{m_known.front().name};
-    return {{Serving, {ValueType::List, {}, instances()}, first,
-        QStringLiteral("which the radio uses at the start; of networks of your own, the first one"), {}, {},
-        true, [this] { return QVariant(chosen()); },
-        [this](const QVariant &names) { setChosen(names.toStringList()); }}};
+    // Which networks there are, the file says.
+    std::vector<Setting> settings = table().of(this);
+    settings.front().type.words = instances();
+    settings.front().initial = instances().mid(0, 1);
+    return settings;
 }
 
 void SimulatedNetworks::Known::setOperator(const QString &called)

@@ -21,6 +21,11 @@ public:
     [[nodiscard]] QStringList instances() const override;
     [[nodiscard]] QString instancesKey() const override { return QStringLiteral("networks"); }
     [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
+    [[nodiscard]] static const Settings<SimulatedNetworks> &table();
+    [[nodiscard]] static InstanceSettings instanceSettings()
+    {
+        return {QStringLiteral("networks"), networkTable().of(nullptr)};
+    }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
 
     /*! Lets networks of these technologies serve, and no others. */

@@ -61,9 +61,9 @@ const Fields<DataProfiles> &mobileDataFields()
             {"radio.data", "data_services_status", C::truth(&D::dataOn, "ON", "OFF"),
                 "whether mobile data is on"},
             {"radio.data-roaming", "user_enabled_data_roaming", C::truth(&D::allowsRoaming),
-                "whether the user allows it while roaming"},
+                "whether the user allows mobile data while roaming"},
             {"radio.roaming", "data_roaming_status", C::truth(&D::roaming, "ROAMING", "HOME"),
-                "whether it runs over a network of others"},
+                "whether mobile data is roaming"},
         });
     return fields;
 }
@@ -72,17 +72,17 @@ const Fields<DataProfiles::Profile> &dataProfileFields()
 {
     using P = DataProfiles::Profile;
     using C = Columns<P>;
-    static const ValueType connection{
-        ValueType::Word, {}, {QStringLiteral("disconnected"), QStringLiteral("connecting"), QStringLiteral("connected")}};
+    static const ValueType connection{ValueType::Word, {},
+        {QStringLiteral("disconnected"), QStringLiteral("connecting"), QStringLiteral("connected")}};
     static const Fields<P> fields(Status,
         {
-            {"enabled", "enabled", C::truth(&P::enabled), "whether the profile of this name is enabled"},
-            {"always-on", "always_on", C::truth(&P::alwaysOn), "whether it is connected without being asked"},
+            {"enabled", "enabled", C::truth(&P::enabled), "whether the profile is enabled"},
+            {"always-on", "always_on", C::truth(&P::alwaysOn), "whether it connects without being asked"},
             {"access-controlled", "access_controlled", C::truth(&P::accessControlled),
-                "whether only certain applications may use it"},
+                "whether only permitted applications may use it"},
             {"apn", "apn", C::text(&P::accessPoint), "its access point"},
             {"interface", "net_if", C::text(interfaceOf), "the network interface of its connection"},
-            {"connection", "", C::custom(connection, {}, connectionWord), "its connection"},
+            {"connection", "", C::custom(connection, {}, connectionWord), "the state of its connection"},
             {"", "active", C::custom({}, isActive), ""},
             {"", "connected", C::custom({}, isConnected), ""},
         },
@@ -93,7 +93,7 @@ const Fields<DataProfiles::Profile> &dataProfileFields()
 std::vector<AskedRequest> dataProfileRequests()
 {
     return {profileRequest("connect", "to connect a profile"),
-        profileRequest("disconnect", "to give a connection up")};
+        profileRequest("disconnect", "to release a connection")};
 }
 
 QString dataProfileControl(const QString &name)

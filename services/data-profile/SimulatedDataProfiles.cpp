@@ -27,7 +27,7 @@ const Settings<SimulatedDataProfiles> &SimulatedDataProfiles::table()
     using C = SettingColumns<SimulatedDataProfiles>;
     static const Settings<SimulatedDataProfiles> table{
         {"connect-seconds", C::seconds(&SimulatedDataProfiles::m_connectTime, 0, 3'600), 1.5,
-            "from a request to the connection"},
+            "how long it takes to connect"},
     };
     return table;
 }
@@ -54,18 +54,19 @@ const Settings<SimulatedDataProfiles::Known> &SimulatedDataProfiles::profileTabl
             known.profile.controlMode = text.toString().toUInt(nullptr, 8);
         }};
     static const Settings<Known> table{
-        {"enabled", C::truth(of(&Profile::enabled)).alwaysKnown(), true, "",
+        {"enabled", C::truth(of(&Profile::enabled)).alwaysKnown(), true, "whether the profile is enabled",
             onOff("enabled", "enables the profile")},
         {"always-on", C::truth(of(&Profile::alwaysOn)).alwaysKnown(), false,
-            "connected without being asked, while there is mobile data"},
+            "whether it connects without being asked, while there is mobile data"},
         {"access-controlled", C::truth(of(&Profile::accessControlled)).alwaysKnown(), false,
-            "whether only certain applications may use it"},
+            "whether only permitted applications may use it"},
         {"permitted", C::truth(&K::permitted).by(&K::setPermitted), true,
-            "whether the applications here are among those that may use it",
-            onOff("permitted", "lets the applications here use it, where it is access-controlled")},
-        {"apn", C::text(of(&Profile::accessPoint)), {}, ""},
-        {"interface", C::text(of(&Profile::interface)), QString(), "the network interface of its connection"},
-        {"control-mode", controlMode, QStringLiteral("0666"), "the file mode of the object for requests"},
+            "whether the applications here are permitted",
+            onOff("permitted", "permits the applications here, where it is access-controlled")},
+        {"apn", C::text(of(&Profile::accessPoint)), {}, "its access point"},
+        {"interface", C::text(of(&Profile::interface)), QString(),
+            "the network interface of its connection; rmnet and its place in the file if left out"},
+        {"control-mode", controlMode, QStringLiteral("0666"), "the file mode of its object for requests"},
     };
     return table;
 }

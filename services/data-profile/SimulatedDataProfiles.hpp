@@ -26,6 +26,11 @@ public:
     [[nodiscard]] QStringList instances() const override;
     [[nodiscard]] QString instancesKey() const override { return QStringLiteral("profiles"); }
     [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
+    [[nodiscard]] static const Settings<SimulatedDataProfiles> &table();
+    [[nodiscard]] static InstanceSettings instanceSettings()
+    {
+        return {QStringLiteral("profiles"), profileTable().of(nullptr)};
+    }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;
@@ -43,7 +48,6 @@ private:
         void setPermitted(bool on);
     };
 
-    [[nodiscard]] static const Settings<SimulatedDataProfiles> &table();
     [[nodiscard]] static const Settings<Known> &profileTable();
 
     void readProfile(const QString &name, const JsonNode &node);

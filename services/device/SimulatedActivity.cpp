@@ -25,10 +25,10 @@ const Settings<SimulatedActivity> &SimulatedActivity::table()
     using C = SettingColumns<SimulatedActivity>;
     static const Settings<SimulatedActivity> table{
         {"idle-seconds", C::seconds(&A::m_idleTime, 0, 86'400), 300,
-            "from the last time that it became active until it is in standby by itself; 0: never", {},
+            "how long the phone stays active before it goes to standby by itself; 0 for ever", {},
             {.fixed = 0}},
         {"state", C::words(&A::m_isUsed, activityWords()).by(&A::setUsed), QStringLiteral("active"),
-            "active or standby",
+            "whether somebody uses the phone",
             eachWord({{"active", "somebody uses the phone"}, {"standby", "nobody uses the phone any more"}}),
             {"state"}},
     };

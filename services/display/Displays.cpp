@@ -38,17 +38,16 @@ const Fields<Display> &displayFields()
 {
     static const Fields<Display> fields(DisplayTree::PpsPath,
         {
-            {"name", "name", column(ValueType::Text), "what the display is called"},
+            {"name", "name", column(ValueType::Text), "its name"},
             {"kind", "type", column(displayKinds()), "whether it is built into the device"},
-            {"attached", "attached", column(ValueType::Truth),
-                "whether the display with this identifier can be seen"},
-            {"detachable", "detachable", column(ValueType::Truth), "whether it can be taken off"},
-            {"width", "width", column(ValueType::Number, "px"), "as it is built"},
-            {"height", "height", column(ValueType::Number, "px"), "as it is built"},
-            {"mm-width", "mm_width", column(ValueType::Number, "mm"), "its own width; 0: not known"},
-            {"mm-height", "mm_height", column(ValueType::Number, "mm"), "its own height; 0: not known"},
-            {"rotation", "rotation", column(ValueType::Number, "°"), "by which what it shows is turned"},
-            {"technology", "technology", column(displayTechnologies()), "what it is made of"},
+            {"attached", "attached", column(ValueType::Truth), "whether it is attached"},
+            {"detachable", "detachable", column(ValueType::Truth), "whether it can be detached"},
+            {"width", "width", column(ValueType::Number, "px"), "its native width"},
+            {"height", "height", column(ValueType::Number, "px"), "its native height"},
+            {"mm-width", "mm_width", column(ValueType::Number, "mm"), "its physical width; 0 for unknown"},
+            {"mm-height", "mm_height", column(ValueType::Number, "mm"), "its physical height; 0 for unknown"},
+            {"rotation", "rotation", column(ValueType::Number, "°"), "how far its picture is turned"},
+            {"technology", "technology", column(displayTechnologies()), "the kind of panel"},
         },
         0644, Fields<Display>::Each);
     return fields;

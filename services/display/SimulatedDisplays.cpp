@@ -81,21 +81,22 @@ const Settings<Display> &SimulatedDisplays::displayTable()
     };
     static const Settings<Display> table{
         {"name", C::text(&Display::name).by(setName).kept(), QString(),
-            R"(one that contains "miracast" is taken for wireless)"},
+            "its name, wireless if it contains miracast; display- and its identifier if left out"},
         {"kind", C::words(&Display::kind, displayKinds()).kept(), QStringLiteral("external"),
-            "internal or external"},
-        {"attached", C::truth(&Display::attached).kept(), true, ""},
-        {"detachable", C::truth(&Display::detachable).kept(), true, ""},
-        {"width", width(1, MaxPixels, "px", &Display::size).kept(), 1280,
-            "pixels, in the display's native orientation"},
-        {"height", height(1, MaxPixels, "px", &Display::size).kept(), 720, ""},
+            "whether it is built into the device"},
+        {"attached", C::truth(&Display::attached).kept(), true, "whether it is attached"},
+        {"detachable", C::truth(&Display::detachable).kept(), true,
+            "whether it can be detached; false for an internal one if left out"},
+        {"width", width(1, MaxPixels, "px", &Display::size).kept(), 1280, "its native width"},
+        {"height", height(1, MaxPixels, "px", &Display::size).kept(), 720, "its native height"},
         {"mm-width", width(0, MaxMillimetres, "mm", &Display::physicalSize).kept(), 0,
-            "millimetres; 0: not known"},
-        {"mm-height", height(0, MaxMillimetres, "mm", &Display::physicalSize).kept(), 0, ""},
+            "its physical width; 0 for unknown"},
+        {"mm-height", height(0, MaxMillimetres, "mm", &Display::physicalSize).kept(), 0,
+            "its physical height; 0 for unknown"},
         {"rotation", C::number(&Display::rotation, 0, 270, "°").by(setRotation).kept(), 0,
-            "0, 90, 180 or 270 degrees"},
+            "how far its picture is turned, a multiple of 90"},
         {"technology", C::words(&Display::technology, displayTechnologies()).kept(),
-            QStringLiteral("unknown"), "unknown, crt, lcd, plasma, led or oled"},
+            QStringLiteral("unknown"), "the kind of panel"},
     };
     return table;
 }

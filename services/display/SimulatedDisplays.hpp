@@ -11,6 +11,10 @@ class SimulatedDisplays final : public DisplaySource, public SimulatedPart
 public:
     SimulatedDisplays(const JsonNode &section, SimulatedParts &phone);
 
+    [[nodiscard]] static InstanceSettings instanceSettings()
+    {
+        return {QStringLiteral("displays"), displayTable().of(nullptr)};
+    }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] QVariantMap saved() override;
     void restore(const QVariantMap &saved) override;

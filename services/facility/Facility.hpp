@@ -120,6 +120,8 @@ struct Facility
     std::vector<AskedRequest> requests;
     /*! The settings of its part of the simulated phone, bound to no part. */
     std::vector<Setting> settings;
+    /*! What each instance of that part can be told; without a key where the part has none. */
+    InstanceSettings instances;
     /*! Its part of the simulated phone. */
     std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedParts &phone)> part;
 
@@ -192,6 +194,8 @@ template <typename SourceType, typename PartType>
         facility.fields.insert(facility.fields.end(), table->fields().begin(), table->fields().end());
     if constexpr (requires { PartType::table(); })
         facility.settings = PartType::table().of(nullptr);
+    if constexpr (requires { PartType::instanceSettings(); })
+        facility.instances = PartType::instanceSettings();
     facility.part = [](const JsonNode &section, SimulatedParts &phone) -> std::shared_ptr<SimulatedPart> {
         return std::make_shared<PartType>(section, phone);
     };

@@ -26,21 +26,30 @@ const Settings<SimulatedHardware> &SimulatedHardware::table()
     };
     static const auto text = [](std::optional<QString> H::*member) { return C::text(of(member)); };
     static const Settings<SimulatedHardware> table{
-        {"pin", text(&H::pin).asPrivate(), QStringLiteral("2A000001"), "the identifiers of this one phone"},
-        {"serial-number", text(&H::serialNumber).asPrivate(), QStringLiteral("000100020003"), ""},
-        {"imei", text(&H::imei).asPrivate(), QStringLiteral("004999010640000"), ""},
-        {"meid", text(&H::meid).asPrivate(), QStringLiteral("A0000000000001"), ""},
+        {"pin", text(&H::pin).asPrivate(), QStringLiteral("2A000001"), "the identifier of this device"},
+        {"serial-number", text(&H::serialNumber).asPrivate(), QStringLiteral("000100020003"),
+            "its serial number"},
+        {"imei", text(&H::imei).asPrivate(), QStringLiteral("004999010640000"),
+            "its identity in GSM, UMTS and LTE networks"},
+        {"meid", text(&H::meid).asPrivate(), QStringLiteral("A0000000000001"),
+            "its identity in CDMA networks"},
         {"hardware-id", text(&H::hardwareId), QStringLiteral("KSL100-1"),
-            "KSL100-1 to KSL100-4 have a trackpad and keys for phone, back and menu", {}, {"hardware-id"}},
-        {"device-name", text(&H::deviceName), QStringLiteral("Simulated phone"), "what the user calls it",
-            told("name", "TEXT", "gives the device a name"), {.value = seenName, .mask = "phone"}},
-        {"model-name", text(&H::modelName), QStringLiteral("Kestrel"), "", {}, {"model"}},
-        {"model-number", text(&H::modelNumber), QStringLiteral("KSL100"), "", {}, {"model-number"}},
-        {"keyboard", text(&H::keyboard), QStringLiteral("qwerty"), "none where there is no keyboard of keys",
-            {}, {"keyboard"}},
-        {"hdmi", C::words(of(&H::hdmi), hdmiWords()), QStringLiteral("micro"), "none or micro", {}, {"hdmi"}},
+            "the identifier of the hardware model; KSL100-1 to KSL100-4 have a trackpad and keys for phone, "
+            "back and menu",
+            {}, {"hardware-id"}},
+        {"device-name", text(&H::deviceName), QStringLiteral("Simulated phone"),
+            "the name that the user gave it", told("name", "TEXT", "gives the device a name"),
+            {.value = seenName, .mask = "phone"}},
+        {"model-name", text(&H::modelName), QStringLiteral("Kestrel"), "the name of the model", {},
+            {"model"}},
+        {"model-number", text(&H::modelNumber), QStringLiteral("KSL100"), "the number of the model", {},
+            {"model-number"}},
+        {"keyboard", text(&H::keyboard), QStringLiteral("qwerty"), "the kind of keyboard; none for none", {},
+            {"keyboard"}},
+        {"hdmi", C::words(of(&H::hdmi), hdmiWords()), QStringLiteral("micro"), "the kind of HDMI connector",
+            {}, {"hdmi"}},
         {"miracast", C::truth(&SimulatedHardware::m_hasMiracast), true,
-            "whether it can show its screen on wireless displays"},
+            "whether it supports wireless displays"},
     };
     return table;
 }

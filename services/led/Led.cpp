@@ -45,13 +45,14 @@ const WordList<Elements> &ledColors()
 const Fields<LedState> &ledFields()
 {
     using C = Columns<LedState>;
-    static const ValueType lit{ValueType::Word, {}, QStringList{QStringLiteral("dark")} + wordsIn(ledColors())};
+    static const ValueType lit{
+        ValueType::Word, {}, QStringList{QStringLiteral("dark")} + wordsIn(ledColors())};
     static const Fields<LedState> fields(QStringLiteral("/pps/services/led/status"),
         {
             {"", "red", element(&Elements::red), ""},
             {"", "green", element(&Elements::green), ""},
             {"", "blue", element(&Elements::blue), ""},
-            {"lit", "", C::custom(lit, {}, litColor), "what it shows now"},
+            {"lit", "", C::custom(lit, {}, litColor), "the colour that it shows; dark for none"},
         });
     return fields;
 }
@@ -60,10 +61,11 @@ std::vector<AskedRequest> ledRequests()
 {
     const ValueType color{ValueType::Word, {}, wordsIn(ledColors())};
     return {
-        AskedRequest::named("flash", LedControl, "requestLED", "to flash; count -1: until cancelled",
+        AskedRequest::named("flash", LedControl, "requestLED",
+            "to flash; a count of -1 lasts until cancelled",
             {{QStringLiteral("color"), color},
                 {QStringLiteral("count"), {ValueType::Number}, QStringLiteral("blinkCount")}}),
-        AskedRequest::named("cancel", LedControl, "cancelLED", "to end a request"),
+        AskedRequest::named("cancel", LedControl, "cancelLED", "to cancel a request"),
     };
 }
 

@@ -68,12 +68,13 @@ const Fields<LedActivity> &ledActivityFields()
         {
             {"active", "requests", C::custom({ValueType::Truth}, requestsOf, isActive),
                 "whether a request is under way"},
-            {"color", "requests", ofNewest(color, "color"), "of the newest request under way"},
-            {"shown", "requests", ofNewest(number, "shown"), "the flashes of it so far"},
-            {"flashes", "flashes", C::number(&LedActivity::flashes), "all flashes since the service started"},
+            {"color", "requests", ofNewest(color, "color"), "the colour of the newest request under way"},
+            {"shown", "requests", ofNewest(number, "shown"), "how many of its flashes were shown"},
+            {"flashes", "flashes", C::number(&LedActivity::flashes),
+                "how many flashes were shown since the service started"},
             {"", "last", C::custom({}, lastOf), ""},
-            {"last-color", "last/color", readAs(color), "of the request that ended last"},
-            {"last-shown", "last/shown", readAs(number), "how many flashes it had"},
+            {"last-color", "last/color", readAs(color), "the colour of the request that ended last"},
+            {"last-shown", "last/shown", readAs(number), "how many flashes it showed"},
             {"last-end", "last/end", C::custom(end, {}, endWord), "how it ended"},
         },
         0640);

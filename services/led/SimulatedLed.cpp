@@ -6,12 +6,15 @@ const Settings<SimulatedLed> &SimulatedLed::table()
 {
     using C = SettingColumns<SimulatedLed>;
     static const auto of = [](auto member) {
-        return [member](auto &part) -> auto & { return part.m_state.*member; };
+        return [member](auto &part) -> auto &
+        {
+            return part.m_state.*member;
+        };
     };
     static const Settings<SimulatedLed> table{
-        {"on-seconds", C::seconds(of(&LedState::flashTime), 0.001, 60), 0.25, "how long a flash is"},
+        {"on-seconds", C::seconds(of(&LedState::flashTime), 0.001, 60), 0.25, "how long a flash lasts"},
         {"off-seconds", C::seconds(of(&LedState::darkTime), 0.001, 60), 0.25,
-            "how long it is off between two"},
+            "how long the LED is dark between two flashes"},
     };
     return table;
 }

@@ -34,9 +34,9 @@ const Settings<SimulatedMiracast> &SimulatedMiracast::table()
     using M = SimulatedMiracast;
     using C = SettingColumns<SimulatedMiracast>;
     static const Settings<SimulatedMiracast> table{
-        {"scan-seconds", C::seconds(&M::m_scanTime, 0, 3'600), 3, "0 to 3600"},
+        {"scan-seconds", C::seconds(&M::m_scanTime, 0, 3'600), 3, "how long a scan takes"},
         {"connect-seconds", C::seconds(&M::m_connectTime, 0, 3'600), 2,
-            "from a request to the session, or to its failure"},
+            "how long it takes to connect, or to fail"},
     };
     return table;
 }
@@ -53,15 +53,17 @@ const Settings<SimulatedMiracast::Known> &SimulatedMiracast::sinkTable()
         };
     };
     static const Settings<Known> table{
-        {"name", C::text(of(&MiracastState::Sink::name)), QString(), "any text"},
-        {"address", C::hardwareAddress(of(&MiracastState::Sink::address)), QString(), ""},
+        {"name", C::text(of(&MiracastState::Sink::name)), QString(),
+            "the name that it shows; its key in the file if left out"},
+        {"address", C::hardwareAddress(of(&MiracastState::Sink::address)), QString(),
+            "its hardware address; made of its place in the file if left out"},
         {"type", C::text(of(&MiracastState::Sink::type)), QStringLiteral("7-0050F204-1"),
-            "of Wi-Fi Protected Setup: category, organisation and sub-category"},
-        {"in-range", C::truth(&K::inRange).kept(), true, ""},
-        {"accepts", C::truth(&K::accepts), true, "false: refuses every connection"},
-        {"pin", C::textOrNone(&K::pin).asPrivate(), {}, "which it wants; null or none: it wants no PIN"},
-        {"width", C::number(&K::width, 1, mostPixels, "px"), 1280, "pixels of a session"},
-        {"height", C::number(&K::height, 1, mostPixels, "px"), 720, ""},
+            "its type in Wi-Fi Protected Setup: category, organisation and sub-category"},
+        {"in-range", C::truth(&K::inRange).kept(), true, "whether it is in range"},
+        {"accepts", C::truth(&K::accepts), true, "whether it accepts connections"},
+        {"pin", C::textOrNone(&K::pin).asPrivate(), {}, "the PIN that it wants, if any"},
+        {"width", C::number(&K::width, 1, mostPixels, "px"), 1280, "the width of a session's picture"},
+        {"height", C::number(&K::height, 1, mostPixels, "px"), 720, "the height of a session's picture"},
     };
     return table;
 }

@@ -18,6 +18,10 @@ public:
     SimulatedMiracast(const JsonNode &section, SimulatedParts &phone);
 
     [[nodiscard]] static const Settings<SimulatedMiracast> &table();
+    [[nodiscard]] static InstanceSettings instanceSettings()
+    {
+        return {QStringLiteral("sinks"), sinkTable().of(nullptr)};
+    }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
     [[nodiscard]] QVariantMap saved() override;

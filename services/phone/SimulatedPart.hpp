@@ -15,6 +15,13 @@
 
 namespace oz::services {
 
+/*! What each instance of a part can be told, under \a key of the part's section of the phone's file. */
+struct InstanceSettings
+{
+    QString key;
+    std::vector<Setting> settings;
+};
+
 /*!
  * One part of the simulated phone, which feeds a facility. What it can be told is a table of settings; its
  * verbs, its section of the phone's file and what is saved of it follow from that.

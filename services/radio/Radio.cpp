@@ -43,11 +43,11 @@ const Fields<Radio> &radioFields()
     };
     static const Fields<Radio> fields(QStringLiteral("/pps/services/cellular/radioctrl/status_public"),
         {
-            {"power", "power_status", C::truth(&R::poweredOn, "ON", "OFF"), "whether it is on"},
+            {"power", "power_status", C::truth(&R::poweredOn, "ON", "OFF"), "whether the radio is on"},
             {"technologies", "network_technology", C::list(&R::networks, technologyWords()),
-                "of the networks that serve: gsm, umts, cdma_1x, evdo, lte"},
+                "the technologies of the serving networks"},
             {"hardware", "provider_capability/tech", C::list(&R::technologies, technologyWords()),
-                "the technologies that the radio has"},
+                "the technologies that the hardware supports"},
             {"", "provider_capability/services", C::custom({}, services), ""},
             {"", "provider_capability", C::constant(QVariantMap()), ""},
             {"", "band_capability/cdma",

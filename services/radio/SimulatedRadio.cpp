@@ -32,16 +32,20 @@ const Settings<SimulatedRadio> &SimulatedRadio::table()
     using C = SettingColumns<SimulatedRadio>;
     const QStringList technologies = wordsIn(technologyWords());
     static const Settings<SimulatedRadio> table{
-        {"power", C::truth(&R::m_poweredOn), true, "", onOff("power", "switches the radio"), {"power"}},
-        {"technologies", C::list(&R::m_technologies, technologies), technologies, "of the hardware", {},
-            {"hardware"}},
-        {"enabled-technologies", C::list(&R::m_enabled, technologies), technologies, "by the user, of those",
+        {"power", C::truth(&R::m_poweredOn), true, "whether the radio is on",
+            onOff("power", "switches the radio"), {"power"}},
+        {"technologies", C::list(&R::m_technologies, technologies), technologies,
+            "the technologies that the hardware supports", {}, {"hardware"}},
+        {"enabled-technologies", C::list(&R::m_enabled, technologies), technologies,
+            "the technologies that the user allows, of those of the hardware",
             told("enable", "TECHNOLOGY,...", "lets networks of these technologies serve, and no others"),
             {.value = seenEnabled}},
-        {"services", C::list(&R::m_services, serviceWords()), serviceWords(), "of the hardware"},
-        {"data", C::truth(&R::m_data), true, "whether the user has switched mobile data on",
+        {"services", C::list(&R::m_services, serviceWords()), serviceWords(),
+            "the services that the hardware supports"},
+        {"data", C::truth(&R::m_data), true, "whether the user has switched on mobile data",
             onOff("data", "switches mobile data"), {"data"}},
-        {"data-roaming", C::truth(&R::m_dataRoaming), false, "whether the user allows it while roaming",
+        {"data-roaming", C::truth(&R::m_dataRoaming), false,
+            "whether the user allows mobile data while roaming",
             onOff("data-roaming", "allows mobile data while roaming"), {"data-roaming"}},
     };
     return table;

@@ -8,7 +8,7 @@ const Fields<SdCard> &sdCardFields()
     static const Fields<SdCard> fields(QStringLiteral("/pps/system/filesystem/removable/sdcard"),
         {
             {"mounted", "mounted", C::truth(&SdCard::mounted), "whether a card is mounted"},
-            {"busy", "busy", C::truth(&SdCard::busy), "whether it is read or written"},
+            {"busy", "busy", C::truth(&SdCard::busy), "whether the card is being read or written"},
         });
     return fields;
 }

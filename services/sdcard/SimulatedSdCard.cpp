@@ -10,7 +10,7 @@ const Settings<SimulatedSdCard> &SimulatedSdCard::table()
         {"mounted", C::truth(&S::m_mounted).by(&S::setMounted), true, "whether a card is mounted",
             either("mount", "inserts a card", "unmount", "takes the card out, busy or not"), {"mounted"}},
         {"busy", C::truth(&S::m_busy).by(&S::setBusy), false,
-            "whether it is being read or written; only a mounted card can be",
+            "whether the card is being read or written; only a mounted one can be",
             either("busy", "begins to read or write the card", "idle", "ends reading and writing"), {"busy"}},
     };
     return table;

@@ -22,10 +22,10 @@ const Fields<SimCard> &simCardFields()
     static const Fields<SimCard> fields(QStringLiteral("/pps/services/cellular/uicc/card0/status_private"),
         {
             {"state", "uicc_state/state", C::words(&S::state, simCardStates()),
-                "the SIM card; pin: it waits for it"},
+                "the state of the card; pin while it waits for its PIN"},
             {"iccid", "iccid", C::text(&S::serialNumber).asPrivate(), "the card's serial number"},
-            {"mcc", "hplmn/mcc", C::text(&S::countryCode), "the mobile country code of its home network"},
-            {"mnc", "hplmn/mnc", C::text(&S::networkCode), "the mobile network code of its home network"},
+            {"mcc", "hplmn/mcc", C::text(&S::countryCode), "the country code of its home network"},
+            {"mnc", "hplmn/mnc", C::text(&S::networkCode), "the network code of its home network"},
         },
         0640);
     return fields;
@@ -36,7 +36,8 @@ const Fields<SimCard> &subscriberFields()
     using C = Columns<SimCard>;
     static const Fields<SimCard> fields(QStringLiteral("/pps/services/cellular/uicc/card0/status_restricted"),
         {
-            {"imsi", "imsi", C::text(&SimCard::subscriberIdentifier).asPrivate(), "who the subscriber is"},
+            {"imsi", "imsi", C::text(&SimCard::subscriberIdentifier).asPrivate(),
+                "the subscriber's identity"},
         },
         0640);
     return fields;

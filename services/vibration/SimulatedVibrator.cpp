@@ -6,8 +6,8 @@ const Settings<SimulatedVibrator> &SimulatedVibrator::table()
 {
     using C = SettingColumns<SimulatedVibrator>;
     static const Settings<SimulatedVibrator> table{
-        {"present", C::truth(&SimulatedVibrator::m_present), true, "whether there is one",
-            onOff("present", "takes the motor out, or puts it in")},
+        {"present", C::truth(&SimulatedVibrator::m_present), true, "whether there is a motor",
+            onOff("present", "puts the motor in, or takes it out")},
     };
     return table;
 }

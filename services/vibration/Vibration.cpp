@@ -43,19 +43,21 @@ const Fields<VibrationActivity> &vibrationActivityFields()
     using C = Columns<VibrationActivity>;
     static const auto isRunning = [](const VibrationActivity &activity) { return activity.run.has_value(); };
     static const ValueType number{ValueType::Number};
-    static const ValueType end{ValueType::Word, {},
-        {QStringLiteral("done"), QStringLiteral("stopped"), QStringLiteral("replaced")}};
+    static const ValueType end{
+        ValueType::Word, {}, {QStringLiteral("done"), QStringLiteral("stopped"), QStringLiteral("replaced")}};
     static const Fields<VibrationActivity> fields(QStringLiteral("/pps/services/vibration/activity"),
         {
             {"running", "running", C::truth(isRunning), "whether the motor runs"},
             {"", "run", runOf(&VibrationActivity::run), ""},
-            {"intensity", "run/intensity", C::custom(number, {}), "while it runs"},
-            {"runs", "runs", C::number(&VibrationActivity::runs), "since the service started"},
+            {"intensity", "run/intensity", C::custom(number, {}),
+                "the intensity of the present run, up to 100"},
+            {"runs", "runs", C::number(&VibrationActivity::runs),
+                "how many runs there were since the service started"},
             {"", "last", runOf(&VibrationActivity::last), ""},
             {"last-duration", "last/duration", C::custom({ValueType::Number, QStringLiteral("ms")}, {}),
-                "of the run before: the time that was asked for"},
+                "how long the last run was asked to take"},
             {"last-ran", "last/ran", C::custom({ValueType::Number, QStringLiteral("ms")}, {}),
-                "the time that it ran"},
+                "how long it took"},
             {"last-intensity", "last/intensity", C::custom(number, {}), "its intensity, up to 100"},
             {"last-end", "last/end", C::custom(end, {}), "how it ended"},
         });
@@ -64,7 +66,8 @@ const Fields<VibrationActivity> &vibrationActivityFields()
 
 std::vector<AskedRequest> vibrationRequests()
 {
-    return {vibratorRequest("run", true, "to vibrate: milliseconds, and 1 to 100"),
+    return {
+        vibratorRequest("run", true, "to vibrate, for a duration in ms and at an intensity from 1 to 100"),
         vibratorRequest("stop", false, "to stop")};
 }
 

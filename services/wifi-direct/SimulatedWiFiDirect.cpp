@@ -55,20 +55,21 @@ const Settings<SimulatedWiFiDirect> &SimulatedWiFiDirect::table()
         };
     };
     static const Settings<SimulatedWiFiDirect> table{
-        {"enabled", C::truth(&W::m_enabled), true, "", onOff("enabled", "switches Wi-Fi Direct")},
-        {"supported", C::truth(&W::m_supported), true, "whether the phone has it",
+        {"enabled", C::truth(&W::m_enabled), true, "whether Wi-Fi Direct is on",
+            onOff("enabled", "switches Wi-Fi Direct on or off")},
+        {"supported", C::truth(&W::m_supported), true, "whether the phone has Wi-Fi Direct",
             onOff("supported", "gives the phone Wi-Fi Direct, or takes it away")},
         {"address", C::hardwareAddress(own(&Group::ownerAddress)), QStringLiteral("02:00:00:00:00:01"),
-            "of the phone's own hardware"},
+            "the phone's hardware address"},
         {"interface", C::text(own(&Group::interface)), QStringLiteral("p2p0"),
             "the network interface of a group"},
         {"ssid", C::text(own(&Group::ssid)), QStringLiteral("DIRECT-oz-Kestrel"),
-            "of groups that the phone owns"},
+            "the name of groups that the phone owns"},
         {"password", C::text(own(&Group::password), Password, PasswordText).asPrivate(),
-            QStringLiteral("kestrel-direct"), PasswordText},
-        {"scan-seconds", C::seconds(&W::m_scanTime, 0, 3'600), 3, "0 to 3600"},
+            QStringLiteral("kestrel-direct"), "the password of groups that the phone owns"},
+        {"scan-seconds", C::seconds(&W::m_scanTime, 0, 3'600), 3, "how long a scan takes"},
         {"connect-seconds", C::seconds(&W::m_connectTime, 0, 3'600), 2,
-            "from a request to the connection, or to its failure"},
+            "how long it takes to connect, or to fail"},
     };
     return table;
 }
@@ -88,22 +89,27 @@ const Settings<SimulatedWiFiDirect::Known> &SimulatedWiFiDirect::peerTable()
     static const WordList<Elsewhere> groups{
         {Elsewhere::None, "", "none"}, {Elsewhere::Owner, "", "owner"}, {Elsewhere::Client, "", "client"}};
     static const Settings<Known> table{
-        {"name", C::text(of(&Peer::name)), QString(), "any text"},
-        {"address", C::hardwareAddress(of(&Peer::address)), QString(), ""},
+        {"name", C::text(of(&Peer::name)), QString(),
+            "the name that it shows; its key in the file if left out"},
+        {"address", C::hardwareAddress(of(&Peer::address)), QString(),
+            "its hardware address; made of its place in the file if left out"},
         {"type", C::text(of(&Peer::type)), QStringLiteral("10-0050F204-5"),
-            "of Wi-Fi Protected Setup: category, organisation and sub-category"},
-        {"display-info", C::text(of(&Peer::displayInfo)), {}, "of one that supports wireless display"},
-        {"in-range", C::truth(&K::inRange).kept(), true, ""},
-        {"wps", C::list(&K::methods, methodWords()), methodWords(), "how a connection to it can be secured"},
+            "its type in Wi-Fi Protected Setup: category, organisation and sub-category"},
+        {"display-info", C::text(of(&Peer::displayInfo)), {},
+            "its wireless display information, if it has any"},
+        {"in-range", C::truth(&K::inRange).kept(), true, "whether it is in range"},
+        {"wps", C::list(&K::methods, methodWords()), methodWords(),
+            "the ways to secure a connection with it"},
         {"pin", C::textOrNone(&K::pin).asPrivate(), QStringLiteral("12345670"),
-            "which the methods with a PIN want"},
+            "the PIN that the ways with a PIN want"},
         {"intent", C::words(&K::intent, intents), QStringLiteral("any"),
-            "what it will be in a group: owner, client or any; the phone is client where it may"},
+            "the role that it takes in a group; with any, the phone is client if it may be"},
         {"group", C::words(&K::elsewhere, groups), QStringLiteral("none"),
-            "what it is in a group of others: none, owner or client, with whom none connects"},
-        {"ssid", C::text(&K::ssid), QString(), "of a group that it owns"},
+            "its role in a group of others; nobody connects with a client"},
+        {"ssid", C::text(&K::ssid), QString(),
+            "the name of a group that it owns; DIRECT- and its key if left out"},
         {"password", C::text(&K::password, Password, PasswordText).asPrivate(),
-            QStringLiteral("direct-password"), ""},
+            QStringLiteral("direct-password"), "the password of a group that it owns"},
     };
     return table;
 }

@@ -28,6 +28,10 @@ public:
     void ipAddress(const QString &address, const Done &done) override;
 
     [[nodiscard]] static const Settings<SimulatedWiFiDirect> &table();
+    [[nodiscard]] static InstanceSettings instanceSettings()
+    {
+        return {QStringLiteral("peers"), peerTable().of(nullptr)};
+    }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
     [[nodiscard]] QVariantMap saved() override;

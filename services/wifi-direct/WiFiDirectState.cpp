@@ -100,11 +100,11 @@ const Fields<WiFiDirectState> &wifiDirectFields()
     static const Fields<WiFiDirectState> fields(QStringLiteral("/pps/services/wifi_p2p/manager/status"),
         {
             {"", "p2p_mgr_enabled", C::custom({}, availabilityOf), ""},
-            {"scanning", "scanning", C::truth(&W::scanning), "whether it looks for peers"},
+            {"scanning", "scanning", C::truth(&W::scanning), "whether it is looking for peers"},
             {"", "last_discover_update", C::number(&W::lastDiscovery), ""},
             {"connection", "connection/status", C::words(connectionOf, connections()),
-                "the connection with a group"},
-            {"role", "connection/role", C::words(roleOf, roles()), "what the phone is in the group"},
+                "the state of the connection with a group"},
+            {"role", "connection/role", C::words(roleOf, roles()), "the phone's role in the group"},
             {"", "connection/network_if", ofGroup(&W::Group::interface), ""},
             {"", "connection/ssid", ofGroup(&W::Group::ssid), ""},
             {"", "connection/go_mac_addr", ofGroup(&W::Group::ownerAddress), ""},
@@ -127,9 +127,9 @@ std::vector<AskedRequest> wifiDirectRequests()
         named("scan", "wifi_p2p_scan_and_listen", "to look for peers"),
         named("connect", "wifi_p2p_connect", "to connect with a peer",
             {{QStringLiteral("address"), {ValueType::Text}, QStringLiteral("addr")}}),
-        named("cancel-connect", "wifi_p2p_cancel_connect", "to leave that"),
+        named("cancel-connect", "wifi_p2p_cancel_connect", "to stop connecting"),
         named("start-session", "wifi_p2p_start_session", "to begin a session"),
-        named("stop-session", "wifi_p2p_stop_session", "to end it"),
+        named("stop-session", "wifi_p2p_stop_session", "to end a session"),
     };
 }
 
