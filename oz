@@ -21,6 +21,8 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENT...]
   lint      checks formatting, public headers, their documentation, QML, and all sources with clang-tidy; --changed
             [BASE] looks with clang-tidy at what has changed since BASE alone, --fix formats
   pictures  takes the pictures in docs/ anew: of the control panel, and of the console
+  pages     writes the parts of docs/ and of the simulated phone's file that come from the facilities' tables; --check
+            writes nothing, and fails if something is stale
   docs      builds the public headers' documentation in build/docs; what has none is an error
   abi       compares the installed libraries' binary interface with that of a commit (by default the last tag, or the
             commit that this work began from)
@@ -95,6 +97,11 @@ case $verb in
         mkdir -p build/fuzz/found
         exec build/fuzz/bin/pps_text_fuzz build/fuzz/found fuzz/corpus/pps_text \
             -max_total_time="$seconds" -max_len=8192 -print_final_stats=1 -artifact_prefix=build/fuzz/ "$@" ;;
+    pages)
+        need "${build_packages[@]}"
+        configure_command "$preset"
+        build "$preset" ozpages
+        exec "build/$preset/bin/ozpages" "$@" . ;;
     pictures)
         need "${product_packages[@]}" "${test_packages[@]}" "${picture_packages[@]}"
         configure dev

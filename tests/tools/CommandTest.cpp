@@ -751,13 +751,6 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
         EXPECT_EQ(run({"play", "--stop"}), (Result{0, "", ""})) << "an installed one, by its name";
     }
     qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
-
-    // The page lists them all.
-    QFile page(OZ_DOCS "/scenarios.md");
-    ASSERT_TRUE(page.open(QIODevice::ReadOnly));
-    const QString text = page.readAll();
-    for (const QString &line : values.split('\n').filter(QRegularExpression("^  [a-z]")))
-        EXPECT_TRUE(text.contains("| `" + line.trimmed().section(' ', 0, 0) + "` |")) << line.toStdString();
 }
 
 // Text of strangers is in names of files, in objects, in the phone's file and in scenarios, and on the

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "facility/Facility.hpp"
+
+#include <QString>
+#include <QStringList>
+
+namespace oz::pages {
+
+/*! What a value of \a type can be where that is not any text: "0 to 100 %", "ok, bad, unknown", "text or
+ * null". */
+[[nodiscard]] QString accepted(const services::ValueType &type);
+
+/*! \a value as JSON has it. */
+[[nodiscard]] QString jsonText(const QVariant &value);
+
+/*!
+ * The lines of the region called \a name: "values" and "requests" are all that scenarios know; "fields
+ * FACILITY" is what a facility publishes, and "settings FACILITY" what its part of the simulated phone can be
+ * told. Throws Error where there is no such region.
+ */
+[[nodiscard]] QStringList tablesFor(const QString &name);
+
+/*! The regions that the pages have to show. */
+[[nodiscard]] QStringList regionNames();
+
+/*! The rows of the tables that have no help: "battery: the setting level". */
+[[nodiscard]] QStringList rowsWithoutHelp();
+
+} // namespace oz::pages
