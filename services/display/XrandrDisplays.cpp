@@ -3,6 +3,7 @@
 #include "display/PanelNames.hpp"
 #include "linux/Worker.hpp"
 
+#include <oz/GrowingPause.hpp>
 #include <oz/Limits.hpp>
 
 #include <QMap>
@@ -20,6 +21,8 @@
 namespace oz::services {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 template <typename Reply>
 struct FreeReply
@@ -93,23 +96,19 @@ public:
 
     void run()
     {
-        // Between attempts to connect, growing.
-        constexpr std::chrono::milliseconds FirstPause(100);
-        constexpr std::chrono::milliseconds LongestPause(2000);
-        std::chrono::milliseconds pause = FirstPause;
+        GrowingPause<> pause(200ms, 2s); // between attempts to connect
         do {
-            pause = std::min(pause * 2, LongestPause);
             wait(true);
             const QString problem = connectToServer();
             wait(false);
             if (problem.isEmpty()) {
-                pause = FirstPause;
+                pause.reset();
                 follow();
             }
             const QString reason = problem.isEmpty() ? lost() : problem;
             m_connection.reset();
             m_shared->tell([reason](XrandrDisplays &source) { source.setAbsent(reason); });
-        } while (!isStopped(pause));
+        } while (!isStopped(pause.next()));
     }
 
 private:

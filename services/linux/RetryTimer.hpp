@@ -1,35 +1,27 @@
 #pragma once
 
-#include <QTimer>
+#include <oz/GrowingPause.hpp>
 
-#include <algorithm>
-#include <chrono>
+#include <QTimer>
 
 namespace oz::services {
 
-/*! The next of attempts that come with growing pauses: each is twice as long as the one before. */
+/*! Makes attempts with growing pauses. */
 class RetryTimer : public QTimer
 {
 public:
-    RetryTimer(std::chrono::milliseconds first, std::chrono::milliseconds longest)
-        : m_first(first), m_longest(longest), m_pause(first)
+    RetryTimer(std::chrono::milliseconds first, std::chrono::milliseconds longest) : m_pause(first, longest)
     {
         setSingleShot(true);
     }
 
     /*! Has the next attempt made, later than the last one. */
-    void startLater()
-    {
-        start(m_pause);
-        m_pause = std::min(m_pause * 2, m_longest);
-    }
+    void startLater() { start(m_pause.next()); }
     /*! An attempt has succeeded: the next pause is the first again. */
-    void reset() { m_pause = m_first; }
+    void reset() { m_pause.reset(); }
 
 private:
-    const std::chrono::milliseconds m_first;
-    const std::chrono::milliseconds m_longest;
-    std::chrono::milliseconds m_pause;
+    GrowingPause<> m_pause;
 };
 
 } // namespace oz::services

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "miracast/Miracast.hpp"
-#include "phone/SimulatedPart.hpp"
+#include "phone/Surroundings.hpp"
 
 namespace oz::services {
 
@@ -20,7 +20,7 @@ public:
     [[nodiscard]] static const Settings<SimulatedMiracast> &table();
     [[nodiscard]] static InstanceSettings instanceSettings()
     {
-        return {QStringLiteral("sinks"), sinkTable().of(nullptr)};
+        return {QStringLiteral("sinks"), Known::table().of(nullptr)};
     }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
@@ -45,6 +45,9 @@ private:
         int width = 0; // pixels
         int height = 0;
 
+        [[nodiscard]] static const Settings<Known> &table();
+        [[nodiscard]] const QString &name() const { return sink.name; }
+        [[nodiscard]] const QString &address() const { return sink.address; }
         [[nodiscard]] QSize size() const { return {width, height}; }
     };
     // The connection that is being made.
@@ -62,9 +65,6 @@ private:
         bool paused = false;
     };
 
-    [[nodiscard]] static const Settings<Known> &sinkTable();
-    void readSink(const QString &key, const JsonNode &node);
-    Known &sinkCalled(const QString &key);
     void see(const QStringList &keys);
     void enterSession(const QString &word, const QString &key);
     void beginSession(const QString &key);
@@ -83,8 +83,7 @@ private:
     bool m_supported = true;
     std::chrono::milliseconds m_scanTime{};
     std::chrono::milliseconds m_connectTime{};
-    QStringList m_keys; // of all sinks, in the order of the file
-    std::map<QString, Known> m_sinks; // by their keys
+    Surroundings<Known> m_sinks;
 
     MiracastState::Stop m_stop;
     int m_wiFiFailure = 0;

@@ -64,7 +64,6 @@ public:
     /*! Is called with each change of saved(). */
     void onSave(std::function<void()> save) { m_save = std::move(save); }
 
-protected:
     /*! Sets what \a section says, and the rest to its initial values; throws Error, naming file, line and
      * key, where it says something else than \a settings and the further \a keys. */
     static void read(
@@ -73,6 +72,8 @@ protected:
     [[nodiscard]] static QVariantMap savedOf(const std::vector<Setting> &settings);
     /*! Sets what is kept as it was \a saved; false where some of it makes no sense, and was passed over. */
     static bool restoreTo(const std::vector<Setting> &settings, const QVariantMap &saved);
+
+protected:
     /*! Works out what follows from what was set, and tells it. */
     virtual void update() { }
     /*! To be called where saved() may have changed, and before anybody hears of that. */

@@ -1,11 +1,9 @@
 #pragma once
 
-#include "phone/SimulatedPart.hpp"
+#include "phone/Surroundings.hpp"
 #include "wifi-direct/WiFiDirectState.hpp"
 
 #include <QSet>
-
-#include <map>
 
 namespace oz::services {
 
@@ -30,7 +28,7 @@ public:
     [[nodiscard]] static const Settings<SimulatedWiFiDirect> &table();
     [[nodiscard]] static InstanceSettings instanceSettings()
     {
-        return {QStringLiteral("peers"), peerTable().of(nullptr)};
+        return {QStringLiteral("peers"), Known::table().of(nullptr)};
     }
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &instance) override;
     [[nodiscard]] Neighbourhood neighbourhood() const override;
@@ -55,6 +53,10 @@ private:
         Intent intent = Intent::Any;
         Elsewhere elsewhere = Elsewhere::None;
         bool inRange = true;
+
+        [[nodiscard]] static const Settings<Known> &table();
+        [[nodiscard]] const QString &name() const { return peer.name; }
+        [[nodiscard]] const QString &address() const { return peer.address; }
     };
 
     struct Member
@@ -64,12 +66,9 @@ private:
         int host; // the last number of its IP address
     };
 
-    [[nodiscard]] static const Settings<Known> &peerTable();
-    void readPeer(const QString &key, const JsonNode &node);
     void update() override;
-    [[nodiscard]] Known &peerCalled(const QString &key);
-    /*! Those called so, of names with commas between them; throws for one that there is not. */
-    [[nodiscard]] QStringList peersCalled(const QString &words);
+    /*! In the order of WpsMethod. */
+    [[nodiscard]] static QStringList methodWords();
     void see(const QStringList &keys);
     void enterGroup(const QString &roleWord, const QStringList &keys);
     [[nodiscard]] QString visibleAt(const QString &address) const;
@@ -95,8 +94,7 @@ private:
     Group m_ownGroup; // as it is while the phone owns one
     std::chrono::milliseconds m_scanTime{};
     std::chrono::milliseconds m_connectTime{};
-    QStringList m_keys; // of the peers, in the order of the file
-    std::map<QString, Known> m_peers; // by their keys
+    Surroundings<Known> m_peers;
 
     std::optional<qint64> m_lastDiscovery;
     PhoneTimer m_scanning;
