@@ -17,6 +17,8 @@ const QString Requests = QStringLiteral("requests");
 const QString FieldsOf = QStringLiteral("fields ");
 const QString SettingsOf = QStringLiteral("settings ");
 
+constexpr int MostWords = 8; // of a list, that a table of what is published names
+
 QString code(const QString &text)
 {
     return u'`' + QString(text).replace(u'|', QLatin1String("\\|")) + u'`';
@@ -45,6 +47,8 @@ QString publishedType(const ValueType &type)
 {
     if (type.kind == ValueType::Word)
         return type.words.join(QLatin1String(", "));
+    if (type.kind == ValueType::List && !type.words.isEmpty() && type.words.size() <= MostWords)
+        return accepted(type);
     if (type.kind == ValueType::Number && !type.unit.isEmpty())
         return QLatin1String("a number in ") + type.unit;
     return type.text();
@@ -70,6 +74,23 @@ QStringList requestsTable()
     return table({QStringLiteral("request"), QStringLiteral("comes with"), QStringLiteral("meaning")}, rows);
 }
 
+// The same, with what stands in the tree where that is another text.
+QString publishedForms(const Field &field)
+{
+    const QStringList words = field.type.kind == ValueType::Truth
+        ? QStringList{QStringLiteral("true"), QStringLiteral("false")}
+        : field.type.words;
+    if (field.published.isEmpty() || field.published == words)
+        return publishedType(field.type);
+    QStringList forms;
+    for (qsizetype i = 0; i < field.published.size(); ++i) {
+        const QString word = words.value(i, QStringLiteral("unknown"));
+        forms.append(word == field.published[i] ? word : QString(word + u' ' + code(field.published[i])));
+    }
+    return (field.type.kind == ValueType::List ? QStringLiteral("a list of ") : QString())
+        + forms.join(QLatin1String(", "));
+}
+
 QStringList fieldsTables(const Facility &facility)
 {
     // By object, in their order.
@@ -83,10 +104,10 @@ QStringList fieldsTables(const Facility &facility)
         for (const Field &field : facility.fields) {
             if (field.path != path)
                 continue;
-            const QString type = publishedType(field.type);
-            rows.append(
-                {code(field.fullName(facility.name)), field.place.isEmpty() ? QString() : code(field.place),
-                    field.type.isPrivate ? QString(type + QLatin1String(", private")) : type, field.help});
+            const QString type = publishedForms(field);
+            const QString place = field.place.endsWith(u'/') ? field.place.chopped(1) : field.place;
+            rows.append({code(field.fullName(facility.name)), place.isEmpty() ? QString() : code(place),
+                field.type.isPrivate ? QString(type + QLatin1String(", private")) : type, field.help});
         }
         if (!lines.isEmpty())
             lines.append(QString());

@@ -35,10 +35,6 @@ const Settings<SimulatedBattery> &SimulatedBattery::table()
     using B = SimulatedBattery;
     using C = SettingColumns<SimulatedBattery>;
     static const Settings<SimulatedBattery> table{
-        {"present", C::truth(&B::m_present), true, "whether there is a battery",
-            either("insert", "puts the battery in", "remove", "takes the battery out"), {"present"}},
-        {"held", C::truth(&B::m_isHeld), false, "whether the charge stays as it is, whatever the chargers do",
-            onOff("hold", "keeps the charge as it is, or lets it move by itself"), {.fixed = true}},
         {"plugged", C::truth(&B::m_plugged), false, "whether a charger is connected by wire",
             either("plug", "connects a charger", "unplug", "disconnects the charger"),
             {.value = seenPlugged}},
@@ -50,6 +46,10 @@ const Settings<SimulatedBattery> &SimulatedBattery::table()
             told("level", "PERCENT", "sets the charge"), {"level"}},
         {"condition", C::words(&B::m_condition, batteryConditions(), "unknown"), QStringLiteral("ok"),
             "its condition", told("condition", "ok|bad|unknown", "sets the condition"), {"condition"}},
+        {"present", C::truth(&B::m_present), true, "whether there is a battery",
+            either("insert", "puts the battery in", "remove", "takes the battery out"), {"present"}},
+        {"held", C::truth(&B::m_isHeld), false, "whether the charge stays as it is, whatever the chargers do",
+            onOff("hold", "keeps the charge as it is, or lets it move by itself"), {.fixed = true}},
         {"full-charge-capacity", C::number(&B::m_fullChargeCapacity, 1, 1'000'000, "mAh"), 2'800,
             "the charge that it holds when full", {}, {"full-charge-capacity"}},
         {"cycle-count", C::number(&B::m_cycleCount, 0, 1'000'000), 112,

@@ -27,6 +27,9 @@ struct Field
     QString path; //!< of the object
     /*! The value of what stands at the place. */
     std::function<QVariant(const QVariant &published)> read;
+    /*! What stands there for each of its words, or for true and false, where that is a text; one more is for
+     * what is not known. */
+    QStringList published = {};
 
     /*! Its name with that of the facility which it is about, where \a facility says it. */
     [[nodiscard]] QString fullName(const QString &facility) const;
@@ -42,6 +45,7 @@ struct Column
     /*! Gives the published value; nothing is published where it is invalid. */
     std::function<QVariant(const Record &record)> write;
     std::function<QVariant(const QVariant &published)> read;
+    QStringList published = {}; //!< as in a Field
 
     /*! No condition sees it and no log shows it: it tells who somebody is. */
     [[nodiscard]] Column asPrivate() const
@@ -140,7 +144,7 @@ public:
             }
             return QVariant(published);
         };
-        return {{ValueType::List, {}, wordsIn(words)}, write, asIs};
+        return {{ValueType::List, {}, wordsIn(words)}, write, asIs, publishedIn(words)};
     }
 
     /*! Written and read by functions of its own. */
@@ -186,7 +190,10 @@ private:
             }
             return QVariant();
         };
-        return {type, write, read};
+        QStringList published = publishedIn(words);
+        if (*unknown)
+            published.append(unknownText.toString());
+        return {type, write, read, published};
     }
 };
 
@@ -240,8 +247,9 @@ public:
                 m_writers.push_back(row.column.write);
             }
             if (!row.name.isEmpty()) {
-                m_fields.push_back({name + QLatin1String(row.name), place + QLatin1String(row.place),
-                    row.column.type, QString::fromUtf8(row.help), path, row.column.read});
+                m_fields.push_back(
+                    {name + QLatin1String(row.name), place + QLatin1String(row.place), row.column.type,
+                        QString::fromUtf8(row.help), path, row.column.read, row.column.published});
             }
         }
         m_places = PlaceTree(places);

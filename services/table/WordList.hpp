@@ -31,6 +31,16 @@ template <typename Value>
     return all;
 }
 
+/*! The published texts for each of \a words. */
+template <typename Value>
+[[nodiscard]] QStringList publishedIn(const WordList<Value> &words)
+{
+    QStringList all;
+    for (const auto &each : words)
+        all.append(QLatin1String(each.published));
+    return all;
+}
+
 /*! The word for \a value. */
 template <typename Value>
 [[nodiscard]] QString wordFor(const WordList<Value> &words, const Value &value)

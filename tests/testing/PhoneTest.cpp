@@ -241,6 +241,7 @@ TEST(Phone, IsSetUpFromCodeAsItsFileCan)
     PhoneSettings s;
     s.sdcard().mounted(true).busy(false);
     s.battery().level(80).plugged(false).wirelessReceiver("").present(true).condition(BatteryCondition::OK);
+    s.battery().held(false);
     s.battery().fullChargeCapacity(2800).cycleCount(112).temperature(25.5).chargingTimePerPercent(1min);
     s.battery().dischargingTimePerPercent(10min);
     s.activity().state(UserActivityState::Active).idleTime(5min).otherStatuses({});

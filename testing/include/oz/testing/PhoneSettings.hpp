@@ -96,6 +96,8 @@ public:
     BatterySettings &wirelessReceiver(const QString &id) { return set("wireless-receiver", id); }
     /*! Whether there is a battery in the phone. */
     BatterySettings &present(bool is) { return set("present", is); }
+    /*! Whether the charge stays as it is, whatever the chargers do. */
+    BatterySettings &held(bool is) { return set("held", is); }
     /*! Its condition. */
     BatterySettings &condition(oz::device::BatteryCondition::Type condition);
     /*! 1 to 1,000,000 mAh. */
