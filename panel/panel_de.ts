@@ -66,7 +66,7 @@
         <translation>trennt das Ladegerät</translation>
     </message>
     <message>
-        <source>lays the phone on a wireless charger, or takes it from there</source>
+        <source>lays the phone on a wireless charger, or takes it off</source>
         <translation>legt das Telefon auf ein drahtloses Ladegerät oder nimmt es weg</translation>
     </message>
     <message>
@@ -74,7 +74,7 @@
         <translation>setzt die Ladung</translation>
     </message>
     <message>
-        <source>sets the temperature; it takes charge from 0 to 45 only</source>
+        <source>sets the temperature; the battery charges from 0 to 45 only</source>
         <translation>setzt die Temperatur; geladen wird nur von 0 bis 45</translation>
     </message>
     <message>
@@ -106,16 +106,16 @@
         <translation>setzt seine Signalstärke</translation>
     </message>
     <message>
-        <source>sets the operator&apos;s name, which is shown too</source>
-        <translation>setzt den Namen des Betreibers, der auch angezeigt wird</translation>
+        <source>sets the operator&apos;s name, and the name that the user sees</source>
+        <translation>setzt den Namen des Betreibers und den angezeigten Namen</translation>
     </message>
     <message>
-        <source>makes it a network of others</source>
-        <translation>macht es zu einem fremden Netz</translation>
+        <source>makes using it roaming, or not</source>
+        <translation>schaltet das Roaming in diesem Netz ein oder aus</translation>
     </message>
     <message>
-        <source>hides the roaming there from the user</source>
-        <translation>verbirgt das Roaming dort vor dem Benutzer</translation>
+        <source>hides the roaming from the user, or shows it</source>
+        <translation>verbirgt das Roaming vor dem Benutzer oder zeigt es</translation>
     </message>
     <message>
         <source>lets the phone&apos;s time pass at once</source>
@@ -130,7 +130,7 @@
         <translation>schaltet das Profil ein</translation>
     </message>
     <message>
-        <source>lets the applications here use it, where it is access-controlled</source>
+        <source>permits the applications here, where it is access-controlled</source>
         <translation>lässt die Anwendungen hier es benutzen, wo der Zugang geregelt ist</translation>
     </message>
     <message>
@@ -278,7 +278,7 @@
         <translation>macht sie bereit</translation>
     </message>
     <message>
-        <source>lets it wait for its PIN</source>
+        <source>makes it wait for its PIN</source>
         <translation>lässt sie auf ihre PIN warten</translation>
     </message>
     <message>
@@ -294,12 +294,12 @@
         <translation>macht sie zu einer, die nicht lesbar ist</translation>
     </message>
     <message>
-        <source>takes the motor out, or puts it in</source>
-        <translation>nimmt den Motor heraus oder setzt ihn ein</translation>
+        <source>puts the motor in, or takes it out</source>
+        <translation>setzt den Motor ein oder nimmt ihn heraus</translation>
     </message>
     <message>
-        <source>switches Wi-Fi Direct</source>
-        <translation>schaltet Wi-Fi Direct</translation>
+        <source>switches Wi-Fi Direct on or off</source>
+        <translation>schaltet Wi-Fi Direct ein oder aus</translation>
     </message>
     <message>
         <source>gives the phone Wi-Fi Direct, or takes it away</source>
