@@ -114,11 +114,6 @@ Option Verb::count(const char *name, int &value, const char *help) const
     return Option(m_parser->add_option(name, value, help)->check(problem));
 }
 
-Option Verb::number(const char *name, int &value, const char *help) const
-{
-    return Option(m_parser->add_option(name, value, help)->check(CLI::NonNegativeNumber));
-}
-
 Option Verb::duration(const char *name, double &seconds, const char *help) const
 {
     return Option(m_parser->add_option(name, seconds, help)

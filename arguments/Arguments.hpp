@@ -69,8 +69,6 @@ public:
     Option option(const char *name, std::optional<std::uint32_t> &value, const char *help) const;
     /*! A whole number above 0. */
     Option count(const char *name, int &value, const char *help) const;
-    /*! A number that is not below 0. */
-    Option number(const char *name, int &value, const char *help) const;
     /*! "500ms", "10s", "1.5m", "2h" or a number of seconds, up to 23 days. */
     Option duration(const char *name, double &seconds, const char *help) const;
 

@@ -7,7 +7,6 @@
 
 #include "services/Rigs.hpp"
 
-#include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>
 
 #include <QCoreApplication>
@@ -84,10 +83,7 @@ int main(int argc, char **argv)
     for (const char *watching : {"hardware=none", "led=none", "vibration=none"})
         words += {"--source", watching};
     daemon.run(QCoreApplication::applicationDirPath() + "/ozdeviced", words, rig.environment());
-    PpsObject control("/pps/system/ozdeviced/control");
-    if (!oz::testing::waitUntil([&] { return control.open(PpsOpenMode::Publish); }))
-        return 1;
-    control.close();
+    oz::testing::awaitDaemon(&daemon);
     const QByteArray address = rig.environment().value("DBUS_SYSTEM_BUS_ADDRESS").toLocal8Bit();
     BusClient client(QDBusConnection::connectToBus(QString::fromLocal8Bit(address), "bench"));
     device::BatteryInfo battery;

@@ -5,7 +5,7 @@
 
 #include "Processes.hpp"
 
-#include <oz/PpsObject.hpp>
+#include <oz/client/DaemonClient.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/CellularNetworkInfo.hpp>
@@ -40,11 +40,10 @@
 #include <vector>
 
 using namespace oz;
+using namespace std::chrono_literals;
 using namespace oz::device;
 
 namespace {
-
-const QString Control = QStringLiteral("/pps/system/ozdeviced/control");
 
 // All that an application can watch.
 struct Watched
@@ -215,7 +214,6 @@ public:
         m_process.kill();
         m_process.waitForFinished();
     }
-    [[nodiscard]] bool isReady() const { return PpsObject(Control).open(PpsOpenMode::Publish); }
     [[nodiscard]] qint64 pid() const { return m_process.processId(); }
 
 private:
@@ -236,10 +234,11 @@ void disturb(std::mt19937 &random)
     QStringList words = orders[qsizetype(random() % unsigned(orders.size()))].split(' ');
     const QString facility = words.takeFirst();
     const QString verb = words.takeFirst();
-    PpsObject control(Control);
-    if (control.open(PpsOpenMode::PublishSubscribe)) {
-        control.write(PpsObject::encode({{"msg", "sim"},
-            {"dat", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}}}));
+    try {
+        client::DaemonClient().ask(
+            "sim", QVariantMap{{"facility", facility}, {"verb", verb}, {"arguments", words}}, {.limit = 3s});
+    } catch (const client::DaemonError &) {
+        // It has been killed, or has not started yet.
     }
 }
 
@@ -248,12 +247,8 @@ bool survive(int seconds, int clientCount, unsigned seed, const QString &logs)
     std::mt19937 random(seed);
     const QString program = QCoreApplication::applicationFilePath();
     Services services(QCoreApplication::applicationDirPath() + "/ozdeviced");
-    const auto waitForServices = [&] {
-        QElapsedTimer waited;
-        waited.start();
-        while (!services.isReady() && waited.elapsed() < 30'000)
-            ::usleep(1000);
-        return services.isReady();
+    const auto waitForServices = [] {
+        return client::DaemonClient().waitUntilReady(std::chrono::seconds(30));
     };
     if (!waitForServices())
         return false;

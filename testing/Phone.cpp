@@ -1,7 +1,8 @@
 #include <oz/testing/Phone.hpp>
 
 #include "PhoneLink.hpp"
-#include "PhoneProcess.hpp"
+
+#include <oz/client/PrivateDaemon.hpp>
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -17,6 +18,10 @@
 #include <utility>
 
 namespace oz::testing {
+
+using client::DaemonClient;
+using client::DaemonError;
+using client::PrivateDaemon;
 
 PhoneError::PhoneError(const QString &text) : std::runtime_error(text.toStdString()) { }
 
@@ -65,26 +70,44 @@ PhoneRequest requestOf(const QVariantMap &told)
         std::chrono::milliseconds(qint64(told.value(QStringLiteral("at")).toDouble() * 1000))};
 }
 
+// What a call waits for that ends by an answer of the services, beyond what they wait themselves.
+DaemonClient::Wait waitBeyond(std::chrono::milliseconds limit)
+{
+    return {limit + waitLimit(), true};
+}
+
+std::unique_ptr<PrivateDaemon> startServices(const PhoneSettings &settings)
+{
+    try {
+        return std::make_unique<PrivateDaemon>(
+            PrivateDaemon::Setup{.program = daemonProgram(), .phone = settings.text()});
+    } catch (const DaemonError &error) {
+        throw PhoneError(error.text());
+    }
+}
+
 } // namespace
 
 class Phone::Private
 {
 public:
     explicit Private(const PhoneSettings &settings)
-        : process(daemonProgram(), settings.text()), link(process.root())
+        : services(startServices(settings)), link(services->root())
     {
         (void)link.request(QStringLiteral("a phone's start"), QStringLiteral("observe"));
     }
 
-    [[nodiscard]] PhoneLink::Outcome askForRequests(const QString &what, QVariantMap order,
+    [[nodiscard]] QVariantMap askForRequests(const QString &what, QVariantMap order,
         std::chrono::milliseconds limit = std::chrono::milliseconds(0)) const
     {
         if (!order.contains(QStringLiteral("from")))
             order.insert(QStringLiteral("from"), from.load());
-        return link.ask(what, QStringLiteral("requests"), order, PhoneLink::Wait{limit});
+        return link.guarded(what, [&](const DaemonClient &daemon) {
+            return daemon.ask(QStringLiteral("requests"), order, waitBeyond(limit)).toMap();
+        });
     }
 
-    PhoneProcess process;
+    std::unique_ptr<PrivateDaemon> services;
     PhoneLink link;
     std::atomic<qint64> from = 0; // the number of the first request that counts
     QByteArray rootBefore;
@@ -105,7 +128,7 @@ Phone::Phone(const PhoneSettings &settings, Root root)
     }
     if (root == Root::OfProcess) {
         d->rootBefore = qgetenv("OZ_DEVICE_ROOT");
-        qputenv("OZ_DEVICE_ROOT", QFile::encodeName(d->process.root()));
+        qputenv("OZ_DEVICE_ROOT", QFile::encodeName(d->services->root()));
     }
 }
 
@@ -122,7 +145,7 @@ Phone::~Phone()
 
 QString Phone::root() const
 {
-    return d->process.root();
+    return d->services->root();
 }
 
 QProcessEnvironment Phone::environment() const
@@ -134,7 +157,7 @@ QProcessEnvironment Phone::environment() const
 
 qint64 Phone::processId() const
 {
-    return d->process.id();
+    return d->services->id();
 }
 
 PhoneActivity Phone::activity()
@@ -229,20 +252,25 @@ QVariant Phone::value(const QString &name) const
 
 bool Phone::holds(const QString &condition) const
 {
-    const auto outcome = d->link.ask(
-        condition, QStringLiteral("await"), QVariantMap{{QStringLiteral("condition"), condition}});
-    if (outcome.error && outcome.error != ETIMEDOUT)
-        d->link.fail(condition, outcome.errorText);
-    return !outcome.error;
+    return d->link.guarded(condition, [&](const DaemonClient &daemon) {
+        try {
+            (void)daemon.ask(QStringLiteral("await"), QVariantMap{{QStringLiteral("condition"), condition}});
+        } catch (const DaemonError &error) {
+            if (error.kind() == DaemonError::Refused && error.error() == ETIMEDOUT)
+                return false;
+            throw;
+        }
+        return true;
+    });
 }
 
 void Phone::waitFor(const QString &condition, std::chrono::milliseconds limit) const
 {
-    const auto outcome = d->link.ask(condition, QStringLiteral("await"),
-        QVariantMap{{QStringLiteral("condition"), condition}, {QStringLiteral("within"), seconds(limit)}},
-        PhoneLink::Wait{limit});
-    if (outcome.error)
-        d->link.fail(condition, outcome.errorText);
+    const QVariantMap order{
+        {QStringLiteral("condition"), condition}, {QStringLiteral("within"), seconds(limit)}};
+    (void)d->link.guarded(condition, [&](const DaemonClient &daemon) {
+        return daemon.ask(QStringLiteral("await"), order, waitBeyond(limit));
+    });
 }
 
 QList<PhoneRequest> Phone::requests(const QString &kind) const
@@ -250,10 +278,8 @@ QList<PhoneRequest> Phone::requests(const QString &kind) const
     QList<PhoneRequest> all;
     QVariantMap order{{QStringLiteral("request"), kind}};
     for (;;) {
-        const auto outcome = d->askForRequests(QStringLiteral("requests"), order);
-        if (outcome.error)
-            d->link.fail(QStringLiteral("requests"), outcome.errorText);
-        const QVariantList told = outcome.data.toMap().value(QStringLiteral("requests")).toList();
+        const QVariantList told =
+            d->askForRequests(QStringLiteral("requests"), order).value(QStringLiteral("requests")).toList();
         for (const QVariant &each : told)
             all.append(requestOf(each.toMap()));
         if (told.isEmpty())
@@ -267,24 +293,19 @@ QList<PhoneRequest> Phone::waitForRequests(
     int count, const QString &kind, const QString &with, std::chrono::milliseconds limit) const
 {
     const QString what = with.isEmpty() ? kind : QString(kind + QLatin1String(" with ") + with);
-    const auto outcome = d->askForRequests(what,
+    const QVariantMap told = d->askForRequests(what,
         {{QStringLiteral("request"), kind}, {QStringLiteral("with"), with}, {QStringLiteral("times"), count},
             {QStringLiteral("within"), seconds(limit)}},
         limit);
-    if (outcome.error)
-        d->link.fail(what, outcome.errorText);
     QList<PhoneRequest> found;
-    for (const QVariant &each : outcome.data.toMap().value(QStringLiteral("requests")).toList())
+    for (const QVariant &each : told.value(QStringLiteral("requests")).toList())
         found.append(requestOf(each.toMap()));
     return found;
 }
 
 void Phone::forgetRequests()
 {
-    const auto outcome = d->askForRequests(QStringLiteral("requests"), {});
-    if (outcome.error)
-        d->link.fail(QStringLiteral("requests"), outcome.errorText);
-    d->from = outcome.data.toMap().value(QStringLiteral("next")).toLongLong();
+    d->from = d->askForRequests(QStringLiteral("requests"), {}).value(QStringLiteral("next")).toLongLong();
 }
 
 void Phone::play(const QString &file, const PlayOptions &options)
@@ -304,33 +325,46 @@ void Phone::play(const QString &file, const PlayOptions &options)
 
 bool Phone::isPlaying() const
 {
-    const auto outcome = d->link.ask(Scenario, QStringLiteral("scenario"),
-        QVariantMap{{QStringLiteral("from"), Newest}, {QStringLiteral("now"), true}});
-    return outcome.data.toMap().value(QStringLiteral("state")).toString() == u"playing";
+    return d->link.guarded(Scenario, [](const DaemonClient &daemon) {
+        try {
+            const QVariantMap order{{QStringLiteral("from"), Newest}, {QStringLiteral("now"), true}};
+            const QVariantMap told = daemon.ask(QStringLiteral("scenario"), order).toMap();
+            return told.value(QStringLiteral("state")).toString() == u"playing";
+        } catch (const DaemonError &error) {
+            if (error.kind() == DaemonError::Refused)
+                return false;
+            throw;
+        }
+    });
 }
 
 void Phone::waitUntilPlayed(std::chrono::milliseconds limit) const
 {
-    for (const QDeadlineTimer deadline(limit);;) {
-        // The services answer when it is over, and from time to time before.
-        const auto outcome =
-            d->link.ask(Scenario, QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}},
-                PhoneLink::Wait{std::chrono::milliseconds(deadline.remainingTime()), true});
-        if (outcome.error == ETIMEDOUT)
-            d->link.fail(Scenario, QLatin1String("it still plays after ") + limitText(limit));
-        if (outcome.error)
-            d->link.fail(Scenario, outcome.errorText);
-        const QVariantMap told = outcome.data.toMap();
-        const QString state = told.value(QStringLiteral("state")).toString();
-        if (state == u"passed")
-            return;
-        if (state != u"playing") {
-            const bool isLate = told.value(QStringLiteral("late")).toBool();
-            d->link.fail(Scenario,
-                told.value(QStringLiteral("problem")).toString()
-                    + (isLate ? QLatin1String("; it began without an application") : QLatin1String()));
+    const QDeadlineTimer deadline(limit);
+    const QVariantMap told = d->link.guarded(Scenario, [&](const DaemonClient &daemon) {
+        for (QVariantMap state;;) {
+            // The services answer when it is over, and from time to time before.
+            try {
+                const DaemonClient::Wait wait{std::chrono::milliseconds(deadline.remainingTime()), true};
+                state =
+                    daemon
+                        .ask(QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}}, wait)
+                        .toMap();
+            } catch (const DaemonError &error) {
+                if (error.kind() == DaemonError::Silent)
+                    d->link.fail(Scenario, QLatin1String("it still plays after ") + limitText(limit));
+                throw;
+            }
+            if (state.value(QStringLiteral("state")) != QStringLiteral("playing"))
+                return state;
         }
-    }
+    });
+    if (told.value(QStringLiteral("state")) == QStringLiteral("passed"))
+        return;
+    const bool isLate = told.value(QStringLiteral("late")).toBool();
+    d->link.fail(Scenario,
+        told.value(QStringLiteral("problem")).toString()
+            + (isLate ? QLatin1String("; it began without an application") : QLatin1String()));
 }
 
 void Phone::stopPlaying()
@@ -340,7 +374,7 @@ void Phone::stopPlaying()
 
 QString Phone::log() const
 {
-    return d->process.log();
+    return d->services->log();
 }
 
 } // namespace oz::testing

@@ -1,43 +1,31 @@
 #pragma once
 
+#include <oz/client/DaemonClient.hpp>
+
 #include <QMutex>
 #include <QString>
 #include <QStringList>
 #include <QVariantMap>
 
-#include <chrono>
-#include <optional>
-
 namespace oz::testing {
 
-/*!
- * The way from a test to its phone's services. Each exchange has a connection of its own, so that one can
- * happen while another waits. Any thread may use it.
- */
+/*! The way from a test to its phone's services. Any thread may use it. */
 class PhoneLink
 {
 public:
-    /*! What an exchange came to: the data of the answer, or an errno and its text. */
-    struct Outcome
+    explicit PhoneLink(const QString &root) : m_root(root), m_client(root) { }
+
+    /*! Calls \a ask and turns the DaemonError that it throws into a PhoneError that begins with \a what. */
+    template <typename Ask>
+    auto guarded(const QString &what, const Ask &ask) const
     {
-        QVariant data;
-        int error = 0;
-        QString errorText;
-    };
-
-    /*! How long the answer may take; the event loop of a thread that has one runs meanwhile. */
-    struct Wait
-    {
-        std::chrono::milliseconds limit{0};
-        bool endsHere = false; //!< with ETIMEDOUT, not by an answer of the services
-    };
-
-    explicit PhoneLink(const QString &root) : m_root(root) { }
-
-    /*! Asks the services; throws PhoneError, beginning with \a what, where no answer comes. */
-    [[nodiscard]] Outcome ask(const QString &what, const QString &message, const QVariant &data,
-        const std::optional<Wait> &wait = std::nullopt) const;
-    /*! As ask(), without a wait; throws for an error too. */
+        try {
+            return ask(m_client);
+        } catch (const client::DaemonError &error) {
+            fail(what, error);
+        }
+    }
+    /*! The data of the answer to a request. */
     QVariantMap request(const QString &what, const QString &message, const QVariant &data = {}) const;
 
     /*! Tells the phone what `ozdevice sim` would. */
@@ -51,7 +39,10 @@ public:
     [[noreturn]] void fail(const QString &what, const QString &why) const;
 
 private:
+    [[noreturn]] void fail(const QString &what, const client::DaemonError &error) const;
+
     QString m_root;
+    client::DaemonClient m_client;
     mutable QMutex m_mutex;
     QStringList m_orders;
 };

@@ -17,7 +17,8 @@ class Phone:
         self.environment = {**os.environ, "OZ_DEVICE_ROOT": str(root)}
         daemon = os.path.join(os.path.dirname(OZDEVICE), "ozdeviced")
         self._daemon = subprocess.Popen(
-            [daemon, "--private", "--simulated", "--config", os.devnull], env=self.environment
+            [daemon, "--private", str(os.getpid()), "--simulated", "--config", os.devnull],
+            env=self.environment,
         )
         self.run("wait-ready")
 

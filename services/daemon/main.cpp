@@ -19,13 +19,12 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
-#include <fcntl.h>
 #include <malloc.h>
-#include <sys/prctl.h>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/signalfd.h>
-#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <systemd/sd-daemon.h>
 #include <unistd.h>
 #include <utility>
@@ -46,8 +45,7 @@ struct Options
     bool simulated = false;
     bool fresh = false;
     bool listSources = false;
-    bool isPrivate = false;
-    int lifeline = -1;
+    int owner = 0; // the process that the daemon is private to; 0 for none
 };
 
 // Log texts may hold text from strangers, and from files that anybody wrote.
@@ -77,18 +75,17 @@ void onSignals(const std::vector<int> &signals, const std::function<void(int sig
     });
 }
 
-// Stops when the other end of the socket \a lifeline is closed, as a process's are however it ends.
-void followLifeline(int lifeline)
+// A descriptor that has input once the process has ended; throws where it has ended already.
+int watchProcess(int process)
 {
-    ::fcntl(lifeline, F_SETFD, FD_CLOEXEC);
-    auto *notifier = new QSocketNotifier(lifeline, QSocketNotifier::Read, qApp);
-    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [lifeline, notifier] {
-        char byte = 0;
-        if (::recv(lifeline, &byte, 1, MSG_DONTWAIT) < 0 && (errno == EAGAIN || errno == EINTR))
-            return;
-        notifier->setEnabled(false);
-        QCoreApplication::quit();
-    });
+    const int descriptor = int(::syscall(SYS_pidfd_open, process, 0));
+    if (descriptor < 0) {
+        const int error = errno;
+        QDir().rmdir(oz::deviceRoot()); // which that process made
+        throw Error(QLatin1String("--private: cannot watch the process ") + QString::number(process)
+            + QLatin1String(": ") + qt_error_string(error));
+    }
+    return descriptor;
 }
 
 // A tree with many clients needs more descriptors than a shell allows by default.
@@ -252,6 +249,11 @@ void playScenario(Daemon &daemon, const Options &options)
 
 int serve(const Options &options)
 {
+    std::optional<QSocketNotifier> owner;
+    if (options.owner) {
+        owner.emplace(watchProcess(options.owner), QSocketNotifier::Read);
+        QObject::connect(&*owner, &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
+    }
     Daemon daemon(
         readConfiguration(options), {}, options.fresh ? Daemon::Start::Fresh : Daemon::Start::Continue);
     Reload reload(daemon, options);
@@ -262,13 +264,9 @@ int serve(const Options &options)
             QCoreApplication::quit();
     });
     feedWatchdog();
-    if (options.lifeline >= 0)
-        followLifeline(options.lifeline);
     const auto announce = [&options] {
         sd_notify(0, "READY=1");
-        if (options.lifeline >= 0)
-            (void)::send(options.lifeline, "\n", 1, MSG_NOSIGNAL);
-        if (!options.isPrivate)
+        if (!options.owner)
             qCInfo(logServices).noquote() << "serving" << oz::devicePath(QStringLiteral("/pps"));
     };
     if (daemon.isReady())
@@ -324,13 +322,10 @@ void describe(const oz::arguments::Verb &program, Options &options)
             "names")
         .valueName("SOURCE");
     program.flag("--list-sources", options.listSources, "List the facilities and their sources, and exit");
-    program.flag("--private", options.isPrivate,
-        "Stop with the process that started it, and remove the tree under OZ_DEVICE_ROOT then");
     program
-        .number("--lifeline", options.lifeline,
-            "Stop when the other end of this socket is closed, and write a line to it when everything is "
-            "served")
-        .valueName("DESCRIPTOR");
+        .count("--private", options.owner,
+            "Stop when this process ends, and remove the tree under OZ_DEVICE_ROOT then")
+        .valueName("PROCESS");
 }
 
 int wrongUse(const oz::arguments::WrongWords &error)
@@ -359,7 +354,7 @@ int main(int argc, char **argv)
         listSources();
         return 0;
     }
-    if (options.isPrivate && qEnvironmentVariableIsEmpty("OZ_DEVICE_ROOT")) {
+    if (options.owner && qEnvironmentVariableIsEmpty("OZ_DEVICE_ROOT")) {
         std::fprintf(stderr, "ozdeviced: --private needs a device root of its own in OZ_DEVICE_ROOT\n");
         return 2;
     }
@@ -367,15 +362,12 @@ int main(int argc, char **argv)
     // Its threads are short-lived and wait most of the time. With an arena for each, the heap would grow by
     // fragments with every reload of the configuration.
     ::mallopt(M_ARENA_MAX, 1);
-    // The thread that started it may end before its process does.
-    if (options.isPrivate && options.lifeline < 0)
-        ::prctl(PR_SET_PDEATHSIG, SIGTERM);
     const QCoreApplication application(argc, argv);
     logPrintably();
     raiseDescriptorLimit();
     try {
         const int status = serve(options);
-        if (options.isPrivate)
+        if (options.owner)
             removeTree();
         return status;
     } catch (const oz::arguments::WrongWords &error) {

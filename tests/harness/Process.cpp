@@ -2,8 +2,9 @@
 
 #include "harness/Testing.hpp"
 
-#include <oz/PpsObject.hpp>
+#include <oz/client/DaemonClient.hpp>
 
+#include <QCoreApplication>
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -106,10 +107,11 @@ void Process::fail(const QString &what) const
 
 void awaitDaemon(QProcess *daemon)
 {
-    PpsObject control(QStringLiteral("/pps/system/ozdeviced/control"));
-    const bool serves = waitUntil(
-        [&] { return control.open(PpsOpenMode::Publish) || daemon->state() == QProcess::NotRunning; });
-    if (!serves || !control.isOpen()) {
+    const bool isReady = client::DaemonClient().waitUntilReady(std::chrono::seconds(20), [daemon] {
+        QCoreApplication::processEvents();
+        return daemon->state() != QProcess::NotRunning;
+    });
+    if (!isReady) {
         throw std::runtime_error("the daemon does not serve: "
             + (daemon->errorString() + '\n' + daemon->readAllStandardError()).toStdString());
     }

@@ -1,6 +1,6 @@
 #include "harness/Testing.hpp"
 
-#include <oz/PpsObject.hpp>
+#include <oz/client/DaemonClient.hpp>
 #include <oz/device/BatteryInfo.hpp>
 #include <oz/device/Led.hpp>
 #include <oz/device/VibrationController.hpp>
@@ -16,9 +16,7 @@
 
 #include <cmath>
 #include <csignal>
-#include <sys/wait.h>
 #include <thread>
-#include <unistd.h>
 
 using namespace oz::device;
 using namespace std::chrono_literals;
@@ -176,11 +174,7 @@ void breakPart(Part part)
 // "PART VERB" of all that the services say a phone can be told, and of what this one was told.
 std::pair<QStringList, QStringList> knownAndTold(const Phone &phone)
 {
-    PpsObject control("/pps/system/ozdeviced/control?wait");
-    EXPECT_TRUE(control.open(PpsOpenMode::PublishSubscribe));
-    EXPECT_TRUE(control.write(PpsObject::encode({{"msg", "describe"}})));
-    const QVariantMap answer = PpsObject::decode(control.read()).value("@control").toMap();
-    const QVariantMap parts = answer.value("dat").toMap().value("simulated").toMap();
+    const QVariantMap parts = client::DaemonClient().ask("describe").toMap().value("simulated").toMap();
     QStringList known;
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
         for (const QVariant &verb : part->toMap().value("verbs").toList())
@@ -505,30 +499,6 @@ TEST(Phone, WorksWithoutAnEventLoopAndOutlivesTheThreadThatMadeIt)
     EXPECT_EQ(BatteryInfo().level(), 33);
     phone->battery().setLevel(34);
     EXPECT_TRUE(phone->holds("battery.level == 34"));
-}
-
-TEST(Phone, GoesWithATestThatIsKilled)
-{
-    int ends[2];
-    ASSERT_EQ(::pipe(ends), 0);
-    const pid_t test = ::fork();
-    if (test == 0) {
-        const Phone phone;
-        const QByteArray told = QByteArray::number(phone.processId()) + ' ' + phone.root().toUtf8();
-        if (::write(ends[1], told.constData(), std::size_t(told.size())) == told.size())
-            ::pause();
-        ::_exit(1);
-    }
-    QByteArray told(4096, 0);
-    told.resize(std::max<ssize_t>(::read(ends[0], told.data(), 4096), 0));
-    ASSERT_TRUE(told.contains(' '));
-    const QString root = QString::fromUtf8(told.mid(told.indexOf(' ') + 1));
-    ASSERT_TRUE(QFileInfo::exists(root + "/pps"));
-    ::kill(test, SIGKILL);
-    ASSERT_EQ(::waitpid(test, nullptr, 0), test);
-    EXPECT_TRUE(waitUntil([&] { return !QFileInfo::exists(root); }));
-    for (const int end : ends)
-        ::close(end);
 }
 
 } // namespace

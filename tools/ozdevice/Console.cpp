@@ -2,7 +2,7 @@
 
 #include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/PlayedScenario.hpp"
 
 #include <oz/DeviceRoot.hpp>

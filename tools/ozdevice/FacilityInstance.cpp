@@ -1,7 +1,7 @@
 #include "ozdevice/FacilityInstance.hpp"
 
 #include "ozdevice/Command.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 
 #include <oz/DeviceFile.hpp>

@@ -2,7 +2,7 @@
 
 #include "meta/MetaDescription.hpp"
 #include "ozdevice/Command.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/FacilityInstance.hpp"
 #include "ozdevice/Output.hpp"
 

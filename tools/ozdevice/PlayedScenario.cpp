@@ -1,7 +1,7 @@
 #include "ozdevice/PlayedScenario.hpp"
 
 #include "meta/MetaText.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 
 #include <QFileInfo>

@@ -2,7 +2,7 @@
 
 #include "meta/MetaDescription.hpp"
 #include "meta/MethodCall.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"

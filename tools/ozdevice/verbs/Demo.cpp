@@ -1,7 +1,7 @@
 #include "ozdevice/Console.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
-#include "ozdevice/PrivatePhone.hpp"
 #include "ozdevice/SignalLines.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
@@ -62,7 +62,7 @@ int demo(const DemoOptions &options)
         status = 128 + signal;
         QCoreApplication::quit();
     });
-    const PrivatePhone phone{QString()};
+    const auto phone = startPhone({});
     PlayedScenario scenario(tour, loop);
     (void)scenario.check();
     {

@@ -1,11 +1,12 @@
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
-#include "ozdevice/PrivatePhone.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include "meta/MetaText.hpp"
+
+#include <oz/client/DaemonClient.hpp>
 
 namespace oz::tools {
 
@@ -75,9 +76,9 @@ int play(const PlayOptions &options)
     PlayedScenario scenario(options.scenario, loop);
     if (options.check) {
         // Against the phone that runs, else against the one that the scenario is for.
-        std::optional<PrivatePhone> phone;
-        if (!waitForDaemon(std::chrono::milliseconds(0)))
-            phone.emplace(scenarioFile(QString::fromStdString(options.scenario.scenario)));
+        std::unique_ptr<client::PrivateDaemon> phone;
+        if (!client::DaemonClient().isReady())
+            phone = startPhone(scenarioFile(QString::fromStdString(options.scenario.scenario)));
         (void)scenario.check();
         return Success;
     }

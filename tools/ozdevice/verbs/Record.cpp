@@ -1,4 +1,4 @@
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/DeviceRootWatch.hpp"
 #include "ozdevice/Durations.hpp"
 #include "ozdevice/Output.hpp"

@@ -1,6 +1,6 @@
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
-#include "ozdevice/PrivatePhone.hpp"
 #include "ozdevice/RunningCommand.hpp"
 #include "ozdevice/TerminationSignals.hpp"
 #include "ozdevice/Verbs.hpp"
@@ -88,7 +88,7 @@ int run(const RunOptions &options)
         ? nullptr
         : std::make_unique<PlayedScenario>(options.scenario, loop);
     const QString ownPhone = QString::fromStdString(options.phone);
-    const PrivatePhone phone(ownPhone.isEmpty() && scenario
+    const auto phone = startPhone(ownPhone.isEmpty() && scenario
             ? scenarioFile(QString::fromStdString(options.scenario.scenario))
             : ownPhone);
     if (scenario)

@@ -1,4 +1,4 @@
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"

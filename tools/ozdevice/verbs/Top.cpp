@@ -1,5 +1,5 @@
 #include "ozdevice/Console.hpp"
-#include "ozdevice/Daemon.hpp"
+#include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/DeviceRootWatch.hpp"
 #include "ozdevice/FacilitySelection.hpp"
 #include "ozdevice/TerminationSignals.hpp"

@@ -1,8 +1,8 @@
-#include "ozdevice/Daemon.hpp"
 #include "ozdevice/Durations.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
+#include <oz/client/DaemonClient.hpp>
 
 namespace oz::tools {
 
@@ -15,7 +15,7 @@ struct WaitReadyOptions
 
 int waitReady(const WaitReadyOptions &options)
 {
-    if (!waitForDaemon(options.timeout.milliseconds())) {
+    if (!client::DaemonClient().waitUntilReady(options.timeout.milliseconds())) {
         throw CommandError(Unavailable,
             QLatin1String("no ozdeviced became ready under ") + devicePath(QStringLiteral("/pps"))
                 + QLatin1String(" within ") + QString::number(options.timeout.seconds) + QLatin1String(" s"));

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <oz/client/PrivateDaemon.hpp>
+
 #include <QString>
 #include <QVariantMap>
 
 #include <chrono>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -45,8 +47,8 @@ struct SourceState
  */
 [[nodiscard]] QVariant askDaemon(const QString &message, const QVariant &data = {});
 
-/*! Whether a daemon under the device root is ready within the time. */
-[[nodiscard]] bool waitForDaemon(
-    std::chrono::milliseconds time, const std::function<bool()> &goOn = [] { return true; });
+/*! Starts a simulated phone of this process's own with the phone's file \a phoneFile (empty: the installed
+ * one), and makes its device root this process's; throws CommandError. */
+[[nodiscard]] std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile);
 
 } // namespace oz::tools
