@@ -8,6 +8,7 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QSocketNotifier>
 #include <QThread>
 #include <QTimer>
@@ -15,12 +16,15 @@
 #include <cerrno>
 #include <csignal>
 #include <memory>
+#include <sys/inotify.h>
+#include <unistd.h>
 
 namespace oz::client {
 
 namespace {
 
 constexpr int Pause = 2; // milliseconds between attempts to reach a daemon
+constexpr int LookEvery = 20; // milliseconds, where the kernel cannot tell of changes
 
 DaemonError unreachable(int error)
 {
@@ -55,6 +59,37 @@ QVariant dataOf(const QByteArray &message)
         throw DaemonError(DaemonError::Refused, error, answer.value(QStringLiteral("errstr")).toString());
     return answer.value(QStringLiteral("dat"));
 }
+
+// Wakes whoever polls its descriptor when an object under any device root changes, or comes.
+class ObjectWatch
+{
+public:
+    explicit ObjectWatch(const QString &file) : m_descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+    {
+        const QByteArray folder = QFile::encodeName(QFileInfo(file).path());
+        m_isWatching = ::inotify_add_watch(m_descriptor, folder.constData(), IN_MOVED_TO | IN_DELETE) >= 0;
+    }
+    ~ObjectWatch()
+    {
+        if (m_descriptor >= 0)
+            ::close(m_descriptor);
+    }
+    ObjectWatch(const ObjectWatch &) = delete;
+    ObjectWatch &operator=(const ObjectWatch &) = delete;
+
+    [[nodiscard]] int descriptor() const { return m_descriptor; }
+    /*! False where the user's watches are used up. */
+    [[nodiscard]] bool isWatching() const { return m_isWatching; }
+    void clear() const
+    {
+        char events[4096];
+        while (::read(m_descriptor, events, sizeof events) > 0) { }
+    }
+
+private:
+    int m_descriptor;
+    bool m_isWatching = false;
+};
 
 bool isProcess(const QString &statusFile)
 {
@@ -132,6 +167,51 @@ void DaemonClient::askLater(
         }
         answered(told, failure);
     });
+}
+
+void DaemonClient::watchEnd(QObject *context, const std::function<void()> &ended) const
+{
+    const auto socket = std::make_shared<ControlSocket>();
+    const auto again = [client = *this, context, ended] { client.watchEnd(context, ended); };
+    if (const int error = socket->connect(fileOf(DaemonObjects::Control))) {
+        if (error == EAGAIN)
+            QTimer::singleShot(Pause, context, again);
+        else
+            QTimer::singleShot(0, context, ended);
+        return;
+    }
+    auto *input = new QSocketNotifier(socket->descriptor(), QSocketNotifier::Read, context);
+    QObject::connect(input, &QSocketNotifier::activated, context, [socket, input, again] {
+        input->setEnabled(false);
+        input->deleteLater();
+        // A daemon with many clients closes idle connections.
+        again();
+    });
+}
+
+bool DaemonClient::follow(const QString &path, const Wait &wait, const std::function<bool()> &look) const
+{
+    const QDeadlineTimer deadline(wait.limit);
+    const ObjectWatch watch(fileOf(path));
+    std::unique_ptr<ControlSocket> connection;
+    const auto connect = [&] {
+        connection = std::make_unique<ControlSocket>();
+        if (const int error = connection->connect(fileOf(DaemonObjects::Control)))
+            throw unreachable(error);
+    };
+    connect();
+    while (!look()) {
+        if (deadline.hasExpired())
+            return false;
+        const QDeadlineTimer next(watch.isWatching() ? deadline.remainingTime()
+                                                     : qMin<qint64>(deadline.remainingTime(), LookEvery));
+        waitForInput({watch.descriptor(), connection->descriptor()}, next, wait.runsEventLoop);
+        watch.clear();
+        // A daemon with many clients closes idle connections.
+        if (QByteArray nothing; connection->receive(&nothing) != EAGAIN)
+            connect();
+    }
+    return true;
 }
 
 bool DaemonClient::isReady() const

@@ -229,7 +229,6 @@ ApplicationWindow {
 
                     anchors.fill: parent
                     visible: window.current === "scenarios"
-                    number: phone.scenario
                     onProblem: text => status.text = text
                 }
             }

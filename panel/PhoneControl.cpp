@@ -1,99 +1,62 @@
 #include "PhoneControl.hpp"
 
+#include <oz/client/DaemonObjects.hpp>
+
 #include <utility>
 
-using oz::PpsObject;
-using oz::PpsOpenMode;
+using oz::client::DaemonError;
+namespace DaemonObjects = oz::client::DaemonObjects;
 
 namespace {
 
 const QString Name = QStringLiteral("name");
 const QString Source = QStringLiteral("source");
 
-QVariantMap attributesOf(const QByteArray &message)
-{
-    const QVariantMap objects = PpsObject::decode(message);
-    return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
-}
-
 } // namespace
 
 PhoneControl::PhoneControl(QObject *parent)
-    : QObject(parent), m_statusObject(QStringLiteral("/pps/system/ozdeviced/status")),
-      m_ledStatus(QStringLiteral("/pps/services/led/status")),
-      m_vibration(QStringLiteral("/pps/services/vibration/activity")), m_led(Qt::transparent)
+    : QObject(parent), m_phone(DaemonObjects::Phone, [this](const QVariantMap &told) { takePhone(told); }),
+      m_statusObject(DaemonObjects::Status,
+          [this](const QVariantMap &status) {
+              m_status = status.value(QStringLiteral("facilities")).toMap();
+              gather();
+          }),
+      m_ledStatus(
+          QStringLiteral("/pps/services/led/status"), [this](const QVariantMap &lit) { takeLed(lit); }),
+      m_vibration(QStringLiteral("/pps/services/vibration/activity"),
+          [this](const QVariantMap &activity) {
+              m_vibrating = activity.value(QStringLiteral("running")).toBool();
+              Q_EMIT vibratingChanged();
+          }),
+      m_led(Qt::transparent)
 {
-    connect(&m_statusObject, &PpsObject::readyRead, this, &PhoneControl::readStatus);
-    connect(&m_ledStatus, &PpsObject::readyRead, this, &PhoneControl::readLed);
-    connect(&m_vibration, &PpsObject::readyRead, this, &PhoneControl::readVibration);
-    connect(&m_again, &QTimer::timeout, this, &PhoneControl::openObjects);
-    m_again.setInterval(2000);
-    openObjects();
-    connect(&m_link, &DaemonLink::opened, this, &PhoneControl::follow);
 }
 
-void PhoneControl::openObjects()
+void PhoneControl::takePhone(const QVariantMap &told)
 {
-    bool isComplete = true;
-    const auto open = [&](PpsObject *object, void (PhoneControl::*read)()) {
-        if (object->isOpen())
-            return;
-        if (object->open(PpsOpenMode::Subscribe))
-            (this->*read)();
-        else
-            isComplete = false;
+    if (told.isEmpty())
+        return; // the daemon has ended, and may come back
+    const QString mark = told.value(QStringLiteral("description")).toString();
+    if (std::exchange(m_description, mark) != mark)
+        describe();
+    const auto take = [&]<typename Value>(Value *value, const char *name, void (PhoneControl::*signal)()) {
+        const auto next = told.value(QLatin1String(name)).template value<Value>();
+        if (std::exchange(*value, next) != next)
+            Q_EMIT(this->*signal)();
     };
-    open(&m_statusObject, &PhoneControl::readStatus);
-    open(&m_ledStatus, &PhoneControl::readLed);
-    open(&m_vibration, &PhoneControl::readVibration);
-    if (isComplete)
-        m_again.stop();
-    else
-        m_again.start();
-}
-
-void PhoneControl::follow()
-{
-    openObjects();
-    m_version = QVariant();
-    m_description.clear();
-    look();
-}
-
-// Asks anew as long as there is somebody who answers.
-void PhoneControl::look()
-{
-    QVariantMap known;
-    if (m_version.isValid())
-        known.insert(QStringLiteral("from"), m_version);
-    m_link.ask(QStringLiteral("phone"), known, [this](const QVariantMap &told, const QString &problem) {
-        if (!problem.isEmpty())
-            return; // it is opened again
-        m_version = told.value(QStringLiteral("version"));
-        if (const QString mark = told.value(QStringLiteral("description")).toString();
-            std::exchange(m_description, mark) != mark)
-            describe();
-        look();
-        const auto take = [&]<typename Value>(
-                              Value *value, const char *name, void (PhoneControl::*signal)()) {
-            const auto next = told.value(QLatin1String(name)).template value<Value>();
-            if (std::exchange(*value, next) != next)
-                Q_EMIT(this->*signal)();
-        };
-        take(&m_values, "values", &PhoneControl::valuesChanged);
-        take(&m_neighbours, "neighbours", &PhoneControl::neighboursChanged);
-        take(&m_scenario, "scenario", &PhoneControl::scenarioChanged);
-    });
+    take(&m_values, "values", &PhoneControl::valuesChanged);
+    take(&m_neighbours, "neighbours", &PhoneControl::neighboursChanged);
 }
 
 void PhoneControl::describe()
 {
-    m_link.ask(QStringLiteral("describe"), {}, [this](const QVariantMap &told, const QString &problem) {
-        if (!problem.isEmpty())
-            return;
-        m_parts = told.value(QStringLiteral("simulated")).toMap();
-        gather();
-    });
+    m_daemon.askLater(QStringLiteral("describe"), {}, this,
+        [this](const QVariant &told, const std::optional<DaemonError> &error) {
+            if (error)
+                return m_description.clear(); // it is asked for with the next change
+            m_parts = told.toMap().value(QStringLiteral("simulated")).toMap();
+            gather();
+        });
 }
 
 void PhoneControl::gather()
@@ -122,11 +85,13 @@ int PhoneControl::tell(const QStringList &words)
 {
     const QString order = words.join(u' ');
     const int number = ++m_orders;
-    m_link.ask(QStringLiteral("sim"),
-        {{QStringLiteral("facility"), words.value(0)}, {QStringLiteral("verb"), words.value(1)},
-            {QStringLiteral("arguments"), words.mid(2)}},
-        [this, order, number](
-            const QVariantMap &, const QString &problem) { Q_EMIT answered(order, problem, number); });
+    m_daemon.askLater(QStringLiteral("sim"),
+        QVariantMap{{QStringLiteral("facility"), words.value(0)}, {QStringLiteral("verb"), words.value(1)},
+            {QStringLiteral("arguments"), words.mid(2)}, {QStringLiteral("publish"), true}},
+        this, [this, order, number](const QVariant &, const std::optional<DaemonError> &error) {
+            m_phone.read();
+            Q_EMIT answered(order, error ? error->text() : QString(), number);
+        });
     return number;
 }
 
@@ -140,15 +105,8 @@ int PhoneControl::bring(const QVariantMap &neighbour, bool inRange)
     return tell({part, verb, neighbour.value(Name).toString()});
 }
 
-void PhoneControl::readStatus()
+void PhoneControl::takeLed(const QVariantMap &lit)
 {
-    m_status = attributesOf(m_statusObject.read()).value(QStringLiteral("facilities")).toMap();
-    gather();
-}
-
-void PhoneControl::readLed()
-{
-    const QVariantMap lit = attributesOf(m_ledStatus.read());
     const auto element = [&](const QString &name) {
         const QVariant value = lit.value(name);
         return value.toBool() && value != QStringLiteral("off") ? 255 : 0;
@@ -157,10 +115,4 @@ void PhoneControl::readLed()
         element(QStringLiteral("red")), element(QStringLiteral("green")), element(QStringLiteral("blue")));
     m_led = shown == QColor(Qt::black) ? QColor(Qt::transparent) : shown;
     Q_EMIT ledChanged();
-}
-
-void PhoneControl::readVibration()
-{
-    m_vibrating = attributesOf(m_vibration.read()).value(QStringLiteral("running")).toBool();
-    Q_EMIT vibratingChanged();
 }

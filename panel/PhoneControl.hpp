@@ -1,8 +1,7 @@
 #pragma once
 
-#include "DaemonLink.hpp"
-
-#include <oz/PpsObject.hpp>
+#include <oz/client/DaemonClient.hpp>
+#include <oz/client/FollowedObject.hpp>
 
 #include <QColor>
 #include <QStringList>
@@ -32,8 +31,6 @@ class PhoneControl : public QObject
     Q_PROPERTY(QVariantMap values READ values NOTIFY valuesChanged)
     /*! What is around the phone, in range or not: maps with "part", "name", "title" and "in-range". */
     Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
-    /*! Which of the scenarios that the daemon has played began last; 0 for none. */
-    Q_PROPERTY(int scenario READ scenario NOTIFY scenarioChanged)
     /*! The colour that the LED shows; transparent while it is dark, and where that is not known. */
     Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
     /*! Whether the motor runs. */
@@ -42,12 +39,11 @@ class PhoneControl : public QObject
 public:
     explicit PhoneControl(QObject *parent = nullptr);
 
-    [[nodiscard]] bool isReachable() const { return m_link.isOpen() || !m_status.isEmpty(); }
+    [[nodiscard]] bool isReachable() const { return !m_facilities.isEmpty(); }
     [[nodiscard]] bool isSimulated() const { return !m_parts.isEmpty(); }
     [[nodiscard]] QVariantList facilities() const { return m_facilities; }
     [[nodiscard]] QVariantMap values() const { return m_values; }
     [[nodiscard]] QVariantList neighbours() const { return m_neighbours; }
-    [[nodiscard]] int scenario() const { return m_scenario; }
     [[nodiscard]] QColor led() const { return m_led; }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 
@@ -60,35 +56,28 @@ Q_SIGNALS:
     void changed();
     void valuesChanged();
     void neighboursChanged();
-    void scenarioChanged();
     void ledChanged();
     void vibratingChanged();
     /*! \a problem is empty where the phone did what it was told; values tells before what became of it. */
     void answered(const QString &order, const QString &problem, int number);
 
 private:
-    void follow();
+    void takePhone(const QVariantMap &told);
+    void takeLed(const QVariantMap &lit);
     void describe();
-    void look();
-    void openObjects();
     void gather();
-    void readStatus();
-    void readLed();
-    void readVibration();
 
-    DaemonLink m_link;
-    oz::PpsObject m_statusObject;
-    oz::PpsObject m_ledStatus;
-    oz::PpsObject m_vibration;
-    QTimer m_again; // for objects that are not there yet
+    oz::client::DaemonClient m_daemon;
+    oz::client::FollowedObject m_phone;
+    oz::client::FollowedObject m_statusObject;
+    oz::client::FollowedObject m_ledStatus;
+    oz::client::FollowedObject m_vibration;
     QVariantMap m_status; // of the facilities
     QVariantMap m_parts; // of the simulated phone
     QString m_description; // the mark of that
-    QVariant m_version;
     QVariantList m_facilities;
     QVariantMap m_values;
     QVariantList m_neighbours;
-    int m_scenario = 0;
     int m_orders = 0;
     QColor m_led;
     bool m_vibrating = false;

@@ -15,6 +15,7 @@ ScenarioControl::ScenarioControl(QObject *parent) : QObject(parent)
             QVariantMap{{QStringLiteral("name"), row[0]}, {QStringLiteral("description"), row[1]},
                 {QStringLiteral("file"), oz::tools::scenarioFile(row[0])}});
     }
+    connect(&m_follower, &oz::client::ScenarioFollower::told, this, &ScenarioControl::take);
     m_recorder.setProcessChannelMode(QProcess::MergedChannels);
     connect(&m_recorder, &QProcess::stateChanged, this, &ScenarioControl::recordingChanged);
     connect(&m_recorder, &QProcess::finished, this, [this] {
@@ -50,10 +51,11 @@ QString ScenarioControl::state() const
 
 void ScenarioControl::order(const QString &request, const QVariantMap &data)
 {
-    m_orders.ask(request, data, [this](const QVariantMap &, const QString &problem) {
-        if (!problem.isEmpty())
-            Q_EMIT refused(problem);
-    });
+    oz::client::DaemonClient().askLater(request, data.isEmpty() ? QVariant() : data, this,
+        [this](const QVariant &, const std::optional<oz::client::DaemonError> &error) {
+            if (error)
+                Q_EMIT refused(error->text());
+        });
 }
 
 void ScenarioControl::play(const QString &file, const QString &speed, bool keepGoing)
@@ -68,37 +70,14 @@ void ScenarioControl::setSpeed(const QString &speed)
     order(QStringLiteral("scenario-speed"), {{QStringLiteral("speed"), speed}});
 }
 
-void ScenarioControl::setNumber(int number)
-{
-    if (std::exchange(m_number, number) == number)
-        return;
-    Q_EMIT numberChanged();
-    m_told.clear();
-    m_met = m_failed = 0;
-    Q_EMIT restarted();
-    Q_EMIT changed();
-    // Answers about the one before come on the old way, if at all.
-    m_log.reset();
-    if (m_number == 0)
-        return;
-    m_log = std::make_unique<DaemonLink>();
-    connect(m_log.get(), &DaemonLink::opened, this, &ScenarioControl::follow);
-}
-
-void ScenarioControl::follow()
-{
-    QVariantMap from{{QStringLiteral("from"), m_told.value(QStringLiteral("next"), 0)}};
-    if (const QVariant turns = m_told.value(QStringLiteral("turns")); turns.isValid())
-        from.insert(QStringLiteral("turns"), turns);
-    m_log->ask(QStringLiteral("scenario"), from, [this](const QVariantMap &told, const QString &problem) {
-        if (problem.isEmpty())
-            take(told);
-    });
-}
-
 void ScenarioControl::take(const QVariantMap &told)
 {
     m_told = told;
+    if (const int number = told.value(QStringLiteral("number")).toInt();
+        std::exchange(m_number, number) != number) {
+        m_met = m_failed = 0;
+        Q_EMIT restarted();
+    }
     const QVariantList entries = m_told.take(QStringLiteral("entries")).toList();
     for (const QVariant &each : entries) {
         const QVariantMap entry = each.toMap();
@@ -111,8 +90,6 @@ void ScenarioControl::take(const QVariantMap &told)
             tr("%1 s").arg(QLocale().toString(seconds, 'f', 1)), textOf("text"), outcome, textOf("detail"));
     }
     Q_EMIT changed();
-    if (text("state") == u"playing")
-        follow();
 }
 
 QString ScenarioControl::recording() const

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DaemonLink.hpp"
+#include <oz/client/ScenarioFollower.hpp>
 
 #include <QProcess>
 #include <QUrl>
@@ -32,8 +32,6 @@ class ScenarioControl : public QObject
     Q_PROPERTY(QString problem READ problem NOTIFY changed)
     /*! The file that is being recorded; empty while none is. */
     Q_PROPERTY(QString recording READ recording NOTIFY recordingChanged)
-    /*! Which of the scenarios that the daemon played is followed: another number follows another one. */
-    Q_PROPERTY(int number READ number WRITE setNumber NOTIFY numberChanged)
 
 public:
     explicit ScenarioControl(QObject *parent = nullptr);
@@ -50,8 +48,6 @@ public:
     [[nodiscard]] int failed() const { return m_failed; }
     [[nodiscard]] QString problem() const { return text("problem"); }
     [[nodiscard]] QString recording() const;
-    [[nodiscard]] int number() const { return m_number; }
-    void setNumber(int number);
 
     /*! Plays a file, at a speed ("1", "60", "max"), past steps that fail where it is to keep going. */
     Q_INVOKABLE void play(const QString &file, const QString &speed, bool keepGoing);
@@ -68,7 +64,6 @@ public:
 Q_SIGNALS:
     void changed();
     void recordingChanged();
-    void numberChanged();
     /*! A step was done: what it was, when ("12.3 s"), and "done", "waiting", "passed", "failed" or "said". */
     void stepped(const QString &time, const QString &text, const QString &outcome, const QString &detail);
     /*! Another scenario is followed from its beginning. */
@@ -81,11 +76,9 @@ Q_SIGNALS:
 private:
     [[nodiscard]] QString text(const char *key) const;
     void order(const QString &request, const QVariantMap &data = {});
-    void follow();
     void take(const QVariantMap &told);
 
-    DaemonLink m_orders;
-    std::unique_ptr<DaemonLink> m_log; // a new one for each that is followed
+    oz::client::ScenarioFollower m_follower;
     QVariantList m_installed;
     QVariantMap m_told;
     int m_met = 0;

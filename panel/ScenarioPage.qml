@@ -7,8 +7,6 @@ import oz.panel
 Scroller {
     id: page
 
-    // Which of those that the daemon has played is shown.
-    property alias number: scenario.number
     readonly property alias state: scenario.state
     readonly property bool isOn: scenario.state === "playing" || scenario.state === "paused"
 

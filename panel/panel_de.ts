@@ -2,13 +2,6 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
-    <name>DaemonLink</name>
-    <message>
-        <source>the services were started anew</source>
-        <translation>die Dienste wurden neu gestartet</translation>
-    </message>
-</context>
-<context>
     <name>FacilityPage</name>
     <message>
         <source>Fed by %1, which is shown and cannot be told anything here</source>

@@ -2,9 +2,9 @@
 
 #include "PhoneLink.hpp"
 
+#include <oz/client/DaemonObjects.hpp>
 #include <oz/client/PrivateDaemon.hpp>
 
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -21,6 +21,7 @@ namespace oz::testing {
 
 using client::DaemonClient;
 using client::DaemonError;
+namespace DaemonObjects = client::DaemonObjects;
 using client::PrivateDaemon;
 
 PhoneError::PhoneError(const QString &text) : std::runtime_error(text.toStdString()) { }
@@ -30,7 +31,9 @@ PhoneError::~PhoneError() = default;
 namespace {
 
 const QString Scenario = QStringLiteral("the scenario"); // in errors
-constexpr qint64 Newest = std::numeric_limits<qint64>::max(); // of what a scenario does
+const QString State = QStringLiteral("state");
+constexpr qint64 Newest = std::numeric_limits<qint64>::max(); // nothing of a log or list
+constexpr qsizetype MostShown = 10; // requests in an error
 
 // The phone that this process sees.
 std::atomic<const Phone *> s_ofProcess = nullptr;
@@ -64,10 +67,24 @@ QString limitText(std::chrono::milliseconds limit)
     return QString::number(seconds(limit)) + QLatin1String(" s");
 }
 
+// What the services tell of the scenario, without its log.
+QVariantMap playing(const DaemonClient &daemon)
+{
+    return daemon.ask(QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}}).toMap();
+}
+
 PhoneRequest requestOf(const QVariantMap &told)
 {
     return {told.value(QStringLiteral("request")).toString(), told.value(QStringLiteral("values")).toMap(),
         std::chrono::milliseconds(qint64(told.value(QStringLiteral("at")).toDouble() * 1000))};
+}
+
+QString textOf(const PhoneRequest &request)
+{
+    QString text = request.kind;
+    for (auto value = request.values.cbegin(); value != request.values.cend(); ++value)
+        text += u' ' + value.key() + u'=' + value->toString();
+    return text;
 }
 
 // What a call waits for that ends by an answer of the services, beyond what they wait themselves.
@@ -97,14 +114,21 @@ public:
         (void)link.request(QStringLiteral("a phone's start"), QStringLiteral("observe"));
     }
 
-    [[nodiscard]] QVariantMap askForRequests(const QString &what, QVariantMap order,
-        std::chrono::milliseconds limit = std::chrono::milliseconds(0)) const
+    // All that the services know, page by page.
+    [[nodiscard]] QList<PhoneRequest> requests(const QString &kind, const QString &with = {}) const
     {
-        if (!order.contains(QStringLiteral("from")))
-            order.insert(QStringLiteral("from"), from.load());
-        return link.guarded(what, [&](const DaemonClient &daemon) {
-            return daemon.ask(QStringLiteral("requests"), order, waitBeyond(limit)).toMap();
-        });
+        QList<PhoneRequest> all;
+        QVariantMap order{{QStringLiteral("request"), kind}, {QStringLiteral("with"), with}};
+        for (qint64 next = from;;) {
+            order.insert(QStringLiteral("from"), next);
+            const QVariantMap told = link.request(kind, QStringLiteral("requests"), order);
+            const QVariantList page = told.value(QStringLiteral("requests")).toList();
+            if (page.isEmpty())
+                return all;
+            for (const QVariant &each : page)
+                all.append(requestOf(each.toMap()));
+            next = page.last().toMap().value(QStringLiteral("number")).toLongLong() + 1;
+        }
     }
 
     std::unique_ptr<PrivateDaemon> services;
@@ -275,37 +299,37 @@ void Phone::waitFor(const QString &condition, std::chrono::milliseconds limit) c
 
 QList<PhoneRequest> Phone::requests(const QString &kind) const
 {
-    QList<PhoneRequest> all;
-    QVariantMap order{{QStringLiteral("request"), kind}};
-    for (;;) {
-        const QVariantList told =
-            d->askForRequests(QStringLiteral("requests"), order).value(QStringLiteral("requests")).toList();
-        for (const QVariant &each : told)
-            all.append(requestOf(each.toMap()));
-        if (told.isEmpty())
-            return all;
-        order.insert(
-            QStringLiteral("from"), told.last().toMap().value(QStringLiteral("number")).toLongLong() + 1);
-    }
+    return d->requests(kind);
 }
 
 QList<PhoneRequest> Phone::waitForRequests(
     int count, const QString &kind, const QString &with, std::chrono::milliseconds limit) const
 {
-    const QString what = with.isEmpty() ? kind : QString(kind + QLatin1String(" with ") + with);
-    const QVariantMap told = d->askForRequests(what,
-        {{QStringLiteral("request"), kind}, {QStringLiteral("with"), with}, {QStringLiteral("times"), count},
-            {QStringLiteral("within"), seconds(limit)}},
-        limit);
     QList<PhoneRequest> found;
-    for (const QVariant &each : told.value(QStringLiteral("requests")).toList())
-        found.append(requestOf(each.toMap()));
-    return found;
+    const auto look = [&] { return (found = d->requests(kind, with)).size() >= count; };
+    const QString what = with.isEmpty() ? kind : QString(kind + QLatin1String(" with ") + with);
+    const bool hasCome = d->link.guarded(what, [&](const DaemonClient &daemon) {
+        return daemon.follow(DaemonObjects::Requests, {limit, true}, look);
+    });
+    if (hasCome)
+        return found;
+    QStringList asked;
+    for (const PhoneRequest &request : d->requests({}))
+        asked.append(textOf(request));
+    d->link.fail(what,
+        QStringLiteral("%1 of %2 came within %3; ").arg(found.size()).arg(count).arg(limitText(limit))
+            + (asked.isEmpty() ? QStringLiteral("nothing was asked")
+                               : QLatin1String("asked was ")
+                        + QStringList(asked.last(std::min(MostShown, asked.size())))
+                              .join(QLatin1String(", "))));
 }
 
 void Phone::forgetRequests()
 {
-    d->from = d->askForRequests(QStringLiteral("requests"), {}).value(QStringLiteral("next")).toLongLong();
+    const QVariantMap order{{QStringLiteral("from"), Newest}};
+    d->from = d->link.request(QStringLiteral("requests"), QStringLiteral("requests"), order)
+                  .value(QStringLiteral("next"))
+                  .toLongLong();
 }
 
 void Phone::play(const QString &file, const PlayOptions &options)
@@ -327,12 +351,10 @@ bool Phone::isPlaying() const
 {
     return d->link.guarded(Scenario, [](const DaemonClient &daemon) {
         try {
-            const QVariantMap order{{QStringLiteral("from"), Newest}, {QStringLiteral("now"), true}};
-            const QVariantMap told = daemon.ask(QStringLiteral("scenario"), order).toMap();
-            return told.value(QStringLiteral("state")).toString() == u"playing";
+            return playing(daemon).value(State) == QStringLiteral("playing");
         } catch (const DaemonError &error) {
             if (error.kind() == DaemonError::Refused)
-                return false;
+                return false; // none has been played
             throw;
         }
     });
@@ -340,26 +362,16 @@ bool Phone::isPlaying() const
 
 void Phone::waitUntilPlayed(std::chrono::milliseconds limit) const
 {
-    const QDeadlineTimer deadline(limit);
-    const QVariantMap told = d->link.guarded(Scenario, [&](const DaemonClient &daemon) {
-        for (QVariantMap state;;) {
-            // The services answer when it is over, and from time to time before.
-            try {
-                const DaemonClient::Wait wait{std::chrono::milliseconds(deadline.remainingTime()), true};
-                state =
-                    daemon
-                        .ask(QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}}, wait)
-                        .toMap();
-            } catch (const DaemonError &error) {
-                if (error.kind() == DaemonError::Silent)
-                    d->link.fail(Scenario, QLatin1String("it still plays after ") + limitText(limit));
-                throw;
-            }
-            if (state.value(QStringLiteral("state")) != QStringLiteral("playing"))
-                return state;
-        }
+    QVariantMap told;
+    const bool isOver = d->link.guarded(Scenario, [&](const DaemonClient &daemon) {
+        return daemon.follow(DaemonObjects::Scenario, {limit, true}, [&] {
+            told = playing(daemon);
+            return told.value(State) != QStringLiteral("playing");
+        });
     });
-    if (told.value(QStringLiteral("state")) == QStringLiteral("passed"))
+    if (!isOver)
+        d->link.fail(Scenario, QLatin1String("it still plays after ") + limitText(limit));
+    if (told.value(State) == QStringLiteral("passed"))
         return;
     const bool isLate = told.value(QStringLiteral("late")).toBool();
     d->link.fail(Scenario,

@@ -25,6 +25,9 @@ namespace {
 
 const QString StatusPpsPath = QStringLiteral("/pps/system/ozdeviced/status");
 const QString ControlPpsPath = QStringLiteral("/pps/system/ozdeviced/control");
+const QString PhonePpsPath = QStringLiteral("/pps/system/ozdeviced/phone");
+// Looking at the phone takes about two milliseconds, and people see no more changes than this.
+constexpr std::chrono::milliseconds Together(50);
 // In the store.
 const QString SavedObjects = QStringLiteral("objects");
 const QString SavedSources = QStringLiteral("sources");
@@ -288,13 +291,16 @@ private:
 
 Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode> &phone, Start start)
     : m_lock(std::make_unique<RootLock>()), m_store(QStringLiteral("/pps/.ozdeviced")), m_tree(m_store),
-      m_status(m_tree, StatusPpsPath),
+      m_status(m_tree, StatusPpsPath), m_phone(m_tree, PhonePpsPath, 0600),
       m_scenarios(m_tree,
           {[this]() -> PhoneClock & { return m_running->phone().clock(); },
               [this](const QStringList &words) { m_running->tellPhone(words.first(), words.mid(1)); },
               [this] { return m_running->makeOrderCheck(); }}),
-      m_watch([this] { return lookAtPhone(); }), m_control(m_tree, ControlPpsPath, requests())
+      m_control(m_tree, ControlPpsPath, requests())
 {
+    m_phoneChanges.setSingleShot(true);
+    m_phoneChanges.setInterval(Together);
+    m_phoneChanges.callOnTimeout([this] { publishPhone(); });
     m_control.setMessageLimit(MaxMessageSize); // scenarios come with requests
     if (start == Start::Fresh)
         m_store.clear();
@@ -305,7 +311,6 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
     m_tree.endStart();
     connect(&m_tree, &Tree::problemsChanged, this, &Daemon::checkReady);
     m_running->onChange(this, [this] { checkReady(); });
-    connect(&m_scenarios, &ScenarioService::began, &m_watch, &PhoneWatch::change);
     watchPhone();
     checkReady();
 }
@@ -338,8 +343,8 @@ void Daemon::reload(const Configuration &configuration)
 void Daemon::watchPhone()
 {
     if (SimulatedPhone *phone = m_running->phoneInUse())
-        phone->onChange([this] { m_watch.change(); });
-    m_watch.change();
+        phone->onChange([this] { publishPhoneLater(); });
+    publishPhone();
 }
 
 QVariantMap Daemon::description() const
@@ -349,14 +354,20 @@ QVariantMap Daemon::description() const
         {QStringLiteral("sources"), m_running->sources()}};
 }
 
-QVariantMap Daemon::lookAtPhone() const
+void Daemon::publishPhoneLater()
 {
+    if (!m_phoneChanges.isActive())
+        m_phoneChanges.start();
+}
+
+void Daemon::publishPhone()
+{
+    m_phoneChanges.stop();
     const SimulatedPhone *phone = m_running->phoneInUse();
     QVariantMap seen = phone ? phone->values() : QVariantMap();
     const auto mark = qHash(QJsonDocument(QJsonObject::fromVariantMap(description())).toJson());
     seen.insert(QStringLiteral("description"), QString::number(mark));
-    seen.insert(QStringLiteral("scenario"), m_scenarios.plays());
-    return seen;
+    m_phone.publish(seen);
 }
 
 // The daemon's control object is served once everything is published; from then on it says what is missing.
@@ -408,7 +419,6 @@ RequestTable Daemon::requests()
         {QStringLiteral("sim"), {}, answered(&Daemon::sim)}};
     for (RequestTable &further : std::array{m_scenarios.requests(), m_observation.requests()})
         std::move(further.begin(), further.end(), std::back_inserter(requests));
-    requests.push_back(m_watch.request());
     return requests;
 }
 
@@ -429,8 +439,10 @@ Reply Daemon::sim(const Request &request)
     } catch (const Error &error) {
         return refusalFor(error);
     }
-    m_watch.change(); // services that die are no change of the phone
-    m_watch.tell(); // before the answer, so that who gave the order knows what became of it
+    if (order.value(QStringLiteral("publish")).toBool())
+        publishPhone();
+    else
+        publishPhoneLater(); // services that die are no change of the phone
     if (!m_tree.isTrue())
         return Reply::failure(EAGAIN, QLatin1String("done, but not published yet: ") + m_tree.problemText());
     return {};

@@ -2,12 +2,13 @@
 
 #include "daemon/Configuration.hpp"
 #include "daemon/Observation.hpp"
-#include "daemon/PhoneWatch.hpp"
 #include "daemon/ScenarioService.hpp"
 #include "publishing/ControlObject.hpp"
+#include "publishing/StatePublisher.hpp"
 #include "publishing/StateStore.hpp"
 
 #include <QObject>
+#include <QTimer>
 
 #include <memory>
 #include <optional>
@@ -17,10 +18,11 @@ namespace oz::services {
 /*!
  * All services of one device root. It serves, for tools:
  * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
- * the words that follow it in `ozdevice sim`), "describe", "phone" (see PhoneWatch: SimulatedPhone::values(),
- * a "description", which is another one when "describe" has another answer, and the number of the "scenario"
- * that began last), and those of ScenarioService and Observation, for the daemon's own user only. It is
- * served last, so where it can be opened, everything is published.
+ * the words that follow it in `ozdevice sim`; with "publish", the object "phone" has what became of it before
+ * the answer comes), "describe", and those of ScenarioService and Observation, for the daemon's own user
+ * only. It is served last, so where it can be opened, everything is published.
+ * - "/pps/system/ozdeviced/phone", for the daemon's own user only: SimulatedPhone::values(), and a
+ * "description", which is another one when "describe" has another answer.
  * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
  * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
  */
@@ -64,7 +66,8 @@ private:
     void removeLeftovers();
     [[nodiscard]] RequestTable requests();
     void watchPhone();
-    [[nodiscard]] QVariantMap lookAtPhone() const;
+    void publishPhone();
+    void publishPhoneLater();
     [[nodiscard]] QVariantMap description() const;
     [[nodiscard]] Reply describe(const Request &request);
     [[nodiscard]] Reply sim(const Request &request);
@@ -73,10 +76,11 @@ private:
     StateStore m_store;
     Tree m_tree;
     StatePublisher m_status;
+    StatePublisher m_phone;
+    QTimer m_phoneChanges; // what changes at the same time is published together
     std::unique_ptr<Running> m_running;
     ScenarioService m_scenarios;
     Observation m_observation{m_tree};
-    PhoneWatch m_watch;
     ControlObject m_control;
     bool m_isReady = false;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "publishing/ControlObject.hpp"
+#include "publishing/StatePublisher.hpp"
 #include "scenario/Condition.hpp"
 
 #include <QElapsedTimer>
@@ -19,18 +20,18 @@ namespace oz::services {
  * - "value" ("dat": "name") answers with the "value" of that name; without one where it is not known.
  * - "await" ("dat": "condition", and "within", seconds) answers when the condition holds, or with ETIMEDOUT
  * and its values when the time is over.
- * - "observe" begins to keep the requests of applications.
- * - "requests" ("dat": "from", and where wanted "request", "with", "times" and "within", as a scenario's
- * expect-request has them) answers with those from that number on, each with its "request", its "values", its
- * "number" and, in seconds since "observe", "at". It waits until there are so many, or answers with ETIMEDOUT
- * and what was asked for.
+ * - "observe" begins to keep the requests of applications, and to publish their "count" in the object
+ * "/pps/system/ozdeviced/requests", which is for the daemon's own user only.
+ * - "requests" ("dat": "from", and where wanted "request" and "with", as a scenario's expect-request has
+ * them) answers with those from that number on, each with its "request", its "values", its "number" and, in
+ * seconds since "observe", "at", and with the "next" number.
  */
 class Observation : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit Observation(const Tree &tree);
+    explicit Observation(Tree &tree);
 
     [[nodiscard]] RequestTable requests();
 
@@ -42,13 +43,11 @@ private:
         const AskedRequest *request;
         QVariantMap values;
     };
-    using Matches = std::function<bool(const Asked &asked)>;
-    /*! What is waited for: its reply where there is one yet, and the one when the time is over. */
     struct Waiting
     {
         Answer answer;
-        std::function<std::optional<Reply>()> reply;
-        std::function<Reply()> late;
+        Condition condition;
+        double seconds;
         std::unique_ptr<QTimer> timer;
     };
 
@@ -56,16 +55,18 @@ private:
     void await(const QVariantMap &order, const Answer &answer);
     void observe();
     void tellRequests(const QVariantMap &order, const Answer &answer);
-    void wait(const QVariantMap &order, Waiting waiting);
     void onAsked(const QString &path, const QVariantMap &message);
     void evaluateLater();
     void evaluate();
-    [[nodiscard]] QVariantList found(const Matches &matches) const;
+    /*! Answers where the condition holds, or the time is over. */
+    [[nodiscard]] static bool answers(const Waiting &waiting);
 
     const Tree &m_tree;
     QElapsedTimer m_clock; // since requests are kept
     std::vector<Asked> m_asked; // the newest
     qint64 m_next = 0; // number
+    StatePublisher m_count;
+    bool m_isCountPlanned = false;
     std::vector<Waiting> m_waiting;
     bool m_isEvaluationPlanned = false;
 };

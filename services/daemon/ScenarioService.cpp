@@ -1,6 +1,6 @@
 #include "daemon/ScenarioService.hpp"
 
-#include "daemon/LongPoll.hpp"
+#include "daemon/Paging.hpp"
 #include "phone/SimVerb.hpp"
 #include "source/Error.hpp"
 
@@ -88,10 +88,11 @@ ScenarioOptions optionsOf(const QVariantMap &order)
 
 } // namespace
 
-ScenarioService::ScenarioService(const Tree &tree, Phone phone) : m_tree(tree), m_phone(std::move(phone))
+ScenarioService::ScenarioService(Tree &tree, Phone phone)
+    : m_tree(tree), m_phone(std::move(phone)),
+      m_object(tree, QStringLiteral("/pps/system/ozdeviced/scenario"), 0600)
 {
-    m_patience.setSingleShot(true);
-    connect(&m_patience, &QTimer::timeout, this, [this] { answerWaiting(true); });
+    publish();
     m_waitLimit.setSingleShot(true);
     connect(&m_waitLimit, &QTimer::timeout, this,
         [this] { begin(m_application->hasCome() ? Begin::InTime : Begin::Late); });
@@ -120,7 +121,6 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
     m_told = told;
     m_told.insert(FileKey, file);
     ++m_plays;
-    Q_EMIT began();
     connect(m_player.get(), &ScenarioPlayer::logged, this, &ScenarioService::onLogged);
     connect(m_player.get(), &ScenarioPlayer::finished, this, &ScenarioService::onFinished);
     m_hasBegun = !wait;
@@ -140,6 +140,7 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
         // Whoever asked for it is told first that it plays.
         QMetaObject::invokeMethod(m_player.get(), &ScenarioPlayer::start, Qt::QueuedConnection);
     }
+    publish();
     return told;
 }
 
@@ -150,9 +151,8 @@ void ScenarioService::begin(Begin when)
     m_waitLimit.stop();
     m_hasBegun = true;
     m_isLate = when == Begin::Late;
-    ++m_turns;
     m_player->start();
-    answerWaiting(false);
+    publishLater();
 }
 
 ScenarioPlayer &ScenarioService::playing() const
@@ -172,8 +172,7 @@ void ScenarioService::setPaused(bool paused)
                            : QStringLiteral("the scenario is not paused"));
     }
     player.setPaused(paused);
-    ++m_turns;
-    answerWaiting(false);
+    publishLater();
 }
 
 void ScenarioService::stop(const QString &reason)
@@ -213,8 +212,7 @@ RequestTable ScenarioService::requests()
          })},
         {QStringLiteral("scenario-speed"), {}, answered([this](const QVariantMap &order) {
              playing().setSpeed(speedOf(order.value(SpeedKey)));
-             ++m_turns;
-             answerWaiting(false);
+             publishLater();
              return QVariant();
          })},
         {QStringLiteral("public-values"), {},
@@ -225,22 +223,11 @@ RequestTable ScenarioService::requests()
          })},
         {QStringLiteral("recorded"), {},
             answered([this](const QVariantMap &order) { return recorded(order); })},
-        {QStringLiteral("scenario"), {},
-            [this](const Request &request, const Answer &answer) {
-                const QVariantMap data = request.data.toMap();
-                const auto from = data.value(QStringLiteral("from")).toLongLong();
-                const bool isForNow = data.value(QStringLiteral("now")).toBool();
-                if (!m_player)
-                    return answer(Reply::failure(ENOENT, QStringLiteral("no scenario has been played")));
-                if (isForNow)
-                    return answer(tellFrom(from));
-                if (m_waiting.empty())
-                    m_patience.start(LongestPoll);
-                // A follower says what it has heard of, as a pause may come between an answer and its next
-                // request.
-                m_waiting.push_back({answer, from, data.value(QStringLiteral("turns"), m_turns).toInt()});
-                answerWaiting(false);
-            }},
+        {QStringLiteral("scenario"), {}, answered([this](const QVariantMap &order) {
+             if (!m_player)
+                 throw Error(QStringLiteral("no scenario has been played"));
+             return logFrom(order.value(QStringLiteral("from")).toLongLong());
+         })},
     };
 }
 
@@ -276,13 +263,7 @@ void ScenarioService::onLogged(const ScenarioEntry &entry)
         ++m_dropped;
     }
     Q_EMIT logged(entry);
-    // One answer for what happens at the same time.
-    if (!std::exchange(m_isAnswerPlanned, true)) {
-        QTimer::singleShot(0, this, [this] {
-            m_isAnswerPlanned = false;
-            answerWaiting(false);
-        });
-    }
+    publishLater();
 }
 
 void ScenarioService::onFinished()
@@ -290,39 +271,51 @@ void ScenarioService::onFinished()
     m_waitLimit.stop();
     m_application.reset();
     Q_EMIT finished(m_player->state(), m_player->problem());
-    answerWaiting(false);
+    publish(); // the daemon may be about to end
 }
 
-void ScenarioService::answerWaiting(bool all)
+// What happens at the same time is published together.
+void ScenarioService::publishLater()
 {
-    const bool isOver = m_player->state() != ScenarioPlayer::Playing;
-    std::erase_if(m_waiting, [&](const Waiting &waiting) {
-        if (!all && !isOver && waiting.from >= m_dropped + m_entries.size() && waiting.turns == m_turns)
-            return false;
-        waiting.answer(tellFrom(waiting.from));
-        return true;
-    });
+    if (!std::exchange(m_isPublishPlanned, true))
+        QTimer::singleShot(0, this, &ScenarioService::publish);
 }
 
-Reply ScenarioService::tellFrom(qsizetype from) const
+void ScenarioService::publish()
+{
+    m_isPublishPlanned = false;
+    m_object.publish(state());
+}
+
+QVariantMap ScenarioService::state() const
+{
+    QVariantMap state = m_told;
+    state.insert(QStringLiteral("number"), m_plays);
+    if (!m_player)
+        return state;
+    const auto [step, steps] = m_player->progress();
+    state.insert({{QStringLiteral("state"), QLatin1String(wordOf(m_player->state()))},
+        {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
+        {QStringLiteral("begun"), m_hasBegun}, {QStringLiteral("late"), m_isLate},
+        {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("step"), step},
+        {QStringLiteral("steps"), steps}, {QStringLiteral("problem"), m_player->problem()},
+        {QStringLiteral("count"), count()}});
+    return state;
+}
+
+QVariantMap ScenarioService::logFrom(qsizetype from) const
 {
     const qsizetype begin = std::clamp<qsizetype>(from - m_dropped, 0, m_entries.size());
     const qsizetype end = std::min(begin + MostAtOnce, m_entries.size());
     QVariantList entries;
     for (qsizetype i = begin; i < end; ++i)
         entries.append(m_entries[i].toMap());
+    QVariantMap log = state();
+    log.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end}});
     // What is left is told before the end is.
-    const auto state = end < m_entries.size() ? ScenarioPlayer::Playing : m_player->state();
-    QVariantMap told = m_told;
-    const auto [step, steps] = m_player->progress();
-    told.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end},
-        {QStringLiteral("state"), QLatin1String(wordOf(state))},
-        {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
-        {QStringLiteral("begun"), m_hasBegun}, {QStringLiteral("late"), m_isLate},
-        {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("turns"), m_turns},
-        {QStringLiteral("step"), step}, {QStringLiteral("steps"), steps},
-        {QStringLiteral("problem"), m_player->problem()}});
-    return {told, 0, {}};
+    if (end < m_entries.size())
+        log.insert(QStringLiteral("state"), QLatin1String(wordOf(ScenarioPlayer::Playing)));
+    return log;
 }
 
 } // namespace oz::services

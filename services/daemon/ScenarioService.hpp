@@ -2,6 +2,7 @@
 
 #include "daemon/ApplicationWatch.hpp"
 #include "publishing/ControlObject.hpp"
+#include "publishing/StatePublisher.hpp"
 #include "scenario/Recorder.hpp"
 #include "scenario/ScenarioPlayer.hpp"
 
@@ -10,7 +11,6 @@
 #include <QVariantMap>
 
 #include <memory>
-#include <vector>
 
 namespace oz::services {
 
@@ -22,11 +22,8 @@ namespace oz::services {
  * and "expectations", whether there are any. With "wait-for" ("open" or "request"; "none" is as without), the
  * scenario begins when an application has done that, or after "wait-limit" seconds (10) of the real time.
  * What applications do counts from before the answer on.
- * - "scenario" ("dat": "from"): waits for what happens, unless there is "now", and answers with the "entries"
- * of the log from that number on, the "next" number, the "state" ("playing", "passed", "failed", "stopped"),
- * whether it has "begun", and "late" where no application came in time, whether it is "paused", its "speed",
- * the "problem", the number of the "step" among the file's own "steps",
- * and with what the answer to "play" said and the "file". It answers too when nothing happens for a while.
+ * - "scenario" ("dat": "from") answers with what is published of the scenario, the "entries" of its log from
+ * that number on, and the "next" number. The "state" is "playing" as long as there are more entries.
  * - "stop-scenario" ends it; "pause-scenario" has it and the phone's time stand still, "resume-scenario" has
  * them go on, "scenario-speed" ("dat": "speed", as for "play") changes the speed.
  * - "public-values" lists what conditions can name.
@@ -34,6 +31,12 @@ namespace oz::services {
  * begins to record what the device does, in the place of what was recorded before.
  * - "recorded" ("dat": "from", and "end" to end it) answers with the "steps" from that number on, their
  * "count", and the "phone" of the recording.
+ *
+ * "/pps/system/ozdeviced/scenario", for the daemon's own user only, has the scenario that was played last:
+ * its "number", which is 0 where there is none, its "file", what the answer to "play" said, the "state"
+ * ("playing", "passed", "failed", "stopped"), whether it has "begun", and "late" where no application came in
+ * time, whether it is "paused", its "speed", the "problem", the number of the "step" among the file's own
+ * "steps", and the "count" of the entries of its log.
  */
 class ScenarioService : public QObject
 {
@@ -48,36 +51,29 @@ public:
         std::function<Scenario::CheckOrder()> makeCheck;
     };
 
-    ScenarioService(const Tree &tree, Phone phone);
+    ScenarioService(Tree &tree, Phone phone);
 
     /*! Loads the file that \a order names, and plays it; throws Error. */
     QVariantMap play(const QVariantMap &order);
     void stop(const QString &reason);
     [[nodiscard]] RequestTable requests();
-    /*! How many scenarios have begun. */
-    [[nodiscard]] int plays() const { return m_plays; }
 
 Q_SIGNALS:
-    void began();
     void logged(const oz::services::ScenarioEntry &entry);
     void finished(oz::services::ScenarioPlayer::State state, const QString &problem);
 
 private:
-    struct Waiting
-    {
-        Answer answer;
-        qsizetype from;
-        int turns;
-    };
-
     [[nodiscard]] ScenarioPlayer &playing() const; // throws Error where there is none
     void setPaused(bool paused);
     enum class Begin { InTime, Late };
     void begin(Begin when);
     void onLogged(const ScenarioEntry &entry);
     void onFinished();
-    void answerWaiting(bool all);
-    [[nodiscard]] Reply tellFrom(qsizetype from) const;
+    void publish();
+    void publishLater();
+    [[nodiscard]] qsizetype count() const { return m_dropped + m_entries.size(); }
+    [[nodiscard]] QVariantMap state() const;
+    [[nodiscard]] QVariantMap logFrom(qsizetype from) const;
     void record(const QVariantMap &order);
     [[nodiscard]] QVariantMap recorded(const QVariantMap &order);
 
@@ -92,10 +88,8 @@ private:
     QVariantMap m_told; // of the scenario
     QList<ScenarioEntry> m_entries; // the newest
     qsizetype m_dropped = 0; // that were before those
-    int m_turns = 0; // pauses, their ends, changes of the speed, and the beginning that was waited for
-    std::vector<Waiting> m_waiting;
-    QTimer m_patience; // of those that wait
-    bool m_isAnswerPlanned = false;
+    StatePublisher m_object;
+    bool m_isPublishPlanned = false;
     std::unique_ptr<Recorder> m_recorder;
 };
 

@@ -6,6 +6,7 @@
 #include <oz/client/DaemonClient.hpp>
 #include <oz/client/DaemonObjects.hpp>
 #include <oz/client/PrivateDaemon.hpp>
+#include <oz/client/ScenarioFollower.hpp>
 
 #include <QElapsedTimer>
 #include <QFileInfo>
@@ -116,6 +117,74 @@ TEST_F(DaemonClientTest, WaitsUntilADaemonIsReady)
     EXPECT_EQ(isReadyForOthers(), 1);
     root.place(DaemonObjects::Status, "@status\npid:n:2147483646\n");
     EXPECT_EQ(isReadyForOthers(), ::geteuid() == 0 ? 0 : 1);
+}
+
+TEST_F(DaemonClientTest, FollowsAnObjectWhileTheDaemonLives)
+{
+    const QString path = DaemonObjects::Requests;
+    const auto look = [] { return false; };
+    EXPECT_THAT(errorOf([&] { (void)client.follow(path, {20s}, look); }), HasSubstr("unreachable 2 "));
+    ControlService service(DaemonObjects::Control, ControlService::hangUp);
+    EXPECT_FALSE(client.follow(path, {10ms}, look));
+    for (const bool runsEventLoop : {false, true}) {
+        int looks = 0;
+        EXPECT_TRUE(client.follow(path, {20s, runsEventLoop}, [&] {
+            // Each change follows a look.
+            EXPECT_TRUE(PpsPublisher(path).publish({{"count", ++looks}}));
+            return looks == 3;
+        }));
+        EXPECT_EQ(looks, 3);
+    }
+}
+
+// What a follower was told: the number and state of the scenario, and how many entries came.
+class Followed
+{
+public:
+    Followed()
+    {
+        QObject::connect(&m_follower, &ScenarioFollower::told, [this](const QVariantMap &told) {
+            state = told.value("number").toString() + ' ' + told.value("state").toString();
+            entries += told.value("entries").toList().size();
+        });
+        QObject::connect(&m_follower, &ScenarioFollower::lost, [this] { isLost = true; });
+    }
+    QString state;
+    qsizetype entries = 0;
+    bool isLost = false;
+
+private:
+    ScenarioFollower m_follower;
+};
+
+TEST(ScenarioFollowerTest, TellsEachScenarioFromItsBeginningAndTheEndOfTheDaemon)
+{
+    for (const bool isKilled : {true, false}) {
+        const DeviceRoot root;
+        Process daemon;
+        daemon.run(OZ_DAEMON, {"--config", "/dev/null", "--simulated"});
+        awaitDaemon(&daemon);
+        const auto play = [&](const QByteArray &steps) {
+            root.place("/s.json", "{\"steps\": [" + steps + "]}");
+            const QVariantMap order{{"file", root.file("/s.json")}, {"speed", "max"}};
+            (void)DaemonClient().ask("play", order);
+        };
+        Followed early;
+        play(R"({"repeat": 600, "steps": [{"say": "x"}]})");
+        EXPECT_TRUE(waitUntil([&] { return early.state == "1 passed"; })) << early.state.toStdString();
+        EXPECT_EQ(early.entries, 600) << "more than come in an answer";
+        Followed late;
+        EXPECT_TRUE(waitUntil([&] { return late.state == "1 passed"; }));
+        EXPECT_EQ(late.entries, 600);
+        play(R"({"say": "y"}, {"expect": "battery.level == 1", "within": 3000})");
+        (void)DaemonClient().ask("scenario-speed", QVariantMap{{"speed", 1}});
+        EXPECT_TRUE(waitUntil([&] { return early.entries == 601 && late.entries == 601; }))
+            << early.entries << ' ' << late.entries;
+        EXPECT_EQ(early.state, "2 playing");
+        EXPECT_FALSE(early.isLost);
+        isKilled ? daemon.kill() : daemon.terminate();
+        EXPECT_TRUE(waitUntil([&] { return isKilled ? early.isLost : early.state == "2 stopped"; }));
+    }
 }
 
 TEST(PrivateDaemonTest, SaysWhyItDoesNotStartAndLeavesNothing)

@@ -457,10 +457,9 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
 TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
-    const QString control = "/pps/system/ozdeviced/control";
-    const auto look = [&](qint64 from = -1) {
-        return ask(control, {{"msg", "phone"}, {"dat", QVariantMap{{"from", from}}}}).value("dat").toMap();
-    };
+    const QString path = "/pps/system/ozdeviced/phone";
+    const auto look = [&] { return attributesOf(path); };
+    EXPECT_EQ(root.mode(path), 0600u);
     QVariantMap seen = look();
     // Told again what it is, nothing of it changes.
     const QVariantMap parts = seen.value("values").toMap();
@@ -490,9 +489,6 @@ TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
     EXPECT_GT(told, 60);
     EXPECT_EQ(look().value("values"), seen.value("values"));
 
-    oz::testing::ServiceClient follower(control);
-    EXPECT_TRUE(follower.write(
-        PpsObject::encode({{"msg", "phone"}, {"dat", QVariantMap{{"from", look().value("version")}}}})));
     const auto speaker = [&] {
         for (const QVariant &each : seen.value("neighbours").toList()) {
             if (each.toMap().value("name") == "speaker")
@@ -501,15 +497,17 @@ TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
         return false;
     };
     EXPECT_FALSE(speaker());
-    settle();
-    EXPECT_EQ(follower.read(), QByteArray()); // there is nothing new
     sim("wifi-direct peer-appears speaker");
-    QByteArray answer;
-    EXPECT_TRUE(waitUntil([&] { return !(answer = follower.read()).isEmpty(); }));
-    seen = PpsObject::decode(answer).first().toMap().value("dat").toMap();
-    EXPECT_TRUE(speaker());
+    EXPECT_TRUE(waitUntil([&] {
+        seen = look();
+        return speaker();
+    }));
     const QVariant description = seen.value("description");
-    sim("display remove 1"); // a choice less
+    // A choice less, which is published before the answer where that is asked for.
+    const QVariantMap order{
+        {"facility", "display"}, {"verb", "remove"}, {"arguments", QStringList{"1"}}, {"publish", true}};
+    EXPECT_EQ(
+        ask("/pps/system/ozdeviced/control", {{"msg", "sim"}, {"dat", order}}).value("err"), QVariant());
     EXPECT_NE(look().value("description"), description);
 }
 

@@ -46,10 +46,8 @@ std::vector<arguments::Option> ScenarioOptions::addTo(const Verb &verb)
 }
 
 PlayedScenario::PlayedScenario(const ScenarioOptions &options, EventLoop &loop)
-    : m_options(options), m_loop(loop), m_file(scenarioFile(QString::fromStdString(options.scenario))),
-      m_control(QStringLiteral("/pps/system/ozdeviced/control"))
+    : m_options(options), m_loop(loop), m_file(scenarioFile(QString::fromStdString(options.scenario)))
 {
-    connect(&m_control, &PpsObject::readyRead, this, [this] { m_loop.guard([this] { onAnswer(); }); });
 }
 
 QVariantMap PlayedScenario::order() const
@@ -90,10 +88,16 @@ void PlayedScenario::play()
         printLine(painted(Paint::Bold, description));
     m_isPlaying = true;
     m_state = QStringLiteral("playing");
-    if (!m_control.open(PpsOpenMode::PublishSubscribe))
-        throw CommandError(
-            Unavailable, QLatin1String("cannot follow the scenario: ") + m_control.errorString());
-    ask();
+    m_follower = std::make_unique<client::ScenarioFollower>();
+    connect(m_follower.get(), &client::ScenarioFollower::told, this,
+        [this](const QVariantMap &news) { m_loop.guard([&] { take(news); }); });
+    connect(m_follower.get(), &client::ScenarioFollower::lost, this, [this] {
+        m_loop.guard([this] {
+            if (m_isPlaying)
+                throw CommandError(
+                    Unavailable, QStringLiteral("the services have gone while the scenario played"));
+        });
+    });
 }
 
 void PlayedScenario::stop()
@@ -103,34 +107,16 @@ void PlayedScenario::stop()
     try {
         (void)askDaemon(QStringLiteral("stop-scenario"));
     } catch (const CommandError &error) {
-        // It may have ended by itself, which the next answer tells.
+        // It may have ended by itself, which is told next.
         if (error.status() != Failed)
             throw;
     }
 }
 
-void PlayedScenario::ask()
+void PlayedScenario::take(const QVariantMap &told)
 {
-    const QVariantMap request{{QStringLiteral("msg"), QStringLiteral("scenario")},
-        {QStringLiteral("id"), m_next},
-        {QStringLiteral("dat"), QVariantMap{{QStringLiteral("from"), m_next}}}};
-    if (!m_control.write(PpsObject::encode(request)))
-        throw CommandError(Unavailable, QStringLiteral("the services have gone while the scenario played"));
-}
-
-void PlayedScenario::onAnswer()
-{
-    bool ok = false;
-    const QByteArray message = m_control.read(&ok);
-    if (!ok) {
-        if (m_control.error() == EAGAIN)
-            return;
-        throw CommandError(Unavailable, QStringLiteral("the services have gone while the scenario played"));
-    }
-    const QVariantMap answer = PpsObject::decode(message).value(QStringLiteral("@control")).toMap();
-    if (answer.value(QStringLiteral("err")).toInt() != 0)
-        throw CommandError(Failed, answer.value(QStringLiteral("errstr")).toString());
-    const QVariantMap told = answer.value(QStringLiteral("dat")).toMap();
+    if (!m_isPlaying)
+        return;
     if (told.value(QStringLiteral("begun")).toBool() && !std::exchange(m_hasBegun, true)) {
         if (told.value(QStringLiteral("late")).toBool())
             complain(QStringLiteral("%1 within %2 s; the scenario begins without it")
@@ -144,10 +130,9 @@ void PlayedScenario::onAnswer()
             Q_EMIT said(textAt(entry, "text"));
         m_entries.append(entry);
     }
-    m_next = told.value(QStringLiteral("next")).toLongLong();
     m_state = told.value(QStringLiteral("state")).toString();
     if (m_state == u"playing")
-        return ask();
+        return;
     m_isPlaying = false;
     m_problem = told.value(QStringLiteral("problem")).toString();
     if (m_state == u"stopped") {

@@ -4,7 +4,7 @@
 #include "ozdevice/EventLoop.hpp"
 #include "ozdevice/InstalledScenarios.hpp"
 
-#include <oz/PpsObject.hpp>
+#include <oz/client/ScenarioFollower.hpp>
 
 #include <QObject>
 #include <QVariantMap>
@@ -72,8 +72,7 @@ Q_SIGNALS:
 
 private:
     [[nodiscard]] QVariantMap order() const;
-    void ask();
-    void onAnswer();
+    void take(const QVariantMap &told);
     [[nodiscard]] QString absenceText() const;
     void print(const QVariantMap &entry) const;
     void writeReport() const;
@@ -81,8 +80,7 @@ private:
     const ScenarioOptions &m_options;
     EventLoop &m_loop;
     QString m_file;
-    PpsObject m_control;
-    qint64 m_next = 0;
+    std::unique_ptr<client::ScenarioFollower> m_follower; // while it plays
     bool m_isPlaying = false;
     bool m_hasBegun = false;
     bool m_hasExpectations = false;

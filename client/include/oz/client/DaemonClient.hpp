@@ -42,6 +42,16 @@ public:
     void askLater(
         const QString &request, const QVariant &data, QObject *context, const Answered &answered) const;
 
+    /*! Calls \a ended from the event loop when the daemon ends, or where there is none, unless \a context is
+     * destroyed before. */
+    void watchEnd(QObject *context, const std::function<void()> &ended) const;
+
+    /*!
+     * Calls \a look at once and after each change of the daemon's state object at \a path, until it returns
+     * true. Returns false where it has not within the limit; throws DaemonError where the daemon ends.
+     */
+    [[nodiscard]] bool follow(const QString &path, const Wait &wait, const std::function<bool()> &look) const;
+
     /*! Whether a daemon has published everything, also one of another user. */
     [[nodiscard]] bool isReady() const;
     /*! Waits for that. Returns false after \a limit, or as soon as \a goOn, which is called many times a

@@ -9,5 +9,11 @@ namespace oz::client::DaemonObjects {
 inline const QString Control = QStringLiteral("/pps/system/ozdeviced/control");
 /*! Tells which process the daemon is, and what feeds each facility. Everybody may read it. */
 inline const QString Status = QStringLiteral("/pps/system/ozdeviced/status");
+/*! What the simulated phone is like. This and the next two are for the daemon's user only. */
+inline const QString Phone = QStringLiteral("/pps/system/ozdeviced/phone");
+/*! The scenario that plays, or was played last; the daemon's request "scenario" has its log. */
+inline const QString Scenario = QStringLiteral("/pps/system/ozdeviced/scenario");
+/*! How many requests of applications have been observed; the daemon's request "requests" has them. */
+inline const QString Requests = QStringLiteral("/pps/system/ozdeviced/requests");
 
 } // namespace oz::client::DaemonObjects
