@@ -35,10 +35,7 @@ public:
     Q_INVOKABLE QString play(const QString &text)
     {
         m_root->place("/s.json", text.toUtf8());
-        const QVariantMap order{{"file", m_root->file("/s.json")}};
-        return ask("/pps/system/ozdeviced/control", {{"msg", "play"}, {"dat", order}})
-            .value("errstr")
-            .toString();
+        return daemonProblem("play", QVariantMap{{"file", m_root->file("/s.json")}});
     }
     Q_INVOKABLE [[nodiscard]] QString file(const QString &name) const { return m_root->file(name); }
     Q_INVOKABLE [[nodiscard]] QString read(const QString &name) const
@@ -46,10 +43,7 @@ public:
         QFile content(file(name));
         return content.open(QIODevice::ReadOnly) ? QString::fromUtf8(content.readAll()) : QString();
     }
-    Q_INVOKABLE [[nodiscard]] bool isRecording() const
-    {
-        return ask("/pps/system/ozdeviced/control", {{"msg", "recorded"}}).value("err").toInt() == 0;
-    }
+    Q_INVOKABLE [[nodiscard]] bool isRecording() const { return daemonProblem("recorded").isEmpty(); }
     Q_INVOKABLE void stall() { send(SIGSTOP); }
     Q_INVOKABLE void goOn() { send(SIGCONT); }
 
@@ -235,8 +229,7 @@ TEST_F(PictureTest, ThePanelTranslatesWhatTheDaemonSays)
     QFile file(OZ_PANEL "/panel_de.ts");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QString known = QString::fromUtf8(file.readAll());
-    const QVariantMap told = ask("/pps/system/ozdeviced/control", {{"msg", "describe"}}).value("dat").toMap();
-    for (const QVariant &part : told.value("simulated").toMap()) {
+    for (const QVariant &part : askDaemon("describe").value("simulated").toMap()) {
         for (const QVariant &verb : part.toMap().value("verbs").toList()) {
             for (const char *text : {"name", "help"}) {
                 const QString source = verb.toMap().value(text).toString().replace('\'', "&apos;");

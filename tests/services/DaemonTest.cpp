@@ -159,7 +159,7 @@ TEST_F(DaemonTest, TheInstalledConfigurationNamesEveryFacility)
 TEST_F(DaemonTest, SurvivesMalformedRequestsAndRefusesStrangers)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
-    oz::testing::ServiceClient control("/pps/system/ozdeviced/control");
+    ControlClient control("/pps/system/ozdeviced/control");
     const std::tuple<QByteArray, const char *> rows[] = {
         {"garbage",
             "@control\nerr:n:22\nerrstr::line 1: neither 'name:qualifier:value' nor '-name'\nres::\n"},

@@ -17,7 +17,7 @@ using namespace oz::testing;
 
 namespace {
 
-using Client = oz::testing::ServiceClient;
+using Client = ControlClient;
 
 class ActivityTest : public DeviceTest
 {

@@ -187,7 +187,7 @@ TEST_F(MiracastServiceTest, AMalformedRequestIsAnsweredWhereItCanBeAndHarmsNobod
 {
     const QByteArray nobodys[] = {"rubbish", "", "msg::miracast_shutdown\n", "id::x\n",
         "msg::miracast_shutdown\nid::" + QByteArray(300, 'x') + "\n", QByteArray(100'000, '\xff')};
-    oz::testing::ServiceClient control(Control);
+    ControlClient control(Control);
     for (const QByteArray &message : nobodys) {
         EXPECT_EQ(control.write(message), !message.isEmpty()) << "the connection has no empty messages";
         if (message.isEmpty())

@@ -26,8 +26,6 @@ using namespace oz::testing;
 
 namespace {
 
-const QString Control = "/pps/system/ozdeviced/control";
-
 class ScenarioTest : public DeviceTest
 {
 protected:
@@ -292,18 +290,15 @@ TEST_F(ScenarioTest, AStepThatFailsEndsItUnlessItKeepsGoing)
 
 TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
 {
-    const auto order = [](const QString &message, const QVariantMap &data = {{"from", -1}}) {
-        return ask(Control, {{"msg", message}, {"id", 1}, {"dat", data}});
-    };
-    const auto told = [&](const char *key) { return order("scenario").value("dat").toMap().value(key); };
-    EXPECT_EQ(order("pause-scenario").value("errstr"), "no scenario is playing");
+    const auto told = [&](const char *key) { return askDaemon("scenario").value(key); };
+    EXPECT_EQ(daemonProblem("pause-scenario"), "no scenario is playing");
     root.place("/s.json", R"({"steps": ["sdcard unmount", {"wait": 5}, "sdcard mount", {"wait": 1},
         {"expect": "battery.level == 7", "within": 3}, {"expect-request": "led.flash", "within": 3}]})");
     (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"speed", 2}});
     device::SdCardInfo card;
     EXPECT_TRUE(waitUntil([&] { return card.state() == device::SdCardState::Unmounted; }));
-    EXPECT_EQ(order("pause-scenario").value("errstr").toString(), QString());
-    EXPECT_EQ(order("pause-scenario").value("errstr"), "the scenario is paused already");
+    EXPECT_EQ(daemonProblem("pause-scenario"), "");
+    EXPECT_EQ(daemonProblem("pause-scenario"), "the scenario is paused already");
     EXPECT_EQ(told("paused"), true);
     const QString path = "/pps/system/ozdeviced/scenario";
     EXPECT_TRUE(waitUntil([&] { return attributesOf(path).value("paused") == true; }));
@@ -313,16 +308,16 @@ TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
     EXPECT_EQ(told("steps"), 6);
     EXPECT_EQ(told("step"), 2);
     sim("clock advance 60"); // by hand
-    EXPECT_EQ(order("scenario-speed", {{"speed", "max"}}).value("errstr").toString(), QString());
+    EXPECT_EQ(daemonProblem("scenario-speed", QVariantMap{{"speed", "max"}}), "");
     EXPECT_EQ(told("speed"), "max");
     settle();
     EXPECT_EQ(card.state(), device::SdCardState::Unmounted);
-    EXPECT_EQ(order("resume-scenario").value("errstr").toString(), QString());
+    EXPECT_EQ(daemonProblem("resume-scenario"), "");
     EXPECT_TRUE(waitUntil([&] { return told("step") == 5; }));
     // What is expected has the time that it says, without the pause's, and what is asked meanwhile counts.
-    (void)order("pause-scenario");
-    EXPECT_EQ(order("resume-scenario").value("errstr").toString(), QString());
-    (void)order("pause-scenario");
+    (void)askDaemon("pause-scenario");
+    EXPECT_EQ(daemonProblem("resume-scenario"), "");
+    (void)askDaemon("pause-scenario");
     EXPECT_EQ(card.state(), device::SdCardState::Mounted);
     device::Led led(device::LedColor::Red);
     led.flash(1);
@@ -331,19 +326,14 @@ TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
     EXPECT_TRUE(waitUntil([&] { return pause.elapsed() > 3100; }));
     sim("battery level 7");
     EXPECT_EQ(told("state"), "playing");
-    (void)order("resume-scenario");
+    (void)askDaemon("resume-scenario");
     EXPECT_TRUE(waitUntil([&] { return told("state") == "passed"; }));
 }
 
 TEST_F(ScenarioTest, WaitsForAnApplicationBeforeItBegins)
 {
     root.place("/s.json", R"({"steps": ["battery level 7", {"wait": 100}]})");
-    const auto told = [&](const char *key) {
-        return ask(Control, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", 0}}}})
-            .value("dat")
-            .toMap()
-            .value(key);
-    };
+    const auto told = [&](const char *key) { return askDaemon("scenario").value(key); };
     const auto reads = [&](const QString &path) {
         QFile file(root.file(path));
         EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << path.toStdString();
@@ -386,8 +376,7 @@ TEST_F(ScenarioTest, WaitsForAnApplicationBeforeItBegins)
         SCOPED_TRACE(who);
         (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"wait-for", what}});
         EXPECT_EQ(told("begun"), false);
-        EXPECT_EQ(ask(Control, {{"msg", "pause-scenario"}, {"dat", QVariantMap()}}).value("errstr"),
-            "the scenario has not begun; it waits for an application");
+        EXPECT_EQ(daemonProblem("pause-scenario"), "the scenario has not begun; it waits for an application");
         act();
         EXPECT_TRUE(!begins || waitUntil([&] { return told("begun").toBool(); }));
         daemon->scenarios().stop("that is enough");
@@ -479,7 +468,7 @@ TEST_F(ScenarioTest, ARecordingPlaysTheSameToApplicationsWithoutSayingWhoTheyAre
         "activity standby", "hardware name AnnSecret"};
     // At the beginning it is not as another phone is.
     sim("battery level 50");
-    (void)ask(Control, {{"msg", "record"}, {"id", 1}, {"dat", QVariantMap()}});
+    (void)askDaemon("record");
     QStringList heard = heardFrom([&](const auto &catchUp) {
         for (const QString &order : orders) {
             sim(order);

@@ -6,22 +6,19 @@
 #include <QJsonObject>
 
 #include <oz/DisplayTree.hpp>
+#include <oz/client/DaemonClient.hpp>
 
 #include <algorithm>
 #include <cmath>
 
 namespace oz::testing {
 
-namespace {
-const QString DaemonControl = "/pps/system/ozdeviced/control";
-}
-
-ServiceClient::ServiceClient(const QString &path) : PpsObject(path)
+ControlClient::ControlClient(const QString &path) : PpsObject(path)
 {
     EXPECT_TRUE(open(PpsOpenMode::PublishSubscribe)) << path.toStdString();
 }
 
-QByteArray ServiceClient::ask(const QByteArray &request)
+QByteArray ControlClient::ask(const QByteArray &request)
 {
     EXPECT_TRUE(write(request));
     QByteArray answer;
@@ -31,19 +28,30 @@ QByteArray ServiceClient::ask(const QByteArray &request)
 
 QVariantMap ask(const QString &path, const QVariantMap &request)
 {
-    const QVariantMap objects = PpsObject::decode(ServiceClient(path).ask(PpsObject::encode(request)));
+    const QVariantMap objects = PpsObject::decode(ControlClient(path).ask(PpsObject::encode(request)));
     return objects.isEmpty() ? QVariantMap() : objects.first().toMap();
+}
+
+QVariantMap askDaemon(const QString &request, const QVariant &data)
+{
+    return client::DaemonClient().ask(request, data, {.runsEventLoop = true}).toMap();
+}
+
+QString daemonProblem(const QString &request, const QVariant &data)
+{
+    try {
+        (void)askDaemon(request, data);
+    } catch (const client::DaemonError &error) {
+        return error.text();
+    }
+    return {};
 }
 
 QString simProblem(const QString &line)
 {
-    QStringList words = line.split(' ');
-    const QString facility = words.takeFirst();
-    const QVariant verb = words.isEmpty() ? QVariant("") : words.takeFirst();
-    const QVariantMap order{{"facility", facility}, {"verb", verb}, {"arguments", words}};
-    const QVariantMap answer = ask(DaemonControl, {{"msg", "sim"}, {"dat", order}});
-    EXPECT_EQ(answer.value("res"), "sim");
-    return answer.value("errstr").toString();
+    const QStringList words = line.split(' ');
+    return daemonProblem(
+        "sim", QVariantMap{{"facility", words[0]}, {"verb", words.value(1)}, {"arguments", words.mid(2)}});
 }
 
 void sim(const QString &line)
@@ -53,10 +61,7 @@ void sim(const QString &line)
 
 QByteArray endRecording()
 {
-    const QVariantMap recorded =
-        ask(DaemonControl, {{"msg", "recorded"}, {"dat", QVariantMap{{"from", 0}, {"end", true}}}})
-            .value("dat")
-            .toMap();
+    const QVariantMap recorded = askDaemon("recorded", QVariantMap{{"from", 0}, {"end", true}});
     const QByteArray phone =
         QJsonDocument(QJsonObject::fromVariantMap(recorded.value("phone").toMap())).toJson();
     const QByteArray steps = recorded.value("steps").toStringList().join(",\n").toUtf8();
@@ -86,12 +91,8 @@ void playStepByStep(const QString &file, const std::function<void()> &catchUp)
     ASSERT_FALSE(steps.isEmpty());
     // Its clock all but stands still, and is moved on by hand from the time of a step to that of the next.
     const QVariantMap order{{"file", file}, {"speed", 0.001}};
-    EXPECT_EQ(ask(DaemonControl, {{"msg", "play"}, {"dat", order}}).value("errstr"), QVariant());
-    const auto look = [] {
-        return ask(DaemonControl, {{"msg", "scenario"}, {"dat", QVariantMap{{"from", -1}}}})
-            .value("dat")
-            .toMap();
-    };
+    EXPECT_EQ(daemonProblem("play", order), "");
+    const auto look = [] { return askDaemon("scenario", QVariantMap{{"from", -1}}); };
     // It begins after it has answered.
     const auto first = std::count_if(
         steps.begin(), steps.end(), [](const QJsonValue &step) { return step["at"].toDouble() == 0; });

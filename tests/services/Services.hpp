@@ -8,16 +8,21 @@
 
 namespace oz::testing {
 
-/*! A client of a service that keeps its connection and hears the answers. */
-class ServiceClient : public PpsObject
+/*! A client of a control object that keeps its connection and hears the answers. */
+class ControlClient : public PpsObject
 {
 public:
-    explicit ServiceClient(const QString &path);
+    explicit ControlClient(const QString &path);
     QByteArray ask(const QByteArray &request);
 };
 
 /*! The attributes of the answer to a request, for which the event loop runs. */
 QVariantMap ask(const QString &path, const QVariantMap &request);
+
+/*! The data of the daemon's answer, for which the event loop runs; throws client::DaemonError. */
+QVariantMap askDaemon(const QString &request, const QVariant &data = {});
+/*! What is wrong with such a request; nothing where it is done. */
+QString daemonProblem(const QString &request, const QVariant &data = {});
 
 /*! Tells the phone what `ozdevice sim` would. */
 void sim(const QString &line);

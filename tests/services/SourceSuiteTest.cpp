@@ -502,8 +502,7 @@ TEST_P(LastingSuite, AStateThatWasChangedOutlivesTheDaemon)
 
 TEST_P(RecordingSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
 {
-    const QString control = "/pps/system/ozdeviced/control";
-    (void)ask(control, {{"msg", "record"}});
+    (void)askDaemon("record");
     changesAreHeard();
     const QByteArray recorded = endRecording();
     root.place("/recorded.json", recorded);
@@ -518,6 +517,14 @@ TEST_P(RecordingSuite, WhatItDoesIsRecordedAndHeardAgainOfASimulatedPhone)
             settleDisplay(*display);
         else
             settle();
+        // Lines of the power manager are read by a thread of the platform's.
+        if (const auto *device = qobject_cast<DeviceInfo *>(facility.get())) {
+            const QVariantMap state = askDaemon("value", QVariantMap{{"name", "activity.state"}});
+            EXPECT_TRUE(waitUntil([&] {
+                return (device->activityState() == UserActivityState::Active)
+                    == (state.value("value") == "active");
+            }));
+        }
     });
     // The first steps lead to where the recording began.
     const QString again = heard->settled();

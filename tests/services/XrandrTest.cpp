@@ -78,16 +78,13 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
     EXPECT_EQ(info.pixelSize(), QSize(800, 600));
     EXPECT_EQ(info.displayName(), "default");
     EXPECT_TRUE(info.isAttached() && info.isDetachable() && !info.isWireless());
-    const QString control = "/pps/system/ozdeviced/control";
-    const QVariantMap only{{"facilities", QStringList{"display"}}};
-    EXPECT_FALSE(ask(control, {{"msg", "record"}, {"id", 1}, {"dat", only}}).contains("err"));
+    EXPECT_EQ(daemonProblem("record", QVariantMap{{"facilities", QStringList{"display"}}}), "");
     xrandr(display, "-s 1024x768");
     EXPECT_EQ(signalled.waitFor(2), R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))");
     xrandr(display, "-o left");
     EXPECT_EQ(signalled.waitFor(2), R"(pixelSize(768x1024) pixelSize({"height":1024,"width":768}))");
     EXPECT_EQ(info.aspectType(), DisplayAspectType::Portrait);
-    const QVariantMap recorded = ask(control, {{"msg", "recorded"}, {"id", 2}}).value("dat").toMap();
-    const QString steps = recorded.value("steps").toStringList().join(' ');
+    const QString steps = askDaemon("recorded").value("steps").toStringList().join(' ');
     EXPECT_TRUE(steps.contains(QRegularExpression("display resize 0 1024 768.*display rotate 0 90")))
         << "a recording tells what a real server does: " << steps.toStdString();
     inner.kill();
