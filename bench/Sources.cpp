@@ -63,7 +63,7 @@ qint64 sleepsOf(qint64 process)
 
 void idle(int milliseconds)
 {
-    (void)oz::testing::waitUntil([] { return false; }, milliseconds);
+    (void)oz::harness::waitUntil([] { return false; }, milliseconds);
 }
 
 } // namespace
@@ -73,17 +73,17 @@ int main(int argc, char **argv)
     QCoreApplication application(argc, argv);
     RunOptions options = runOptions(argc, argv);
     options.rounds = std::min(options.rounds, 200); // a change of the battery is a matter of milliseconds
-    const oz::testing::DeviceRoot root;
-    oz::testing::UPowerRig rig;
+    const oz::harness::DeviceRoot root;
+    oz::harness::UPowerRig rig;
     rig.start();
-    oz::testing::Process daemon;
+    oz::harness::Process daemon;
     // umockdev gives a device's events to one alone of those who watch with a descriptor of the same number,
     // so that UPower can miss them all where the daemon watches too.
     QStringList words{"--config", "/dev/null", "--source", "battery=upower"};
     for (const char *watching : {"hardware=none", "led=none", "vibration=none"})
         words += {"--source", watching};
     daemon.run(QCoreApplication::applicationDirPath() + "/ozdeviced", words, rig.environment());
-    oz::testing::awaitDaemon(&daemon);
+    oz::harness::awaitDaemon(&daemon);
     const QByteArray address = rig.environment().value("DBUS_SYSTEM_BUS_ADDRESS").toLocal8Bit();
     BusClient client(QDBusConnection::connectToBus(QString::fromLocal8Bit(address), "bench"));
     device::BatteryInfo battery;
@@ -91,7 +91,7 @@ int main(int argc, char **argv)
     QObject::connect(
         &battery, qOverload<int, int>(&device::BatteryInfo::levelChanged), [&] { heardAt = now(); });
     // UPower misses what changes while it starts.
-    if (!oz::testing::waitUntil([&] { return battery.level() == oz::testing::UPowerRig::FirstLevel; }))
+    if (!oz::harness::waitUntil([&] { return battery.level() == oz::harness::UPowerRig::FirstLevel; }))
         return 1;
 
     Samples byClass{"battery: change at the kernel to signal", {}};
@@ -100,7 +100,7 @@ int main(int argc, char **argv)
         heardAt = client.heardAt = 0;
         const double begun = now();
         rig.setLevel(20 + i % 60);
-        if (!oz::testing::waitUntil([&] { return heardAt > 0 && client.heardAt > 0; })) {
+        if (!oz::harness::waitUntil([&] { return heardAt > 0 && client.heardAt > 0; })) {
             std::fprintf(stderr, "change %d was not heard by %s\n", i,
                 heardAt > 0 ? "the client of UPower" : "the class");
             return 1;

@@ -17,7 +17,7 @@
 
 using namespace oz;
 using namespace oz::client;
-using namespace oz::testing;
+using namespace oz::harness;
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 

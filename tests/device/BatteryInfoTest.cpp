@@ -4,7 +4,7 @@
 #include <oz/device/BatteryInfo.hpp>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <oz/device/CellularRadioInfo.hpp>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -12,7 +12,7 @@
 #include <thread>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -18,7 +18,7 @@
 #include <unistd.h>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 using oz::DisplayTree::Display;
 using oz::DisplayTree::Displays;
 

@@ -23,7 +23,7 @@
 #include <csignal>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 // What holds for each facility that keeps the values of state objects.
 

@@ -19,7 +19,7 @@
 
 using namespace oz;
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 // What the objects hold in the tests of their facilities. Where a name occurs twice in a message the last
 // line counts, so a test appends the lines that matter to it.
-namespace oz::testing {
+namespace oz::harness {
 
 inline const QByteArray BatteryText = R"(@status
 SystemInfo:json:{"ChargingState":"CC"}
@@ -37,4 +37,4 @@ iccid::8944500102
 // As a warning ends where an object is not there.
 inline const QString Missing = "  \"No such file or directory\"";
 
-} // namespace oz::testing
+} // namespace oz::harness

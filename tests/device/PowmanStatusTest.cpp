@@ -15,7 +15,7 @@
 #include <unistd.h>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <QFile>
 
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-namespace oz::testing {
+namespace oz::harness {
 
 ControlService::ControlService(const QString &path, const Serve &serve)
     : m_stop(::eventfd(0, EFD_CLOEXEC)), m_serve(serve)
@@ -64,4 +64,4 @@ QList<QVariantMap> ControlService::take()
     return std::exchange(m_requests, {});
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

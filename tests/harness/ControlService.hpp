@@ -8,7 +8,7 @@
 #include <mutex>
 #include <thread>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*! The service behind a control object, on a thread of its own, so that requests which wait are answered. */
 class ControlService
@@ -41,4 +41,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -13,7 +13,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace oz::testing {
+namespace oz::harness {
 
 DeviceService::DeviceService(const QString &path, const QByteArray &greeting)
     : m_file(QFile::encodeName(devicePath(path))), m_socket(::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0))
@@ -87,4 +87,4 @@ void DeviceService::endConnections()
     m_clients.clear();
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

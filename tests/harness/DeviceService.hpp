@@ -8,7 +8,7 @@
 #include <thread>
 #include <vector>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*! A device that is served on a thread of its own, byte by byte as the test says. */
 class DeviceService
@@ -44,4 +44,4 @@ private:
     std::thread m_thread;
 };
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-namespace oz::testing {
+namespace oz::harness {
 
 namespace {
 
@@ -167,4 +167,4 @@ QString namespaceProblem(const QStringList &options)
     return unshare.exitCode() == 0 ? QString() : "the system refuses it: " + unshare.errors();
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

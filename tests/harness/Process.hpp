@@ -9,7 +9,7 @@
 
 #include <functional>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*!
  * A program that a test needs. It ends with its owner. Whatever goes wrong with it is thrown with what it
@@ -65,4 +65,4 @@ private:
  * not. */
 [[nodiscard]] QString namespaceProblem(const QStringList &options);
 
-} // namespace oz::testing
+} // namespace oz::harness

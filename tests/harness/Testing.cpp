@@ -41,7 +41,7 @@ void PrintTo(const QVariant &value, std::ostream *out)
          << oz::meta::valueText(value).toStdString();
 }
 
-namespace oz::testing {
+namespace oz::harness {
 
 namespace {
 std::mutex s_mutex; // of what follows, as any thread logs
@@ -319,4 +319,4 @@ bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()>
     return ended && heard == last;
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -24,7 +24,7 @@ void PrintTo(const QString &text, std::ostream *out);
 void PrintTo(const QByteArray &bytes, std::ostream *out);
 void PrintTo(const QVariant &value, std::ostream *out);
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*! A device root of the test's own, in force for the life of the instance. */
 class DeviceRoot
@@ -157,4 +157,4 @@ private:
  */
 [[nodiscard]] bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()> &act);
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -17,7 +17,7 @@
 using namespace oz;
 using namespace oz::device;
 using namespace oz::models;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include <csignal>
 
 using namespace oz;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -4,7 +4,7 @@
 
 #include <utility>
 
-namespace oz::testing {
+namespace oz::harness {
 
 namespace {
 
@@ -191,4 +191,4 @@ void AtModem::setSignal(int fifths)
     tell("+CIEV: 2," + QByteArray::number(fifths));
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

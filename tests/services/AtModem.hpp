@@ -7,7 +7,7 @@
 
 #include <vector>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*!
  * A modem that answers AT commands (3GPP TS 27.007) on two ports, as far as ModemManager's plugin for any
@@ -62,4 +62,4 @@ private:
     bool m_hasCard = true;
 };
 
-} // namespace oz::testing
+} // namespace oz::harness

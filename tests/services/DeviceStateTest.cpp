@@ -9,7 +9,7 @@
 
 using namespace oz;
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

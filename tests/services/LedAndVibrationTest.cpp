@@ -13,7 +13,7 @@
 using namespace oz;
 using namespace oz::device;
 using namespace oz::services;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -24,7 +24,7 @@
 using namespace oz;
 using namespace oz::device;
 using namespace oz::services;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

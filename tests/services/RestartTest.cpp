@@ -11,7 +11,7 @@
 
 using namespace oz;
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

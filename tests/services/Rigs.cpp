@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace oz::testing {
+namespace oz::harness {
 
 PrivateBus::PrivateBus()
 {
@@ -749,4 +749,4 @@ void NetworkManagerRig::refuse()
                 + ".PermissionDenied')"});
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -13,7 +13,7 @@
 #include <memory>
 #include <optional>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*! A service that feeds a facility, and how it is driven. */
 class Rig
@@ -309,4 +309,4 @@ protected:
     QProcess daemon;
 };
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -22,7 +22,7 @@
 
 using namespace oz;
 using namespace oz::services;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

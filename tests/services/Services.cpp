@@ -11,7 +11,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace oz::testing {
+namespace oz::harness {
 
 ControlClient::ControlClient(const QString &path) : PpsObject(path)
 {
@@ -139,4 +139,4 @@ void ServicesTest::TearDown()
         EXPECT_TRUE(line.isEmpty() || line.contains("serving")) << line.toStdString();
 }
 
-} // namespace oz::testing
+} // namespace oz::harness

@@ -6,7 +6,7 @@
 #include <oz/PpsObject.hpp>
 #include <oz/device/DisplayInfo.hpp>
 
-namespace oz::testing {
+namespace oz::harness {
 
 /*! A client of a control object that keeps its connection and hears the answers. */
 class ControlClient : public PpsObject
@@ -60,4 +60,4 @@ private:
     QByteArray m_phoneFile;
 };
 
-} // namespace oz::testing
+} // namespace oz::harness

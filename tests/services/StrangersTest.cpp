@@ -16,7 +16,7 @@
 
 using namespace oz;
 using namespace oz::services;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -10,7 +10,7 @@
 
 using namespace oz;
 using namespace oz::device;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

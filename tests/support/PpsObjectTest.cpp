@@ -25,7 +25,7 @@
 #include <unistd.h>
 
 using namespace oz;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

@@ -26,7 +26,7 @@
 #include <unistd.h>
 
 using namespace oz;
-using namespace oz::testing;
+using namespace oz::harness;
 using namespace std::chrono_literals;
 
 namespace {

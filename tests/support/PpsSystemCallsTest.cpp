@@ -13,7 +13,7 @@
 #include <unistd.h>
 
 using namespace oz;
-using namespace oz::testing;
+using namespace oz::harness;
 
 namespace {
 

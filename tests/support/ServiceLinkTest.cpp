@@ -9,7 +9,7 @@
 #include <memory>
 
 using namespace oz;
-using namespace oz::testing;
+using namespace oz::harness;
 using namespace std::chrono_literals;
 using LocalSocket::Wait;
 using State = ServiceLink::State;

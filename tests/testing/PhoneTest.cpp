@@ -19,6 +19,7 @@
 #include <thread>
 
 using namespace oz::device;
+using namespace oz::harness;
 using namespace std::chrono_literals;
 using ::testing::HasSubstr;
 

@@ -76,7 +76,7 @@ TEST_P(DocsTest, EachPropertyIsFinalAndEitherConstantOrAnnounced)
 // Pasted whole, as a newcomer would: the shell reads the lines one after another.
 TEST_P(DocsTest, WhatItSaysToTryWorksWhenPasted)
 {
-    const oz::testing::DeviceRoot root;
+    const oz::harness::DeviceRoot root;
     const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + GetParam().name + ".md");
     QString block;
     for (const QString &line : page.section("\n## Try it\n", 1).section("\n## ", 0, 0).split('\n')) {
