@@ -52,7 +52,7 @@ QStringList glanceOf(const QString &facility)
 
 Console::Console(const std::vector<const FacilityEntry *> &entries, EventLoop &loop)
     : m_entries(entries), m_loop(loop),
-      m_screen(std::make_unique<Screen>(
+      m_screen(std::make_unique<TextScreen>(
           [this](char32_t key) { guarded([&] { onKey(key); }); }, [this] { draw(); }))
 {
     m_clock.start();
@@ -165,7 +165,7 @@ void Console::onEverySecond()
     findInstances();
     for (const auto &line : m_lines) {
         if (const auto &readAnew = line->instance->entry().readAnew) {
-            readAnew(line->instance->object());
+            (void)readAnew(line->instance->object());
             read(line.get());
         }
     }
@@ -190,23 +190,23 @@ void Console::onKey(char32_t key)
     if (m_view == Prompt)
         return onPromptKey(key);
     switch (key) {
-    case Screen::Up:
+    case TextScreen::Up:
     case U'k':
         return move(-1);
-    case Screen::Down:
+    case TextScreen::Down:
     case U'j':
         return move(1);
-    case Screen::PageUp:
+    case TextScreen::PageUp:
         return move(-bodyRows());
-    case Screen::PageDown:
+    case TextScreen::PageDown:
         return move(bodyRows());
-    case Screen::Home:
+    case TextScreen::Home:
         return move(-100'000);
-    case Screen::End:
+    case TextScreen::End:
         return move(100'000);
-    case Screen::Enter:
+    case TextScreen::Enter:
         return choose();
-    case Screen::Escape:
+    case TextScreen::Escape:
     case U'q':
         if (m_view == All && key == U'q')
             return QCoreApplication::quit();
@@ -323,14 +323,14 @@ void Console::askFor(const QString &begin, const QString &wanted)
 
 void Console::onPromptKey(char32_t key)
 {
-    if (key == Screen::Escape || key == Screen::Enter) {
+    if (key == TextScreen::Escape || key == TextScreen::Enter) {
         m_view = All;
         say(Ready);
-        if (key == Screen::Enter)
+        if (key == TextScreen::Enter)
             tell(m_promptBegin.split(u' ') + QProcess::splitCommand(m_typed));
-    } else if (key == Screen::Backspace) {
+    } else if (key == TextScreen::Backspace) {
         m_typed.chop(1);
-    } else if (key >= 0x20 && key < Screen::Up) {
+    } else if (key >= 0x20 && key < TextScreen::Up) {
         m_typed += QString::fromUcs4(&key, 1);
     }
 }
@@ -362,7 +362,7 @@ void Console::draw()
     const QString title = m_view == Menu    ? m_menuTitle
         : m_view == One && !m_lines.empty() ? m_lines[std::size_t(m_selected)]->instance->title()
                                             : QLatin1String("the phone under ") + deviceRoot();
-    m_screen->put(0, 0, QLatin1String("ozdevice  ") + title, Screen::Title);
+    m_screen->put(0, 0, QLatin1String("ozdevice  ") + title, TextScreen::Title);
     if (m_view == Menu)
         drawMenu();
     else if (m_view == One)
@@ -386,7 +386,7 @@ void Console::drawAll()
         const Line &line = *m_lines[std::size_t(first + row)];
         const bool isSelected = first + row == m_selected;
         m_screen->put(row + 1, 0, line.instance->title().left(TitleWidth).leftJustified(TitleWidth),
-            isSelected ? Screen::Selected : Screen::Plain);
+            isSelected ? TextScreen::Selected : TextScreen::Plain);
         int column = TitleWidth + 1;
         QStringList names = glanceOf(line.instance->entry().name);
         // A change is worth a glance whatever it is.
@@ -406,10 +406,11 @@ void Console::drawAll()
 void Console::drawValue(int row, int *column, const Value &value, bool withName)
 {
     if (withName)
-        *column = m_screen->put(row, *column, value.name + u' ', Screen::Dim);
-    *column = m_screen->put(row, *column, value.text, isFresh(value) ? Screen::Changed : Screen::Plain);
+        *column = m_screen->put(row, *column, value.name + u' ', TextScreen::Dim);
+    *column =
+        m_screen->put(row, *column, value.text, isFresh(value) ? TextScreen::Changed : TextScreen::Plain);
     if (!value.unit.isEmpty())
-        *column = m_screen->put(row, *column, u' ' + value.unit, Screen::Dim);
+        *column = m_screen->put(row, *column, u' ' + value.unit, TextScreen::Dim);
     *column += 2;
 }
 
@@ -423,7 +424,7 @@ void Console::drawOne()
     drawRowsOutside(first, int(line.values.size()));
     for (int row = 0; row < bodyRows() && first + row < int(line.values.size()); ++row) {
         const Value &value = line.values[std::size_t(first + row)];
-        m_screen->put(row + 1, 0, value.name, Screen::Dim);
+        m_screen->put(row + 1, 0, value.name, TextScreen::Dim);
         int column = 28;
         drawValue(row + 1, &column, value, false);
     }
@@ -437,8 +438,8 @@ void Console::drawMenu()
         const Choice &choice = m_choices[std::size_t(first + row)];
         const bool isSelected = first + row == m_choice;
         const int column = m_screen->put(
-            row + 1, 0, choice.text.leftJustified(30), isSelected ? Screen::Selected : Screen::Plain);
-        m_screen->put(row + 1, column + 1, choice.help, Screen::Dim);
+            row + 1, 0, choice.text.leftJustified(30), isSelected ? TextScreen::Selected : TextScreen::Plain);
+        m_screen->put(row + 1, column + 1, choice.help, TextScreen::Dim);
     }
 }
 
@@ -452,7 +453,7 @@ void Console::drawRowsOutside(int first, int count)
         texts.append(QString::number(below) + QLatin1String(" below"));
     const QString text = QLatin1String("  ") + texts.join(QLatin1String(", "));
     if (!texts.isEmpty())
-        m_screen->put(0, m_screen->columns() - int(text.size()), text, Screen::Title);
+        m_screen->put(0, m_screen->columns() - int(text.size()), text, TextScreen::Title);
 }
 
 // The message in as many lines as it takes, at most half of the screen.
@@ -480,12 +481,12 @@ void Console::drawFoot()
     if (m_view != Prompt) {
         const QStringList lines = footLines();
         for (int i = 0; i < lines.size(); ++i)
-            m_screen->put(row + i, 0, lines[i], m_isProblem ? Screen::Wrong : Screen::Dim);
+            m_screen->put(row + i, 0, lines[i], m_isProblem ? TextScreen::Wrong : TextScreen::Dim);
         return;
     }
-    int column = m_screen->put(row, 0, m_promptBegin + u' ', Screen::Title);
+    int column = m_screen->put(row, 0, m_promptBegin + u' ', TextScreen::Title);
     column = m_screen->put(row, column, m_typed);
-    m_screen->put(row, column + 1, u'(' + m_promptWanted + u')', Screen::Dim);
+    m_screen->put(row, column + 1, u'(' + m_promptWanted + u')', TextScreen::Dim);
     m_screen->setCursor(row, column);
 }
 

@@ -3,7 +3,7 @@
 #include "meta/SignalTap.hpp"
 #include "ozdevice/EventLoop.hpp"
 #include "ozdevice/FacilityInstance.hpp"
-#include "ozdevice/Screen.hpp"
+#include "ozdevice/TextScreen.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -86,7 +86,7 @@ private:
 
     const std::vector<const FacilityEntry *> m_entries;
     EventLoop &m_loop;
-    std::unique_ptr<Screen> m_screen;
+    std::unique_ptr<TextScreen> m_screen;
     std::vector<std::unique_ptr<Line>> m_lines;
     QElapsedTimer m_clock;
     QTimer m_second;

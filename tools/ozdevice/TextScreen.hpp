@@ -12,7 +12,7 @@ struct screen;
 namespace oz::tools {
 
 /*! The whole terminal, for as long as the instance lives: text at places, and the keys that are pressed. */
-class Screen
+class TextScreen
 {
 public:
     enum Style { Plain, Title, Dim, Changed, Selected, Wrong };
@@ -21,10 +21,10 @@ public:
 
     /*! Throws CommandError where there is no terminal, or none that is known. Both are called from the event
      * loop. */
-    Screen(std::function<void(char32_t key)> onKey, std::function<void()> onResize);
-    ~Screen();
-    Screen(const Screen &) = delete;
-    Screen &operator=(const Screen &) = delete;
+    TextScreen(std::function<void(char32_t key)> onKey, std::function<void()> onResize);
+    ~TextScreen();
+    TextScreen(const TextScreen &) = delete;
+    TextScreen &operator=(const TextScreen &) = delete;
 
     [[nodiscard]] int rows() const;
     [[nodiscard]] int columns() const;

@@ -2,7 +2,7 @@
 #define NCURSES_NOMACROS 1
 #define NCURSES_WIDECHAR 1
 
-#include "ozdevice/Screen.hpp"
+#include "ozdevice/TextScreen.hpp"
 
 #include "ozdevice/Command.hpp"
 
@@ -33,7 +33,7 @@ sigset_t sizeSignals()
 
 } // namespace
 
-Screen::Screen(std::function<void(char32_t)> onKey, std::function<void()> onResize)
+TextScreen::TextScreen(std::function<void(char32_t)> onKey, std::function<void()> onResize)
     : m_onKey(std::move(onKey)), m_onResize(std::move(onResize))
 {
     if (!::isatty(STDIN_FILENO) || !::isatty(STDOUT_FILENO))
@@ -73,7 +73,7 @@ Screen::Screen(std::function<void(char32_t)> onKey, std::function<void()> onResi
     });
 }
 
-Screen::~Screen()
+TextScreen::~TextScreen()
 {
     ::close(int(m_sizeSignal->socket()));
     const sigset_t signals = sizeSignals();
@@ -82,22 +82,22 @@ Screen::~Screen()
     ::delscreen(m_screen);
 }
 
-int Screen::rows() const
+int TextScreen::rows() const
 {
     return ::getmaxy(::stdscr);
 }
 
-int Screen::columns() const
+int TextScreen::columns() const
 {
     return ::getmaxx(::stdscr);
 }
 
-void Screen::clear()
+void TextScreen::clear()
 {
     ::werase(::stdscr);
 }
 
-int Screen::attributesOf(Style style)
+int TextScreen::attributesOf(Style style)
 {
     const auto pair = [](Pair number) { return COLOR_PAIR(number); };
     switch (style) {
@@ -117,7 +117,7 @@ int Screen::attributesOf(Style style)
     return A_NORMAL;
 }
 
-int Screen::put(int row, int column, const QString &text, Style style)
+int TextScreen::put(int row, int column, const QString &text, Style style)
 {
     if (row < 0 || row >= rows())
         return column;
@@ -138,29 +138,29 @@ int Screen::put(int row, int column, const QString &text, Style style)
     return column;
 }
 
-void Screen::fill(int row, int column, Style style)
+void TextScreen::fill(int row, int column, Style style)
 {
     if (columns() > column)
         put(row, column, QString(columns() - column, u' '), style);
 }
 
-void Screen::setCursor(int row, int column)
+void TextScreen::setCursor(int row, int column)
 {
     ::curs_set(1);
     ::wmove(::stdscr, row, std::min(column, columns() - 1));
 }
 
-void Screen::hideCursor()
+void TextScreen::hideCursor()
 {
     ::curs_set(0);
 }
 
-void Screen::show()
+void TextScreen::show()
 {
     ::wrefresh(::stdscr);
 }
 
-void Screen::readKeys()
+void TextScreen::readKeys()
 {
     wint_t read = 0;
     for (;;) {
@@ -216,7 +216,7 @@ void Screen::readKeys()
     }
 }
 
-void Screen::onSizeChanged()
+void TextScreen::onSizeChanged()
 {
     winsize size{};
     if (::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_row > 0 && size.ws_col > 0)
