@@ -45,11 +45,10 @@ CounterTable::CounterTable(const FacilityEntry &entry, const QStringList &select
 QList<quint64> CounterTable::read(const FacilityInstance &instance) const
 {
     (void)takeLibraryWarnings();
-    m_entry.readAnew(instance.object());
-    if (const QStringList warnings = takeLibraryWarnings(); !warnings.isEmpty()) {
-        throw CommandError(
-            Unavailable, instance.title() + QLatin1String(": ") + warnings.join(QLatin1String("; ")));
-    }
+    const bool isRead = m_entry.readAnew(instance.object());
+    const QString reason = takeLibraryWarnings().join(QLatin1String("; "));
+    if (!isRead)
+        throw CommandError(Unavailable, instance.title() + QLatin1String(": ") + reason);
     QList<quint64> counters;
     for (const QString &name : m_names)
         counters.append(instance.object()->property(name.toLatin1().constData()).toULongLong());

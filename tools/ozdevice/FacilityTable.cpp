@@ -147,7 +147,9 @@ FacilityEntry networkUsage()
 {
     auto entry = facility<device::NetworkDataUsage, QString>(
         "network", "the traffic of a network interface", "interface");
-    entry.readAnew = [](QObject *object) { qobject_cast<device::NetworkDataUsage *>(object)->update(); };
+    entry.readAnew = [](QObject *object) {
+        return qobject_cast<device::NetworkDataUsage *>(object)->update();
+    };
     entry.instances = networkInterfaces;
     entry.isNothingUnselected = true;
     return entry;

@@ -72,8 +72,8 @@ struct FacilityEntry
     QList<QByteArray> dynamicProperties = {};
     /*! The objects that tell what the facility does, whoever asked for it. */
     QStringList activity = {};
-    /*! Reads the values, where they do not change by themselves. */
-    std::function<void(QObject *object)> readAnew = {};
+    /*! Reads the values, where they do not change by themselves; whether that worked. */
+    std::function<bool(QObject *object)> readAnew = {};
     /*! Whether the first values are all there, where some come from the event loop. */
     std::function<bool(const QObject *object)> isComplete = {};
 

@@ -27,7 +27,7 @@ void waitForFirstValues(const FacilityInstance &instance)
 {
     const FacilityEntry &entry = instance.entry();
     if (entry.readAnew)
-        entry.readAnew(instance.object());
+        (void)entry.readAnew(instance.object());
     const QDeadlineTimer patience(FirstValuesDeadline);
     while (entry.isComplete && !entry.isComplete(instance.object()) && !patience.hasExpired()) {
         QCoreApplication::processEvents();
