@@ -90,7 +90,7 @@ QString textOf(const PhoneRequest &request)
 // What a call waits for that ends by an answer of the services, beyond what they wait themselves.
 DaemonClient::Wait waitBeyond(std::chrono::milliseconds limit)
 {
-    return {limit + waitLimit(), true};
+    return {limit + DaemonClient::AnswerLimit, true};
 }
 
 std::unique_ptr<PrivateDaemon> startServices(const PhoneSettings &settings)

@@ -4,6 +4,7 @@
 #include "ozdevice/Tree.hpp"
 
 #include <oz/DeviceRoot.hpp>
+#include <oz/Limits.hpp>
 #include <oz/PpsObject.hpp>
 #include <oz/client/DaemonClient.hpp>
 #include <oz/client/DaemonObjects.hpp>
@@ -102,7 +103,7 @@ bool isPhoneSimulated(const DaemonState &daemon)
 QVariant askDaemon(const QString &message, const QVariant &data)
 {
     try {
-        return DaemonClient().ask(message, data);
+        return DaemonClient().ask(message, data, {.limit = waitLimit()});
     } catch (const DaemonError &error) {
         if (error.kind() == DaemonError::Unreachable) {
             const bool isAbsent = error.error() == ENOENT || error.error() == ECONNREFUSED;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <oz/Limits.hpp>
 #include <oz/client/DaemonError.hpp>
 
 #include <QObject>
@@ -20,10 +19,12 @@ namespace oz::client {
 class DaemonClient
 {
 public:
+    /*! Within which the daemon answers what it answers at once, also on a machine that is busy. */
+    static constexpr std::chrono::seconds AnswerLimit{20};
     /*! How a call waits. */
     struct Wait
     {
-        std::chrono::milliseconds limit = waitLimit();
+        std::chrono::milliseconds limit = AnswerLimit;
         bool runsEventLoop = false; //!< of the calling thread, where it has one
     };
     /*! Receives the "dat" of the answer, or the error. */
