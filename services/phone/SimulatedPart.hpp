@@ -87,14 +87,14 @@ private:
     std::function<void()> m_save;
 };
 
-/*! A part of one instance, whose class \a Part has its settings in a static table(). */
-template <typename Part>
+/*! A part of one instance, whose class \a Owner has its settings in a static table(). */
+template <typename Owner>
 class PartOfTable : public SimulatedPart
 {
 public:
     [[nodiscard]] std::vector<Setting> settings(const QString &) override
     {
-        return Part::table().of(static_cast<Part *>(this));
+        return Owner::table().of(static_cast<Owner *>(this));
     }
 };
 

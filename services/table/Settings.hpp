@@ -60,13 +60,13 @@ struct Setting
     std::function<void(const QVariant &value)> set; //!< throws WrongSetting
 };
 
-/*! How a value of a \a Part is read and set. */
-template <typename Part>
+/*! How a value of a \a Owner is read and set. */
+template <typename Owner>
 struct SettingColumn
 {
     ValueType type;
-    std::function<QVariant(const Part &part)> get;
-    std::function<void(Part &part, const QVariant &value)> set;
+    std::function<QVariant(const Owner &owner)> get;
+    std::function<void(Owner &owner, const QVariant &value)> set;
     bool isKept = false;
 
     /*! Offers no more than these numbers for a choice. */
@@ -97,7 +97,7 @@ struct SettingColumn
         column.type.isPrivate = true;
         return column;
     }
-    [[nodiscard]] SettingColumn by(void (*setter)(Part &part, const QVariant &value)) const
+    [[nodiscard]] SettingColumn by(void (*setter)(Owner &owner, const QVariant &value)) const
     {
         SettingColumn column = *this;
         column.set = setter;
@@ -105,25 +105,25 @@ struct SettingColumn
     }
     /*! Lets \a setter do it, which is given the value and may throw WrongSetting. */
     template <typename Value>
-    [[nodiscard]] SettingColumn by(void (Part::*setter)(Value)) const
+    [[nodiscard]] SettingColumn by(void (Owner::*setter)(Value)) const
     {
         SettingColumn column = *this;
-        column.set = [setter](Part &part, const QVariant &value) {
-            (part.*setter)(value.value<std::remove_cvref_t<Value>>());
+        column.set = [setter](Owner &owner, const QVariant &value) {
+            (owner.*setter)(value.value<std::remove_cvref_t<Value>>());
         };
         return column;
     }
 };
 
 /*!
- * The columns of a \a Part, by what holds the values: a member, or a function that gives a reference to one.
+ * The columns of a \a Owner, by what holds the values: a member, or a function that gives a reference to one.
  * An optional one may be unknown.
  */
-template <typename Part>
+template <typename Owner>
 class SettingColumns
 {
     template <typename Member>
-    using Held = std::remove_cvref_t<std::invoke_result_t<Member, Part &>>;
+    using Held = std::remove_cvref_t<std::invoke_result_t<Member, Owner &>>;
     template <typename Value>
     struct Optional : std::false_type
     {
@@ -139,12 +139,12 @@ class SettingColumns
 
 public:
     template <typename Member>
-    static SettingColumn<Part> truth(Member member)
+    static SettingColumn<Owner> truth(Member member)
     {
         return plain({ValueType::Truth}, member);
     }
     template <typename Member>
-    static SettingColumn<Part> number(Member member, double least, double most, const char *unit = "")
+    static SettingColumn<Owner> number(Member member, double least, double most, const char *unit = "")
     {
         ValueType type{ValueType::Number, QString::fromUtf8(unit)};
         type.isWhole = std::is_integral_v<Known<Member>>;
@@ -153,13 +153,13 @@ public:
         return plain(type, member);
     }
     template <typename Member>
-    static SettingColumn<Part> text(Member member)
+    static SettingColumn<Owner> text(Member member)
     {
         return plain({ValueType::Text}, member);
     }
     /*! Text of a \a form, a regular expression, which \a formText says in words. */
     template <typename Member>
-    static SettingColumn<Part> text(Member member, const char *form, const char *formText)
+    static SettingColumn<Owner> text(Member member, const char *form, const char *formText)
     {
         ValueType type{ValueType::Text};
         type.form = QLatin1String(form);
@@ -168,62 +168,64 @@ public:
     }
     /*! The address of a network device. */
     template <typename Member>
-    static SettingColumn<Part> hardwareAddress(Member member)
+    static SettingColumn<Owner> hardwareAddress(Member member)
     {
         return text(
             member, "([0-9A-Fa-f]{2}:){5}[0-9A-Fa-f]{2}", "a hardware address such as \"02:00:00:00:00:01\"");
     }
     /*! Text that may be left out: null is none. */
     template <typename Member>
-    static SettingColumn<Part> textOrNone(Member member)
+    static SettingColumn<Owner> textOrNone(Member member)
     {
-        SettingColumn<Part> column = text(member);
+        SettingColumn<Owner> column = text(member);
         column.type.mayBeUnknown = true;
-        column.set = [member](
-                         Part &part, const QVariant &value) { std::invoke(member, part) = value.toString(); };
+        column.set = [member](Owner &owner, const QVariant &value) {
+            std::invoke(member, owner) = value.toString();
+        };
         return column;
     }
     /*! Some of \a words. */
     template <typename Member>
-    static SettingColumn<Part> list(Member member, const QStringList &words)
+    static SettingColumn<Owner> list(Member member, const QStringList &words)
     {
         return plain({ValueType::List, {}, words}, member);
     }
     /*! A time, which the file gives in seconds. */
     template <typename Member>
-    static SettingColumn<Part> seconds(Member member, double least, double most)
+    static SettingColumn<Owner> seconds(Member member, double least, double most)
     {
         ValueType type{ValueType::Number, QStringLiteral("s")};
         type.least = least;
         type.most = most;
         return {type,
-            [member](const Part &part) { return QVariant(double(std::invoke(member, part).count()) / 1000); },
-            [member](Part &part, const QVariant &value) {
-                std::invoke(member, part) = std::chrono::milliseconds(std::llround(value.toDouble() * 1000));
+            [member](
+                const Owner &owner) { return QVariant(double(std::invoke(member, owner).count()) / 1000); },
+            [member](Owner &owner, const QVariant &value) {
+                std::invoke(member, owner) = std::chrono::milliseconds(std::llround(value.toDouble() * 1000));
             }};
     }
     /*! The words for an enumeration; of an optional one, \a unknown is the word for what is not known. */
     template <typename Member>
-    static SettingColumn<Part> words(
+    static SettingColumn<Owner> words(
         Member member, const WordList<Known<Member>> &words, const char *unknown = "")
     {
         ValueType type{ValueType::Word};
         for (const auto &each : words)
             type.words.append(QLatin1String(each.word));
-        const auto get = [member, words, unknown](const Part &part) {
-            const Held<Member> &value = std::invoke(member, part);
+        const auto get = [member, words, unknown](const Owner &owner) {
+            const Held<Member> &value = std::invoke(member, owner);
             for (const auto &each : words) {
                 if (value == each.value)
                     return QVariant(QString::fromLatin1(each.word));
             }
             return *unknown ? QVariant(QString::fromLatin1(unknown)) : QVariant();
         };
-        const auto set = [member, words, known = type.words](Part &part, const QVariant &value) {
+        const auto set = [member, words, known = type.words](Owner &owner, const QVariant &value) {
             const qsizetype place = known.indexOf(value.toString());
             if (place >= 0)
-                std::invoke(member, part) = words[std::size_t(place)].value;
+                std::invoke(member, owner) = words[std::size_t(place)].value;
             else
-                std::invoke(member, part) = {};
+                std::invoke(member, owner) = {};
         };
         if (*unknown)
             type.words.append(QLatin1String(unknown));
@@ -234,35 +236,35 @@ public:
 
 private:
     template <typename Member>
-    static SettingColumn<Part> plain(ValueType type, Member member)
+    static SettingColumn<Owner> plain(ValueType type, Member member)
     {
         type.mayBeUnknown = Optional<Held<Member>>::value;
         return {type,
-            [member](const Part &part) {
-                const Held<Member> &value = std::invoke(member, part);
+            [member](const Owner &owner) {
+                const Held<Member> &value = std::invoke(member, owner);
                 if constexpr (Optional<Held<Member>>::value)
                     return value ? QVariant::fromValue(*value) : QVariant();
                 else
                     return QVariant::fromValue(value);
             },
-            [member](Part &part, const QVariant &value) {
+            [member](Owner &owner, const QVariant &value) {
                 if (Optional<Held<Member>>::value && !value.isValid())
-                    std::invoke(member, part) = Held<Member>();
+                    std::invoke(member, owner) = Held<Member>();
                 else
-                    std::invoke(member, part) = value.value<Known<Member>>();
+                    std::invoke(member, owner) = value.value<Known<Member>>();
             }};
     }
 };
 
-/*! The settings of a \a Part, in the order of its file. */
-template <typename Part>
+/*! The settings of a \a Owner, in the order of its file. */
+template <typename Owner>
 class Settings
 {
 public:
     struct Row
     {
         const char *key;
-        SettingColumn<Part> column;
+        SettingColumn<Owner> column;
         QVariant initial;
         const char *help;
         std::vector<Order> orders = {};
@@ -271,15 +273,15 @@ public:
 
     Settings(std::initializer_list<Row> rows) : m_rows(rows) { }
 
-    /*! Those of \a part; where that is none, what they are like. */
-    [[nodiscard]] std::vector<Setting> of(Part *part) const
+    /*! Those of \a owner; where that is none, what they are like. */
+    [[nodiscard]] std::vector<Setting> of(Owner *owner) const
     {
         std::vector<Setting> settings;
         for (const Row &row : m_rows) {
             settings.push_back({QLatin1String(row.key), row.column.type, row.initial,
                 QString::fromUtf8(row.help), row.orders, row.recording,
-                row.column.isKept || !row.orders.empty(), [part, &row] { return row.column.get(*part); },
-                [part, &row](const QVariant &value) { row.column.set(*part, value); }});
+                row.column.isKept || !row.orders.empty(), [owner, &row] { return row.column.get(*owner); },
+                [owner, &row](const QVariant &value) { row.column.set(*owner, value); }});
         }
         return settings;
     }
