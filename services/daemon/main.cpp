@@ -254,15 +254,18 @@ int serve(const Options &options)
         owner.emplace(watchProcess(options.owner), QSocketNotifier::Read);
         QObject::connect(&*owner, &QSocketNotifier::activated, qApp, &QCoreApplication::quit);
     }
-    Daemon daemon(
-        readConfiguration(options), {}, options.fresh ? Daemon::Start::Fresh : Daemon::Start::Continue);
-    Reload reload(daemon, options);
-    onSignals({SIGTERM, SIGINT, SIGHUP}, [&](int signal) {
+    // Before the daemon can be reached, and before it has threads, which a signal would end the program by.
+    Reload *reloading = nullptr;
+    onSignals({SIGTERM, SIGINT, SIGHUP}, [&reloading](int signal) {
         if (signal == SIGHUP)
-            reload.request();
+            reloading->request();
         else
             QCoreApplication::quit();
     });
+    Daemon daemon(
+        readConfiguration(options), {}, options.fresh ? Daemon::Start::Fresh : Daemon::Start::Continue);
+    Reload reload(daemon, options);
+    reloading = &reload;
     feedWatchdog();
     const auto announce = [&options] {
         sd_notify(0, "READY=1");
