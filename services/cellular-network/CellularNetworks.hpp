@@ -46,8 +46,8 @@ struct CellularNetworks
 
 using CellularNetworkSource = StateSource<CellularNetworks>;
 
-/*! How they stand in the tree: of each what everybody may know, and where the device is in it; and the name that
- * the user is to see. */
+/*! How they stand in the tree: of each what everybody may know, and where the device is in it; and the name
+ * that the user is to see. */
 [[nodiscard]] const Fields<CellularNetworks> &primaryNetworkFields();
 [[nodiscard]] const Fields<CellularNetworks> &primaryCellFields();
 [[nodiscard]] const Fields<CellularNetworks> &cdma1xNetworkFields();

@@ -51,8 +51,8 @@ void DataProfilePublisher::serve(const QString &profile, mode_t mode)
     };
     const RequestTable requests{{QStringLiteral("connect"), {}, connectProfile},
         {QStringLiteral("disconnect"), {}, disconnectProfile}};
-    const auto [control, isNew] = m_controls.try_emplace(
-        profile, tree(), dataProfileControl(profile), requests, &source());
+    const auto [control, isNew] =
+        m_controls.try_emplace(profile, tree(), dataProfileControl(profile), requests, &source());
     if (isNew)
         control->second.start(mode);
 }

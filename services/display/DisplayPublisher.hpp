@@ -13,8 +13,7 @@ class DisplayPublisher final : public PublisherOf<DisplaySource>
 {
 public:
     /*! Without a \a beside, there are no displays but the source's. */
-    DisplayPublisher(
-        const QString &facility, DisplaySource &source, Tree &tree, const DisplayBeside *beside);
+    DisplayPublisher(const QString &facility, DisplaySource &source, Tree &tree, const DisplayBeside *beside);
 
 private:
     void publishState(const DisplayState &state) override;

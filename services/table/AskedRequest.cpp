@@ -2,8 +2,8 @@
 
 namespace oz::services {
 
-AskedRequest AskedRequest::named(const char *name, const QString &path, const char *message, const char *help,
-    const QList<Part> &parts)
+AskedRequest AskedRequest::named(
+    const char *name, const QString &path, const char *message, const char *help, const QList<Part> &parts)
 {
     AskedRequest request{QString::fromLatin1(name), parts, QString::fromUtf8(help), {}};
     request.read = [path, message = QString::fromLatin1(message), parts](

@@ -10,6 +10,7 @@ template <typename Duration = std::chrono::milliseconds>
 class GrowingPause
 {
 public:
+    /*! Pauses from \a first to \a longest. */
     constexpr GrowingPause(Duration first, Duration longest)
         : m_first(first), m_longest(longest), m_next(first)
     {
