@@ -33,7 +33,7 @@ void DataProfileRecorder::sample(RecordedScript &script, const QStringList &)
     for (auto attribute = told.cbegin(); attribute != told.cend(); ++attribute) {
         if (attribute->typeId() != QMetaType::QVariantMap)
             continue;
-        const QString name = attribute.key();
+        const QString &name = attribute.key();
         const bool isEnabled = attribute->toMap().value(Enabled).toBool();
         if (script.isBeginning()) {
             profiles.insert(name, sectionOf(told, name));

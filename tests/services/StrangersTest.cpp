@@ -81,8 +81,9 @@ const QVariantList &damages()
     return values;
 }
 
-// All maps that differ from one in one value, however deep it lies, each with the names of the way there.
-std::vector<std::pair<QVariantMap, QStringList>> damagedOf(const QVariantMap &map)
+// The maps that differ from one in one value, however deep it lies, each with the names of the way there. Of
+// several instances, which are alike, one is enough.
+std::vector<std::pair<QVariantMap, QStringList>> damagedOf(const QVariantMap &map, bool isOfInstances = false)
 {
     std::vector<std::pair<QVariantMap, QStringList>> all;
     const auto with = [&](const QString &key, const QVariant &value, QStringList below) {
@@ -94,7 +95,9 @@ std::vector<std::pair<QVariantMap, QStringList>> damagedOf(const QVariantMap &ma
         for (const QVariant &damage : damages())
             with(each.key(), damage, {});
         if (each->typeId() == QMetaType::QVariantMap) {
-            for (const auto &[damaged, way] : damagedOf(each->toMap()))
+            const QVariantMap members = each->toMap();
+            const bool areMaps = !members.isEmpty() && members.first().typeId() == QMetaType::QVariantMap;
+            for (const auto &[damaged, way] : damagedOf(members, areMaps))
                 with(each.key(), damaged, way);
         }
         const QVariantList list = each->toList();
@@ -105,6 +108,8 @@ std::vector<std::pair<QVariantMap, QStringList>> damagedOf(const QVariantMap &ma
                 with(each.key(), changed, way);
             }
         }
+        if (isOfInstances)
+            break;
     }
     return all;
 }
