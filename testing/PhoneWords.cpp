@@ -31,27 +31,13 @@ constexpr Word<DeviceOrientation::Type> Orientations[] = {{DeviceOrientation::Fa
     {DeviceOrientation::LeftUp, "left-up"}, {DeviceOrientation::RightUp, "right-up"},
     {DeviceOrientation::BottomUp, "bottom-up"}};
 
-constexpr Word<DisplayTechnology::Type> DisplayTechnologies[] = {{DisplayTechnology::Unknown, "unknown"},
-    {DisplayTechnology::Lcd, "lcd"}, {DisplayTechnology::Oled, "oled"}, {DisplayTechnology::Crt, "crt"},
-    {DisplayTechnology::Plasma, "plasma"}, {DisplayTechnology::Led, "led"}};
-
-constexpr Word<HdmiConnector::Type> Connectors[] = {
-    {HdmiConnector::None, "none"}, {HdmiConnector::Micro, "micro"}};
-
 constexpr Word<SimCardState::Type> Cards[] = {{SimCardState::NotDetected, "removed"},
     {SimCardState::Incompatible, "incompatible"}, {SimCardState::NotProvisioned, "not-provisioned"},
     {SimCardState::ReadError, "unreadable"}, {SimCardState::PinRequired, "pin"},
     {SimCardState::Ready, "ready"}};
 
-constexpr Word<WiFiDirectIntent::Type> Intents[] = {{WiFiDirectIntent::GroupOwner, "owner"},
-    {WiFiDirectIntent::Client, "client"}, {WiFiDirectIntent::Any, "any"}};
-
 constexpr Word<WiFiDirectRole::Type> Roles[] = {{WiFiDirectRole::GroupOwner, "owner"},
     {WiFiDirectRole::Client, "client"}, {WiFiDirectRole::NoRole, "none"}};
-
-constexpr Word<WiFiDirectWpsMethod::Type> Methods[] = {
-    {WiFiDirectWpsMethod::PushButtonConfiguration, "push-button"},
-    {WiFiDirectWpsMethod::RandomPin, "random-pin"}, {WiFiDirectWpsMethod::PresetPin, "preset-pin"}};
 
 constexpr Word<MiracastDisplayState::Type> Sessions[] = {{MiracastDisplayState::Stopped, "none"},
     {MiracastDisplayState::Playing, "playing"}, {MiracastDisplayState::Paused, "paused"}};
@@ -64,16 +50,6 @@ constexpr Word<MiracastStopReason::Type> StopReasons[] = {{MiracastStopReason::I
 constexpr Word<CellularTechnology::Type> Technologies[] = {{CellularTechnology::Gsm, "gsm"},
     {CellularTechnology::Umts, "umts"}, {CellularTechnology::Cdma1X, "cdma_1x"},
     {CellularTechnology::Evdo, "evdo"}, {CellularTechnology::Lte, "lte"}};
-
-constexpr Word<CellularService::Type> Services[] = {{CellularService::Emergency, "emergency"},
-    {CellularService::Voice, "voice"}, {CellularService::E911Callback, "e911-callback"},
-    {CellularService::Data, "data"}, {CellularService::GenericAccessNetwork, "generic-access"},
-    {CellularService::ConcurrentVoiceData, "concurrent-voice-data"}, {CellularService::DataGprs, "gprs"},
-    {CellularService::DataEdge, "edge"}, {CellularService::DataUmts, "umts"},
-    {CellularService::DataHspa, "hspa"}, {CellularService::DataHspaP, "hspa+"},
-    {CellularService::DataCdma, "cdma"}, {CellularService::DataEvdo0, "evdo-0"},
-    {CellularService::DataEvdoA, "evdo-a"}, {CellularService::DataEhrpd, "ehrpd"},
-    {CellularService::DataLte, "lte"}};
 
 constexpr Word<LedColor::Type> Colors[] = {{LedColor::Red, "red"}, {LedColor::Green, "green"},
     {LedColor::Blue, "blue"}, {LedColor::Yellow, "yellow"}, {LedColor::Cyan, "cyan"},
@@ -121,34 +97,14 @@ QString PhoneWords::of(DeviceOrientation::Type orientation)
     return wordOf(Orientations, orientation);
 }
 
-QString PhoneWords::of(DisplayTechnology::Type technology)
-{
-    return wordOf(DisplayTechnologies, technology);
-}
-
-QString PhoneWords::of(HdmiConnector::Type connector)
-{
-    return wordOf(Connectors, connector);
-}
-
 QString PhoneWords::of(SimCardState::Type state)
 {
     return wordOf(Cards, state);
 }
 
-QString PhoneWords::of(WiFiDirectIntent::Type intent)
-{
-    return wordOf(Intents, intent);
-}
-
 QString PhoneWords::of(WiFiDirectRole::Type role)
 {
     return wordOf(Roles, role);
-}
-
-QString PhoneWords::of(WiFiDirectWpsMethod::Type method)
-{
-    return wordOf(Methods, method);
 }
 
 QString PhoneWords::of(MiracastDisplayState::Type state)
@@ -161,19 +117,9 @@ QString PhoneWords::of(MiracastStopReason::Type reason)
     return wordOf(StopReasons, reason);
 }
 
-QString PhoneWords::of(CellularTechnology::Type technology)
-{
-    return wordOf(Technologies, technology);
-}
-
 QStringList PhoneWords::of(CellularTechnology::Types technologies)
 {
     return wordsOf(Technologies, technologies);
-}
-
-QStringList PhoneWords::of(CellularService::Types services)
-{
-    return wordsOf(Services, services);
 }
 
 LedColor::Type PhoneWords::colorOf(const QString &word)

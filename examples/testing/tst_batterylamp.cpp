@@ -17,7 +17,7 @@ private Q_SLOTS:
     void init()
     {
         PhoneSettings settings;
-        settings.battery().level(50);
+        settings.set("battery.level", 50);
         m_phone = std::make_unique<Phone>(settings);
     }
     void cleanup() { m_phone.reset(); }

@@ -2,16 +2,13 @@
 
 #include <oz/client/DaemonClient.hpp>
 #include <oz/device/BatteryInfo.hpp>
+#include <oz/device/DisplayInfo.hpp>
 #include <oz/device/Led.hpp>
 #include <oz/device/VibrationController.hpp>
 #include <oz/testing/Phone.hpp>
 
 #include <QElapsedTimer>
-#include <QFile>
 #include <QFileInfo>
-#include <QJsonDocument>
-#include <QJsonObject>
-#include <QRegularExpression>
 #include <QTimer>
 
 #include <cmath>
@@ -219,150 +216,26 @@ TEST(Phone, IsDrivenByATypedCallForEverythingThatItCanBeTold)
     EXPECT_EQ(told, known);
 }
 
-// The text of a commented file as a map.
-QVariantMap contentOf(const QByteArray &text)
+TEST(Phone, IsSetUpFromCodeByTheKeysOfItsFile)
 {
-    const QString plain = QString::fromUtf8(text).remove(
-        QRegularExpression("(^|\\s)//.*$", QRegularExpression::MultilineOption));
-    return QJsonDocument::fromJson(plain.toUtf8()).object().toVariantMap();
-}
-
-TEST(Phone, IsSetUpFromCodeAsItsFileCan)
-{
-    using Service = CellularService;
-    using Technology = CellularTechnology;
-    const auto all =
-        Technology::Gsm | Technology::Umts | Technology::Cdma1X | Technology::Evdo | Technology::Lte;
-    PhoneSettings s;
-    s.sdcard().mounted(true).busy(false);
-    s.battery().level(80).plugged(false).wirelessReceiver("").present(true).condition(BatteryCondition::OK);
-    s.battery().held(false);
-    s.battery().fullChargeCapacity(2800).cycleCount(112).temperature(25.5).chargingTimePerPercent(1min);
-    s.battery().dischargingTimePerPercent(10min);
-    s.activity().state(UserActivityState::Active).idleTime(5min).otherStatuses({});
-    s.orientation().orientation(DeviceOrientation::TopUp);
-    s.display(0).name("panel").internal(true).attached(true).detachable(false).size({768, 1280});
-    s.display(0).physicalSize({54, 90}).rotation(0).technology(DisplayTechnology::Oled);
-    s.display(1).name("hdmi").attached(false).size({1920, 1080}).physicalSize({531, 299});
-    s.display(1).technology(DisplayTechnology::Lcd);
-    s.hardware().pin("2A000001").serialNumber("000100020003").imei("004999010640000").meid("A0000000000001");
-    s.hardware().hardwareId("KSL100-1").deviceName("Simulated phone").modelName("Kestrel");
-    s.hardware().modelNumber("KSL100").keyboard(true).hdmi(HdmiConnector::Micro).miracast(true);
-    s.hardware().addProcessor("Simulated core", 1500).addProcessor("Simulated core", 1500);
-    s.simcard().state(SimCardState::Ready).mcc("001").mnc("01").iccid("8900100000000000001");
-    s.simcard().imsi("001010000000001");
-    s.radio().power(true).technologies(all).enabledTechnologies(all).data(true).dataRoaming(false);
-    s.radio().services(Service::Types(0x3ff707));
-    s.radio().bands({{"cdma", QVariantList{0, 1}}, {"gsm", QVariantList{850, 900, 1800, 1900}},
-        {"umts", QVariantList{1, 2, 5, 8}}, {"lte", QVariantList{3, 7, 20}}});
-    const auto home = [&](const char *name, Technology::Type technology, int rssi) {
-        return s.network(name)
-            .technology(technology)
-            .operatorName("North Mobile")
-            .displayName("North")
-            .rssi(rssi);
-    };
-    const auto basic = Service::Emergency | Service::Voice | Service::Data;
-    home("home-lte", Technology::Lte, -85).mcc("001").mnc("01").cellId(20481).tac(301);
-    s.network("home-lte").services(basic | Service::ConcurrentVoiceData | Service::DataLte);
-    home("home-gsm", Technology::Gsm, -71).cellId(4097).lac(77);
-    s.network("home-gsm").services(basic | Service::DataGprs | Service::DataEdge);
-    home("home-umts", Technology::Umts, -79).cellId(8193).lac(78);
-    s.network("home-umts")
-        .services(basic | Service::ConcurrentVoiceData | Service::DataUmts | Service::DataHspa
-            | Service::DataHspaP);
-    s.network("home-cdma")
-        .technology(Technology::Cdma1X)
-        .operatorName("North Voice")
-        .rssi(-90)
-        .bid(12)
-        .nid(3);
-    s.network("home-cdma")
-        .sid(4101)
-        .services(Service::Emergency | Service::Voice | Service::E911Callback | Service::DataCdma);
-    s.network("abroad")
-        .technology(Technology::Umts)
-        .operatorName("East Mobile")
-        .mcc("999")
-        .mnc("99")
-        .rssi(-95);
-    s.network("abroad")
-        .services(basic | Service::DataUmts | Service::DataHspa)
-        .roaming(true)
-        .cellId(513)
-        .lac(9);
-    s.network("partner").technology(Technology::Umts).operatorName("South Mobile").mnc("02").rssi(-88);
-    s.network("partner").services(basic | Service::DataUmts).roaming(true).suppress(true).cellId(514).lac(10);
-    s.setServing({"home-lte"});
-    s.setConnectTime(1500ms);
-    s.dataProfile("internet").enabled(true).alwaysOn(true).accessControlled(false).apn("internet.example");
-    s.dataProfile("internet").interface("rmnet0").controlMode(0666);
-    s.dataProfile("mms").apn("mms.example").interface("rmnet1");
-    s.dataProfile("enterprise")
-        .accessControlled(true)
-        .permitted(false)
-        .apn("work.example")
-        .interface("rmnet2");
-    s.dataProfile("tethering")
-        .accessControlled(true)
-        .apn("tether.example")
-        .interface("rmnet3")
-        .controlMode(0);
-    s.dataProfile("legacy").enabled(false).apn("wap.example").interface("rmnet4");
-    s.led().onTime(250ms).offTime(250ms);
-    s.vibration().present(true);
-    s.wifiDirect().supported(true).enabled(true).address("02:00:00:00:00:01").interface("p2p0");
-    s.wifiDirect().ssid("DIRECT-oz-Kestrel").password("kestrel-direct").scanTime(3s).connectTime(2s);
-    using Wps = WiFiDirectWpsMethod;
-    s.peer("tv").name("Living room").address("02:00:00:00:01:01").type("7-0050F204-1").inRange(true);
-    s.peer("tv")
-        .displayInfo("000600111c440032")
-        .pin("12345670")
-        .intent(WiFiDirectIntent::Any)
-        .ssid("DIRECT-tv");
-    s.peer("tv")
-        .wps({Wps::PushButtonConfiguration, Wps::RandomPin, Wps::PresetPin})
-        .password("direct-password");
-    s.peer("tv").group(WiFiDirectRole::NoRole);
-    s.peer("laptop").name("Laptop").type("1-0050F204-5").intent(WiFiDirectIntent::Client);
-    s.peer("printer").name("Printer").type("3-0050F204-1").wps({Wps::PushButtonConfiguration});
-    s.peer("printer").group(WiFiDirectRole::GroupOwner).ssid("DIRECT-printer");
-    s.peer("camera").name("Camera").type("4-0050F204-1").group(WiFiDirectRole::Client);
-    s.peer("speaker")
-        .name("Speaker")
-        .type("11-0050F204-2")
-        .intent(WiFiDirectIntent::GroupOwner)
-        .inRange(false);
-    s.miracast().scanTime(3s).connectTime(2s);
-    s.sink("tv")
-        .name("Living room")
-        .address("02:00:00:00:02:01")
-        .type("7-0050F204-1")
-        .inRange(true)
-        .accepts(true);
-    s.sink("tv").size({1920, 1080});
-    s.sink("projector").name("Meeting room").type("7-0050F204-3").pin("12345670");
-    s.sink("set-top-box").name("Set-top box").type("8-0050F204-4").accepts(false);
-    s.sink("monitor").name("Desk").type("7-0050F204-4").inRange(false).size({2560, 1440});
-
-    QFile shipped(OZ_PHONE_FILE);
-    ASSERT_TRUE(shipped.open(QIODevice::ReadOnly));
-    const QVariantMap wanted = contentOf(shipped.readAll());
-    const QVariantMap made = contentOf(s.text());
-    EXPECT_EQ(made.keys(), wanted.keys());
-    for (auto section = wanted.cbegin(); section != wanted.cend(); ++section) {
-        const auto text = [](const QVariant &map) {
-            return QJsonDocument(QJsonObject::fromVariantMap(map.toMap())).toJson();
-        };
-        EXPECT_EQ(text(made.value(section.key())), text(*section)) << section.key().toStdString();
-    }
-
-    s.battery().level(7).temperature(std::nullopt);
-    s.hardware().deviceName(std::nullopt);
-    s.orientation().orientation(std::nullopt);
-    const Phone phone(s);
+    PhoneSettings settings;
+    settings.set("battery.level", 50).set("battery.level", 7).set("battery.temperature", {});
+    settings.set("simcard.state", "pin")
+        .set("led.on-seconds", 0.5)
+        .set("radio.enabled-technologies", QStringList{"gsm"});
+    settings.set("wifi-direct.peers.zoo.pin", "1234567").set("wifi-direct.peers.zoo.name", "Zoo");
+    settings.set("wifi-direct.peers.attic.in-range", false);
+    settings.set("display.displays", QVariantList{QVariantMap{{"id", 3}, {"name", "Dash"}}});
+    const Phone phone(settings);
     EXPECT_EQ(BatteryInfo().level(), 7);
-    EXPECT_TRUE(phone.holds("battery.temperature == unknown and orientation.orientation == undefined"));
+    EXPECT_EQ(DisplayInfo(3).displayName(), "Dash");
+    EXPECT_TRUE(phone.holds("battery.temperature == unknown and simcard.state == pin"));
+    // In the order in which they were set, and with a line each.
+    EXPECT_LT(settings.text().indexOf("\"zoo\""), settings.text().indexOf("\"attic\""));
+    EXPECT_THAT(errorOf([&] {
+        const Phone wrong(PhoneSettings().set("led.on-seconds", 1).set("battery.lvel", 7), Phone::Root::Own);
+    }),
+        HasSubstr("phone.json:6: battery.lvel: unknown key; known here are "));
 }
 
 TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
@@ -386,7 +259,7 @@ TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
     });
     EXPECT_THAT(error, HasSubstr("phone.json:2: battery.level: "));
     PhoneSettings text = PhoneSettings::fromText("{}");
-    EXPECT_THAT(errorOf([&] { text.battery().level(1); }), HasSubstr("battery.level cannot be set"));
+    EXPECT_THAT(errorOf([&] { text.set("battery.level", 1); }), HasSubstr("battery.level cannot be set"));
     qputenv("OZ_DEVICED", "/nowhere/ozdeviced");
     EXPECT_THAT(errorOf([] { const Phone none({}, Phone::Root::Own); }),
         HasSubstr("/nowhere/ozdeviced: No such file"));
@@ -398,7 +271,7 @@ TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
 TEST(Phone, ShowsWhatApplicationsDoToIt)
 {
     PhoneSettings settings;
-    settings.led().onTime(60s);
+    settings.set("led.on-seconds", 60);
     Phone phone(settings);
     Led led(LedColor::Cyan);
     VibrationController vibration;
