@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/UniqueFd.hpp"
+
 #include <QByteArray>
 #include <QDeadlineTimer>
 #include <QString>
@@ -12,20 +14,15 @@ namespace oz::client {
 class ControlSocket
 {
 public:
-    ControlSocket() = default;
-    ~ControlSocket();
-    ControlSocket(const ControlSocket &) = delete;
-    ControlSocket &operator=(const ControlSocket &) = delete;
-
     /*! EAGAIN where the service has too many connections to take another one yet; it can be tried again. */
     [[nodiscard]] int connect(const QString &file);
     [[nodiscard]] int send(const QByteArray &message) const;
     /*! EAGAIN where there is no message, ECONNRESET where none will come any more. */
     [[nodiscard]] int receive(QByteArray *message) const;
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
+    [[nodiscard]] int descriptor() const { return m_socket.get(); }
 
 private:
-    int m_descriptor = -1;
+    UniqueFd m_socket;
 };
 
 /*! Waits until one of \a descriptors has input, or the deadline. With \a runsEventLoop, the event loop of a

@@ -64,30 +64,23 @@ QVariant dataOf(const QByteArray &message)
 class ObjectWatch
 {
 public:
-    explicit ObjectWatch(const QString &file) : m_descriptor(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
+    explicit ObjectWatch(const QString &file) : m_events(::inotify_init1(IN_CLOEXEC | IN_NONBLOCK))
     {
         const QByteArray folder = QFile::encodeName(QFileInfo(file).path());
-        m_isWatching = ::inotify_add_watch(m_descriptor, folder.constData(), IN_MOVED_TO | IN_DELETE) >= 0;
+        m_isWatching = ::inotify_add_watch(descriptor(), folder.constData(), IN_MOVED_TO | IN_DELETE) >= 0;
     }
-    ~ObjectWatch()
-    {
-        if (m_descriptor >= 0)
-            ::close(m_descriptor);
-    }
-    ObjectWatch(const ObjectWatch &) = delete;
-    ObjectWatch &operator=(const ObjectWatch &) = delete;
 
-    [[nodiscard]] int descriptor() const { return m_descriptor; }
+    [[nodiscard]] int descriptor() const { return m_events.get(); }
     /*! False where the user's watches are used up. */
     [[nodiscard]] bool isWatching() const { return m_isWatching; }
     void clear() const
     {
         char events[4096];
-        while (::read(m_descriptor, events, sizeof events) > 0) { }
+        while (::read(descriptor(), events, sizeof events) > 0) { }
     }
 
 private:
-    int m_descriptor;
+    UniqueFd m_events;
     bool m_isWatching = false;
 };
 

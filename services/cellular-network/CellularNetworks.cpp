@@ -98,6 +98,20 @@ Fields<CellularNetworks> cellFields(const QString &path, OneNetwork one, const c
 
 } // namespace
 
+const QMap<QString, QList<Technology>> &cellKeys()
+{
+    using T = Technology;
+    static const QMap<QString, QList<T>> keys{
+        {QStringLiteral("cell-id"), {T::Gsm, T::Umts, T::Lte}},
+        {QStringLiteral("lac"), {T::Gsm, T::Umts}},
+        {QStringLiteral("tac"), {T::Lte}},
+        {QStringLiteral("bid"), {T::Cdma1x, T::Evdo}},
+        {QStringLiteral("nid"), {T::Cdma1x, T::Evdo}},
+        {QStringLiteral("sid"), {T::Cdma1x, T::Evdo}},
+    };
+    return keys;
+}
+
 const Fields<CellularNetworks> &primaryNetworkFields()
 {
     static const auto fields =

@@ -4,6 +4,8 @@
 #include "source/Source.hpp"
 #include "table/Fields.hpp"
 
+#include <QMap>
+
 namespace oz::services {
 
 /*! The cellular networks in use, as any source knows them. */
@@ -45,6 +47,9 @@ struct CellularNetworks
 };
 
 using CellularNetworkSource = StateSource<CellularNetworks>;
+
+/*! The keys of a cell's identifiers in the phone's file, with the technologies whose networks have each. */
+[[nodiscard]] const QMap<QString, QList<Technology>> &cellKeys();
 
 /*! How they stand in the tree: of each what everybody may know, and where the device is in it; and the name
  * that the user is to see. */

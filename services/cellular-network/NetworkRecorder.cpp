@@ -1,19 +1,19 @@
 #include "cellular-network/NetworkRecorder.hpp"
 
+#include "cellular-network/CellularNetworks.hpp"
+
 namespace oz::services {
 
 namespace {
 
 const QString Section = QStringLiteral("cellular-network");
 
-// The keys that say where a cell is, and the technologies for which the phone's file has each.
-const std::pair<const char *, const char *> CellKeys[] = {{"cell-id", "gsm umts lte"}, {"lac", "gsm umts"},
-    {"tac", "lte"}, {"bid", "cdma_1x evdo"}, {"nid", "cdma_1x evdo"}, {"sid", "cdma_1x evdo"}};
-
 // The network that serves, as the phone's file has it; empty where none does.
 QVariantMap networkIn(RecordedScript &script)
 {
-    const auto said = [&](const char *field) { return script.value(Section + u'.' + QLatin1String(field)); };
+    const auto said = [&](const QByteArray &field) {
+        return script.value(Section + u'.' + QLatin1String(field));
+    };
     QStringList technologies = script.value(QStringLiteral("radio.technologies")).toStringList();
     if (technologies.size() > 1)
         technologies.removeAll(QStringLiteral("cdma_1x")); // which serves beside
@@ -27,10 +27,10 @@ QVariantMap networkIn(RecordedScript &script)
             network.insert(QLatin1String(key), value);
     }
     // A modem may tell where it was in a network of another technology, too.
-    for (const auto &[key, having] : CellKeys) {
-        const int number = said(key).toInt();
-        if (number != 0 && QString::fromLatin1(having).split(u' ').contains(technologies.first()))
-            network.insert(QLatin1String(key), script.maskedNumber(QLatin1String(key), number));
+    for (const auto &[key, having] : cellKeys().asKeyValueRange()) {
+        const int number = said(key.toLatin1()).toInt();
+        if (number != 0 && wordsOf(having).contains(technologies.first()))
+            network.insert(key, script.maskedNumber(key, number));
     }
     return network;
 }

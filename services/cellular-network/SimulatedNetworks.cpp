@@ -15,22 +15,6 @@ using Network = CellularNetworks::Network;
 
 const QString DisplayName = QStringLiteral("display-name");
 
-// The technologies whose networks have an identifier of a cell; nothing for what is none.
-std::optional<QList<Technology>> technologiesWith(const QString &key)
-{
-    using T = Technology;
-    static const QMap<QString, QList<T>> all{
-        {QStringLiteral("cell-id"), {T::Gsm, T::Umts, T::Lte}},
-        {QStringLiteral("lac"), {T::Gsm, T::Umts}},
-        {QStringLiteral("tac"), {T::Lte}},
-        {QStringLiteral("bid"), {T::Cdma1x, T::Evdo}},
-        {QStringLiteral("nid"), {T::Cdma1x, T::Evdo}},
-        {QStringLiteral("sid"), {T::Cdma1x, T::Evdo}},
-    };
-    const auto found = all.find(key);
-    return found == all.end() ? std::nullopt : std::optional(*found);
-}
-
 } // namespace
 
 const Settings<SimulatedNetworks> &SimulatedNetworks::table()
@@ -97,9 +81,7 @@ const Settings<SimulatedNetworks::Known> &SimulatedNetworks::networkTable()
 SimulatedNetworks::SimulatedNetworks(const JsonNode &section, SimulatedParts &phone)
     : m_simCard(phone.part<SimulatedSimCard>())
 {
-    const JsonNode all =
-        (section.contains(instancesKey()) ? section : shippedSection(QStringLiteral("cellular-network")))
-            .map(instancesKey());
+    const JsonNode all = givenOrShipped(section, QStringLiteral("cellular-network"), instancesKey());
     for (const auto &member : all.members())
         m_known.push_back(readNetwork(member.first, all.map(member.first)));
     read(section, settings({}), {instancesKey()});
@@ -125,8 +107,8 @@ std::vector<Setting> SimulatedNetworks::settingsOf(Known &known)
 {
     std::vector<Setting> settings = networkTable().of(&known);
     std::erase_if(settings, [&known](const Setting &setting) {
-        const auto technologies = technologiesWith(setting.key);
-        return technologies && !technologies->contains(known.technology);
+        return cellKeys().contains(setting.key)
+            && !cellKeys().value(setting.key).contains(known.technology);
     });
     for (Setting &setting : settings) {
         if (setting.key == u"operator" || setting.key == DisplayName)

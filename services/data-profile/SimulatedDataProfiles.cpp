@@ -75,9 +75,7 @@ SimulatedDataProfiles::SimulatedDataProfiles(const JsonNode &section, SimulatedP
     : m_clock(phone.clock()), m_radio(phone.part<SimulatedRadio>())
 {
     read(section, settings({}), {instancesKey()});
-    const JsonNode all =
-        (section.contains(instancesKey()) ? section : shippedSection(QStringLiteral("data-profile")))
-            .map(instancesKey());
+    const JsonNode all = givenOrShipped(section, QStringLiteral("data-profile"), instancesKey());
     for (const auto &member : all.members())
         readProfile(member.first, all.map(member.first));
     connect(m_radio.get(), &SimulatedRadio::dataChanged, this, &SimulatedDataProfiles::update);

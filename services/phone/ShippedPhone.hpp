@@ -4,7 +4,8 @@
 
 namespace oz::services {
 
-/*! A section of the phone's file as it is shipped, for what is too large to stand in the code too. */
-[[nodiscard]] JsonNode shippedSection(const QString &name);
+/*! The map \a key of \a section, the section called \a name of a phone's file; where that has none, the one
+ * of the phone's file as it is shipped. */
+[[nodiscard]] JsonNode givenOrShipped(const JsonNode &section, const QString &name, const QString &key);
 
 } // namespace oz::services

@@ -23,8 +23,7 @@ public:
         const std::function<QVariant(const QString &key, const Setting &setting)> &initial = {},
         const QString &taken = {})
     {
-        const JsonNode all = (section.contains(name) ? section : shippedSection(part)).map(name);
-        for (const auto &[key, node] : all.members()) {
+        for (const auto &[key, node] : givenOrShipped(section, part, name).members()) {
             Device device;
             std::vector<Setting> settings = Device::table().of(&device);
             for (Setting &setting : settings) {

@@ -121,10 +121,7 @@ public:
     template <typename Get>
     static Column<Record> words(Get get, const WordList<ValueOf<Get>> &words, const char *unknown = "")
     {
-        ValueType type{ValueType::Word};
-        for (const auto &each : words)
-            type.words.append(QLatin1String(each.word));
-        return Columns::words(get, words, type, unknown);
+        return Columns::words(get, words, {ValueType::Word, {}, wordsIn(words)}, unknown);
     }
 
     /*! A list of an enumeration's values. */
@@ -137,10 +134,8 @@ public:
                 return QVariant();
             QStringList published;
             for (const auto &value : *values) {
-                for (const auto &each : words) {
-                    if (value == each.value)
-                        published.append(QLatin1String(each.published));
-                }
+                if (const QString text = publishedFor(words, value); !text.isNull())
+                    published.append(text);
             }
             return QVariant(published);
         };
@@ -176,12 +171,8 @@ private:
     {
         const QVariant unknownText = *unknown ? QVariant(QString::fromLatin1(unknown)) : QVariant();
         const auto write = [get, words, unknownText](const Record &record) {
-            const auto value = optionalOf(std::invoke(get, record));
-            for (const auto &each : words) {
-                if (value == each.value)
-                    return QVariant(QString::fromLatin1(each.published));
-            }
-            return unknownText;
+            const QString text = publishedFor(words, optionalOf(std::invoke(get, record)));
+            return text.isNull() ? unknownText : QVariant(text);
         };
         const auto read = [words, isTruth = type.kind == ValueType::Truth](const QVariant &published) {
             for (const auto &each : words) {

@@ -209,23 +209,16 @@ public:
     static SettingColumn<Owner> words(
         Member member, const WordList<Known<Member>> &words, const char *unknown = "")
     {
-        ValueType type{ValueType::Word};
-        for (const auto &each : words)
-            type.words.append(QLatin1String(each.word));
+        ValueType type{ValueType::Word, {}, wordsIn(words)};
         const auto get = [member, words, unknown](const Owner &owner) {
-            const Held<Member> &value = std::invoke(member, owner);
-            for (const auto &each : words) {
-                if (value == each.value)
-                    return QVariant(QString::fromLatin1(each.word));
-            }
-            return *unknown ? QVariant(QString::fromLatin1(unknown)) : QVariant();
+            const QString word = wordFor(words, std::invoke(member, owner));
+            if (word.isNull())
+                return *unknown ? QVariant(QString::fromLatin1(unknown)) : QVariant();
+            return QVariant(word);
         };
-        const auto set = [member, words, known = type.words](Owner &owner, const QVariant &value) {
-            const qsizetype place = known.indexOf(value.toString());
-            if (place >= 0)
-                std::invoke(member, owner) = words[std::size_t(place)].value;
-            else
-                std::invoke(member, owner) = {};
+        const auto set = [member, words](Owner &owner, const QVariant &value) {
+            const auto known = valueOf(words, value.toString());
+            std::invoke(member, owner) = known ? Held<Member>(*known) : Held<Member>();
         };
         if (*unknown)
             type.words.append(QLatin1String(unknown));

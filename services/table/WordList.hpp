@@ -41,9 +41,9 @@ template <typename Value>
     return all;
 }
 
-/*! The word for \a value. */
-template <typename Value>
-[[nodiscard]] QString wordFor(const WordList<Value> &words, const Value &value)
+/*! The word for \a value, which may be an optional one; a null text where it has none. */
+template <typename Value, typename Sought = Value>
+[[nodiscard]] QString wordFor(const WordList<Value> &words, const Sought &value)
 {
     for (const auto &each : words) {
         if (value == each.value)
@@ -52,9 +52,9 @@ template <typename Value>
     return {};
 }
 
-/*! The published text for \a value. */
-template <typename Value>
-[[nodiscard]] QString publishedFor(const WordList<Value> &words, const Value &value)
+/*! The published text for \a value, likewise. */
+template <typename Value, typename Sought = Value>
+[[nodiscard]] QString publishedFor(const WordList<Value> &words, const Sought &value)
 {
     for (const auto &each : words) {
         if (value == each.value)
