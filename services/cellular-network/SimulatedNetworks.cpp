@@ -107,8 +107,7 @@ std::vector<Setting> SimulatedNetworks::settingsOf(Known &known)
 {
     std::vector<Setting> settings = networkTable().of(&known);
     std::erase_if(settings, [&known](const Setting &setting) {
-        return cellKeys().contains(setting.key)
-            && !cellKeys().value(setting.key).contains(known.technology);
+        return cellKeys().contains(setting.key) && !cellKeys().value(setting.key).contains(known.technology);
     });
     for (Setting &setting : settings) {
         if (setting.key == u"operator" || setting.key == DisplayName)

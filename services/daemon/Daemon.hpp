@@ -15,6 +15,8 @@
 
 namespace oz::services {
 
+class RunningFacilities;
+
 /*!
  * All services of one device root. It serves, for tools:
  * - "/pps/system/ozdeviced/control": the requests "sim" ("dat": "facility" and, as "verb" and "arguments",
@@ -59,8 +61,8 @@ Q_SIGNALS:
 
 private:
     class RootLock;
-    class Running;
 
+    void run(const Configuration &configuration, std::unique_ptr<RunningFacilities> facilities);
     void checkReady();
     void publishStatus();
     void removeLeftovers();
@@ -78,7 +80,7 @@ private:
     StatePublisher m_status;
     StatePublisher m_phone;
     QTimer m_phoneChanges; // what changes at the same time is published together
-    std::unique_ptr<Running> m_running;
+    std::unique_ptr<RunningFacilities> m_running;
     ScenarioService m_scenarios;
     Observation m_observation{m_tree};
     ControlObject m_control;

@@ -84,8 +84,8 @@ void ScenarioPlayer::setSpeed(double speed)
     m_options.speed = speed;
     if (!m_main)
         return; // it counts from the start on
-    if (m_frozen > 0)
-        m_speedOfFrozen = speed;
+    if (m_freeze.holds > 0)
+        m_freeze.speed = speed;
     else
         m_clock.setSpeed(speed);
 }
@@ -104,8 +104,8 @@ void ScenarioPlayer::end(State state)
         if (strand)
             strand->halt();
     }
-    if (m_main && (m_options.speed || m_frozen > 0))
-        m_clock.setSpeed(m_options.speed ? m_speedBefore : m_speedOfFrozen);
+    if (m_main && (m_options.speed || m_freeze.holds > 0))
+        m_clock.setSpeed(m_options.speed ? m_speedBefore : m_freeze.speed);
     Q_EMIT finished();
 }
 
@@ -174,16 +174,16 @@ double ScenarioPlayer::random()
 
 void ScenarioPlayer::freeze()
 {
-    if (m_frozen++ == 0) {
-        m_speedOfFrozen = m_clock.speed();
+    if (m_freeze.holds++ == 0) {
+        m_freeze.speed = m_clock.speed();
         m_clock.setSpeed(0);
     }
 }
 
 void ScenarioPlayer::unfreeze()
 {
-    if (--m_frozen == 0 && m_state == Playing)
-        m_clock.setSpeed(m_speedOfFrozen);
+    if (--m_freeze.holds == 0 && m_state == Playing)
+        m_clock.setSpeed(m_freeze.speed);
 }
 
 } // namespace oz::services

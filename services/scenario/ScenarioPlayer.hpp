@@ -61,7 +61,7 @@ public:
     [[nodiscard]] bool isPaused() const { return m_isPaused; }
     /*! The speed of the phone's clock until it ends; one of before comes back then. */
     void setSpeed(double speed);
-    [[nodiscard]] double speed() const { return m_frozen > 0 ? m_speedOfFrozen : m_clock.speed(); }
+    [[nodiscard]] double speed() const { return m_freeze.holds > 0 ? m_freeze.speed : m_clock.speed(); }
     /*! How many of the scenario's own steps are done or under way, and how many there are. */
     [[nodiscard]] std::pair<int, int> progress() const;
 
@@ -104,8 +104,11 @@ private:
     QString m_problem;
     PhoneClock::Time m_began{0};
     double m_speedBefore = 1;
-    double m_speedOfFrozen = 1;
-    int m_frozen = 0;
+    struct
+    {
+        int holds = 0; // that keep the phone's time standing
+        double speed = 1; // of the time that goes on then
+    } m_freeze;
     bool m_isEvaluationPlanned = false;
     QList<Asked> m_asked;
     std::vector<QPointer<Strand>> m_strands;

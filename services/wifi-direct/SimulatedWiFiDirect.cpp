@@ -33,7 +33,7 @@ QString ipOf(int host)
 } // namespace
 
 SimulatedWiFiDirect::SimulatedWiFiDirect(const JsonNode &section, SimulatedParts &phone)
-    : m_scanning(phone.clock(), PhoneTimer::Repeatedly), m_connecting(phone.clock())
+    : m_scan{PhoneTimer(phone.clock(), PhoneTimer::Repeatedly)}, m_connecting{PhoneTimer(phone.clock())}
 {
     m_ownGroup.role = Role::GroupOwner;
     m_ownGroup.ownerIpAddress = ipOf(OwnerHost);
@@ -45,8 +45,8 @@ SimulatedWiFiDirect::SimulatedWiFiDirect(const JsonNode &section, SimulatedParts
         },
         m_ownGroup.ownerAddress);
 
-    connect(&m_scanning, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::scanFurther);
-    connect(&m_connecting, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::finishConnecting);
+    connect(&m_scan.timer, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::scanFurther);
+    connect(&m_connecting.timer, &PhoneTimer::timeout, this, &SimulatedWiFiDirect::finishConnecting);
     update();
 }
 
@@ -67,9 +67,9 @@ void SimulatedWiFiDirect::tell()
         state.availability = Availability::NotSupported;
     else if (!m_enabled)
         state.availability = Availability::Disabled;
-    state.scanning = m_looks || m_scanning.isActive();
+    state.scanning = m_scan.isShown || m_scan.timer.isActive();
     state.lastDiscovery = m_lastDiscovery;
-    state.connecting = m_joins || m_connecting.isActive();
+    state.connecting = m_connecting.isShown || m_connecting.timer.isActive();
     state.group = m_group;
     for (const QString &key : m_visible) {
         const Known &known = m_peers.at(key);
@@ -98,12 +98,12 @@ void SimulatedWiFiDirect::scan(const Done &done)
 {
     if (const Outcome refused = obstacle(); refused.error)
         return done(refused);
-    if (m_scanning.isActive())
+    if (m_scan.timer.isActive())
         return done({EBUSY, QStringLiteral("a scan is running"), {}});
-    m_scanSteps = 1;
+    m_scan.stepsLeft = 1;
     for (const QString &key : m_peers.keys())
-        m_scanSteps += m_peers.at(key).inRange && !m_visible.contains(key);
-    m_scanning.start(m_scanTime / m_scanSteps);
+        m_scan.stepsLeft += m_peers.at(key).inRange && !m_visible.contains(key);
+    m_scan.timer.start(m_scanTime / m_scan.stepsLeft);
     tell();
     done({});
 }
@@ -119,18 +119,18 @@ void SimulatedWiFiDirect::connectPeer(const ConnectRequest &request, const Done 
     if (request.method != WpsMethod::PushButton && request.pin.isEmpty())
         return done({EINVAL, QStringLiteral("this method wants a PIN"), {}});
     // The radio cannot do both.
-    m_scanning.stop();
-    m_request = request;
-    m_connecting.start(m_connectTime);
+    m_scan.timer.stop();
+    m_connecting.request = request;
+    m_connecting.timer.start(m_connectTime);
     tell();
     done({});
 }
 
 void SimulatedWiFiDirect::cancelConnect(const Done &done)
 {
-    if (!m_connecting.isActive())
+    if (!m_connecting.timer.isActive())
         return done({EINVAL, QStringLiteral("nothing is being connected"), {}});
-    m_connecting.stop();
+    m_connecting.timer.stop();
     tell();
     done({});
 }
@@ -163,7 +163,7 @@ void SimulatedWiFiDirect::ipAddress(const QString &address, const Done &done)
 {
     if (address.isEmpty())
         return done({EINVAL, QStringLiteral("the request has no address"), {}});
-    if (m_connecting.isActive())
+    if (m_connecting.timer.isActive())
         return done({EBUSY, QStringLiteral("a peer is being connected"), {}});
     if (!m_group)
         return done({ENONET, QStringLiteral("there is no connection"), {}});
@@ -203,14 +203,14 @@ Outcome SimulatedWiFiDirect::obstacle() const
 {
     if (!m_supported || !m_enabled)
         return {ENETDOWN, QStringLiteral("Wi-Fi Direct is off"), {}};
-    if (m_connecting.isActive())
+    if (m_connecting.timer.isActive())
         return {EBUSY, QStringLiteral("a peer is being connected"), {}};
     return {};
 }
 
 void SimulatedWiFiDirect::scanFurther()
 {
-    if (--m_scanSteps > 0)
+    if (--m_scan.stepsLeft > 0)
         (void)showNextPeer();
     else
         endScan();
@@ -232,18 +232,18 @@ bool SimulatedWiFiDirect::showNextPeer()
 void SimulatedWiFiDirect::endScan()
 {
     while (showNextPeer()) { }
-    m_scanning.stop();
+    m_scan.timer.stop();
     noteDiscovery();
 }
 
 void SimulatedWiFiDirect::finishConnecting()
 {
     // Where the peer is out of sight by now, connecting has ended already.
-    const QString key = visibleAt(m_request.address);
+    const QString key = visibleAt(m_connecting.request.address);
     const Known &peer = m_peers.at(key);
-    const bool isSecured = peer.methods.contains(methodWords()[int(m_request.method)])
-        && (m_request.method == WpsMethod::PushButton || m_request.pin == peer.pin);
-    const auto role = roleWith(peer, m_request.intent);
+    const bool isSecured = peer.methods.contains(methodWords()[int(m_connecting.request.method)])
+        && (m_connecting.request.method == WpsMethod::PushButton || m_connecting.request.pin == peer.pin);
+    const auto role = roleWith(peer, m_connecting.request.intent);
     if (isSecured && role) {
         m_group = groupWith(peer, *role);
         join(key, *role == Role::GroupOwner ? Role::Client : Role::GroupOwner);
@@ -291,8 +291,8 @@ void SimulatedWiFiDirect::endGroup()
 
 void SimulatedWiFiDirect::lose(const QString &key)
 {
-    if (m_connecting.isActive() && visibleAt(m_request.address) == key)
-        m_connecting.stop();
+    if (m_connecting.timer.isActive() && visibleAt(m_connecting.request.address) == key)
+        m_connecting.timer.stop();
     if (isMember(key))
         leave(key);
     if (m_visible.removeOne(key))
@@ -301,10 +301,10 @@ void SimulatedWiFiDirect::lose(const QString &key)
 
 void SimulatedWiFiDirect::switchOff()
 {
-    m_scanning.stop();
-    m_connecting.stop();
-    m_looks = false;
-    m_joins = false;
+    m_scan.timer.stop();
+    m_connecting.timer.stop();
+    m_scan.isShown = false;
+    m_connecting.isShown = false;
     endGroup();
     if (!m_visible.isEmpty())
         noteDiscovery();

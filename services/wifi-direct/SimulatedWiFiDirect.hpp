@@ -97,13 +97,19 @@ private:
     Surroundings<Known> m_peers;
 
     std::optional<qint64> m_lastDiscovery;
-    PhoneTimer m_scanning;
-    bool m_looks = false; // as verbs say, without a scan
-    bool m_joins = false; // as verbs say, without a request
-    int m_scanSteps = 0; // until the scan ends
     QStringList m_visible;
-    PhoneTimer m_connecting;
-    ConnectRequest m_request; // while connecting
+    struct
+    {
+        PhoneTimer timer;
+        int stepsLeft = 0;
+        bool isShown = false; // as verbs say, without a scan
+    } m_scan;
+    struct
+    {
+        PhoneTimer timer;
+        ConnectRequest request = {};
+        bool isShown = false; // as verbs say, without a request
+    } m_connecting;
     std::optional<Group> m_group;
     QList<Member> m_members;
     QSet<QString> m_sessions; // their keys
