@@ -22,7 +22,7 @@ public:
     explicit Option(CLI::Option *option) : m_option(option) { }
 
     Option required() const;
-    /*! What the help calls its value. */
+    /*! Sets the name of its value in the help. */
     Option valueName(const char *name) const;
     /*! Takes one value each time that it is given. */
     Option repeatable() const;
@@ -30,7 +30,7 @@ public:
     Option commaSeparated() const;
     /*! Only these values; the first is that of who gives none. */
     Option oneOf(const std::vector<std::string> &values) const;
-    /*! What the help says of who gives none. */
+    /*! Sets the default that the help shows. */
     Option defaultText(const char *text) const;
     /*! Calls \a given where it is given. */
     Option whenGiven(std::function<void()> given) const;
@@ -52,7 +52,7 @@ public:
     /*! Calls \a called with the words that no option has taken, where this verb is the one that is called
      * for. */
     void whenCalled(std::function<void(const std::vector<std::string> &rest)> called) const;
-    /*! What the help ends with. */
+    /*! Sets the last lines of the help. */
     void footer(const char *text) const;
     /*! One of the verbs below it must follow. */
     void needsVerb() const;

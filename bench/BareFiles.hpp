@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-/*! What an update of a file costs without anything on top: the system calls of a publish and of a notified
+/*! The cost of an update of a file without anything on top: the system calls of a publish and of a notified
  * read. */
 namespace oz::bench {
 

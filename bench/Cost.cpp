@@ -1,4 +1,4 @@
-// What things cost within one process: decoding and encoding beside Qt's JSON, construction, memory, many
+// The cost of things within one process: decoding and encoding beside Qt's JSON, construction, memory, many
 // subscribers.
 
 #include "Messages.hpp"
@@ -120,7 +120,7 @@ void unchangedBattery(benchmark::State &state)
     }
 }
 
-// What any subscriber does at the least.
+// The least that any subscriber does.
 class ReadAndDecode
 {
 public:
@@ -156,7 +156,7 @@ double memoryOfOne()
     return (residentMemory() - before) / count;
 }
 
-// What so many rounds of asking for an event of a descriptor and getting it leave behind, in bytes.
+// The memory, in bytes, that this many rounds of asking for an event and getting it leave behind.
 double growthOfEvents(int rounds)
 {
     int ends[2];

@@ -42,7 +42,7 @@ namespace {
 const char *const BusPath = "/facility";
 const char *const BusInterface = "org.freedesktop.DBus.Properties";
 
-// What came over the bus as plain values, which is what a client makes of it.
+// The message of the bus as plain values, as a client decodes it.
 QVariant plain(const QVariant &value)
 {
     if (value.userType() != qMetaTypeId<QDBusArgument>())

@@ -17,7 +17,7 @@ struct Message
     QVariantMap changed; //!< the same after the change
 };
 
-/*! Of each facility. */
+/*! One for each facility. */
 [[nodiscard]] const std::vector<Message> &messages();
 
 /*! Publishes every object that the facilities' classes need to live. */

@@ -6,7 +6,7 @@
 #include <sys/types.h>
 #include <vector>
 
-/*! What benchmarks between processes share. */
+/*! The common part of benchmarks between processes. */
 namespace oz::bench {
 
 /*! Microseconds of the monotonic clock. */

@@ -63,7 +63,7 @@ QtObject {
 }
 )";
 
-/*! What the binding tells of its change. */
+/*! The change that the binding reports. */
 class Hearer : public QObject
 {
     Q_OBJECT

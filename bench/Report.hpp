@@ -5,7 +5,7 @@
 
 namespace oz::bench {
 
-/*! What a benchmark between processes is called with: --json FILE and --rounds COUNT. */
+/*! The arguments of a benchmark between processes: --json FILE and --rounds COUNT. */
 struct RunOptions
 {
     std::string json; //!< empty for no file

@@ -169,7 +169,7 @@ public:
         m_process.waitForFinished();
     }
 
-    // What it answers; empty where it hangs.
+    // Its answer; empty where it hangs.
     [[nodiscard]] QByteArray tell(const char *order)
     {
         m_process.write(QByteArray(order) + '\n');
@@ -280,7 +280,7 @@ bool survive(int seconds, int clientCount, unsigned seed, const QString &logs)
             std::printf("the daemon did not start again after %d kills\n", kills);
             return false;
         }
-        // What everything has loaded by then is what it may have at the end.
+        // Libraries loaded by then may still be there at the end.
         if (!isMeasured && clock.elapsed() > seconds * 250) {
             isMeasured = true;
             for (const auto &client : clients) {

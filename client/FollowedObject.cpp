@@ -20,7 +20,7 @@ FollowedObject::FollowedObject(
     open();
 }
 
-// What is there at open is told from the event loop.
+// The state at the time of opening is announced from the event loop.
 void FollowedObject::open()
 {
     if (!m_object.open(PpsOpenMode::Subscribe))

@@ -67,8 +67,8 @@ QStringList wrapped(const QString &text, const QString &start)
     return lines;
 }
 
-// What a key means and takes; \a withDefault also what it is where it is left out, if that is not said
-// already.
+// The meaning and the values of a key; \a withDefault also what it is where it is left out, if that is not
+// said already.
 QString commentOf(const Setting &setting, bool withDefault)
 {
     const ValueType &type = setting.type;

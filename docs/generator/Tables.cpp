@@ -42,7 +42,7 @@ QString withUnit(const QString &text, const ValueType &type)
     return type.unit.isEmpty() ? text : QString(text + u' ' + type.unit);
 }
 
-// What a condition compares it with.
+// The values that a condition compares it with.
 QString publishedType(const ValueType &type)
 {
     if (type.kind == ValueType::Word)

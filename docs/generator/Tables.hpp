@@ -7,7 +7,7 @@
 
 namespace oz::pages {
 
-/*! What a value of \a type can be where that is not any text: "0 to 100 %", "ok, bad, unknown", "text or
+/*! The values of \a type, unless any text will do: "0 to 100 %", "ok, bad, unknown", "text or
  * null". */
 [[nodiscard]] QString accepted(const services::ValueType &type);
 

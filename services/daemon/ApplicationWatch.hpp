@@ -32,7 +32,7 @@ public:
     ApplicationWatch(const Tree &tree, For what);
     ~ApplicationWatch() override;
 
-    /*! Whether it has happened, up to this moment. */
+    /*! True if it has happened by now. */
     [[nodiscard]] bool hasCome();
 
 Q_SIGNALS:

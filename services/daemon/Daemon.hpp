@@ -46,7 +46,7 @@ public:
         Start start = Start::Continue);
     ~Daemon() override;
 
-    /*! Whether everything is published. */
+    /*! True once everything is published. */
     [[nodiscard]] bool isReady() const { return m_isReady; }
 
     /*! The player of scenarios on the simulated phone. */

@@ -128,7 +128,7 @@ void Observation::onAsked(const QString &path, const QVariantMap &message)
         if (m_asked.size() == MostAsked)
             m_asked.erase(m_asked.begin());
         m_asked.push_back({m_next++, double(m_clock.elapsed()) / 1000, &request, values.toMap()});
-        // What comes at the same time is published together.
+        // Requests that come at the same time are published together.
         if (!std::exchange(m_isCountPlanned, true)) {
             QTimer::singleShot(0, this, [this] {
                 m_isCountPlanned = false;

@@ -274,7 +274,7 @@ void ScenarioService::onFinished()
     publish(); // the daemon may be about to end
 }
 
-// What happens at the same time is published together.
+// Changes that come at the same time are published together.
 void ScenarioService::publishLater()
 {
     if (!std::exchange(m_isPublishPlanned, true))
@@ -312,7 +312,7 @@ QVariantMap ScenarioService::logFrom(qsizetype from) const
         entries.append(m_entries[i].toMap());
     QVariantMap log = state();
     log.insert({{QStringLiteral("entries"), entries}, {QStringLiteral("next"), m_dropped + end}});
-    // What is left is told before the end is.
+    // The rest of the log comes before the end.
     if (end < m_entries.size())
         log.insert(QStringLiteral("state"), QLatin1String(wordOf(ScenarioPlayer::Playing)));
     return log;

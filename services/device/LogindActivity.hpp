@@ -5,7 +5,7 @@
 
 namespace oz::services {
 
-/*! Whether somebody uses the device, as logind tells of the sessions on a \a seat, "seat0" unless it is
+/*! Tells whether somebody uses the device, as logind tells of the sessions on a \a seat, "seat0" unless it is
  * named. */
 class LogindActivity final : public BusSource<ActivitySource>
 {

@@ -29,7 +29,7 @@ struct OrientationState
 class OrientationSource : public StateSource<OrientationState>
 {
 public:
-    /*! Whether anybody reads the orientation, for a source that measures it only then. */
+    /*! True while anybody reads the orientation, for a source that measures only then. */
     virtual void setRead(bool isRead) { Q_UNUSED(isRead) }
 };
 

@@ -5,8 +5,8 @@
 
 namespace oz::services {
 
-/*! Whether somebody uses the phone: the section "activity". Nobody does after a while without being told
- * otherwise. */
+/*! Tells whether somebody uses the phone: the section "activity". Nobody does after a while without being
+ * told otherwise. */
 class SimulatedActivity final : public ActivitySource, public PartOfTable<SimulatedActivity>
 {
 public:

@@ -4,7 +4,7 @@
 
 namespace oz::services {
 
-/*! Whether the name of an output, which is that of the kernel's connector, is a built-in panel's. */
+/*! True if the name of an output, which is that of the kernel's connector, is a built-in panel's. */
 inline bool isPanelName(const QByteArray &name)
 {
     return name.startsWith("eDP") || name.startsWith("LVDS") || name.startsWith("DSI");

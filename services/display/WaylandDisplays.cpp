@@ -210,7 +210,7 @@ private:
         }
     }
 
-    // Whether the connection is still there.
+    // False once the connection is lost.
     bool flush()
     {
         const int result = wl_display_flush(m_display);

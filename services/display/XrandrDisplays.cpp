@@ -185,7 +185,7 @@ private:
         }
     }
 
-    // Whether any came.
+    // True if any came.
     [[nodiscard]] bool takeEvents()
     {
         bool any = false;

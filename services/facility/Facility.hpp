@@ -120,7 +120,7 @@ struct Facility
     std::vector<AskedRequest> requests;
     /*! The settings of its part of the simulated phone, bound to no part. */
     std::vector<Setting> settings;
-    /*! What each instance of that part can be told; without a key where the part has none. */
+    /*! The settings of each instance of that part; without a key where the part has none. */
     InstanceSettings instances;
     /*! Its part of the simulated phone. */
     std::function<std::shared_ptr<SimulatedPart>(const JsonNode &section, SimulatedParts &phone)> part;

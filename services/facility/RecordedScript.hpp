@@ -23,7 +23,7 @@ public:
     [[nodiscard]] QVariantMap told(const QString &path) const;
     /*! The value "FACILITY.FIELD" that a facility says; invalid where it is not known. */
     [[nodiscard]] QVariant value(const QString &name) const;
-    /*! Whether the recording begins, so that the phone starts with what is seen now. */
+    /*! True while the recording begins, so that the phone starts with what is seen now. */
     [[nodiscard]] bool isBeginning() const { return m_isBeginning; }
     void endBeginning() { m_isBeginning = false; }
 
@@ -41,7 +41,7 @@ public:
         return m_phone.value(facility).toMap();
     }
 
-    /*! Whether something else stands in place of what identifies somebody. */
+    /*! True if other numbers stand in place of those that identify somebody. */
     [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
     /*! \a text, or what stands for it everywhere in this recording: "KIND-1", or as many digits. */
     [[nodiscard]] QString masked(const QString &kind, const QString &text);

@@ -13,7 +13,7 @@ public:
 
     [[nodiscard]] static const Settings<SimulatedHardware> &table();
 
-    /*! Whether the phone can show its screen on wireless displays. */
+    /*! True if the phone can show its screen on wireless displays. */
     [[nodiscard]] bool hasMiracast() const { return m_hasMiracast; }
 
 private:

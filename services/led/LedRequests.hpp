@@ -25,7 +25,7 @@ struct LedRequest
     int count = UntilCancelled;
     int shown = 0; //!< flashes so far
 
-    /*! Whether a client calls it so: by its connection, or by its process where a restart lies between. */
+    /*! True if a client calls it so: by its connection, or by its process where a restart lies between. */
     [[nodiscard]] bool isSameAs(const LedRequest &other) const
     {
         const bool sameClient = client && other.client ? client == other.client : process == other.process;

@@ -37,7 +37,7 @@ public:
     {
         return m_objects.value(path).value(interface).value(name);
     }
-    /*! Whether all that is followed has been told. */
+    /*! True once the properties of all followed objects have come. */
     [[nodiscard]] bool isComplete() const { return m_isKnown && m_asked == 0; }
 
 Q_SIGNALS:

@@ -45,7 +45,7 @@ protected:
     virtual void readState() = 0;
 
     /*!
-     * Whether a service that has just started may tell \a now because it has not found everything yet.
+     * True if a service that has just started may tell \a now because it has not found everything yet.
      * \a before is what it told last, before it ended too.
      */
     [[nodiscard]] virtual bool isIncomplete(
@@ -54,7 +54,7 @@ protected:
         return false;
     }
     /*!
-     * Whether \a state is to be passed over: the service has appeared less than the grace time ago, and has
+     * True if \a state is to be ignored: the service has appeared less than the grace time ago, and has
      * told nothing complete since. readState() is called when that time is over.
      */
     [[nodiscard]] bool isPremature(const State &state) const

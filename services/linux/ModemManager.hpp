@@ -37,7 +37,7 @@ public:
         return m_objects.all().value(path).contains(interface);
     }
     /*!
-     * Whether what it tells can be believed: a service, or a modem, that has just come says for a while what
+     * True if its answers can be believed: a service, or a modem, that has just come says for a while what
      * it is not.
      */
     [[nodiscard]] bool isSettled() const { return m_objects.isComplete() && !m_settling.isActive(); }

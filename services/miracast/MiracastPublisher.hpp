@@ -50,7 +50,7 @@ private:
     void publishAbsence() override;
     void publishStatus();
     [[nodiscard]] RequestTable requests();
-    /*! Whether there is room for one more request of the client. */
+    /*! True if the client may have one more request. */
     [[nodiscard]] bool admit(const PpsServer::Client &client);
     void dismiss(const PpsServer::Client &client);
     void onRequest(const Request &request, bool isMalformed);

@@ -15,7 +15,7 @@
 
 namespace oz::services {
 
-/*! What each instance of a part can be told, under \a key of the part's section of the phone's file. */
+/*! The settings of each instance of a part, under \a key of the part's section of the phone's file. */
 struct InstanceSettings
 {
     QString key;

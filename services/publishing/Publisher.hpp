@@ -27,7 +27,7 @@ public:
     using FaultsByInstance = std::map<QString, Faults *>;
     [[nodiscard]] virtual FaultsByInstance faults() { return {}; }
 
-    /*! Whether what its source knows is published, or that it knows nothing. */
+    /*! True once the state of its source is published, or that the source knows none. */
     [[nodiscard]] bool hasSettled() const { return m_hasSettled; }
 
 Q_SIGNALS:

@@ -45,7 +45,7 @@ public:
 
     /*! The paths of all objects that the services have. */
     [[nodiscard]] QStringList objects() const { return m_objects.keys(); }
-    /*! Whether everything is in the tree as it shall be. */
+    /*! True if the tree holds everything as it should be. */
     [[nodiscard]] bool isTrue() const { return m_problems.isEmpty(); }
     /*! The objects that could not be written, with the reason, by path. Each is tried again until it is. */
     [[nodiscard]] const QMap<QString, QString> &problems() const { return m_problems; }

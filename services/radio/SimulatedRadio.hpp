@@ -21,11 +21,11 @@ public:
     [[nodiscard]] static const Settings<SimulatedRadio> &table();
     [[nodiscard]] std::vector<Setting> settings(const QString &instance) override;
 
-    /*! Whether the user has switched mobile data on. */
+    /*! True if the user has switched mobile data on. */
     [[nodiscard]] bool isDataOn() const { return m_data; }
-    /*! Whether the user allows mobile data while roaming. */
+    /*! True if the user allows mobile data while roaming. */
     [[nodiscard]] bool allowsDataRoaming() const { return m_dataRoaming; }
-    /*! Whether mobile data runs over a network other than the home network. */
+    /*! True if mobile data runs over a network other than the home network. */
     [[nodiscard]] bool isDataRoaming() const;
     /*! Why no mobile data can flow now; empty where it can. */
     [[nodiscard]] QString dataObstacle() const;

@@ -166,7 +166,7 @@ private:
         };
     }
 
-    // Whether the two can be compared so.
+    // True if the operator can compare the two.
     static void check(const Operand &left, const QString &comparison, const Operand &right)
     {
         const auto expect = [&](bool isSo, const QString &expected) {

@@ -34,7 +34,7 @@ public:
 
     /*! The fields of a \a request by their names, as they are in \a fields when they are asked for. */
     static Names fieldsOf(const AskedRequest &request, const std::shared_ptr<QVariantMap> &fields);
-    /*! Whether the fields of a \a request are as \a text says; throws as parse(). */
+    /*! True if the fields of a \a request are as \a text says; throws as parse(). */
     static std::function<bool(const QVariantMap &fields)> overRequest(
         const QString &text, const AskedRequest &request);
 

@@ -40,7 +40,7 @@ struct ScenarioStep
     bool throughout = false; //!< Expect: all the time, and not at some time
     QString name = {}; //!< of an expectation
     const AskedRequest *request = nullptr;
-    /*! Whether the request with these fields is meant. */
+    /*! True if the step means a request with these fields. */
     std::function<bool(const QVariantMap &fields)> matches = {};
     int times = 1; //!< ExpectRequest, Repeat
     QString variable = {}; //!< Repeat, ForEach: that counts, or has each of the values
@@ -84,7 +84,7 @@ public:
     [[nodiscard]] quint32 seed() const { return m_seed; }
     [[nodiscard]] const std::vector<JsonNode> &steps() const { return m_steps; }
     [[nodiscard]] const ScenarioVariables &variables() const { return m_variables; }
-    /*! Whether it expects anything of applications. */
+    /*! True if it expects anything of applications. */
     [[nodiscard]] bool hasExpectations() const { return m_hasExpectations; }
 
     /*! The step at \a node with \a variables; throws Error as the constructor does. */

@@ -42,7 +42,7 @@ public:
         return m_scenario.included(file);
     }
 
-    /*! Whether \a text can be the name of a variable. */
+    /*! True if \a text can be the name of a variable. */
     [[nodiscard]] static bool isName(const QString &text);
 
 private:

@@ -27,8 +27,7 @@ struct Field
     QString path; //!< of the object
     /*! The value of what stands at the place. */
     std::function<QVariant(const QVariant &published)> read;
-    /*! What stands there for each of its words, or for true and false, where that is a text; one more is for
-     * what is not known. */
+    /*! The published text for each of its words, or for true and false; one more is for what is not known. */
     QStringList published = {};
 
     /*! Its name with that of the facility which it is about, where \a facility says it. */
@@ -223,7 +222,7 @@ public:
         QByteArray help;
     };
 
-    /*! Whether a record is the whole object, or one of several in it under their names. */
+    /*! A record is the whole object, or one of several in it under their names. */
     enum Part { Whole, Each };
 
     Fields(const QString &path, std::initializer_list<Row> rows, mode_t mode = 0644, Part part = Whole)

@@ -21,46 +21,46 @@ struct ValueWord
 template <typename Value>
 using WordList = std::vector<ValueWord<Value>>;
 
-/*! The words of all values. */
+/*! The \a text of all values: &ValueWord::word or &ValueWord::published. */
+template <typename Value>
+[[nodiscard]] QStringList textsIn(const WordList<Value> &words, const char *ValueWord<Value>::*text)
+{
+    QStringList all;
+    for (const auto &each : words)
+        all.append(QLatin1String(each.*text));
+    return all;
+}
 template <typename Value>
 [[nodiscard]] QStringList wordsIn(const WordList<Value> &words)
 {
-    QStringList all;
-    for (const auto &each : words)
-        all.append(QLatin1String(each.word));
-    return all;
+    return textsIn(words, &ValueWord<Value>::word);
 }
-
-/*! The published texts for each of \a words. */
 template <typename Value>
 [[nodiscard]] QStringList publishedIn(const WordList<Value> &words)
 {
-    QStringList all;
-    for (const auto &each : words)
-        all.append(QLatin1String(each.published));
-    return all;
+    return textsIn(words, &ValueWord<Value>::published);
 }
 
-/*! The word for \a value, which may be an optional one; a null text where it has none. */
+/*! The \a text for \a value, which may be an optional one; a null text where it has none. */
+template <typename Value, typename Sought>
+[[nodiscard]] QString textFor(
+    const WordList<Value> &words, const Sought &value, const char *ValueWord<Value>::*text)
+{
+    for (const auto &each : words) {
+        if (value == each.value)
+            return QLatin1String(each.*text);
+    }
+    return {};
+}
 template <typename Value, typename Sought = Value>
 [[nodiscard]] QString wordFor(const WordList<Value> &words, const Sought &value)
 {
-    for (const auto &each : words) {
-        if (value == each.value)
-            return QLatin1String(each.word);
-    }
-    return {};
+    return textFor(words, value, &ValueWord<Value>::word);
 }
-
-/*! The published text for \a value, likewise. */
 template <typename Value, typename Sought = Value>
 [[nodiscard]] QString publishedFor(const WordList<Value> &words, const Sought &value)
 {
-    for (const auto &each : words) {
-        if (value == each.value)
-            return QLatin1String(each.published);
-    }
-    return {};
+    return textFor(words, value, &ValueWord<Value>::published);
 }
 
 /*! The value that people call \a word; nothing where there is none. */

@@ -17,7 +17,7 @@ namespace {
 
 const QString Inputs = QStringLiteral("/sys/class/input");
 
-// Whether a bit is set in the kernel's words, of which the last has the lowest bits.
+// Tells whether a bit is set in the kernel's words, of which the last has the lowest bits.
 bool hasBit(const QString &words, int bit)
 {
     constexpr int WordBits = int(sizeof(long)) * 8;

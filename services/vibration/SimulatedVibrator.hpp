@@ -12,7 +12,7 @@ public:
     SimulatedVibrator(const JsonNode &section, SimulatedParts &phone);
 
     [[nodiscard]] static const Settings<SimulatedVibrator> &table();
-    /*! Nothing shakes; what the motor does is told by the service's activity. */
+    /*! It shakes nothing; the service's activity shows what the motor does. */
     void drive(int, const Done &done) override { done({}); }
 
 private:

@@ -67,9 +67,9 @@ void SimulatedWiFiDirect::tell()
         state.availability = Availability::NotSupported;
     else if (!m_enabled)
         state.availability = Availability::Disabled;
-    state.scanning = m_scan.isShown || m_scan.timer.isActive();
+    state.scanning = m_scan.isOn();
     state.lastDiscovery = m_lastDiscovery;
-    state.connecting = m_connecting.isShown || m_connecting.timer.isActive();
+    state.connecting = m_connecting.isOn();
     state.group = m_group;
     for (const QString &key : m_visible) {
         const Known &known = m_peers.at(key);
@@ -100,10 +100,10 @@ void SimulatedWiFiDirect::scan(const Done &done)
         return done(refused);
     if (m_scan.timer.isActive())
         return done({EBUSY, QStringLiteral("a scan is running"), {}});
-    m_scan.stepsLeft = 1;
+    m_scanSteps = 1;
     for (const QString &key : m_peers.keys())
-        m_scan.stepsLeft += m_peers.at(key).inRange && !m_visible.contains(key);
-    m_scan.timer.start(m_scanTime / m_scan.stepsLeft);
+        m_scanSteps += m_peers.at(key).inRange && !m_visible.contains(key);
+    m_scan.timer.start(m_scanTime / m_scanSteps);
     tell();
     done({});
 }
@@ -120,7 +120,7 @@ void SimulatedWiFiDirect::connectPeer(const ConnectRequest &request, const Done 
         return done({EINVAL, QStringLiteral("this method wants a PIN"), {}});
     // The radio cannot do both.
     m_scan.timer.stop();
-    m_connecting.request = request;
+    m_request = request;
     m_connecting.timer.start(m_connectTime);
     tell();
     done({});
@@ -210,7 +210,7 @@ Outcome SimulatedWiFiDirect::obstacle() const
 
 void SimulatedWiFiDirect::scanFurther()
 {
-    if (--m_scan.stepsLeft > 0)
+    if (--m_scanSteps > 0)
         (void)showNextPeer();
     else
         endScan();
@@ -239,11 +239,11 @@ void SimulatedWiFiDirect::endScan()
 void SimulatedWiFiDirect::finishConnecting()
 {
     // Where the peer is out of sight by now, connecting has ended already.
-    const QString key = visibleAt(m_connecting.request.address);
+    const QString key = visibleAt(m_request.address);
     const Known &peer = m_peers.at(key);
-    const bool isSecured = peer.methods.contains(methodWords()[int(m_connecting.request.method)])
-        && (m_connecting.request.method == WpsMethod::PushButton || m_connecting.request.pin == peer.pin);
-    const auto role = roleWith(peer, m_connecting.request.intent);
+    const bool isSecured = peer.methods.contains(methodWords()[int(m_request.method)])
+        && (m_request.method == WpsMethod::PushButton || m_request.pin == peer.pin);
+    const auto role = roleWith(peer, m_request.intent);
     if (isSecured && role) {
         m_group = groupWith(peer, *role);
         join(key, *role == Role::GroupOwner ? Role::Client : Role::GroupOwner);
@@ -291,7 +291,7 @@ void SimulatedWiFiDirect::endGroup()
 
 void SimulatedWiFiDirect::lose(const QString &key)
 {
-    if (m_connecting.timer.isActive() && visibleAt(m_connecting.request.address) == key)
+    if (m_connecting.timer.isActive() && visibleAt(m_request.address) == key)
         m_connecting.timer.stop();
     if (isMember(key))
         leave(key);
@@ -301,10 +301,8 @@ void SimulatedWiFiDirect::lose(const QString &key)
 
 void SimulatedWiFiDirect::switchOff()
 {
-    m_scan.timer.stop();
-    m_connecting.timer.stop();
-    m_scan.isShown = false;
-    m_connecting.isShown = false;
+    m_scan.end();
+    m_connecting.end();
     endGroup();
     if (!m_visible.isEmpty())
         noteDiscovery();

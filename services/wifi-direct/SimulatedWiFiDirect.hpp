@@ -66,6 +66,20 @@ private:
         int host; // the last number of its IP address
     };
 
+    // It goes on until its timer ends it, or as long as verbs say so.
+    struct Activity
+    {
+        PhoneTimer timer;
+        bool isHeld = false;
+
+        [[nodiscard]] bool isOn() const { return isHeld || timer.isActive(); }
+        void end()
+        {
+            timer.stop();
+            isHeld = false;
+        }
+    };
+
     void update() override;
     /*! In the order of WpsMethod. */
     [[nodiscard]] static QStringList methodWords();
@@ -98,18 +112,10 @@ private:
 
     std::optional<qint64> m_lastDiscovery;
     QStringList m_visible;
-    struct
-    {
-        PhoneTimer timer;
-        int stepsLeft = 0;
-        bool isShown = false; // as verbs say, without a scan
-    } m_scan;
-    struct
-    {
-        PhoneTimer timer;
-        ConnectRequest request = {};
-        bool isShown = false; // as verbs say, without a request
-    } m_connecting;
+    Activity m_scan;
+    int m_scanSteps = 0; // until the scan ends
+    Activity m_connecting;
+    ConnectRequest m_request; // while connecting
     std::optional<Group> m_group;
     QList<Member> m_members;
     QSet<QString> m_sessions; // their keys

@@ -106,15 +106,15 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
             .with({}, {{QStringLiteral("PEER"), {m_peers.keys()}}});
     };
     // States that verbs set without a request.
-    const auto busy = [this](const QString &verb, const QString &help, bool *what, PhoneTimer *timer) {
+    const auto busy = [this](const QString &verb, const QString &help, Activity *activity) {
         return SimVerb::onOff(
             verb, help,
-            [this, what, timer](bool on) {
-                *what = on;
-                timer->stop();
+            [this, activity](bool on) {
+                activity->timer.stop();
+                activity->isHeld = on;
                 tell();
             },
-            [what] { return *what; });
+            [activity] { return activity->isHeld; });
     };
     const std::vector<SimVerb> further{
         aboutPeer(Comes, QStringLiteral("brings a peer into range; scans bring it into sight"),
@@ -142,10 +142,9 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
         {QStringLiteral("sight"), {QStringLiteral("[PEER,...]")},
             QStringLiteral("has these peers in range and sight, and no others"),
             [this](const QStringList &words) { see(m_peers.allCalled(words.value(0))); }},
-        busy(QStringLiteral("scanning"), QStringLiteral("looks for peers, or ends that"), &m_scan.isShown,
-            &m_scan.timer),
+        busy(QStringLiteral("scanning"), QStringLiteral("looks for peers, or ends that"), &m_scan),
         busy(QStringLiteral("connecting"), QStringLiteral("is connecting a peer, or ends that"),
-            &m_connecting.isShown, &m_connecting.timer),
+            &m_connecting),
         {QStringLiteral("group"), {QStringLiteral("owner|client|none"), QStringLiteral("[PEER,...]")},
             QStringLiteral("puts the phone into a group with these peers, whose owner comes first"),
             [this](const QStringList &words) { enterGroup(words[0], m_peers.allCalled(words.value(1))); }},
@@ -171,8 +170,7 @@ void SimulatedWiFiDirect::enterGroup(const QString &roleWord, const QStringList 
     const Role role = place == 0 ? Role::GroupOwner : Role::Client;
     if (place == 2 ? !keys.isEmpty() : role == Role::Client && keys.isEmpty())
         throw Error(QStringLiteral("a client has peers, of which one is the owner, and 'none' has none"));
-    m_connecting.timer.stop();
-    m_connecting.isShown = false;
+    m_connecting.end();
     const bool isOther = place == 2 || !m_group || m_group->role != role
         || (role == Role::Client && m_group->ownerAddress != m_peers.called(keys.first()).peer.address);
     if (isOther)

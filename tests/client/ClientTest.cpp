@@ -30,7 +30,7 @@ std::string textOf(const DaemonError &error)
     return std::string(kinds[error.kind()]) + ' ' + std::to_string(error.error()) + ' ' + error.what();
 }
 
-// What a call throws; nothing where it throws none.
+// The error that a call throws; empty where it throws none.
 std::string errorOf(const std::function<void()> &call)
 {
     try {
@@ -44,7 +44,7 @@ std::string errorOf(const std::function<void()> &call)
 class DaemonClientTest : public DeviceTest
 {
 protected:
-    // What a request comes to that waits, that waits and runs the event loop, and that does not wait.
+    // The outcome of a request that waits, that waits and runs the event loop, and that does not wait.
     void expectError(const std::string &expected, const std::string &what)
     {
         for (const bool runsEventLoop : {false, true}) {
@@ -137,7 +137,7 @@ TEST_F(DaemonClientTest, FollowsAnObjectWhileTheDaemonLives)
     }
 }
 
-// What a follower was told: the number and state of the scenario, and how many entries came.
+// The notifications of a follower: the number and state of the scenario, and how many entries came.
 class Followed
 {
 public:

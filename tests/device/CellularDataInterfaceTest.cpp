@@ -180,7 +180,7 @@ TEST_F(CellularDataInterfaceTest, WaitsForALateAnswerButForNoSecondOneAndForNoSe
     EXPECT_EQ(web.requestConnect(), Result::Requested);
     EXPECT_GE(waited.elapsed(), 110);
 
-    // What comes after the answer is not the next exchange's.
+    // A message after the answer does not belong to the next exchange.
     late.serveWith([](PpsServer &server, quint64 client) {
         server.send(client, QByteArray("err:n:0\n"));
         server.send(client, QByteArray("err:n:5\n"));

@@ -25,7 +25,7 @@
 using namespace oz::device;
 using namespace oz::harness;
 
-// What holds for each facility that keeps the values of state objects.
+// Requirements on each facility that keeps the values of state objects.
 
 namespace {
 

@@ -26,7 +26,7 @@ class LedTest : public DeviceTest
 protected:
     LedTest() { show({}); }
 
-    // What the service shows: the elements that are lit.
+    // The elements that the service has lit.
     void show(const QStringList &elements)
     {
         QVariantMap attributes;
@@ -301,7 +301,7 @@ TEST_F(LedTest, AnyThreadMayUseItAndNoTwoObjectsShareAnId)
     led.cancel();
     led.setColor(LedColor::Green);
     std::thread([&] { led.flash(2); }).join();
-    // What another thread began is heard of here.
+    // This thread hears of a flash that another one began.
     SignalLog heard(&led);
     for (const char *elements : {"green", "", "green"})
         show({elements});

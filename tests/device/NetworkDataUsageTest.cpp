@@ -38,7 +38,7 @@ bool inNetworkOfItsOwn(const std::function<void()> &body)
         if (::unshare(CLONE_NEWNET) < 0) {
             if (::unshare(CLONE_NEWUSER | CLONE_NEWNET) < 0)
                 ::_exit(NotToBeHad);
-            // Who is root there keeps the rights in the programs that it starts.
+            // Root keeps its rights there in the programs that it starts.
             QFile map("/proc/self/uid_map");
             EXPECT_TRUE(map.open(QIODevice::WriteOnly | QIODevice::Unbuffered) && map.write(user) > 0);
         }
@@ -135,7 +135,7 @@ TEST_F(NetworkDataUsageTest, TellsSentFromReceivedAndTakesNamesAsBytes)
     const QString ip = QStandardPaths::findExecutable("ip", {"/sbin", "/usr/sbin", "/bin", "/usr/bin"});
     ASSERT_FALSE(ip.isEmpty()) << "'ip' is not installed; the Debian package 'iproute2' has it";
     const bool done = inNetworkOfItsOwn([&] {
-        // Nothing but this test sends.
+        // Only this test sends.
         QFile ipv6("/proc/sys/net/ipv6/conf/default/disable_ipv6");
         if (ipv6.open(QIODevice::WriteOnly))
             ipv6.write("1");

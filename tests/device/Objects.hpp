@@ -2,8 +2,8 @@
 
 #include <QString>
 
-// What the objects hold in the tests of their facilities. Where a name occurs twice in a message the last
-// line counts, so a test appends the lines that matter to it.
+// The content of the objects in the tests of their facilities. Where a name occurs twice in a message the
+// last line counts, so a test appends the lines that matter to it.
 namespace oz::harness {
 
 inline const QByteArray BatteryText = R"(@status

@@ -48,7 +48,7 @@ TEST_F(PowmanStatusTest, TheLastCompleteStatusLineIsTheValue)
     EXPECT_EQ(manager->takeLine(), "STATUS user_activity");
     EXPECT_EQ(valueAfter("statusactive\n"), "active");
     EXPECT_EQ(length, 6);
-    // Nothing new is no error, nor is an answer owed any more: so often that would take minutes.
+    // No news is no error, and no answer is outstanding: this many would take minutes.
     const std::chrono::milliseconds answerTimeout(oz::DeviceAnswerTimeout);
     constexpr int times = 100;
     const auto begun = std::chrono::steady_clock::now();

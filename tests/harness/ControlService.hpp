@@ -14,7 +14,7 @@ namespace oz::harness {
 class ControlService
 {
 public:
-    /*! What the service does with each request, on its thread. */
+    /*! Handles each request, on the service's thread. */
     using Serve = std::function<void(PpsServer &server, quint64 client)>;
 
     ControlService(const QString &path, const Serve &serve);

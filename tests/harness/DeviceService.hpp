@@ -18,7 +18,7 @@ public:
     explicit DeviceService(const QString &path, const QByteArray &greeting = {});
     ~DeviceService() { stop(); }
 
-    /*! What becomes of the socket's file when the service ends. */
+    /*! The fate of the socket's file when the service ends. */
     enum class File { Removed, Left };
 
     /*! Waits until so many clients have connected. */

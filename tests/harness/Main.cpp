@@ -4,7 +4,7 @@
 
 int main(int argc, char **argv)
 {
-    // What is logged is compared.
+    // Tests compare the log.
     qunsetenv("QT_LOGGING_RULES");
     QCoreApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);

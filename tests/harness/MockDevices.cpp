@@ -22,7 +22,7 @@
 
 namespace {
 
-// What a program writes to, or asks of, an input device, in a thread of the library's.
+// Writes and requests of a program to an input device, in a thread of the library's.
 gboolean onIoctl(UMockdevIoctlBase *, UMockdevIoctlClient *client, gpointer)
 {
     UMockdevIoctlData *argument = umockdev_ioctl_client_get_arg(client);

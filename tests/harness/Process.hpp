@@ -31,7 +31,7 @@ public:
     void await(const std::function<bool()> &condition);
     /*! Its next line, for which the test waits. */
     QString line();
-    /*! What it has written to its standard error. */
+    /*! Its standard error so far. */
     [[nodiscard]] QString errors() const;
 
 private:

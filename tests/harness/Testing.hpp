@@ -152,7 +152,7 @@ private:
 };
 
 /*!
- * Whether \a act makes \a object emit so many signals, and nothing follows when a slot of the last destroys
+ * True if \a act makes \a object emit so many signals, and nothing follows when a slot of the last destroys
  * it.
  */
 [[nodiscard]] bool endsWithSignal(qsizetype last, QObject *object, const std::function<void()> &act);

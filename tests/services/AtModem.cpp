@@ -8,7 +8,7 @@ namespace oz::harness {
 
 namespace {
 
-// What is always the same.
+// These answers never change.
 const QHash<QByteArray, QByteArray> &fixedAnswers()
 {
     static const QHash<QByteArray, QByteArray> answers{
@@ -30,7 +30,7 @@ const QHash<QByteArray, QByteArray> &fixedAnswers()
     return answers;
 }
 
-// What is settings to it.
+// Commands that only set something up.
 bool isSetting(const QByteArray &command)
 {
     for (const char *name : {"E0", "V1", "X4", "&C1", "Z",

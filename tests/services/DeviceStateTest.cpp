@@ -35,7 +35,7 @@ public:
         return writeDevice(m_fd, text.constData(), std::size_t(text.size())) == text.size();
     }
     void write(const QByteArray &text) const { EXPECT_TRUE(tryWrite(text)); }
-    // What the device says next.
+    // The next message of the device.
     [[nodiscard]] QByteArray read() const
     {
         pollfd input{m_fd, POLLIN, 0};

@@ -180,7 +180,7 @@ TEST_F(KernelDevicesTest, AMotorRumblesAsLongAndAsStrongAsItIsAskedAndStopsWithT
     EXPECT_EQ(devices.heard(), "remove");
 }
 
-// What doctor says of a facility.
+// The words of `doctor` about a facility.
 QJsonObject diagnosisOf(const QString &facility, int expectedStatus)
 {
     Process doctor;

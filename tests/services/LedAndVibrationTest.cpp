@@ -8,7 +8,7 @@
 #include <QCoreApplication>
 #include <QDateTime>
 
-// What the phone does for its user, and tells of.
+// The phone shows what it does for its user.
 
 using namespace oz;
 using namespace oz::device;

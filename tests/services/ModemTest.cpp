@@ -31,7 +31,7 @@ protected:
     {
         daemon.terminate();
         EXPECT_TRUE(daemon.state() == QProcess::NotRunning || daemon.waitForFinished());
-        // What identifies the card and its owner is in no log.
+        // No log identifies the card or its owner.
         const QByteArray logged = daemon.readAllStandardError();
         for (const QByteArray &secret : {rig.modem.subscriber, rig.modem.imei,
                  QByteArray("89490100000000000001"), QByteArray("1234"), QByteArray("15551234")})

@@ -453,7 +453,7 @@ TEST_F(SimulatedPhoneTest, AWrongFileIsToldWithLineAndKeyAndWithoutIdentifiers)
     }
 }
 
-// What the phone is like, in the words that would make it so.
+// The state of the phone, as the arguments that would set it.
 TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
 {
     const Daemon daemon(Configuration::simulated(), JsonNode::emptyMap());
@@ -476,7 +476,7 @@ TEST_F(SimulatedPhoneTest, TellsWhatItIsLikeToWhoFollowsIt)
                 const QString line = words.join(' ');
                 const QString word = isSwitch ? (value->toBool() ? "on" : "off") : value->toString();
                 const QString problem = simProblem(line + ' ' + word);
-                // Of some profiles that is no question.
+                // Some profiles cannot be told that.
                 if (isSwitch && value->toBool() && !problem.isEmpty() && !problem.contains("everyone may")) {
                     EXPECT_EQ(simProblem(line), QString()) << line.toStdString();
                 } else if (!isSwitch && !word.contains(' ')) {

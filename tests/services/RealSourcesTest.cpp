@@ -7,7 +7,7 @@
 #include <oz/device/HardwareInfo.hpp>
 #include <oz/device/SdCardInfo.hpp>
 
-// What is particular to the services of a real device, beyond what every source has to do.
+// The particulars of a real device's services, beyond the requirements on every source.
 
 using namespace oz;
 using namespace oz::device;

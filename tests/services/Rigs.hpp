@@ -26,9 +26,9 @@ public:
     virtual void stop() { }
     /*! Lets the service stand still, or go on. */
     virtual void stall(bool) { }
-    /*! Whether the service is another process than the daemon. */
+    /*! True if the service is another process than the daemon. */
     [[nodiscard]] virtual bool isProcess() const { return false; }
-    /*! What the daemon is started with. */
+    /*! The daemon's arguments. */
     [[nodiscard]] virtual QStringList arguments() const { return {"--simulated"}; }
     [[nodiscard]] virtual QProcessEnvironment environment() const
     {
@@ -70,7 +70,7 @@ public:
     void write(const QString &path, const QByteArray &content);
     /*! Plays the motor that is the input device \a file. */
     void emulateRumble(const QString &file) { order("rumble " + file); }
-    /*! What it is asked for next. */
+    /*! The next request to it. */
     QString heard();
     void enter(QProcessEnvironment *environment) const;
     [[nodiscard]] QString file(const QString &path) const { return m_folder + path; }
@@ -233,7 +233,7 @@ public:
     [[nodiscard]] int graceTime() const override { return 8; }
     /*! The modem is abroad in an older network, or at home. */
     void change(bool there) override;
-    /*! What mmcli says; nothing where it fails. */
+    /*! The output of mmcli; empty where it fails. */
     QString order(const QStringList &words) const;
     /*! Plugs a modem in, by a name of its own. */
     void plug(const AtModem &plugged, const QString &name);
@@ -302,7 +302,7 @@ protected:
     ~RigTest() override;
     /*! Starts the daemon, with further arguments after those of the service, and waits until it is ready. */
     void startDaemon(const QStringList &arguments = {});
-    /*! What the daemon says of the source of a facility: its state, and the reason where there is one. */
+    /*! The state of a facility's source by the daemon's account, and the reason where there is one. */
     [[nodiscard]] static QString sourceOf(const QString &facility);
 
     std::unique_ptr<Rig> rig;

@@ -29,7 +29,7 @@ namespace {
 class ScenarioTest : public DeviceTest
 {
 protected:
-    // What is wrong with a scenario's file; nothing where all is well.
+    // The error in a scenario's file; empty where there is none.
     QString problemOf(const QByteArray &text)
     {
         root.place("/s.json", text);
@@ -314,7 +314,7 @@ TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
     EXPECT_EQ(card.state(), device::SdCardState::Unmounted);
     EXPECT_EQ(daemonProblem("resume-scenario"), "");
     EXPECT_TRUE(waitUntil([&] { return told("step") == 5; }));
-    // What is expected has the time that it says, without the pause's, and what is asked meanwhile counts.
+    // An expectation has its whole time besides the pause, and requests during the pause count.
     (void)askDaemon("pause-scenario");
     EXPECT_EQ(daemonProblem("resume-scenario"), "");
     (void)askDaemon("pause-scenario");
@@ -419,8 +419,8 @@ TEST_F(ScenarioTest, TimersThatStartOneAnotherKeepTheirTimesWhenTheClockIsAdvanc
     EXPECT_EQ(clock.now().count(), 1000);
 }
 
-// What applications hear while a phone is told \a orders, one after the other, or plays a scenario. The act
-// lets them catch up after each.
+// The signals of applications while a phone is told \a orders, one after the other, or plays a scenario. The
+// act lets them catch up after each.
 QStringList heardFrom(const std::function<void(const std::function<void()> &catchUp)> &act)
 {
     device::BatteryInfo battery;

@@ -21,12 +21,12 @@ QVariantMap ask(const QString &path, const QVariantMap &request);
 
 /*! The data of the daemon's answer, for which the event loop runs; throws client::DaemonError. */
 QVariantMap askDaemon(const QString &request, const QVariant &data = {});
-/*! What is wrong with such a request; nothing where it is done. */
+/*! The error of such a request; empty where it succeeds. */
 QString daemonProblem(const QString &request, const QVariant &data = {});
 
 /*! Tells the phone what `ozdevice sim` would. */
 void sim(const QString &line);
-/*! What is wrong with telling the phone that; nothing where it is done. */
+/*! The error of telling the phone that; empty where it succeeds. */
 QString simProblem(const QString &line);
 
 /*! Ends the recording, and gives it as a scenario. */

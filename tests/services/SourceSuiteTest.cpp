@@ -21,7 +21,7 @@
 #include <optional>
 #include <unistd.h>
 
-// What every source has to do, whoever feeds the facility: the daemon and the service that it asks are
+// The requirements on every source, whichever facility it feeds: the daemon and the service that it asks are
 // processes of their own, and an application's class is at the other end.
 
 using namespace oz;
@@ -66,7 +66,7 @@ public:
     void stop() override
     {
         m_inner.end();
-        // What it leaves keeps the next one from its number.
+        // Its leftovers would keep the next one from its number.
         QFile::remove("/tmp/.X" + m_display.mid(1) + "-lock");
         QFile::remove("/tmp/.X11-unix/X" + m_display.mid(1));
     }
@@ -146,7 +146,7 @@ private:
     QString m_deviceName = deviceName();
 };
 
-// What the LED or the motor does, as an application sees it in the tree: no class has signals for it.
+// The activity of the LED or the motor, as an application sees it in the tree: no class has signals for it.
 class ActivityReader final : public QObject
 {
     Q_OBJECT

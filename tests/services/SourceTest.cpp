@@ -13,7 +13,7 @@
 #include <future>
 #include <unistd.h>
 
-// What applications see of a source that comes and goes, whoever it is.
+// Applications see the same of every source that comes and goes.
 
 using namespace oz;
 using namespace oz::device;

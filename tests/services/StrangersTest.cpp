@@ -12,7 +12,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 
-// What other users do to the daemon's files and objects, and what an accident does.
+// Other users, and accidents, tamper with the daemon's files and objects.
 
 using namespace oz;
 using namespace oz::services;
@@ -24,7 +24,7 @@ const QString State = "/pps/.ozdeviced";
 
 using StrangersTest = DeviceTest;
 
-// What lies in a folder, and below it.
+// The files in a folder, and below it.
 QStringList entriesOf(const QString &folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot);
@@ -72,7 +72,7 @@ TEST_F(StrangersTest, NobodyElseWritesIntoTheTreeWhateverTheUmask)
     }
 }
 
-// What might stand in a damaged file in place of any value.
+// Values that a damaged file might have anywhere.
 const QVariantList &damages()
 {
     static const QVariantList values{-1, 99'999'999'999.0, 1.5, true, false, "x", QString(300, 'a'),
@@ -151,7 +151,7 @@ TEST_F(StrangersTest, ADamagedStateFileCostsWhatIsDamagedAndKeepsNoPhoneFromStar
                     1)
                     << name.toStdString() << way.join('.').toStdString() << told.join('\n').toStdString();
             }
-            // What one part lost another may need: a session its display.
+            // A part may need what another has lost: a session its display.
             EXPECT_LE(told.size(), 2) << told.join('\n').toStdString();
             ++count;
         }

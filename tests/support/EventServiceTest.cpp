@@ -81,7 +81,7 @@ TEST(EventService, InputDeliversTheArmedEventOnce)
     ASSERT_EQ(arm(fd, counter.event), 0);
     ::eventfd_write(fd, 1);
     ASSERT_TRUE(waitUntil([&] { return counter.calls == 1; }));
-    // What is there already arms nothing.
+    // Input that is there already arms nothing.
     EXPECT_EQ(arm(fd, counter.event), Input);
     eventfd_t value = 0;
     ::eventfd_read(fd, &value);
@@ -270,7 +270,7 @@ TEST(EventService, AForkedChildEndsThoughItDoesNotHaveTheServicesThread)
         ::kill(child, SIGKILL);
 }
 
-// What a process meets in which nobody used the platform before.
+// A process in which nobody used the platform before.
 TEST(EventServiceDeathTest, WithoutDescriptorsEachFirstUseFailsAndTheNextOneWorks)
 {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

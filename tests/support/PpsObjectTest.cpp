@@ -91,7 +91,7 @@ TEST_F(PpsObjectTest, OnePublishWakesOnceAndWhatIsAlreadyThereWakesNobody)
     EXPECT_EQ(subscriber.wakes, 1);
     EXPECT_EQ(subscriber.last, "@status\na:n:1\nb::y\nc:b:true\n");
 
-    // Nothing at all happens in the directory, so nothing could wake anybody.
+    // The directory does not change, so nothing could wake anybody.
     const int inotify = watchBox(IN_ALL_EVENTS & ~IN_OPEN & ~IN_ACCESS & ~IN_CLOSE_NOWRITE);
     publish({{"c", true}});
     publish({});
@@ -190,7 +190,7 @@ TEST_F(PpsObjectTest, AnotherOrderOrTextFormOfTheSameValuesIsNoNewsAndAnotherTyp
         EXPECT_EQ(subscriber.wakes, ++wakes) << content;
         EXPECT_EQ(delta.last, QByteArray("@status\n") + change);
     }
-    // What does not decode is told, but no delta counts from it.
+    // Malformed content is delivered, but no delta counts from it.
     root.place(Path, "c:json:{\"k\":[1,2.0]}\nb:n:\na::2.5\n");
     settle();
     EXPECT_EQ(delta.last, "@status\nb:n:\n");

@@ -74,7 +74,7 @@ TEST_F(PpsPublisherTest, ManyProcessesPublishAtOnceAndNothingIsLost)
             bool good = true;
             for (int i = 1; i <= rounds; ++i) {
                 good = good && publisher.publish({{name, i}});
-                // What this process published stands, whatever the others did since.
+                // This process's own attributes stand, whatever the others did since.
                 good = good && attributesOf(Path).value(name) == i;
             }
             ::_exit(good ? 0 : 1);
@@ -116,7 +116,7 @@ TEST_F(PpsPublisherTest, ReplacesRemovesAndRefuses)
     EXPECT_FALSE(PpsPublisher("/pps/store/box/below").publish({{"a", 1}}));
     EXPECT_EQ(attributesOf(Path), (QVariantMap{{"c", QString(700'000, u'x')}})) << "as it was";
 
-    // What a hand left behind is healed by the next publish.
+    // The next publish mends what a person's edit left behind.
     root.place(Path, "broken line\nkept::yes\n");
     ASSERT_TRUE(publisher.publish({{"a", 1}}));
     EXPECT_EQ(attributesOf(Path), (QVariantMap{{"a", 1}, {"kept", "yes"}}));

@@ -492,7 +492,7 @@ TEST_F(PpsServerTest, UsersHaveTurnsHoweverMuchOneOfThemSends)
     EXPECT_EQ(runWithoutRights([] { return Client().write("other") ? 0 : 1; }), 0);
     EXPECT_EQ(runWithoutRights([&] { return write("other\n") >= 0 ? 0 : 1; }, 65533), 0);
     EXPECT_TRUE(waitUntil([&] { return received.size() == clients * 3 + 600 + 2; }));
-    // What was under way before they were accepted, and a millisecond of the flood's in each round.
+    // Messages that were under way before they were accepted, and a millisecond of the flood's in each round.
     EXPECT_LT(received.indexOf("other"), 60);
     EXPECT_LT(received.lastIndexOf("other"), 60);
     closeDevice(lines);

@@ -25,7 +25,7 @@ void mark()
     ::syscall(SYS_getpgid, -1);
 }
 
-// What an allocator or a sanitizer does in between is no part of the work.
+// Calls of an allocator or a sanitizer do not count.
 bool isOverhead(std::uint64_t call)
 {
     for (const long one :

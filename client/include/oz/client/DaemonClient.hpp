@@ -53,7 +53,7 @@ public:
      */
     [[nodiscard]] bool follow(const QString &path, const Wait &wait, const std::function<bool()> &look) const;
 
-    /*! Whether a daemon has published everything, also one of another user. */
+    /*! True if a daemon has published everything, also one of another user. */
     [[nodiscard]] bool isReady() const;
     /*! Waits for that. Returns false after \a limit, or as soon as \a goOn, which is called many times a
      * second, returns false. */

@@ -9,7 +9,7 @@ namespace oz::client::DaemonObjects {
 inline const QString Control = QStringLiteral("/pps/system/ozdeviced/control");
 /*! Tells which process the daemon is, and what feeds each facility. Everybody may read it. */
 inline const QString Status = QStringLiteral("/pps/system/ozdeviced/status");
-/*! What the simulated phone is like. This and the next two are for the daemon's user only. */
+/*! The state of the simulated phone. This and the next two are for the daemon's user only. */
 inline const QString Phone = QStringLiteral("/pps/system/ozdeviced/phone");
 /*! The scenario that plays, or was played last; the daemon's request "scenario" has its log. */
 inline const QString Scenario = QStringLiteral("/pps/system/ozdeviced/scenario");

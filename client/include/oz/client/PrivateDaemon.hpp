@@ -30,9 +30,9 @@ public:
 
     [[nodiscard]] const QString &root() const { return m_root; }
     [[nodiscard]] pid_t id() const { return m_pid; }
-    /*! Whether it lives. */
+    /*! True while it runs. */
     [[nodiscard]] bool isRunning() const;
-    /*! What it has logged. */
+    /*! Its log so far. */
     [[nodiscard]] QString log() const;
 
 private:
