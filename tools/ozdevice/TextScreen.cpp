@@ -1,4 +1,4 @@
-// The library's macros have the names of members everywhere.
+// The library's macros have the names of members of other classes.
 #define NCURSES_NOMACROS 1
 #define NCURSES_WIDECHAR 1
 
@@ -7,6 +7,8 @@
 #include "ozdevice/Command.hpp"
 
 #include <oz/PrintableText.hpp>
+
+#include <QCoreApplication>
 
 #include <curses.h>
 #include <cwchar>
@@ -18,10 +20,30 @@ namespace oz::tools {
 
 namespace {
 
-constexpr int EscapeDelay = 50; // milliseconds, in which the rest of a key's sequence comes
+constexpr int EscapeDelay = 50; // milliseconds in which the rest of a key's sequence arrives
 
-// Colours, by their numbers as pairs.
-enum Pair : short { TitlePair = 1, ChangedPair, WrongPair };
+// The numbers of the colour pairs.
+enum Pair : short { TitlePair = 1, ChangedPair };
+
+TextScreen::Key keyOf(wint_t code)
+{
+    switch (code) {
+    case KEY_UP:
+        return TextScreen::Up;
+    case KEY_DOWN:
+        return TextScreen::Down;
+    case KEY_PPAGE:
+        return TextScreen::PageUp;
+    case KEY_NPAGE:
+        return TextScreen::PageDown;
+    case KEY_HOME:
+        return TextScreen::Home;
+    case KEY_END:
+        return TextScreen::End;
+    default:
+        return TextScreen::Other;
+    }
+}
 
 sigset_t sizeSignals()
 {
@@ -52,13 +74,12 @@ TextScreen::TextScreen(std::function<void(char32_t)> onKey, std::function<void()
     ::set_escdelay(EscapeDelay);
     ::keypad(::stdscr, TRUE);
     ::nodelay(::stdscr, TRUE);
-    hideCursor();
+    ::curs_set(0);
     if (qEnvironmentVariableIsEmpty("NO_COLOR") && ::has_colors()) {
         ::start_color();
         ::use_default_colors();
         ::init_pair(TitlePair, COLOR_CYAN, -1);
         ::init_pair(ChangedPair, COLOR_YELLOW, -1);
-        ::init_pair(WrongPair, COLOR_RED, -1);
     }
     m_input = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(m_input.get(), &QSocketNotifier::activated, [this] { readKeys(); });
@@ -111,8 +132,6 @@ int TextScreen::attributesOf(Style style)
         return int(A_BOLD | pair(ChangedPair));
     case Selected:
         return A_REVERSE;
-    case Wrong:
-        return int(A_BOLD | pair(WrongPair));
     }
     return A_NORMAL;
 }
@@ -125,7 +144,7 @@ int TextScreen::put(int row, int column, const QString &text, Style style)
     for (const char32_t character : printableText(text).toUcs4()) {
         wchar_t shown[] = {wchar_t(character), 0};
         int width = ::wcwidth(shown[0]);
-        if (width < 0) { // one that this locale has not
+        if (width < 0) { // not in this locale
             shown[0] = L'?';
             width = 1;
         }
@@ -138,23 +157,6 @@ int TextScreen::put(int row, int column, const QString &text, Style style)
     return column;
 }
 
-void TextScreen::fill(int row, int column, Style style)
-{
-    if (columns() > column)
-        put(row, column, QString(columns() - column, u' '), style);
-}
-
-void TextScreen::setCursor(int row, int column)
-{
-    ::curs_set(1);
-    ::wmove(::stdscr, row, std::min(column, columns() - 1));
-}
-
-void TextScreen::hideCursor()
-{
-    ::curs_set(0);
-}
-
 void TextScreen::show()
 {
     ::wrefresh(::stdscr);
@@ -165,54 +167,20 @@ void TextScreen::readKeys()
     wint_t read = 0;
     for (;;) {
         const int kind = ::wget_wch(::stdscr, &read);
-        if (kind == ERR) {
-            // A terminal that has gone is always readable.
-            int waiting = 0;
-            if (::ioctl(STDIN_FILENO, FIONREAD, &waiting) < 0 || !::isatty(STDIN_FILENO)) {
-                m_input->setEnabled(false);
-                m_onKey(U'q');
-            }
-            return;
-        }
-        const bool isCharacter = kind != KEY_CODE_YES;
-        if (isCharacter) {
-            m_onKey(read == 27                     ? Escape
-                    : read == '\r' || read == '\n' ? Enter
-                    : read == 127 || read == 8     ? Backspace
-                                                   : read);
-            continue;
-        }
-        switch (read) {
-        case KEY_UP:
-            m_onKey(Up);
+        if (kind == ERR)
             break;
-        case KEY_DOWN:
-            m_onKey(Down);
-            break;
-        case KEY_PPAGE:
-            m_onKey(PageUp);
-            break;
-        case KEY_NPAGE:
-            m_onKey(PageDown);
-            break;
-        case KEY_HOME:
-            m_onKey(Home);
-            break;
-        case KEY_END:
-            m_onKey(End);
-            break;
-        case KEY_BACKSPACE:
-            m_onKey(Backspace);
-            break;
-        case KEY_ENTER:
-            m_onKey(Enter);
-            break;
-        case KEY_RESIZE:
+        if (kind != KEY_CODE_YES)
+            m_onKey(read == 27 ? char32_t(Escape) : read);
+        else if (read == KEY_RESIZE)
             m_onResize();
-            break;
-        default:
-            m_onKey(Other);
-        }
+        else
+            m_onKey(keyOf(read));
+    }
+    // The descriptor of a terminal that has gone stays readable.
+    int waiting = 0;
+    if (::ioctl(STDIN_FILENO, FIONREAD, &waiting) < 0 || !::isatty(STDIN_FILENO)) {
+        m_input->setEnabled(false);
+        QCoreApplication::quit();
     }
 }
 

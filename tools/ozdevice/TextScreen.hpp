@@ -11,16 +11,16 @@ struct screen;
 
 namespace oz::tools {
 
-/*! The whole terminal, for as long as the instance lives: text at places, and the keys that are pressed. */
+/*! The whole terminal during the instance's life: writes text at positions and reports keys. */
 class TextScreen
 {
 public:
-    enum Style { Plain, Title, Dim, Changed, Selected, Wrong };
+    enum Style { Plain, Title, Dim, Changed, Selected };
     /*! Keys that are no characters. */
-    enum Key : char32_t { Up = 0xF0000, Down, PageUp, PageDown, Home, End, Backspace, Enter, Escape, Other };
+    enum Key : char32_t { Up = 0xF0000, Down, PageUp, PageDown, Home, End, Escape, Other };
 
-    /*! Throws CommandError where there is no terminal, or none that is known. Both are called from the event
-     * loop. */
+    /*! Throws CommandError if there is no terminal, or its type is unknown. The event loop calls both
+     * functions. */
     TextScreen(std::function<void(char32_t key)> onKey, std::function<void()> onResize);
     ~TextScreen();
     TextScreen(const TextScreen &) = delete;
@@ -30,14 +30,9 @@ public:
     [[nodiscard]] int columns() const;
 
     void clear();
-    /*! Writes \a text, which ends with the line at the latest; the column after it. */
-    int put(int row, int column, const QString &text, Style style = Plain);
-    /*! Fills the rest of the line. */
-    void fill(int row, int column, Style style);
-    /*! Shows the cursor there, or not at all. */
-    void setCursor(int row, int column);
-    void hideCursor();
-    /*! Shows what was put since clear(). */
+    /*! Writes \a text, cut off at the end of the line, and returns the column after it. */
+    int put(int row, int column, const QString &text, Style style);
+    /*! Shows everything written since clear(). */
     void show();
 
 private:

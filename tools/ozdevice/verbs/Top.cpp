@@ -40,13 +40,11 @@ int top(const TopOptions &options)
 void addTopVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
-        Verbs<TopOptions>(parser, action)
-            .add("top", "Show the phone in the terminal, live, and drive it by keys", top);
+        Verbs<TopOptions>(parser, action).add("top", "Show the phone in the terminal, live", top);
     options->facilities.addFacilities(verb);
     verb.footer(
-        "Values that have just changed stand out. Enter lists what the simulated phone can be told about a\n"
-        "facility, space shows all of its values, p plays a scenario. With NO_COLOR set there are no "
-        "colours.");
+        "Values that have just changed stand out. Space shows all values of the selected facility, q quits.\n"
+        "With NO_COLOR set there are no colours.");
 }
 
 } // namespace oz::tools
