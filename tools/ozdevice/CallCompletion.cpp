@@ -76,9 +76,9 @@ int CallCompletion::wait()
         }
     });
     QTimer check;
-    if (!m_answer.whileTrue.isEmpty()) {
+    if (!m_answer.pending.isEmpty()) {
         QObject::connect(&check, &QTimer::timeout, [this] {
-            if (!m_instance.object()->property(m_answer.whileTrue.constData()).toBool())
+            if (!m_instance.object()->property(m_answer.pending.constData()).toBool())
                 QCoreApplication::quit();
         });
         check.start(BeginDeadline);

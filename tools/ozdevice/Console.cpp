@@ -45,7 +45,7 @@ void Console::updateLines()
 {
     std::vector<std::unique_ptr<LiveFacility>> before = std::exchange(m_lines, {});
     for (const FacilityEntry *entry : m_entries) {
-        for (const QString &selected : entry->instances ? entry->instances() : QStringList{QString()}) {
+        for (const QString &selected : entry->selections()) {
             const auto known = std::find_if(before.begin(), before.end(), [&](const auto &line) {
                 return line && &line->instance().entry() == entry && line->instance().selected() == selected;
             });

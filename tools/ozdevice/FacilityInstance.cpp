@@ -23,7 +23,7 @@ QString unfedHint(const FacilityEntry &entry, int error)
     if (error != ENOENT)
         return {};
     for (const SourceState &state : sourceStates(lookAtDaemon())) {
-        if (entry.fedParts().contains(state.facility) && state.state == u"none")
+        if (entry.feedingParts().contains(state.facility) && state.state == u"none")
             return QLatin1String(" (nothing feeds it: ") + state.reason + u')';
     }
     return {};
@@ -79,7 +79,7 @@ std::vector<Problem> problemsOf(const QStringList &paths)
 FacilityInstance::FacilityInstance(const FacilityEntry &entry, const QString &selected, Presence presence)
     : m_entry(entry), m_selected(selected)
 {
-    const bool isMissing = selected.isEmpty() && entry.isNothingUnselected && presence != MayBeNone;
+    const bool isMissing = selected.isEmpty() && entry.needsSelection && presence != MayBeNone;
     const bool isExpected =
         selected.isEmpty() || (presence == MayComeLater && entry.mayCome && entry.mayCome(selected));
     // Where its objects are not there, that is the reason.

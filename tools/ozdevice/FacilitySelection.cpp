@@ -89,7 +89,7 @@ QStringList FacilitySelection::instances(const FacilityEntry &entry) const
         return {one};
     const QStringList all = entry.instances();
     // The first one stands for what is not there, with its unknown values.
-    return all.isEmpty() && !entry.isNothingUnselected ? QStringList{QString()} : all;
+    return all.isEmpty() && !entry.needsSelection ? QStringList{QString()} : all;
 }
 
 std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const FacilityEntry *> &entries)

@@ -25,112 +25,70 @@ namespace oz::tools {
 
 namespace {
 
+using namespace Qt::StringLiterals;
+
+const QString DisplaysPath = u"/pps/services/display/displays"_s;
+
 template <typename Facility>
-FacilityEntry facility(const char *name, const char *help)
+std::unique_ptr<QObject> makeOnly(const QString &)
 {
-    return {QLatin1String(name), QLatin1String(help), &Facility::staticMetaObject, {},
-        [](const QString &) { return std::make_unique<Facility>(); }};
+    return std::make_unique<Facility>();
 }
 
-// What the selector \a name of a facility selects, as its constructor takes it; nothing selected is the
-// first one.
-template <typename Selected>
-Selected selectedBy(const char *name, const QString &text);
-
-template <>
-QString selectedBy(const char *, const QString &text)
+template <typename Facility>
+std::unique_ptr<QObject> makeNamed(const QString &name)
 {
-    return text;
+    return std::make_unique<Facility>(name);
 }
 
-template <>
-int selectedBy(const char *name, const QString &text)
+// Without a selected number, the default constructor decides.
+template <typename Facility>
+std::function<std::unique_ptr<QObject>(const QString &)> makeNumbered(const QString &selector)
 {
-    bool ok = text.isEmpty();
-    const int number = ok ? 0 : text.toInt(&ok);
-    if (!ok) {
-        throw CommandError(WrongUse,
-            QLatin1String("--") + QLatin1String(name) + QLatin1String(" is a whole number, not '") + text
-                + u'\'');
-    }
-    return number;
-}
-
-// A facility of which there are several, told apart by an int or a QString.
-template <typename Facility, typename Selected>
-FacilityEntry facility(const char *name, const char *help, const char *selector)
-{
-    return {QLatin1String(name), QLatin1String(help), &Facility::staticMetaObject, QLatin1String(selector),
-        [selector](const QString &selected) {
-            return std::make_unique<Facility>(selectedBy<Selected>(selector, selected));
-        }};
-}
-
-FacilityEntry deviceState()
-{
-    auto entry =
-        facility<device::DeviceInfo>("device", "how the device is held, and whether somebody uses it");
-    const QStringList parts{QStringLiteral("activity"), QStringLiteral("orientation")};
-    entry.parts = parts;
-    entry.isComplete = [](const QObject *object) {
-        return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
+    return [selector](const QString &selected) {
+        bool ok = true;
+        const int number = selected.isEmpty() ? 0 : selected.toInt(&ok);
+        if (!ok)
+            throw CommandError(WrongUse, u"--%1 is a whole number, not '%2'"_s.arg(selector, selected));
+        return selected.isEmpty() ? std::make_unique<Facility>() : std::make_unique<Facility>(number);
     };
-    return std::move(entry).alsoCalled(parts).from({QStringLiteral("/dev/power/mgr")});
+}
+
+template <typename Enumeration>
+QHash<QByteArray, ReturnedEnum> returning(
+    const QList<QByteArray> &methods, std::optional<Enumeration> success = {})
+{
+    QHash<QByteArray, ReturnedEnum> returns;
+    for (const QByteArray &method : methods) {
+        returns.insert(method,
+            {QMetaEnum::fromType<Enumeration>(),
+                success ? std::optional(int(*success)) : std::optional<int>()});
+    }
+    return returns;
+}
+
+bool isOrientationValid(const QObject *object)
+{
+    return qobject_cast<const device::DeviceInfo *>(object)->isOrientationValid();
 }
 
 QStringList displays()
 {
-    PpsObject object(QStringLiteral("/pps/services/display/displays"));
+    PpsObject object(DisplaysPath);
     if (!object.open(PpsOpenMode::Subscribe))
         return {};
-    QStringList identifiers =
-        PpsObject::decode(object.read()).value(QStringLiteral("@displays")).toMap().keys();
+    QStringList identifiers = PpsObject::decode(object.read()).value(u"@displays"_s).toMap().keys();
     std::sort(identifiers.begin(), identifiers.end(),
         [](const QString &a, const QString &b) { return a.toInt() < b.toInt(); });
     return identifiers;
 }
 
-FacilityEntry display()
-{
-    auto entry = facility<device::DisplayInfo, int>("display", "a display", "display");
-    // Nothing selected is the primary one, whatever its identifier.
-    entry.make = [chosen = entry.make](const QString &selected) {
-        return selected.isEmpty() ? std::make_unique<device::DisplayInfo>() : chosen(selected);
-    };
-    entry.instances = displays;
-    return std::move(entry)
-        .from({QStringLiteral("/pps/services/display/displays")})
-        .measuredIn({{QStringLiteral("pixelSize"), {QStringLiteral("px"), QStringLiteral("-1x-1")}},
-            {QStringLiteral("physicalSize"), {QStringLiteral("mm"), QStringLiteral("-1x-1")}},
-            {QStringLiteral("resolution"), {QStringLiteral("px/m"), QStringLiteral("-1x-1")}}});
-}
+const QStringList NetworkIndices{u"0"_s, u"1"_s};
 
-FacilityEntry cellularNetwork()
+// The count decides: the second index has a technology on every device that could run two networks.
+QStringList cellularNetworks()
 {
-    auto entry =
-        facility<device::CellularNetworkInfo, int>("cellular-network", "a cellular network in use", "index");
-    static const QStringList indices{QStringLiteral("0"), QStringLiteral("1")};
-    // By their number: the second index has a technology on every device that might run two.
-    entry.instances = [] { return indices.mid(0, device::CellularRadioInfo().networkCount()); };
-    entry.mayCome = [](const QString &selected) { return indices.contains(selected); };
-    return std::move(entry)
-        .from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")})
-        .measuredIn({{QStringLiteral("signalStrength"), {QStringLiteral("dBm"), QStringLiteral("0")}}});
-}
-
-FacilityEntry dataProfile()
-{
-    using Result = device::CellularConnectionRequestResult;
-    auto entry =
-        facility<device::CellularDataInterface, QString>("data-profile", "a cellular data profile", "name");
-    entry.instances = [] { return device::CellularDataInterface().allNames(); };
-    entry.mayCome = [](const QString &) { return true; };
-    entry.isNothingUnselected = true;
-    entry.methodsOfNone = {"allNames"};
-    return std::move(entry)
-        .from({QStringLiteral("/pps/services/cds/cnice/status")})
-        .controlledBy("/pps/services/cds/cnice/%1_control")
-        .returning<Result::Type>({"requestConnect", "requestDisconnect"}, Result::Requested);
+    return NetworkIndices.mid(0, device::CellularRadioInfo().networkCount());
 }
 
 QStringList networkInterfaces()
@@ -143,31 +101,148 @@ QStringList networkInterfaces()
     return names;
 }
 
-FacilityEntry networkUsage()
-{
-    auto entry = facility<device::NetworkDataUsage, QString>(
-        "network", "the traffic of a network interface", "interface");
-    entry.readAnew = [](QObject *object) {
-        return qobject_cast<device::NetworkDataUsage *>(object)->update();
-    };
-    entry.instances = networkInterfaces;
-    entry.isNothingUnselected = true;
-    return entry;
-}
-
-FacilityEntry wifiDirect()
+QHash<QByteArray, ReturnedEnum> wifiDirectReturns()
 {
     using device::WiFiDirectResult;
-    return facility<device::WiFiDirect>("wifi-direct", "Wi-Fi Direct: peers, connection and requests")
-        .alsoCalled({QStringLiteral("wifidirect")})
-        .from({QStringLiteral("/pps/services/wifi_p2p/manager/status")})
-        .servedBy("/pps/services/wifi_p2p/manager/control")
-        .controlledBy("/pps/services/wifi_p2p/manager/control")
-        .answeredBy({{"requestScan", {"scanCompleted", "scanning"}}})
-        .returning<WiFiDirectResult::Type>({"requestScan", "requestStartSession", "requestStopSession",
-                                               "requestConnect", "cancelConnectRequest"},
-            WiFiDirectResult::Success)
-        .returning<device::WiFiDirectDeviceType::Type>({"deviceType"});
+    auto returns =
+        returning<WiFiDirectResult::Type>({"requestScan", "requestStartSession", "requestStopSession",
+                                              "requestConnect", "cancelConnectRequest"},
+            WiFiDirectResult::Success);
+    returns.insert(returning<device::WiFiDirectDeviceType::Type>({"deviceType"}));
+    return returns;
+}
+
+std::vector<FacilityEntry> makeTable()
+{
+    using namespace oz::device;
+    using ConnectionResult = CellularConnectionRequestResult;
+    return {
+        {.name = u"sdcard"_s,
+            .help = u"the removable SD card"_s,
+            .type = &SdCardInfo::staticMetaObject,
+            .make = makeOnly<SdCardInfo>,
+            .objects = {u"/pps/system/filesystem/removable/sdcard"_s},
+            .glance = {u"state"_s, u"activity"_s}},
+        {.name = u"battery"_s,
+            .help = u"the battery and its chargers"_s,
+            .type = &BatteryInfo::staticMetaObject,
+            .make = makeOnly<BatteryInfo>,
+            .objects = {u"/pps/system/BattMgr/status"_s},
+            .glance = {u"level"_s, u"chargingState"_s, u"temperature"_s, u"condition"_s},
+            .measures = {{u"level"_s, {u"%"_s, u"-1"_s}}, {u"fullChargeCapacity"_s, {u"mAh"_s, u"-1"_s}},
+                {u"temperature"_s, {u"\u00B0C"_s, u"nan"_s}}}},
+        {.name = u"hardware"_s,
+            .help = u"what the device is: identifiers, names and parts"_s,
+            .type = &HardwareInfo::staticMetaObject,
+            .make = makeOnly<HardwareInfo>,
+            .objects = {u"/pps/services/private/deviceproperties"_s, u"/pps/services/deviceproperties"_s,
+                u"/pps/services/hw_info/inventory"_s},
+            .glance = {u"deviceName"_s, u"modelName"_s}},
+        {.name = u"device"_s,
+            .help = u"how the device is held, and whether somebody uses it"_s,
+            .type = &DeviceInfo::staticMetaObject,
+            .make = makeOnly<DeviceInfo>,
+            .aliases = {u"activity"_s, u"orientation"_s},
+            .daemonParts = {u"activity"_s, u"orientation"_s},
+            .objects = {u"/dev/power/mgr"_s},
+            .glance = {u"orientation"_s, u"activityState"_s},
+            .isComplete = isOrientationValid},
+        {.name = u"simcard"_s,
+            .help = u"the SIM card"_s,
+            .type = &SimCardInfo::staticMetaObject,
+            .make = makeOnly<SimCardInfo>,
+            .objects = {u"/pps/services/cellular/uicc/card0/status_private"_s},
+            .glance = {u"state"_s}},
+        {.name = u"radio"_s,
+            .help = u"the cellular radio"_s,
+            .type = &CellularRadioInfo::staticMetaObject,
+            .make = makeOnly<CellularRadioInfo>,
+            .objects = {u"/pps/services/cellular/radioctrl/status_public"_s},
+            .glance = {u"poweredOn"_s, u"activeTechnologies"_s, u"dataEnabled"_s, u"dataRoaming"_s}},
+        {.name = u"cellular-network"_s,
+            .help = u"a cellular network in use"_s,
+            .type = &CellularNetworkInfo::staticMetaObject,
+            .make = makeNumbered<CellularNetworkInfo>(u"index"_s),
+            .objects = {u"/pps/services/cellular/radioctrl/status_public"_s},
+            .glance = {u"signalStrength"_s, u"technology"_s, u"displayName"_s, u"roaming"_s},
+            .measures = {{u"signalStrength"_s, {u"dBm"_s, u"0"_s}}},
+            .selector = u"index"_s,
+            .instances = cellularNetworks,
+            .mayCome = [](const QString &selected) { return NetworkIndices.contains(selected); }},
+        {.name = u"data-profile"_s,
+            .help = u"a cellular data profile"_s,
+            .type = &CellularDataInterface::staticMetaObject,
+            .make = makeNamed<CellularDataInterface>,
+            .objects = {u"/pps/services/cds/cnice/status"_s},
+            .glance = {u"connectionState"_s, u"valid"_s},
+            .control = u"/pps/services/cds/cnice/%1_control"_s,
+            .returns = returning<ConnectionResult::Type>(
+                {"requestConnect", "requestDisconnect"}, ConnectionResult::Requested),
+            .selector = u"name"_s,
+            .instances = [] { return CellularDataInterface().allNames(); },
+            .mayCome = [](const QString &) { return true; },
+            .needsSelection = true,
+            .methodsWithoutSelection = {"allNames"}},
+        {.name = u"display"_s,
+            .help = u"a display"_s,
+            .type = &DisplayInfo::staticMetaObject,
+            .make = makeNumbered<DisplayInfo>(u"display"_s),
+            .objects = {DisplaysPath},
+            .glance = {u"attached"_s, u"displayName"_s, u"pixelSize"_s},
+            .measures = {{u"pixelSize"_s, {u"px"_s, u"-1x-1"_s}}, {u"physicalSize"_s, {u"mm"_s, u"-1x-1"_s}},
+                {u"resolution"_s, {u"px/m"_s, u"-1x-1"_s}}},
+            .selector = u"display"_s,
+            .instances = displays},
+        {.name = u"led"_s,
+            .help = u"the notification LED"_s,
+            .type = &Led::staticMetaObject,
+            .make = makeOnly<Led>,
+            .objects = {u"/pps/services/led/status"_s},
+            .glance = {u"red"_s, u"green"_s, u"blue"_s, u"flashes"_s},
+            .busy = "active",
+            .service = u"/pps/services/led/control"_s,
+            .activity = {u"/pps/services/led/activity"_s}},
+        {.name = u"vibration"_s,
+            .help = u"the vibration motor"_s,
+            .type = &VibrationController::staticMetaObject,
+            .make = makeOnly<VibrationController>,
+            .objects = {u"/pps/services/vibrator"_s},
+            .glance = {u"running"_s, u"runs"_s},
+            .service = u"/pps/services/vibrator"_s,
+            .activity = {u"/pps/services/vibration/activity"_s}},
+        {.name = u"wifi-direct"_s,
+            .help = u"Wi-Fi Direct: peers, connection and requests"_s,
+            .type = &WiFiDirect::staticMetaObject,
+            .make = makeOnly<WiFiDirect>,
+            .aliases = {u"wifidirect"_s},
+            .objects = {u"/pps/services/wifi_p2p/manager/status"_s},
+            .glance = {u"connectionState"_s, u"scanning"_s, u"enabled"_s},
+            .service = u"/pps/services/wifi_p2p/manager/control"_s,
+            .control = u"/pps/services/wifi_p2p/manager/control"_s,
+            .answers = {{"requestScan", {"scanCompleted", "scanning"}}},
+            .returns = wifiDirectReturns()},
+        {.name = u"miracast"_s,
+            .help = u"wireless displays: sinks and the session with one"_s,
+            .type = &MiracastManager::staticMetaObject,
+            .make = makeOnly<MiracastManager>,
+            .objects = {u"/pps/services/miracast/status"_s},
+            .glance = {u"connectionState"_s, u"displayState"_s, u"status"_s},
+            .measures = {{u"devicePixelSize"_s, {u"px"_s, u"0x0"_s}}},
+            .service = u"/pps/services/miracast/control"_s,
+            .answers = {{"requestScan", {"scanCompleted"}}, {"requestConnect", {"connectCompleted"}},
+                {"requestDisconnect", {"disconnectCompleted"}}, {"requestPause", {"pauseCompleted"}},
+                {"requestResume", {"resumeCompleted"}}, {"requestShutdown", {"shutdownCompleted"}}},
+            .dynamicProperties = {"miracast_name", "miracast_persistent"}},
+        {.name = u"network"_s,
+            .help = u"the traffic of a network interface"_s,
+            .type = &NetworkDataUsage::staticMetaObject,
+            .make = makeNamed<NetworkDataUsage>,
+            .glance = {u"bytesReceived"_s, u"bytesSent"_s},
+            .readAnew = [](QObject *object) { return qobject_cast<NetworkDataUsage *>(object)->update(); },
+            .selector = u"interface"_s,
+            .instances = networkInterfaces,
+            .needsSelection = true},
+    };
 }
 
 } // namespace
@@ -177,105 +252,21 @@ QString FacilityEntry::title(const QString &selected) const
     return selected.isEmpty() ? name : name + u' ' + selected;
 }
 
-FacilityEntry FacilityEntry::alsoCalled(const QStringList &words) &&
+QStringList FacilityEntry::selections() const
 {
-    aliases = words;
-    return std::move(*this);
+    return instances ? instances() : QStringList{QString()};
 }
 
-FacilityEntry FacilityEntry::from(const QStringList &paths) &&
+QStringList FacilityEntry::feedingParts() const
 {
-    objects = paths;
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::busyWhile(const char *property) &&
-{
-    busy = property;
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::servedBy(const char *path) &&
-{
-    service = QLatin1String(path);
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::controlledBy(const char *path) &&
-{
-    control = QLatin1String(path);
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::answeredBy(const QHash<QByteArray, LaterAnswer> &answersOfMethods) &&
-{
-    answers = answersOfMethods;
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::reading(const QList<QByteArray> &properties) &&
-{
-    dynamicProperties = properties;
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::toldBy(const char *path) &&
-{
-    activity.append(QLatin1String(path));
-    return std::move(*this);
-}
-
-FacilityEntry FacilityEntry::measuredIn(const QHash<QString, Measure> &measuresOfProperties) &&
-{
-    measures = measuresOfProperties;
-    return std::move(*this);
+    return daemonParts.isEmpty() ? QStringList{name} : daemonParts;
 }
 
 const std::vector<FacilityEntry> &facilityTable()
 {
-    using namespace oz::device;
-    // Its flag set is read by it, see meta::enumOf().
-    qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
-    static const std::vector<FacilityEntry> table{
-        facility<SdCardInfo>("sdcard", "the removable SD card")
-            .from({QStringLiteral("/pps/system/filesystem/removable/sdcard")}),
-        facility<BatteryInfo>("battery", "the battery and its chargers")
-            .from({QStringLiteral("/pps/system/BattMgr/status")})
-            .measuredIn({{QStringLiteral("level"), {QStringLiteral("%"), QStringLiteral("-1")}},
-                {QStringLiteral("fullChargeCapacity"), {QStringLiteral("mAh"), QStringLiteral("-1")}},
-                {QStringLiteral("temperature"), {QStringLiteral("\u00B0C"), QStringLiteral("nan")}}}),
-        facility<HardwareInfo>("hardware", "what the device is: identifiers, names and parts")
-            .from({QStringLiteral("/pps/services/private/deviceproperties"),
-                QStringLiteral("/pps/services/deviceproperties"),
-                QStringLiteral("/pps/services/hw_info/inventory")}),
-        deviceState(),
-        facility<SimCardInfo>("simcard", "the SIM card")
-            .from({QStringLiteral("/pps/services/cellular/uicc/card0/status_private")}),
-        facility<CellularRadioInfo>("radio", "the cellular radio")
-            .from({QStringLiteral("/pps/services/cellular/radioctrl/status_public")}),
-        cellularNetwork(),
-        dataProfile(),
-        display(),
-        facility<Led>("led", "the notification LED")
-            .from({QStringLiteral("/pps/services/led/status")})
-            .busyWhile("active")
-            .servedBy("/pps/services/led/control")
-            .toldBy("/pps/services/led/activity"),
-        facility<VibrationController>("vibration", "the vibration motor")
-            .from({QStringLiteral("/pps/services/vibrator")})
-            .servedBy("/pps/services/vibrator")
-            .toldBy("/pps/services/vibration/activity"),
-        wifiDirect(),
-        facility<MiracastManager>("miracast", "wireless displays: sinks and the session with one")
-            .from({QStringLiteral("/pps/services/miracast/status")})
-            .servedBy("/pps/services/miracast/control")
-            .answeredBy({{"requestScan", "scanCompleted"}, {"requestConnect", "connectCompleted"},
-                {"requestDisconnect", "disconnectCompleted"}, {"requestPause", "pauseCompleted"},
-                {"requestResume", "resumeCompleted"}, {"requestShutdown", "shutdownCompleted"}})
-            .reading({"miracast_name", "miracast_persistent"})
-            .measuredIn({{QStringLiteral("devicePixelSize"), {QStringLiteral("px"), QStringLiteral("0x0")}}}),
-        networkUsage(),
-    };
+    // meta::enumOf() reads its flag set by way of the registered enumeration.
+    qRegisterMetaType<device::WiFiDirectSecondaryDeviceType::Type>();
+    static const std::vector<FacilityEntry> table = makeTable();
     return table;
 }
 
@@ -301,7 +292,7 @@ const FacilityEntry *findFacility(const QString &name)
 {
     const auto &table = facilityTable();
     const auto found = std::find_if(
-        table.begin(), table.end(), [&](const FacilityEntry &entry) { return entry.isCalled(name); });
+        table.begin(), table.end(), [&](const FacilityEntry &entry) { return entry.hasName(name); });
     return found == table.end() ? nullptr : &*found;
 }
 

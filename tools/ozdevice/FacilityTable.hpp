@@ -14,31 +14,27 @@
 
 namespace oz::tools {
 
-/*! What the number is that a method returns. */
+/*! The enumeration of a method that returns an enumerator as a number. */
 struct ReturnedEnum
 {
     QMetaEnum names;
-    std::optional<int> success; //!< of a request: the one that says that it was taken
+    std::optional<int> success; //!< of a request: the enumerator of an accepted one
 };
 
-/*! How a call is answered after it has returned. */
+/*! The answer to a method that has returned before the service answers. */
 struct LaterAnswer
 {
-    LaterAnswer(const char *aSignal = "", const char *aProperty = "") : signal(aSignal), whileTrue(aProperty)
-    {
-    }
-
-    QByteArray signal; //!< its first argument, if any, is the result
-    /*! The bool property that is true meanwhile, where a quick answer may come without the signal: the class
-     * then never saw that it had begun. */
-    QByteArray whileTrue;
+    QByteArray signal = {}; //!< its first argument, if any, is the result
+    /*! The bool property that is true until the answer. A quick answer can arrive before the class sees that
+     * the request has begun; then the property becomes true never, and the signal is not emitted. */
+    QByteArray pending = {};
 };
 
-/*! What the values of a property are measured in. */
+/*! The unit of a property's values. */
 struct Measure
 {
     QString unit;
-    QString unknown; //!< the text of the value that measures nothing
+    QString unknown; //!< the text of the unknown value, which has no unit
 };
 
 /*! A facility of the library as the command offers it. */
@@ -46,86 +42,66 @@ struct FacilityEntry
 {
     QString name;
     QString help;
-    const QMetaObject *type;
-    QString selector; //!< the option that tells which one is meant ("index"), empty where there is only one
+    const QMetaObject *type = nullptr;
     std::function<std::unique_ptr<QObject>(const QString &selected)> make;
 
-    /*! Older spellings of the name, and what else it answers to. */
+    /*! Other names that the command accepts. */
     QStringList aliases = {};
-    /*! What the daemon calls that which feeds it, where that is not its name. */
-    QStringList parts = {};
-    /*! The objects that it cannot be without. */
+    /*! The facilities of the daemon that feed this one; empty for the one of the same name. */
+    QStringList daemonParts = {};
+    /*! The objects of the tree without which the facility does not work. */
     QStringList objects = {};
+    /*! The main properties and attributes, in the order of an overview. */
+    QStringList glance = {};
+    QHash<QString, Measure> measures = {}; //!< by property
 
-    /*! The bool property that is true while what a call began goes on; empty: calls are done when they
-     * return. */
+    /*! The bool property that is true while the effect of a call lasts; empty if calls end when they return.
+     */
     QByteArray busy = {};
-    /*! The object that calls are sent to, where a call cannot tell that it was not there. */
+    /*! The object that receives the calls, if the class cannot report that it is missing. */
     QString service = {};
-    /*! The object that requests are sent to which return a result; "%1" stands for what is selected. */
+    /*! The object that receives requests with a result; "%1" stands for the selected instance. */
     QString control = {};
-    /*! The methods that are answered later. */
-    QHash<QByteArray, LaterAnswer> answers = {};
-    /*! The methods that return an enumerator as a number. */
-    QHash<QByteArray, ReturnedEnum> returns = {};
+    QHash<QByteArray, LaterAnswer> answers = {}; //!< by method
+    QHash<QByteArray, ReturnedEnum> returns = {}; //!< by method
     /*! The dynamic properties that its methods read. */
     QList<QByteArray> dynamicProperties = {};
-    /*! The objects that tell what the facility does, whoever asked for it. */
+    /*! The objects that show what the facility does, whichever process asked for it. */
     QStringList activity = {};
-    /*! Reads the values, where they do not change by themselves; whether that worked. */
+    /*! Reads values that do not change by themselves, and returns false on failure. */
     std::function<bool(QObject *object)> readAnew = {};
-    /*! Whether the first values are all there, where some come from the event loop. */
+    /*! Returns whether all first values are there, if some arrive through the event loop. */
     std::function<bool(const QObject *object)> isComplete = {};
 
-    /*! What its properties are measured in, by their names. */
-    QHash<QString, Measure> measures = {};
-
-    /*! What can be selected now. */
+    /*! The option that selects one of several instances ("index"); empty if there is only one. */
+    QString selector = {};
+    /*! The instances that exist now. */
     std::function<QStringList()> instances = {};
-    /*! Whether one that is not there now can come, and is followed then. */
+    /*! Returns whether an instance that does not exist can appear later, and is followed then. */
     std::function<bool(const QString &selected)> mayCome = {};
-    /*! Whether it stands for nothing unless one is selected, but for these methods. */
-    bool isNothingUnselected = false;
-    QList<QByteArray> methodsOfNone = {};
+    /*! True if an object without a selected instance has no values, and no methods but these. */
+    bool needsSelection = false;
+    QList<QByteArray> methodsWithoutSelection = {};
 
-    [[nodiscard]] bool isCalled(const QString &word) const { return word == name || aliases.contains(word); }
-    /*! Its name, and which one. */
+    [[nodiscard]] bool hasName(const QString &word) const { return word == name || aliases.contains(word); }
+    /*! The name with the selected instance. */
     [[nodiscard]] QString title(const QString &selected) const;
-    /*! What the daemon calls that which feeds it. */
-    [[nodiscard]] QStringList fedParts() const { return parts.isEmpty() ? QStringList{name} : parts; }
-
-    // For the table.
-    FacilityEntry alsoCalled(const QStringList &words) &&;
-    FacilityEntry from(const QStringList &paths) &&;
-    FacilityEntry busyWhile(const char *property) &&;
-    FacilityEntry servedBy(const char *path) &&;
-    FacilityEntry controlledBy(const char *path) &&;
-    FacilityEntry answeredBy(const QHash<QByteArray, LaterAnswer> &answersOfMethods) &&;
-    template <typename Enumeration>
-    FacilityEntry returning(const QList<QByteArray> &methods, std::optional<Enumeration> success = {}) &&
-    {
-        for (const QByteArray &method : methods) {
-            returns.insert(method,
-                {QMetaEnum::fromType<Enumeration>(),
-                    success ? std::optional(int(*success)) : std::optional<int>()});
-        }
-        return std::move(*this);
-    }
-    FacilityEntry reading(const QList<QByteArray> &properties) &&;
-    FacilityEntry toldBy(const char *path) &&;
-    FacilityEntry measuredIn(const QHash<QString, Measure> &measuresOfProperties) &&;
+    /*! The instances that exist now; an empty one for a facility that has no several. */
+    [[nodiscard]] QStringList selections() const;
+    /*! The facilities of the daemon that feed this one. */
+    [[nodiscard]] QStringList feedingParts() const;
 };
 
-/*! Every facility. A new one is one line there. */
+/*! All facilities, a row each. */
 [[nodiscard]] const std::vector<FacilityEntry> &facilityTable();
 
-/*! Those that are part of a phone; the machine's own network interfaces are none. */
+/*! The facilities of a phone, without the network interfaces of the machine. */
 [[nodiscard]] std::vector<const FacilityEntry *> phoneFacilities();
 
-/*! The names of all, in the order of the table. */
+/*! The names of all facilities, in the order of the table. */
 [[nodiscard]] QStringList facilityNames();
 
-/*! The facility of that name or older spelling; null where there is none. */
+/*! The facility with the name or alias \a name; null if there is none. */
 [[nodiscard]] const FacilityEntry *findFacility(const QString &name);
 
 } // namespace oz::tools

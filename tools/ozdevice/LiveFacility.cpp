@@ -3,8 +3,6 @@
 #include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
 
-#include <QHash>
-
 #include <algorithm>
 
 namespace oz::tools {
@@ -12,28 +10,6 @@ namespace oz::tools {
 namespace {
 
 constexpr std::chrono::milliseconds HighlightTime{3000};
-
-// The main values of each facility, in the order of an overview.
-QStringList glanceOf(const QString &facility)
-{
-    static const QHash<QString, QString> names{
-        {QStringLiteral("sdcard"), QStringLiteral("state activity")},
-        {QStringLiteral("battery"), QStringLiteral("level chargingState temperature condition")},
-        {QStringLiteral("hardware"), QStringLiteral("deviceName modelName")},
-        {QStringLiteral("device"), QStringLiteral("orientation activityState")},
-        {QStringLiteral("simcard"), QStringLiteral("state")},
-        {QStringLiteral("radio"), QStringLiteral("poweredOn activeTechnologies dataEnabled dataRoaming")},
-        {QStringLiteral("cellular-network"), QStringLiteral("signalStrength technology displayName roaming")},
-        {QStringLiteral("data-profile"), QStringLiteral("connectionState valid")},
-        {QStringLiteral("display"), QStringLiteral("attached displayName pixelSize")},
-        {QStringLiteral("led"), QStringLiteral("red green blue flashes")},
-        {QStringLiteral("vibration"), QStringLiteral("running runs")},
-        {QStringLiteral("wifi-direct"), QStringLiteral("connectionState scanning enabled")},
-        {QStringLiteral("miracast"), QStringLiteral("connectionState displayState status")},
-        {QStringLiteral("network"), QStringLiteral("bytesReceived bytesSent")},
-    };
-    return names.value(facility).split(u' ', Qt::SkipEmptyParts);
-}
 
 const LiveFacility::Value *find(const std::vector<LiveFacility::Value> &values, const QString &name)
 {
@@ -111,7 +87,7 @@ std::vector<LiveFacility::Value> LiveFacility::read() const
 
 std::vector<LiveFacility::Value> LiveFacility::glance() const
 {
-    const QStringList names = glanceOf(m_instance.entry().name);
+    const QStringList &names = m_instance.entry().glance;
     std::vector<Value> values;
     for (const QString &name : names) {
         if (const Value *value = find(m_values, name))

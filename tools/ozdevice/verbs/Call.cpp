@@ -148,8 +148,8 @@ int call(const CallOptions &options)
     for (const std::string &set : options.sets)
         settings.push_back(PropertySetting::parse(entry, QString::fromStdString(set)));
     // It may be about what is there, whichever is meant.
-    const auto presence =
-        entry.methodsOfNone.contains(name) ? FacilityInstance::MayBeNone : FacilityInstance::MustBeThere;
+    const auto presence = entry.methodsWithoutSelection.contains(name) ? FacilityInstance::MayBeNone
+                                                                       : FacilityInstance::MustBeThere;
     if (withoutUnfed({&entry}).empty())
         return Unavailable;
     const FacilityInstance instance(entry, options.facility.selected(entry), presence);

@@ -114,7 +114,7 @@ QStringList simWords(const QStringList &before)
     const FacilityEntry *entry = findFacility(before.first());
     QStringList names{before.first()};
     if (!parts.contains(names.first()) && entry)
-        names = entry->fedParts();
+        names = entry->feedingParts();
     QStringList found;
     for (const QString &name : names) {
         const QVariantMap part = parts.value(name).toMap();

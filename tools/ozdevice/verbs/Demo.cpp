@@ -28,7 +28,7 @@ public:
     explicit Lines(EventLoop &loop)
     {
         for (const FacilityEntry *entry : phoneFacilities()) {
-            for (const QString &selected : entry->instances ? entry->instances() : QStringList{QString()}) {
+            for (const QString &selected : entry->selections()) {
                 const FacilityInstance &instance = *m_instances.emplace_back(
                     std::make_unique<FacilityInstance>(*entry, selected, FacilityInstance::MayComeLater));
                 m_taps.push_back(std::make_unique<meta::SignalTap>(

@@ -29,15 +29,15 @@ QStringList verbsOf(const QVariant &part)
 QString partOf(const QString &word, const QString &verb)
 {
     const FacilityEntry *entry = findFacility(word);
-    if (!entry || (entry->name == word && entry->parts.isEmpty()))
+    if (!entry || (entry->name == word && entry->daemonParts.isEmpty()))
         return word;
     const QVariantMap parts = simulatedParts();
     if (parts.contains(word))
         return word;
     QStringList known;
-    for (const QString &part : entry->fedParts()) {
+    for (const QString &part : entry->feedingParts()) {
         const QStringList verbs = verbsOf(parts.value(part));
-        if (verbs.contains(verb) || entry->fedParts().size() == 1)
+        if (verbs.contains(verb) || entry->feedingParts().size() == 1)
             return part;
         known += verbs;
     }
