@@ -277,7 +277,7 @@ TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
                 "is not on the bus\"}}"})
             .status,
         0);
-    EXPECT_TRUE(QRegularExpression("battery +upower +absent: it is not on the bus")
+    EXPECT_TRUE(QRegularExpression("battery +upower +absent +it is not on the bus")
                     .match(run({"status"}).output)
                     .hasMatch());
     root.place("/pps/system/BattMgr/status", "nonsense");

@@ -84,7 +84,7 @@ int CallCompletion::wait()
         check.start(BeginDeadline);
     }
     if (isBusy() && ::isatty(STDERR_FILENO)) {
-        complain(m_instance.title() + QLatin1String(" is ") + QLatin1String(m_instance.entry().busy)
+        printError(m_instance.title() + QLatin1String(" is ") + QLatin1String(m_instance.entry().busy)
             + QLatin1String("; Ctrl-C ends it"));
     }
     (void)m_loop.run();

@@ -44,7 +44,7 @@ QVariantMap readStatus()
 
 } // namespace
 
-DaemonState lookAtDaemon()
+DaemonState daemonState()
 {
     DaemonState daemon;
     daemon.status = readStatus();

@@ -21,7 +21,7 @@ struct DaemonState
     std::optional<std::chrono::seconds> age; //!< of the status object
 };
 
-[[nodiscard]] DaemonState lookAtDaemon();
+[[nodiscard]] DaemonState daemonState();
 
 /*! That nothing feeds the tree, and why. */
 [[nodiscard]] QString unfedText(const DaemonState &daemon);

@@ -22,7 +22,7 @@ QString unfedHint(const FacilityEntry &entry, int error)
 {
     if (error != ENOENT)
         return {};
-    for (const SourceState &state : sourceStates(lookAtDaemon())) {
+    for (const SourceState &state : sourceStates(daemonState())) {
         if (entry.feedingParts().contains(state.facility) && state.state == u"none")
             return QLatin1String(" (nothing feeds it: ") + state.reason + u')';
     }
@@ -109,7 +109,7 @@ bool FacilityInstance::reportProblems() const
             problems.push_back({plainPath(*pps), pps->error()});
     }
     for (const Problem &problem : problems)
-        complain(m_entry.name + QLatin1String(": ") + problem.text() + unfedHint(m_entry, problem.error));
+        printError(m_entry.name + QLatin1String(": ") + problem.text() + unfedHint(m_entry, problem.error));
     return problems.empty();
 }
 

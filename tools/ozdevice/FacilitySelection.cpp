@@ -98,7 +98,7 @@ std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const Facility
         entries.begin(), entries.end(), [](const FacilityEntry *entry) { return !entry->objects.isEmpty(); });
     if (!isFromTree)
         return entries;
-    const DaemonState daemon = lookAtDaemon();
+    const DaemonState daemon = daemonState();
     if (daemon.isRunning)
         return entries;
     std::vector<const FacilityEntry *> there;
@@ -111,7 +111,7 @@ std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const Facility
             there.push_back(entry);
         isAnyFromTree = isAnyFromTree || (isThere && !entry->objects.isEmpty());
     }
-    complain(unfedText(daemon)
+    printError(unfedText(daemon)
         + (isAnyFromTree ? QLatin1String("; the values are the last ones")
                          : QLatin1String(" (try: ozdevice run -- COMMAND)")));
     return there;

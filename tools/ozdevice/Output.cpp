@@ -79,7 +79,7 @@ void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format)
     printLines(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());
 }
 
-void complain(const QString &text)
+void printError(const QString &text)
 {
     std::fprintf(stderr, "ozdevice: %s\n", qUtf8Printable(printableText(text)));
 }

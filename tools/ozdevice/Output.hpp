@@ -18,7 +18,7 @@ void printLines(const QString &text);
 void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format);
 
 /*! Says something on standard error, after the program's name, as printableText() has it. */
-void complain(const QString &text);
+void printError(const QString &text);
 
 enum class Paint { None, Bold, Dim, Value };
 /*! \a text in a colour, where standard output is a terminal and NO_COLOR is not set. */

@@ -119,8 +119,8 @@ void PlayedScenario::take(const QVariantMap &told)
         return;
     if (told.value(QStringLiteral("begun")).toBool() && !std::exchange(m_hasBegun, true)) {
         if (told.value(QStringLiteral("late")).toBool())
-            complain(QStringLiteral("%1 within %2 s; the scenario begins without it")
-                         .arg(absenceText(), QString::number(m_options.waitLimit)));
+            printError(QStringLiteral("%1 within %2 s; the scenario begins without it")
+                           .arg(absenceText(), QString::number(m_options.waitLimit)));
         Q_EMIT begun();
     }
     for (const QVariant &entry : told.value(QStringLiteral("entries")).toList()) {

@@ -10,10 +10,10 @@
 
 namespace oz::tools {
 
-std::vector<TreeObject> treeObjects()
+std::vector<ObjectAge> objectAges()
 {
     const QString tree = devicePath(QStringLiteral("/pps"));
-    std::vector<TreeObject> objects;
+    std::vector<ObjectAge> objects;
     // Names that begin with a dot are no objects.
     QDirIterator entries(
         tree, QDir::Files | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
@@ -22,7 +22,7 @@ std::vector<TreeObject> treeObjects()
         objects.push_back({path, ageOf(path)});
     }
     std::sort(objects.begin(), objects.end(),
-        [](const TreeObject &a, const TreeObject &b) { return a.path < b.path; });
+        [](const ObjectAge &a, const ObjectAge &b) { return a.path < b.path; });
     return objects;
 }
 

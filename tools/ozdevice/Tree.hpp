@@ -8,24 +8,23 @@
 
 namespace oz::tools {
 
-/*! An object of the tree as it lies there. */
-struct TreeObject
+/*! An object of the tree, and the time since it was published; no time for one that a service serves. */
+struct ObjectAge
 {
     QString path;
-    /*! How long ago it was published; nothing for one that a service serves. */
     std::optional<std::chrono::seconds> age;
 };
 
-/*! Every object of the tree that this user sees, by path. */
-[[nodiscard]] std::vector<TreeObject> treeObjects();
+/*! Every object of the tree that this user sees, sorted by path. */
+[[nodiscard]] std::vector<ObjectAge> objectAges();
 
-/*! How long ago the object at \a path was published; nothing where there is none, or it is served. */
+/*! The time since the object at \a path was published; none if it is served or does not exist. */
 [[nodiscard]] std::optional<std::chrono::seconds> ageOf(const QString &path);
 
 /*! "12 s", "3 min", "5 h", "2 days". */
 [[nodiscard]] QString ageText(std::chrono::seconds age);
 
-/*! The device path that \a word names: itself, or what follows "/pps/". */
+/*! The device path for \a word, which is one, or a path below "/pps/". */
 [[nodiscard]] QString ppsPath(const QString &word);
 
 } // namespace oz::tools

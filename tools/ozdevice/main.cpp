@@ -25,8 +25,7 @@ void addVerbs(const Verb &parser, Action &action)
     addTopVerb(parser, action);
     addCallVerb(parser, action);
     addSetVerb(parser, action);
-    addStatusVerb(parser, action);
-    addDoctorVerb(parser, action);
+    addStatusVerbs(parser, action);
     addRunVerb(parser, action);
     addSimVerb(parser, action);
     addPlayVerb(parser, action);
@@ -103,7 +102,7 @@ int main(int argc, char **argv)
     try {
         return execute(argc, argv);
     } catch (const CommandError &error) {
-        complain(QString::fromUtf8(error.what()));
+        printError(QString::fromUtf8(error.what()));
         return error.status();
     }
 }

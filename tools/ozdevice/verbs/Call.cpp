@@ -50,7 +50,7 @@ public:
             std::condition_variable_any().wait_for(
                 lock, ended, std::chrono::milliseconds(500), [] { return false; });
             if (!ended.stop_requested())
-                complain(what + QLatin1String(" waits for the service (Ctrl-C breaks it off)"));
+                printError(what + QLatin1String(" waits for the service (Ctrl-C breaks it off)"));
         });
         pthread_sigmask(SIG_SETMASK, &before, nullptr);
     }
@@ -104,7 +104,7 @@ void complainOfControl(const FacilityInstance &instance)
         ? instance.entry().control.arg(instance.selected())
         : instance.entry().control;
     if (const int error = tryToOpen(path))
-        complain(instance.title() + QLatin1String(": ") + Problem{path, error}.text());
+        printError(instance.title() + QLatin1String(": ") + Problem{path, error}.text());
 }
 
 int invoke(const FacilityInstance &instance, const QByteArray &name, const meta::MethodCall &method,
@@ -127,7 +127,7 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
     const bool isTaken = printReturned(instance, name, result);
     // What the library warns of while it carries the call out has kept it from that; no answer follows.
     for (const QString &warning : warnings)
-        complain(instance.title() + QLatin1String(": ") + warning);
+        printError(instance.title() + QLatin1String(": ") + warning);
     if (!isTaken)
         complainOfControl(instance);
     return isTaken && warnings.isEmpty() ? completion.wait() : int(Failed);
@@ -156,7 +156,7 @@ int call(const CallOptions &options)
     if (!instance.reportProblems())
         return Unavailable;
     if (entry.answers.contains(name) && !entry.returns.contains(name) && !isSupported(instance)) {
-        complain(instance.title() + QLatin1String(": the device does not support it"));
+        printError(instance.title() + QLatin1String(": the device does not support it"));
         return Unavailable;
     }
     return invoke(instance, name, method, settings);

@@ -120,7 +120,7 @@ int record(const RecordOptions &options)
         (void)loop.run();
         // A command that never ran has done nothing that could be played.
         if (command && !command->problem().isEmpty()) {
-            complain(command->problem());
+            printError(command->problem());
             return RunningCommand::NotStarted;
         }
         recording.fetch(true);
@@ -131,9 +131,9 @@ int record(const RecordOptions &options)
     recording.write(name);
     const int status = command && !command->isRunning() ? command->status() : Success;
     command.reset();
-    complain(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
+    printError(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
     if (recording.hasMasked())
-        complain(QStringLiteral("names and identifiers are masked; --keep-identifiers keeps them"));
+        printError(QStringLiteral("names and identifiers are masked; --keep-identifiers keeps them"));
     return status;
 }
 

@@ -36,7 +36,7 @@ public:
         m_process.setChildProcessModifier([&signals] { signals.unblock(); });
         m_process.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
         if (!m_process.waitForStarted())
-            complain(QLatin1String("the panel: ") + m_process.errorString());
+            printError(QLatin1String("the panel: ") + m_process.errorString());
     }
     ~Panel()
     {
@@ -131,10 +131,10 @@ int run(const RunOptions &options)
     command.start();
     (void)loop.run();
     if (!command.problem().isEmpty())
-        complain(command.problem());
+        printError(command.problem());
     const bool neverBegan = scenario && scenario->wasStopped() && !scenario->hasBegun();
     if (neverBegan && command.problem().isEmpty())
-        complain(scenario->problem());
+        printError(scenario->problem());
     if (!command.wasEnded() && command.status() != Success)
         return command.status();
     if (!scenario || scenario->hasPassed())

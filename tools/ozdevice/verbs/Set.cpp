@@ -28,7 +28,7 @@ int set(const SetOptions &options)
     setting.applyTo(instance);
     printLine(
         name + QLatin1String(" = ") + meta::valueText(instance.object()->property(options.property.c_str())));
-    complain(name
+    printError(name
         + QLatin1String(" belongs to this one object, which is gone now; a call of one that has it is ")
         + QLatin1String("ozdevice call ") + entry.name + QLatin1String(" METHOD --set ") + name
         + QLatin1String("=VALUE"));

@@ -18,7 +18,7 @@ int top(const TopOptions &options)
 {
     auto entries = options.facilities.entries();
     // A simulated phone's owner sees that phone, without this machine's network interfaces.
-    if (!options.facilities.isNamed() && isPhoneSimulated(lookAtDaemon()))
+    if (!options.facilities.isNamed() && isPhoneSimulated(daemonState()))
         entries = phoneFacilities();
     const auto there = withoutUnfed(entries);
     if (there.empty() || (there.size() < entries.size() && !options.facilities.isNamed()))

@@ -126,7 +126,7 @@ private:
         auto *object =
             m_objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
         if (!object->open(PpsOpenMode::Subscribe)) {
-            complain(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
+            printError(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
             return false;
         }
         (void)object->read(); // as it is now is no change
