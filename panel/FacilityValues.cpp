@@ -1,8 +1,8 @@
 #include "FacilityValues.hpp"
 
+#include "facilities/FacilityTable.hpp"
 #include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
-#include "ozdevice/FacilityTable.hpp"
 
 #include <utility>
 

@@ -1,6 +1,6 @@
 #include "ScenarioControl.hpp"
 
-#include "ozdevice/InstalledScenarios.hpp"
+#include "facilities/InstalledScenarios.hpp"
 
 #include <QCoreApplication>
 #include <QDir>

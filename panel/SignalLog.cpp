@@ -1,7 +1,7 @@
 #include "SignalLog.hpp"
 
+#include "facilities/FacilityTable.hpp"
 #include "meta/MetaText.hpp"
-#include "ozdevice/FacilityTable.hpp"
 
 #include <QTime>
 

@@ -2,8 +2,8 @@
 
 #include "harness/Testing.hpp"
 
+#include "facilities/FacilityTable.hpp"
 #include "meta/MetaText.hpp"
-#include "ozdevice/FacilityTable.hpp"
 
 #include <QFile>
 #include <QFileInfo>

@@ -34,16 +34,17 @@ QMap<QString, QStringList> includesOf(const QString &folder)
     return includes;
 }
 
-// The folder of the repository whose file an include names, where it is none of \a from itself.
+// The folder of the repository that has the included file, by preference \a from itself.
 QString layerOf(const QString &include, const QString &from)
 {
-    static const QStringList own{"device", "models", "testing"};
+    static const QStringList own{"device", "models", "testing", "client"};
     if (include.startsWith("oz/"))
         return own.contains(include.section('/', 1, 1)) ? include.section('/', 1, 1) : "support";
-    for (const QString &folder : {from, QString("tools"), QString("client"), QString("services"),
-             QString("support"), QString("device"), QString("panel")}) {
+    for (const QString &folder :
+        {from, QString("tools"), QString("tools/meta/include"), QString("tools/facilities/include"),
+            QString("services"), QString("support"), QString("device"), QString("panel")}) {
         if (QFileInfo::exists(Root + '/' + folder + '/' + include))
-            return folder;
+            return folder.section('/', 0, 0);
     }
     return from; // beside the file itself, or made by the build
 }

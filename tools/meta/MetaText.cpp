@@ -1,4 +1,4 @@
-#include "MetaText.hpp"
+#include "meta/MetaText.hpp"
 
 #include <oz/PrintableText.hpp>
 

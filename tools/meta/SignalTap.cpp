@@ -1,6 +1,6 @@
-#include "SignalTap.hpp"
+#include "meta/SignalTap.hpp"
 
-#include "MetaDescription.hpp"
+#include "meta/MetaDescription.hpp"
 
 namespace oz::meta {
 

@@ -1,6 +1,6 @@
 #include "ozdevice/DaemonAccess.hpp"
 
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 #include "ozdevice/Tree.hpp"
 
 #include <oz/DeviceRoot.hpp>

@@ -1,6 +1,6 @@
 #include "ozdevice/FacilityInstance.hpp"
 
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 #include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ozdevice/FacilityTable.hpp"
+#include "facilities/FacilityTable.hpp"
 
 #include <QObject>
 

@@ -1,10 +1,11 @@
 #include "ozdevice/FacilitySelection.hpp"
 
+#include "facilities/CommandError.hpp"
 #include "meta/MetaDescription.hpp"
-#include "ozdevice/Command.hpp"
 #include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/FacilityInstance.hpp"
 #include "ozdevice/Output.hpp"
+#include "ozdevice/Words.hpp"
 
 #include <algorithm>
 #include <cerrno>

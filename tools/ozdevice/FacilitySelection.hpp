@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Arguments.hpp"
-#include "ozdevice/FacilityTable.hpp"
+#include "facilities/FacilityTable.hpp"
 
 #include <map>
 #include <string>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 
 #include <QJsonDocument>
 #include <QJsonObject>

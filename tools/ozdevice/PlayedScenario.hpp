@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Arguments.hpp"
+#include "facilities/InstalledScenarios.hpp"
 #include "ozdevice/EventLoop.hpp"
-#include "ozdevice/InstalledScenarios.hpp"
 
 #include <oz/client/ScenarioFollower.hpp>
 

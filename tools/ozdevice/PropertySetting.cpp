@@ -1,8 +1,8 @@
 #include "ozdevice/PropertySetting.hpp"
 
+#include "facilities/CommandError.hpp"
 #include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
-#include "ozdevice/Command.hpp"
 
 namespace oz::tools {
 

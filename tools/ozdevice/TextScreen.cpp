@@ -4,7 +4,7 @@
 
 #include "ozdevice/TextScreen.hpp"
 
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 
 #include <oz/PrintableText.hpp>
 

@@ -1,14 +1,18 @@
 #pragma once
 
 #include "Arguments.hpp"
-#include "ozdevice/Command.hpp"
+#include "ozdevice/Words.hpp"
 
+#include <functional>
 #include <memory>
 #include <type_traits>
 
 namespace oz::tools {
 
 using arguments::Verb;
+
+/*! Executes the parsed command line once the application object exists, and returns the exit status. */
+using Action = std::function<int()>;
 
 /*! Adds verbs to a parser; each has options of its own, which live as long as the program. */
 template <typename Options>

@@ -78,7 +78,7 @@ int execute(int argc, char **argv)
     addVerbs(program, action);
     char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
-        setWordsAfterDashes({dashes + 1, argv + argc});
+        wordsAfterDashes().assign(dashes + 1, argv + argc);
     checkVerbs(program, argv + 1, dashes);
     try {
         if (!parser.parse(int(dashes - argv), argv)) {

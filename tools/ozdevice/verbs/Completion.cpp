@@ -1,9 +1,9 @@
 // The shell asks this program itself what can follow, so that new verbs and facilities complete at once.
 
+#include "facilities/FacilityTable.hpp"
 #include "meta/MetaDescription.hpp"
 #include "meta/MethodCall.hpp"
 #include "ozdevice/DaemonAccess.hpp"
-#include "ozdevice/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/PropertySetting.hpp"

@@ -1,4 +1,4 @@
-#include "ozdevice/FacilityTable.hpp"
+#include "facilities/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"
 

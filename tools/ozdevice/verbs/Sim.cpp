@@ -1,5 +1,5 @@
+#include "facilities/FacilityTable.hpp"
 #include "ozdevice/DaemonAccess.hpp"
-#include "ozdevice/FacilityTable.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"
 

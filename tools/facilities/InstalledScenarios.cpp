@@ -1,7 +1,7 @@
-#include "ozdevice/InstalledScenarios.hpp"
+#include "facilities/InstalledScenarios.hpp"
 
 #include "ScenarioNames.hpp"
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 
 #include <QFile>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
-#include "ozdevice/FacilityTable.hpp"
+#include "facilities/FacilityTable.hpp"
 
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 
 #include <oz/PpsObject.hpp>
 #include <oz/device/BatteryInfo.hpp>

@@ -1,15 +1,14 @@
-#include "ozdevice/Command.hpp"
+#include "facilities/CommandError.hpp"
 
 #include <algorithm>
+#include <vector>
 
 namespace oz::tools {
 
 namespace {
 
-std::vector<std::string> s_wordsAfterDashes;
-
-// How many letters are to be put in, taken out, changed or swapped with their neighbour to get from one word
-// to the other.
+// The number of letters to insert, remove, change or swap with their neighbour to turn one word into the
+// other.
 int distance(const QString &from, const QString &to)
 {
     std::vector<std::vector<int>> table(
@@ -30,36 +29,7 @@ int distance(const QString &from, const QString &to)
     return at(from.size(), to.size());
 }
 
-} // namespace
-
-const std::vector<std::string> &wordsAfterDashes()
-{
-    return s_wordsAfterDashes;
-}
-
-void setWordsAfterDashes(const std::vector<std::string> &words)
-{
-    s_wordsAfterDashes = words;
-}
-
-QStringList toStringList(const std::vector<std::string> &words)
-{
-    QStringList list;
-    for (const std::string &word : words)
-        list.append(QString::fromStdString(word));
-    return list;
-}
-
-QString enumerated(const QStringList &words)
-{
-    if (words.isEmpty())
-        return QStringLiteral("none");
-    if (words.size() == 1)
-        return words.first();
-    return QStringList(words.mid(0, words.size() - 1)).join(QLatin1String(", ")) + QLatin1String(" and ")
-        + words.last();
-}
-
+// The most similar of \a known, best first.
 QStringList nearest(const QString &word, const QStringList &known)
 {
     const QString lower = word.toLower();
@@ -77,6 +47,18 @@ QStringList nearest(const QString &word, const QStringList &known)
     for (std::size_t i = 0; i < std::min<std::size_t>(found.size(), 3); ++i)
         names.append(found[i].second);
     return names;
+}
+
+} // namespace
+
+QString enumerated(const QStringList &words)
+{
+    if (words.isEmpty())
+        return QStringLiteral("none");
+    if (words.size() == 1)
+        return words.first();
+    return QStringList(words.mid(0, words.size() - 1)).join(QLatin1String(", ")) + QLatin1String(" and ")
+        + words.last();
 }
 
 QString unknownText(const QString &what, const QString &word, const QStringList &known)
