@@ -2,12 +2,11 @@
 
 #include "meta/MetaText.hpp"
 #include "ozdevice/DaemonAccess.hpp"
+#include "ozdevice/JUnitReport.hpp"
 #include "ozdevice/Output.hpp"
 
 #include <QFileInfo>
 #include <QJsonObject>
-#include <QSaveFile>
-#include <QXmlStreamWriter>
 
 #include <cerrno>
 #include <termios.h>
@@ -169,22 +168,12 @@ void PlayedScenario::print(const QVariantMap &entry) const
     printLine(line);
 }
 
-// Each expectation is a test case, and so is each other step that failed.
+// A test case for each expectation, and for each other step that failed.
 void PlayedScenario::writeReport() const
 {
     if (m_options.junit.empty())
         return;
-    QSaveFile file(QString::fromStdString(m_options.junit));
-    const QString suite = QFileInfo(m_file).completeBaseName();
-    struct Case
-    {
-        QString name;
-        double seconds;
-        QString problem;
-    };
-    std::vector<Case> cases;
-    int failures = 0;
-    double seconds = 0;
+    std::vector<TestCase> cases;
     for (const QVariant &entry : m_entries) {
         const bool hasFailed = textAt(entry, "outcome") == u"failed";
         const QString expectation = textAt(entry, "expectation");
@@ -200,39 +189,7 @@ void PlayedScenario::writeReport() const
         cases.push_back({QStringLiteral("the scenario plays to its end"), 0,
             m_state == u"passed" ? QString() : m_problem});
     }
-    for (const Case &each : cases) {
-        failures += each.problem.isEmpty() ? 0 : 1;
-        seconds += each.seconds;
-    }
-    bool isWritten = file.open(QIODevice::WriteOnly);
-    if (isWritten) {
-        QXmlStreamWriter xml(&file);
-        xml.setAutoFormatting(true);
-        xml.writeStartDocument();
-        xml.writeStartElement(QStringLiteral("testsuites"));
-        xml.writeStartElement(QStringLiteral("testsuite"));
-        xml.writeAttribute(QStringLiteral("name"), suite);
-        xml.writeAttribute(QStringLiteral("tests"), QString::number(cases.size()));
-        xml.writeAttribute(QStringLiteral("failures"), QString::number(failures));
-        xml.writeAttribute(QStringLiteral("errors"), QStringLiteral("0"));
-        xml.writeAttribute(QStringLiteral("time"), QString::number(seconds));
-        for (const Case &each : cases) {
-            xml.writeStartElement(QStringLiteral("testcase"));
-            xml.writeAttribute(QStringLiteral("classname"), suite);
-            xml.writeAttribute(QStringLiteral("name"), each.name);
-            xml.writeAttribute(QStringLiteral("time"), QString::number(each.seconds));
-            if (!each.problem.isEmpty()) {
-                xml.writeStartElement(QStringLiteral("failure"));
-                xml.writeAttribute(QStringLiteral("message"), each.problem);
-                xml.writeEndElement();
-            }
-            xml.writeEndElement();
-        }
-        xml.writeEndDocument();
-        isWritten = !xml.hasError() && file.commit();
-    }
-    if (!isWritten)
-        throw CommandError(Failed, file.fileName() + QLatin1String(": ") + file.errorString());
+    writeJUnitReport(QString::fromStdString(m_options.junit), QFileInfo(m_file).completeBaseName(), cases);
 }
 
 } // namespace oz::tools

@@ -54,7 +54,7 @@ private:
     QProcess m_process;
 };
 
-// Lets an application in QML import what is installed, or built, beside this program.
+// Lets QML applications import the module that is installed, or built, beside this program.
 void offerModules()
 {
     const char *const variable = "QML_IMPORT_PATH";
@@ -71,84 +71,130 @@ void offerModules()
     }
 }
 
-int run(const RunOptions &options)
+// A command on a phone of its own, with its scenario and panel.
+class Run
 {
-    const QStringList words = toStringList(options.words);
-    if (words.isEmpty())
-        throw CommandError(
-            WrongUse, QStringLiteral("run wants a command: ozdevice run -- COMMAND [ARGUMENT...]"));
-    RunningCommand *running = nullptr;
-    const TerminationSignals signals([&](int signal) {
-        // Also to one that has begun before this program heard of it.
-        if (signal != SIGINT && running)
-            running->pass(signal);
-    });
-    EventLoop loop;
-    const auto scenario = options.scenario.scenario.empty()
-        ? nullptr
-        : std::make_unique<PlayedScenario>(options.scenario, loop);
-    const QString ownPhone = QString::fromStdString(options.phone);
-    const auto phone = startPhone(ownPhone.isEmpty() && scenario
+public:
+    explicit Run(const RunOptions &options);
+
+    [[nodiscard]] int run();
+
+private:
+    void followScenario();
+    void showPanel();
+    void onCommandFinished();
+    void onScenarioFinished();
+    [[nodiscard]] int status() const;
+
+    const RunOptions &m_options;
+    TerminationSignals m_signals;
+    EventLoop m_loop;
+    std::unique_ptr<PlayedScenario> m_scenario; // null without one
+    std::unique_ptr<client::PrivateDaemon> m_phone;
+    std::optional<Panel> m_panel;
+    std::optional<RunningCommand> m_command; // ends before the phone does
+};
+
+Run::Run(const RunOptions &options)
+    : m_options(options), m_signals([this](int signal) {
+          // Ctrl-C reaches the command by itself.
+          if (signal != SIGINT && m_command)
+              m_command->pass(signal);
+      })
+{
+    if (!options.scenario.scenario.empty())
+        m_scenario = std::make_unique<PlayedScenario>(options.scenario, m_loop);
+    const QString phone = QString::fromStdString(options.phone);
+    m_phone = startPhone(phone.isEmpty() && m_scenario
             ? scenarioFile(QString::fromStdString(options.scenario.scenario))
-            : ownPhone);
-    if (scenario)
-        (void)scenario->check();
+            : phone);
+    if (m_scenario)
+        (void)m_scenario->check();
     offerModules();
-    std::optional<Panel> panel;
-    // It ends before the phone does.
-    RunningCommand command(words, signals);
-    running = &command;
-    const auto showPanel = [&] {
-        if (options.panel && !panel)
-            command.leaveAlone(panel.emplace(signals).process());
-    };
-    const bool waits = scenario && options.scenario.waits();
+    m_command.emplace(toStringList(options.words), m_signals);
+    QObject::connect(&*m_command, &RunningCommand::finished, qApp, [this] { onCommandFinished(); });
+}
+
+int Run::run()
+{
+    const bool waits = m_scenario && m_options.scenario.waits();
     if (!waits)
         showPanel();
-    QObject::connect(&command, &RunningCommand::finished, qApp, [&] {
-        // What it still expects of the command will not come.
-        if (scenario && scenario->isPlaying())
-            loop.guard([&] { scenario->stop(); });
-        else
-            QCoreApplication::quit();
-    });
-    if (scenario) {
-        QObject::connect(scenario.get(), &PlayedScenario::finished, qApp, [&] {
-            if (!command.isRunning())
-                QCoreApplication::quit();
-            else if (options.untilPlayed || !scenario->hasPassed())
-                command.end();
-        });
-        if (waits) {
-            // The panel opens objects too, so it comes after the application.
-            QObject::connect(scenario.get(), &PlayedScenario::begun, qApp, showPanel);
-            scenario->play();
-        } else {
-            QObject::connect(
-                &command, &RunningCommand::started, qApp, [&] { loop.guard([&] { scenario->play(); }); });
-        }
+    if (m_scenario)
+        followScenario();
+    m_command->start();
+    (void)m_loop.run();
+    return status();
+}
+
+void Run::followScenario()
+{
+    QObject::connect(m_scenario.get(), &PlayedScenario::finished, qApp, [this] { onScenarioFinished(); });
+    if (m_options.scenario.waits()) {
+        // The panel opens objects too, so it comes after the application.
+        QObject::connect(m_scenario.get(), &PlayedScenario::begun, qApp, [this] { showPanel(); });
+        m_scenario->play();
+    } else {
+        QObject::connect(&*m_command, &RunningCommand::started, qApp,
+            [this] { m_loop.guard([this] { m_scenario->play(); }); });
     }
-    command.start();
-    (void)loop.run();
-    if (!command.problem().isEmpty())
-        printError(command.problem());
-    const bool neverBegan = scenario && scenario->wasStopped() && !scenario->hasBegun();
-    if (neverBegan && command.problem().isEmpty())
-        printError(scenario->problem());
-    if (!command.wasEnded() && command.status() != Success)
-        return command.status();
-    if (!scenario || scenario->hasPassed())
+}
+
+void Run::showPanel()
+{
+    if (m_options.panel && !m_panel)
+        m_command->leaveAlone(m_panel.emplace(m_signals).process());
+}
+
+void Run::onCommandFinished()
+{
+    // A scenario that still expects something of the command would wait in vain.
+    if (m_scenario && m_scenario->isPlaying())
+        m_loop.guard([this] { m_scenario->stop(); });
+    else
+        QCoreApplication::quit();
+}
+
+void Run::onScenarioFinished()
+{
+    if (!m_command->isRunning())
+        QCoreApplication::quit();
+    else if (m_options.untilPlayed || !m_scenario->hasPassed())
+        m_command->end();
+}
+
+int Run::status() const
+{
+    if (!m_command->problem().isEmpty())
+        printError(m_command->problem());
+    const bool neverBegan = m_scenario && m_scenario->wasStopped() && !m_scenario->hasBegun();
+    if (neverBegan && m_command->problem().isEmpty())
+        printError(m_scenario->problem());
+    if (!m_command->wasEnded() && m_command->status() != Success)
+        return m_command->status();
+    if (!m_scenario || m_scenario->hasPassed())
         return Success;
-    // A report, or a run until the scenario is over, must not look as if it had been played.
-    if (neverBegan && (scenario->hasExpectations() || options.untilPlayed || !options.scenario.junit.empty()))
+    // A report, or a run until the scenario is over, must not look as if the scenario had been played.
+    const bool hasToPlay =
+        m_scenario->hasExpectations() || m_options.untilPlayed || !m_options.scenario.junit.empty();
+    if (neverBegan && hasToPlay)
         return Failed;
-    // It ended by itself, and may do so before a scenario that expects nothing of it.
-    if (!command.wasEnded() && !scenario->hasExpectations() && scenario->wasStopped())
+    // A command may end by itself before a scenario that expects nothing of it.
+    if (!m_command->wasEnded() && !m_scenario->hasExpectations() && m_scenario->wasStopped())
         return Success;
     throw CommandError(Failed,
-        scenario->wasStopped()
+        m_scenario->wasStopped()
             ? QStringLiteral("the command ended before the scenario, which still expects something of it")
-            : scenario->problem());
+            : m_scenario->problem());
+}
+
+int run(const RunOptions &options)
+{
+    if (options.words.empty()) {
+        throw CommandError(
+            WrongUse, QStringLiteral("run needs a command: ozdevice run -- COMMAND [ARGUMENT...]"));
+    }
+    return Run(options).run();
 }
 
 } // namespace

@@ -48,7 +48,6 @@ void printSignal(
     printJson(line, QJsonDocument::Compact);
 }
 
-// What changed in an object of the tree.
 void printChange(
     const FacilityInstance &instance, const QString &path, const QVariantMap &changed, bool asJson)
 {
@@ -61,7 +60,7 @@ void printChange(
     }
     QStringList texts;
     for (auto attribute = changed.cbegin(); attribute != changed.cend(); ++attribute) {
-        // One that is gone is written as in the tree.
+        // A removed attribute is written as in the tree.
         texts.append(attribute->isValid()
                 ? QString(attribute.key() + u'=' + painted(Paint::Value, meta::valueText(*attribute)))
                 : QString(u'-' + attribute.key()));
@@ -69,84 +68,98 @@ void printChange(
     printLine(lineBeginning(instance) + path.section(u'/', -1) + QLatin1String(": ") + texts.join(u' '));
 }
 
-// Prints what happens to facilities until it is enough.
+// Prints the signals and changes of facilities until a limit of the options is reached.
 class Watch
 {
 public:
     explicit Watch(const WatchOptions &options) : m_options(options), m_remaining(options.count) { }
 
-    // Begins to watch one; false, after saying why, where it is not there.
-    bool add(const FacilityEntry &entry, const QString &selected)
-    {
-        const FacilityInstance &instance = *m_instances.emplace_back(
-            std::make_unique<FacilityInstance>(entry, selected, FacilityInstance::MayComeLater));
-        m_taps.push_back(std::make_unique<meta::SignalTap>(
-            instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
-                if (m_options.all || !isNumericTwin(signal))
-                    tell([&] { printSignal(instance, signal, arguments, m_options.json); });
-            }));
-        bool available = instance.reportProblems();
-        for (const QString &path : entry.activity)
-            available = addObject(instance, path) && available;
-        return available;
-    }
-
-    void addCounters(const FacilityEntry &entry, const QStringList &selected)
-    {
-        if (m_options.every.milliseconds().count() == 0)
-            throw CommandError(WrongUse, QStringLiteral("--every is a time longer than 0"));
-        auto *table =
-            m_tables.emplace_back(std::make_unique<CounterTable>(entry, selected, m_options.json)).get();
-        auto *timer = m_timers.emplace_back(std::make_unique<QTimer>()).get();
-        timer->setTimerType(Qt::PreciseTimer);
-        QObject::connect(timer, &QTimer::timeout, [this, table] { tell([&] { table->printNext(); }); });
-        timer->start(m_options.every.milliseconds());
-    }
-
-    [[nodiscard]] int run()
-    {
-        const DeviceRootWatch rootWatch(&m_loop);
-        if (m_options.duration.seconds > 0)
-            QTimer::singleShot(m_options.duration.milliseconds(), qApp, &QCoreApplication::quit);
-        return m_loop.run();
-    }
+    // Returns false, after saying why, if an object of the facility cannot be opened.
+    [[nodiscard]] bool add(const FacilityEntry &entry, const QString &selected);
+    void addCounters(const FacilityEntry &entry, const QStringList &selected);
+    [[nodiscard]] int run();
 
 private:
-    void tell(const std::function<void()> &print)
+    // A facility or one of its instances.
+    struct Watched
     {
-        if (m_options.count && m_remaining == 0)
-            return;
-        m_loop.guard(print);
-        if (m_options.count && --m_remaining == 0)
-            QCoreApplication::quit();
-    }
+        FacilityInstance instance;
+        std::unique_ptr<meta::SignalTap> tap = {};
+        std::vector<std::unique_ptr<PpsObject>> objects = {};
+    };
 
-    bool addObject(const FacilityInstance &instance, const QString &path)
-    {
-        auto *object =
-            m_objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
-        if (!object->open(PpsOpenMode::Subscribe)) {
-            printError(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
-            return false;
-        }
-        (void)object->read(); // as it is now is no change
-        QObject::connect(object, &PpsObject::readyRead, [this, &instance, object, path] {
-            const QVariantMap message = PpsObject::decode(object->read());
-            if (!message.isEmpty())
-                tell([&] { printChange(instance, path, message.first().toMap(), m_options.json); });
-        });
-        return true;
-    }
+    [[nodiscard]] bool addObject(Watched *watched, const QString &path);
+    void printOne(const std::function<void()> &print);
 
     const WatchOptions &m_options;
-    int m_remaining;
+    int m_remaining; // lines, if there is a limit
     EventLoop m_loop;
-    std::vector<std::unique_ptr<FacilityInstance>> m_instances;
-    std::vector<std::unique_ptr<meta::SignalTap>> m_taps;
-    std::vector<std::unique_ptr<PpsObject>> m_objects;
+    std::vector<std::unique_ptr<Watched>> m_watched;
     std::vector<std::unique_ptr<CounterTable>> m_tables;
-    std::vector<std::unique_ptr<QTimer>> m_timers;
+    QTimer m_counterTimer;
 };
+
+bool Watch::add(const FacilityEntry &entry, const QString &selected)
+{
+    Watched &watched = *m_watched.emplace_back(
+        new Watched{FacilityInstance(entry, selected, FacilityInstance::MayComeLater)});
+    const FacilityInstance &instance = watched.instance;
+    watched.tap = std::make_unique<meta::SignalTap>(
+        instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
+            if (m_options.all || !isNumericTwin(signal))
+                printOne([&] { printSignal(instance, signal, arguments, m_options.json); });
+        });
+    bool available = instance.reportProblems();
+    for (const QString &path : entry.activity)
+        available = addObject(&watched, path) && available;
+    return available;
+}
+
+bool Watch::addObject(Watched *watched, const QString &path)
+{
+    const FacilityInstance &instance = watched->instance;
+    PpsObject *object =
+        watched->objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
+    if (!object->open(PpsOpenMode::Subscribe)) {
+        printError(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
+        return false;
+    }
+    (void)object->read(); // the present content is no change
+    QObject::connect(object, &PpsObject::readyRead, [this, &instance, object, path] {
+        const QVariantMap message = PpsObject::decode(object->read());
+        if (!message.isEmpty())
+            printOne([&] { printChange(instance, path, message.first().toMap(), m_options.json); });
+    });
+    return true;
+}
+
+void Watch::addCounters(const FacilityEntry &entry, const QStringList &selected)
+{
+    if (m_options.every.milliseconds().count() == 0)
+        throw CommandError(WrongUse, QStringLiteral("--every is a time longer than 0"));
+    CounterTable *table =
+        m_tables.emplace_back(std::make_unique<CounterTable>(entry, selected, m_options.json)).get();
+    m_counterTimer.callOnTimeout([this, table] { printOne([table] { table->printNext(); }); });
+    m_counterTimer.setTimerType(Qt::PreciseTimer);
+    m_counterTimer.start(m_options.every.milliseconds());
+}
+
+int Watch::run()
+{
+    const DeviceRootWatch rootWatch(&m_loop);
+    if (m_options.duration.seconds > 0)
+        QTimer::singleShot(m_options.duration.milliseconds(), qApp, &QCoreApplication::quit);
+    return m_loop.run();
+}
+
+void Watch::printOne(const std::function<void()> &print)
+{
+    if (m_options.count && m_remaining == 0)
+        return;
+    m_loop.guard(print);
+    if (m_options.count && --m_remaining == 0)
+        QCoreApplication::quit();
+}
 
 int watch(const WatchOptions &options)
 {
@@ -162,7 +175,7 @@ int watch(const WatchOptions &options)
     for (const FacilityEntry *entry : there) {
         const QStringList instances = options.facilities.instances(*entry);
         if (entry->readAnew) {
-            // Lines that come whether or not anything happens are for who asks for them.
+            // Counters print lines even if nothing happens, so they have to be asked for.
             if (options.facilities.isNamed()) {
                 watch.addCounters(*entry, instances);
                 isAnyThere = true;
@@ -175,7 +188,7 @@ int watch(const WatchOptions &options)
             isAnyThere = isThere || isAnyThere;
         }
     }
-    // Of all, those are watched that there are.
+    // Without names, whatever is there is watched.
     return (options.facilities.isNamed() ? available : isAnyThere) ? watch.run() : Unavailable;
 }
 
