@@ -1,24 +1,10 @@
 #include "ControlExchange.hpp"
 
+#include "ControlErrors.hpp"
+
 #include <oz/PpsObject.hpp>
-#include <oz/device/RequestError.hpp>
 
 namespace oz::device {
-
-/*! Reports failed exchanges to RequestError. */
-class ControlErrors
-{
-public:
-    static void noteFailure(const PpsObject &control)
-    {
-        RequestError::note(control.error(), control.errorString());
-    }
-    static void noteAnswer(const QVariantMap &answer)
-    {
-        const int number = answer.value(QStringLiteral("err")).toInt();
-        RequestError::note(number, number ? textIn(answer, "errstr") : QString());
-    }
-};
 
 ControlAnswer exchange(const ControlRequest &request, const ControlTexts &texts)
 {

@@ -1,5 +1,6 @@
 #include "LedPrivate.hpp"
 
+#include "ControlErrors.hpp"
 #include "LedKey.hpp"
 
 #include "../mock/LedPpsChannel.hpp"
@@ -103,7 +104,16 @@ void LedPrivate::flash(int count)
     if (!alive || m_channel != channel)
         return;
     Q_EMIT send(request);
+    noteOutcome(*channel);
     bringHome(channel);
+}
+
+void LedPrivate::noteOutcome(const LedPpsChannel &channel)
+{
+    if (const PpsObject *failed = channel.failed())
+        ControlErrors::noteFailure(*failed);
+    else
+        ControlErrors::noteSuccess();
 }
 
 // The service's status is heard from this object's event loop, whichever thread asked to flash.
@@ -125,6 +135,7 @@ void LedPrivate::cancel()
         return;
     LedPpsChannel *channel = std::exchange(m_channel, nullptr);
     channel->onSend(message(s_attributeMsgCancel, {}));
+    noteOutcome(*channel);
     // All of it before the signal, whose slots may begin the next request, or destroy this object.
     m_remainingFlashCount = 0;
     channel->disconnect(this);

@@ -46,6 +46,8 @@ private:
     [[nodiscard]] QVariantMap message(const QString &name, const QVariantMap &data) const;
     void announceColor();
     void bringHome(ozmock::LedPpsChannel *channel);
+    /*! Reports to RequestError whether the last message of \a channel was sent. */
+    static void noteOutcome(const ozmock::LedPpsChannel &channel);
 
     Led &q;
     const QString m_key; // the id of every request of this object

@@ -1,6 +1,6 @@
 #include "MiracastRequests.hpp"
 
-#include "PpsReading.hpp"
+#include "ControlErrors.hpp"
 
 #include <oz/PpsObject.hpp>
 
@@ -48,11 +48,15 @@ void MiracastRequests::sendCommand(const QString &token, const QString &message,
     if (!m_ready)
         return;
     PpsObject control(ControlPpsPath);
-    if (!openOrLog(&control, PpsOpenMode::Publish, ControlOpenFailed))
+    if (!openOrLog(&control, PpsOpenMode::Publish, ControlOpenFailed)) {
+        ControlErrors::noteFailure(control);
         return;
+    }
     if (control.write(message.toUtf8())) {
+        ControlErrors::noteSuccess();
         m_pending.append(token);
     } else {
+        ControlErrors::noteFailure(control);
         qCWarning(logDevice) << QString(
             QLatin1String("MiracastManager::sendCommand - Unable to write message: ") + logged);
     }

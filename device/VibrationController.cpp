@@ -1,9 +1,8 @@
 #include <oz/device/VibrationController.hpp>
 
+#include "ControlErrors.hpp"
 #include "Log.hpp"
 #include "ThreadRule.hpp"
-
-#include <oz/PpsObject.hpp>
 
 #include <QVariantMap>
 
@@ -32,15 +31,21 @@ void vibrateImpl(unsigned int intensity, unsigned int duration, const char *call
     const QByteArray data = PpsObject::encode(request, &ok);
     if (!ok) {
         qCWarning(logDevice) << caller << ": failed to encode pps data";
+        ControlErrors::noteMalformed();
         return;
     }
     PpsObject vibrator(PpsPath);
     if (!vibrator.open(PpsOpenMode::Publish)) {
         qCWarning(logDevice) << caller << ": error opening pps channel: " << vibrator.error();
+        ControlErrors::noteFailure(vibrator);
         return;
     }
-    if (!vibrator.write(data))
+    if (vibrator.write(data)) {
+        ControlErrors::noteSuccess();
+    } else {
         qCWarning(logDevice) << caller << ": error writing pps channel: " << vibrator.error();
+        ControlErrors::noteFailure(vibrator);
+    }
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "WiFiDirectRequests.hpp"
 
+#include "ControlErrors.hpp"
 #include "ControlExchange.hpp"
 #include "WiFiDirectWords.hpp"
 
@@ -122,6 +123,7 @@ Result::Type request(
     const QVariantMap answer = attributesOf(exchanged.message, QStringLiteral("@control"));
     if (textIn(answer, "res") != QLatin1String(command.name) || textIn(answer, "id") != WIFIDIRECT_PPSID) {
         qCWarning(logDevice) << "WiFiDirect: Malformed response from control.";
+        ControlErrors::noteMalformed();
         return Result::InternalError;
     }
     if (const int error = answer.value(QStringLiteral("err")).toInt())

@@ -14,8 +14,14 @@ LedPpsChannel::LedPpsChannel(QObject *parent)
     : QObject(parent), m_control(new PpsObject(s_controlPath, this)),
       m_status(new PpsObject(s_statusPath, this))
 {
-    if (!m_control->open(PpsOpenMode::Publish) || !m_status->open(PpsOpenMode::Subscribe))
+    if (!m_control->open(PpsOpenMode::Publish)) {
+        m_failed = m_control;
         return;
+    }
+    if (!m_status->open(PpsOpenMode::Subscribe)) {
+        m_failed = m_status;
+        return;
+    }
     // What the LED shows already does not come of this request, and is not heard of.
     (void)m_status->read();
     connect(m_status, &PpsObject::readyRead, this, &LedPpsChannel::onReadyRead);
@@ -37,7 +43,7 @@ void LedPpsChannel::onReadyRead()
 
 void LedPpsChannel::onSend(const QVariantMap &map)
 {
-    m_control->write(PpsObject::encode(map));
+    m_failed = m_control->write(PpsObject::encode(map)) ? nullptr : m_control;
 }
 
 } // namespace ozmock

@@ -30,6 +30,9 @@ public:
      */
     void close();
 
+    /*! The object whose error kept the last message from being sent; null if it was sent. */
+    [[nodiscard]] const oz::PpsObject *failed() const { return m_failed; }
+
 Q_SIGNALS:
     void sendPassthrough(QVariantMap map);
     void receivePassthrough(QVariantMap map);
@@ -41,6 +44,7 @@ public Q_SLOTS:
 private:
     oz::PpsObject *m_control = nullptr;
     oz::PpsObject *m_status = nullptr;
+    const oz::PpsObject *m_failed = nullptr;
 };
 
 } // namespace ozmock

@@ -3,6 +3,7 @@
 
 #include <oz/PpsPublisher.hpp>
 #include <oz/device/Led.hpp>
+#include <oz/device/RequestError.hpp>
 
 #include <QCoreApplication>
 #include <QPointer>
@@ -143,9 +144,11 @@ TEST_F(LedTest, EveryRequestOfAnObjectBearsItsOwnId)
 
 TEST_F(LedTest, WhatDoesNotOpenOrGoesAwayIsSilent)
 {
+    const RequestError error;
     {
         Led led;
         led.flash(2);
+        EXPECT_EQ(error.number(), 0);
         EXPECT_EQ(requests(1), "requestLED red 2");
         service->serveWith([](PpsServer &server, quint64) { server.deleteLater(); });
         led.setColor(LedColor::Blue);
@@ -155,6 +158,7 @@ TEST_F(LedTest, WhatDoesNotOpenOrGoesAwayIsSilent)
         EXPECT_EQ(valuesOf(led), "color=Blue remainingFlashCount=1 active=true");
         led.cancel();
         led.flash(2);
+        EXPECT_EQ(error.number(), ENOENT);
         show({"blue"});
         EXPECT_EQ(heard.settled(), "active(false) active(true)") << "without the service nothing is counted";
     }
@@ -163,8 +167,10 @@ TEST_F(LedTest, WhatDoesNotOpenOrGoesAwayIsSilent)
     Led led;
     root.remove(Status);
     led.flash(1);
+    EXPECT_EQ(error.text(), "No such file or directory");
     EXPECT_TRUE(led.isActive());
     led.cancel();
+    EXPECT_EQ(error.number(), 0);
     QList<QVariantMap> heard;
     EXPECT_TRUE(waitUntil([&] { return !(heard += next.take()).isEmpty(); }));
     EXPECT_EQ(heard.value(0).value("msg"), "cancelLED") << "the request itself went nowhere";

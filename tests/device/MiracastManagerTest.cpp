@@ -3,6 +3,7 @@
 #include <oz/PpsObject.hpp>
 #include <oz/PpsServer.hpp>
 #include <oz/device/MiracastManager.hpp>
+#include <oz/device/RequestError.hpp>
 
 #include <QDateTime>
 
@@ -338,17 +339,22 @@ TEST_F(MiracastManagerTest, OnlyAnInventoryThatSaysYesMakesItSupported)
 TEST_F(MiracastManagerTest, ARequestThatCannotBeWrittenIsLoggedAndForgotten)
 {
     MiracastManager miracast;
+    const RequestError error;
     miracast.requestScan();
+    EXPECT_EQ(error.number(), ENOENT);
     EXPECT_EQ(log.take(),
         QStringList{
             "\"MiracastManager::sendCommand - Unable to connect to Miracast service. (No such file or "
             "directory)\""});
     const Service service;
     miracast.requestConnect(QString(2'000'000, 'x'), "12345670");
+    EXPECT_EQ(error.number(), EMSGSIZE);
     const QString warning = log.take().join(' ');
     EXPECT_TRUE(warning.startsWith("\"MiracastManager::sendCommand - Unable to write message: "
                                    "msg::miracast_session_start\\nid::requestconnect"));
     EXPECT_TRUE(warning.endsWith("xx\\\",\\\"pin\\\":\\\"...\\\"}\"")) << "no PIN in a log";
+    miracast.requestScan();
+    EXPECT_EQ(error.number(), 0);
     root.remove(Status);
     const MiracastManager withoutStatus;
     EXPECT_EQ(log.take(),

@@ -1,5 +1,6 @@
 #include "harness/Testing.hpp"
 
+#include <oz/device/RequestError.hpp>
 #include <oz/device/VibrationController.hpp>
 
 #include <QFile>
@@ -41,7 +42,10 @@ TEST_F(VibrationControllerTest, WarnsWithTheErrorOfWhatItCouldNotDo)
     EXPECT_FALSE(motor.isSupported());
     EXPECT_EQ(valuesOf(motor), "supported=false");
     EXPECT_EQ(log.take(), QStringList());
+    const RequestError error;
     motor.start(1, 1);
+    EXPECT_EQ(error.number(), ENOENT);
+    EXPECT_EQ(error.text(), "No such file or directory");
     EXPECT_EQ(
         log.take(), QStringList{"oz::device::VibrationController::start : error opening pps channel:  2"});
     motor.stop();
@@ -55,11 +59,14 @@ TEST_F(VibrationControllerTest, WarnsWithTheErrorOfWhatItCouldNotDo)
     root.setMode("/pps/services", 0555);
     EXPECT_EQ(runWithoutPrivileges([&] {
         motor.start();
-        return log.take()
+        return error.number() == EACCES
+            && log.take()
             == QStringList{"oz::device::VibrationController::start : error writing pps channel:  13"};
     }),
         1);
     root.setMode("/pps/services", 0755);
+    motor.start();
+    EXPECT_EQ(error.number(), 0);
 }
 
 } // namespace

@@ -13,7 +13,8 @@ class LedPrivate;
  * The notification LED: flashes in a colour, a number of times or until it is told to stop.
  *
  * A request is a message to the LED service, which tells nobody whether it took it: without the service the
- * values here change as with it, but no flash is ever seen. Flashes are counted as the service's status shows
+ * values here change as with it, but no flash is ever seen; RequestError has the error of a message that
+ * cannot be sent. Flashes are counted as the service's status shows
  * the LED lit in this object's colour, whoever asked for that, so two objects of one colour count each
  * other's flashes; what was lit when a request began is none. Destroying an active object cancels its
  * request.

@@ -29,7 +29,8 @@ class MiracastManagerPrivate;
  *
  * Requests do not wait: each is written to the service, and the signal with its name and "Completed" tells
  * the MiracastResult, on the instance that asked and on no other. A request that cannot be written is logged,
- * and no signal follows; nor does one where the service goes away before it answers. Two requests of one kind
+ * RequestError has its error, and no signal follows; nor does one where the service goes away before it
+ * answers. Two requests of one kind
  * within a millisecond are one to the service's answer, and one signal.
  *
  * Source: the object "/pps/services/miracast/status", after a scan "/pps/services/miracast/sinks", and

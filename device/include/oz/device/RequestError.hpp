@@ -7,10 +7,14 @@
 namespace oz::device {
 
 /*!
- * The error of a request, more exactly than the enumerator that the request returns. An instance holds the
- * error of the last request that CellularDataInterface or WiFiDirect sent on this thread during the
- * instance's life, and nothing if that one succeeded. Of nested instances, only the innermost one receives
- * errors. A request that is not sent, since it is not possible or not supported, changes nothing.
+ * The error of a request, more exactly than the enumerator that the request returns, if it returns one. An
+ * instance holds the error of the last request that a class sent on this thread during the instance's life,
+ * and nothing if that one succeeded. Of nested instances, only the innermost one receives errors. A request
+ * that is not sent, since it is not possible or not supported, changes nothing.
+ *
+ * Requests of CellularDataInterface and WiFiDirect fail with the error of the exchange or of the service's
+ * answer. Those of Led, MiracastManager and VibrationController return before the service answers, if it
+ * does; they fail if they cannot be sent.
  *
  * Use an instance as a local variable, on the thread that created it.
  */
@@ -21,7 +25,8 @@ public:
     ~RequestError();
     Q_DISABLE_COPY_MOVE(RequestError)
 
-    /*! The errno in the service's answer, or of the failed exchange, such as ETIMEDOUT; 0 for none. */
+    /*! The errno in the service's answer, or of the failed exchange, such as ETIMEDOUT, or EBADMSG for an
+     * answer that is malformed; 0 for none. */
     [[nodiscard]] int number() const { return m_number; }
     /*! The service's text for that error, or the system's; empty where there is none. */
     [[nodiscard]] QString text() const { return m_text; }

@@ -13,7 +13,7 @@ class VibrationControllerPrivate;
  * whichever object, replaces the former one, and the motor runs on when the object that started it is gone.
  *
  * Requests are messages to the vibrator service, which does not answer; one that cannot be sent is logged as
- * a warning of the category "oz.device".
+ * a warning of the category "oz.device", and RequestError has its error.
  *
  * Source: each call opens the object "/pps/services/vibrator", writes to it and closes it.
  *
