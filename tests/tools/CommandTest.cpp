@@ -174,7 +174,9 @@ TEST_F(CommandTest, SaysInOneLineWhatIsWrongWithAStatusThatTellsWhoseFaultItIs)
     }
     const std::tuple<QStringList, Result> calls[] = {
         {{"--name", "internet", "requestConnect"}, {0, "Requested (0)\n", ""}},
-        {{"--name", "enterprise", "requestConnect"}, {1, "NotPossible (4)\n", ""}},
+        {{"--name", "enterprise", "requestConnect"},
+            {1, "NotPossible (4)\n",
+                "ozdevice: data-profile enterprise: only certain applications may use this profile\n"}},
         {{"--name", "mms", "requestConnect"},
             {1, "InvalidInterface (2)\n",
                 "ozdevice: data-profile mms: /pps/services/cds/cnice/mms_control: No such file or "

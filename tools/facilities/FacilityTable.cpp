@@ -238,6 +238,7 @@ std::vector<FacilityEntry> makeTable()
             .type = &NetworkDataUsage::staticMetaObject,
             .make = makeNamed<NetworkDataUsage>,
             .glance = {u"bytesReceived"_s, u"bytesSent"_s},
+            .falseOnFailure = {"update"},
             .readAnew = [](QObject *object) { return qobject_cast<NetworkDataUsage *>(object)->update(); },
             .selector = u"interface"_s,
             .instances = networkInterfaces,

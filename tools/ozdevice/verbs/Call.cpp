@@ -9,6 +9,7 @@
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/PpsObject.hpp>
+#include <oz/device/RequestError.hpp>
 
 #include <algorithm>
 #include <chrono>
@@ -78,15 +79,15 @@ bool isSupported(const FacilityInstance &instance)
     return std::any_of(objects.cbegin(), objects.cend(), [](const PpsObject *pps) { return pps->isOpen(); });
 }
 
-// Prints what a method has returned; whether it says that all is well.
-bool printReturned(const FacilityInstance &instance, const QByteArray &method, const QVariant &result)
+// Prints the result of a method, and returns whether it means success.
+bool printResult(const FacilityInstance &instance, const QByteArray &method, const QVariant &result)
 {
     const FacilityEntry &entry = instance.entry();
     const auto returned = entry.returns.constFind(method);
     if (returned == entry.returns.cend()) {
         if (result.isValid())
             printLine(meta::valueText(result));
-        return true;
+        return !entry.falseOnFailure.contains(method) || result.toBool();
     }
     const int number = result.toInt();
     const char *name = returned->names.valueToKey(number);
@@ -95,22 +96,25 @@ bool printReturned(const FacilityInstance &instance, const QByteArray &method, c
     return !returned->success || number == *returned->success;
 }
 
-// Says why a request was refused, as far as the object tells that requests go to.
-void complainOfControl(const FacilityInstance &instance)
+// The reasons for the failure of a request, most exact first: the library's warnings, the state of the object
+// that receives requests, the error of the request.
+QStringList reasonsOf(
+    const FacilityInstance &instance, const QStringList &warnings, const device::RequestError &error)
 {
-    if (instance.entry().control.isEmpty())
-        return;
-    const QString path = instance.entry().control.contains(u'%')
-        ? instance.entry().control.arg(instance.selected())
-        : instance.entry().control;
-    if (const int error = tryToOpen(path))
-        printError(instance.title() + QLatin1String(": ") + Problem{path, error}.text());
+    QStringList reasons = warnings;
+    if (const QString &control = instance.entry().control; !control.isEmpty()) {
+        const QString path = control.contains(u'%') ? control.arg(instance.selected()) : control;
+        if (const int number = tryToOpen(path))
+            reasons.append(Problem{path, number}.text());
+    }
+    if (reasons.isEmpty() && !error.text().isEmpty())
+        reasons.append(error.text());
+    return reasons;
 }
 
 int invoke(const FacilityInstance &instance, const QByteArray &name, const meta::MethodCall &method,
     const std::vector<PropertySetting> &settings)
 {
-    const FacilityEntry &entry = instance.entry();
     CallCompletion completion(instance, name, [](const QMetaMethod &signal, const QVariantList &arguments) {
         if (!isNumericTwin(signal))
             printLine(signalText(signal, arguments));
@@ -118,19 +122,16 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
     for (const PropertySetting &setting : settings)
         setting.applyTo(instance);
     std::optional<WaitingNotice> notice(instance.title() + u' ' + QLatin1String(name));
+    const device::RequestError error;
     (void)takeLibraryWarnings();
     const QVariant result = method.invoke(instance.object());
     const QStringList warnings = takeLibraryWarnings();
-    const bool isAnswered = entry.answers.contains(name);
-    if (!isAnswered)
+    if (!instance.entry().answers.contains(name))
         notice.reset();
-    const bool isTaken = printReturned(instance, name, result);
-    // What the library warns of while it carries the call out has kept it from that; no answer follows.
-    for (const QString &warning : warnings)
-        printError(instance.title() + QLatin1String(": ") + warning);
-    if (!isTaken)
-        complainOfControl(instance);
-    return isTaken && warnings.isEmpty() ? completion.wait() : int(Failed);
+    const bool isAccepted = printResult(instance, name, result) && error.number() == 0;
+    for (const QString &reason : isAccepted ? warnings : reasonsOf(instance, warnings, error))
+        printError(instance.title() + QLatin1String(": ") + reason);
+    return isAccepted ? completion.wait() : int(Failed);
 }
 
 int call(const CallOptions &options)

@@ -64,6 +64,7 @@ struct FacilityEntry
     QString control = {};
     QHash<QByteArray, LaterAnswer> answers = {}; //!< by method
     QHash<QByteArray, ReturnedEnum> returns = {}; //!< by method
+    QList<QByteArray> falseOnFailure = {}; //!< methods whose result is false if they fail
     /*! The dynamic properties that its methods read. */
     QList<QByteArray> dynamicProperties = {};
     /*! The objects that show what the facility does, whichever process asked for it. */
