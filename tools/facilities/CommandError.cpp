@@ -54,20 +54,18 @@ QStringList nearest(const QString &word, const QStringList &known)
 QString enumerated(const QStringList &words)
 {
     if (words.isEmpty())
-        return QStringLiteral("none");
+        return u"none"_s;
     if (words.size() == 1)
         return words.first();
-    return QStringList(words.mid(0, words.size() - 1)).join(QLatin1String(", ")) + QLatin1String(" and ")
-        + words.last();
+    return QStringList(words.mid(0, words.size() - 1)).join(", "_L1) + " and "_L1 + words.last();
 }
 
 QString unknownText(const QString &what, const QString &word, const QStringList &known)
 {
     const QStringList near = nearest(word, known);
-    return what + QLatin1String(" '") + word + QLatin1String("'; ")
-        + (near.isEmpty() ? QString(QLatin1String("there is ") + enumerated(known))
-                          : QString(QLatin1String("did you mean ") + near.join(QLatin1String(" or "))
-                              + QLatin1Char('?')));
+    return what + " '"_L1 + word + "'; "_L1
+        + (near.isEmpty() ? QString("there is "_L1 + enumerated(known))
+                          : QString("did you mean "_L1 + near.join(" or "_L1) + QLatin1Char('?')));
 }
 
 } // namespace oz::tools

@@ -25,8 +25,6 @@ namespace oz::tools {
 
 namespace {
 
-using namespace Qt::StringLiterals;
-
 const QString DisplaysPath = u"/pps/services/display/displays"_s;
 
 template <typename Facility>

@@ -13,15 +13,15 @@ QString scenarioFile(const QString &name)
     if (const auto file = arguments::scenarioFile(name))
         return *file;
     throw CommandError(Failed,
-        name.contains(u'/') || name.endsWith(QLatin1String(".json"))
-            ? QString(QLatin1String("there is no file ") + name)
-            : unknownText(QStringLiteral("there is no file and no installed scenario"), name,
-                arguments::installedScenarios()));
+        name.contains(u'/') || name.endsWith(".json"_L1)
+            ? QString("there is no file "_L1 + name)
+            : unknownText(
+                u"there is no file and no installed scenario"_s, name, arguments::installedScenarios()));
 }
 
 QList<QStringList> installedScenarios()
 {
-    static const QRegularExpression description(QStringLiteral(R"re("description": *"([^"]*)")re"));
+    static const QRegularExpression description(uR"re("description": *"([^"]*)")re"_s);
     QList<QStringList> rows;
     for (const QString &name : arguments::installedScenarios()) {
         QFile file(scenarioFile(name));

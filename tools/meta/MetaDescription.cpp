@@ -17,14 +17,13 @@ int minorRevision(int encoded)
 QString parameterName(const QMetaMethod &method, int index)
 {
     const QByteArray name = method.parameterNames().value(index);
-    return name.isEmpty() ? QLatin1String("argument") + QString::number(index + 1)
-                          : QString::fromLatin1(name);
+    return name.isEmpty() ? "argument"_L1 + QString::number(index + 1) : QString::fromLatin1(name);
 }
 
 void addEnumerators(QJsonObject *description, QMetaType type)
 {
     if (const QStringList names = enumeratorsOf(type); !names.isEmpty())
-        description->insert(QStringLiteral("enumerators"), QJsonArray::fromStringList(names));
+        description->insert(u"enumerators"_s, QJsonArray::fromStringList(names));
 }
 
 } // namespace
@@ -73,31 +72,28 @@ QString signatureText(const QMetaMethod &method)
     QStringList parameters;
     for (int i = 0; i < method.parameterCount(); ++i)
         parameters.append(typeText(method.parameterMetaType(i)) + u' ' + parameterName(method, i));
-    return QLatin1String(method.name()) + u'(' + parameters.join(QLatin1String(", ")) + u')';
+    return QLatin1String(method.name()) + u'(' + parameters.join(", "_L1) + u')';
 }
 
 QStringList traitsOf(const QMetaProperty &property)
 {
     QStringList traits;
     if (property.isConstant())
-        traits.append(QStringLiteral("constant"));
+        traits.append(u"constant"_s);
     if (property.isWritable())
-        traits.append(QStringLiteral("writable"));
+        traits.append(u"writable"_s);
     if (const int revision = minorRevision(property.revision()))
-        traits.append(QLatin1String("revision ") + QString::number(revision));
+        traits.append("revision "_L1 + QString::number(revision));
     return traits;
 }
 
 QJsonObject describe(const QMetaProperty &property)
 {
-    QJsonObject description{{QStringLiteral("name"), QLatin1String(property.name())},
-        {QStringLiteral("type"), typeText(property.metaType())},
-        {QStringLiteral("constant"), property.isConstant()},
-        {QStringLiteral("writable"), property.isWritable()},
-        {QStringLiteral("revision"), minorRevision(property.revision())}};
+    QJsonObject description{{u"name"_s, QLatin1String(property.name())},
+        {u"type"_s, typeText(property.metaType())}, {u"constant"_s, property.isConstant()},
+        {u"writable"_s, property.isWritable()}, {u"revision"_s, minorRevision(property.revision())}};
     if (property.hasNotifySignal()) {
-        description.insert(
-            QStringLiteral("signal"), QString::fromLatin1(property.notifySignal().methodSignature()));
+        description.insert(u"signal"_s, QString::fromLatin1(property.notifySignal().methodSignature()));
     }
     addEnumerators(&description, property.metaType());
     return description;
@@ -107,17 +103,16 @@ QJsonObject describe(const QMetaMethod &method)
 {
     QJsonArray parameters;
     for (int i = 0; i < method.parameterCount(); ++i) {
-        QJsonObject parameter{{QStringLiteral("name"), parameterName(method, i)},
-            {QStringLiteral("type"), typeText(method.parameterMetaType(i))}};
+        QJsonObject parameter{
+            {u"name"_s, parameterName(method, i)}, {u"type"_s, typeText(method.parameterMetaType(i))}};
         addEnumerators(&parameter, method.parameterMetaType(i));
         parameters.append(parameter);
     }
-    QJsonObject description{{QStringLiteral("name"), QLatin1String(method.name())},
-        {QStringLiteral("signature"), QString::fromLatin1(method.methodSignature())},
-        {QStringLiteral("parameters"), parameters},
-        {QStringLiteral("revision"), minorRevision(method.revision())}};
+    QJsonObject description{{u"name"_s, QLatin1String(method.name())},
+        {u"signature"_s, QString::fromLatin1(method.methodSignature())}, {u"parameters"_s, parameters},
+        {u"revision"_s, minorRevision(method.revision())}};
     if (method.returnMetaType().id() != QMetaType::Void)
-        description.insert(QStringLiteral("returns"), typeText(method.returnMetaType()));
+        description.insert(u"returns"_s, typeText(method.returnMetaType()));
     return description;
 }
 

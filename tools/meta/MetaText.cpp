@@ -46,7 +46,7 @@ QStringList flagNames(const QMetaEnum &type, qint64 number)
         }
     }
     if (rest)
-        names.append(QLatin1String("0x") + QString::number(rest, 16));
+        names.append("0x"_L1 + QString::number(rest, 16));
     return names;
 }
 
@@ -97,7 +97,7 @@ QString typeText(QMetaType type)
         return QLatin1String(type.name());
     const QByteArray scope(enumeration.scope());
     return QString::fromLatin1(scope.sliced(scope.lastIndexOf(':') + 1))
-        + (enumeration.isFlag() ? QStringLiteral(" flags") : QString());
+        + (enumeration.isFlag() ? u" flags"_s : QString());
 }
 
 QString valueText(const QVariant &value)
@@ -107,7 +107,7 @@ QString valueText(const QVariant &value)
         const qint64 number = enumNumber(value);
         if (enumeration.isFlag()) {
             const QStringList names = flagNames(enumeration, number);
-            return names.isEmpty() ? QStringLiteral("None") : names.join(u'|');
+            return names.isEmpty() ? u"None"_s : names.join(u'|');
         }
         const char *key = enumeration.valueToKey(int(number));
         return key ? QString::fromLatin1(key) : QString::number(number);
@@ -152,13 +152,11 @@ QJsonValue valueJson(const QVariant &value)
     switch (type.id()) {
     case QMetaType::QSize: {
         const QSize size = value.toSize();
-        return QJsonObject{
-            {QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}};
+        return QJsonObject{{u"width"_s, size.width()}, {u"height"_s, size.height()}};
     }
     case QMetaType::QSizeF: {
         const QSizeF size = value.toSizeF();
-        return QJsonObject{
-            {QStringLiteral("width"), size.width()}, {QStringLiteral("height"), size.height()}};
+        return QJsonObject{{u"width"_s, size.width()}, {u"height"_s, size.height()}};
     }
     case QMetaType::QByteArray:
         return QString::fromLatin1(value.toByteArray().toBase64());
@@ -215,25 +213,25 @@ std::optional<QVariant> parseValue(const QString &text, QMetaType type)
 QString expectation(QMetaType type)
 {
     if (const QMetaEnum enumeration = enumOf(type); enumeration.isValid()) {
-        const QString names = enumNames(enumeration).join(QLatin1String(", "));
-        return (enumeration.isFlag() ? QLatin1String("any of ") : QLatin1String("one of ")) + names
-            + (enumeration.isFlag() ? QLatin1String(" joined with '|'") : QLatin1String(""));
+        const QString names = enumNames(enumeration).join(", "_L1);
+        return (enumeration.isFlag() ? "any of "_L1 : "one of "_L1) + names
+            + (enumeration.isFlag() ? " joined with '|'"_L1 : ""_L1);
     }
     switch (type.id()) {
     case QMetaType::Int:
     case QMetaType::UInt:
     case QMetaType::LongLong:
     case QMetaType::ULongLong:
-        return QStringLiteral("a whole number (") + QLatin1String(type.name()) + u')';
+        return u"a whole number ("_s + QLatin1String(type.name()) + u')';
     case QMetaType::Float:
     case QMetaType::Double:
-        return QStringLiteral("a number");
+        return u"a number"_s;
     case QMetaType::Bool:
-        return QStringLiteral("true or false");
+        return u"true or false"_s;
     case QMetaType::QVariantMap:
-        return QStringLiteral("a JSON map");
+        return u"a JSON map"_s;
     case QMetaType::QVariantList:
-        return QStringLiteral("a JSON list");
+        return u"a JSON list"_s;
     default:
         return typeText(type);
     }

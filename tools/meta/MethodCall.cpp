@@ -33,9 +33,8 @@ std::optional<MethodCall> MethodCall::find(
         for (int i = 0; i < method.parameterCount(); ++i) {
             const auto value = parseValue(words[i], method.parameterMetaType(i));
             if (!value) {
-                mismatch = QLatin1String("argument ") + QString::number(i + 1) + QLatin1String(" of ") + name
-                    + QLatin1String(" is ") + expectation(method.parameterMetaType(i))
-                    + QLatin1String(", not '") + words[i] + u'\'';
+                mismatch = "argument "_L1 + QString::number(i + 1) + " of "_L1 + name + " is "_L1
+                    + expectation(method.parameterMetaType(i)) + ", not '"_L1 + words[i] + u'\'';
                 break;
             }
             arguments.append(*value);
@@ -46,8 +45,8 @@ std::optional<MethodCall> MethodCall::find(
     if (!mismatch.isEmpty()) {
         *problem = mismatch;
     } else if (!signatures.isEmpty()) {
-        *problem = signatures.join(QLatin1String(" or ")) + QLatin1String(" does not take ")
-            + QString::number(words.size()) + QLatin1String(" arguments");
+        *problem = signatures.join(" or "_L1) + " does not take "_L1 + QString::number(words.size())
+            + " arguments"_L1;
     }
     return std::nullopt;
 }

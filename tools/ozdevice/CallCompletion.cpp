@@ -30,8 +30,8 @@ CallCompletion::CallCompletion(
         return;
     m_service.emplace(entry.service);
     if (!m_service->open(PpsOpenMode::PublishSubscribe)) {
-        throw CommandError(Unavailable,
-            instance.title() + QLatin1String(": ") + Problem{entry.service, m_service->error()}.text());
+        throw CommandError(
+            Unavailable, instance.title() + ": "_L1 + Problem{entry.service, m_service->error()}.text());
     }
 }
 
@@ -69,10 +69,8 @@ int CallCompletion::wait()
     QObject::connect(&*m_service, &PpsObject::readyRead, [&] {
         (void)m_service->read();
         if (m_service->error() == ECONNRESET) {
-            m_loop.guard([&] {
-                throw CommandError(
-                    Unavailable, m_instance.title() + QLatin1String(": the service went away"));
-            });
+            m_loop.guard(
+                [&] { throw CommandError(Unavailable, m_instance.title() + ": the service went away"_L1); });
         }
     });
     QTimer check;
@@ -84,8 +82,8 @@ int CallCompletion::wait()
         check.start(BeginDeadline);
     }
     if (isBusy() && ::isatty(STDERR_FILENO)) {
-        printError(m_instance.title() + QLatin1String(" is ") + QLatin1String(m_instance.entry().busy)
-            + QLatin1String("; Ctrl-C ends it"));
+        printError(
+            m_instance.title() + " is "_L1 + QLatin1String(m_instance.entry().busy) + "; Ctrl-C ends it"_L1);
     }
     (void)m_loop.run();
     return m_status;

@@ -17,8 +17,8 @@ constexpr int AllRows = 100'000; // more than any view has
 
 // A narrow terminal breaks these lines at the gaps.
 constexpr QLatin1String Gap("   ");
-const QString OverviewKeys = QStringLiteral("up down: select   space: all values   q: quit");
-const QString AllValuesKeys = QStringLiteral("up down: scroll   space: back");
+const QString OverviewKeys = u"up down: select   space: all values   q: quit"_s;
+const QString AllValuesKeys = u"up down: scroll   space: back"_s;
 
 } // namespace
 
@@ -127,8 +127,8 @@ void Console::draw()
     m_screen.clear();
     const bool hasSelection = m_showsAllValues && !m_lines.empty();
     const QString title = hasSelection ? m_lines[std::size_t(m_selected)]->instance().title()
-                                       : QLatin1String("the phone under ") + deviceRoot();
-    m_screen.put(0, 0, QLatin1String("ozdevice  ") + title, TextScreen::Title);
+                                       : "the phone under "_L1 + deviceRoot();
+    m_screen.put(0, 0, "ozdevice  "_L1 + title, TextScreen::Title);
     if (hasSelection)
         drawAllValues();
     else
@@ -182,10 +182,10 @@ void Console::drawHiddenRows(int first, int count)
 {
     QStringList texts;
     if (first > 0)
-        texts.append(QString::number(first) + QLatin1String(" above"));
+        texts.append(QString::number(first) + " above"_L1);
     if (const int below = count - first - bodyRows(); below > 0)
-        texts.append(QString::number(below) + QLatin1String(" below"));
-    const QString text = QLatin1String("  ") + texts.join(QLatin1String(", "));
+        texts.append(QString::number(below) + " below"_L1);
+    const QString text = "  "_L1 + texts.join(", "_L1);
     if (!texts.isEmpty())
         m_screen.put(0, m_screen.columns() - int(text.size()), text, TextScreen::Title);
 }
@@ -193,7 +193,7 @@ void Console::drawHiddenRows(int first, int count)
 // The foot in as many lines as it needs, at most half of the screen.
 QStringList Console::footLines() const
 {
-    const QLatin1String gap = m_foot.contains(Gap) ? Gap : QLatin1String(" ");
+    const QLatin1String gap = m_foot.contains(Gap) ? Gap : " "_L1;
     QStringList lines{QString()};
     for (const QString &piece : m_foot.split(gap)) {
         const bool hasRoom = lines.last().size() + gap.size() + piece.size() <= m_screen.columns();

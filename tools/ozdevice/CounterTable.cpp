@@ -46,9 +46,9 @@ QList<quint64> CounterTable::read(const FacilityInstance &instance) const
 {
     (void)takeLibraryWarnings();
     const bool isRead = m_entry.readAnew(instance.object());
-    const QString reason = takeLibraryWarnings().join(QLatin1String("; "));
+    const QString reason = takeLibraryWarnings().join("; "_L1);
     if (!isRead)
-        throw CommandError(Unavailable, instance.title() + QLatin1String(": ") + reason);
+        throw CommandError(Unavailable, instance.title() + ": "_L1 + reason);
     QList<quint64> counters;
     for (const QString &name : m_names)
         counters.append(instance.object()->property(name.toLatin1().constData()).toULongLong());
@@ -58,11 +58,10 @@ QList<quint64> CounterTable::read(const FacilityInstance &instance) const
 void CounterTable::printHead() const
 {
     QString names = QString(TimeWidth + m_nameWidth, u' ');
-    QString units =
-        QStringLiteral("time").leftJustified(TimeWidth) + m_entry.selector.leftJustified(m_nameWidth);
+    QString units = u"time"_s.leftJustified(TimeWidth) + m_entry.selector.leftJustified(m_nameWidth);
     for (const QString &name : m_names) {
         names += right(name, RateWidth + TotalWidth);
-        units += right(QStringLiteral("per second"), RateWidth) + right(QStringLiteral("in all"), TotalWidth);
+        units += right(u"per second"_s, RateWidth) + right(u"in all"_s, TotalWidth);
     }
     printLine(painted(Paint::Bold, names));
     printLine(painted(Paint::Bold, units));
@@ -72,7 +71,7 @@ void CounterTable::print(
     const FacilityInstance &instance, const QList<quint64> &perSecond, const QList<quint64> &totals) const
 {
     if (!m_json) {
-        const QString now = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
+        const QString now = QDateTime::currentDateTime().toString(u"HH:mm:ss.zzz"_s);
         QString line = painted(Paint::Dim, now.leftJustified(TimeWidth))
             + painted(Paint::Bold, instance.selected().leftJustified(m_nameWidth));
         for (qsizetype i = 0; i < totals.size(); ++i) {
@@ -89,8 +88,8 @@ void CounterTable::print(
         return named;
     };
     QJsonObject line = jsonBeginning(instance);
-    line.insert(QStringLiteral("perSecond"), object(perSecond));
-    line.insert(QStringLiteral("total"), object(totals));
+    line.insert(u"perSecond"_s, object(perSecond));
+    line.insert(u"total"_s, object(totals));
     printJson(line, QJsonDocument::Compact);
 }
 

@@ -29,7 +29,7 @@ constexpr std::chrono::milliseconds AnswerDeadline{2000};
 // Anybody may see this of a process, unlike what it answers to its own user.
 bool isStopped(qint64 process)
 {
-    QFile file(QStringLiteral("/proc/%1/stat").arg(process));
+    QFile file(u"/proc/%1/stat"_s.arg(process));
     const QByteArray stat = file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     return stat.mid(stat.lastIndexOf(')') + 2, 1).toLower() == "t";
 }
@@ -39,7 +39,7 @@ QVariantMap readStatus()
     PpsObject status(DaemonObjects::Status);
     if (!status.open(PpsOpenMode::Subscribe))
         return {};
-    return PpsObject::decode(status.read()).value(QStringLiteral("@status")).toMap();
+    return PpsObject::decode(status.read()).value(u"@status"_s).toMap();
 }
 
 } // namespace
@@ -49,19 +49,19 @@ DaemonState daemonState()
     DaemonState daemon;
     daemon.status = readStatus();
     daemon.age = ageOf(DaemonObjects::Status);
-    const qint64 process = daemon.status.value(QStringLiteral("pid")).toLongLong();
-    const QString name = QStringLiteral("ozdeviced (process %1)").arg(process);
+    const qint64 process = daemon.status.value(u"pid"_s).toLongLong();
+    const QString name = u"ozdeviced (process %1)"_s.arg(process);
     const DaemonClient control;
     try {
-        (void)control.ask(QStringLiteral("describe"), {}, {AnswerDeadline});
+        (void)control.ask(u"describe"_s, {}, {AnswerDeadline});
         daemon.isRunning = true;
     } catch (const DaemonError &error) {
         if (error.kind() != DaemonError::Unreachable)
-            daemon.problem = name + QLatin1String(" does not answer");
+            daemon.problem = name + " does not answer"_L1;
         else if (!control.isReady())
-            daemon.problem = QStringLiteral("no ozdeviced is running");
+            daemon.problem = u"no ozdeviced is running"_s;
         else if (isStopped(process))
-            daemon.problem = name + QLatin1String(" is stopped");
+            daemon.problem = name + " is stopped"_L1;
         else
             daemon.isRunning = true;
     }
@@ -70,21 +70,19 @@ DaemonState daemonState()
 
 QString unfedText(const DaemonState &daemon)
 {
-    return QLatin1String("nothing feeds the tree under ") + devicePath(QStringLiteral("/pps"))
-        + QLatin1String(": ") + daemon.problem;
+    return "nothing feeds the tree under "_L1 + devicePath(u"/pps"_s) + ": "_L1 + daemon.problem;
 }
 
 std::vector<SourceState> sourceStates(const DaemonState &daemon)
 {
     std::vector<SourceState> states;
-    const QVariantMap facilities = daemon.status.value(QStringLiteral("facilities")).toMap();
-    const QVariantMap sources = daemon.status.value(QStringLiteral("sources")).toMap();
+    const QVariantMap facilities = daemon.status.value(u"facilities"_s).toMap();
+    const QVariantMap sources = daemon.status.value(u"sources"_s).toMap();
     for (auto source = sources.cbegin(); source != sources.cend(); ++source) {
         const QVariantMap facility = facilities.value(source.key()).toMap();
-        states.push_back({source.key(), facility.value(QStringLiteral("source"), *source).toString(),
-            facility.value(QStringLiteral("state")).toString(),
-            facility.value(QStringLiteral("reason")).toString(),
-            facility.value(QStringLiteral("auto")).toBool()});
+        states.push_back({source.key(), facility.value(u"source"_s, *source).toString(),
+            facility.value(u"state"_s).toString(), facility.value(u"reason"_s).toString(),
+            facility.value(u"auto"_s).toBool()});
     }
     return states;
 }
@@ -107,14 +105,13 @@ QVariant askDaemon(const QString &message, const QVariant &data)
     } catch (const DaemonError &error) {
         if (error.kind() == DaemonError::Unreachable) {
             const bool isAbsent = error.error() == ENOENT || error.error() == ECONNREFUSED;
-            const QString reason = isAbsent ? QStringLiteral("no ozdeviced is running")
-                                            : error.text() + QLatin1String(" (it is for the daemon's user)");
+            const QString reason =
+                isAbsent ? u"no ozdeviced is running"_s : error.text() + " (it is for the daemon's user)"_L1;
             throw CommandError(Unavailable,
-                QLatin1String("cannot reach the services under ") + devicePath(QStringLiteral("/pps"))
-                    + QLatin1String(": ") + reason);
+                "cannot reach the services under "_L1 + devicePath(u"/pps"_s) + ": "_L1 + reason);
         }
         if (error.kind() != DaemonError::Refused)
-            throw CommandError(Failed, QLatin1String("the services did not answer: ") + error.text());
+            throw CommandError(Failed, "the services did not answer: "_L1 + error.text());
         // It refuses what means nothing with EINVAL.
         throw CommandError(error.error() == EINVAL ? WrongUse : Failed, error.text());
     }
@@ -123,7 +120,7 @@ QVariant askDaemon(const QString &message, const QVariant &data)
 std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile)
 {
     // The daemon is beside this program, in a build tree as when installed.
-    const QString program = QCoreApplication::applicationDirPath() + QLatin1String("/ozdeviced");
+    const QString program = QCoreApplication::applicationDirPath() + "/ozdeviced"_L1;
     try {
         auto daemon = std::make_unique<client::PrivateDaemon>(
             client::PrivateDaemon::Setup{.program = program, .phoneFile = phoneFile, .forwardsLog = true});

@@ -19,8 +19,7 @@ public:
         QObject::connect(&m_watcher, &QFileSystemWatcher::directoryChanged, [loop](const QString &root) {
             loop->guard([&] {
                 if (!QFileInfo::exists(root)) {
-                    throw CommandError(
-                        Unavailable, QLatin1String("the device root ") + root + QLatin1String(" is gone"));
+                    throw CommandError(Unavailable, "the device root "_L1 + root + " is gone"_L1);
                 }
             });
         });

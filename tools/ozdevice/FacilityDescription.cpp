@@ -12,8 +12,8 @@ QStringList numberedNames(const QMetaEnum &enumeration)
 {
     QStringList names;
     for (int i = 0; i < enumeration.keyCount(); ++i) {
-        names.append(QLatin1String(enumeration.key(i)) + QLatin1String(" (")
-            + QString::number(enumeration.value(i)) + u')');
+        names.append(
+            QLatin1String(enumeration.key(i)) + " ("_L1 + QString::number(enumeration.value(i)) + u')');
     }
     return names;
 }
@@ -39,7 +39,7 @@ void printHeading(const char *heading)
 
 QString joined(const QStringList &words)
 {
-    return words.join(QLatin1String(", "));
+    return words.join(", "_L1);
 }
 
 } // namespace
@@ -56,11 +56,11 @@ QJsonObject describe(const FacilityEntry &entry)
             QJsonObject values;
             for (int i = 0; i < returned->names.keyCount(); ++i)
                 values.insert(QLatin1String(returned->names.key(i)), returned->names.value(i));
-            description.insert(QStringLiteral("returns"), holderOf(returned->names));
-            description.insert(QStringLiteral("results"), values);
+            description.insert(u"returns"_s, holderOf(returned->names));
+            description.insert(u"results"_s, values);
         }
         if (const QByteArray answer = entry.answers.value(method.name()).signal; !answer.isEmpty())
-            description.insert(QStringLiteral("answeredBy"), QString::fromLatin1(answer));
+            description.insert(u"answeredBy"_s, QString::fromLatin1(answer));
         methods.append(description);
     }
     QJsonArray heard;
@@ -69,17 +69,15 @@ QJsonObject describe(const FacilityEntry &entry)
     QStringList dynamicProperties;
     for (const QByteArray &name : entry.dynamicProperties)
         dynamicProperties.append(QString::fromLatin1(name));
-    QJsonObject description{{QStringLiteral("name"), entry.name},
-        {QStringLiteral("aliases"), QJsonArray::fromStringList(entry.aliases)},
-        {QStringLiteral("class"), QLatin1String(entry.type->className())},
-        {QStringLiteral("help"), entry.help},
-        {QStringLiteral("objects"), QJsonArray::fromStringList(entry.objects)},
-        {QStringLiteral("properties"), properties}, {QStringLiteral("methods"), methods},
-        {QStringLiteral("signals"), heard},
-        {QStringLiteral("dynamicProperties"), QJsonArray::fromStringList(dynamicProperties)}};
+    QJsonObject description{{u"name"_s, entry.name},
+        {u"aliases"_s, QJsonArray::fromStringList(entry.aliases)},
+        {u"class"_s, QLatin1String(entry.type->className())}, {u"help"_s, entry.help},
+        {u"objects"_s, QJsonArray::fromStringList(entry.objects)}, {u"properties"_s, properties},
+        {u"methods"_s, methods}, {u"signals"_s, heard},
+        {u"dynamicProperties"_s, QJsonArray::fromStringList(dynamicProperties)}};
     if (!entry.selector.isEmpty()) {
-        description.insert(QStringLiteral("selector"), entry.selector);
-        description.insert(QStringLiteral("instances"), QJsonArray::fromStringList(entry.instances()));
+        description.insert(u"selector"_s, entry.selector);
+        description.insert(u"instances"_s, QJsonArray::fromStringList(entry.instances()));
     }
     return description;
 }
@@ -87,48 +85,46 @@ QJsonObject describe(const FacilityEntry &entry)
 void printMethods(const FacilityEntry &entry)
 {
     for (const QMetaMethod &method : meta::methodsOf(entry.type)) {
-        QString line = QLatin1String("  ") + meta::signatureText(method);
+        QString line = "  "_L1 + meta::signatureText(method);
         if (method.returnMetaType().id() != QMetaType::Void)
-            line += QLatin1String(": ") + returnedText(entry, method);
+            line += ": "_L1 + returnedText(entry, method);
         printLine(line);
         for (int i = 0; i < method.parameterCount(); ++i) {
             const QMetaType type = method.parameterMetaType(i);
             if (meta::enumOf(type).isValid()) {
-                printLine(QLatin1String("      ") + QString::fromLatin1(method.parameterNames().value(i))
-                    + QLatin1String(" is ") + meta::expectation(type));
+                printLine("      "_L1 + QString::fromLatin1(method.parameterNames().value(i)) + " is "_L1
+                    + meta::expectation(type));
             }
         }
         if (const auto returned = entry.returns.constFind(method.name()); returned != entry.returns.cend())
-            printLine(QLatin1String("      returns ") + joined(numberedNames(returned->names)));
+            printLine("      returns "_L1 + joined(numberedNames(returned->names)));
         if (const QByteArray answer = entry.answers.value(method.name()).signal; !answer.isEmpty())
-            printLine(QLatin1String("      answered by ") + QLatin1String(answer));
+            printLine("      answered by "_L1 + QLatin1String(answer));
     }
 }
 
 void printDescription(const FacilityEntry &entry)
 {
-    printLine(painted(Paint::Bold, entry.name) + QLatin1String(": ") + entry.help);
-    printLine(QLatin1String("class ") + QLatin1String(entry.type->className()));
+    printLine(painted(Paint::Bold, entry.name) + ": "_L1 + entry.help);
+    printLine("class "_L1 + QLatin1String(entry.type->className()));
     if (!entry.aliases.isEmpty())
-        printLine(QLatin1String("also called ") + joined(entry.aliases));
+        printLine("also called "_L1 + joined(entry.aliases));
     if (!entry.selector.isEmpty()) {
-        printLine(QLatin1String("--") + entry.selector + QLatin1String(" is one of ")
-            + enumerated(entry.instances()));
+        printLine("--"_L1 + entry.selector + " is one of "_L1 + enumerated(entry.instances()));
     }
     if (!entry.objects.isEmpty())
-        printLine(QLatin1String("reads ") + joined(entry.objects));
+        printLine("reads "_L1 + joined(entry.objects));
 
     printHeading("Properties");
     for (const QMetaProperty &property : meta::propertiesOf(entry.type)) {
         const QStringList traits = meta::traitsOf(property);
-        printLine(QLatin1String("  ") + QLatin1String(property.name()) + QLatin1String(": ")
-            + meta::typeText(property.metaType())
-            + (traits.isEmpty() ? QString() : QString(QLatin1String(" (") + joined(traits) + u')')));
+        printLine("  "_L1 + QLatin1String(property.name()) + ": "_L1 + meta::typeText(property.metaType())
+            + (traits.isEmpty() ? QString() : QString(" ("_L1 + joined(traits) + u')')));
         if (const QMetaEnum enumeration = meta::enumOf(property.metaType()); enumeration.isValid())
-            printLine(QLatin1String("      ") + joined(numberedNames(enumeration)));
+            printLine("      "_L1 + joined(numberedNames(enumeration)));
     }
     for (const QByteArray &name : entry.dynamicProperties)
-        printLine(QLatin1String("  ") + QLatin1String(name) + QLatin1String(": dynamic, for call --set"));
+        printLine("  "_L1 + QLatin1String(name) + ": dynamic, for call --set"_L1);
     if (!meta::methodsOf(entry.type).empty()) {
         printHeading("Methods");
         printMethods(entry);
@@ -136,7 +132,7 @@ void printDescription(const FacilityEntry &entry)
     if (const auto all = meta::signalsOf(entry.type); !all.empty()) {
         printHeading("Signals");
         for (const QMetaMethod &signal : all)
-            printLine(QLatin1String("  ") + meta::signatureText(signal));
+            printLine("  "_L1 + meta::signatureText(signal));
     }
 }
 

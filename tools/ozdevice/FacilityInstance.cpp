@@ -24,7 +24,7 @@ QString unfedHint(const FacilityEntry &entry, int error)
         return {};
     for (const SourceState &state : sourceStates(daemonState())) {
         if (entry.feedingParts().contains(state.facility) && state.state == u"none")
-            return QLatin1String(" (nothing feeds it: ") + state.reason + u')';
+            return " (nothing feeds it: "_L1 + state.reason + u')';
     }
     return {};
 }
@@ -38,21 +38,21 @@ QString plainPath(const PpsObject &object)
 
 QString Problem::text() const
 {
-    QString text = path + QLatin1String(": ") + qt_error_string(error);
+    QString text = path + ": "_L1 + qt_error_string(error);
     const QFileInfo file(devicePath(path));
     if (error == EACCES && file.exists()) {
         const auto nameOr = [](const QString &name, uint id) {
             return name.isEmpty() ? QString::number(id) : name;
         };
-        text += QLatin1String(" (it is for the user ") + nameOr(file.owner(), file.ownerId())
-            + QLatin1String(" and the group ") + nameOr(file.group(), file.groupId()) + u')';
+        text += " (it is for the user "_L1 + nameOr(file.owner(), file.ownerId()) + " and the group "_L1
+            + nameOr(file.group(), file.groupId()) + u')';
     }
     return text;
 }
 
 int tryToOpen(const QString &path)
 {
-    if (path.startsWith(QLatin1String("/dev/"))) {
+    if (path.startsWith("/dev/"_L1)) {
         const int descriptor = openDevice(path.toUtf8().constData(), DeviceOpen::ReadWrite);
         if (descriptor < 0)
             return errno;
@@ -87,13 +87,12 @@ FacilityInstance::FacilityInstance(const FacilityEntry &entry, const QString &se
         const QStringList instances = entry.instances();
         if (isMissing) {
             throw CommandError(WrongUse,
-                entry.name + QLatin1String(": which one? --") + entry.selector + QLatin1String(" is one of ")
-                    + instances.join(QLatin1String(", ")));
+                entry.name + ": which one? --"_L1 + entry.selector + " is one of "_L1
+                    + instances.join(", "_L1));
         }
         if (!instances.contains(selected)) {
             throw CommandError(Unavailable,
-                entry.name + QLatin1String(": there is no '") + selected + QLatin1String("'; there is ")
-                    + enumerated(instances));
+                entry.name + ": there is no '"_L1 + selected + "'; there is "_L1 + enumerated(instances));
         }
     }
     m_object = entry.make(selected);
@@ -109,7 +108,7 @@ bool FacilityInstance::reportProblems() const
             problems.push_back({plainPath(*pps), pps->error()});
     }
     for (const Problem &problem : problems)
-        printError(m_entry.name + QLatin1String(": ") + problem.text() + unfedHint(m_entry, problem.error));
+        printError(m_entry.name + ": "_L1 + problem.text() + unfedHint(m_entry, problem.error));
     return problems.empty();
 }
 

@@ -42,8 +42,7 @@ QString FacilitySelection::takeProperty()
     for (const QMetaProperty &property : meta::propertiesOf(entry->type))
         names.append(QLatin1String(property.name()));
     if (!names.contains(words.last())) {
-        throw CommandError(
-            WrongUse, unknownText(entry->name + QLatin1String(" has no property"), words.last(), names));
+        throw CommandError(WrongUse, unknownText(entry->name + " has no property"_L1, words.last(), names));
     }
     m_names.pop_back();
     return words.last();
@@ -55,8 +54,7 @@ std::vector<const FacilityEntry *> FacilitySelection::entries() const
     for (const QString &word : toStringList(m_name.empty() ? m_names : std::vector{m_name})) {
         const FacilityEntry *entry = findFacility(word);
         if (!entry)
-            throw CommandError(
-                WrongUse, unknownText(QStringLiteral("there is no facility"), word, facilityNames()));
+            throw CommandError(WrongUse, unknownText(u"there is no facility"_s, word, facilityNames()));
         entries.push_back(entry);
     }
     if (entries.empty()) {
@@ -71,8 +69,7 @@ std::vector<const FacilityEntry *> FacilitySelection::entries() const
             for (const FacilityEntry *entry : entries)
                 names.append(entry->name);
             throw CommandError(WrongUse,
-                enumerated(names) + (names.size() == 1 ? QLatin1String(" takes") : QLatin1String(" take"))
-                    + QLatin1String(" no --") + selector);
+                enumerated(names) + (names.size() == 1 ? " takes"_L1 : " take"_L1) + " no --"_L1 + selector);
         }
     }
     return entries;
@@ -113,8 +110,7 @@ std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const Facility
         isAnyFromTree = isAnyFromTree || (isThere && !entry->objects.isEmpty());
     }
     printError(unfedText(daemon)
-        + (isAnyFromTree ? QLatin1String("; the values are the last ones")
-                         : QLatin1String(" (try: ozdevice run -- COMMAND)")));
+        + (isAnyFromTree ? "; the values are the last ones"_L1 : " (try: ozdevice run -- COMMAND)"_L1));
     return there;
 }
 

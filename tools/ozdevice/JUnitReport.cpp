@@ -17,20 +17,20 @@ void writeSuite(QXmlStreamWriter &xml, const QString &suite, const std::vector<T
         failures += each.problem.isEmpty() ? 0 : 1;
         seconds += each.seconds;
     }
-    xml.writeStartElement(QStringLiteral("testsuite"));
-    xml.writeAttribute(QStringLiteral("name"), suite);
-    xml.writeAttribute(QStringLiteral("tests"), QString::number(cases.size()));
-    xml.writeAttribute(QStringLiteral("failures"), QString::number(failures));
-    xml.writeAttribute(QStringLiteral("errors"), QStringLiteral("0"));
-    xml.writeAttribute(QStringLiteral("time"), QString::number(seconds));
+    xml.writeStartElement(u"testsuite"_s);
+    xml.writeAttribute(u"name"_s, suite);
+    xml.writeAttribute(u"tests"_s, QString::number(cases.size()));
+    xml.writeAttribute(u"failures"_s, QString::number(failures));
+    xml.writeAttribute(u"errors"_s, u"0"_s);
+    xml.writeAttribute(u"time"_s, QString::number(seconds));
     for (const TestCase &each : cases) {
-        xml.writeStartElement(QStringLiteral("testcase"));
-        xml.writeAttribute(QStringLiteral("classname"), suite);
-        xml.writeAttribute(QStringLiteral("name"), each.name);
-        xml.writeAttribute(QStringLiteral("time"), QString::number(each.seconds));
+        xml.writeStartElement(u"testcase"_s);
+        xml.writeAttribute(u"classname"_s, suite);
+        xml.writeAttribute(u"name"_s, each.name);
+        xml.writeAttribute(u"time"_s, QString::number(each.seconds));
         if (!each.problem.isEmpty()) {
-            xml.writeStartElement(QStringLiteral("failure"));
-            xml.writeAttribute(QStringLiteral("message"), each.problem);
+            xml.writeStartElement(u"failure"_s);
+            xml.writeAttribute(u"message"_s, each.problem);
             xml.writeEndElement();
         }
         xml.writeEndElement();
@@ -48,13 +48,13 @@ void writeJUnitReport(const QString &fileName, const QString &suite, const std::
         QXmlStreamWriter xml(&file);
         xml.setAutoFormatting(true);
         xml.writeStartDocument();
-        xml.writeStartElement(QStringLiteral("testsuites"));
+        xml.writeStartElement(u"testsuites"_s);
         writeSuite(xml, suite, cases);
         xml.writeEndDocument();
         isWritten = !xml.hasError() && file.commit();
     }
     if (!isWritten)
-        throw CommandError(Failed, fileName + QLatin1String(": ") + file.errorString());
+        throw CommandError(Failed, fileName + ": "_L1 + file.errorString());
 }
 
 } // namespace oz::tools

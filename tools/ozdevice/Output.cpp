@@ -62,8 +62,7 @@ void printLine(const QString &line)
     const QByteArray text = (shown + u'\n').toUtf8();
     if (std::fwrite(text.constData(), 1, std::size_t(text.size()), stdout) != std::size_t(text.size())
         || std::fflush(stdout) != 0) {
-        throw CommandError(
-            Failed, QLatin1String("cannot write to standard output: ") + qt_error_string(errno));
+        throw CommandError(Failed, "cannot write to standard output: "_L1 + qt_error_string(errno));
     }
 }
 

@@ -51,50 +51,49 @@ PlayedScenario::PlayedScenario(const ScenarioOptions &options, EventLoop &loop)
 
 QVariantMap PlayedScenario::order() const
 {
-    QVariantMap order{{QStringLiteral("file"), m_file}, {QStringLiteral("keep-going"), m_options.keepGoing}};
+    QVariantMap order{{u"file"_s, m_file}, {u"keep-going"_s, m_options.keepGoing}};
     if (!m_options.speed.empty())
-        order.insert(QStringLiteral("speed"), QString::fromStdString(m_options.speed));
+        order.insert(u"speed"_s, QString::fromStdString(m_options.speed));
     if (m_options.seed)
-        order.insert(QStringLiteral("seed"), QString::number(*m_options.seed));
+        order.insert(u"seed"_s, QString::number(*m_options.seed));
     if (m_options.waits()) {
-        order.insert(QStringLiteral("wait-for"), QString::fromStdString(m_options.waitFor));
-        order.insert(QStringLiteral("wait-limit"), m_options.waitLimit);
+        order.insert(u"wait-for"_s, QString::fromStdString(m_options.waitFor));
+        order.insert(u"wait-limit"_s, m_options.waitLimit);
     }
     QVariantMap variables;
     for (const std::string &word : m_options.variables) {
         const QString text = QString::fromStdString(word);
         if (!text.contains(u'='))
-            throw CommandError(WrongUse, QLatin1String("--set takes NAME=VALUE, not '") + text + u'\'');
+            throw CommandError(WrongUse, "--set takes NAME=VALUE, not '"_L1 + text + u'\'');
         variables.insert(text.section(u'=', 0, 0), text.section(u'=', 1));
     }
-    order.insert(QStringLiteral("variables"), variables);
+    order.insert(u"variables"_s, variables);
     return order;
 }
 
 QVariantMap PlayedScenario::check() const
 {
     QVariantMap checking = order();
-    checking.insert(QStringLiteral("check"), true);
-    return askDaemon(QStringLiteral("play"), checking).toMap();
+    checking.insert(u"check"_s, true);
+    return askDaemon(u"play"_s, checking).toMap();
 }
 
 void PlayedScenario::play()
 {
-    const QVariantMap told = askDaemon(QStringLiteral("play"), order()).toMap();
-    m_hasExpectations = told.value(QStringLiteral("expectations")).toBool();
-    const QString description = told.value(QStringLiteral("description")).toString();
+    const QVariantMap told = askDaemon(u"play"_s, order()).toMap();
+    m_hasExpectations = told.value(u"expectations"_s).toBool();
+    const QString description = told.value(u"description"_s).toString();
     if (!description.isEmpty() && !m_options.json && !m_options.quiet)
         printLine(painted(Paint::Bold, description));
     m_isPlaying = true;
-    m_state = QStringLiteral("playing");
+    m_state = u"playing"_s;
     m_follower = std::make_unique<client::ScenarioFollower>();
     connect(m_follower.get(), &client::ScenarioFollower::told, this,
         [this](const QVariantMap &news) { m_loop.guard([&] { take(news); }); });
     connect(m_follower.get(), &client::ScenarioFollower::lost, this, [this] {
         m_loop.guard([this] {
             if (m_isPlaying)
-                throw CommandError(
-                    Unavailable, QStringLiteral("the services have gone while the scenario played"));
+                throw CommandError(Unavailable, u"the services have gone while the scenario played"_s);
         });
     });
 }
@@ -104,7 +103,7 @@ void PlayedScenario::stop()
     if (!m_isPlaying)
         return;
     try {
-        (void)askDaemon(QStringLiteral("stop-scenario"));
+        (void)askDaemon(u"stop-scenario"_s);
     } catch (const CommandError &error) {
         // It may have ended by itself, which is told next.
         if (error.status() != Failed)
@@ -116,27 +115,27 @@ void PlayedScenario::take(const QVariantMap &told)
 {
     if (!m_isPlaying)
         return;
-    if (told.value(QStringLiteral("begun")).toBool() && !std::exchange(m_hasBegun, true)) {
-        if (told.value(QStringLiteral("late")).toBool())
-            printError(QStringLiteral("%1 within %2 s; the scenario begins without it")
-                           .arg(absenceText(), QString::number(m_options.waitLimit)));
+    if (told.value(u"begun"_s).toBool() && !std::exchange(m_hasBegun, true)) {
+        if (told.value(u"late"_s).toBool())
+            printError(u"%1 within %2 s; the scenario begins without it"_s.arg(
+                absenceText(), QString::number(m_options.waitLimit)));
         Q_EMIT begun();
     }
-    for (const QVariant &entry : told.value(QStringLiteral("entries")).toList()) {
+    for (const QVariant &entry : told.value(u"entries"_s).toList()) {
         if (!m_options.quiet)
             print(entry.toMap());
         if (textAt(entry, "outcome") == u"said")
             Q_EMIT said(textAt(entry, "text"));
         m_entries.append(entry);
     }
-    m_state = told.value(QStringLiteral("state")).toString();
+    m_state = told.value(u"state"_s).toString();
     if (m_state == u"playing")
         return;
     m_isPlaying = false;
-    m_problem = told.value(QStringLiteral("problem")).toString();
+    m_problem = told.value(u"problem"_s).toString();
     if (m_state == u"stopped") {
-        m_problem = m_hasBegun ? QLatin1String("the scenario was stopped: ") + m_problem
-                               : QLatin1String("the scenario was never begun: ") + absenceText();
+        m_problem = m_hasBegun ? "the scenario was stopped: "_L1 + m_problem
+                               : "the scenario was never begun: "_L1 + absenceText();
     }
     writeReport();
     Q_EMIT finished();
@@ -145,8 +144,8 @@ void PlayedScenario::take(const QVariantMap &told)
 // What the application has not done.
 QString PlayedScenario::absenceText() const
 {
-    return m_options.waitFor == "request" ? QStringLiteral("the command requested nothing")
-                                          : QStringLiteral("the command opened no object");
+    return m_options.waitFor == "request" ? u"the command requested nothing"_s
+                                          : u"the command opened no object"_s;
 }
 
 void PlayedScenario::print(const QVariantMap &entry) const
@@ -158,13 +157,12 @@ void PlayedScenario::print(const QVariantMap &entry) const
     const QString outcome = textAt(entry, "outcome");
     QString line =
         painted(Paint::Dim,
-            QString::number(entry.value(QStringLiteral("time")).toDouble(), 'f', 1).rightJustified(9)
-                + QLatin1String(" s  "))
+            QString::number(entry.value(u"time"_s).toDouble(), 'f', 1).rightJustified(9) + " s  "_L1)
         + textAt(entry, "text");
     if (outcome == u"passed" || outcome == u"waiting")
-        line += painted(outcome == u"passed" ? Paint::Value : Paint::Dim, QLatin1String("  ... ") + outcome);
+        line += painted(outcome == u"passed" ? Paint::Value : Paint::Dim, "  ... "_L1 + outcome);
     else if (outcome == u"failed")
-        line += painted(Paint::Bold, QLatin1String("  ... FAILED: ")) + textAt(entry, "detail");
+        line += painted(Paint::Bold, "  ... FAILED: "_L1) + textAt(entry, "detail");
     printLine(line);
 }
 
@@ -180,14 +178,14 @@ void PlayedScenario::writeReport() const
         if (expectation.isEmpty() && !hasFailed)
             continue;
         cases.push_back({expectation.isEmpty() ? textAt(entry, "text") : expectation,
-            entry.toMap().value(QStringLiteral("seconds")).toDouble(),
-            hasFailed ? QString(textAt(entry, "place") + QLatin1String(": ") + textAt(entry, "text")
-                + QLatin1String(": ") + textAt(entry, "detail"))
+            entry.toMap().value(u"seconds"_s).toDouble(),
+            hasFailed ? QString(
+                textAt(entry, "place") + ": "_L1 + textAt(entry, "text") + ": "_L1 + textAt(entry, "detail"))
                       : QString()});
     }
     if (cases.empty() || m_state == u"stopped") {
-        cases.push_back({QStringLiteral("the scenario plays to its end"), 0,
-            m_state == u"passed" ? QString() : m_problem});
+        cases.push_back(
+            {u"the scenario plays to its end"_s, 0, m_state == u"passed" ? QString() : m_problem});
     }
     writeJUnitReport(QString::fromStdString(m_options.junit), QFileInfo(m_file).completeBaseName(), cases);
 }

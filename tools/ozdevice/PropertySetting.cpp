@@ -19,20 +19,18 @@ PropertySetting::PropertySetting(
         QStringList names;
         for (const QMetaProperty &property : meta::propertiesOf(entry.type))
             names.append(QLatin1String(property.name()));
-        throw CommandError(
-            WrongUse, unknownText(entry.name + QLatin1String(" has no property"), name, names));
+        throw CommandError(WrongUse, unknownText(entry.name + " has no property"_L1, name, names));
     }
     m_property = entry.type->property(index);
-    const QString title = entry.name + QLatin1String(": ") + name;
+    const QString title = entry.name + ": "_L1 + name;
     if (!m_property.isWritable())
-        throw CommandError(WrongUse, title + QLatin1String(" is read-only"));
+        throw CommandError(WrongUse, title + " is read-only"_L1);
     const QString expected = meta::expectation(m_property.metaType());
     if (!text)
-        throw CommandError(WrongUse, title + QLatin1String(" takes one value, ") + expected);
+        throw CommandError(WrongUse, title + " takes one value, "_L1 + expected);
     const auto value = meta::parseValue(*text, m_property.metaType());
     if (!value) {
-        throw CommandError(
-            WrongUse, title + QLatin1String(" is ") + expected + QLatin1String(", not '") + *text + u'\'');
+        throw CommandError(WrongUse, title + " is "_L1 + expected + ", not '"_L1 + *text + u'\'');
     }
     m_value = *value;
 }
@@ -49,9 +47,8 @@ void PropertySetting::applyTo(const FacilityInstance &instance) const
     if (!m_name.isEmpty()) {
         instance.object()->setProperty(m_name.constData(), m_value);
     } else if (!m_property.write(instance.object(), m_value)) {
-        throw CommandError(Failed,
-            instance.title() + QLatin1String(": ") + QLatin1String(m_property.name())
-                + QLatin1String(" was not set"));
+        throw CommandError(
+            Failed, instance.title() + ": "_L1 + QLatin1String(m_property.name()) + " was not set"_L1);
     }
 }
 

@@ -14,6 +14,8 @@
 
 namespace oz::tools {
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -31,10 +33,10 @@ struct ProcessEntry
 std::multimap<pid_t, ProcessEntry> processesByParent()
 {
     std::multimap<pid_t, ProcessEntry> processes;
-    for (const QString &name : QDir(QStringLiteral("/proc")).entryList(QDir::Dirs)) {
+    for (const QString &name : QDir(u"/proc"_s).entryList(QDir::Dirs)) {
         bool isNumber = false;
         const pid_t number = name.toInt(&isNumber);
-        QFile file(QLatin1String("/proc/") + name + QLatin1String("/stat"));
+        QFile file("/proc/"_L1 + name + "/stat"_L1);
         if (!isNumber || !file.open(QIODevice::ReadOnly))
             continue;
         // The name, which may hold anything, ends with the last bracket; state and parent follow.
@@ -128,7 +130,7 @@ QString RunningCommand::problem() const
 {
     if (m_process.error() != QProcess::FailedToStart)
         return {};
-    return m_words.first() + QLatin1String(": ") + m_process.errorString();
+    return m_words.first() + ": "_L1 + m_process.errorString();
 }
 
 } // namespace oz::tools

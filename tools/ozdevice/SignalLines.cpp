@@ -12,7 +12,7 @@ QString signalText(const QMetaMethod &signal, const QVariantList &arguments)
     QStringList texts;
     for (const QVariant &argument : arguments)
         texts.append(painted(Paint::Value, meta::valueText(argument)));
-    return QLatin1String(signal.name()) + u'(' + texts.join(QLatin1String(", ")) + u')';
+    return QLatin1String(signal.name()) + u'(' + texts.join(", "_L1) + u')';
 }
 
 bool isNumericTwin(const QMetaMethod &signal)
@@ -29,16 +29,14 @@ bool isNumericTwin(const QMetaMethod &signal)
 
 QString lineBeginning(const FacilityInstance &instance)
 {
-    const QString now = QDateTime::currentDateTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    return painted(Paint::Dim, now) + QLatin1String("  ") + painted(Paint::Bold, instance.title())
-        + QLatin1String("  ");
+    const QString now = QDateTime::currentDateTime().toString(u"HH:mm:ss.zzz"_s);
+    return painted(Paint::Dim, now) + "  "_L1 + painted(Paint::Bold, instance.title()) + "  "_L1;
 }
 
 QJsonObject jsonBeginning(const FacilityInstance &instance)
 {
-    QJsonObject beginning{
-        {QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
-        {QStringLiteral("facility"), instance.entry().name}};
+    QJsonObject beginning{{u"time"_s, QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
+        {u"facility"_s, instance.entry().name}};
     if (!instance.selected().isEmpty())
         beginning.insert(instance.entry().selector, instance.selected());
     return beginning;

@@ -59,14 +59,12 @@ TextScreen::TextScreen(std::function<void(char32_t)> onKey, std::function<void()
     : m_onKey(std::move(onKey)), m_onResize(std::move(onResize))
 {
     if (!::isatty(STDIN_FILENO) || !::isatty(STDOUT_FILENO))
-        throw CommandError(
-            WrongUse, QStringLiteral("this needs a terminal; `ozdevice watch` prints changes anywhere"));
+        throw CommandError(WrongUse, u"this needs a terminal; `ozdevice watch` prints changes anywhere"_s);
     const QByteArray terminal = qgetenv("TERM");
     m_screen = ::newterm(nullptr, stdout, stdin);
     if (!m_screen) {
-        throw CommandError(Failed,
-            QLatin1String("the terminal '") + QString::fromLocal8Bit(terminal)
-                + QLatin1String("' is not known here"));
+        throw CommandError(
+            Failed, "the terminal '"_L1 + QString::fromLocal8Bit(terminal) + "' is not known here"_L1);
     }
     ::cbreak();
     ::noecho();

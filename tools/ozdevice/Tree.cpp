@@ -10,15 +10,17 @@
 
 namespace oz::tools {
 
+using namespace Qt::StringLiterals;
+
 std::vector<ObjectAge> objectAges()
 {
-    const QString tree = devicePath(QStringLiteral("/pps"));
+    const QString tree = devicePath(u"/pps"_s);
     std::vector<ObjectAge> objects;
     // Names that begin with a dot are no objects.
     QDirIterator entries(
         tree, QDir::Files | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (entries.hasNext()) {
-        const QString path = QLatin1String("/pps") + entries.next().sliced(tree.size());
+        const QString path = "/pps"_L1 + entries.next().sliced(tree.size());
         objects.push_back({path, ageOf(path)});
     }
     std::sort(objects.begin(), objects.end(),
@@ -39,17 +41,17 @@ QString ageText(std::chrono::seconds age)
 {
     const qint64 seconds = age.count();
     if (seconds < 120)
-        return QString::number(seconds) + QLatin1String(" s");
+        return QString::number(seconds) + " s"_L1;
     if (seconds < 7200)
-        return QString::number(seconds / 60) + QLatin1String(" min");
+        return QString::number(seconds / 60) + " min"_L1;
     if (seconds < 172'800)
-        return QString::number(seconds / 3600) + QLatin1String(" h");
-    return QString::number(seconds / 86'400) + QLatin1String(" days");
+        return QString::number(seconds / 3600) + " h"_L1;
+    return QString::number(seconds / 86'400) + " days"_L1;
 }
 
 QString ppsPath(const QString &word)
 {
-    return word.startsWith(u'/') ? word : QString(QLatin1String("/pps/") + word);
+    return word.startsWith(u'/') ? word : QString("/pps/"_L1 + word);
 }
 
 } // namespace oz::tools

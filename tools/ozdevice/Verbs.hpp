@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Arguments.hpp"
+#include "facilities/CommandError.hpp"
 #include "ozdevice/Words.hpp"
 
 #include <functional>

@@ -53,7 +53,7 @@ void checkVerbs(Verb verb, char **words, char **end)
         }
         if (!named) {
             throw CommandError(WrongUse,
-                unknownText(QString::fromStdString(verb.name()) + QLatin1String(" has no verb"),
+                unknownText(QString::fromStdString(verb.name()) + " has no verb"_L1,
                     QString::fromStdString(word), known));
         }
         verb = *named;
@@ -83,12 +83,11 @@ int execute(int argc, char **argv)
     try {
         if (!parser.parse(int(dashes - argv), argv)) {
             if (!std::cout.flush())
-                throw CommandError(Failed, QStringLiteral("cannot write to standard output"));
+                throw CommandError(Failed, u"cannot write to standard output"_s);
             return Success;
         }
     } catch (const oz::arguments::WrongWords &error) {
-        throw CommandError(
-            WrongUse, QString::fromUtf8(error.what()) + QLatin1String(" (see ozdevice --help)"));
+        throw CommandError(WrongUse, QString::fromUtf8(error.what()) + " (see ozdevice --help)"_L1);
     }
     const QCoreApplication application(argc, argv);
     captureLog(verbose);

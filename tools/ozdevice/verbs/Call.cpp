@@ -51,7 +51,7 @@ public:
             std::condition_variable_any().wait_for(
                 lock, ended, std::chrono::milliseconds(500), [] { return false; });
             if (!ended.stop_requested())
-                printError(what + QLatin1String(" waits for the service (Ctrl-C breaks it off)"));
+                printError(what + " waits for the service (Ctrl-C breaks it off)"_L1);
         });
         pthread_sigmask(SIG_SETMASK, &before, nullptr);
     }
@@ -67,9 +67,9 @@ meta::MethodCall findMethod(const FacilityEntry &entry, const QString &name, con
     if (method)
         return *std::move(method);
     throw CommandError(WrongUse,
-        problem.isEmpty() ? unknownText(
-            entry.name + QLatin1String(" has no method"), name, meta::MethodCall::namesOf(entry.type))
-                          : QString(entry.name + QLatin1String(": ") + problem));
+        problem.isEmpty()
+            ? unknownText(entry.name + " has no method"_L1, name, meta::MethodCall::namesOf(entry.type))
+            : QString(entry.name + ": "_L1 + problem));
 }
 
 // Whether the device has the facility, where it has opened any of its objects.
@@ -91,8 +91,7 @@ bool printResult(const FacilityInstance &instance, const QByteArray &method, con
     }
     const int number = result.toInt();
     const char *name = returned->names.valueToKey(number);
-    printLine((name ? QString::fromLatin1(name) : QStringLiteral("unknown")) + QLatin1String(" (")
-        + QString::number(number) + u')');
+    printLine((name ? QString::fromLatin1(name) : u"unknown"_s) + " ("_L1 + QString::number(number) + u')');
     return !returned->success || number == *returned->success;
 }
 
@@ -130,7 +129,7 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
         notice.reset();
     const bool isAccepted = printResult(instance, name, result) && error.number() == 0;
     for (const QString &reason : isAccepted ? warnings : reasonsOf(instance, warnings, error))
-        printError(instance.title() + QLatin1String(": ") + reason);
+        printError(instance.title() + ": "_L1 + reason);
     return isAccepted ? completion.wait() : int(Failed);
 }
 
@@ -139,7 +138,7 @@ int call(const CallOptions &options)
     const FacilityEntry &entry = options.facility.entry();
     if (options.method.empty()) {
         if (meta::MethodCall::namesOf(entry.type).isEmpty())
-            throw CommandError(Failed, entry.name + QLatin1String(" has no methods"));
+            throw CommandError(Failed, entry.name + " has no methods"_L1);
         printMethods(entry);
         return Success;
     }
@@ -157,7 +156,7 @@ int call(const CallOptions &options)
     if (!instance.reportProblems())
         return Unavailable;
     if (entry.answers.contains(name) && !entry.returns.contains(name) && !isSupported(instance)) {
-        printError(instance.title() + QLatin1String(": the device does not support it"));
+        printError(instance.title() + ": the device does not support it"_L1);
         return Unavailable;
     }
     return invoke(instance, name, method, settings);

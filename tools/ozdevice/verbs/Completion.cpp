@@ -87,12 +87,11 @@ QStringList facilitiesLike(const QString &word)
 // The entries of a directory of the tree; names that begin with a dot are no objects.
 QStringList treePaths(const QString &begun)
 {
-    const QString directory =
-        begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : QStringLiteral("/pps/");
+    const QString directory = begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : u"/pps/"_s;
     QStringList paths;
     for (const QFileInfo &entry : QDir(devicePath(ppsPath(directory)))
                                       .entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot))
-        paths.append(directory + entry.fileName() + (entry.isDir() ? QStringLiteral("/") : QString()));
+        paths.append(directory + entry.fileName() + (entry.isDir() ? u"/"_s : QString()));
     return paths;
 }
 
@@ -107,8 +106,7 @@ QStringList attributesOf(const QString &path)
 
 QStringList simWords(const QStringList &before)
 {
-    const QVariantMap parts =
-        askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
+    const QVariantMap parts = askDaemon(u"describe"_s).toMap().value(u"simulated"_s).toMap();
     if (before.isEmpty())
         return parts.keys();
     const FacilityEntry *entry = findFacility(before.first());
@@ -118,25 +116,25 @@ QStringList simWords(const QStringList &before)
     QStringList found;
     for (const QString &name : names) {
         const QVariantMap part = parts.value(name).toMap();
-        const QStringList instances = part.value(QStringLiteral("instances")).toStringList();
+        const QStringList instances = part.value(u"instances"_s).toStringList();
         const qsizetype verbAt = instances.isEmpty() ? 1 : 2;
         if (before.size() < verbAt)
             return instances;
-        for (const QVariant &described : part.value(QStringLiteral("verbs")).toList()) {
+        for (const QVariant &described : part.value(u"verbs"_s).toList()) {
             const QVariantMap verb = described.toMap();
-            const QString verbName = verb.value(QStringLiteral("name")).toString();
+            const QString verbName = verb.value(u"name"_s).toString();
             if (before.size() == verbAt) {
                 found.append(verbName);
             } else if (before[verbAt] == verbName) {
                 // "on|off", "CELSIUS|unknown": what is in capitals stands for something.
                 const QString argument =
-                    verb.value(QStringLiteral("arguments")).toStringList().value(before.size() - verbAt - 1);
+                    verb.value(u"arguments"_s).toStringList().value(before.size() - verbAt - 1);
                 for (const QString &word : argument.split(u'|')) {
                     if (word == word.toLower())
                         found.append(word);
                 }
-                const QVariantMap choices = verb.value(QStringLiteral("choices")).toMap();
-                found += choices.value(argument).toMap().value(QStringLiteral("words")).toStringList();
+                const QVariantMap choices = verb.value(u"choices"_s).toMap();
+                found += choices.value(argument).toMap().value(u"words"_s).toStringList();
             }
         }
     }
@@ -170,16 +168,15 @@ QStringList valuesOf(const QString &option, const Before &before)
     if (option == u"--scenario")
         values = scenarioNames();
     if (option == u"--wait-for")
-        values = {QStringLiteral("open"), QStringLiteral("request"), QStringLiteral("none")};
+        values = {u"open"_s, u"request"_s, u"none"_s};
     if (option == u"--only")
-        values =
-            askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("recordable")).toStringList();
+        values = askDaemon(u"describe"_s).toMap().value(u"recordable"_s).toStringList();
     if (option == u"--set" && before.facility) {
         for (const QString &name : PropertySetting::namesOf(*before.facility))
             values.append(name + u'=');
     }
     for (const FacilityEntry &entry : facilityTable()) {
-        if (entry.instances && option == QString(QLatin1String("--") + entry.selector))
+        if (entry.instances && option == QString("--"_L1 + entry.selector))
             values = entry.instances();
     }
     return values;
@@ -207,7 +204,7 @@ QStringList candidates(const QString &verb, const Before &before, const QString 
     if (verb == u"sim")
         return simWords(before.words);
     if (verb == u"completion")
-        return {QStringLiteral("bash"), QStringLiteral("zsh"), QStringLiteral("fish")};
+        return {u"bash"_s, u"zsh"_s, u"fish"_s};
     return verb == u"play" ? scenarioNames() : QStringList();
 }
 

@@ -35,7 +35,7 @@ public:
                     instance.object(), [&](const QMetaMethod &signal, const QVariantList &arguments) {
                         if (!isNumericTwin(signal)) {
                             loop.guard([&] {
-                                printLine(QLatin1String("      ") + instance.title().leftJustified(24)
+                                printLine("      "_L1 + instance.title().leftJustified(24)
                                     + signalText(signal, arguments));
                             });
                         }
@@ -69,13 +69,12 @@ int demo(const DemoOptions &options)
         const auto console = isOnTerminal ? std::make_unique<Console>(phoneFacilities(), loop) : nullptr;
         const auto lines = isOnTerminal ? nullptr : std::make_unique<Lines>(loop);
         if (!isOnTerminal)
-            printLine(
-                painted(Paint::Bold, QStringLiteral("The library's classes, live on a simulated phone")));
+            printLine(painted(Paint::Bold, u"The library's classes, live on a simulated phone"_s));
         QObject::connect(&scenario, &PlayedScenario::said, qApp, [&](const QString &text) {
             if (console)
-                console->say(text + QStringLiteral("   (q: quit)"));
+                console->say(text + u"   (q: quit)"_s);
             else
-                loop.guard([&] { printLine(painted(Paint::Dim, QLatin1String("  ... ") + text)); });
+                loop.guard([&] { printLine(painted(Paint::Dim, "  ... "_L1 + text)); });
         });
         QObject::connect(&scenario, &PlayedScenario::finished, qApp, [&] {
             QTimer::singleShot(isOnTerminal ? LastLook : LastLook / 10, qApp, &QCoreApplication::quit);
@@ -88,8 +87,7 @@ int demo(const DemoOptions &options)
     if (!scenario.problem().isEmpty())
         throw CommandError(Failed, scenario.problem());
     printLine(painted(Paint::Bold,
-        QStringLiteral(
-            "That was the tour. Next: ozdevice run -- ozdevice top, ozdevice --help, or the README.")));
+        u"That was the tour. Next: ozdevice run -- ozdevice top, ozdevice --help, or the README."_s));
     return status;
 }
 

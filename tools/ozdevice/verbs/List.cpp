@@ -21,8 +21,7 @@ int list(const ListOptions &options)
         }
         rows.append({entry.name, QString::fromLatin1(entry.type->className()).section(u':', -1),
             entry.help
-                + (entry.selector.isEmpty() ? QString()
-                                            : QString(QLatin1String(" (--") + entry.selector + u')'))});
+                + (entry.selector.isEmpty() ? QString() : QString(" (--"_L1 + entry.selector + u')'))});
     }
     printRows(rows, {}, {Paint::Bold});
     return Success;

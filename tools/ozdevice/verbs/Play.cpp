@@ -31,27 +31,26 @@ int listInstalled()
 
 int listValues()
 {
-    const QVariantMap all = askDaemon(QStringLiteral("public-values")).toMap();
+    const QVariantMap all = askDaemon(u"public-values"_s).toMap();
     const auto text = [](const QVariantMap &row, const char *key) {
         return row.value(QLatin1String(key)).toString();
     };
     QList<QStringList> rows;
-    for (const QVariant &value : all.value(QStringLiteral("values")).toList()) {
+    for (const QVariant &value : all.value(u"values"_s).toList()) {
         const QVariantMap row = value.toMap();
-        const QVariant now = row.value(QStringLiteral("now"));
+        const QVariant now = row.value(u"now"_s);
         rows.append({text(row, "name"), now.isValid() ? meta::valueText(now) : QString(), text(row, "help"),
             QString(u'(' + text(row, "type") + u')')});
     }
-    printLine(painted(Paint::Bold, QStringLiteral("Values, for when, expect and while")));
-    printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Value});
+    printLine(painted(Paint::Bold, u"Values, for when, expect and while"_s));
+    printRows(rows, u"  "_s, {Paint::None, Paint::Value});
     rows.clear();
-    for (const QVariant &request : all.value(QStringLiteral("requests")).toList()) {
+    for (const QVariant &request : all.value(u"requests"_s).toList()) {
         const QVariantMap row = request.toMap();
-        rows.append({text(row, "name"), row.value(QStringLiteral("fields")).toStringList().join(u' '),
-            text(row, "help")});
+        rows.append({text(row, "name"), row.value(u"fields"_s).toStringList().join(u' '), text(row, "help")});
     }
-    printLine(painted(Paint::Bold, QStringLiteral("Requests, for expect-request; and what they come with")));
-    printRows(rows, QStringLiteral("  "));
+    printLine(painted(Paint::Bold, u"Requests, for expect-request; and what they come with"_s));
+    printRows(rows, u"  "_s);
     return Success;
 }
 
@@ -69,8 +68,8 @@ int play(const PlayOptions &options)
         }
     }
     if (options.scenario.scenario.empty())
-        throw CommandError(WrongUse,
-            QStringLiteral("play wants a scenario; `ozdevice play --list` lists those that are installed"));
+        throw CommandError(
+            WrongUse, u"play wants a scenario; `ozdevice play --list` lists those that are installed"_s);
     EventLoop loop;
     int status = Success;
     PlayedScenario scenario(options.scenario, loop);

@@ -47,14 +47,14 @@ CommandError failure(const QString &path, int error, const QString &text)
 {
     const bool unavailable =
         error == ENOENT || error == EACCES || error == ECONNREFUSED || error == ECONNRESET;
-    return {unavailable ? Unavailable : Failed, path + QLatin1String(": ") + text};
+    return {unavailable ? Unavailable : Failed, path + ": "_L1 + text};
 }
 
 CommandError failure(const PpsObject &object)
 {
     return failure(object.path(), object.error(),
         object.error() == EINVAL
-            ? QStringLiteral("no path of an object, or an unknown option (known are f=A+B, delta, wait)")
+            ? u"no path of an object, or an unknown option (known are f=A+B, delta, wait)"_s
             : object.errorString());
 }
 
@@ -62,16 +62,15 @@ CommandError failure(const PpsObject &object)
 QVariantMap parseLines(const PpsOptions &options)
 {
     if (options.words.empty())
-        throw CommandError(WrongUse, QStringLiteral("an attribute is wanted, for example name::text"));
+        throw CommandError(WrongUse, u"an attribute is wanted, for example name::text"_s);
     QByteArray text;
     for (const std::string &word : options.words)
         text += QByteArray::fromStdString(word) + '\n';
     QString problem;
     const QVariantMap message = PpsText::decode(text, &problem);
     if (!problem.isEmpty())
-        throw CommandError(WrongUse,
-            QLatin1String("attribute ") + problem
-                + QLatin1String(" (for example name::text, name:n:5, name:b:true)"));
+        throw CommandError(
+            WrongUse, "attribute "_L1 + problem + " (for example name::text, name:n:5, name:b:true)"_L1);
     return message.first().toMap();
 }
 
@@ -84,7 +83,7 @@ void print(const QByteArray &message, const PpsOptions &options)
     QString problem;
     const QVariantMap decoded = PpsText::decode(message, &problem);
     if (!problem.isEmpty())
-        throw CommandError(Failed, QLatin1String("malformed object: ") + problem);
+        throw CommandError(Failed, "malformed object: "_L1 + problem);
     const bool isOneOfMany = options.count || options.duration.seconds > 0;
     printJson(
         meta::valueJson(decoded).toObject(), isOneOfMany ? QJsonDocument::Compact : QJsonDocument::Indented);
@@ -104,15 +103,13 @@ int ls(const PpsOptions &options)
     const QString path = pathOf(options);
     const QFileInfo place(devicePath(path));
     if (!place.exists())
-        throw failure(path, ENOENT, QStringLiteral("No such file or directory"));
+        throw failure(path, ENOENT, u"No such file or directory"_s);
     if (!place.isDir())
-        throw CommandError(Failed, path + QLatin1String(": not a directory"));
+        throw CommandError(Failed, path + ": not a directory"_L1);
     for (const QFileInfo &entry :
         QDir(place.filePath()).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
         // "/" is a directory, "=" an object that a service serves.
-        const QString mark = entry.isDir() ? QStringLiteral("/")
-            : entry.isFile()               ? QString()
-                                           : QStringLiteral("=");
+        const QString mark = entry.isDir() ? u"/"_s : entry.isFile() ? QString() : u"="_s;
         printLine(entry.fileName() + mark);
     }
     return Success;
@@ -134,12 +131,11 @@ int get(const PpsOptions &options)
             .value(QLatin1Char('@') + QFileInfo(object.path().section(u'?', 0, 0)).fileName())
             .toMap();
     if (!problem.isEmpty())
-        throw CommandError(Failed, object.path() + QLatin1String(": ") + problem);
+        throw CommandError(Failed, object.path() + ": "_L1 + problem);
     const QString name = QString::fromStdString(options.attribute);
     if (!attributes.contains(name)) {
         throw CommandError(Unavailable,
-            object.path() + QLatin1String(": no attribute '") + name + QLatin1String("'; it has ")
-                + enumerated(attributes.keys()));
+            object.path() + ": no attribute '"_L1 + name + "'; it has "_L1 + enumerated(attributes.keys()));
     }
     const QVariant value = attributes.value(name);
     printLine(value.typeId() == QMetaType::QString ? value.toString() : meta::valueText(value));
@@ -151,11 +147,11 @@ int set(const PpsOptions &options)
     bool isMode = false;
     const mode_t mode = QString::fromStdString(options.mode).toUInt(&isMode, 8);
     if (!isMode || mode > 0777)
-        throw CommandError(WrongUse, QStringLiteral("--mode is an octal file mode such as 640"));
+        throw CommandError(WrongUse, u"--mode is an octal file mode such as 640"_s);
     const QFileInfo place(devicePath(pathOf(options)));
     if (place.exists() && !place.isFile() && !place.isDir()) {
         throw CommandError(
-            Failed, pathOf(options) + QLatin1String(": a service serves it; `ozdevice pps send` asks that"));
+            Failed, pathOf(options) + ": a service serves it; `ozdevice pps send` asks that"_L1);
     }
     PpsPublisher publisher(pathOf(options), mode);
     const QVariantMap attributes = parseLines(options);
@@ -187,7 +183,7 @@ int watch(const PpsOptions &options)
         if (ok)
             print(message, options);
         else
-            printLine(QLatin1String("# ") + object.errorString());
+            printLine("# "_L1 + object.errorString());
         if (object.error() == ECONNRESET)
             throw failure(object);
         if (options.count && ++seen >= options.count)
@@ -206,13 +202,13 @@ int send(const PpsOptions &options)
     PpsObject object(pathOf(options));
     const QString plain = object.path().section(u'?', 0, 0);
     if (QFileInfo(devicePath(plain)).isFile()) {
-        throw CommandError(Failed,
-            plain + QLatin1String(": a state object takes no messages; `ozdevice pps set` publishes it"));
+        throw CommandError(
+            Failed, plain + ": a state object takes no messages; `ozdevice pps set` publishes it"_L1);
     }
     const QByteArray message = PpsText::encode(parseLines(options));
     if (options.wait)
         object.setBlocking(true);
-    const bool reads = options.wait || object.path().contains(QLatin1String("wait"));
+    const bool reads = options.wait || object.path().contains("wait"_L1);
     if (!object.open(reads ? PpsOpenMode::PublishSubscribe : PpsOpenMode::Publish))
         throw failure(object);
     if (!object.write(message))

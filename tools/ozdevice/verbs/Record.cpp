@@ -39,43 +39,41 @@ public:
     {
         m_isPrivate = options.keepsIdentifiers;
         m_clock.start(); // before the daemon's own, so that no step is later than the end
-        (void)askDaemon(QStringLiteral("record"),
-            QVariantMap{{QStringLiteral("facilities"), toStringList(options.facilities)},
-                {QStringLiteral("keep-identifiers"), options.keepsIdentifiers}});
+        (void)askDaemon(u"record"_s,
+            QVariantMap{{u"facilities"_s, toStringList(options.facilities)},
+                {u"keep-identifiers"_s, options.keepsIdentifiers}});
     }
     void fetch(bool isLast = false)
     {
         for (bool isMore = true; isMore;) {
-            const QVariantMap told = askDaemon(QStringLiteral("recorded"),
-                QVariantMap{{QStringLiteral("from"), m_steps.size()},
-                    {QStringLiteral("end"),
-                        isLast}}).toMap();
-            m_phone = told.value(QStringLiteral("phone")).toMap();
-            m_hasMasked = told.value(QStringLiteral("masked")).toBool();
-            m_steps += told.value(QStringLiteral("steps")).toStringList();
-            isMore = m_steps.size() < told.value(QStringLiteral("count")).toLongLong();
+            const QVariantMap told = askDaemon(u"recorded"_s,
+                QVariantMap{{u"from"_s, m_steps.size()},
+                    {u"end"_s, isLast}}).toMap();
+            m_phone = told.value(u"phone"_s).toMap();
+            m_hasMasked = told.value(u"masked"_s).toBool();
+            m_steps += told.value(u"steps"_s).toStringList();
+            isMore = m_steps.size() < told.value(u"count"_s).toLongLong();
         }
     }
     void write(const QString &name) const
     {
         QSaveFile file(name);
-        const QString when = QDateTime::currentDateTime().toString(QStringLiteral("yyyy-MM-dd HH:mm"));
+        const QString when = QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm"_s);
         const QString seconds = QString::number(double(m_clock.elapsed() + 1) / 1000, 'f', 3);
         QByteArray phone = QJsonDocument(QJsonObject::fromVariantMap(m_phone)).toJson().trimmed();
         phone.replace('\n', "\n    ");
         QStringList steps = m_steps;
-        steps.append(QStringLiteral(R"({"at":%1,"say":"the end of the recording"})").arg(seconds));
+        steps.append(uR"({"at":%1,"say":"the end of the recording"})"_s.arg(seconds));
         const QByteArray text =
             "// What a device did, as `ozdevice record` wrote it down. Play it with\n// `ozdevice run "
             "--scenario FILE -- COMMAND`, which starts the phone below.\n{\n    \"description\": "
             "\"Recorded on "
             + when.toUtf8() + ", " + seconds.toLatin1() + " seconds\",\n    \"phone\": " + phone
-            + ",\n    \"steps\": [\n        " + steps.join(QLatin1String(",\n        ")).toUtf8()
-            + "\n    ]\n}\n";
+            + ",\n    \"steps\": [\n        " + steps.join(",\n        "_L1).toUtf8() + "\n    ]\n}\n";
         const bool isOpen = file.open(QIODevice::WriteOnly)
             && (!m_isPrivate || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
         if (!isOpen || file.write(text) != text.size() || !file.commit())
-            throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
+            throw CommandError(Failed, name + ": "_L1 + file.errorString());
     }
     [[nodiscard]] qsizetype count() const { return m_steps.size(); }
     [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
@@ -93,7 +91,7 @@ int record(const RecordOptions &options)
     const QString name = QString::fromStdString(options.file);
     // Found out now, and not when everything has been recorded.
     if (QSaveFile file(name); !file.open(QIODevice::WriteOnly))
-        throw CommandError(Failed, name + QLatin1String(": ") + file.errorString());
+        throw CommandError(Failed, name + ": "_L1 + file.errorString());
     EventLoop loop;
     std::unique_ptr<RunningCommand> command;
     const TerminationSignals signals([&](int signal) {
@@ -131,9 +129,9 @@ int record(const RecordOptions &options)
     recording.write(name);
     const int status = command && !command->isRunning() ? command->status() : Success;
     command.reset();
-    printError(QStringLiteral("%1 steps are in %2").arg(recording.count()).arg(name));
+    printError(u"%1 steps are in %2"_s.arg(recording.count()).arg(name));
     if (recording.hasMasked())
-        printError(QStringLiteral("names and identifiers are masked; --keep-identifiers keeps them"));
+        printError(u"names and identifiers are masked; --keep-identifiers keeps them"_s);
     return status;
 }
 

@@ -34,9 +34,9 @@ public:
     {
         m_process.setProcessChannelMode(QProcess::ForwardedChannels);
         m_process.setChildProcessModifier([&signals] { signals.unblock(); });
-        m_process.start(QCoreApplication::applicationDirPath() + QLatin1String("/ozdevice-panel"), {});
+        m_process.start(QCoreApplication::applicationDirPath() + "/ozdevice-panel"_L1, {});
         if (!m_process.waitForStarted())
-            printError(QLatin1String("the panel: ") + m_process.errorString());
+            printError("the panel: "_L1 + m_process.errorString());
     }
     ~Panel()
     {
@@ -61,7 +61,7 @@ void offerModules()
     const QDir here(QCoreApplication::applicationDirPath());
     for (const char *folder : {OZ_MODULES_FROM_PROGRAM, "../qml"}) {
         const QString modules = QDir::cleanPath(here.filePath(QLatin1String(folder)));
-        if (!QFileInfo::exists(modules + QLatin1String("/oz/device/qmldir")))
+        if (!QFileInfo::exists(modules + "/oz/device/qmldir"_L1))
             continue;
         QStringList paths = qEnvironmentVariable(variable).split(QDir::listSeparator(), Qt::SkipEmptyParts);
         if (!paths.contains(modules))
@@ -184,15 +184,14 @@ int Run::status() const
         return Success;
     throw CommandError(Failed,
         m_scenario->wasStopped()
-            ? QStringLiteral("the command ended before the scenario, which still expects something of it")
+            ? u"the command ended before the scenario, which still expects something of it"_s
             : m_scenario->problem());
 }
 
 int run(const RunOptions &options)
 {
     if (options.words.empty()) {
-        throw CommandError(
-            WrongUse, QStringLiteral("run needs a command: ozdevice run -- COMMAND [ARGUMENT...]"));
+        throw CommandError(WrongUse, u"run needs a command: ozdevice run -- COMMAND [ARGUMENT...]"_s);
     }
     return Run(options).run();
 }

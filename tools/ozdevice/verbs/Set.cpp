@@ -26,12 +26,9 @@ int set(const SetOptions &options)
     if (!instance.reportProblems())
         return Unavailable;
     setting.applyTo(instance);
-    printLine(
-        name + QLatin1String(" = ") + meta::valueText(instance.object()->property(options.property.c_str())));
-    printError(name
-        + QLatin1String(" belongs to this one object, which is gone now; a call of one that has it is ")
-        + QLatin1String("ozdevice call ") + entry.name + QLatin1String(" METHOD --set ") + name
-        + QLatin1String("=VALUE"));
+    printLine(name + " = "_L1 + meta::valueText(instance.object()->property(options.property.c_str())));
+    printError(name + " belongs to this one object, which is gone now; a call of one that has it is "_L1
+        + "ozdevice call "_L1 + entry.name + " METHOD --set "_L1 + name + "=VALUE"_L1);
     return Success;
 }
 

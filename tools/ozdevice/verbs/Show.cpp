@@ -40,8 +40,8 @@ QJsonObject valuesOf(const FacilityInstance &instance)
     QJsonObject values;
     for (const QMetaProperty &property : meta::propertiesOf(instance.entry().type)) {
         values.insert(QLatin1String(property.name()),
-            QJsonObject{{QStringLiteral("type"), meta::typeText(property.metaType())},
-                {QStringLiteral("value"), meta::valueJson(property.read(instance.object()))}});
+            QJsonObject{{u"type"_s, meta::typeText(property.metaType())},
+                {u"value"_s, meta::valueJson(property.read(instance.object()))}});
     }
     return values;
 }
@@ -54,7 +54,7 @@ void print(const FacilityInstance &instance)
             meta::valueText(property.read(instance.object()))});
     }
     printLine(painted(Paint::Bold, instance.title()));
-    printRows(rows, QStringLiteral("  "), {Paint::None, Paint::Dim, Paint::Value});
+    printRows(rows, u"  "_s, {Paint::None, Paint::Dim, Paint::Value});
 }
 
 // One value alone, for a script.

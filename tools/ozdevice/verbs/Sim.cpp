@@ -14,14 +14,14 @@ struct SimOptions
 
 QVariantMap simulatedParts()
 {
-    return askDaemon(QStringLiteral("describe")).toMap().value(QStringLiteral("simulated")).toMap();
+    return askDaemon(u"describe"_s).toMap().value(u"simulated"_s).toMap();
 }
 
 QStringList verbsOf(const QVariant &part)
 {
     QStringList verbs;
-    for (const QVariant &verb : part.toMap().value(QStringLiteral("verbs")).toList())
-        verbs.append(verb.toMap().value(QStringLiteral("name")).toString());
+    for (const QVariant &verb : part.toMap().value(u"verbs"_s).toList())
+        verbs.append(verb.toMap().value(u"name"_s).toString());
     return verbs;
 }
 
@@ -41,7 +41,7 @@ QString partOf(const QString &word, const QString &verb)
             return part;
         known += verbs;
     }
-    throw CommandError(WrongUse, unknownText(entry->name + QLatin1String(" has no"), verb, known));
+    throw CommandError(WrongUse, unknownText(entry->name + " has no"_L1, verb, known));
 }
 
 void listParts()
@@ -50,17 +50,17 @@ void listParts()
     for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
         const QVariantMap described = part->toMap();
         QStringList begin{part.key()};
-        if (described.contains(QStringLiteral("instances"))) {
-            begin.append(QStringLiteral("NAME"));
-            printLine(painted(Paint::Bold, begin.join(u' ').leftJustified(40)) + QLatin1String(" NAME is ")
-                + described.value(QStringLiteral("instances")).toStringList().join(u'|'));
+        if (described.contains(u"instances"_s)) {
+            begin.append(u"NAME"_s);
+            printLine(painted(Paint::Bold, begin.join(u' ').leftJustified(40)) + " NAME is "_L1
+                + described.value(u"instances"_s).toStringList().join(u'|'));
         }
-        for (const QVariant &verb : described.value(QStringLiteral("verbs")).toList()) {
+        for (const QVariant &verb : described.value(u"verbs"_s).toList()) {
             const QVariantMap entry = verb.toMap();
-            const QStringList usage = begin + QStringList{entry.value(QStringLiteral("name")).toString()}
-                + entry.value(QStringLiteral("arguments")).toStringList();
+            const QStringList usage = begin + QStringList{entry.value(u"name"_s).toString()}
+                + entry.value(u"arguments"_s).toStringList();
             printLine(painted(Paint::Bold, usage.join(u' ').leftJustified(40)) + u' '
-                + entry.value(QStringLiteral("help")).toString());
+                + entry.value(u"help"_s).toString());
         }
     }
 }
@@ -73,13 +73,11 @@ int sim(const SimOptions &options)
         return Success;
     }
     if (words.size() == 1)
-        throw CommandError(WrongUse,
-            QLatin1String("sim ") + words[0] + QLatin1String(" wants a verb; `ozdevice sim` lists them"));
+        throw CommandError(WrongUse, "sim "_L1 + words[0] + " wants a verb; `ozdevice sim` lists them"_L1);
     const QString facility = words.takeFirst();
     const QString verb = words.takeFirst();
-    (void)askDaemon(QStringLiteral("sim"),
-        QVariantMap{{QStringLiteral("facility"), partOf(facility, verb)}, {QStringLiteral("verb"), verb},
-            {QStringLiteral("arguments"), words}});
+    (void)askDaemon(u"sim"_s,
+        QVariantMap{{u"facility"_s, partOf(facility, verb)}, {u"verb"_s, verb}, {u"arguments"_s, words}});
     return Success;
 }
 

@@ -32,12 +32,12 @@ QJsonObject sourcesJson(const std::vector<SourceState> &sources)
 {
     QJsonObject facilities;
     for (const SourceState &source : sources) {
-        QJsonObject facility{{QStringLiteral("source"), source.source},
-            {QStringLiteral("state"), source.state}, {QStringLiteral("auto"), source.isAutomatic},
+        QJsonObject facility{{u"source"_s, source.source}, {u"state"_s, source.state},
+            {u"auto"_s, source.isAutomatic},
             // The first key is that of status, the second one that of doctor.
-            {QStringLiteral("reason"), source.reason}, {QStringLiteral("why"), source.reason}};
+            {u"reason"_s, source.reason}, {u"why"_s, source.reason}};
         if (const QStringList instances = instancesOf(source); !instances.isEmpty())
-            facility.insert(QStringLiteral("instances"), QJsonArray::fromStringList(instances));
+            facility.insert(u"instances"_s, QJsonArray::fromStringList(instances));
         facilities.insert(source.facility, facility);
     }
     return facilities;
@@ -45,14 +45,13 @@ QJsonObject sourcesJson(const std::vector<SourceState> &sources)
 
 void printSources(const std::vector<SourceState> &sources)
 {
-    QList<QStringList> rows{{QStringLiteral("facility"), QStringLiteral("source"), QStringLiteral("state"),
-        QStringLiteral("instances"), QStringLiteral("why")}};
+    QList<QStringList> rows{{u"facility"_s, u"source"_s, u"state"_s, u"instances"_s, u"why"_s}};
     for (const SourceState &source : sources) {
-        const QString state = source.state == u"known" ? QStringLiteral("works")
-            : source.state.isEmpty()                   ? QStringLiteral("-")
+        const QString state = source.state == u"known" ? u"works"_s
+            : source.state.isEmpty()                   ? u"-"_s
                                                        : source.state;
-        rows.append({source.facility, source.source, state, instancesOf(source).join(QLatin1String(", ")),
-            source.reason});
+        rows.append(
+            {source.facility, source.source, state, instancesOf(source).join(", "_L1), source.reason});
     }
     printRows(rows, {}, {Paint::Bold});
     printLine({});
@@ -60,40 +59,35 @@ void printSources(const std::vector<SourceState> &sources)
 
 QJsonObject statusJson(const DaemonState &daemon)
 {
-    QJsonObject process{{QStringLiteral("running"), daemon.isRunning},
-        {QStringLiteral("tree"), devicePath(QStringLiteral("/pps"))}};
-    if (const QVariant pid = daemon.status.value(QStringLiteral("pid")); pid.isValid())
-        process.insert(QStringLiteral("pid"), QJsonValue::fromVariant(pid));
+    QJsonObject process{{u"running"_s, daemon.isRunning}, {u"tree"_s, devicePath(u"/pps"_s)}};
+    if (const QVariant pid = daemon.status.value(u"pid"_s); pid.isValid())
+        process.insert(u"pid"_s, QJsonValue::fromVariant(pid));
     if (daemon.age)
-        process.insert(QStringLiteral("age"), qint64(daemon.age->count()));
+        process.insert(u"age"_s, qint64(daemon.age->count()));
     if (!daemon.problem.isEmpty())
-        process.insert(QStringLiteral("problem"), daemon.problem);
+        process.insert(u"problem"_s, daemon.problem);
     QJsonObject objects;
     for (const ObjectAge &object : objectAges()) {
         objects.insert(object.path,
-            object.age ? QJsonObject{{QStringLiteral("age"), qint64(object.age->count())}}
-                       : QJsonObject{{QStringLiteral("served"), true}});
+            object.age ? QJsonObject{{u"age"_s, qint64(object.age->count())}}
+                       : QJsonObject{{u"served"_s, true}});
     }
-    return {{QStringLiteral("daemon"), process},
-        {QStringLiteral("facilities"), sourcesJson(sourceStates(daemon))},
-        {QStringLiteral("objects"), objects}};
+    return {{u"daemon"_s, process}, {u"facilities"_s, sourcesJson(sourceStates(daemon))},
+        {u"objects"_s, objects}};
 }
 
 void printStatus(const DaemonState &daemon)
 {
     if (daemon.isRunning) {
-        printLine(QLatin1String("ozdeviced is running: process ")
-            + daemon.status.value(QStringLiteral("pid")).toString() + QLatin1String(", ")
-            + devicePath(QStringLiteral("/pps"))
-            + (daemon.age ? QString(QLatin1String(", status ") + ageText(*daemon.age) + QLatin1String(" old"))
-                          : QString()));
+        printLine("ozdeviced is running: process "_L1 + daemon.status.value(u"pid"_s).toString() + ", "_L1
+            + devicePath(u"/pps"_s)
+            + (daemon.age ? QString(", status "_L1 + ageText(*daemon.age) + " old"_L1) : QString()));
         printLine({});
         printSources(sourceStates(daemon));
     }
     QList<QStringList> rows;
     for (const ObjectAge &object : objectAges()) {
-        rows.append({object.path,
-            object.age ? QString(ageText(*object.age) + QLatin1String(" old")) : QStringLiteral("served")});
+        rows.append({object.path, object.age ? QString(ageText(*object.age) + " old"_L1) : u"served"_s});
     }
     printRows(rows);
 }
@@ -125,7 +119,7 @@ QString problemOf(const ObjectAge &object)
     bool ok = true;
     if (object.age && state.open(PpsOpenMode::Subscribe))
         (void)PpsObject::decode(state.read(), &ok);
-    return ok ? QString() : QString(object.path + QLatin1String(": its content is malformed"));
+    return ok ? QString() : QString(object.path + ": its content is malformed"_L1);
 }
 
 // Empty for a source that the daemon chose by itself: the device may lack that facility.
@@ -133,8 +127,8 @@ QString problemOf(const SourceState &source)
 {
     if (source.state != u"absent" || source.isAutomatic)
         return {};
-    return source.facility + QLatin1String(": the source '") + source.source + QLatin1String("' is absent: ")
-        + (source.reason.isEmpty() ? QStringLiteral("it does not say why") : source.reason);
+    return source.facility + ": the source '"_L1 + source.source + "' is absent: "_L1
+        + (source.reason.isEmpty() ? u"it does not say why"_s : source.reason);
 }
 
 qsizetype fedCount(const std::vector<SourceState> &sources)
@@ -151,12 +145,11 @@ QStringList findProblems(const DaemonState &daemon, const std::vector<SourceStat
             problems.append(problem);
     };
     if (!daemon.isRunning)
-        add(unfedText(daemon)
-            + QLatin1String("; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"));
+        add(unfedText(daemon) + "; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"_L1);
     for (const SourceState &source : sources)
         add(problemOf(source));
     if (daemon.isRunning && problems.isEmpty() && fedCount(sources) == 0)
-        add(QStringLiteral("no facility is fed"));
+        add(u"no facility is fed"_s);
     for (const ObjectAge &object : objectAges()) {
         // The served objects that a dead daemon has left behind are no problems of their own.
         if (daemon.isRunning || object.age)
@@ -175,12 +168,11 @@ void printFindings(const std::vector<SourceState> &sources, const QStringList &p
         return;
     const qsizetype fed = fedCount(sources);
     if (problems.isEmpty())
-        printLine(QStringLiteral("the services run, and every object can be read"));
-    printLine(QStringLiteral("%1 of %2 facilities are fed").arg(fed).arg(sources.size()));
+        printLine(u"the services run, and every object can be read"_s);
+    printLine(u"%1 of %2 facilities are fed"_s.arg(fed).arg(sources.size()));
     if (fed < qsizetype(sources.size())) {
-        printLines(QStringLiteral(
-            "the others are unknown to applications until what the table names is there;\n"
-            "`ozdevice run -- COMMAND` runs a command on a simulated phone, which has them all"));
+        printLines(u"the others are unknown to applications until what the table names is there;\n"
+                   "`ozdevice run -- COMMAND` runs a command on a simulated phone, which has them all"_s);
     }
 }
 
@@ -190,9 +182,8 @@ int doctor(const DoctorOptions &options)
     const auto sources = daemon.isRunning ? sourceStates(daemon) : std::vector<SourceState>();
     const QStringList problems = findProblems(daemon, sources);
     if (options.json) {
-        printJson(
-            {{QStringLiteral("facilities"), sourcesJson(sources)}, {QStringLiteral("fed"), fedCount(sources)},
-                {QStringLiteral("problems"), QJsonArray::fromStringList(problems)}},
+        printJson({{u"facilities"_s, sourcesJson(sources)}, {u"fed"_s, fedCount(sources)},
+                      {u"problems"_s, QJsonArray::fromStringList(problems)}},
             QJsonDocument::Indented);
     } else {
         printFindings(sources, problems);

@@ -17,8 +17,8 @@ int waitReady(const WaitReadyOptions &options)
 {
     if (!client::DaemonClient().waitUntilReady(options.timeout.milliseconds())) {
         throw CommandError(Unavailable,
-            QLatin1String("no ozdeviced became ready under ") + devicePath(QStringLiteral("/pps"))
-                + QLatin1String(" within ") + QString::number(options.timeout.seconds) + QLatin1String(" s"));
+            "no ozdeviced became ready under "_L1 + devicePath(u"/pps"_s) + " within "_L1
+                + QString::number(options.timeout.seconds) + " s"_L1);
     }
     return Success;
 }

@@ -42,9 +42,9 @@ void printSignal(
     for (const QVariant &argument : arguments)
         values.append(meta::valueJson(argument));
     QJsonObject line = jsonBeginning(instance);
-    line.insert(QStringLiteral("signal"), QLatin1String(signal.name()));
-    line.insert(QStringLiteral("signature"), QLatin1String(signal.methodSignature()));
-    line.insert(QStringLiteral("arguments"), values);
+    line.insert(u"signal"_s, QLatin1String(signal.name()));
+    line.insert(u"signature"_s, QLatin1String(signal.methodSignature()));
+    line.insert(u"arguments"_s, values);
     printJson(line, QJsonDocument::Compact);
 }
 
@@ -53,8 +53,8 @@ void printChange(
 {
     if (asJson) {
         QJsonObject line = jsonBeginning(instance);
-        line.insert(QStringLiteral("object"), path);
-        line.insert(QStringLiteral("changed"), meta::valueJson(changed));
+        line.insert(u"object"_s, path);
+        line.insert(u"changed"_s, meta::valueJson(changed));
         printJson(line, QJsonDocument::Compact);
         return;
     }
@@ -65,7 +65,7 @@ void printChange(
                 ? QString(attribute.key() + u'=' + painted(Paint::Value, meta::valueText(*attribute)))
                 : QString(u'-' + attribute.key()));
     }
-    printLine(lineBeginning(instance) + path.section(u'/', -1) + QLatin1String(": ") + texts.join(u' '));
+    printLine(lineBeginning(instance) + path.section(u'/', -1) + ": "_L1 + texts.join(u' '));
 }
 
 // Prints the signals and changes of facilities until a limit of the options is reached.
@@ -118,10 +118,9 @@ bool Watch::add(const FacilityEntry &entry, const QString &selected)
 bool Watch::addObject(Watched *watched, const QString &path)
 {
     const FacilityInstance &instance = watched->instance;
-    PpsObject *object =
-        watched->objects.emplace_back(std::make_unique<PpsObject>(path + QLatin1String("?delta"))).get();
+    PpsObject *object = watched->objects.emplace_back(std::make_unique<PpsObject>(path + "?delta"_L1)).get();
     if (!object->open(PpsOpenMode::Subscribe)) {
-        printError(instance.title() + QLatin1String(": ") + Problem{path, object->error()}.text());
+        printError(instance.title() + ": "_L1 + Problem{path, object->error()}.text());
         return false;
     }
     (void)object->read(); // the present content is no change
@@ -136,7 +135,7 @@ bool Watch::addObject(Watched *watched, const QString &path)
 void Watch::addCounters(const FacilityEntry &entry, const QStringList &selected)
 {
     if (m_options.every.milliseconds().count() == 0)
-        throw CommandError(WrongUse, QStringLiteral("--every is a time longer than 0"));
+        throw CommandError(WrongUse, u"--every is a time longer than 0"_s);
     CounterTable *table =
         m_tables.emplace_back(std::make_unique<CounterTable>(entry, selected, m_options.json)).get();
     m_counterTimer.callOnTimeout([this, table] { printOne([table] { table->printNext(); }); });
@@ -167,7 +166,7 @@ int watch(const WatchOptions &options)
     const bool hasCounters =
         std::any_of(entries.begin(), entries.end(), [](const auto *entry) { return bool(entry->readAnew); });
     if (options.hasEvery && !(hasCounters && options.facilities.isNamed()))
-        throw CommandError(WrongUse, QStringLiteral("--every is for counters, which only network has"));
+        throw CommandError(WrongUse, u"--every is for counters, which only network has"_s);
     const auto there = withoutUnfed(entries);
     Watch watch(options);
     bool available = there.size() == entries.size();

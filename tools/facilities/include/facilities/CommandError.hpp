@@ -7,6 +7,8 @@
 
 namespace oz::tools {
 
+using namespace Qt::StringLiterals;
+
 /*! The exit statuses of the program, beside those of commands that it runs and of signals. */
 enum Status {
     Success = 0,

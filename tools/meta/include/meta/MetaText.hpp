@@ -11,6 +11,8 @@
 /*! Values of properties and parameters as people write and read them: enumerators by name, maps as JSON. */
 namespace oz::meta {
 
+using namespace Qt::StringLiterals;
+
 /*! The enumeration (or flag set) that \a type is; an invalid one where it is none. */
 [[nodiscard]] QMetaEnum enumOf(QMetaType type);
 
