@@ -682,7 +682,7 @@ TEST_F(CommandTest, AScenarioBeginsWhenTheCommandIsThere)
         {{"--until-played"}, "true", 1, never + "opened no object\n"},
         {{"--wait-for", "request", "--junit", report}, slow + "level 9", 1, never + "requested nothing\n"},
         {{"--wait-for", "no"}, "true", 2,
-            "ozdevice: --wait-for: no not in {open,request,none} (see ozdevice --help)\n"},
+            "ozdevice: --wait-for: no not in {open,request,none} (see ozdevice run --help)\n"},
     };
     for (const auto &[options, script, status, errors] : rows) {
         const Result result = run(QStringList{"run", "--scenario", root.file("/s.json"), "--speed", "max"}

@@ -166,7 +166,7 @@ std::vector<FacilityEntry> makeTable()
             .measures = {{u"signalStrength"_s, {u"dBm"_s, u"0"_s}}},
             .selector = u"index"_s,
             .instances = cellularNetworks,
-            .mayCome = [](const QString &selected) { return NetworkIndices.contains(selected); }},
+            .mayAppear = [](const QString &selected) { return NetworkIndices.contains(selected); }},
         {.name = u"data-profile"_s,
             .help = u"a cellular data profile"_s,
             .type = &CellularDataInterface::staticMetaObject,
@@ -178,7 +178,7 @@ std::vector<FacilityEntry> makeTable()
                 {"requestConnect", "requestDisconnect"}, ConnectionResult::Requested),
             .selector = u"name"_s,
             .instances = [] { return CellularDataInterface().allNames(); },
-            .mayCome = [](const QString &) { return true; },
+            .mayAppear = [](const QString &) { return true; },
             .needsSelection = true,
             .methodsWithoutSelection = {"allNames"}},
         {.name = u"display"_s,
@@ -237,7 +237,7 @@ std::vector<FacilityEntry> makeTable()
             .make = makeNamed<NetworkDataUsage>,
             .glance = {u"bytesReceived"_s, u"bytesSent"_s},
             .falseOnFailure = {"update"},
-            .readAnew = [](QObject *object) { return qobject_cast<NetworkDataUsage *>(object)->update(); },
+            .refresh = [](QObject *object) { return qobject_cast<NetworkDataUsage *>(object)->update(); },
             .selector = u"interface"_s,
             .instances = networkInterfaces,
             .needsSelection = true},
@@ -263,7 +263,7 @@ QStringList FacilityEntry::feedingParts() const
 
 const std::vector<FacilityEntry> &facilityTable()
 {
-    // meta::enumOf() reads its flag set by way of the registered enumeration.
+    // meta::enumOf() finds the flag set through its registered enumeration.
     qRegisterMetaType<device::WiFiDirectSecondaryDeviceType::Type>();
     static const std::vector<FacilityEntry> table = makeTable();
     return table;
@@ -273,7 +273,7 @@ std::vector<const FacilityEntry *> phoneFacilities()
 {
     std::vector<const FacilityEntry *> entries;
     for (const FacilityEntry &entry : facilityTable()) {
-        if (!entry.readAnew)
+        if (!entry.refresh)
             entries.push_back(&entry);
     }
     return entries;

@@ -19,7 +19,7 @@ bool isFlagSet(QMetaType type)
 
 qint64 enumNumber(const QVariant &value)
 {
-    // A flag set has no conversion of its own; it is an int in memory, as every enumeration here.
+    // A flag set has no conversion of its own. Like every enumeration here, it is an int in memory.
     const QMetaType type = value.metaType();
     if (type.sizeOf() == sizeof(int))
         return *static_cast<const int *>(value.constData());
@@ -69,7 +69,7 @@ QMetaEnum enumOf(QMetaType type)
 {
     const QByteArray name(type.name());
     // A flag set has the name of its template: QFlags<oz::device::CellularTechnology::Type>. One that its
-    // holder does not declare is read by its enumeration, where that is registered.
+    // holder does not declare is found through its enumeration, if that is registered.
     bool isFlags = isFlagSet(type);
     const QByteArray plain = isFlags ? name.sliced(7, name.size() - 8) : name;
     const QMetaObject *scope = type.metaObject();
@@ -115,7 +115,7 @@ QString valueText(const QVariant &value)
     if (isFlagSet(type))
         return QString::number(enumNumber(value));
     switch (type.id()) {
-    // As many digits as tell the value from its neighbours: 25.34f is not 25.34000015.
+    // Enough digits to tell the value from its neighbours: 25.34f is not 25.34000015.
     case QMetaType::Float:
         return QString::number(value.toDouble(), 'g', 7);
     case QMetaType::QString:
@@ -202,7 +202,7 @@ std::optional<QVariant> parseValue(const QString &text, QMetaType type)
     QVariant value(text);
     if (!value.convert(type))
         return std::nullopt;
-    // QVariant cuts a number that is too large for the type; then it does not come back as it was.
+    // QVariant truncates a number that is too large for the type.
     bool isInteger = false;
     const qlonglong integer = text.toLongLong(&isInteger);
     if (isInteger && value.toLongLong() != integer && value.toDouble() != double(integer))

@@ -53,7 +53,7 @@ std::optional<MethodCall> MethodCall::find(
 
 QVariant MethodCall::invoke(QObject *object) const
 {
-    // What QMetaMethod::invoke() does, with values whose types are known only here.
+    // Does what QMetaMethod::invoke() does, with types that are known only at run time.
     QVariant result;
     void *place = nullptr;
     if (m_method.returnMetaType().id() != QMetaType::Void) {

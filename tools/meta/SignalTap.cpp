@@ -4,10 +4,10 @@
 
 namespace oz::meta {
 
-SignalTap::SignalTap(QObject *sender, Heard heard) : m_heard(std::move(heard))
+SignalTap::SignalTap(QObject *sender, Handler handler) : m_handler(std::move(handler))
 {
     for (const QMetaMethod &method : signalsOf(sender->metaObject())) {
-        // Slots without a declaration: their numbers follow those of QObject, see qt_metacall().
+        // These slots are not declared; qt_metacall() receives their numbers, which follow those of QObject.
         const int slot = QObject::staticMetaObject.methodCount() + int(m_signals.size());
         if (QMetaObject::connect(sender, method.methodIndex(), this, slot, Qt::DirectConnection))
             m_signals.push_back(method);
@@ -26,7 +26,7 @@ int SignalTap::qt_metacall(QMetaObject::Call call, int id, void **arguments)
         values.append(type.id() == QMetaType::QVariant ? *static_cast<const QVariant *>(arguments[i + 1])
                                                        : QVariant(type, arguments[i + 1]));
     }
-    m_heard(signal, values);
+    m_handler(signal, values);
     return -1;
 }
 

@@ -13,16 +13,16 @@ namespace oz::tools {
 
 namespace {
 
-// What a service has taken it has begun by then.
+// The service begins an accepted request within this time.
 constexpr std::chrono::milliseconds BeginDeadline{500};
 
 } // namespace
 
 CallCompletion::CallCompletion(
-    const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Heard &heard)
+    const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Handler &handler)
     : m_instance(instance), m_answer(instance.entry().answers.value(method)),
-      m_tap(instance.object(), [this, heard](const QMetaMethod &signal, const QVariantList &arguments) {
-          onSignal(signal, arguments, heard);
+      m_tap(instance.object(), [this, handler](const QMetaMethod &signal, const QVariantList &arguments) {
+          onSignal(signal, arguments, handler);
       })
 {
     const FacilityEntry &entry = instance.entry();
@@ -36,10 +36,10 @@ CallCompletion::CallCompletion(
 }
 
 void CallCompletion::onSignal(
-    const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Heard &heard)
+    const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Handler &handler)
 {
     if (m_instance.entry().busy.isEmpty() && !m_answered)
-        m_loop.guard([&] { heard(signal, arguments); });
+        m_loop.guard([&] { handler(signal, arguments); });
     if (!m_answer.signal.isEmpty() && signal.name() == m_answer.signal && !m_answered) {
         m_answered = true;
         const bool isRefused = !arguments.isEmpty() && meta::valueText(arguments.first()) != u"Success";
@@ -57,7 +57,7 @@ bool CallCompletion::isBusy() const
 
 int CallCompletion::wait()
 {
-    // What the call has put off until it has returned, such as the signal that brings a session's key.
+    // Delivers what the call has queued, such as the signal with the key of a session.
     QCoreApplication::sendPostedEvents(m_instance.object(), QEvent::MetaCall);
     m_loop.check();
     if (isOver())

@@ -10,29 +10,26 @@
 
 namespace oz::tools {
 
-/*!
- * Follows a call from before it is made until what it began has ended, for facilities whose calls go on after
- * they returned, or are answered by a signal.
- */
+/*! Follows a call until its effect ends or its answer arrives, for facilities whose calls return earlier.
+ * Create it before the call. */
 class CallCompletion
 {
 public:
-    /*!
-     * Tells \a heard each signal that comes meanwhile, but of a facility that goes on by itself. Throws
-     * CommandError where the facility's service is not there.
-     */
+    /*! Passes each signal to \a handler, except for a facility that stays busy. Throws CommandError if the
+     * facility's service is missing. */
     CallCompletion(
-        const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Heard &heard);
+        const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Handler &handler);
 
     /*!
-     * Runs the event loop until the call is answered, the facility is not busy any more, its service is gone
-     * or a signal comes; the exit status, which is Failed for an answer that is not Success.
+     * Runs the event loop until the call is answered, the facility is no longer busy, its service goes away
+     * or a signal ends the program. Returns the exit status, which is Failed for an answer other than
+     * Success.
      */
     [[nodiscard]] int wait();
 
 private:
     void onSignal(
-        const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Heard &heard);
+        const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Handler &handler);
     [[nodiscard]] bool isBusy() const;
     [[nodiscard]] bool isOver() const { return m_answer.signal.isEmpty() ? !isBusy() : m_answered; }
 
@@ -40,7 +37,7 @@ private:
     const LaterAnswer m_answer;
     EventLoop m_loop;
     meta::SignalTap m_tap;
-    std::optional<PpsObject> m_service; // open all the time, so that the end of the service is heard
+    std::optional<PpsObject> m_service; // stays open to notice the end of the service
     bool m_answered = false;
     int m_status = 0;
 };

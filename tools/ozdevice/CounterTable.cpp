@@ -45,7 +45,7 @@ CounterTable::CounterTable(const FacilityEntry &entry, const QStringList &select
 QList<quint64> CounterTable::read(const FacilityInstance &instance) const
 {
     (void)takeLibraryWarnings();
-    const bool isRead = m_entry.readAnew(instance.object());
+    const bool isRead = m_entry.refresh(instance.object());
     const QString reason = takeLibraryWarnings().join("; "_L1);
     if (!isRead)
         throw CommandError(Unavailable, instance.title() + ": "_L1 + reason);
@@ -101,7 +101,7 @@ void CounterTable::printNext()
         const QList<quint64> counters = read(*row.instance);
         QList<quint64> perSecond;
         for (qsizetype i = 0; i < counters.size(); ++i) {
-            // Counters begin anew where another interface has taken the name.
+            // The counters restart if another interface has taken the name.
             const quint64 before = row.counters[i];
             const quint64 more = counters[i] >= before ? counters[i] - before : counters[i];
             perSecond.append(quint64(std::llround(double(more) / seconds)));

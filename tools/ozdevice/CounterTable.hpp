@@ -10,14 +10,15 @@
 
 namespace oz::tools {
 
-/*! Prints the counters of a facility whose values are read on demand: what came in each second, and all. */
+/*! Prints the counters of a facility that are read on demand, as rates and totals. */
 class CounterTable
 {
 public:
-    /*! Of the instances \a selected. Reads for the first time; throws CommandError where that fails. */
+    /*! Reads the counters of the instances \a selected for the first time. Throws CommandError on failure.
+     * */
     CounterTable(const FacilityEntry &entry, const QStringList &selected, bool asJson);
 
-    /*! Reads again, and prints a line for each instance about the time since. */
+    /*! Reads again, and prints a line per instance about the time since the last reading. */
     void printNext();
 
 private:

@@ -26,7 +26,7 @@ namespace {
 
 constexpr std::chrono::milliseconds AnswerDeadline{2000};
 
-// Anybody may see this of a process, unlike what it answers to its own user.
+// Every user may read the state of a process, but only the daemon's own user gets an answer from it.
 bool isStopped(qint64 process)
 {
     QFile file(u"/proc/%1/stat"_s.arg(process));
@@ -68,7 +68,7 @@ DaemonState daemonState()
     return daemon;
 }
 
-QString unfedText(const DaemonState &daemon)
+QString notFedText(const DaemonState &daemon)
 {
     return "nothing feeds the tree under "_L1 + devicePath(u"/pps"_s) + ": "_L1 + daemon.problem;
 }
@@ -112,14 +112,14 @@ QVariant askDaemon(const QString &message, const QVariant &data)
         }
         if (error.kind() != DaemonError::Refused)
             throw CommandError(Failed, "the services did not answer: "_L1 + error.text());
-        // It refuses what means nothing with EINVAL.
+        // The daemon refuses a meaningless request with EINVAL.
         throw CommandError(error.error() == EINVAL ? WrongUse : Failed, error.text());
     }
 }
 
 std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile)
 {
-    // The daemon is beside this program, in a build tree as when installed.
+    // The daemon stands beside this program, in a build tree and in an installation.
     const QString program = QCoreApplication::applicationDirPath() + "/ozdeviced"_L1;
     try {
         auto daemon = std::make_unique<client::PrivateDaemon>(

@@ -12,43 +12,42 @@
 
 namespace oz::tools {
 
-/*! What can be seen of the daemon under the device root. */
+/*! The state of the daemon under the device root. */
 struct DaemonState
 {
-    bool isRunning = false; //!< it answers, or is another user's and its process is there
-    QString problem; //!< why not
-    QVariantMap status; //!< the attributes of its status object, also of one that was left behind
+    bool isRunning = false; //!< it answers, or its process exists and belongs to another user
+    QString problem; //!< the reason why it is not running
+    QVariantMap
+        status; //!< the attributes of its status object, which may be left over from a daemon that has ended
     std::optional<std::chrono::seconds> age; //!< of the status object
 };
 
 [[nodiscard]] DaemonState daemonState();
 
-/*! That nothing feeds the tree, and why. */
-[[nodiscard]] QString unfedText(const DaemonState &daemon);
+/*! Says that nothing feeds the tree, and why. */
+[[nodiscard]] QString notFedText(const DaemonState &daemon);
 
-/*! What the daemon says of a facility's source, under the name that it has there. */
+/*! The source of one of the daemon's facilities. */
 struct SourceState
 {
     QString facility;
     QString source;
     QString state; //!< "known", "absent" or "none"; empty for unknown
-    QString reason; //!< of an absent one
-    bool isAutomatic = false; //!< whether the daemon chose it by itself
+    QString reason; //!< of a source that is absent
+    bool isAutomatic = false; //!< true if the daemon chose it, false if the configuration names it
 };
 
 [[nodiscard]] std::vector<SourceState> sourceStates(const DaemonState &daemon);
 
-/*! Whether all that it feeds is a simulated phone's. */
+/*! Returns whether the daemon feeds a simulated phone and nothing else. */
 [[nodiscard]] bool isPhoneSimulated(const DaemonState &daemon);
 
-/*!
- * Sends a request ("sim", "describe") to the daemon under the device root and waits for the answer, whose
- * "dat" it gives; throws CommandError where there is no daemon or the request is refused.
- */
+/*! Sends a request ("sim", "describe") to the daemon under the device root and returns the "dat" of the
+ * answer. Throws CommandError if there is no daemon or it refuses the request. */
 [[nodiscard]] QVariant askDaemon(const QString &message, const QVariant &data = {});
 
-/*! Starts a simulated phone of this process's own with the phone's file \a phoneFile (empty: the installed
- * one), and makes its device root this process's; throws CommandError. */
+/*! Starts a simulated phone for this process, set up by the file \a phoneFile (empty: the installed one),
+ * and makes its device root that of this process. Throws CommandError. */
 [[nodiscard]] std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile);
 
 } // namespace oz::tools

@@ -9,8 +9,7 @@
 
 namespace oz::tools {
 
-/*! Ends \a loop when the device root is taken away, as that of `ozdevice run` is: nothing comes from there
- * any more. */
+/*! Ends \a loop with an error when the device root is removed, as at the end of `ozdevice run`. */
 class DeviceRootWatch
 {
 public:

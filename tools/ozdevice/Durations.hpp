@@ -6,7 +6,7 @@
 
 namespace oz::tools {
 
-/*! A time that an option gives. The parser fills in seconds. */
+/*! The duration of an option, which the parser fills in as seconds. */
 struct Duration
 {
     double seconds = 0;

@@ -8,11 +8,11 @@
 
 namespace oz::tools {
 
-/*! The event loop of a verb, whose handlers may throw CommandError, which is not for Qt to pass on. */
+/*! The event loop of a verb. Its handlers may throw CommandError, which must not pass through Qt. */
 class EventLoop
 {
 public:
-    /*! Calls \a body; what it throws ends the loop, and is thrown by run(). */
+    /*! Calls \a body. A CommandError ends the loop, and run() throws it. */
     template <typename Body>
     void guard(const Body &body)
     {
@@ -26,14 +26,14 @@ public:
         }
     }
 
-    /*! Throws what came up in a handler, where something has. */
+    /*! Throws the error of a handler, if there is one. */
     void check() const
     {
         if (m_problem)
             throw CommandError(*m_problem);
     }
 
-    /*! Runs until something quits it; what it was quit with. */
+    /*! Runs the loop, and returns the status that it was quit with. */
     int run() const
     {
         check();

@@ -23,7 +23,7 @@ QString holderOf(const QMetaEnum &enumeration)
     return QString::fromLatin1(enumeration.scope()).section(u':', -1);
 }
 
-// What \a method of \a entry returns, by the enumeration that its number is of.
+// The type of the result, or the enumeration whose numbers \a method returns.
 QString returnedText(const FacilityEntry &entry, const QMetaMethod &method)
 {
     const auto returned = entry.returns.constFind(method.name());

@@ -6,12 +6,12 @@
 
 namespace oz::tools {
 
-/*! Everything about a facility's class, and about what the command knows of it. */
+/*! Describes a facility: its class, and what the command adds to it. */
 [[nodiscard]] QJsonObject describe(const FacilityEntry &entry);
 
-/*! Prints the same for people. */
+/*! Prints the description as text. */
 void printDescription(const FacilityEntry &entry);
-/*! Prints the methods alone: their parameters, enumerators, and what they return. */
+/*! Prints the methods only: their parameters, enumerators and results. */
 void printMethods(const FacilityEntry &entry);
 
 } // namespace oz::tools

@@ -17,8 +17,8 @@ namespace oz::tools {
 
 namespace {
 
-// Why the object of a facility is not there, where its source is none.
-QString unfedHint(const FacilityEntry &entry, int error)
+// Explains a missing object of a facility whose source is "none".
+QString notFedHint(const FacilityEntry &entry, int error)
 {
     if (error != ENOENT)
         return {};
@@ -62,7 +62,7 @@ int tryToOpen(const QString &path)
     PpsObject object(path);
     if (object.open(PpsOpenMode::Subscribe))
         return 0;
-    // A served object may be for writing only.
+    // A served object may be write-only.
     return object.error() == EACCES && object.open(PpsOpenMode::Publish) ? 0 : object.error();
 }
 
@@ -79,10 +79,10 @@ std::vector<Problem> problemsOf(const QStringList &paths)
 FacilityInstance::FacilityInstance(const FacilityEntry &entry, const QString &selected, Presence presence)
     : m_entry(entry), m_selected(selected)
 {
-    const bool isMissing = selected.isEmpty() && entry.needsSelection && presence != MayBeNone;
+    const bool isMissing = selected.isEmpty() && entry.needsSelection && presence != MayBeUnselected;
     const bool isExpected =
-        selected.isEmpty() || (presence == MayComeLater && entry.mayCome && entry.mayCome(selected));
-    // Where its objects are not there, that is the reason.
+        selected.isEmpty() || (presence == MayAppear && entry.mayAppear && entry.mayAppear(selected));
+    // If its objects are missing, reportProblems() gives the reason.
     if (entry.instances && (isMissing || !isExpected) && problemsOf(entry.objects).empty()) {
         const QStringList instances = entry.instances();
         if (isMissing) {
@@ -108,7 +108,7 @@ bool FacilityInstance::reportProblems() const
             problems.push_back({plainPath(*pps), pps->error()});
     }
     for (const Problem &problem : problems)
-        printError(m_entry.name + ": "_L1 + problem.text() + unfedHint(m_entry, problem.error));
+        printError(m_entry.name + ": "_L1 + problem.text() + notFedHint(m_entry, problem.error));
     return problems.empty();
 }
 

@@ -13,37 +13,37 @@ namespace oz::tools {
 struct Problem
 {
     QString path;
-    int error; //!< an errno
+    int error;
 
-    /*! The path and what is wrong; where it is a matter of permission, whose object it is. */
+    /*! The path and the error, with the owner if it is a matter of permission. */
     [[nodiscard]] QString text() const;
 };
 
-/*! Tries to open the object at the device path \a path; 0 or an errno. */
+/*! Tries to open the object at the device path \a path, and returns 0 or an errno. */
 [[nodiscard]] int tryToOpen(const QString &path);
 
-/*! Those of \a paths that cannot be opened. */
+/*! Returns the problems of those \a paths that cannot be opened. */
 [[nodiscard]] std::vector<Problem> problemsOf(const QStringList &paths);
 
-/*! One object of a facility's class, which lives as long as the command looks at it. */
+/*! An object of a facility's class, for one of its instances. */
 class FacilityInstance
 {
 public:
     enum Presence {
-        MustBeThere,
-        MayComeLater,
-        MayBeNone, //!< also where the facility stands for nothing unless one is selected
+        MustExist,
+        MayAppear,
+        MayBeUnselected, //!< accepts no selection even if the facility needs one
     };
 
-    /*! Throws CommandError where \a selected is not as \a presence wants it. */
-    FacilityInstance(const FacilityEntry &entry, const QString &selected, Presence presence = MustBeThere);
+    /*! Throws CommandError if \a selected is not present as \a presence requires. */
+    FacilityInstance(const FacilityEntry &entry, const QString &selected, Presence presence = MustExist);
 
     [[nodiscard]] const FacilityEntry &entry() const { return m_entry; }
     [[nodiscard]] QString selected() const { return m_selected; }
     [[nodiscard]] QString title() const { return m_entry.title(m_selected); }
     [[nodiscard]] QObject *object() const { return m_object.get(); }
 
-    /*! Says on standard error which of the facility's objects cannot be opened; whether all can. */
+    /*! Prints which of the facility's objects cannot be opened, and returns true if all can. */
     [[nodiscard]] bool reportProblems() const;
 
 private:

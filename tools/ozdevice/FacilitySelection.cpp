@@ -14,12 +14,12 @@ namespace oz::tools {
 
 void FacilitySelection::addFacilities(const Verb &verb)
 {
-    verb.option("FACILITY", m_names, "Which ones (all)");
+    verb.option("FACILITY", m_names, "The facilities (default: all)");
 }
 
 void FacilitySelection::addFacility(const Verb &verb)
 {
-    verb.option("FACILITY", m_name, "Which one").required();
+    verb.option("FACILITY", m_name, "The facility").required();
 }
 
 void FacilitySelection::addSelectors(const Verb &verb)
@@ -27,7 +27,7 @@ void FacilitySelection::addSelectors(const Verb &verb)
     for (const FacilityEntry &entry : facilityTable()) {
         if (!entry.selector.isEmpty()) {
             verb.option("--" + entry.selector.toStdString(), m_selected[entry.selector],
-                "Which " + entry.name.toStdString());
+                "Selects a " + entry.name.toStdString());
         }
     }
 }
@@ -86,11 +86,11 @@ QStringList FacilitySelection::instances(const FacilityEntry &entry) const
     if (const QString one = selected(entry); !one.isEmpty() || !entry.instances)
         return {one};
     const QStringList all = entry.instances();
-    // The first one stands for what is not there, with its unknown values.
+    // The default object has the unknown values of an instance that does not exist.
     return all.isEmpty() && !entry.needsSelection ? QStringList{QString()} : all;
 }
 
-std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const FacilityEntry *> &entries)
+std::vector<const FacilityEntry *> availableFacilities(const std::vector<const FacilityEntry *> &entries)
 {
     const bool isFromTree = std::any_of(
         entries.begin(), entries.end(), [](const FacilityEntry *entry) { return !entry->objects.isEmpty(); });
@@ -109,7 +109,7 @@ std::vector<const FacilityEntry *> withoutUnfed(const std::vector<const Facility
             there.push_back(entry);
         isAnyFromTree = isAnyFromTree || (isThere && !entry->objects.isEmpty());
     }
-    printError(unfedText(daemon)
+    printError(notFedText(daemon)
         + (isAnyFromTree ? "; the values are the last ones"_L1 : " (try: ozdevice run -- COMMAND)"_L1));
     return there;
 }

@@ -11,41 +11,40 @@ namespace oz::tools {
 
 using arguments::Verb;
 
-/*! The facilities that the words of a call name, and which of their several. */
+/*! The facilities that a command line names, and the selected instances. */
 class FacilitySelection
 {
 public:
-    /*! Adds the word FACILITY..., all where none is given. */
+    /*! Adds the optional words FACILITY...; without them, all facilities are meant. */
     void addFacilities(const Verb &verb);
-    /*! Adds the word FACILITY, which must be given. */
+    /*! Adds the required word FACILITY. */
     void addFacility(const Verb &verb);
-    /*! Adds the options that tell which display, network or profile is meant. */
+    /*! Adds the options that select a display, network or profile. */
     void addSelectors(const Verb &verb);
 
-    /*! The second of two words that are a facility and one of its properties, which is taken away; empty
-     * where they are something else. */
+    /*! If the words are a facility and one of its properties, removes the property and returns it;
+     * otherwise returns an empty text. */
     [[nodiscard]] QString takeProperty();
 
     [[nodiscard]] bool isNamed() const { return !m_names.empty(); }
-    /*! The facilities; throws CommandError for a name that is none, and for a selector that none of them
-     * takes. */
+    /*! Returns the facilities. Throws CommandError for an unknown name, and for a selector that none of
+     * them has. */
     [[nodiscard]] std::vector<const FacilityEntry *> entries() const;
-    /*! The only facility. */
     [[nodiscard]] const FacilityEntry &entry() const { return *entries().front(); }
-    /*! What is selected of a facility's several; empty for nothing. */
+    /*! Returns the selected instance of \a entry; empty if none is selected. */
     [[nodiscard]] QString selected(const FacilityEntry &entry) const;
-    /*! What is selected of it, else all that there are now, and an empty text for one that is alone. */
+    /*! Returns the selected instance, or all that exist now; an empty text for a facility without
+     * instances. */
     [[nodiscard]] QStringList instances(const FacilityEntry &entry) const;
 
 private:
     std::vector<std::string> m_names;
-    std::string m_name; // where it must be one
+    std::string m_name; // instead of m_names, for a verb that needs exactly one
     std::map<QString, std::string> m_selected;
 };
 
-/*! Where no daemon feeds the tree, says so on standard error, in one line; which of \a entries can be looked
- * at for all that, as their objects are there. */
-[[nodiscard]] std::vector<const FacilityEntry *> withoutUnfed(
+/*! Returns the facilities whose objects can be read. If no daemon feeds the tree, prints so in one line. */
+[[nodiscard]] std::vector<const FacilityEntry *> availableFacilities(
     const std::vector<const FacilityEntry *> &entries);
 
 } // namespace oz::tools

@@ -22,7 +22,7 @@ const LiveFacility::Value *find(const std::vector<LiveFacility::Value> &values, 
 
 LiveFacility::LiveFacility(
     const FacilityEntry &entry, const QString &selected, const std::function<void()> &onChange)
-    : m_instance(entry, selected, FacilityInstance::MayComeLater)
+    : m_instance(entry, selected, FacilityInstance::MayAppear)
 {
     const auto changed = [this, onChange] {
         update();
@@ -49,10 +49,10 @@ void LiveFacility::subscribe(const QString &path, const std::function<void()> &o
 
 void LiveFacility::poll()
 {
-    const auto &readAnew = m_instance.entry().readAnew;
-    if (!readAnew)
+    const auto &refresh = m_instance.entry().refresh;
+    if (!refresh)
         return;
-    (void)readAnew(m_instance.object());
+    (void)refresh(m_instance.object());
     update();
 }
 

@@ -22,11 +22,11 @@ bool s_verbose = false;
 QLoggingCategory::CategoryFilter s_rules = nullptr;
 bool s_rulesShowLibrary = true;
 
-// By Paint; the first ends the others.
+// Indexed by Paint; the first code ends the others.
 constexpr const char *PaintCodes[] = {"\033[0m", "\033[1m", "\033[2m", "\033[32m"};
 
-// What stands for the begin of such a code until the line is printed: a character for private use that nobody
-// can foresee, as the line may hold text of strangers.
+// Marks the place of a colour code until the line is printed. It is a random character for private use, so
+// that text from strangers in the line cannot contain it.
 QString paintMark()
 {
     static const QChar mark(0xE000 + QRandomGenerator::global()->bounded(0x1900));
@@ -42,7 +42,7 @@ void handleMessage(QtMsgType type, const QMessageLogContext &context, const QStr
         s_libraryWarnings.append(text);
 }
 
-// Rules decide what is printed, and not what the verbs hear of.
+// The logging rules decide what is printed; the verbs receive the warnings in any case.
 void filterCategory(QLoggingCategory *category)
 {
     s_rules(category);
@@ -72,7 +72,7 @@ void printLines(const QString &text)
         printLine(line);
 }
 
-// What is not printable stands inside a string, where JSON writes it the same way.
+// JSON escapes unprintable characters the same way.
 void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format)
 {
     printLines(QString::fromUtf8(QJsonDocument(object).toJson(format)).trimmed());

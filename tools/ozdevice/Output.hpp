@@ -9,29 +9,29 @@
 
 namespace oz::tools {
 
-/*! Writes one line to standard output, at once, as printableText() has it; throws CommandError where it
- * cannot be written. */
+/*! Writes one line to standard output at once, with unprintable characters escaped by printableText().
+ * Throws CommandError if it cannot be written. */
 void printLine(const QString &line);
-/*! The same of each line of a text. */
+/*! Writes each line of \a text as printLine() does. */
 void printLines(const QString &text);
-/*! The same of a JSON object. */
+/*! Writes a JSON object as printLine() does. */
 void printJson(const QJsonObject &object, QJsonDocument::JsonFormat format);
 
-/*! Says something on standard error, after the program's name, as printableText() has it. */
+/*! Writes the program's name and \a text to standard error, with unprintable characters escaped. */
 void printError(const QString &text);
 
 enum class Paint { None, Bold, Dim, Value };
-/*! \a text in a colour, where standard output is a terminal and NO_COLOR is not set. */
+/*! Returns \a text in a colour if standard output is a terminal and NO_COLOR is not set. */
 [[nodiscard]] QString painted(Paint paint, const QString &text);
 
-/*! Writes rows whose cells stand under each other; \a paints are those of the first columns. */
+/*! Writes rows in aligned columns. \a paints are the colours of the first columns. */
 void printRows(
     const QList<QStringList> &rows, const QString &indentation = {}, const QList<Paint> &paints = {});
 
-/*! Hears what the library and Qt log from now on: the library's warnings are for the verbs to tell, and only
- * printed where \a verbose, everything else is. */
+/*! Takes over the log of the library and of Qt. The library's warnings are kept for the verbs, and printed
+ * only if \a verbose; everything else is printed. */
 void captureLog(bool verbose);
-/*! The library's warnings since the last call, each once, whatever the logging rules say. */
+/*! Returns the library's warnings since the last call, each once, whatever the logging rules are. */
 [[nodiscard]] QStringList takeLibraryWarnings();
 
 } // namespace oz::tools

@@ -21,7 +21,7 @@ QString textAt(const QVariant &entry, const char *key)
     return entry.toMap().value(QLatin1String(key)).toString();
 }
 
-// A full-screen program takes its keys one by one; lines of another's would break its screen.
+// Lines of the scenario would break the screen of a full-screen program, which reads single keys.
 bool isTerminalTaken()
 {
     termios settings{};
@@ -33,14 +33,15 @@ bool isTerminalTaken()
 std::vector<arguments::Option> ScenarioOptions::addTo(const Verb &verb)
 {
     return {
-        verb.option("--speed", speed,
-            "The phone's time to the real one: a number, or max for without waiting (as 0)"),
         verb.option(
-            "--seed", seed, "What is random is always the same with the same seed (default: the file's)"),
+            "--speed", speed, "How fast the phone's time passes: a factor, or max (0) to skip all waiting"),
+        verb.option("--seed", seed,
+            "The seed of random choices, which repeat with the same seed (default: the file's)"),
         verb.option("--set", variables, "Give a variable of the scenario another value")
             .valueName("NAME=VALUE"),
-        verb.option("--junit", junit, "Write a report of the expectations, as JUnit does").valueName("FILE"),
-        verb.flag("--keep-going", keepGoing, "Go on after a step that failed"),
+        verb.option("--junit", junit, "Write a report of the expectations in JUnit's format")
+            .valueName("FILE"),
+        verb.flag("--keep-going", keepGoing, "Continue after a failed step"),
     };
 }
 
@@ -89,7 +90,7 @@ void PlayedScenario::play()
     m_state = u"playing"_s;
     m_follower = std::make_unique<client::ScenarioFollower>();
     connect(m_follower.get(), &client::ScenarioFollower::told, this,
-        [this](const QVariantMap &news) { m_loop.guard([&] { take(news); }); });
+        [this](const QVariantMap &news) { m_loop.guard([&] { onNews(news); }); });
     connect(m_follower.get(), &client::ScenarioFollower::lost, this, [this] {
         m_loop.guard([this] {
             if (m_isPlaying)
@@ -105,13 +106,13 @@ void PlayedScenario::stop()
     try {
         (void)askDaemon(u"stop-scenario"_s);
     } catch (const CommandError &error) {
-        // It may have ended by itself, which is told next.
+        // The scenario may have ended by itself, which the next news says.
         if (error.status() != Failed)
             throw;
     }
 }
 
-void PlayedScenario::take(const QVariantMap &told)
+void PlayedScenario::onNews(const QVariantMap &told)
 {
     if (!m_isPlaying)
         return;
@@ -141,7 +142,7 @@ void PlayedScenario::take(const QVariantMap &told)
     Q_EMIT finished();
 }
 
-// What the application has not done.
+// Names what the application did not do.
 QString PlayedScenario::absenceText() const
 {
     return m_options.waitFor == "request" ? u"the command requested nothing"_s

@@ -17,7 +17,7 @@ namespace oz::tools {
 
 using arguments::Verb;
 
-/*! How a scenario is to be played, as verbs are told it. */
+/*! The options of the verbs that play a scenario. */
 struct ScenarioOptions
 {
     std::string scenario;
@@ -27,52 +27,52 @@ struct ScenarioOptions
     std::vector<std::string> variables; //!< NAME=VALUE
     std::string junit;
     bool json = false;
-    bool quiet = false; //!< prints nothing
-    std::string waitFor; //!< what an application does before it begins: "open" or "request"; nothing else
-    double waitLimit = 10; //!< seconds, after which it begins anyway
+    bool quiet = false; //!< print nothing
+    std::string waitFor; //!< "open" or "request": begin when the application does this; otherwise at once
+    double waitLimit = 10; //!< seconds until the scenario begins in any case
 
     [[nodiscard]] bool waits() const { return waitFor == "open" || waitFor == "request"; }
-    /*! All but the scenario's own name; the options. */
+    /*! Adds all options but the scenario itself, and returns them. */
     std::vector<arguments::Option> addTo(const Verb &verb);
 };
 
-/*! A scenario that the daemon plays, followed to its end: each step is printed, and a report written. */
+/*! Plays a scenario on the daemon and follows it to its end: prints each step, and writes a report. */
 class PlayedScenario : public QObject
 {
     Q_OBJECT
 
 public:
-    /*! Problems end \a loop. */
+    /*! Errors end \a loop. */
     PlayedScenario(const ScenarioOptions &options, EventLoop &loop);
 
-    /*! Has the whole file checked, without playing it; throws CommandError with what is wrong. What it says
-     * of itself. */
+    /*! Checks the whole file without playing it, and returns its description. Throws CommandError with
+     * what is wrong. */
     QVariantMap check() const;
-    /*! Has it played; throws as check(). */
+    /*! Starts the scenario; throws as check() does. */
     void play();
-    /*! Ends it, where it is still playing. */
+    /*! Ends the scenario if it is still playing. */
     void stop();
 
     [[nodiscard]] bool isPlaying() const { return m_isPlaying; }
-    /*! Whether it began; one that waits for the application plays before it begins. */
+    /*! Returns whether it has begun; while it waits for the application, it is playing but has not begun. */
     [[nodiscard]] bool hasBegun() const { return m_hasBegun; }
     [[nodiscard]] bool hasExpectations() const { return m_hasExpectations; }
     [[nodiscard]] bool hasPassed() const { return m_state == u"passed"; }
-    /*! Whether it was ended before it was over. */
+    /*! Returns whether it was stopped before its end. */
     [[nodiscard]] bool wasStopped() const { return m_state == u"stopped"; }
-    /*! Which step failed, or why it was stopped; empty where all is well. */
+    /*! The step that failed, or the reason why it was stopped; empty otherwise. */
     [[nodiscard]] const QString &problem() const { return m_problem; }
 
 Q_SIGNALS:
-    /*! What the scenario says. */
+    /*! The scenario says \a text. */
     void said(const QString &text);
-    /*! It has begun, of which it says on standard error where no application came for it. */
+    /*! It has begun. If no application came in time, an error has been printed. */
     void begun();
     void finished();
 
 private:
     [[nodiscard]] QVariantMap order() const;
-    void take(const QVariantMap &told);
+    void onNews(const QVariantMap &told);
     [[nodiscard]] QString absenceText() const;
     void print(const QVariantMap &entry) const;
     void writeReport() const;

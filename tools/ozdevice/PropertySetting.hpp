@@ -10,24 +10,24 @@
 
 namespace oz::tools {
 
-/*! A writable property of a facility, and the value that it shall have. */
+/*! A writable property of a facility with its new value. */
 class PropertySetting
 {
 public:
-    /*! Throws CommandError where \a name is no property that can be written, or \a text no value of it. */
+    /*! Throws CommandError if \a name is not a writable property, or \a text not one of its values. */
     PropertySetting(const FacilityEntry &entry, const QString &name, const std::optional<QString> &text);
-    /*! The same of "name=value". */
+    /*! Reads "name=value"; throws as the constructor does. */
     [[nodiscard]] static PropertySetting parse(const FacilityEntry &entry, const QString &assignment);
 
-    /*! Sets it; throws CommandError where that is refused. */
+    /*! Sets the property; throws CommandError if that fails. */
     void applyTo(const FacilityInstance &instance) const;
 
-    /*! The properties that can be written, the dynamic ones too. */
+    /*! Returns the writable properties, including the dynamic ones. */
     [[nodiscard]] static QStringList namesOf(const FacilityEntry &entry);
 
 private:
     QMetaProperty m_property;
-    QByteArray m_name; // of a dynamic property
+    QByteArray m_name; // of a dynamic property; empty for another
     QVariant m_value;
 };
 

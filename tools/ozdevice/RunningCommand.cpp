@@ -29,7 +29,7 @@ struct ProcessEntry
     bool hasEnded;
 };
 
-// The processes of the system, by their parents.
+// All processes of the system.
 std::multimap<pid_t, ProcessEntry> processesByParent()
 {
     std::multimap<pid_t, ProcessEntry> processes;
@@ -39,7 +39,7 @@ std::multimap<pid_t, ProcessEntry> processesByParent()
         QFile file("/proc/"_L1 + name + "/stat"_L1);
         if (!isNumber || !file.open(QIODevice::ReadOnly))
             continue;
-        // The name, which may hold anything, ends with the last bracket; state and parent follow.
+        // The name may hold anything and ends at the last bracket; the state and the parent follow.
         const QByteArray stat = file.readAll();
         const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
         processes.emplace(fields.value(1).toInt(), ProcessEntry{number, fields.value(0) == "Z"});
@@ -65,11 +65,11 @@ RunningCommand::RunningCommand(const QStringList &words, const TerminationSignal
 RunningCommand::~RunningCommand()
 {
     m_process.disconnect(this);
-    pass(SIGTERM);
+    sendSignal(SIGTERM);
     const QDeadlineTimer end(EndTime);
     while (!processes().empty()) {
         if (end.hasExpired())
-            pass(SIGKILL);
+            sendSignal(SIGKILL);
         if (!isRunning() || !m_process.waitForFinished(Pause))
             QThread::msleep(Pause);
     }
@@ -81,7 +81,7 @@ void RunningCommand::start()
     const auto [first, last] = processes.equal_range(::getpid());
     for (auto child = first; child != last; ++child)
         m_others.insert(child->second.number);
-    // What its shells leave behind becomes a child of this process.
+    // Processes that its shells leave behind become children of this process.
     ::prctl(PR_SET_CHILD_SUBREAPER, 1);
     m_process.start(m_words.first(), m_words.mid(1));
 }
@@ -106,7 +106,7 @@ std::vector<pid_t> RunningCommand::processes() const
     return own;
 }
 
-void RunningCommand::pass(int signal) const
+void RunningCommand::sendSignal(int signal) const
 {
     for (const pid_t process : processes())
         ::kill(process, signal);
@@ -115,8 +115,8 @@ void RunningCommand::pass(int signal) const
 void RunningCommand::end()
 {
     m_wasEnded = isRunning();
-    pass(SIGTERM);
-    QTimer::singleShot(EndTime, this, [this] { pass(SIGKILL); });
+    sendSignal(SIGTERM);
+    QTimer::singleShot(EndTime, this, [this] { sendSignal(SIGKILL); });
 }
 
 int RunningCommand::status() const

@@ -11,51 +11,49 @@
 
 namespace oz::tools {
 
-/*!
- * A command that runs beside a phone, together with every process that comes of it, also in the background or
- * in a group of its own: a shell that is ended takes nothing along by itself.
- */
+/*! A command that runs on a phone, with all processes that it starts, also in the background or in a
+ * process group of their own: a shell that ends does not end them. */
 class RunningCommand : public QObject
 {
     Q_OBJECT
 
 public:
-    /*! The exit status where it cannot be started, as shells have it. */
+    /*! The exit status of a command that cannot be started, as in shells. */
     static constexpr int NotStarted = 127;
 
-    /*! \a words are the program and its arguments, at least the program. */
     RunningCommand(const QStringList &words, const TerminationSignals &signals);
-    /*! Ends what is left of it, as end() does, and waits for that. */
+    /*! Ends the remaining processes as end() does, and waits for them. */
     ~RunningCommand() override;
 
     void start();
-    /*! A child of this process that is none of the command's, as those are that were started before it. */
-    void leaveAlone(qint64 process) { m_others.insert(pid_t(process)); }
+    /*! Excludes a child of this process from those of the command, as start() does with the children that
+     * exist before it. */
+    void exclude(qint64 process) { m_others.insert(pid_t(process)); }
     [[nodiscard]] bool isRunning() const { return m_process.state() != QProcess::NotRunning; }
-    /*! Sends a signal to all of its processes; Ctrl-C reaches them by itself. */
-    void pass(int signal) const;
-    /*! Ends all of its processes: SIGTERM, and after a second SIGKILL. */
+    /*! Sends a signal to all of its processes. Ctrl-C in a terminal reaches them without this. */
+    void sendSignal(int signal) const;
+    /*! Ends all of its processes with SIGTERM, and after a second with SIGKILL. */
     void end();
-    /*! Whether end() has ended it, and not it itself. */
+    /*! Returns true if end() has ended it. */
     [[nodiscard]] bool wasEnded() const { return m_wasEnded; }
 
-    /*! Once it has finished, or failed to start: its exit status, as shells have it. */
+    /*! Returns the exit status of a command that has finished or failed to start, as shells do. */
     [[nodiscard]] int status() const;
-    /*! Why it could not be started; empty where it could. */
+    /*! The reason why it could not be started; empty if it was. */
     [[nodiscard]] QString problem() const;
 
 Q_SIGNALS:
     void started();
-    /*! It is over, or could not be started. */
+    /*! The command has ended or could not be started. */
     void finished();
 
 private:
-    /*! Its processes, without those that have ended and are only waited for. */
+    /*! Returns its processes, without zombies. */
     [[nodiscard]] std::vector<pid_t> processes() const;
 
     QStringList m_words;
     QProcess m_process;
-    std::set<pid_t> m_others; // children of this process that are none of its own
+    std::set<pid_t> m_others; // children of this process that do not belong to the command
     bool m_wasEnded = false;
 };
 

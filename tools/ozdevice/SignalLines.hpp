@@ -6,16 +6,17 @@
 #include <QMetaMethod>
 #include <QVariantList>
 
-/*! What happens to facilities, a line each. */
+/*! Lines about the signals of facilities. */
 namespace oz::tools {
 
 /*! "stateChanged(Mounted)". */
 [[nodiscard]] QString signalText(const QMetaMethod &signal, const QVariantList &arguments);
 
-/*! Whether \a signal is the second form of one that carries an enumeration, with numbers in its place. */
+/*! Returns whether \a signal repeats another signal that carries enumerators, with numbers in their place.
+ * */
 [[nodiscard]] bool isNumericTwin(const QMetaMethod &signal);
 
-/*! Begins a line about something that happens now, as text and as JSON. */
+/*! The beginning of a line about something that happens now, as text and as JSON. */
 [[nodiscard]] QString lineBeginning(const FacilityInstance &instance);
 [[nodiscard]] QJsonObject jsonBeginning(const FacilityInstance &instance);
 

@@ -10,10 +10,8 @@
 
 namespace oz::tools {
 
-/*!
- * For the life of the instance, signals that would end the program come through the event loop, so that
- * everything is cleaned up on the way out.
- */
+/*! During the instance's life, delivers the signals that would end the program through the event loop, so
+ * that destructors run. */
 class TerminationSignals
 {
 public:
@@ -31,7 +29,7 @@ public:
                 handler(int(info.ssi_signo));
         });
     }
-    /*! A child starts with the signals as usual. */
+    /*! Restores the default handling in a child process. */
     void unblock() const { sigprocmask(SIG_UNBLOCK, &m_set, nullptr); }
 
 private:

@@ -16,7 +16,7 @@ class TextScreen
 {
 public:
     enum Style { Plain, Title, Dim, Changed, Selected };
-    /*! Keys that are no characters. */
+    /*! Keys that are not characters. */
     enum Key : char32_t { Up = 0xF0000, Down, PageUp, PageDown, Home, End, Escape, Other };
 
     /*! Throws CommandError if there is no terminal, or its type is unknown. The event loop calls both

@@ -16,7 +16,7 @@ std::vector<ObjectAge> objectAges()
 {
     const QString tree = devicePath(u"/pps"_s);
     std::vector<ObjectAge> objects;
-    // Names that begin with a dot are no objects.
+    // The filter leaves out names that begin with a dot, which are no objects.
     QDirIterator entries(
         tree, QDir::Files | QDir::System | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
     while (entries.hasNext()) {

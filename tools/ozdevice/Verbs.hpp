@@ -15,20 +15,20 @@ using arguments::Verb;
 /*! Executes the parsed command line once the application object exists, and returns the exit status. */
 using Action = std::function<int()>;
 
-/*! Adds verbs to a parser; each has options of its own, which live as long as the program. */
+/*! Adds verbs with options of their own, which live as long as the program, to a parser. */
 template <typename Options>
 class Verbs
 {
 public:
     Verbs(const Verb &parser, Action &action) : m_parser(parser), m_action(action) { }
 
-    /*! A verb that runs \a run: its parser, and its options. */
+    /*! Adds a verb that calls \a run, and returns its parser and its options. */
     auto add(const char *name, const char *help, int (*run)(const Options &))
     {
         auto options = std::make_shared<Options>();
         const Verb verb = m_parser.add(name, help);
         verb.whenCalled([&action = m_action, options, run](const std::vector<std::string> &rest) {
-            // Where a verb takes words that begin with "-", the parser has left them over.
+            // Words that begin with "-" are left over by the parser if the verb accepts them.
             if constexpr (requires { options->words; }) {
                 for (const std::string &word : rest)
                     options->words.push_back(word);
@@ -45,7 +45,7 @@ private:
     Action &m_action;
 };
 
-/*! Each adds its verb to \a parser; the one that is called for sets \a action. */
+/*! Each adds its verbs to \a parser; the called one sets \a action. */
 void addCallVerb(const Verb &parser, Action &action);
 void addCompletionVerbs(const Verb &parser, Action &action);
 void addDemoVerb(const Verb &parser, Action &action);

@@ -1,5 +1,4 @@
-// The command of the library: looks at the device, changes what can be changed, and simulates what is not
-// there.
+// The command ozdevice: shows and changes the device, and simulates a phone.
 
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Verbs.hpp"
@@ -36,9 +35,11 @@ void addVerbs(const Verb &parser, Action &action)
     addCompletionVerbs(parser, action);
 }
 
-// A word where a verb is wanted, which is none: the parser would only say that it did not expect it.
-void checkVerbs(Verb verb, char **words, char **end)
+// Returns the call of the named verb ("ozdevice pps get"). Throws CommandError for an unknown one, with a
+// better text than the parser's.
+QString calledVerb(Verb verb, char **words, char **end)
 {
+    QString called = QString::fromStdString(verb.name());
     for (; words != end && !verb.verbs().empty(); ++words) {
         const std::string word = *words;
         if (word.rfind('-', 0) == 0)
@@ -57,29 +58,30 @@ void checkVerbs(Verb verb, char **words, char **end)
                     QString::fromStdString(word), known));
         }
         verb = *named;
+        called += u' ' + QString::fromStdString(word);
     }
+    return called;
 }
 
 int execute(int argc, char **argv)
 {
     const oz::arguments::Parser parser(
-        "Looks at a phone's hardware and radios, changes what can be changed, and simulates a phone.",
-        "ozdevice", OZ_VERSION);
+        "Shows and changes a phone's hardware and radios, and simulates a phone.", "ozdevice", OZ_VERSION);
     const Verb program = parser.program();
     bool verbose = false;
     program.needsVerb();
     parser.addHelpOfAll();
     program.flag("-v,--verbose", verbose, "Print the library's own warnings too");
     program.footer(
-        "The device is the one under OZ_DEVICE_ROOT, else / where /pps exists, else\n"
+        "The device is the one under OZ_DEVICE_ROOT, else under / if /pps exists, else under\n"
         "$XDG_RUNTIME_DIR/ozdevice. `ozdevice run -- COMMAND` has one of its own.\n\n"
-        "Exit status: 0 done, 1 refused or failed, 2 wrong use, 3 an object is not there or not for you.");
+        "Exit status: 0 success, 1 refused or failed, 2 wrong use, 3 an object is missing or not permitted.");
     Action action;
     addVerbs(program, action);
     char **const dashes = std::find(argv, argv + argc, std::string_view("--"));
     if (dashes != argv + argc)
         wordsAfterDashes().assign(dashes + 1, argv + argc);
-    checkVerbs(program, argv + 1, dashes);
+    const QString called = calledVerb(program, argv + 1, dashes);
     try {
         if (!parser.parse(int(dashes - argv), argv)) {
             if (!std::cout.flush())
@@ -87,7 +89,7 @@ int execute(int argc, char **argv)
             return Success;
         }
     } catch (const oz::arguments::WrongWords &error) {
-        throw CommandError(WrongUse, QString::fromUtf8(error.what()) + " (see ozdevice --help)"_L1);
+        throw CommandError(WrongUse, QString::fromUtf8(error.what()) + " (see "_L1 + called + " --help)"_L1);
     }
     const QCoreApplication application(argc, argv);
     captureLog(verbose);

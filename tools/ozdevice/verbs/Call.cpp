@@ -31,8 +31,8 @@ struct CallOptions
     std::vector<std::string> sets;
 };
 
-// Says on a terminal that a call waits, where it takes longer than a person expects. The call blocks the
-// thread, so another one has to.
+// Says on a terminal that a call waits, if it takes long. The call blocks its thread, so another thread
+// prints it.
 class WaitingNotice
 {
 public:
@@ -40,7 +40,7 @@ public:
     {
         if (!::isatty(STDERR_FILENO))
             return;
-        // Signals are for the thread that calls, which may take them through its event loop.
+        // Signals must reach the calling thread, whose event loop may handle them.
         sigset_t all;
         sigset_t before;
         sigfillset(&all);
@@ -72,7 +72,7 @@ meta::MethodCall findMethod(const FacilityEntry &entry, const QString &name, con
             : QString(entry.name + ": "_L1 + problem));
 }
 
-// Whether the device has the facility, where it has opened any of its objects.
+// A class without any open object does not support its facility on this device.
 bool isSupported(const FacilityInstance &instance)
 {
     const auto objects = instance.object()->findChildren<PpsObject *>();
@@ -95,8 +95,8 @@ bool printResult(const FacilityInstance &instance, const QByteArray &method, con
     return !returned->success || number == *returned->success;
 }
 
-// The reasons for the failure of a request, most exact first: the library's warnings, the state of the object
-// that receives requests, the error of the request.
+// Returns the reasons for the failure of a request: the library's warnings and the state of the object that
+// receives requests, or else the error of the request.
 QStringList reasonsOf(
     const FacilityInstance &instance, const QStringList &warnings, const device::RequestError &error)
 {
@@ -147,10 +147,10 @@ int call(const CallOptions &options)
     std::vector<PropertySetting> settings;
     for (const std::string &set : options.sets)
         settings.push_back(PropertySetting::parse(entry, QString::fromStdString(set)));
-    // It may be about what is there, whichever is meant.
-    const auto presence = entry.methodsWithoutSelection.contains(name) ? FacilityInstance::MayBeNone
-                                                                       : FacilityInstance::MustBeThere;
-    if (withoutUnfed({&entry}).empty())
+    // The method may need no selected instance.
+    const auto presence = entry.methodsWithoutSelection.contains(name) ? FacilityInstance::MayBeUnselected
+                                                                       : FacilityInstance::MustExist;
+    if (availableFacilities({&entry}).empty())
         return Unavailable;
     const FacilityInstance instance(entry, options.facility.selected(entry), presence);
     if (!instance.reportProblems())
@@ -170,16 +170,16 @@ void addCallVerb(const Verb &parser, Action &action)
         Verbs<CallOptions>(parser, action)
             .add("call", "Call a method of a facility and print what it returns", call);
     options->facility.addFacility(verb);
-    verb.option("METHOD", options->method, "Which one; without it, they are listed");
-    verb.option("ARGUMENT", options->words, "Enumerators by name; a negative number after --");
+    verb.option("METHOD", options->method, "The method; without it, all are listed");
+    verb.option("ARGUMENT", options->words, "Enumerators by name; negative numbers after --");
     verb.option("--set", options->sets, "Set a writable property of the object first, repeatable")
         .valueName("PROPERTY=VALUE")
         .repeatable();
     options->facility.addSelectors(verb);
     verb.footer(
-        "Where a call goes on after it returned, as flashing does, the command waits until it has ended.\n"
-        "Where a signal answers it later, as a scan, it waits for that and prints the signals until then.\n"
-        "A request that is not taken, or whose answer is not Success, fails with the exit status 1.");
+        "If the effect of a call outlasts it, as with flashes, the command waits for the end. If a signal\n"
+        "answers it, as with a scan, the command prints all signals until that one. A request that is not\n"
+        "accepted, or whose answer is not Success, fails with the exit status 1.");
 }
 
 } // namespace oz::tools

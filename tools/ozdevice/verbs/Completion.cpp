@@ -1,4 +1,4 @@
-// The shell asks this program itself what can follow, so that new verbs and facilities complete at once.
+// The shells ask this program for candidates, so new verbs and facilities complete without new scripts.
 
 #include "facilities/FacilityTable.hpp"
 #include "meta/MetaDescription.hpp"
@@ -65,14 +65,14 @@ end
 complete -c ozdevice -f -n 'test -n "$(__ozdevice_candidates)"' -a '(__ozdevice_candidates)'
 )fish";
 
-// The words of a call before the one that is completed.
+// The words of a command line before the completed one, without the verb.
 struct Before
 {
     QStringList words;
-    const FacilityEntry *facility = nullptr; // the first word, where it is one
+    const FacilityEntry *facility = nullptr; // the first word, if it is a facility
 };
 
-// The facilities; by an older spelling where only that begins like \a word.
+// The names of facilities, and aliases only if no name begins with \a word.
 QStringList facilitiesLike(const QString &word)
 {
     QStringList names = facilityNames();
@@ -84,7 +84,7 @@ QStringList facilitiesLike(const QString &word)
     return names;
 }
 
-// The entries of a directory of the tree; names that begin with a dot are no objects.
+// The entries of a directory of the tree that begin like \a begun.
 QStringList treePaths(const QString &begun)
 {
     const QString directory = begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : u"/pps/"_s;
@@ -126,7 +126,7 @@ QStringList simWords(const QStringList &before)
             if (before.size() == verbAt) {
                 found.append(verbName);
             } else if (before[verbAt] == verbName) {
-                // "on|off", "CELSIUS|unknown": what is in capitals stands for something.
+                // In "on|off" and "CELSIUS|unknown", capitals are placeholders.
                 const QString argument =
                     verb.value(u"arguments"_s).toStringList().value(before.size() - verbAt - 1);
                 for (const QString &word : argument.split(u'|')) {
@@ -141,7 +141,7 @@ QStringList simWords(const QStringList &before)
     return found;
 }
 
-// The enumerators that can stand at the place of a method's argument.
+// The enumerators for an argument of a method.
 QStringList argumentWords(const FacilityEntry &entry, const QString &method, int index)
 {
     QStringList words;
@@ -161,7 +161,7 @@ QStringList scenarioNames()
     return names;
 }
 
-// What can follow \a option, where that takes a value that is known here.
+// The values of \a option, if they are known here.
 QStringList valuesOf(const QString &option, const Before &before)
 {
     QStringList values;
@@ -182,7 +182,7 @@ QStringList valuesOf(const QString &option, const Before &before)
     return values;
 }
 
-// What can stand at the place of \a word, after the verb and the words before.
+// The candidates for \a word, after the verb and the words before.
 QStringList candidates(const QString &verb, const Before &before, const QString &word)
 {
     const qsizetype place = before.words.size();
@@ -216,17 +216,17 @@ QStringList ppsCandidates(const QString &verb, const Before &before, const QStri
     return namesAttributes ? attributesOf(before.words.first()) : QStringList();
 }
 
-// What can stand at the place of the last of \a words.
+// The candidates for the last of \a words.
 QStringList complete(const Verb &program, const std::vector<std::string> &words)
 {
     if (words.empty())
         return {};
     const QString word = QString::fromStdString(words.back());
-    // The deepest verb that is there; what follows it are its words.
+    // Find the deepest verb; the words after it are its own.
     Verb verb = program;
     int depth = 0;
     Before before;
-    std::string option; // whose value comes
+    std::string option; // the option whose value is next
     for (std::size_t i = 0; i + 1 < words.size(); ++i) {
         const std::string &one = words[i];
         if (!std::exchange(option, {}).empty())

@@ -30,7 +30,7 @@ public:
         for (const FacilityEntry *entry : phoneFacilities()) {
             for (const QString &selected : entry->selections()) {
                 const FacilityInstance &instance = *m_instances.emplace_back(
-                    std::make_unique<FacilityInstance>(*entry, selected, FacilityInstance::MayComeLater));
+                    std::make_unique<FacilityInstance>(*entry, selected, FacilityInstance::MayAppear));
                 m_taps.push_back(std::make_unique<meta::SignalTap>(
                     instance.object(), [&](const QMetaMethod &signal, const QVariantList &arguments) {
                         if (!isNumericTwin(signal)) {
@@ -49,7 +49,7 @@ private:
     std::vector<std::unique_ptr<meta::SignalTap>> m_taps;
 };
 
-// The tour: a scenario on a phone of its own, in the terminal, or as a line for each change elsewhere.
+// Plays the tour on a phone of its own: live in a terminal, otherwise with a line per change.
 int demo(const DemoOptions &options)
 {
     ScenarioOptions tour = options.scenario;
@@ -98,7 +98,7 @@ void addDemoVerb(const Verb &parser, Action &action)
     const auto [verb, options] =
         Verbs<DemoOptions>(parser, action)
             .add("demo", "Take a tour of half a minute: a whole simulated phone, live", demo);
-    verb.option("--speed", options->scenario.speed, "Go through it so many times as fast");
+    verb.option("--speed", options->scenario.speed, "Play the tour faster by this factor");
 }
 
 } // namespace oz::tools

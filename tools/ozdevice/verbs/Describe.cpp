@@ -37,8 +37,7 @@ void addDescribeVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<DescribeOptions>(parser, action)
-            .add("describe", "Tell what facilities have: properties, methods, signals, enumerators",
-                describeThem);
+            .add("describe", "Describe facilities: properties, methods, signals, enumerators", describeThem);
     options->facilities.addFacilities(verb);
     verb.flag("--json", options->json, "As JSON");
 }

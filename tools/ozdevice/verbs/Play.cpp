@@ -49,7 +49,7 @@ int listValues()
         const QVariantMap row = request.toMap();
         rows.append({text(row, "name"), row.value(u"fields"_s).toStringList().join(u' '), text(row, "help")});
     }
-    printLine(painted(Paint::Bold, u"Requests, for expect-request; and what they come with"_s));
+    printLine(painted(Paint::Bold, u"Requests, for expect-request, and their fields"_s));
     printRows(rows, u"  "_s);
     return Success;
 }
@@ -69,12 +69,12 @@ int play(const PlayOptions &options)
     }
     if (options.scenario.scenario.empty())
         throw CommandError(
-            WrongUse, u"play wants a scenario; `ozdevice play --list` lists those that are installed"_s);
+            WrongUse, u"play needs a scenario; `ozdevice play --list` lists those that are installed"_s);
     EventLoop loop;
     int status = Success;
     PlayedScenario scenario(options.scenario, loop);
     if (options.check) {
-        // Against the phone that runs, else against the one that the scenario is for.
+        // Check against the running phone, or else against the one of the scenario.
         std::unique_ptr<client::PrivateDaemon> phone;
         if (!client::DaemonClient().isReady())
             phone = startPhone(scenarioFile(QString::fromStdString(options.scenario.scenario)));
@@ -104,14 +104,14 @@ void addPlayVerb(const Verb &parser, Action &action)
             .add("play", "Play a scenario on the simulated phone, and follow it to its end", play);
     verb.option("SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
     options->scenario.addTo(verb);
-    verb.flag("--json", options->scenario.json, "Print one JSON object a step");
+    verb.flag("--json", options->scenario.json, "Print one JSON object per step");
     verb.flag("--check", options->check,
-        "Only check the file, for the phone that runs, or without one for that of the scenario");
+        "Only check the file, against the running phone or else against the scenario's own");
     verb.flag("--stop", options->stop, "End the scenario that is playing");
-    verb.flag("--pause", options->pause, "Have it stand still, and the phone's time with it");
-    verb.flag("--resume", options->resume, "Have it go on");
+    verb.flag("--pause", options->pause, "Pause the scenario and the phone's time");
+    verb.flag("--resume", options->resume, "Continue the paused scenario");
     verb.flag("--list", options->list, "List the installed scenarios");
-    verb.flag("--values", options->values, "List what conditions and expectations can name");
+    verb.flag("--values", options->values, "List the values and requests for conditions and expectations");
     verb.footer(
         "The exit status is 0 where every step was done and every expectation met, else 1. Ctrl-C ends the\n"
         "scenario; where the command is killed, it plays on.");

@@ -1,4 +1,4 @@
-// pps ls, get, set, rm, watch and send: the tree itself.
+// pps ls, get, set, rm, watch and send: access to the tree itself.
 
 #include "meta/MetaText.hpp"
 #include "ozdevice/DeviceRootWatch.hpp"
@@ -58,11 +58,11 @@ CommandError failure(const PpsObject &object)
             : object.errorString());
 }
 
-// The lines of one message, checked, so that a mistake is told with its reason.
+// Reads the attributes of one message; throws CommandError with the reason if they are malformed.
 QVariantMap parseLines(const PpsOptions &options)
 {
     if (options.words.empty())
-        throw CommandError(WrongUse, u"an attribute is wanted, for example name::text"_s);
+        throw CommandError(WrongUse, u"give an attribute, for example name::text"_s);
     QByteArray text;
     for (const std::string &word : options.words)
         text += QByteArray::fromStdString(word) + '\n';
@@ -108,7 +108,7 @@ int ls(const PpsOptions &options)
         throw CommandError(Failed, path + ": not a directory"_L1);
     for (const QFileInfo &entry :
         QDir(place.filePath()).entryInfoList(QDir::AllEntries | QDir::System | QDir::NoDotAndDotDot)) {
-        // "/" is a directory, "=" an object that a service serves.
+        // "/" marks a directory, "=" an object that a service serves.
         const QString mark = entry.isDir() ? u"/"_s : entry.isFile() ? QString() : u"="_s;
         printLine(entry.fileName() + mark);
     }
@@ -222,14 +222,14 @@ int send(const PpsOptions &options)
 
 void addPpsVerbs(const Verb &parser, Action &action)
 {
-    const Verb pps = parser.add("pps", "Look at and change the publish/subscribe tree itself");
+    const Verb pps = parser.add("pps", "Read and change the publish/subscribe tree itself");
     pps.needsVerb();
     pps.footer(
         "PATH is a device path (/pps/system/...), or what follows /pps/. Options follow it after a '?',\n"
         "joined by commas: f=A+B (only these attributes), delta (only what changed), wait (wait for the "
         "next\n"
         "message). An attribute is written as in the tree: name::text, name:n:5, name:b:true,\n"
-        "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (take it away).");
+        "name:json:{\"a\":1}, name:c:with\\nescapes, name:b64:AAEC, -name (remove it).");
     Verbs<PpsOptions> verbs(pps, action);
 
     const auto [lister, lsOptions] =
@@ -242,12 +242,12 @@ void addPpsVerbs(const Verb &parser, Action &action)
     getter.flag("--json", getOptions->json, "As JSON");
 
     const auto [setter, setOptions] =
-        verbs.add("set", "Publish attributes of a state object, which is made if need be", set);
+        verbs.add("set", "Publish attributes of a state object, and create it if necessary", set);
     setter.option("PATH", setOptions->path).required();
     setter.option("ATTRIBUTE", setOptions->words);
     setter.takesAnyWord();
-    setter.flag("--replace", setOptions->replace, "Take all other attributes away");
-    setter.option("--mode", setOptions->mode, "The file mode of an object that is made").defaultText("644");
+    setter.flag("--replace", setOptions->replace, "Remove all other attributes");
+    setter.option("--mode", setOptions->mode, "The file mode of a new object").defaultText("644");
 
     const auto [remover, rmOptions] = verbs.add("rm", "Remove an object, or attributes of it", rm);
     remover.option("PATH", rmOptions->path).required();
@@ -256,7 +256,7 @@ void addPpsVerbs(const Verb &parser, Action &action)
     const auto [watcher, watchOptions] = verbs.add("watch", "Print an object now and at each change", watch);
     watcher.option("PATH", watchOptions->path).required();
     watcher.flag("--json", watchOptions->json, "As JSON");
-    watcher.count("--count", watchOptions->count, "End after so many messages");
+    watcher.count("--count", watchOptions->count, "End after this number of messages");
     watcher.duration("--for", watchOptions->duration.seconds, "End after a time (10s, 500ms, 2m)");
 
     const auto [sender, sendOptions] = verbs.add("send", "Send one message to a served object", send);

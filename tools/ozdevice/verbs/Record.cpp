@@ -28,17 +28,17 @@ struct RecordOptions
     std::vector<std::string> facilities;
     bool keepsIdentifiers = false;
     Duration duration;
-    std::vector<std::string> words; // of the command
+    std::vector<std::string> words;
 };
 
-// What the daemon has recorded, as far as it was fetched.
+// The steps that were fetched from the daemon's recording.
 class Recording
 {
 public:
     void begin(const RecordOptions &options)
     {
         m_isPrivate = options.keepsIdentifiers;
-        m_clock.start(); // before the daemon's own, so that no step is later than the end
+        m_clock.start(); // before the daemon's clock, so that no step is later than the end
         (void)askDaemon(u"record"_s,
             QVariantMap{{u"facilities"_s, toStringList(options.facilities)},
                 {u"keep-identifiers"_s, options.keepsIdentifiers}});
@@ -82,27 +82,27 @@ private:
     QElapsedTimer m_clock;
     QVariantMap m_phone;
     QStringList m_steps;
-    bool m_isPrivate = false; // for nobody else's eyes
+    bool m_isPrivate = false; // readable by its owner only
     bool m_hasMasked = false;
 };
 
 int record(const RecordOptions &options)
 {
     const QString name = QString::fromStdString(options.file);
-    // Found out now, and not when everything has been recorded.
+    // Check this now, not after the recording.
     if (QSaveFile file(name); !file.open(QIODevice::WriteOnly))
         throw CommandError(Failed, name + ": "_L1 + file.errorString());
     EventLoop loop;
     std::unique_ptr<RunningCommand> command;
     const TerminationSignals signals([&](int signal) {
         if (!command || !command->isRunning())
-            QCoreApplication::quit(); // as it is meant to end
+            QCoreApplication::quit(); // the usual end of a recording
         else if (signal != SIGINT)
-            command->pass(signal);
+            command->sendSignal(signal);
     });
     Recording recording;
     recording.begin(options);
-    // What was recorded before the services went is kept.
+    // Fetch regularly, to keep the steps if the services go away.
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { loop.guard([&] { recording.fetch(); }); });
     timer.start(FetchEvery);
@@ -116,7 +116,7 @@ int record(const RecordOptions &options)
     const DeviceRootWatch rootWatch(&loop);
     try {
         (void)loop.run();
-        // A command that never ran has done nothing that could be played.
+        // A command that did not start leaves nothing to play.
         if (command && !command->problem().isEmpty()) {
             printError(command->problem());
             return RunningCommand::NotStarted;
@@ -140,7 +140,7 @@ int record(const RecordOptions &options)
 void addRecordVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] = Verbs<RecordOptions>(parser, action)
-                                     .add("record", "Write what the device does into a scenario", record);
+                                     .add("record", "Record what the device does as a scenario", record);
     verb.option("FILE", options->file, "The scenario to write").required();
     verb.option("--only", options->facilities, "Only these facilities")
         .valueName("FACILITY")

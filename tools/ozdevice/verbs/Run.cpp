@@ -99,7 +99,7 @@ Run::Run(const RunOptions &options)
     : m_options(options), m_signals([this](int signal) {
           // Ctrl-C reaches the command by itself.
           if (signal != SIGINT && m_command)
-              m_command->pass(signal);
+              m_command->sendSignal(signal);
       })
 {
     if (!options.scenario.scenario.empty())
@@ -143,7 +143,7 @@ void Run::followScenario()
 void Run::showPanel()
 {
     if (m_options.panel && !m_panel)
-        m_command->leaveAlone(m_panel.emplace(m_signals).process());
+        m_command->exclude(m_panel.emplace(m_signals).process());
 }
 
 void Run::onCommandFinished()
@@ -204,17 +204,19 @@ void addRunVerb(const Verb &parser, Action &action)
                                      .add("run", "Run a command against a simulated phone of its own", run);
     verb.option("--phone", options->phone, "The phone's file (default: the installed phone.json)");
     const auto scenario = verb.option("--scenario", options->scenario.scenario,
-        "Play a scenario meanwhile: a file, or the name of an installed one");
+        "Play this scenario meanwhile: a file, or the name of an installed one");
     for (const auto &option : options->scenario.addTo(verb))
         (void)option.needs(scenario);
     options->scenario.waitFor = "open";
     (void)verb
         .option("--wait-for", options->scenario.waitFor,
-            "Begin the scenario when the command has opened its first object, has sent its first request, or "
+            "Begin the scenario when the command opens its first object, sends its first request, or "
             "at once")
         .oneOf({"open", "request", "none"})
         .needs(scenario);
-    (void)verb.duration("--wait-limit", options->scenario.waitLimit, "Begin it after this time in any case")
+    (void)verb
+        .duration(
+            "--wait-limit", options->scenario.waitLimit, "Begin the scenario after this time in any case")
         .defaultText("10s")
         .needs(scenario);
     (void)verb.flag("--until-played", options->untilPlayed, "End the command when the scenario is over")
@@ -223,10 +225,11 @@ void addRunVerb(const Verb &parser, Action &action)
     verb.option("COMMAND", options->words, "The command and its arguments, after --");
     verb.footer(
         "The phone starts before the command and ends after it; its device root is the command's\n"
-        "OZ_DEVICE_ROOT. The exit status is the command's, 127 where it cannot be started. A scenario has "
+        "OZ_DEVICE_ROOT. The exit status is the command's, or 127 if it cannot be started. A scenario has "
         "its\n"
-        "own phone, unless --phone names one. Where one of its steps fails, the command is ended, and the\n"
-        "status is 1. What the command has started ends with it: SIGTERM, and after a second SIGKILL.");
+        "own phone, unless --phone names one. If one of its steps fails, the command is ended, and the\n"
+        "status is 1. Processes that the command has started end with it: SIGTERM, and after a second "
+        "SIGKILL.");
 }
 
 } // namespace oz::tools

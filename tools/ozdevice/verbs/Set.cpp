@@ -22,12 +22,13 @@ int set(const SetOptions &options)
     const PropertySetting setting(entry, name,
         options.words.size() == 1 ? std::optional(QString::fromStdString(options.words.front()))
                                   : std::nullopt);
-    const FacilityInstance instance(entry, options.facility.selected(entry), FacilityInstance::MayBeNone);
+    const FacilityInstance instance(
+        entry, options.facility.selected(entry), FacilityInstance::MayBeUnselected);
     if (!instance.reportProblems())
         return Unavailable;
     setting.applyTo(instance);
     printLine(name + " = "_L1 + meta::valueText(instance.object()->property(options.property.c_str())));
-    printError(name + " belongs to this one object, which is gone now; a call of one that has it is "_L1
+    printError(name + " belongs to this one object, which is gone now; to call an object that has it, use "_L1
         + "ozdevice call "_L1 + entry.name + " METHOD --set "_L1 + name + "=VALUE"_L1);
     return Success;
 }

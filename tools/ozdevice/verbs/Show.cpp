@@ -15,7 +15,7 @@ namespace oz::tools {
 
 namespace {
 
-constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may be undefined
+constexpr int FirstValuesDeadline = 300; // milliseconds; an orientation may stay undefined
 
 struct ShowOptions
 {
@@ -26,10 +26,10 @@ struct ShowOptions
 void waitForFirstValues(const FacilityInstance &instance)
 {
     const FacilityEntry &entry = instance.entry();
-    if (entry.readAnew)
-        (void)entry.readAnew(instance.object());
-    const QDeadlineTimer patience(FirstValuesDeadline);
-    while (entry.isComplete && !entry.isComplete(instance.object()) && !patience.hasExpired()) {
+    if (entry.refresh)
+        (void)entry.refresh(instance.object());
+    const QDeadlineTimer deadline(FirstValuesDeadline);
+    while (entry.isComplete && !entry.isComplete(instance.object()) && !deadline.hasExpired()) {
         QCoreApplication::processEvents();
         QThread::msleep(1);
     }
@@ -57,11 +57,11 @@ void print(const FacilityInstance &instance)
     printRows(rows, u"  "_s, {Paint::None, Paint::Dim, Paint::Value});
 }
 
-// One value alone, for a script.
+// Prints a single value, for scripts.
 int showProperty(const FacilitySelection &facilities, const QString &name, bool json)
 {
     const FacilityEntry &entry = facilities.entry();
-    if (withoutUnfed({&entry}).empty())
+    if (availableFacilities({&entry}).empty())
         return Unavailable;
     const FacilityInstance instance(entry, facilities.selected(entry));
     const bool available = instance.reportProblems();
@@ -80,9 +80,9 @@ int show(const ShowOptions &options)
     if (const QString property = facilities.takeProperty(); !property.isEmpty())
         return showProperty(facilities, property, options.json);
     const auto entries = options.facilities.entries();
-    const auto there = withoutUnfed(entries);
+    const auto there = availableFacilities(entries);
     bool available = there.size() == entries.size();
-    // What the kernel tells is there in any case; that alone is not worth showing unless it is asked for.
+    // The kernel's values are always there; show them alone only if they are asked for.
     if (!available && !options.facilities.isNamed()
         && std::all_of(
             there.begin(), there.end(), [](const auto *entry) { return entry->objects.isEmpty(); }))
@@ -118,8 +118,8 @@ void addShowVerb(const Verb &parser, Action &action)
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "As JSON, enumerators by name");
-    verb.footer("Of several displays, networks and profiles, all are shown unless one is selected.\n"
-                "`ozdevice show FACILITY PROPERTY` prints one value alone, for scripts.");
+    verb.footer("Shows all displays, networks and profiles unless an option selects one.\n"
+                "`ozdevice show FACILITY PROPERTY` prints a single value, for scripts.");
 }
 
 } // namespace oz::tools

@@ -25,7 +25,7 @@ QStringList verbsOf(const QVariant &part)
     return verbs;
 }
 
-// The part of the phone that \a word means, which may be an older spelling, or a facility with several parts.
+// The part of the phone for \a word, which may be an alias, or a facility with several parts.
 QString partOf(const QString &word, const QString &verb)
 {
     const FacilityEntry *entry = findFacility(word);
@@ -73,7 +73,7 @@ int sim(const SimOptions &options)
         return Success;
     }
     if (words.size() == 1)
-        throw CommandError(WrongUse, "sim "_L1 + words[0] + " wants a verb; `ozdevice sim` lists them"_L1);
+        throw CommandError(WrongUse, "sim "_L1 + words[0] + " needs a verb; `ozdevice sim` lists them"_L1);
     const QString facility = words.takeFirst();
     const QString verb = words.takeFirst();
     (void)askDaemon(u"sim"_s,
@@ -87,7 +87,7 @@ void addSimVerb(const Verb &parser, Action &action)
 {
     const auto [verb, options] =
         Verbs<SimOptions>(parser, action)
-            .add("sim", "Change the simulated phone while it runs; without words, list what it can be told",
+            .add("sim", "Change the simulated phone while it runs; without words, list the possible changes",
                 sim);
     verb.option("FACILITY [NAME] VERB [ARGUMENT...]", options->words);
 }

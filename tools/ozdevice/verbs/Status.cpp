@@ -34,7 +34,7 @@ QJsonObject sourcesJson(const std::vector<SourceState> &sources)
     for (const SourceState &source : sources) {
         QJsonObject facility{{u"source"_s, source.source}, {u"state"_s, source.state},
             {u"auto"_s, source.isAutomatic},
-            // The first key is that of status, the second one that of doctor.
+            // status calls it "reason", doctor "why".
             {u"reason"_s, source.reason}, {u"why"_s, source.reason}};
         if (const QStringList instances = instancesOf(source); !instances.isEmpty())
             facility.insert(u"instances"_s, QJsonArray::fromStringList(instances));
@@ -101,7 +101,7 @@ int status(const StatusOptions &options)
         printStatus(daemon);
     if (daemon.isRunning)
         return Success;
-    printError(unfedText(daemon));
+    printError(notFedText(daemon));
     return Unavailable;
 }
 
@@ -110,7 +110,7 @@ struct DoctorOptions
     bool json = false;
 };
 
-// The problem that this user has with an object of the tree; empty if there is none.
+// Returns the problem that this user has with an object of the tree, if any.
 QString problemOf(const ObjectAge &object)
 {
     if (const int error = tryToOpen(object.path))
@@ -122,7 +122,7 @@ QString problemOf(const ObjectAge &object)
     return ok ? QString() : QString(object.path + ": its content is malformed"_L1);
 }
 
-// Empty for a source that the daemon chose by itself: the device may lack that facility.
+// Returns nothing for a source that the daemon chose by itself: the device may lack that facility.
 QString problemOf(const SourceState &source)
 {
     if (source.state != u"absent" || source.isAutomatic)
@@ -145,7 +145,7 @@ QStringList findProblems(const DaemonState &daemon, const std::vector<SourceStat
             problems.append(problem);
     };
     if (!daemon.isRunning)
-        add(unfedText(daemon) + "; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"_L1);
+        add(notFedText(daemon) + "; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"_L1);
     for (const SourceState &source : sources)
         add(problemOf(source));
     if (daemon.isRunning && problems.isEmpty() && fedCount(sources) == 0)

@@ -17,10 +17,10 @@ struct TopOptions
 int top(const TopOptions &options)
 {
     auto entries = options.facilities.entries();
-    // A simulated phone's owner sees that phone, without this machine's network interfaces.
+    // On a simulated phone, leave out the network interfaces of this machine.
     if (!options.facilities.isNamed() && isPhoneSimulated(daemonState()))
         entries = phoneFacilities();
-    const auto there = withoutUnfed(entries);
+    const auto there = availableFacilities(entries);
     if (there.empty() || (there.size() < entries.size() && !options.facilities.isNamed()))
         return Unavailable;
     EventLoop loop;

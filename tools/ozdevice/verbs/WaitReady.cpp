@@ -30,7 +30,7 @@ void addWaitReadyVerb(const Verb &parser, Action &action)
     const auto [verb, options] =
         Verbs<WaitReadyOptions>(parser, action)
             .add("wait-ready", "Wait until the services have published everything", waitReady);
-    verb.duration("--timeout", options->timeout.seconds, "How long at most (10s)");
+    verb.duration("--timeout", options->timeout.seconds, "The longest time to wait (10s)");
 }
 
 } // namespace oz::tools

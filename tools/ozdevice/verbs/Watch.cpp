@@ -74,7 +74,7 @@ class Watch
 public:
     explicit Watch(const WatchOptions &options) : m_options(options), m_remaining(options.count) { }
 
-    // Returns false, after saying why, if an object of the facility cannot be opened.
+    // Returns false, after printing the reason, if an object of the facility cannot be opened.
     [[nodiscard]] bool add(const FacilityEntry &entry, const QString &selected);
     void addCounters(const FacilityEntry &entry, const QStringList &selected);
     [[nodiscard]] int run();
@@ -101,8 +101,8 @@ private:
 
 bool Watch::add(const FacilityEntry &entry, const QString &selected)
 {
-    Watched &watched = *m_watched.emplace_back(
-        new Watched{FacilityInstance(entry, selected, FacilityInstance::MayComeLater)});
+    Watched &watched =
+        *m_watched.emplace_back(new Watched{FacilityInstance(entry, selected, FacilityInstance::MayAppear)});
     const FacilityInstance &instance = watched.instance;
     watched.tap = std::make_unique<meta::SignalTap>(
         instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
@@ -164,16 +164,16 @@ int watch(const WatchOptions &options)
 {
     const auto entries = options.facilities.entries();
     const bool hasCounters =
-        std::any_of(entries.begin(), entries.end(), [](const auto *entry) { return bool(entry->readAnew); });
+        std::any_of(entries.begin(), entries.end(), [](const auto *entry) { return bool(entry->refresh); });
     if (options.hasEvery && !(hasCounters && options.facilities.isNamed()))
         throw CommandError(WrongUse, u"--every is for counters, which only network has"_s);
-    const auto there = withoutUnfed(entries);
+    const auto there = availableFacilities(entries);
     Watch watch(options);
     bool available = there.size() == entries.size();
     bool isAnyThere = false;
     for (const FacilityEntry *entry : there) {
         const QStringList instances = options.facilities.instances(*entry);
-        if (entry->readAnew) {
+        if (entry->refresh) {
             // Counters print lines even if nothing happens, so they have to be asked for.
             if (options.facilities.isNamed()) {
                 watch.addCounters(*entry, instances);
@@ -195,19 +195,20 @@ int watch(const WatchOptions &options)
 
 void addWatchVerb(const Verb &parser, Action &action)
 {
-    const auto [verb, options] = Verbs<WatchOptions>(parser, action)
-                                     .add("watch", "Print each signal of facilities as it comes", watch);
+    const auto [verb, options] =
+        Verbs<WatchOptions>(parser, action)
+            .add("watch", "Print each signal of facilities when it is emitted", watch);
     options->facilities.addFacilities(verb);
     options->facilities.addSelectors(verb);
-    verb.flag("--json", options->json, "One JSON object a line");
+    verb.flag("--json", options->json, "One JSON object per line");
     verb.flag("--all", options->all, "Also the numeric signals that repeat the typed ones");
     verb.duration("--every", options->every.seconds, "How often to read counters (1s)")
         .whenGiven([options = options] { options->hasEvery = true; });
-    verb.count("--count", options->count, "End after so many lines");
+    verb.count("--count", options->count, "End after this number of lines");
     verb.duration("--for", options->duration.seconds, "End after a time (10s, 500ms, 2m)");
     verb.footer(
-        "Of several displays, networks and profiles, all that are there now are watched unless one is\n"
-        "selected. Counters are watched where they are named.");
+        "Watches all displays, networks and profiles that exist now, unless an option selects one. Counters\n"
+        "are watched only if their facility is named.");
 }
 
 } // namespace oz::tools

@@ -25,8 +25,8 @@ struct ReturnedEnum
 struct LaterAnswer
 {
     QByteArray signal = {}; //!< its first argument, if any, is the result
-    /*! The bool property that is true until the answer. A quick answer can arrive before the class sees that
-     * the request has begun; then the property becomes true never, and the signal is not emitted. */
+    /*! The bool property that is true until the answer. A quick answer can arrive before the class sees
+     * that the request has begun; then the property never becomes true, and no signal follows. */
     QByteArray pending = {};
 };
 
@@ -70,7 +70,7 @@ struct FacilityEntry
     /*! The objects that show what the facility does, whichever process asked for it. */
     QStringList activity = {};
     /*! Reads values that do not change by themselves, and returns false on failure. */
-    std::function<bool(QObject *object)> readAnew = {};
+    std::function<bool(QObject *object)> refresh = {};
     /*! Returns whether all first values are there, if some arrive through the event loop. */
     std::function<bool(const QObject *object)> isComplete = {};
 
@@ -78,8 +78,8 @@ struct FacilityEntry
     QString selector = {};
     /*! The instances that exist now. */
     std::function<QStringList()> instances = {};
-    /*! Returns whether an instance that does not exist can appear later, and is followed then. */
-    std::function<bool(const QString &selected)> mayCome = {};
+    /*! Returns whether an instance that does not exist can appear later. */
+    std::function<bool(const QString &selected)> mayAppear = {};
     /*! True if an object without a selected instance has no values, and no methods but these. */
     bool needsSelection = false;
     QList<QByteArray> methodsWithoutSelection = {};
@@ -87,13 +87,13 @@ struct FacilityEntry
     [[nodiscard]] bool hasName(const QString &word) const { return word == name || aliases.contains(word); }
     /*! The name with the selected instance. */
     [[nodiscard]] QString title(const QString &selected) const;
-    /*! The instances that exist now; an empty one for a facility that has no several. */
+    /*! Returns the instances that exist now, or one empty text for a facility without instances. */
     [[nodiscard]] QStringList selections() const;
     /*! The facilities of the daemon that feed this one. */
     [[nodiscard]] QStringList feedingParts() const;
 };
 
-/*! All facilities, a row each. */
+/*! All facilities, one row each. */
 [[nodiscard]] const std::vector<FacilityEntry> &facilityTable();
 
 /*! The facilities of a phone, without the network interfaces of the machine. */

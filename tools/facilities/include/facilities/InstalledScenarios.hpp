@@ -6,9 +6,10 @@
 
 namespace oz::tools {
 
-/*! The whole path of the scenario \a name: a file, or one that is installed; throws CommandError. */
+/*! Returns the absolute path of the scenario \a name, which is a file or an installed scenario. Throws
+ * CommandError if there is none. */
 [[nodiscard]] QString scenarioFile(const QString &name);
-/*! Those that are installed, with what they are about. */
+/*! Returns the name and description of each installed scenario. */
 [[nodiscard]] QList<QStringList> installedScenarios();
 
 } // namespace oz::tools

@@ -8,7 +8,7 @@
 
 #include <vector>
 
-/*! What a class declares below QObject, for people and as JSON. */
+/*! Describes what a class declares below QObject, as text and as JSON. */
 namespace oz::meta {
 
 [[nodiscard]] std::vector<QMetaProperty> propertiesOf(const QMetaObject *type);
@@ -16,13 +16,13 @@ namespace oz::meta {
 /*! The public slots and invokable methods. */
 [[nodiscard]] std::vector<QMetaMethod> methodsOf(const QMetaObject *type);
 
-/*! The enumerators of \a type, as parseValue() takes them; none where it is no enumeration. */
+/*! The enumerators of \a type, as parseValue() accepts them; none if it is not an enumeration. */
 [[nodiscard]] QStringList enumeratorsOf(QMetaType type);
 
-/*! "requestConnect(QString name, WiFiDirectIntent intent)": types as people name them. */
+/*! "requestConnect(QString name, WiFiDirectIntent intent)", with short names of types. */
 [[nodiscard]] QString signatureText(const QMetaMethod &method);
 
-/*! "constant", "writable" and "revision 1", as far as they are so. */
+/*! Those of "constant", "writable" and "revision 1" that apply. */
 [[nodiscard]] QStringList traitsOf(const QMetaProperty &property);
 
 [[nodiscard]] QJsonObject describe(const QMetaProperty &property);

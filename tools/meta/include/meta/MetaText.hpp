@@ -8,30 +8,30 @@
 
 #include <optional>
 
-/*! Values of properties and parameters as people write and read them: enumerators by name, maps as JSON. */
+/*! Reads and writes values of properties and parameters as text: enumerators by name, maps as JSON. */
 namespace oz::meta {
 
 using namespace Qt::StringLiterals;
 
-/*! The enumeration (or flag set) that \a type is; an invalid one where it is none. */
+/*! The enumeration or flag set of \a type; an invalid one if it is neither. */
 [[nodiscard]] QMetaEnum enumOf(QMetaType type);
 
 /*! "oz::device::SdCardState::Type" as "SdCardState"; other types by their own name. */
 [[nodiscard]] QString typeText(QMetaType type);
 
-/*! The value in one line; in text, what would not show as itself is written as "\u202e". */
+/*! The value in one line, with unprintable characters of text escaped as "\u202e". */
 [[nodiscard]] QString valueText(const QVariant &value);
 
-/*! The value as JSON: enumerators by name (numbers where they have none), flag sets as a list of names. */
+/*! The value as JSON: enumerators by name, or by number if they have none, and flag sets as a list of
+ * names. */
 [[nodiscard]] QJsonValue valueJson(const QVariant &value);
 
-/*!
- * \a text as a value of \a type; nothing where it is none. Enumerators go by name or number, flags by names
- * joined with "|", maps and lists as JSON.
- */
+/*! Reads \a text as a value of \a type, and returns nothing if it is not one. Enumerators are given by
+ * name or number, flags by names joined with "|", maps and lists as JSON. */
 [[nodiscard]] std::optional<QVariant> parseValue(const QString &text, QMetaType type);
 
-/*! What parseValue() takes for \a type, for messages: "one of Mounted, Unmounted", "a whole number". */
+/*! Describes the texts that parseValue() accepts for \a type: "one of Mounted, Unmounted", "a whole
+ * number". */
 [[nodiscard]] QString expectation(QMetaType type);
 
 } // namespace oz::meta

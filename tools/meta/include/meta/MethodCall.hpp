@@ -9,22 +9,22 @@
 
 namespace oz::meta {
 
-/*! A call of a slot or invokable method with arguments that were given as text. */
+/*! A call of a slot or invokable method with arguments given as text. */
 class MethodCall
 {
 public:
     /*!
-     * The method \a name of \a type (or of its classes below QObject) that takes \a words as its arguments;
-     * nothing where there is none, with \a problem saying what was expected, or left empty where no method
-     * has that name.
+     * Finds the method \a name of \a type, or of its base classes below QObject, that accepts \a words as
+     * arguments. If there is none, returns nothing, and \a problem says what was expected; it is empty if no
+     * method has that name.
      */
     static std::optional<MethodCall> find(
         const QMetaObject *type, const QString &name, const QStringList &words, QString *problem);
 
-    /*! Calls it on \a object, and gives what it returns; an invalid QVariant where it returns nothing. */
+    /*! Calls the method on \a object and returns its result; an invalid QVariant for void. */
     [[nodiscard]] QVariant invoke(QObject *object) const;
 
-    /*! The names of the methods that can be called. */
+    /*! The names of the methods of \a type that can be called. */
     [[nodiscard]] static QStringList namesOf(const QMetaObject *type);
 
 private:

@@ -9,22 +9,19 @@
 
 namespace oz::meta {
 
-/*!
- * Hears every signal that an object's classes below QObject declare, in the order of emission, whatever their
- * parameters are.
- */
+/*! Receives every signal that an object's classes below QObject declare, in the order of emission. */
 class SignalTap : public QObject
 {
 public:
-    using Heard = std::function<void(const QMetaMethod &signal, const QVariantList &arguments)>;
+    using Handler = std::function<void(const QMetaMethod &signal, const QVariantList &arguments)>;
 
-    SignalTap(QObject *sender, Heard heard);
+    SignalTap(QObject *sender, Handler handler);
 
     int qt_metacall(QMetaObject::Call call, int id, void **arguments) override;
 
 private:
     std::vector<QMetaMethod> m_signals;
-    Heard m_heard;
+    Handler m_handler;
 };
 
 } // namespace oz::meta
