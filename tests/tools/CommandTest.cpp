@@ -1,4 +1,4 @@
-// The installed programs as a user has them: the command, and the daemon that it starts.
+// The command and the daemon that it starts, as processes.
 
 #include "harness/Process.hpp"
 #include "harness/Testing.hpp"
@@ -49,7 +49,7 @@ Result run(const QStringList &words)
         QString::fromUtf8(process.readAllStandardError())};
 }
 
-// What is inside \a json under the keys, or at the indices of its arrays.
+// The value in \a json under the keys, or at the indices of its arrays.
 QJsonValue at(QJsonValue json, const QStringList &keys)
 {
     for (const QString &key : keys)
@@ -101,7 +101,7 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     const auto signalled = [&] {
         return watching.state() == QProcess::NotRunning && watchingJson.state() == QProcess::NotRunning;
     };
-    // Until both have opened the object, and then once more, the card comes and goes.
+    // The card comes and goes until both processes have opened the object, and once more.
     ASSERT_TRUE(waitUntil([&] {
         EXPECT_EQ(run({"sim", "sdcard", "busy"}).status, 0);
         EXPECT_EQ(run({"sim", "sdcard", "unmount"}).status, 0);
@@ -117,7 +117,7 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     EXPECT_TRUE(first.value("signature").toString().contains("oz::device::"));
 }
 
-TEST_F(CommandTest, SaysInOneLineWhatIsWrongWithAStatusThatTellsWhoseFaultItIs)
+TEST_F(CommandTest, PrintsEachErrorInOneLineAndExitsWithTheStatusOfItsKind)
 {
     const Phone phone;
     root.remove("/pps/services/cds/cnice/mms_control");
@@ -194,7 +194,7 @@ TEST_F(CommandTest, SaysInOneLineWhatIsWrongWithAStatusThatTellsWhoseFaultItIs)
     }
 }
 
-TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
+TEST_F(CommandTest, NamesTheObjectThatIsMissingOrNotPermitted)
 {
     const QString unfed = "ozdevice: nothing feeds the tree under " + root.file("/pps")
         + ": no ozdeviced is running (try: ozdevice run -- COMMAND)\n";
@@ -215,7 +215,7 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
             {{"call", "data-profile", "--name", "a", "requestConnect"}, 1,
                 "ozdevice: data-profile a: /pps/services/cds/cnice/a_control: Permission denied " + whose},
         };
-        // Whoever they are for, they are for nobody without a privilege.
+        // Without privileges, this mode lets nobody read the object.
         QFile::setPermissions(root.file("/pps/services/wifi_p2p/manager/status"), {});
         for (const auto &[words, status, errors] : rows) {
             EXPECT_EQ(runWithoutPrivileges([words = words, errors = errors] {
@@ -237,16 +237,16 @@ TEST_F(CommandTest, SaysWhichObjectIsNotThereOrNotForThisUser)
                         .match(run({"doctor"}).output)
                         .hasMatch());
     }
-    // What was published last stays.
+    // The last published values stay.
     EXPECT_EQ(run({"show", "sdcard"}),
         (Result{0, "sdcard\n  state     SdCardState     Mounted\n  activity  SdCardActivity  Idle\n",
             "ozdevice: nothing feeds the tree under " + root.file("/pps")
                 + ": no ozdeviced is running; the values are the last ones\n"}));
 }
 
-TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
+TEST_F(CommandTest, ShowsTheServicesTheirSourcesAndTheAgeOfEachObject)
 {
-    // Not with the profile whose control is for root alone.
+    // Leave out the profile whose control is for root only.
     root.place("/phone.json", R"({"data-profile": {"profiles": {"internet": {}}}})");
     auto phone = std::make_unique<Phone>(QStringList{"--phone", root.file("/phone.json")});
     const auto status = [](int expected) {
@@ -272,7 +272,7 @@ TEST_F(CommandTest, TellsOfTheServicesTheirSourcesAndTheAgeOfEachObject)
                     .output.endsWith(
                         "\n\nthe services run, and every object can be read\n14 of 14 facilities are fed\n"));
 
-    // What the daemon may say of a source.
+    // Publish a source's state as the daemon does.
     EXPECT_EQ(
         run({"pps", "set", "system/ozdeviced/status",
                 "facilities:json:{\"battery\":{\"source\":\"upower\",\"state\":\"absent\",\"reason\":\"it "
@@ -322,14 +322,14 @@ TEST_F(CommandTest, DescribesFacilitiesAndListsTheirMethods)
     EXPECT_TRUE(run({"describe", "display"}).output.contains("\n  wireless: bool (constant, revision 2)\n"));
 }
 
-TEST_F(CommandTest, WaitsForTheEndOfACallThatGoesOn)
+TEST_F(CommandTest, WaitsUntilTheEffectOfACallEnds)
 {
     root.place("/phone.json", R"({"led": {"on-seconds": 0.05, "off-seconds": 0.05}})");
     auto phone = std::make_unique<Phone>(QStringList{"--phone", root.file("/phone.json")});
     const auto activity = [] { return run({"pps", "get", "services/led/activity"}).output; };
     QProcess watching;
     watching.start(Command, {"watch", "led", "--json"});
-    // What is watched from the first flash on.
+    // Flash until the watcher has begun.
     ASSERT_TRUE(waitUntil([&] {
         EXPECT_EQ(run({"call", "led", "flash", "1"}).status, 0);
         return watching.canReadLine();
@@ -384,14 +384,14 @@ TEST_F(CommandTest, ShowsAndWatchesTheCountersOfAnInterface)
         (QStringList{"bytesReceived", "bytesSent", "packetsReceived", "packetsSent"}));
 }
 
-TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaksItOff)
+TEST_F(CommandTest, ACallPrintsTheSignalsThatFollowAndCtrlCEndsAWaitingOne)
 {
     root.place("/phone.json", R"({"wifi-direct": {"scan-seconds": 0.2, "connect-seconds": 0}})");
     const Phone phone({"--phone", root.file("/phone.json")});
     const auto call = [](const QStringList &words) {
         return run(QStringList{"call", "wifi-direct"} + words).output;
     };
-    // A scan is answered by its end.
+    // The end of a scan answers it.
     const QString scanned = call({"requestScan"});
     EXPECT_TRUE(scanned.startsWith("Success (0)\n") && scanned.endsWith("\nscanCompleted()\n"))
         << scanned.toStdString();
@@ -406,8 +406,7 @@ TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaks
     ASSERT_TRUE(started.startsWith("Success (0)\nsessionStarted(\"")) << started.toStdString();
     EXPECT_EQ(call({"requestStopSession", started.section('"', 1, 1)}), "Success (0)\nsessionStopped()\n");
 
-    // One that blocks dies of the signal, one that waits in its event loop ends with the status that tells
-    // it.
+    // A blocked call dies of the signal; a call that waits in its event loop exits with the signal's status.
     const std::tuple<const char *, int> rows[] = {{"wifi-direct", SIGINT}, {"miracast", (128 + SIGINT) << 8}};
     for (const auto &[facility, ending] : rows) {
         EXPECT_EQ(run({"sim", facility, "never-answer"}).status, 0);
@@ -433,7 +432,7 @@ TEST_F(CommandTest, ACallPrintsWhatFollowsItAndAWaitingOneSaysSoUntilCtrlCBreaks
     }
 }
 
-TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhereThatIsNoSuccess)
+TEST_F(CommandTest, ACallPrintsSignalsUntilItsAnswerAndFailsUnlessThatIsSuccess)
 {
     root.place("/phone.json",
         R"({"miracast": {"scan-seconds": 0, "sinks": {"tv": {"name": "\u202e", "type": "7"}}}})");
@@ -454,8 +453,8 @@ TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhere
         EXPECT_EQ(run({"pps", "get", "services/miracast/status", "app_context"}).output,
             "{\"name\":\"Gallery\",\"persistent\":false}\n");
 
-        // A request that cannot be sent: no answer follows, and none is waited for. What is logged of it is
-        // told once, and its status is no matter of what is logged.
+        // No answer follows a request that cannot be sent, and the command waits for none. The warning is
+        // printed once, and the logging rules do not change the status.
         root.remove("/pps/services/miracast/control");
         const QStringList unsent{"call", "miracast", "requestConnect", "a\"b", "1234"};
         EXPECT_EQ(run(unsent).status, 3);
@@ -479,7 +478,7 @@ TEST_F(CommandTest, ACallThatASignalAnswersPrintsWhatComesUntilThenAndFailsWhere
         (Result{3, "", "ozdevice: miracast: the device does not support it\n"}));
 }
 
-TEST_F(CommandTest, WorksOnTheTreeItself)
+TEST_F(CommandTest, ReadsAndWritesTheTreeItself)
 {
     EXPECT_EQ(run({"pps", "set", "box/one", "a::text", "b:n:2", "--mode", "600"}).status, 0);
     EXPECT_EQ(root.mode("/pps/box/one"), 0600u);
@@ -527,7 +526,7 @@ TEST_F(CommandTest, RunGivesACommandAPhoneOfItsOwnAndItsExitStatus)
     EXPECT_FALSE(QDir(ownRoot).exists());
 }
 
-TEST_F(CommandTest, TheDemoToursEveryChangeWithoutATerminalAndCleansUpWhenInterrupted)
+TEST_F(CommandTest, TheDemoShowsEveryChangeWithoutATerminalAndCleansUpWhenInterrupted)
 {
     qputenv("XDG_RUNTIME_DIR", root.file("").toLocal8Bit());
     const Result tour = run({"demo", "--speed", "20"});
@@ -546,7 +545,7 @@ TEST_F(CommandTest, TheDemoToursEveryChangeWithoutATerminalAndCleansUpWhenInterr
     EXPECT_EQ(QDir(root.file("")).entryList({"ozdevice-run-*"}), QStringList());
 }
 
-TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
+TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndChangesOfThePhone)
 {
     const Phone phone;
     const std::tuple<QStringList, QStringList> rows[] = {
@@ -575,7 +574,7 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndWhatThePhoneCanBeTold)
     EXPECT_TRUE(run({"complete", "--", "record", "x", "--only", ""}).output.contains("battery\n"));
     EXPECT_TRUE(run({"complete", "--", "show", "wifid"}).output.contains("wifidirect\n"));
     EXPECT_FALSE(run({"complete", "--", "show", "wifi"}).output.contains("wifidirect\n"));
-    // Each shell takes what its script offers it.
+    // Each shell offers what its script returns.
     const std::tuple<const char *, QString> shells[] = {
         {"bash", "COMP_WORDS=(%1 sim sdcard un); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"},
         {"zsh",
@@ -601,7 +600,7 @@ TEST_F(CommandTest, PlaysEveryInstalledScenarioToItsEnd)
     EXPECT_FALSE(lines.isEmpty());
     for (const QString &line : lines) {
         const QString name = line.section(' ', 0, 0);
-        EXPECT_GT(line.simplified().size(), name.size() + 10) << "it has no description";
+        EXPECT_GT(line.simplified().size(), name.size() + 10) << "without a description";
         const Result result = run({"run", "--scenario", name, "--speed", "max", "--wait-for", "none",
             "--until-played", "--", "sleep", "100"});
         EXPECT_EQ(result.status, 0) << result.output.toStdString();
@@ -610,7 +609,7 @@ TEST_F(CommandTest, PlaysEveryInstalledScenarioToItsEnd)
     }
 }
 
-TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
+TEST_F(CommandTest, AScenarioTestsTheCommandThatItRunsWith)
 {
     const QString file = root.file("/s.json");
     const auto runs = [&](const QByteArray &steps, const QStringList &options, const QString &script) {
@@ -636,7 +635,7 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
     const QString place = "ozdevice: " + file + ":1: ";
     const QByteArray battery = R"("battery level 3", {"expect": "battery.level == 9", "within": 0})";
     const std::tuple<QByteArray, QStringList, QString, int, QString> rows[] = {
-        // What the scenario says of its phone holds; a command that ends first ends one that expects nothing.
+        // The phone is the scenario's. A command that ends first also ends a scenario that expects nothing.
         {"{\"wait\": 100}", {},
             "test $(" OZ_COMMAND " pps get system/BattMgr/status | grep -c StateOfCharge.:9) = 1", 0, ""},
         {"{\"wait\": 100}", {"--wait-for", "none"}, "exit 5", 5, ""},
@@ -661,11 +660,11 @@ TEST_F(CommandTest, AScenarioIsATestOfTheCommandItRunsBeside)
     QDir::setCurrent(before);
 }
 
-TEST_F(CommandTest, AScenarioBeginsWhenTheCommandIsThere)
+TEST_F(CommandTest, AScenarioBeginsWhenTheCommandUsesThePhone)
 {
     root.place("/s.json", R"({"phone": {"battery": {"level": 9}}, "steps": ["battery level 3"]})");
     const QString report = root.file("/r.xml");
-    // Slower than a scenario that does not wait.
+    // The command starts later than a scenario that does not wait.
     const QString slow = "set -e; status=$OZ_DEVICE_ROOT/pps/system/BattMgr/status; "
                          "level() { grep -c \"StateOfCharge.:$1\" $status >/dev/null; }; sleep 0.3; ";
     const QString never = "ozdevice: the scenario was never begun: the command ";
@@ -755,9 +754,9 @@ TEST_F(CommandTest, APlayingScenarioIsFollowedStoppedAndListed)
     qputenv("OZ_DEVICE_ROOT", root.file("").toLocal8Bit());
 }
 
-// Text of strangers is in names of files, in objects, in the phone's file and in scenarios, and on the
-// command line.
-TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
+// Text from strangers is in names of files, in objects, in the phone's file, in scenarios and on the command
+// line.
+TEST_F(CommandTest, EscapesControlCharactersOnTheTerminalAndInTheLog)
 {
     const QString hostile = QString("x\033[2Jy\rz\nozdevice: all is well\u009b1m\u202e\u2028\u007f\u2066");
     const QString json =
@@ -804,8 +803,8 @@ TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
         EXPECT_FALSE(text.contains("\nozdevice: all is well")) << call.join(' ').toStdString();
         all += text;
     }
-    EXPECT_GT(all.count("\\u202e"), calls.size() / 2) << "it is told all the same";
-    // The daemon's log, also of a phone's file that is wrong.
+    EXPECT_GT(all.count("\\u202e"), calls.size() / 2) << "the texts are shown in spite of that";
+    // The daemon's log, with the error of a malformed phone's file.
     root.place("/phone.json", ("{\"sdcard\": {" + json + ": 1}}").toUtf8());
     ::kill(pid_t(daemon.processId()), SIGHUP);
     QByteArray told;
@@ -820,7 +819,7 @@ TEST_F(CommandTest, NothingRawReachesATerminalOrALog)
     daemon.waitForFinished();
 }
 
-TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
+TEST_F(CommandTest, ProcessesThatACommandHasStartedEndWithIt)
 {
     root.place("/s.json", R"({"steps": [{"expect": "battery.level == 33", "within": 10}]})");
     const QString starts = "setsid sleep 100 & echo $! >>" + root.file("/pids")
@@ -840,7 +839,7 @@ TEST_F(CommandTest, WhatACommandHasStartedEndsWithIt)
     }
 }
 
-TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
+TEST_F(CommandTest, ARecordingMadeWhileACommandRunsCanBePlayed)
 {
     const QString file = root.file("/r.json");
     const QString script = OZ_COMMAND " sim battery level 33; exit 4";
@@ -851,7 +850,7 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
         const Result never = run({"record", file + "2", "--", "/none/at/all"});
         EXPECT_EQ(never.status, 127);
         EXPECT_TRUE(never.errors.startsWith("ozdevice: /none/at/all: "));
-        EXPECT_FALSE(QFile::exists(file + "2")) << "of what never ran";
+        EXPECT_FALSE(QFile::exists(file + "2")) << "the command never ran";
         root.place("/private.json", "{}");
         EXPECT_EQ(run({"record", root.file("/private.json"), "--keep-identifiers", "--", "true"}).status, 0);
         EXPECT_EQ(root.mode("/private.json"), 0600u);
@@ -870,7 +869,7 @@ TEST_F(CommandTest, RecordsWhileACommandRunsWhatIsPlayedThen)
 TEST_F(CommandTest, TopShowsThePhoneAsItChanges)
 {
     const Phone phone;
-    EXPECT_EQ(run({"top"}).status, 2) << "this is no terminal";
+    EXPECT_EQ(run({"top"}).status, 2) << "without a terminal";
     for (const bool hasColors : {true, false}) {
         EXPECT_EQ(run({"sim", "battery", "level", "80"}).status, 0);
         int terminal = -1;
@@ -899,7 +898,7 @@ TEST_F(CommandTest, TopShowsThePhoneAsItChanges)
         };
         ASSERT_TRUE(shows("Discharging") && shows("miracast") && shows("q: quit")) << shown.toStdString();
         EXPECT_TRUE(shows("%") && shows("dBm"));
-        EXPECT_FALSE(shown.contains("network lo")) << "this machine's interface is none of the phone's";
+        EXPECT_FALSE(shown.contains("network lo")) << "the interface belongs to this machine";
         EXPECT_EQ(QString(shown).contains(QRegularExpression("\x1b\\[([0-9;]*;)?3[0-7]m")), hasColors);
         shown.clear();
         EXPECT_EQ(run({"sim", "battery", "level", "42"}).status, 0);
@@ -912,7 +911,7 @@ TEST_F(CommandTest, TopShowsThePhoneAsItChanges)
         shown.clear();
         EXPECT_EQ(::ioctl(terminal, TIOCSWINSZ, &small), 0);
         EXPECT_TRUE(shows("up down") && shows("all values") && shows("q: quit"))
-            << "in as many lines as it takes";
+            << "the foot needs several lines";
         EXPECT_TRUE(shows("sdcard"));
         EXPECT_FALSE(shown.contains("miracast")) << "there is no room for it";
         EXPECT_TRUE(shows(" below")) << shown.toStdString();

@@ -1,4 +1,4 @@
-// The pages of docs/ say what is true of the library and its programs.
+// Checks that the pages of docs/ agree with the library and its programs.
 
 #include "harness/Testing.hpp"
 
@@ -37,7 +37,7 @@ class DocsTest : public ::testing::TestWithParam<FacilityEntry>
 {
 };
 
-TEST_P(DocsTest, ThePageNamesTheClassAndWhatItReads)
+TEST_P(DocsTest, ThePageNamesTheClassAndItsObjects)
 {
     const FacilityEntry &entry = GetParam();
     const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + entry.name + ".md");
@@ -56,7 +56,7 @@ TEST_P(DocsTest, EachPropertyIsFinalAndEitherConstantOrAnnounced)
         EXPECT_TRUE(property.isReadable() && property.isFinal()) << property.name();
         EXPECT_NE(property.isConstant(), property.hasNotifySignal()) << property.name();
         if (property.hasNotifySignal()) {
-            // The first of its name, which is the typed one; some go with others.
+            // The typed signal is the first of its name. Some properties share the signal of another.
             const QMap<QByteArray, QByteArray> others{{"chargingState", "level"}, {"resolution", "pixelSize"},
                 {"deviceCategory", "deviceType"}, {"deviceSubCategory", "deviceType"}};
             const QByteArray about = others.value(property.name(), property.name());
@@ -73,8 +73,8 @@ TEST_P(DocsTest, EachPropertyIsFinalAndEitherConstantOrAnnounced)
     }
 }
 
-// Pasted whole, as a newcomer would: the shell reads the lines one after another.
-TEST_P(DocsTest, WhatItSaysToTryWorksWhenPasted)
+// The block is pasted as a whole, and the shell reads the lines one after another.
+TEST_P(DocsTest, ThePagesCommandsWorkWhenPasted)
 {
     const oz::harness::DeviceRoot root;
     const QString page = contentOf(QString(OZ_DOCS) + "/facilities/" + GetParam().name + ".md");
@@ -84,7 +84,7 @@ TEST_P(DocsTest, WhatItSaysToTryWorksWhenPasted)
             block += line.sliced(4) + '\n';
     }
     ASSERT_TRUE(block.count('\n') >= 3) << block.toStdString();
-    // Every shell tells of each command that fails.
+    // Each shell reports each command that fails.
     root.place("/env", "trap 'echo \"FAILED: $BASH_COMMAND\" >&2' ERR\n");
     QProcess shell;
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
@@ -93,7 +93,7 @@ TEST_P(DocsTest, WhatItSaysToTryWorksWhenPasted)
     shell.setProcessEnvironment(environment);
     shell.start("bash", QStringList());
     shell.write(block.toUtf8());
-    // Something that runs in the background may be the only one to print anything.
+    // A background process may be the only one to print anything.
     shell.waitForReadyRead(60'000);
     shell.closeWriteChannel();
     ASSERT_TRUE(shell.waitForFinished(90'000));

@@ -17,7 +17,7 @@ using namespace oz::meta;
 
 namespace {
 
-// What can be called, as the facilities have it.
+// An object with the kinds of methods that facilities have.
 class Callee : public QObject
 {
     Q_OBJECT
@@ -38,7 +38,7 @@ private Q_SLOTS:
 const QMetaType State = QMetaType::fromType<SdCardState::Type>();
 const QMetaType Technologies = QMetaType::fromType<CellularTechnology::Types>();
 
-TEST(MetaText, WritesValuesAsPeopleReadThem)
+TEST(MetaText, WritesValuesForPeopleAndAsJson)
 {
     qRegisterMetaType<WiFiDirectSecondaryDeviceType::Type>();
     const std::tuple<QVariant, const char *, QJsonValue> rows[] = {
@@ -68,7 +68,7 @@ TEST(MetaText, WritesValuesAsPeopleReadThem)
     EXPECT_EQ(typeText(QMetaType::fromType<int>()), "int");
 }
 
-TEST(MetaText, ReadsValuesByTheirTypeOrSaysWhatItExpected)
+TEST(MetaText, ReadsValuesByTypeAndDescribesWhatItExpects)
 {
     EXPECT_EQ(parseValue("Busy", State), QVariant::fromValue(SdCardState::Busy));
     EXPECT_EQ(parseValue("2", State), QVariant::fromValue(SdCardState::Unmounted));
@@ -91,7 +91,7 @@ TEST(MetaText, ReadsValuesByTheirTypeOrSaysWhatItExpected)
     }
 }
 
-TEST(MethodCall, FindsTheOverloadThatTakesTheWordsAndCallsIt)
+TEST(MethodCall, CallsTheOverloadThatAcceptsTheWords)
 {
     Callee callee;
     const auto result = [&](const QString &name, const QStringList &words) {
