@@ -20,25 +20,25 @@ constexpr std::chrono::milliseconds BeginDeadline{500};
 
 CallCompletion::CallCompletion(
     const FacilityInstance &instance, const QByteArray &method, const meta::SignalTap::Handler &handler)
-    : m_instance(instance), m_answer(instance.entry().answers.value(method)),
+    : m_instance(instance), m_answer(instance.entry().calls.answers.value(method)),
       m_tap(instance.object(), [this, handler](const QMetaMethod &signal, const QVariantList &arguments) {
           onSignal(signal, arguments, handler);
       })
 {
     const FacilityEntry &entry = instance.entry();
-    if (entry.service.isEmpty() || (!entry.answers.isEmpty() && m_answer.signal.isEmpty()))
+    if (entry.calls.service.isEmpty() || (!entry.calls.answers.isEmpty() && m_answer.signal.isEmpty()))
         return;
-    m_service.emplace(entry.service);
+    m_service.emplace(entry.calls.service);
     if (!m_service->open(PpsOpenMode::PublishSubscribe)) {
-        throw CommandError(
-            Unavailable, instance.title() + ": "_L1 + Problem{entry.service, m_service->error()}.text());
+        throw CommandError(Unavailable,
+            instance.title() + ": "_L1 + Problem{entry.calls.service, m_service->error()}.text());
     }
 }
 
 void CallCompletion::onSignal(
     const QMetaMethod &signal, const QVariantList &arguments, const meta::SignalTap::Handler &handler)
 {
-    if (m_instance.entry().busy.isEmpty() && !m_answered)
+    if (m_instance.entry().calls.busy.isEmpty() && !m_answered)
         m_loop.guard([&] { handler(signal, arguments); });
     if (!m_answer.signal.isEmpty() && signal.name() == m_answer.signal && !m_answered) {
         m_answered = true;
@@ -51,7 +51,7 @@ void CallCompletion::onSignal(
 
 bool CallCompletion::isBusy() const
 {
-    const QByteArray &busy = m_instance.entry().busy;
+    const QByteArray &busy = m_instance.entry().calls.busy;
     return !busy.isEmpty() && m_instance.object()->property(busy.constData()).toBool();
 }
 
@@ -82,8 +82,8 @@ int CallCompletion::wait()
         check.start(BeginDeadline);
     }
     if (isBusy() && ::isatty(STDERR_FILENO)) {
-        printError(
-            m_instance.title() + " is "_L1 + QLatin1String(m_instance.entry().busy) + "; Ctrl-C ends it"_L1);
+        printError(m_instance.title() + " is "_L1 + QLatin1String(m_instance.entry().calls.busy)
+            + "; Ctrl-C ends it"_L1);
     }
     (void)m_loop.run();
     return m_status;

@@ -26,9 +26,9 @@ QString holderOf(const QMetaEnum &enumeration)
 // The type of the result, or the enumeration whose numbers \a method returns.
 QString returnedText(const FacilityEntry &entry, const QMetaMethod &method)
 {
-    const auto returned = entry.returns.constFind(method.name());
-    return returned == entry.returns.cend() ? meta::typeText(method.returnMetaType())
-                                            : holderOf(returned->names);
+    const auto returned = entry.calls.returns.constFind(method.name());
+    return returned == entry.calls.returns.cend() ? meta::typeText(method.returnMetaType())
+                                                  : holderOf(returned->names);
 }
 
 void printHeading(const char *heading)
@@ -52,14 +52,15 @@ QJsonObject describe(const FacilityEntry &entry)
     QJsonArray methods;
     for (const QMetaMethod &method : meta::methodsOf(entry.type)) {
         QJsonObject description = meta::describe(method);
-        if (const auto returned = entry.returns.constFind(method.name()); returned != entry.returns.cend()) {
+        if (const auto returned = entry.calls.returns.constFind(method.name());
+            returned != entry.calls.returns.cend()) {
             QJsonObject values;
             for (int i = 0; i < returned->names.keyCount(); ++i)
                 values.insert(QLatin1String(returned->names.key(i)), returned->names.value(i));
             description.insert(u"returns"_s, holderOf(returned->names));
             description.insert(u"results"_s, values);
         }
-        if (const QByteArray answer = entry.answers.value(method.name()).signal; !answer.isEmpty())
+        if (const QByteArray answer = entry.calls.answers.value(method.name()).signal; !answer.isEmpty())
             description.insert(u"answeredBy"_s, QString::fromLatin1(answer));
         methods.append(description);
     }
@@ -67,7 +68,7 @@ QJsonObject describe(const FacilityEntry &entry)
     for (const QMetaMethod &signal : meta::signalsOf(entry.type))
         heard.append(meta::describe(signal));
     QStringList dynamicProperties;
-    for (const QByteArray &name : entry.dynamicProperties)
+    for (const QByteArray &name : entry.calls.dynamicProperties)
         dynamicProperties.append(QString::fromLatin1(name));
     QJsonObject description{{u"name"_s, entry.name},
         {u"aliases"_s, QJsonArray::fromStringList(entry.aliases)},
@@ -96,9 +97,10 @@ void printMethods(const FacilityEntry &entry)
                     + meta::expectation(type));
             }
         }
-        if (const auto returned = entry.returns.constFind(method.name()); returned != entry.returns.cend())
+        if (const auto returned = entry.calls.returns.constFind(method.name());
+            returned != entry.calls.returns.cend())
             printLine("      returns "_L1 + joined(numberedNames(returned->names)));
-        if (const QByteArray answer = entry.answers.value(method.name()).signal; !answer.isEmpty())
+        if (const QByteArray answer = entry.calls.answers.value(method.name()).signal; !answer.isEmpty())
             printLine("      answered by "_L1 + QLatin1String(answer));
     }
 }
@@ -123,7 +125,7 @@ void printDescription(const FacilityEntry &entry)
         if (const QMetaEnum enumeration = meta::enumOf(property.metaType()); enumeration.isValid())
             printLine("      "_L1 + joined(numberedNames(enumeration)));
     }
-    for (const QByteArray &name : entry.dynamicProperties)
+    for (const QByteArray &name : entry.calls.dynamicProperties)
         printLine("  "_L1 + QLatin1String(name) + ": dynamic, for call --set"_L1);
     if (!meta::methodsOf(entry.type).empty()) {
         printHeading("Methods");

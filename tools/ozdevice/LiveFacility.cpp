@@ -32,7 +32,7 @@ LiveFacility::LiveFacility(
         m_instance.object(), [changed](const QMetaMethod &, const QVariantList &) { changed(); });
     // If an object of the class knows its own requests alone, the tree shows those of all processes.
     for (const QString &path : entry.activity.isEmpty() ? QStringList() : entry.objects + entry.activity) {
-        if (path != entry.service)
+        if (path != entry.calls.service)
             subscribe(path, changed);
     }
     m_values = read();

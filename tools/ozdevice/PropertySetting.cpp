@@ -9,7 +9,7 @@ namespace oz::tools {
 PropertySetting::PropertySetting(
     const FacilityEntry &entry, const QString &name, const std::optional<QString> &text)
 {
-    if (text && entry.dynamicProperties.contains(name.toUtf8())) {
+    if (text && entry.calls.dynamicProperties.contains(name.toUtf8())) {
         m_name = name.toUtf8();
         m_value = *text;
         return;
@@ -59,7 +59,7 @@ QStringList PropertySetting::namesOf(const FacilityEntry &entry)
         if (property.isWritable())
             names.append(QLatin1String(property.name()));
     }
-    for (const QByteArray &name : entry.dynamicProperties)
+    for (const QByteArray &name : entry.calls.dynamicProperties)
         names.append(QLatin1String(name));
     return names;
 }

@@ -83,11 +83,11 @@ bool isSupported(const FacilityInstance &instance)
 bool printResult(const FacilityInstance &instance, const QByteArray &method, const QVariant &result)
 {
     const FacilityEntry &entry = instance.entry();
-    const auto returned = entry.returns.constFind(method);
-    if (returned == entry.returns.cend()) {
+    const auto returned = entry.calls.returns.constFind(method);
+    if (returned == entry.calls.returns.cend()) {
         if (result.isValid())
             printLine(meta::valueText(result));
-        return !entry.falseOnFailure.contains(method) || result.toBool();
+        return !entry.calls.falseOnFailure.contains(method) || result.toBool();
     }
     const int number = result.toInt();
     const char *name = returned->names.valueToKey(number);
@@ -101,7 +101,7 @@ QStringList reasonsOf(
     const FacilityInstance &instance, const QStringList &warnings, const device::RequestError &error)
 {
     QStringList reasons = warnings;
-    if (const QString &control = instance.entry().control; !control.isEmpty()) {
+    if (const QString &control = instance.entry().calls.control; !control.isEmpty()) {
         const QString path = control.contains(u'%') ? control.arg(instance.selected()) : control;
         if (const int number = tryToOpen(path))
             reasons.append(Problem{path, number}.text());
@@ -125,7 +125,7 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
     (void)takeLibraryWarnings();
     const QVariant result = method.invoke(instance.object());
     const QStringList warnings = takeLibraryWarnings();
-    if (!instance.entry().answers.contains(name))
+    if (!instance.entry().calls.answers.contains(name))
         notice.reset();
     const bool isAccepted = printResult(instance, name, result) && error.number() == 0;
     for (const QString &reason : isAccepted ? warnings : reasonsOf(instance, warnings, error))
@@ -148,14 +148,15 @@ int call(const CallOptions &options)
     for (const std::string &set : options.sets)
         settings.push_back(PropertySetting::parse(entry, QString::fromStdString(set)));
     // The method may need no selected instance.
-    const auto presence = entry.methodsWithoutSelection.contains(name) ? FacilityInstance::MayBeUnselected
-                                                                       : FacilityInstance::MustExist;
+    const auto presence = entry.calls.methodsWithoutSelection.contains(name)
+        ? FacilityInstance::MayBeUnselected
+        : FacilityInstance::MustExist;
     if (availableFacilities({&entry}).empty())
         return Unavailable;
     const FacilityInstance instance(entry, options.facility.selected(entry), presence);
     if (!instance.reportProblems())
         return Unavailable;
-    if (entry.answers.contains(name) && !entry.returns.contains(name) && !isSupported(instance)) {
+    if (entry.calls.answers.contains(name) && !entry.calls.returns.contains(name) && !isSupported(instance)) {
         printError(instance.title() + ": the device does not support it"_L1);
         return Unavailable;
     }

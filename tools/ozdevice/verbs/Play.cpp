@@ -112,9 +112,9 @@ void addPlayVerb(const Verb &parser, Action &action)
     verb.flag("--resume", options->resume, "Continue the paused scenario");
     verb.flag("--list", options->list, "List the installed scenarios");
     verb.flag("--values", options->values, "List the values and requests for conditions and expectations");
-    verb.footer(
-        "The exit status is 0 where every step was done and every expectation met, else 1. Ctrl-C ends the\n"
-        "scenario; where the command is killed, it plays on.");
+    verb.footer("The exit status is 0 if every step succeeded and every expectation was met, else 1. Ctrl-C "
+                "ends the\n"
+                "scenario; if the command is killed, the scenario plays on.");
 }
 
 } // namespace oz::tools

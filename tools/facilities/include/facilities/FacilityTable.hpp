@@ -30,6 +30,24 @@ struct LaterAnswer
     QByteArray pending = {};
 };
 
+/*! Facts about a facility's methods that their signatures do not tell. */
+struct CallTraits
+{
+    /*! The bool property that is true while the effect of a call lasts; empty if calls have no such effect.
+     */
+    QByteArray busy = {};
+    /*! The object that receives the calls, if the class cannot report that it is missing. */
+    QString service = {};
+    /*! The object that receives requests with a result; "%1" stands for the selected instance. */
+    QString control = {};
+    QHash<QByteArray, LaterAnswer> answers = {}; //!< by method
+    QHash<QByteArray, ReturnedEnum> returns = {}; //!< by method
+    QList<QByteArray> falseOnFailure = {}; //!< methods whose result is false if they fail
+    /*! The dynamic properties that its methods read. */
+    QList<QByteArray> dynamicProperties = {};
+    QList<QByteArray> methodsWithoutSelection = {}; //!< of a facility that needs a selection otherwise
+};
+
 /*! The unit of a property's values. */
 struct Measure
 {
@@ -55,18 +73,7 @@ struct FacilityEntry
     QStringList glance = {};
     QHash<QString, Measure> measures = {}; //!< by property
 
-    /*! The bool property that is true while the effect of a call lasts; empty if calls end when they return.
-     */
-    QByteArray busy = {};
-    /*! The object that receives the calls, if the class cannot report that it is missing. */
-    QString service = {};
-    /*! The object that receives requests with a result; "%1" stands for the selected instance. */
-    QString control = {};
-    QHash<QByteArray, LaterAnswer> answers = {}; //!< by method
-    QHash<QByteArray, ReturnedEnum> returns = {}; //!< by method
-    QList<QByteArray> falseOnFailure = {}; //!< methods whose result is false if they fail
-    /*! The dynamic properties that its methods read. */
-    QList<QByteArray> dynamicProperties = {};
+    CallTraits calls = {};
     /*! The objects that show what the facility does, whichever process asked for it. */
     QStringList activity = {};
     /*! Reads values that do not change by themselves, and returns false on failure. */
@@ -80,9 +87,8 @@ struct FacilityEntry
     std::function<QStringList()> instances = {};
     /*! Returns whether an instance that does not exist can appear later. */
     std::function<bool(const QString &selected)> mayAppear = {};
-    /*! True if an object without a selected instance has no values, and no methods but these. */
+    /*! True if an object without a selected instance has no values. */
     bool needsSelection = false;
-    QList<QByteArray> methodsWithoutSelection = {};
 
     [[nodiscard]] bool hasName(const QString &word) const { return word == name || aliases.contains(word); }
     /*! The name with the selected instance. */
