@@ -117,6 +117,11 @@ QVariant askDaemon(const QString &message, const QVariant &data)
     }
 }
 
+QVariantMap simulatedParts()
+{
+    return askDaemon(u"describe"_s).toMap().value(u"simulated"_s).toMap();
+}
+
 std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile)
 {
     // The daemon stands beside this program, in a build tree and in an installation.

@@ -46,6 +46,9 @@ struct SourceState
  * answer. Throws CommandError if there is no daemon or it refuses the request. */
 [[nodiscard]] QVariant askDaemon(const QString &message, const QVariant &data = {});
 
+/*! Describes the parts of the daemon's simulated phone, by their names: instances and verbs. */
+[[nodiscard]] QVariantMap simulatedParts();
+
 /*! Starts a simulated phone for this process, set up by the file \a phoneFile (empty: the installed one),
  * and makes its device root that of this process. Throws CommandError. */
 [[nodiscard]] std::unique_ptr<client::PrivateDaemon> startPhone(const QString &phoneFile);

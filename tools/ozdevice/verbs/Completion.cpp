@@ -84,7 +84,7 @@ QStringList facilitiesLike(const QString &word)
     return names;
 }
 
-// The entries of a directory of the tree that begin like \a begun.
+// The entries of the directory that \a begun is in.
 QStringList treePaths(const QString &begun)
 {
     const QString directory = begun.contains(u'/') ? begun.left(begun.lastIndexOf(u'/') + 1) : u"/pps/"_s;
@@ -104,9 +104,23 @@ QStringList attributesOf(const QString &path)
     return message.isEmpty() ? QStringList() : message.first().toMap().keys();
 }
 
+// The words for an argument of a described verb of the phone.
+QStringList simArguments(const QVariantMap &verb, qsizetype index)
+{
+    QStringList found;
+    const QString argument = verb.value(u"arguments"_s).toStringList().value(index);
+    // In "on|off" and "CELSIUS|unknown", capitals are placeholders.
+    for (const QString &word : argument.split(u'|')) {
+        if (word == word.toLower())
+            found.append(word);
+    }
+    const QVariantMap choices = verb.value(u"choices"_s).toMap();
+    return found + choices.value(argument).toMap().value(u"words"_s).toStringList();
+}
+
 QStringList simWords(const QStringList &before)
 {
-    const QVariantMap parts = askDaemon(u"describe"_s).toMap().value(u"simulated"_s).toMap();
+    const QVariantMap parts = simulatedParts();
     if (before.isEmpty())
         return parts.keys();
     const FacilityEntry *entry = findFacility(before.first());
@@ -126,15 +140,7 @@ QStringList simWords(const QStringList &before)
             if (before.size() == verbAt) {
                 found.append(verbName);
             } else if (before[verbAt] == verbName) {
-                // In "on|off" and "CELSIUS|unknown", capitals are placeholders.
-                const QString argument =
-                    verb.value(u"arguments"_s).toStringList().value(before.size() - verbAt - 1);
-                for (const QString &word : argument.split(u'|')) {
-                    if (word == word.toLower())
-                        found.append(word);
-                }
-                const QVariantMap choices = verb.value(u"choices"_s).toMap();
-                found += choices.value(argument).toMap().value(u"words"_s).toStringList();
+                found += simArguments(verb, before.size() - verbAt - 1);
             }
         }
     }

@@ -22,10 +22,10 @@ struct DemoOptions
 };
 
 // Prints each signal of every facility.
-class Lines
+class SignalPrinter
 {
 public:
-    explicit Lines(EventLoop &loop)
+    explicit SignalPrinter(EventLoop &loop)
     {
         for (const FacilityEntry *entry : phoneFacilities()) {
             for (const QString &selected : entry->selections()) {
@@ -67,7 +67,7 @@ int demo(const DemoOptions &options)
     (void)scenario.check();
     {
         const auto console = isOnTerminal ? std::make_unique<Console>(phoneFacilities(), loop) : nullptr;
-        const auto lines = isOnTerminal ? nullptr : std::make_unique<Lines>(loop);
+        const auto lines = isOnTerminal ? nullptr : std::make_unique<SignalPrinter>(loop);
         if (!isOnTerminal)
             printLine(painted(Paint::Bold, u"The library's classes, live on a simulated phone"_s));
         QObject::connect(&scenario, &PlayedScenario::said, qApp, [&](const QString &text) {

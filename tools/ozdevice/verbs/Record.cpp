@@ -22,6 +22,17 @@ namespace {
 
 constexpr std::chrono::seconds FetchEvery{1};
 
+const QString RecordingForm = uR"(// The actions of a device, recorded by `ozdevice record`. Play them with
+// `ozdevice run --scenario FILE -- COMMAND`, which starts the phone below.
+{
+    "description": "Recorded on %1, %2 seconds",
+    "phone": %3,
+    "steps": [
+        %4
+    ]
+}
+)"_s;
+
 struct RecordOptions
 {
     std::string file;
@@ -60,16 +71,13 @@ public:
         QSaveFile file(name);
         const QString when = QDateTime::currentDateTime().toString(u"yyyy-MM-dd HH:mm"_s);
         const QString seconds = QString::number(double(m_clock.elapsed() + 1) / 1000, 'f', 3);
-        QByteArray phone = QJsonDocument(QJsonObject::fromVariantMap(m_phone)).toJson().trimmed();
-        phone.replace('\n', "\n    ");
+        QString phone =
+            QString::fromUtf8(QJsonDocument(QJsonObject::fromVariantMap(m_phone)).toJson().trimmed());
+        phone.replace(u'\n', "\n    "_L1);
         QStringList steps = m_steps;
         steps.append(uR"({"at":%1,"say":"the end of the recording"})"_s.arg(seconds));
         const QByteArray text =
-            "// What a device did, as `ozdevice record` wrote it down. Play it with\n// `ozdevice run "
-            "--scenario FILE -- COMMAND`, which starts the phone below.\n{\n    \"description\": "
-            "\"Recorded on "
-            + when.toUtf8() + ", " + seconds.toLatin1() + " seconds\",\n    \"phone\": " + phone
-            + ",\n    \"steps\": [\n        " + steps.join(",\n        "_L1).toUtf8() + "\n    ]\n}\n";
+            RecordingForm.arg(when, seconds, phone, steps.join(",\n        "_L1)).toUtf8();
         const bool isOpen = file.open(QIODevice::WriteOnly)
             && (!m_isPrivate || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
         if (!isOpen || file.write(text) != text.size() || !file.commit())

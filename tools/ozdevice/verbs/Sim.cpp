@@ -12,11 +12,6 @@ struct SimOptions
     std::vector<std::string> words;
 };
 
-QVariantMap simulatedParts()
-{
-    return askDaemon(u"describe"_s).toMap().value(u"simulated"_s).toMap();
-}
-
 QStringList verbsOf(const QVariant &part)
 {
     QStringList verbs;
