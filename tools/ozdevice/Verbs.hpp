@@ -60,7 +60,6 @@ void addShowVerb(const Verb &parser, Action &action);
 void addSimVerb(const Verb &parser, Action &action);
 void addStatusVerbs(const Verb &parser, Action &action);
 void addTopVerb(const Verb &parser, Action &action);
-void addWaitReadyVerb(const Verb &parser, Action &action);
 void addWatchVerb(const Verb &parser, Action &action);
 
 } // namespace oz::tools

@@ -29,7 +29,6 @@ void addVerbs(const Verb &parser, Action &action)
     addSimVerb(parser, action);
     addPlayVerb(parser, action);
     addRecordVerb(parser, action);
-    addWaitReadyVerb(parser, action);
     addDemoVerb(parser, action);
     addPpsVerbs(parser, action);
     addCompletionVerbs(parser, action);

@@ -1,3 +1,5 @@
+// list and describe: the facilities and their classes.
+
 #include "ozdevice/FacilityDescription.hpp"
 #include "ozdevice/FacilitySelection.hpp"
 #include "ozdevice/Output.hpp"
@@ -6,6 +8,27 @@
 namespace oz::tools {
 
 namespace {
+
+struct ListOptions
+{
+    bool names = false;
+};
+
+int list(const ListOptions &options)
+{
+    QList<QStringList> rows;
+    for (const FacilityEntry &entry : facilityTable()) {
+        if (options.names) {
+            printLine(entry.name);
+            continue;
+        }
+        rows.append({entry.name, QString::fromLatin1(entry.type->className()).section(u':', -1),
+            entry.help
+                + (entry.selector.isEmpty() ? QString() : QString(" (--"_L1 + entry.selector + u')'))});
+    }
+    printRows(rows, {}, {Paint::Bold});
+    return Success;
+}
 
 struct DescribeOptions
 {
@@ -32,6 +55,12 @@ int describeThem(const DescribeOptions &options)
 }
 
 } // namespace
+
+void addListVerb(const Verb &parser, Action &action)
+{
+    const auto [verb, options] = Verbs<ListOptions>(parser, action).add("list", "List the facilities", list);
+    verb.flag("--names", options->names, "Names only");
+}
 
 void addDescribeVerb(const Verb &parser, Action &action)
 {

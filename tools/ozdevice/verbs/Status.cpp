@@ -1,6 +1,7 @@
-// status and doctor: the daemon, the sources of the facilities, and the objects of the tree.
+// status, doctor and wait-ready: the daemon, the sources of the facilities, and the objects of the tree.
 
 #include "ozdevice/DaemonAccess.hpp"
+#include "ozdevice/Durations.hpp"
 #include "ozdevice/FacilityInstance.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Tree.hpp"
@@ -8,6 +9,7 @@
 
 #include <oz/DeviceRoot.hpp>
 #include <oz/PpsObject.hpp>
+#include <oz/client/DaemonClient.hpp>
 
 #include <QJsonArray>
 
@@ -191,6 +193,21 @@ int doctor(const DoctorOptions &options)
     return problems.isEmpty() ? Success : daemon.isRunning ? Failed : Unavailable;
 }
 
+struct WaitReadyOptions
+{
+    Duration timeout{10};
+};
+
+int waitReady(const WaitReadyOptions &options)
+{
+    if (!client::DaemonClient().waitUntilReady(options.timeout.milliseconds())) {
+        throw CommandError(Unavailable,
+            "no ozdeviced became ready under "_L1 + devicePath(u"/pps"_s) + " within "_L1
+                + QString::number(options.timeout.seconds) + " s"_L1);
+    }
+    return Success;
+}
+
 } // namespace
 
 void addStatusVerbs(const Verb &parser, Action &action)
@@ -213,6 +230,11 @@ void addStatusVerbs(const Verb &parser, Action &action)
     doctorVerb.footer(
         "The exit status is 1 if something is wrong (an object that cannot be read, a source that the\n"
         "configuration names but is absent, or no facility that is fed), 3 if no services run.");
+
+    const auto [waiter, waitOptions] =
+        Verbs<WaitReadyOptions>(parser, action)
+            .add("wait-ready", "Wait until the services have published everything", waitReady);
+    waiter.duration("--timeout", waitOptions->timeout.seconds, "The longest time to wait (10s)");
 }
 
 } // namespace oz::tools
