@@ -25,7 +25,7 @@ namespace oz::tools {
 
 namespace {
 
-const QString DisplaysPath = u"/pps/services/display/displays"_s;
+constexpr QLatin1String DisplaysPath("/pps/services/display/displays");
 
 template <typename Facility>
 std::unique_ptr<QObject> makeOnly(const QString &)
@@ -110,10 +110,11 @@ QHash<QByteArray, ReturnedEnum> wifiDirectReturns()
     return returns;
 }
 
-std::vector<FacilityEntry> makeTable()
+using namespace oz::device;
+using Rows = std::vector<FacilityEntry>;
+
+Rows deviceRows()
 {
-    using namespace oz::device;
-    using ConnectionResult = CellularConnectionRequestResult;
     return {
         {.name = u"sdcard"_s,
             .help = u"the removable SD card"_s,
@@ -145,6 +146,13 @@ std::vector<FacilityEntry> makeTable()
             .objects = {u"/dev/power/mgr"_s},
             .glance = {u"orientation"_s, u"activityState"_s},
             .isComplete = isOrientationValid},
+    };
+}
+
+Rows cellularRows()
+{
+    using Result = CellularConnectionRequestResult;
+    return {
         {.name = u"simcard"_s,
             .help = u"the SIM card"_s,
             .type = &SimCardInfo::staticMetaObject,
@@ -174,13 +182,19 @@ std::vector<FacilityEntry> makeTable()
             .objects = {u"/pps/services/cds/cnice/status"_s},
             .glance = {u"connectionState"_s, u"valid"_s},
             .calls = {.control = u"/pps/services/cds/cnice/%1_control"_s,
-                .returns = returning<ConnectionResult::Type>(
-                    {"requestConnect", "requestDisconnect"}, ConnectionResult::Requested),
+                .returns =
+                    returning<Result::Type>({"requestConnect", "requestDisconnect"}, Result::Requested),
                 .methodsWithoutSelection = {"allNames"}},
             .selector = u"name"_s,
             .instances = [] { return CellularDataInterface().allNames(); },
             .mayAppear = [](const QString &) { return true; },
             .needsSelection = true},
+    };
+}
+
+Rows outputRows()
+{
+    return {
         {.name = u"display"_s,
             .help = u"a display"_s,
             .type = &DisplayInfo::staticMetaObject,
@@ -207,6 +221,12 @@ std::vector<FacilityEntry> makeTable()
             .glance = {u"running"_s, u"runs"_s},
             .calls = {.service = u"/pps/services/vibrator"_s},
             .activity = {u"/pps/services/vibration/activity"_s}},
+    };
+}
+
+Rows connectionRows()
+{
+    return {
         {.name = u"wifi-direct"_s,
             .help = u"Wi-Fi Direct: peers, connection and requests"_s,
             .type = &WiFiDirect::staticMetaObject,
@@ -264,7 +284,12 @@ const std::vector<FacilityEntry> &facilityTable()
 {
     // meta::enumOf() finds the flag set through its registered enumeration.
     qRegisterMetaType<device::WiFiDirectSecondaryDeviceType::Type>();
-    static const std::vector<FacilityEntry> table = makeTable();
+    static const Rows table = [] {
+        Rows all;
+        for (const Rows &rows : {deviceRows(), cellularRows(), outputRows(), connectionRows()})
+            all.insert(all.end(), rows.begin(), rows.end());
+        return all;
+    }();
     return table;
 }
 
