@@ -64,9 +64,9 @@ std::size_t strangers(const std::vector<std::unique_ptr<Phone>> &phones)
     std::vector<int> levels;
     for (std::size_t i = 0; i < phones.size(); ++i) {
         levels.push_back(int(i % 101));
-        phones[i]->battery().hold();
+        phones[i]->battery().setHeld(true);
         phones[i]->battery().setLevel(levels[i]);
-        phones[i]->hardware().setName(nameOf(i));
+        phones[i]->hardware().setDeviceName(nameOf(i));
     }
     const auto wrong = [&] {
         std::size_t count = 0;

@@ -150,6 +150,7 @@ Phone::Phone(const PhoneSettings &settings, Root root)
         s_ofProcess.compare_exchange_strong(self, nullptr);
         throw;
     }
+    setLink(d->link);
     if (root == Root::OfProcess) {
         d->rootBefore = qgetenv("OZ_DEVICE_ROOT");
         qputenv("OZ_DEVICE_ROOT", QFile::encodeName(d->services->root()));
@@ -182,81 +183,6 @@ QProcessEnvironment Phone::environment() const
 qint64 Phone::processId() const
 {
     return d->services->id();
-}
-
-PhoneActivity Phone::activity()
-{
-    return {d->link, QStringLiteral("activity")};
-}
-
-PhoneBattery Phone::battery()
-{
-    return {d->link, QStringLiteral("battery")};
-}
-
-PhoneNetwork Phone::network(const QString &name)
-{
-    return {d->link, QStringLiteral("cellular-network"), name};
-}
-
-PhoneTime Phone::clock()
-{
-    return PhoneTime(d->link);
-}
-
-PhoneProfile Phone::dataProfile(const QString &name)
-{
-    return {d->link, QStringLiteral("data-profile"), name};
-}
-
-PhoneDisplays Phone::displays()
-{
-    return {d->link, QStringLiteral("display")};
-}
-
-PhoneHardware Phone::hardware()
-{
-    return {d->link, QStringLiteral("hardware")};
-}
-
-PhoneLed Phone::led()
-{
-    return {d->link, QStringLiteral("led")};
-}
-
-PhoneMiracast Phone::miracast()
-{
-    return {d->link, QStringLiteral("miracast")};
-}
-
-PhoneOrientation Phone::orientation()
-{
-    return {d->link, QStringLiteral("orientation")};
-}
-
-PhoneRadio Phone::radio()
-{
-    return {d->link, QStringLiteral("radio")};
-}
-
-PhoneSdCard Phone::sdcard()
-{
-    return {d->link, QStringLiteral("sdcard")};
-}
-
-PhoneSimCard Phone::simcard()
-{
-    return {d->link, QStringLiteral("simcard")};
-}
-
-PhoneVibration Phone::vibration()
-{
-    return {d->link, QStringLiteral("vibration")};
-}
-
-PhoneWiFiDirect Phone::wifiDirect()
-{
-    return {d->link, QStringLiteral("wifi-direct")};
 }
 
 void Phone::tell(const QStringList &words)

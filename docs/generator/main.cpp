@@ -1,10 +1,15 @@
-// Writes the generated regions of the pages in docs/, and the settings in the phone's file.
+// Writes what comes from the facilities' tables: regions of the pages in docs/, the settings in the phone's
+// file, and a header of the test kit.
 
+#include "KitParts.hpp"
 #include "PhoneFile.hpp"
 #include "Regions.hpp"
 #include "Tables.hpp"
 
 #include "source/Error.hpp"
+
+#include <oz/client/DaemonClient.hpp>
+#include <oz/client/PrivateDaemon.hpp>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -19,6 +24,7 @@ using oz::services::Error;
 namespace {
 
 const QString PhoneName = QStringLiteral("services/data/phone.json");
+const QString KitName = QStringLiteral("testing/include/oz/testing/PhoneParts.hpp");
 
 QString contentOf(const QString &name)
 {
@@ -36,13 +42,25 @@ void write(const QString &name, const QString &text)
         throw Error(name + QLatin1String(": ") + file.errorString());
 }
 
+// The parts of the simulated phone as the daemon describes them, with the faults of its services.
+QVariantMap describedParts()
+{
+    const oz::client::PrivateDaemon daemon(
+        {.program = QCoreApplication::applicationDirPath() + QLatin1String("/ozdeviced")});
+    return oz::client::DaemonClient(daemon.root())
+        .ask(QStringLiteral("describe"))
+        .toMap()
+        .value(QStringLiteral("simulated"))
+        .toMap();
+}
+
 // Brings the files of the current folder up to date; with \a onlyCheck, gives the names of those that are
 // not.
 QStringList staleFiles(bool onlyCheck)
 {
     if (const QStringList rows = rowsWithoutHelp(); !rows.isEmpty())
         throw Error(QLatin1String("these have no help:\n  ") + rows.join(QLatin1String("\n  ")));
-    QStringList names{PhoneName};
+    QStringList names{PhoneName, KitName};
     QDirIterator pages(
         QStringLiteral("docs"), {QStringLiteral("*.md")}, QDir::Files, QDirIterator::Subdirectories);
     while (pages.hasNext())
@@ -51,11 +69,13 @@ QStringList staleFiles(bool onlyCheck)
     QStringList stale;
     for (const QString &name : names) {
         const QString text = contentOf(name);
+        const auto tables = [&](const QString &region) {
+            missing.removeAll(region);
+            return tablesFor(region);
+        };
         const QString updated = name == PhoneName ? withSettings(text, name)
-                                                  : withRegions(text, name, [&](const QString &region) {
-                                                        missing.removeAll(region);
-                                                        return tablesFor(region);
-                                                    });
+            : name == KitName                     ? phonePartsHeader(describedParts())
+                                                  : withRegions(text, name, tables);
         if (updated == text)
             continue;
         stale.append(name);
@@ -74,7 +94,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Writes the generated parts of docs/ and of the phone's file."));
+        QStringLiteral("Writes the generated parts of docs/, of the phone's file and of the test kit."));
     parser.addHelpOption();
     const QCommandLineOption check(
         QStringLiteral("check"), QStringLiteral("Writes nothing, and fails if something is stale."));

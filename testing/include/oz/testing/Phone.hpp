@@ -57,12 +57,16 @@ struct PlayOptions
  * second thread yet when it makes it; with Root::Own there can be as many as wanted, for programs that are
  * started with environment().
  *
+ * The parts of the phone, such as battery(), have a call for every verb of `ozdevice sim`: for a verb that
+ * takes the value of a key in the phone's file it is named after the key, as setLevel(); for any other one
+ * after the verb, as peerAppears().
+ *
  * Waits take a limit of the real time. They run the event loop of the calling thread where it has one, so
  * that applications in it go on meanwhile; without one they work as well. Every call that fails throws
  * PhoneError, as does a wait in vain. An instance and its parts may be used from any thread; making and
  * destroying one with Root::OfProcess changes the environment.
  */
-class OZ_TESTING_EXPORT Phone
+class OZ_TESTING_EXPORT Phone : public PhoneParts
 {
 public:
     /*! Who sees the phone. */
@@ -85,22 +89,6 @@ public:
     [[nodiscard]] QProcessEnvironment environment() const;
     /*! The process of its services. */
     [[nodiscard]] qint64 processId() const;
-
-    [[nodiscard]] PhoneActivity activity(); //!< whether somebody uses it
-    [[nodiscard]] PhoneBattery battery(); //!< the battery
-    [[nodiscard]] PhoneNetwork network(const QString &name); //!< a network, by its name in the phone's file
-    [[nodiscard]] PhoneTime clock(); //!< the phone's time
-    [[nodiscard]] PhoneProfile dataProfile(const QString &name); //!< a data profile
-    [[nodiscard]] PhoneDisplays displays(); //!< the displays
-    [[nodiscard]] PhoneHardware hardware(); //!< what it is
-    [[nodiscard]] PhoneLed led(); //!< the notification LED
-    [[nodiscard]] PhoneMiracast miracast(); //!< Miracast
-    [[nodiscard]] PhoneOrientation orientation(); //!< how it is held
-    [[nodiscard]] PhoneRadio radio(); //!< the radio
-    [[nodiscard]] PhoneSdCard sdcard(); //!< the SD card
-    [[nodiscard]] PhoneSimCard simcard(); //!< the SIM card
-    [[nodiscard]] PhoneVibration vibration(); //!< the vibration motor
-    [[nodiscard]] PhoneWiFiDirect wifiDirect(); //!< Wi-Fi Direct
 
     /*! Tells it in words what `ozdevice sim` would: {"battery", "level", "20"}. */
     void tell(const QStringList &words);

@@ -1,349 +1,302 @@
+// Made from the facilities' tables by `./oz pages`.
+// clang-format off
 #pragma once
 
-#include <oz/device/BatteryCondition.hpp>
-#include <oz/device/CellularConnectionState.hpp>
-#include <oz/device/CellularTechnology.hpp>
-#include <oz/device/DeviceOrientation.hpp>
-#include <oz/device/LedColor.hpp>
-#include <oz/device/MiracastDisplayState.hpp>
-#include <oz/device/MiracastStopReason.hpp>
-#include <oz/device/SimCardState.hpp>
-#include <oz/device/WiFiDirectRole.hpp>
-#include <oz/testing/OzTestingGlobal.hpp>
-
-#include <QSize>
-#include <QString>
-#include <QStringList>
-#include <QVariant>
-
-#include <chrono>
+#include <oz/testing/PhonePart.hpp>
 
 namespace oz::testing {
 
-class PhoneLink;
-
-/*!
- * A part of a test's phone, which feeds a facility. It is a handle: valid as long as its phone is, cheap to
- * copy, and usable from any thread. When a call returns, what it did is published. A call that fails throws
- * PhoneError.
- */
-class OZ_TESTING_EXPORT PhonePart
+/*! What `ozdevice sim activity` can do. */
+class PhoneActivity : public ServicePart
 {
 public:
-    /*! The part \a name, of the instance \a instance where it has several; Phone makes them. */
-    PhonePart(PhoneLink &link, const QString &name, const QString &instance = {});
-
-    /*! Ends the facility's service, as if it had crashed. */
-    void killService() { tell("kill-service"); }
-    /*! Starts it again. */
-    void startService() { tell("start-service"); }
-
-protected:
-    /*! Tells it what `ozdevice sim` would. */
-    void tell(const char *verb, const QStringList &arguments = {});
-    /*! As tell(), with the argument "on" or "off". */
-    void turn(const char *verb, bool on);
-    /*! One argument of names; none for no names. */
-    [[nodiscard]] static QStringList list(const QStringList &names);
-    /*! The value of scenarios' conditions called \a name, of this part and instance. */
-    [[nodiscard]] QVariant value(const char *name) const;
-
-private:
-    PhoneLink *m_link;
-    QString m_name;
-    QString m_instance;
-};
-
-/*! A part whose service answers requests, some of which can be let go wrong. Each fault happens once, to the
- * next request. */
-class OZ_TESTING_EXPORT AnsweringPart : public PhonePart
-{
-public:
-    using PhonePart::PhonePart;
-    /*! Answers the next request after a time of 1 ms to an hour. */
-    void answerLate(std::chrono::milliseconds delay);
-    /*! Leaves the next request unanswered. */
-    void neverAnswer() { tell("never-answer"); }
-};
-
-/*! A part whose service can be given every fault. */
-class OZ_TESTING_EXPORT FaultyPart : public AnsweringPart
-{
-public:
-    using AnsweringPart::AnsweringPart;
-    /*! Answers the next request with an errno, 1 to 4095. */
-    void failWith(int error) { tell("fail-with", {QString::number(error)}); }
-    /*! Ends the connection at the next request, as a service that dies. */
-    void dieOnRequest() { tell("die-on-request"); }
-    /*! Answers the next request with what means nothing. */
-    void answerRubbish() { tell("answer-rubbish"); }
-};
-
-/*! Whether somebody uses the phone. */
-class OZ_TESTING_EXPORT PhoneActivity : public PhonePart
-{
-public:
-    using PhonePart::PhonePart;
+    using ServicePart::ServicePart;
     /*! Somebody uses the phone. */
-    void activate() { tell("active"); }
-    /*! Nobody uses it any more. */
-    void standBy() { tell("standby"); }
-    /*! Sets a further status of the power manager, known or new: a line of at most 120 bytes. */
-    void setStatus(const QString &name, const QString &value) { tell("status", {name, value}); }
+    void active() { tell("active"); }
+    /*! Nobody uses the phone any more. */
+    void standby() { tell("standby"); }
+    /*! Sets a status of the power manager, known or new. */
+    void status(const QString &name, const QString &value) { tell("status", {word(name), word(value)}); }
 };
 
-/*! The battery and its chargers. */
-class OZ_TESTING_EXPORT PhoneBattery : public PhonePart
+/*! What `ozdevice sim battery` can do. */
+class PhoneBattery : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! Connects a charger by wire. */
+    using ServicePart::ServicePart;
+    /*! Connects a charger. */
     void plug() { tell("plug"); }
-    /*! Disconnects it. */
+    /*! Disconnects the charger. */
     void unplug() { tell("unplug"); }
-    /*! Lays the phone on a wireless charger, which sees the receiver \a id. */
-    void layOnCharger(const QString &id) { tell("wireless", {id}); }
-    /*! Takes it from there. */
-    void takeFromCharger() { tell("wireless"); }
-    /*! Sets the charge, 0 to 100 percent. */
-    void setLevel(int percent) { tell("level", {QString::number(percent)}); }
-    /*! Sets the temperature, -100 to 200 degrees Celsius; it takes charge from 0 to 45 only. */
-    void setTemperature(double celsius) { tell("temperature", {QString::number(celsius)}); }
-    /*! Lets nobody know the temperature. */
-    void loseTemperature() { tell("temperature", {QStringLiteral("unknown")}); }
-    /*! Sets the condition. */
-    void setCondition(oz::device::BatteryCondition::Type condition);
-    /*! Keeps the charge as it is, or lets it move by itself. */
-    void hold(bool on = true) { turn("hold", on); }
-    /*! Takes the battery out. */
-    void remove() { tell("remove"); }
+    /*! Lays the phone on a wireless charger, or takes it off. */
+    void setWirelessReceiver(const QString &rxid = {}) { tell("wireless", {optionalWord(rxid)}); }
+    /*! Sets the charge (0 to 100 %). */
+    void setLevel(int percent) { tell("level", {word(percent)}); }
+    /*! Sets the condition (ok, bad, unknown). */
+    void setCondition(const QString &value) { tell("condition", {word(value)}); }
     /*! Puts the battery in. */
     void insert() { tell("insert"); }
+    /*! Takes the battery out. */
+    void remove() { tell("remove"); }
+    /*! Keeps the charge as it is, or lets it move by itself. */
+    void setHeld(bool on) { tell("hold", {word(on)}); }
+    /*! Sets the temperature; the battery charges from 0 to 45 only (-100 to 200 °C; unknown without a value). */
+    void setTemperature(std::optional<double> value) { tell("temperature", {word(value)}); }
 };
 
-/*! One of the cellular networks around the phone. */
-class OZ_TESTING_EXPORT PhoneNetwork : public PhonePart
+/*! What `ozdevice sim cellular-network NAME` can do. */
+class PhoneCellularNetwork : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
+    using ServicePart::ServicePart;
     /*! Lets it serve, in the place of one of its kind. */
     void serve() { tell("serve"); }
-    /*! The phone leaves it. */
+    /*! Leaves it. */
     void leave() { tell("leave"); }
-    /*! Sets its signal strength, -150 to -1 dBm. */
-    void setRssi(int dbm) { tell("rssi", {QString::number(dbm)}); }
-    /*! Sets the operator's name, which is shown too. */
-    void setOperator(const QString &name) { tell("operator", {name}); }
-    /*! Makes it a network of others, or of the phone's own operator. */
-    void setRoaming(bool is) { turn("roaming", is); }
-    /*! Hides the roaming there from the user. */
-    void setRoamingSuppressed(bool is) { turn("suppress", is); }
+    /*! Sets the operator's name, and the name that the user sees. */
+    void setOperator(const QString &name) { tell("operator", {word(name)}); }
+    /*! Sets its signal strength (-150 to -1 dBm). */
+    void setRssi(int dbm) { tell("rssi", {word(dbm)}); }
+    /*! Makes using it roaming, or not. */
+    void setRoaming(bool on) { tell("roaming", {word(on)}); }
+    /*! Hides the roaming from the user, or shows it. */
+    void setSuppress(bool on) { tell("suppress", {word(on)}); }
 };
 
-/*! The phone's own time. */
-class OZ_TESTING_EXPORT PhoneTime
+/*! What `ozdevice sim clock` can do. */
+class PhoneClock : public PhonePart
 {
 public:
-    /*! Phone makes it. */
-    explicit PhoneTime(PhoneLink &link) : m_link(&link) { }
-    /*! Lets time pass at once: up to 1,000,000 seconds. */
-    void advance(std::chrono::milliseconds time);
-    /*! How much faster than the real time it goes: 0 stands still, at most 100,000. */
-    void setSpeed(double factor);
-
-private:
-    PhoneLink *m_link;
+    using PhonePart::PhonePart;
+    /*! Lets the phone's time pass at once. */
+    void advance(std::chrono::milliseconds time) { tell("advance", {word(time)}); }
+    /*! Lets the phone's time go faster than the real one; 0 stands still. */
+    void speed(double factor) { tell("speed", {word(factor)}); }
 };
 
-/*! One of the cellular data profiles. */
-class OZ_TESTING_EXPORT PhoneProfile : public FaultyPart
+/*! What `ozdevice sim data-profile NAME` can do. */
+class PhoneDataProfile : public DataProfilePart
 {
 public:
-    using FaultyPart::FaultyPart;
-    /*! Enables it, or not. */
-    void setEnabled(bool is) { turn("enabled", is); }
-    /*! Lets the applications here use it, where it is access-controlled. */
-    void setPermitted(bool is) { turn("permitted", is); }
+    using DataProfilePart::DataProfilePart;
+    /*! Enables the profile. */
+    void setEnabled(bool on) { tell("enabled", {word(on)}); }
+    /*! Permits the applications here, where it is access-controlled. */
+    void setPermitted(bool on) { tell("permitted", {word(on)}); }
     /*! Ends its connection from the network's side. */
     void drop() { tell("drop"); }
-    /*! How it is connected. */
-    [[nodiscard]] oz::device::CellularConnectionState::Type connection() const;
 };
 
-/*! The displays. */
-class OZ_TESTING_EXPORT PhoneDisplays : public PhonePart
+/*! What `ozdevice sim display` can do. */
+class PhoneDisplay : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! Adds an external display, attached, with an identifier of 0 to 9999; one called "miracast..." is
-     * wireless. Sizes are in pixels, and in millimetres, where 0 x 0 says that it is not known. */
-    void add(int id, const QString &name, const QSize &pixels, const QSize &millimetres = {0, 0});
+    using ServicePart::ServicePart;
+    /*! Adds an external display, attached; one called 'miracast...' is wireless. */
+    void add(int id, const QString &name, int width, int height, int mmWidth = 0, int mmHeight = 0) { tell("add", {word(id), word(name), word(width), word(height), word(mmWidth), word(mmHeight)}); }
     /*! Takes a display away. */
-    void remove(int id) { tell("remove", {QString::number(id)}); }
+    void remove(int id) { tell("remove", {word(id)}); }
     /*! Attaches a display. */
-    void attach(int id) { tell("attach", {QString::number(id)}); }
+    void attach(int id) { tell("attach", {word(id)}); }
     /*! Detaches a display. */
-    void detach(int id) { tell("detach", {QString::number(id)}); }
-    /*! Turns what a display shows: 0, 90, 180 or 270 degrees. */
-    void rotate(int id, int degrees) { tell("rotate", {QString::number(id), QString::number(degrees)}); }
+    void detach(int id) { tell("detach", {word(id)}); }
+    /*! Turns what a display shows: 0, 90, 180 or 270. */
+    void rotate(int id, int degrees) { tell("rotate", {word(id), word(degrees)}); }
     /*! Gives a display another size in pixels. */
-    void resize(int id, const QSize &pixels);
+    void resize(int id, int width, int height) { tell("resize", {word(id), word(width), word(height)}); }
 };
 
-/*! What the phone is. */
-class OZ_TESTING_EXPORT PhoneHardware : public PhonePart
+/*! What `ozdevice sim hardware` can do. */
+class PhoneHardware : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! Gives the phone a name. */
-    void setName(const QString &name) { tell("name", {name}); }
+    using ServicePart::ServicePart;
+    /*! Gives the device a name. */
+    void setDeviceName(const QString &text) { tell("name", {word(text)}); }
 };
 
-/*! The notification LED, which applications drive. */
-class OZ_TESTING_EXPORT PhoneLed : public FaultyPart
+/*! What `ozdevice sim led` can do. */
+class PhoneLed : public LedPart
 {
 public:
-    using FaultyPart::FaultyPart;
-    /*! What it shows now; None where it is dark. */
-    [[nodiscard]] oz::device::LedColor::Type lit() const;
-    /*! Whether a request of an application is under way. */
-    [[nodiscard]] bool isActive() const { return value("active").toBool(); }
-    /*! The colour of the newest request under way; None where there is none. */
-    [[nodiscard]] oz::device::LedColor::Type color() const;
-    /*! All flashes since the service started. */
-    [[nodiscard]] int flashes() const { return value("flashes").toInt(); }
+    using LedPart::LedPart;
 };
 
-/*! Miracast, and the sinks around the phone. */
-class OZ_TESTING_EXPORT PhoneMiracast : public AnsweringPart
+/*! What `ozdevice sim miracast` can do. */
+class PhoneMiracast : public AnsweringPart
 {
 public:
     using AnsweringPart::AnsweringPart;
     /*! Brings a sink into range; scans bring it into sight. */
-    void bringSink(const QString &name) { tell("sink-appears", {name}); }
-    /*! Takes a sink out of range, which ends its session. */
-    void takeSinkAway(const QString &name) { tell("sink-goes", {name}); }
-    /*! Stops the service: Internal, Application, NotSupported, ItPolicy or P2PFailure. */
-    void stop(oz::device::MiracastStopReason::Type reason);
-    /*! Starts it again. */
+    void sinkAppears(const QString &sink) { tell("sink-appears", {word(sink)}); }
+    /*! Takes a sink out of range, which ends its session; a scan finds it missing. */
+    void sinkGoes(const QString &sink) { tell("sink-goes", {word(sink)}); }
+    /*! Stops the service: 1 internally, 2 by an application, 4 for lack of support, 5 by policy, 6 to 9 as Wi-Fi Direct fails. */
+    void stop(int code) { tell("stop", {word(code)}); }
+    /*! Starts the service again. */
     void start() { tell("start"); }
     /*! Has these sinks in range and sight, and no others. */
-    void setInSight(const QStringList &names) { tell("sight", list(names)); }
-    /*! Is connecting a sink without being asked, and stays so. */
-    void connectTo(const QString &name) { tell("connecting", {name}); }
-    /*! Shows the screen on a sink without being asked: Playing or Paused; Stopped: ends that. */
-    void setSession(oz::device::MiracastDisplayState::Type state, const QString &name = {});
-    /*! Answers the next request of a kind ("scan", "connect", "disconnect", "pause", "resume", "shutdown",
-     * "warmup") with an error code of the service, such as -1002. */
-    void failNext(const QString &kind, int code) { tell("fail-next", {kind, QString::number(code)}); }
+    void sight(const QStringList &names = {}) { tell("sight", {optionalWord(names)}); }
+    /*! Is connecting a sink, and stays so. */
+    void connecting(const QString &sink) { tell("connecting", {word(sink)}); }
+    /*! Shows the screen on a sink, or ends that (playing, paused, none). */
+    void session(const QString &value, const QString &sink = {}) { tell("session", {word(value), optionalWord(sink)}); }
+    /*! Answers the next request of this kind with an error (scan, connect, disconnect, pause, resume, shutdown, warmup). */
+    void failNext(const QString &value, int code) { tell("fail-next", {word(value), word(code)}); }
 };
 
-/*! How the phone is held. */
-class OZ_TESTING_EXPORT PhoneOrientation : public PhonePart
+/*! What `ozdevice sim orientation` can do. */
+class PhoneOrientation : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! Holds it so. */
-    void hold(oz::device::DeviceOrientation::Type orientation);
-    /*! Holds it so that its sensor cannot tell how. */
-    void blur() { tell("undefined"); }
+    using ServicePart::ServicePart;
+    /*! Holds the phone top-up. */
+    void topUp() { tell("top-up"); }
+    /*! Holds the phone bottom-up. */
+    void bottomUp() { tell("bottom-up"); }
+    /*! Holds the phone left-up. */
+    void leftUp() { tell("left-up"); }
+    /*! Holds the phone right-up. */
+    void rightUp() { tell("right-up"); }
+    /*! Holds the phone face-up. */
+    void faceUp() { tell("face-up"); }
+    /*! Holds the phone face-down. */
+    void faceDown() { tell("face-down"); }
+    /*! Holds the phone so that its sensor cannot tell how. */
+    void undefined() { tell("undefined"); }
 };
 
-/*! The radio. */
-class OZ_TESTING_EXPORT PhoneRadio : public PhonePart
+/*! What `ozdevice sim radio` can do. */
+class PhoneRadio : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! Switches it on or off. */
-    void setPower(bool on) { turn("power", on); }
-    /*! Lets networks of these technologies serve, and no others. */
-    void enable(oz::device::CellularTechnology::Types technologies);
-    /*! Switches mobile data on or off. */
-    void setData(bool on) { turn("data", on); }
-    /*! Allows mobile data while roaming, or not. */
-    void setDataRoaming(bool on) { turn("data-roaming", on); }
+    using ServicePart::ServicePart;
+    /*! Switches the radio. */
+    void setPower(bool on) { tell("power", {word(on)}); }
+    /*! Lets networks of these technologies serve, and no others (some of gsm, umts, cdma_1x, evdo, lte). */
+    void setEnabledTechnologies(const QStringList &names) { tell("enable", {word(names)}); }
+    /*! Switches mobile data. */
+    void setData(bool on) { tell("data", {word(on)}); }
+    /*! Allows mobile data while roaming. */
+    void setDataRoaming(bool on) { tell("data-roaming", {word(on)}); }
 };
 
-/*! The removable SD card. */
-class OZ_TESTING_EXPORT PhoneSdCard : public PhonePart
+/*! What `ozdevice sim sdcard` can do. */
+class PhoneSdcard : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
+    using ServicePart::ServicePart;
     /*! Inserts a card. */
     void mount() { tell("mount"); }
-    /*! Takes it out, busy or not. */
+    /*! Takes the card out, busy or not. */
     void unmount() { tell("unmount"); }
-    /*! Begins to read or write it, or ends that. */
-    void setBusy(bool is) { tell(is ? "busy" : "idle"); }
+    /*! Begins to read or write the card. */
+    void busy() { tell("busy"); }
+    /*! Ends reading and writing. */
+    void idle() { tell("idle"); }
 };
 
-/*! The SIM card. */
-class OZ_TESTING_EXPORT PhoneSimCard : public PhonePart
+/*! What `ozdevice sim simcard` can do. */
+class PhoneSimcard : public ServicePart
 {
 public:
-    using PhonePart::PhonePart;
+    using ServicePart::ServicePart;
     /*! Inserts the card, ready. */
     void insert() { tell("insert"); }
-    /*! Takes it out. */
+    /*! Takes the card out. */
     void remove() { tell("remove"); }
-    /*! Gives the inserted card a state; NotDetected takes it out. */
-    void setState(oz::device::SimCardState::Type state);
+    /*! Makes it ready. */
+    void ready() { tell("ready"); }
+    /*! Makes it wait for its PIN. */
+    void pin() { tell("pin"); }
+    /*! Makes it one that is not provisioned. */
+    void notProvisioned() { tell("not-provisioned"); }
+    /*! Makes it one that cannot be used here. */
+    void incompatible() { tell("incompatible"); }
+    /*! Makes it one that cannot be read. */
+    void unreadable() { tell("unreadable"); }
 };
 
-/*! The vibration motor, which applications drive. */
-class OZ_TESTING_EXPORT PhoneVibration : public PhonePart
+/*! What `ozdevice sim vibration` can do. */
+class PhoneVibration : public VibrationPart
 {
 public:
-    using PhonePart::PhonePart;
-    /*! A run that is over. */
-    struct Run
-    {
-        std::chrono::milliseconds asked{0}; //!< how long it was to be
-        std::chrono::milliseconds ran{0}; //!< how long it was
-        int intensity = 0; //!< 1 to 100
-        QString end; //!< "done", "stopped" or "replaced"; empty where there was no run
-    };
+    using VibrationPart::VibrationPart;
     /*! Puts the motor in, or takes it out. */
-    void setPresent(bool is) { turn("present", is); }
-    /*! Whether the motor runs. */
-    [[nodiscard]] bool isRunning() const { return value("running").toBool(); }
-    /*! 1 to 100; 0 while it does not run. */
-    [[nodiscard]] int intensity() const { return value("intensity").toInt(); }
-    /*! How often it has been started since the service started. */
-    [[nodiscard]] int runs() const { return value("runs").toInt(); }
-    /*! The run that ended last. */
-    [[nodiscard]] Run last() const;
+    void setPresent(bool on) { tell("present", {word(on)}); }
 };
 
-/*! Wi-Fi Direct, and the peers around the phone. */
-class OZ_TESTING_EXPORT PhoneWiFiDirect : public FaultyPart
+/*! What `ozdevice sim wifi-direct` can do. */
+class PhoneWifiDirect : public FaultyPart
 {
 public:
     using FaultyPart::FaultyPart;
-    /*! Switches it on or off. */
-    void setEnabled(bool is) { turn("enabled", is); }
+    /*! Switches Wi-Fi Direct on or off. */
+    void setEnabled(bool on) { tell("enabled", {word(on)}); }
     /*! Gives the phone Wi-Fi Direct, or takes it away. */
-    void setSupported(bool is) { turn("supported", is); }
+    void setSupported(bool on) { tell("supported", {word(on)}); }
     /*! Brings a peer into range; scans bring it into sight. */
-    void bringPeer(const QString &name) { tell("peer-appears", {name}); }
+    void peerAppears(const QString &peer) { tell("peer-appears", {word(peer)}); }
     /*! Takes a peer out of range and sight. */
-    void takePeerAway(const QString &name) { tell("peer-goes", {name}); }
+    void peerGoes(const QString &peer) { tell("peer-goes", {word(peer)}); }
     /*! Lets a peer join the group that the phone owns. */
-    void letPeerJoin(const QString &name) { tell("peer-joins", {name}); }
+    void peerJoins(const QString &peer) { tell("peer-joins", {word(peer)}); }
     /*! Lets a peer leave the phone's group. */
-    void letPeerLeave(const QString &name) { tell("peer-leaves", {name}); }
+    void peerLeaves(const QString &peer) { tell("peer-leaves", {word(peer)}); }
     /*! Has these peers in range and sight, and no others. */
-    void setInSight(const QStringList &names) { tell("sight", list(names)); }
-    /*! Looks for peers without being asked, or ends that. */
-    void setScanning(bool is) { turn("scanning", is); }
-    /*! Is connecting a peer without being asked, or ends that. */
-    void setConnecting(bool is) { turn("connecting", is); }
-    /*! Puts the phone into a group with these peers: as GroupOwner; as Client of the first one; NoRole: out
-     * of its group. */
-    void setGroup(oz::device::WiFiDirectRole::Type role, const QStringList &names = {});
-    /*! Answers the next request of a kind ("scan", "connect", "cancel-connect", "start-session",
-     * "stop-session", "get-ip-address") with an errno. */
-    void failNext(const QString &kind, int error) { tell("fail-next", {kind, QString::number(error)}); }
+    void sight(const QStringList &names = {}) { tell("sight", {optionalWord(names)}); }
+    /*! Looks for peers, or ends that. */
+    void setScanning(bool on) { tell("scanning", {word(on)}); }
+    /*! Is connecting a peer, or ends that. */
+    void setConnecting(bool on) { tell("connecting", {word(on)}); }
+    /*! Puts the phone into a group with these peers, whose owner comes first (owner, client, none). */
+    void group(const QString &value, const QStringList &names = {}) { tell("group", {word(value), optionalWord(names)}); }
+    /*! Answers the next request of this kind with an error (scan, connect, cancel-connect, start-session, stop-session, get-ip-address). */
+    void failNext(const QString &value, int error) { tell("fail-next", {word(value), word(error)}); }
+};
+
+/*! The parts of a test's phone. */
+class PhoneParts
+{
+public:
+    /*! The part `activity`. */
+    [[nodiscard]] PhoneActivity activity() { return {*m_link, QStringLiteral("activity")}; }
+    /*! The part `battery`. */
+    [[nodiscard]] PhoneBattery battery() { return {*m_link, QStringLiteral("battery")}; }
+    /*! The part `cellular-network` that the phone's file calls \a name. */
+    [[nodiscard]] PhoneCellularNetwork cellularNetwork(const QString &name) { return {*m_link, QStringLiteral("cellular-network"), name}; }
+    /*! The part `clock`. */
+    [[nodiscard]] PhoneClock clock() { return {*m_link, QStringLiteral("clock")}; }
+    /*! The part `data-profile` that the phone's file calls \a name. */
+    [[nodiscard]] PhoneDataProfile dataProfile(const QString &name) { return {*m_link, QStringLiteral("data-profile"), name}; }
+    /*! The part `display`. */
+    [[nodiscard]] PhoneDisplay display() { return {*m_link, QStringLiteral("display")}; }
+    /*! The part `hardware`. */
+    [[nodiscard]] PhoneHardware hardware() { return {*m_link, QStringLiteral("hardware")}; }
+    /*! The part `led`. */
+    [[nodiscard]] PhoneLed led() { return {*m_link, QStringLiteral("led")}; }
+    /*! The part `miracast`. */
+    [[nodiscard]] PhoneMiracast miracast() { return {*m_link, QStringLiteral("miracast")}; }
+    /*! The part `orientation`. */
+    [[nodiscard]] PhoneOrientation orientation() { return {*m_link, QStringLiteral("orientation")}; }
+    /*! The part `radio`. */
+    [[nodiscard]] PhoneRadio radio() { return {*m_link, QStringLiteral("radio")}; }
+    /*! The part `sdcard`. */
+    [[nodiscard]] PhoneSdcard sdcard() { return {*m_link, QStringLiteral("sdcard")}; }
+    /*! The part `simcard`. */
+    [[nodiscard]] PhoneSimcard simcard() { return {*m_link, QStringLiteral("simcard")}; }
+    /*! The part `vibration`. */
+    [[nodiscard]] PhoneVibration vibration() { return {*m_link, QStringLiteral("vibration")}; }
+    /*! The part `wifi-direct`. */
+    [[nodiscard]] PhoneWifiDirect wifiDirect() { return {*m_link, QStringLiteral("wifi-direct")}; }
+
+protected:
+    PhoneParts() = default;
+    /*! Sets what leads to the phone. */
+    void setLink(PhoneLink &link) { m_link = &link; }
+
+private:
+    PhoneLink *m_link = nullptr;
 };
 
 } // namespace oz::testing
