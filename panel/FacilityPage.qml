@@ -30,7 +30,7 @@ Scroller {
 
     Label {
         width: parent.width - parent.rightPadding
-        text: Words.facility(page.name)
+        text: Words.page(page.name, page.facility.title)
         font.bold: true
         font.pixelSize: 18
         wrapMode: Text.Wrap

@@ -33,7 +33,7 @@ Rectangle {
     Accessible.checkable: true
     Accessible.checked: inRange
     Accessible.focusable: true
-    Accessible.name: qsTr("%1 (%2)").arg(neighbour.title).arg(Words.facility(neighbour.part))
+    Accessible.name: qsTr("%1 (%2)").arg(neighbour.title).arg(Words.page(neighbour.part, neighbour.facility))
     Accessible.description: inRange ? qsTr("in range") : qsTr("out of range")
     Accessible.onToggleAction: toggled()
     Accessible.onPressAction: toggled()
@@ -76,7 +76,7 @@ Rectangle {
         }
         Label {
             width: parent.width
-            text: Words.facility(chip.neighbour.part)
+            text: Words.page(chip.neighbour.part, chip.neighbour.facility)
             horizontalAlignment: Text.AlignHCenter
             elide: Text.ElideRight
             font.pixelSize: 9

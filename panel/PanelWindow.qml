@@ -11,11 +11,19 @@ ApplicationWindow {
     property string page: "battery"
     readonly property string current: pages.includes(page) ? page : pages[0] ?? ""
     readonly property bool wide: width >= 820
-    readonly property var facility: phone.facilities.find(facility => facility.name === current) ?? ({}) // qmllint disable
+    readonly property var facility: facilityNamed(current)
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
     // Which part is shown where there is no room for all: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
     property alias focusRing: ring
+
+    function facilityNamed(name) {
+        return phone.facilities.find(facility => facility.name === name) ?? ({}); // qmllint disable
+    }
+
+    function headingOf(name) {
+        return Words.page(name, facilityNamed(name).title);
+    }
 
     function turn(by) {
         const place = pages.indexOf(current) + by;
@@ -168,7 +176,7 @@ ApplicationWindow {
                 required property string modelData
 
                 width: ListView.view.width
-                text: Words.facility(modelData)
+                text: window.headingOf(modelData) // qmllint disable unqualified
                 highlighted: ListView.isCurrentItem
                 onClicked: {
                     window.page = modelData; // qmllint disable unqualified
@@ -209,7 +217,7 @@ ApplicationWindow {
             ComboBox {
                 Layout.fillWidth: true
                 visible: !window.wide && count > 0
-                model: window.pages.map(name => Words.facility(name))
+                model: window.pages.map(window.headingOf)
                 currentIndex: window.pages.indexOf(window.current)
                 Accessible.name: qsTr("Page")
                 onActivated: index => window.page = window.pages[index]

@@ -78,7 +78,21 @@ void PhoneControl::gather()
     if (facilities != m_facilities) {
         m_facilities = facilities;
         Q_EMIT changed();
+        Q_EMIT neighboursChanged(); // for their facilities' titles
     }
+}
+
+QVariantList PhoneControl::neighbours() const
+{
+    QVariantList neighbours;
+    for (const QVariant &each : m_neighbours) {
+        QVariantMap neighbour = each.toMap();
+        const QVariantMap facility =
+            m_status.value(neighbour.value(QStringLiteral("part")).toString()).toMap();
+        neighbour.insert(QStringLiteral("facility"), facility.value(QStringLiteral("title")));
+        neighbours.append(neighbour);
+    }
+    return neighbours;
 }
 
 int PhoneControl::tell(const QStringList &words)

@@ -21,15 +21,16 @@ class PhoneControl : public QObject
     /*! Whether there is anything that this user can tell the phone. */
     Q_PROPERTY(bool simulated READ isSimulated NOTIFY changed)
     /*!
-     * The facilities, as the daemon describes them: maps with "name"; "source", "state" and "reason" of what
-     * feeds it, where it is told; and, of those that the simulated phone feeds, "instances" (texts, none
+     * The facilities, as the daemon describes them: maps with "name"; "title", "source", "state" and
+     * "reason", where they are told; and, of those that the simulated phone feeds, "instances" (texts, none
      * where there is but one) and "verbs", each with "name", "arguments" (texts), "help", "choices" and
      * "fault".
      */
     Q_PROPERTY(QVariantList facilities READ facilities NOTIFY changed)
     /*! What each verb of each instance of each facility would be told now: three maps in each other. */
     Q_PROPERTY(QVariantMap values READ values NOTIFY valuesChanged)
-    /*! What is around the phone, in range or not: maps with "part", "name", "title" and "in-range". */
+    /*! What is around the phone, in range or not: maps with "part" and "facility", the name and the title of
+     * the facility, and "name", "title" and "in-range". */
     Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
     /*! The colour that the LED shows; transparent while it is dark, and where that is not known. */
     Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
@@ -43,7 +44,7 @@ public:
     [[nodiscard]] bool isSimulated() const { return !m_parts.isEmpty(); }
     [[nodiscard]] QVariantList facilities() const { return m_facilities; }
     [[nodiscard]] QVariantMap values() const { return m_values; }
-    [[nodiscard]] QVariantList neighbours() const { return m_neighbours; }
+    [[nodiscard]] QVariantList neighbours() const;
     [[nodiscard]] QColor led() const { return m_led; }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 

@@ -1,25 +1,12 @@
 pragma Singleton
 import QtQml
 
-// Words of the daemon for people. What has none here, such as a facility that is new, stands as it is.
+// The daemon's words for people, translated. Without a translation they are shown as the daemon sends them.
 QtObject {
-    readonly property var facilities: ({
-            "activity": qsTr("Activity"),
-            "battery": qsTr("Battery"),
-            "cellular-network": qsTr("Cellular networks"),
+    // Pages that are no facilities.
+    readonly property var others: ({
             "clock": qsTr("Clock"),
-            "data-profile": qsTr("Data profiles"),
-            "display": qsTr("Displays"),
-            "hardware": qsTr("Hardware"),
-            "led": qsTr("LED"),
-            "miracast": qsTr("Miracast"),
-            "orientation": qsTr("Orientation"),
-            "radio": qsTr("Radio"),
-            "scenarios": qsTr("Scenarios"),
-            "sdcard": qsTr("SD card"),
-            "simcard": qsTr("SIM card"),
-            "vibration": qsTr("Vibration"),
-            "wifi-direct": qsTr("Wi-Fi Direct")
+            "scenarios": qsTr("Scenarios")
         })
     readonly property var states: ({
             "playing": qsTr("playing"),
@@ -29,15 +16,16 @@ QtObject {
             "stopped": qsTr("stopped")
         })
 
-    function facility(name) {
-        return facilities[name] ?? name;
+    // The heading of a page, from the title of its facility.
+    function page(name, title) {
+        return title ? qsTranslate("Facility", title) : others[name] ?? name;
     }
 
     function state(name) {
         return states[name] ?? name;
     }
 
-    // "peer-appears" as "Peer appears", in the person's language where there is a translation.
+    // "peer-appears" as "Peer appears".
     function verb(name) {
         const text = qsTranslate("Verb", name);
         return text.charAt(0).toUpperCase() + (text === name ? name.slice(1).replace(/-/g, " ") : text.slice(1));

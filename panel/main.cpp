@@ -1,92 +1,139 @@
+#include <oz/PpsObject.hpp>
 #include <oz/PrintableText.hpp>
+#include <oz/client/DaemonObjects.hpp>
 
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QLocale>
 #include <QQmlApplicationEngine>
-#include <QQmlComponent>
 #include <QQuickStyle>
 #include <QQuickWindow>
 #include <QSize>
 #include <QTimer>
 #include <QTranslator>
+#include <QVariantMap>
 
 #include <chrono>
 #include <cstdio>
-#include <memory>
-#include <string_view>
 
 namespace {
 
-// By when the daemon has answered, and what moves has come to rest.
+const QString Dark = QStringLiteral("dark");
+const QString Page = QStringLiteral("page");
+const QString Picture = QStringLiteral("picture");
+const QString Size = QStringLiteral("size");
+
+// After this time the daemon has answered and animations have ended.
 constexpr std::chrono::milliseconds PictureTime{1500};
 
 enum Status { Failed = 1, WrongUse = 2 };
 
-int complain(Status status, const QString &text)
+int fail(Status status, const QString &text)
 {
     std::fprintf(stderr, "ozdevice-panel: %s\n", qUtf8Printable(oz::printableText(text)));
     return status;
 }
 
-// The help is there for who has no screen, too.
-std::unique_ptr<QCoreApplication> makeApplication(int &argc, char **argv)
+void declareOptions(QCommandLineParser *parser)
 {
-    for (int i = 1; i < argc; ++i) {
-        const std::string_view word(argv[i]);
-        if (word == "--help" || word == "-h" || word == "--help-all")
-            return std::make_unique<QCoreApplication>(argc, argv);
-    }
-    return std::make_unique<QGuiApplication>(argc, argv);
+    parser->setApplicationDescription(QStringLiteral("Shows a phone, and tells a simulated one what to do."));
+    parser->addHelpOption();
+    parser->addOption(
+        {Picture, QStringLiteral("Takes a picture of the window, and ends."), QStringLiteral("file")});
+    parser->addOption(
+        {Page, QStringLiteral("Begins with this page: a facility, or scenarios."), QStringLiteral("name")});
+    parser->addOption({Dark, QStringLiteral("Begins with light on dark.")});
+    parser->addOption({Size, QStringLiteral("The window's size, such as 360x640."), QStringLiteral("size")});
 }
 
-// The facilities and other pages that the panel has words for, whether or not a phone has them.
-QStringList knownPages(QQmlEngine *engine)
+// The pages of the phone that services publish; none without services.
+QStringList knownPages()
 {
-    QQmlComponent component(engine);
-    component.setData(
-        "import QtQml\nimport oz.panel\nQtObject { property var pages: Object.keys(Words.facilities) }\n",
-        QUrl());
-    const std::unique_ptr<QObject> words(component.create());
-    return words ? words->property("pages").toStringList() : QStringList();
+    oz::PpsObject status(oz::client::DaemonObjects::Status);
+    if (!status.open(oz::PpsOpenMode::Subscribe))
+        return {};
+    const QVariantMap told = oz::PpsObject::decode(status.read()).value(QStringLiteral("@status")).toMap();
+    QStringList pages = told.value(QStringLiteral("facilities")).toMap().keys();
+    if (!pages.isEmpty())
+        pages.append({QStringLiteral("clock"), QStringLiteral("scenarios")});
+    pages.sort();
+    return pages;
 }
 
-// Nothing for what is no size.
+// An invalid size unless the text is one.
 QSize sizeOf(const QString &text)
 {
     const QStringList sides = text.split(u'x');
     return sides.size() == 2 ? QSize(sides[0].toInt(), sides[1].toInt()) : QSize();
 }
 
+// Describes the first option whose value is wrong; empty if there is none.
+QString problemOf(const QCommandLineParser &options)
+{
+    if (const QString size = options.value(Size); options.isSet(Size) && sizeOf(size).isEmpty())
+        return QLatin1String("--size: expected WIDTHxHEIGHT, not '") + size + u'\'';
+    if (!options.isSet(Page))
+        return {};
+    const QString page = options.value(Page);
+    const QStringList pages = knownPages();
+    if (pages.isEmpty() || pages.contains(page))
+        return {};
+    return QLatin1String("there is no page '") + page + QLatin1String("'; there is ")
+        + pages.join(QLatin1String(", "));
+}
+
+// Prints the help, which ends the program, or returns what problemOf() does. Without a display Qt ends the
+// program as soon as there is a QGuiApplication, so this comes before. Unknown options may be those of Qt's
+// platforms, which only a QGuiApplication knows.
+QString checkWithoutDisplay(int argc, char **argv)
+{
+    const QCoreApplication application(argc, argv);
+    QCommandLineParser options;
+    declareOptions(&options);
+    (void)options.parse(QCoreApplication::arguments());
+    if (options.isSet(QStringLiteral("help")) || options.isSet(QStringLiteral("help-all")))
+        options.process(application);
+    return problemOf(options);
+}
+
+QVariantMap windowProperties(const QCommandLineParser &options)
+{
+    QVariantMap properties{{Dark, options.isSet(Dark)}};
+    if (options.isSet(Page))
+        properties.insert(Page, options.value(Page));
+    if (const QSize size = sizeOf(options.value(Size)); !size.isEmpty()) {
+        properties.insert(QStringLiteral("width"), size.width());
+        properties.insert(QStringLiteral("height"), size.height());
+    }
+    return properties;
+}
+
+void takePictureLater(QQuickWindow *window, const QString &file)
+{
+    QTimer::singleShot(PictureTime, window, [window, file] {
+        const bool isSaved = window->grabWindow().save(file);
+        QGuiApplication::exit(
+            isSaved ? 0 : fail(Failed, QLatin1String("the picture cannot be written to ") + file));
+    });
+}
+
 } // namespace
 
 int main(int argc, char **argv)
 {
-    char name[] = "ozdevice-panel"; // which the help begins with, wherever the program is
+    char name[] = "ozdevice-panel"; // the help begins with it
     argv[0] = name;
-    const auto application = makeApplication(argc, argv);
+    if (const QString problem = checkWithoutDisplay(argc, argv); !problem.isEmpty())
+        return fail(WrongUse, problem);
+
+    const QGuiApplication application(argc, argv);
     QGuiApplication::setApplicationDisplayName(QStringLiteral("ozdevice"));
-    QCommandLineParser words;
-    words.setApplicationDescription(QStringLiteral("Shows a phone, and tells a simulated one what to do."));
-    words.addHelpOption();
-    words.addOption({QStringLiteral("picture"), QStringLiteral("Takes a picture of the window, and ends."),
-        QStringLiteral("file")});
-    words.addOption({QStringLiteral("page"),
-        QStringLiteral("Begins with this page: a facility, or scenarios."), QStringLiteral("name")});
-    words.addOption({QStringLiteral("dark"), QStringLiteral("Begins with light on dark.")});
-    words.addOption({QStringLiteral("size"), QStringLiteral("The window's size, such as 360x640."),
-        QStringLiteral("size")});
-    if (!words.parse(QCoreApplication::arguments()))
-        return complain(WrongUse, words.errorText());
-    if (words.isSet(QStringLiteral("help")) || words.isSet(QStringLiteral("help-all")))
-        words.process(*application);
-    if (!words.positionalArguments().isEmpty())
-        return complain(WrongUse, QLatin1String("unexpected: ") + words.positionalArguments().join(u' '));
-    const QSize size = sizeOf(words.value(QStringLiteral("size")));
-    if (words.isSet(QStringLiteral("size")) && size.isEmpty())
-        return complain(WrongUse,
-            QLatin1String("--size: expected WIDTHxHEIGHT, not '") + words.value(QStringLiteral("size"))
-                + u'\'');
+    QCommandLineParser options;
+    declareOptions(&options);
+    if (!options.parse(QCoreApplication::arguments()))
+        return fail(WrongUse, options.errorText());
+    if (!options.positionalArguments().isEmpty())
+        return fail(WrongUse, QLatin1String("unexpected: ") + options.positionalArguments().join(u' '));
 
     QQuickStyle::setStyle(QStringLiteral("Fusion"));
     QTranslator translator;
@@ -97,30 +144,13 @@ int main(int argc, char **argv)
     const QString here = QGuiApplication::applicationDirPath() + u'/';
     engine.addImportPath(here + QStringLiteral(OZ_MODULES_FROM_PROGRAM));
     engine.addImportPath(here + QLatin1String("../qml"));
-    QVariantMap properties{{QStringLiteral("dark"), words.isSet(QStringLiteral("dark"))}};
-    if (const QString page = words.value(QStringLiteral("page")); words.isSet(QStringLiteral("page"))) {
-        const QStringList pages = knownPages(&engine);
-        if (!pages.isEmpty() && !pages.contains(page))
-            return complain(WrongUse,
-                QLatin1String("there is no page '") + page + QLatin1String("'; there is ")
-                    + pages.join(QLatin1String(", ")));
-        properties.insert(QStringLiteral("page"), page);
-    }
-    if (!size.isEmpty()) {
-        properties.insert(QStringLiteral("width"), size.width());
-        properties.insert(QStringLiteral("height"), size.height());
-    }
-    engine.setInitialProperties(properties);
+    engine.setInitialProperties(windowProperties(options));
     engine.loadData("import oz.panel\nPanelWindow { }\n");
     if (engine.rootObjects().isEmpty())
-        return complain(Failed, QStringLiteral("the window cannot be shown; are Qt Quick's modules there?"));
-    if (const QString file = words.value(QStringLiteral("picture")); !file.isEmpty()) {
-        auto *window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
-        QTimer::singleShot(PictureTime, window, [window, file] {
-            const bool isSaved = window->grabWindow().save(file);
-            QGuiApplication::exit(
-                isSaved ? 0 : complain(Failed, QLatin1String("the picture cannot be written to ") + file));
-        });
+        return fail(Failed, QStringLiteral("the window cannot be shown; are Qt Quick's modules there?"));
+    if (options.isSet(Picture)) {
+        takePictureLater(
+            qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst()), options.value(Picture));
     }
     return QGuiApplication::exec();
 }

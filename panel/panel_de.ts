@@ -2,6 +2,65 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>Facility</name>
+    <message>
+        <source>Activity</source>
+        <translation>Benutzung</translation>
+    </message>
+    <message>
+        <source>Battery</source>
+        <translation>Akku</translation>
+    </message>
+    <message>
+        <source>Cellular networks</source>
+        <translation>Mobilfunknetze</translation>
+    </message>
+    <message>
+        <source>Data profiles</source>
+        <translation>Datenprofile</translation>
+    </message>
+    <message>
+        <source>Displays</source>
+        <translation>Bildschirme</translation>
+    </message>
+    <message>
+        <source>Hardware</source>
+        <translation>Hardware</translation>
+    </message>
+    <message>
+        <source>LED</source>
+        <translation>LED</translation>
+    </message>
+    <message>
+        <source>Miracast</source>
+        <translation>Miracast</translation>
+    </message>
+    <message>
+        <source>Orientation</source>
+        <translation>Lage</translation>
+    </message>
+    <message>
+        <source>Radio</source>
+        <translation>Mobilfunk</translation>
+    </message>
+    <message>
+        <source>SD card</source>
+        <translation>SD-Karte</translation>
+    </message>
+    <message>
+        <source>SIM card</source>
+        <translation>SIM-Karte</translation>
+    </message>
+    <message>
+        <source>Vibration</source>
+        <translation>Vibration</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct</source>
+        <translation>Wi-Fi Direct</translation>
+    </message>
+</context>
+<context>
     <name>FacilityPage</name>
     <message>
         <source>Fed by %1, which is shown and cannot be told anything here</source>
@@ -829,68 +888,12 @@
 <context>
     <name>Words</name>
     <message>
-        <source>Activity</source>
-        <translation>Benutzung</translation>
-    </message>
-    <message>
-        <source>Battery</source>
-        <translation>Akku</translation>
-    </message>
-    <message>
-        <source>Cellular networks</source>
-        <translation>Mobilfunknetze</translation>
-    </message>
-    <message>
         <source>Clock</source>
         <translation>Uhr</translation>
     </message>
     <message>
-        <source>Data profiles</source>
-        <translation>Datenprofile</translation>
-    </message>
-    <message>
-        <source>Displays</source>
-        <translation>Bildschirme</translation>
-    </message>
-    <message>
-        <source>Hardware</source>
-        <translation>Hardware</translation>
-    </message>
-    <message>
-        <source>LED</source>
-        <translation>LED</translation>
-    </message>
-    <message>
-        <source>Miracast</source>
-        <translation>Miracast</translation>
-    </message>
-    <message>
-        <source>Orientation</source>
-        <translation>Lage</translation>
-    </message>
-    <message>
-        <source>Radio</source>
-        <translation>Mobilfunk</translation>
-    </message>
-    <message>
         <source>Scenarios</source>
         <translation>Szenarien</translation>
-    </message>
-    <message>
-        <source>SD card</source>
-        <translation>SD-Karte</translation>
-    </message>
-    <message>
-        <source>SIM card</source>
-        <translation>SIM-Karte</translation>
-    </message>
-    <message>
-        <source>Vibration</source>
-        <translation>Vibration</translation>
-    </message>
-    <message>
-        <source>Wi-Fi Direct</source>
-        <translation>Wi-Fi Direct</translation>
     </message>
     <message>
         <source>playing</source>

@@ -5,6 +5,7 @@
 #include "PhoneFile.hpp"
 #include "Regions.hpp"
 #include "Tables.hpp"
+#include "Texts.hpp"
 
 #include "source/Error.hpp"
 
@@ -99,11 +100,19 @@ int main(int argc, char **argv)
     const QCommandLineOption check(
         QStringLiteral("check"), QStringLiteral("Writes nothing, and fails if something is stale."));
     parser.addOption(check);
+    const QCommandLineOption texts(QStringLiteral("texts"),
+        QStringLiteral("Writes nothing but a file with the texts that the panel's translators translate."),
+        QStringLiteral("file"));
+    parser.addOption(texts);
     parser.addPositionalArgument(QStringLiteral("folder"), QStringLiteral("The project's folder."));
     parser.process(application);
     if (parser.positionalArguments().size() != 1)
         parser.showHelp(2);
     try {
+        if (parser.isSet(texts)) {
+            write(parser.value(texts), textsForTranslators(describedParts()));
+            return 0;
+        }
         if (!QDir::setCurrent(parser.positionalArguments().first()))
             throw Error(parser.positionalArguments().first() + QLatin1String(": no such folder"));
         const bool onlyCheck = parser.isSet(check);

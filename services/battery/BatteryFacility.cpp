@@ -6,7 +6,8 @@ namespace oz::services {
 
 Facility batteryFacility()
 {
-    return describeFacility<BatterySource, SimulatedBattery>(QStringLiteral("battery"), {&batteryFields()},
+    return describeFacility<BatterySource, SimulatedBattery>(QStringLiteral("battery"),
+        QStringLiteral("Battery"), {&batteryFields()},
         {busKind<UPowerBattery>(QStringLiteral("upower"),
             QStringLiteral("the battery and its chargers, by UPower"), QStringLiteral("device"))});
 }

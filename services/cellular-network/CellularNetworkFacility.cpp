@@ -8,6 +8,7 @@ namespace oz::services {
 Facility cellularNetworkFacility()
 {
     return describeFacility<CellularNetworkSource, SimulatedNetworks>(QStringLiteral("cellular-network"),
+        QStringLiteral("Cellular networks"),
         {&primaryNetworkFields(), &primaryCellFields(), &cdma1xNetworkFields(), &cdma1xCellFields(),
             &networkNameFields()},
         {modemKind<ModemNetworks>(QStringLiteral("the network that a modem is in, by ModemManager"))})

@@ -25,8 +25,8 @@ class RunningFacilities;
  * only. It is served last, so where it can be opened, everything is published.
  * - "/pps/system/ozdeviced/phone", for the daemon's own user only: SimulatedPhone::values(), and a
  * "description", which is another one when "describe" has another answer.
- * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "source", its "state"
- * ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
+ * - "/pps/system/ozdeviced/status": "pid", "sources", and "facilities": of each its "title" for people, its
+ * "source", its "state" ("known", "absent", "pending" or "none"), and its "reason" where nothing is known.
  */
 class Daemon : public QObject
 {

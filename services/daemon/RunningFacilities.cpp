@@ -70,7 +70,8 @@ QVariantMap RunningFacilities::states() const
     QVariantMap states;
     for (const Row &row : m_rows) {
         const Source *source = m_sources.of(row.facility->name);
-        QVariantMap state{{QStringLiteral("source"), row.source},
+        QVariantMap state{{QStringLiteral("title"), row.facility->title},
+            {QStringLiteral("source"), row.source},
             {QStringLiteral("state"), source ? words[int(source->presence())] : SourceChoice::None}};
         const QString reason = !source ? row.reason
             : source->isKnown()        ? source->remark()

@@ -33,8 +33,8 @@ public:
     [[nodiscard]] QVariantMap sources() const;
     /*! The facilities that the same source fed \a before, which are names as sources() gives them. */
     [[nodiscard]] QStringList continuedFrom(const QVariantMap &before) const;
-    /*! Of each facility "source", "state" and, where there is one, "reason"; "auto" for a source that the
-     * configuration does not name. */
+    /*! Of each facility "title", "source", "state" and, where there is one, "reason"; "auto" for a source
+     * that the configuration does not name. */
     [[nodiscard]] QVariantMap states() const;
 
     /*! Null where nothing uses the phone. */

@@ -14,8 +14,8 @@ Facility dataProfileFacility()
             return std::make_shared<NetworkManagerProfiles>(providers.shared<SystemBus>(), providers.store());
         },
         noObstacle};
-    return describeFacility<DataProfileSource, SimulatedDataProfiles>(
-        QStringLiteral("data-profile"), {&mobileDataFields()}, {networkManager})
+    return describeFacility<DataProfileSource, SimulatedDataProfiles>(QStringLiteral("data-profile"),
+        QStringLiteral("Data profiles"), {&mobileDataFields()}, {networkManager})
         .saying(dataProfileFields().fields())
         .asked(dataProfileRequests())
         .publishedBy<DataProfilePublisher>()

@@ -8,7 +8,7 @@ namespace oz::services {
 Facility activityFacility()
 {
     return describeFacility<ActivitySource, SimulatedActivity>(QStringLiteral("activity"),
-        {&activityFields()},
+        QStringLiteral("Activity"), {&activityFields()},
         {busKind<LogindActivity>(QStringLiteral("logind"),
             QStringLiteral("whether the sessions of a seat are idle, by logind"), QStringLiteral("seat"))})
         .publishedBy<PowerManager>();

@@ -8,7 +8,7 @@ namespace oz::services {
 Facility orientationFacility()
 {
     return describeFacility<OrientationSource, SimulatedOrientation>(QStringLiteral("orientation"),
-        {&orientationFields()},
+        QStringLiteral("Orientation"), {&orientationFields()},
         {busKind<SensorProxyOrientation>(
             QStringLiteral("iio-sensor-proxy"), QStringLiteral("the accelerometer, by iio-sensor-proxy"))})
         .publishedBy<OrientationPublisher>();

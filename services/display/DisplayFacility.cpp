@@ -29,7 +29,7 @@ Facility displayFacility()
                                                           : QString();
         }};
     return describeFacility<DisplaySource, SimulatedDisplays>(
-        QStringLiteral("display"), {}, {wayland, xrandr})
+        QStringLiteral("display"), QStringLiteral("Displays"), {}, {wayland, xrandr})
         .publishedBy<DisplayPublisher, DisplayBeside>()
         .saying(displayFields().fields())
         .recordedBy<DisplayRecorder>();

@@ -112,6 +112,7 @@ inline QString noObstacle()
 struct Facility
 {
     QString name;
+    QString title; //!< for people: "SD card"
     std::vector<SourceKind> sources;
     std::function<std::unique_ptr<Publisher>(Source &source, const Sources &all, Tree &tree)> publish;
     /*! The values that it publishes. */
@@ -169,16 +170,17 @@ struct Facility
 inline const QString SimulatedSource = QStringLiteral("simulated");
 
 /*!
- * The facility whose source is a \a SourceType, whose part of the simulated phone is a \a PartType, and which
- * says the fields of \a tables.
+ * The facility \a name, which people call \a title. Its source is a \a SourceType, its part of the simulated
+ * phone is a \a PartType, and it publishes the fields of \a tables.
  */
 template <typename SourceType, typename PartType>
-[[nodiscard]] Facility describeFacility(const QString &name,
+[[nodiscard]] Facility describeFacility(const QString &name, const QString &title,
     const typename FieldsPublisher<SourceType>::Tables &tables,
     const std::vector<SourceKind> &furtherSources = {})
 {
     Facility facility;
     facility.name = name;
+    facility.title = title;
     facility.sources = {{SimulatedSource, QStringLiteral("the simulated phone"), {},
         [](Providers &providers, const SourceOptions &) -> std::shared_ptr<Source> {
             return providers.phone().part<PartType>();

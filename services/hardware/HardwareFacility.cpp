@@ -14,7 +14,8 @@ Facility hardwareFacility()
         },
         noObstacle};
     return describeFacility<HardwareSource, SimulatedHardware>(QStringLiteral("hardware"),
-        {&deviceIdentifierFields(), &deviceNameFields(), &inventoryFields()}, {system})
+        QStringLiteral("Hardware"), {&deviceIdentifierFields(), &deviceNameFields(), &inventoryFields()},
+        {system})
         .publishedBy<HardwarePublisher, MiracastSupport>();
 }
 

@@ -14,7 +14,8 @@ Facility ledFacility()
             return std::make_shared<SysfsLed>(providers.store(), options.value(QStringLiteral("device")));
         },
         noObstacle};
-    return describeFacility<LedSource, SimulatedLed>(QStringLiteral("led"), {&ledFields()}, {sysfs})
+    return describeFacility<LedSource, SimulatedLed>(
+        QStringLiteral("led"), QStringLiteral("LED"), {&ledFields()}, {sysfs})
         .saying(ledActivityFields().fields())
         .asked(ledRequests())
         .publishedBy<LedPublisher>();

@@ -8,7 +8,7 @@ namespace oz::services {
 Facility miracastFacility()
 {
     return describeFacility<MiracastSource, SimulatedMiracast>(
-        QStringLiteral("miracast"), {&miracastFields(), &sinkFields()})
+        QStringLiteral("miracast"), QStringLiteral("Miracast"), {&miracastFields(), &sinkFields()})
         .asked(miracastRequests())
         .publishedBy<MiracastPublisher>()
         .recordedBy<MiracastRecorder>();

@@ -7,7 +7,7 @@ namespace oz::services {
 
 Facility radioFacility()
 {
-    return describeFacility<RadioSource, SimulatedRadio>(QStringLiteral("radio"),
+    return describeFacility<RadioSource, SimulatedRadio>(QStringLiteral("radio"), QStringLiteral("Radio"),
         {&radioFields(), &radioChoiceFields()},
         {modemKind<ModemRadio>(QStringLiteral("the radio of a modem, by ModemManager"))})
         .publishedBy<RadioPublisher>();

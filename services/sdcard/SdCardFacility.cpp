@@ -6,7 +6,8 @@ namespace oz::services {
 
 Facility sdcardFacility()
 {
-    return describeFacility<SdCardSource, SimulatedSdCard>(QStringLiteral("sdcard"), {&sdCardFields()},
+    return describeFacility<SdCardSource, SimulatedSdCard>(QStringLiteral("sdcard"),
+        QStringLiteral("SD card"), {&sdCardFields()},
         {busKind<UDisksSdCard>(QStringLiteral("udisks2"),
             QStringLiteral("the removable flash card, by UDisks2"), QStringLiteral("device"))});
 }

@@ -7,7 +7,7 @@ namespace oz::services {
 Facility simcardFacility()
 {
     return describeFacility<SimCardSource, SimulatedSimCard>(QStringLiteral("simcard"),
-        {&simCardFields(), &subscriberFields()},
+        QStringLiteral("SIM card"), {&simCardFields(), &subscriberFields()},
         {modemKind<ModemSimCard>(QStringLiteral("the SIM card of a modem, by ModemManager"))});
 }
 

@@ -13,7 +13,8 @@ Facility vibrationFacility()
             return std::make_shared<EvdevVibrator>(options.value(QStringLiteral("device")));
         },
         noObstacle};
-    return describeFacility<VibrationSource, SimulatedVibrator>(QStringLiteral("vibration"), {}, {evdev})
+    return describeFacility<VibrationSource, SimulatedVibrator>(
+        QStringLiteral("vibration"), QStringLiteral("Vibration"), {}, {evdev})
         .saying(vibrationActivityFields().fields())
         .asked(vibrationRequests())
         .publishedBy<VibrationPublisher>();

@@ -8,7 +8,7 @@ namespace oz::services {
 Facility wifiDirectFacility()
 {
     return describeFacility<WiFiDirectSource, SimulatedWiFiDirect>(
-        QStringLiteral("wifi-direct"), {&wifiDirectFields()})
+        QStringLiteral("wifi-direct"), QStringLiteral("Wi-Fi Direct"), {&wifiDirectFields()})
         .asked(wifiDirectRequests())
         .publishedBy<WiFiDirectPublisher>()
         .recordedBy<WiFiDirectRecorder>();

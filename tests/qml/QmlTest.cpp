@@ -153,7 +153,7 @@ TEST_F(PictureTest, ThePanelShowsEachFacilityOfThePhoneWithoutAWarning)
     EXPECT_EQ(picture("ozdevice-panel", {"--dark", "--picture"}).size(), size);
 }
 
-TEST_F(PictureTest, ThePanelRefusesPagesThatAreNotThereAndHelps)
+TEST_F(PictureTest, ThePanelHelpsAndRefusesWrongWordsWithoutADisplay)
 {
     const struct
     {
@@ -167,9 +167,13 @@ TEST_F(PictureTest, ThePanelRefusesPagesThatAreNotThereAndHelps)
             "ozdevice-panel: there is no page 'nosuch'; there is activity, battery, cellular-network, "
             "clock, "},
         {{"--page", ""}, 2, "", "ozdevice-panel: there is no page ''; there is activity, "},
+        {{"--size", "12"}, 2, "", "ozdevice-panel: --size: expected WIDTHxHEIGHT, not '12'\n"},
     };
     for (const auto &[words, status, output, errors] : cases) {
         QProcess panel;
+        QProcessEnvironment withoutDisplay = QProcessEnvironment::systemEnvironment();
+        withoutDisplay.insert("QT_QPA_PLATFORM", "none");
+        panel.setProcessEnvironment(withoutDisplay);
         panel.start(OZ_PROGRAMS "/ozdevice-panel", words);
         ASSERT_TRUE(panel.waitForFinished()) << words.join(' ').toStdString();
         EXPECT_EQ(panel.exitStatus(), QProcess::NormalExit);
@@ -257,7 +261,7 @@ TEST(PanelTranslationTest, IsComplete)
     const QTemporaryDir own;
     const QString copy = own.filePath("panel_de.ts");
     ASSERT_TRUE(QFile::copy(OZ_PANEL "/panel_de.ts", copy));
-    QStringList words{"-silent", "-no-obsolete", "-locations", "none"};
+    QStringList words{"-silent", "-no-obsolete", "-locations", "none", OZ_DAEMON_TEXTS};
     for (const QFileInfo &file : QDir(OZ_PANEL).entryInfoList({"*.cpp", "*.hpp", "*.qml"}))
         words.append(file.filePath());
     EXPECT_EQ(QProcess::execute(OZ_LUPDATE, words + QStringList{"-ts", copy}), 0);
