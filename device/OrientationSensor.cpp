@@ -1,6 +1,6 @@
 #include "OrientationSensor.hpp"
 
-#include "../sensors/OrientationSource.hpp"
+#include "../sensors/TreeBackend.hpp"
 
 #include <QDir>
 #include <QFile>

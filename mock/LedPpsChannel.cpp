@@ -22,7 +22,7 @@ LedPpsChannel::LedPpsChannel(QObject *parent)
         m_failed = m_status;
         return;
     }
-    // What the LED shows already does not come of this request, and is not heard of.
+    // Skip the present status, which does not result from this request.
     (void)m_status->read();
     connect(m_status, &PpsObject::readyRead, this, &LedPpsChannel::onReadyRead);
     connect(this, &LedPpsChannel::sendPassthrough, this, &LedPpsChannel::onSend);

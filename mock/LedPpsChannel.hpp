@@ -13,9 +13,13 @@ extern const QString s_controlPath;
 extern const QString s_statusPath;
 
 /*!
- * The LED service's two objects for the time of one request: what sendPassthrough() brings is written to the
- * control object, and receivePassthrough() brings each message that the status object has from then on,
- * decoded. Where one of them does not open, the channel is silent.
+ * The LED service's two objects for the duration of one request. It writes the maps of sendPassthrough() to
+ * the control object, and emits receivePassthrough() with each later message of the status object, decoded.
+ * If an object cannot be opened, the channel does nothing.
+ *
+ * Despite the name of its namespace, no test double: it is the only way from Led to the service, and
+ * part of the library. The namespace, the signals and the two paths are those by which the platform knows the
+ * channel.
  */
 class LedPpsChannel : public QObject
 {
@@ -25,8 +29,8 @@ public:
     explicit LedPpsChannel(QObject *parent);
 
     /*!
-     * Closes the control object once nothing is to be sent any more: a channel lives on until its event loop
-     * deletes it, and a connection is too dear for that.
+     * Closes the control object after the last message, because the channel itself lives until its event loop
+     * deletes it, and connections are limited.
      */
     void close();
 

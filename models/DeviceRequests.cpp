@@ -1,9 +1,9 @@
 #include <oz/models/DeviceRequests.hpp>
 
+#include "AwaitedConnection.hpp"
 #include "InvalidArgument.hpp"
 #include "RequestThread.hpp"
 
-#include <oz/Limits.hpp>
 #include <oz/device/CellularConnectionRequestResult.hpp>
 #include <oz/device/CellularDataInterface.hpp>
 #include <oz/device/Led.hpp>
@@ -74,71 +74,6 @@ MiracastManager *managerOf(RunningRequest *request, MiracastCompleted completed)
     QObject::connect(manager, completed, request,
         [request](MiracastResult::Type code) { request->finish(resultOf(code, MiracastResult::Success)); });
     return manager;
-}
-
-// The state of a connection, as far as a request for it is concerned.
-enum class Connecting { Idle, Pending, Established };
-
-Connecting progressOf(const CellularDataInterface &profile)
-{
-    switch (profile.connectionState()) {
-    case CellularConnectionState::PendingConnect:
-        return Connecting::Pending;
-    case CellularConnectionState::Connected:
-        return Connecting::Established;
-    default:
-        return Connecting::Idle;
-    }
-}
-
-Connecting progressOf(const WiFiDirect &wifi)
-{
-    switch (wifi.connectionState()) {
-    case WiFiDirectConnectionState::Connecting:
-        return Connecting::Pending;
-    case WiFiDirectConnectionState::Connected:
-        return Connecting::Established;
-    default:
-        return Connecting::Idle;
-    }
-}
-
-const RequestResult Done{true, 0, QString()};
-// No class has an enumerator for a connection that fails after the service has accepted the request.
-const RequestResult ConnectionFailed{false, 0, QStringLiteral("ConnectionFailed")};
-
-// Finishes a request for a connection, which the service has accepted, when the connection is established or
-// has failed. Services may publish the state after their answer. An idle connection has therefore failed only
-// if it was pending before, or if the grace time is over. Then giveUp is called with whether it was pending.
-template <typename Class, typename Changed>
-void awaitConnection(
-    RunningRequest *request, Class *object, Changed changed, const std::function<void(bool)> &giveUp)
-{
-    const auto wasPending = std::make_shared<bool>(false);
-    const auto fail = [=] {
-        if (request->finish(ConnectionFailed))
-            giveUp(*wasPending);
-    };
-    const auto look = [=] {
-        switch (progressOf(*object)) {
-        case Connecting::Established:
-            request->finish(Done);
-            break;
-        case Connecting::Pending:
-            *wasPending = true;
-            break;
-        case Connecting::Idle:
-            if (*wasPending)
-                fail();
-            break;
-        }
-    };
-    QObject::connect(object, changed, request, look);
-    QTimer::singleShot(graceTime(), request, [=] {
-        if (!*wasPending)
-            fail();
-    });
-    look();
 }
 
 // The requests for connections of a profile that are under way.

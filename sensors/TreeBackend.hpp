@@ -1,16 +1,14 @@
 #pragma once
 
-/*!
- * How the plugin and those who want its readings and no other find each other.
- */
+/*! What the plugin and the programs that use only its readings agree on. */
 namespace oz::sensors {
 
 /*! The identifier of the backend that reads the orientation from the tree. */
 inline constexpr const char *OrientationIdentifier = "ozdevice.orientation";
 
 /*!
- * The dynamic property, true, of a sensor that takes its readings from the tree or from nowhere: it gets this
- * backend where nothing publishes an orientation too, and its first reading once something does.
+ * A dynamic property of a sensor. If it is true, the sensor gets this backend even while nothing publishes an
+ * orientation, and its first reading as soon as something does.
  */
 inline constexpr const char *TreeOnlyProperty = "ozdevice_treeOnly";
 
