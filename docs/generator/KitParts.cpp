@@ -23,6 +23,7 @@ struct Parameter
 const QString TextType = QStringLiteral("const QString &");
 const QString ListType = QStringLiteral("const QStringList &");
 const QString ListEnd = QStringLiteral(",..."); // of an argument's name
+const QString Instances = QStringLiteral("instances");
 
 // "peer-appears" as "peerAppears", or "PeerAppears".
 QString camelCase(const QString &name, bool startsUpper = false)
@@ -38,29 +39,24 @@ QString capitalised(const QString &text)
     return text.left(1).toUpper() + text.mid(1);
 }
 
+// The class from which a part's class inherits. Some have further functions, which read values.
 QString baseOf(const QString &part, const QStringList &verbs)
 {
-    // These also have functions that are no verbs.
-    static const QMap<QString, QString> own{
-        {QStringLiteral("data-profile"), QStringLiteral("DataProfilePart")},
-        {QStringLiteral("led"), QStringLiteral("LedPart")},
-        {QStringLiteral("vibration"), QStringLiteral("VibrationPart")}};
-    if (own.contains(part))
-        return own.value(part);
-    if (verbs.contains(QLatin1String("die-on-request")))
-        return QStringLiteral("FaultyPart");
-    if (verbs.contains(QLatin1String("never-answer")))
-        return QStringLiteral("AnsweringPart");
-    return verbs.contains(QLatin1String("kill-service")) ? QStringLiteral("ServicePart")
-                                                         : QStringLiteral("PhonePart");
+    static const QMap<QString, QString> own{{QStringLiteral("data-profile"), QStringLiteral("DataProfile")},
+        {QStringLiteral("led"), QStringLiteral("Led")},
+        {QStringLiteral("vibration"), QStringLiteral("Vibration")}};
+    const char *byFaults = verbs.contains(QLatin1String("die-on-request")) ? "Faulty"
+        : verbs.contains(QLatin1String("never-answer"))                    ? "Answering"
+        : verbs.contains(QLatin1String("kill-service"))                    ? "Service"
+                                                                           : "Phone";
+    return own.value(part, QLatin1String(byFaults)) + QLatin1String("Part");
 }
 
-// The verbs of the bases.
 bool isOfBase(const QString &verb)
 {
-    static const QStringList verbs{QStringLiteral("kill-service"), QStringLiteral("start-service"),
-        QStringLiteral("answer-late"), QStringLiteral("never-answer"), QStringLiteral("fail-with"),
-        QStringLiteral("die-on-request"), QStringLiteral("answer-rubbish")};
+    static const QStringList verbs = QStringLiteral(
+        "kill-service start-service answer-late never-answer fail-with die-on-request answer-rubbish")
+                                         .split(u' ');
     return verbs.contains(verb);
 }
 
@@ -82,19 +78,17 @@ const Setting *settingOf(const QString &part, const QString &verb)
     return nullptr;
 }
 
-// What an argument that is not the value of a setting takes, by its name.
+// The type of an argument that is not the value of a setting, by its name.
 QString typeOf(const QString &argument)
 {
-    static const QMap<QString, QString> types{{QStringLiteral("on|off"), QStringLiteral("bool ")},
-        {QStringLiteral("CODE"), QStringLiteral("int ")}, {QStringLiteral("DEGREES"), QStringLiteral("int ")},
-        {QStringLiteral("ERRNO"), QStringLiteral("int ")},
+    static const QStringList integers =
+        QStringLiteral("CODE DEGREES ERRNO HEIGHT ID MM-HEIGHT MM-WIDTH WIDTH").split(u' ');
+    static const QMap<QString, QString> others{{QStringLiteral("on|off"), QStringLiteral("bool ")},
         {QStringLiteral("FACTOR"), QStringLiteral("double ")},
-        {QStringLiteral("HEIGHT"), QStringLiteral("int ")}, {QStringLiteral("ID"), QStringLiteral("int ")},
-        {QStringLiteral("MM-HEIGHT"), QStringLiteral("int ")},
-        {QStringLiteral("MM-WIDTH"), QStringLiteral("int ")},
-        {QStringLiteral("SECONDS"), QStringLiteral("std::chrono::milliseconds ")},
-        {QStringLiteral("WIDTH"), QStringLiteral("int ")}};
-    return types.value(argument, argument.endsWith(ListEnd) ? ListType : TextType);
+        {QStringLiteral("SECONDS"), QStringLiteral("std::chrono::milliseconds ")}};
+    if (integers.contains(argument))
+        return QStringLiteral("int ");
+    return others.value(argument, argument.endsWith(ListEnd) ? ListType : TextType);
 }
 
 // An argument, as the verb names it: "PERCENT", "[PEER,...]", "on|off".
@@ -166,14 +160,12 @@ QStringList callOf(const QString &part, const QVariantMap &verb)
         if (!each.note.isEmpty())
             notes.append(each.note);
     }
-    QString help = capitalised(verb.value(QStringLiteral("help")).toString());
-    if (!notes.isEmpty())
-        help += QLatin1String(" (") + notes.join(QLatin1String("; ")) + u')';
-    const QString told = u'"' + name + u'"'
-        + (words.isEmpty() ? QString() : QLatin1String(", {") + words.join(QLatin1String(", ")) + u'}');
-    return {QLatin1String("    /*! ") + help + QLatin1String(". */"),
-        QLatin1String("    void ") + function + u'(' + declared.join(QLatin1String(", "))
-            + QLatin1String(") { tell(") + told + QLatin1String("); }")};
+    const QString help = capitalised(verb.value(QStringLiteral("help")).toString());
+    const QString note = notes.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(notes.join(u"; "));
+    const QString given = words.isEmpty() ? QString() : QStringLiteral(", {%1}").arg(words.join(u", "));
+    return {QStringLiteral("    /*! %1%2. */").arg(help, note),
+        QStringLiteral("    void %1(%2) { tell(\"%3\"%4); }")
+            .arg(function, declared.join(u", "), name, given)};
 }
 
 QString className(const QString &part)
@@ -185,61 +177,58 @@ QStringList classOf(const QString &part, const QVariantMap &described)
 {
     const QVariantList verbs = described.value(QStringLiteral("verbs")).toList();
     QStringList names;
-    for (const QVariant &verb : verbs)
-        names.append(verb.toMap().value(QStringLiteral("name")).toString());
-    const QString base = baseOf(part, names);
-    const QString instance =
-        described.contains(QStringLiteral("instances")) ? QStringLiteral(" NAME") : QString();
-    QStringList lines{
-        QLatin1String("/*! What `ozdevice sim ") + part + instance + QLatin1String("` can do. */"),
-        QLatin1String("class ") + className(part) + QLatin1String(" : public ") + base, QStringLiteral("{"),
-        QStringLiteral("public:"), QLatin1String("    using ") + base + QLatin1String("::") + base + u';'};
-    for (const QVariant &verb : verbs) {
-        if (!isOfBase(verb.toMap().value(QStringLiteral("name")).toString()))
-            lines += callOf(part, verb.toMap());
+    QStringList calls;
+    for (const QVariant &each : verbs) {
+        const QVariantMap verb = each.toMap();
+        names.append(verb.value(QStringLiteral("name")).toString());
+        if (!isOfBase(names.last()))
+            calls += callOf(part, verb);
     }
-    return lines << QStringLiteral("};") << QString();
+    const char *instance = described.contains(Instances) ? " NAME" : "";
+    return QStringLiteral("/*! The verbs of `ozdevice sim %1%2`. */\nclass %3 : public %4\n{\npublic:\n"
+                          "    using %4::%4;\n%5};\n")
+        .arg(part, QLatin1String(instance), className(part), baseOf(part, names),
+            calls.isEmpty() ? QString() : QString(calls.join(u'\n') + u'\n'))
+        .split(u'\n');
 }
 
-QString accessorOf(const QString &part, const QVariantMap &described)
+QStringList accessorOf(const QString &part, const QVariantMap &described)
 {
-    const bool isOneOfSeveral = described.contains(QStringLiteral("instances"));
-    return QLatin1String("    [[nodiscard]] ") + className(part) + u' ' + camelCase(part)
-        + (isOneOfSeveral ? QLatin1String("(const QString &name)") : QLatin1String("()"))
-        + QLatin1String(" { return {*m_link, QStringLiteral(\"") + part + QLatin1String("\")")
-        + (isOneOfSeveral ? QLatin1String(", name}; }") : QLatin1String("}; }"));
+    const bool isOneOfSeveral = described.contains(Instances);
+    const QString form = isOneOfSeveral
+        ? QStringLiteral("    /*! The part `%1` that the phone's file calls \\a name. */\n"
+                         "    [[nodiscard]] %2 %3(const QString &name) { return {*m_link, "
+                         "QStringLiteral(\"%1\"), name}; }")
+        : QStringLiteral("    /*! The part `%1`. */\n"
+                         "    [[nodiscard]] %2 %3() { return {*m_link, QStringLiteral(\"%1\")}; }");
+    return form.arg(part, className(part), camelCase(part)).split(u'\n');
 }
 
 } // namespace
 
 QString phonePartsHeader(const QVariantMap &parts)
 {
-    QStringList lines = QStringLiteral(R"(// Made from the facilities' tables by `./oz pages`.
+    QStringList classes;
+    QStringList accessors;
+    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
+        classes += classOf(part.key(), part->toMap());
+        accessors += accessorOf(part.key(), part->toMap());
+    }
+    return QStringLiteral(R"(// Made from the facilities' tables by `./oz pages`.
 // clang-format off
 #pragma once
 
 #include <oz/testing/PhonePart.hpp>
 
 namespace oz::testing {
-)")
-                            .split(u'\n');
-    QStringList accessors;
-    for (auto part = parts.cbegin(); part != parts.cend(); ++part) {
-        const QVariantMap described = part->toMap();
-        lines += classOf(part.key(), described);
-        accessors.append(QLatin1String("    /*! The part `") + part.key()
-            + (described.contains(QStringLiteral("instances"))
-                    ? QLatin1String("` that the phone's file calls \\a name. */")
-                    : QLatin1String("`. */")));
-        accessors.append(accessorOf(part.key(), described));
-    }
-    lines += QStringLiteral(R"(/*! The parts of a test's phone. */
+
+%1
+/*! The parts of a test's phone. */
 class PhoneParts
 {
-public:)")
-                 .split(u'\n');
-    lines += accessors;
-    lines += QStringLiteral(R"(
+public:
+%2
+
 protected:
     PhoneParts() = default;
     /*! Sets what leads to the phone. */
@@ -251,8 +240,7 @@ private:
 
 } // namespace oz::testing
 )")
-                 .split(u'\n');
-    return lines.join(u'\n');
+        .arg(classes.join(u'\n'), accessors.join(u'\n'));
 }
 
 } // namespace oz::pages

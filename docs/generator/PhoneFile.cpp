@@ -67,8 +67,8 @@ QStringList wrapped(const QString &text, const QString &start)
     return lines;
 }
 
-// The meaning and the values of a key; \a withDefault also what it is where it is left out, if that is not
-// said already.
+// The help of a key and the values that it takes; \a withDefault adds the default, if the help does not name
+// it.
 QString commentOf(const Setting &setting, bool withDefault)
 {
     const ValueType &type = setting.type;
@@ -86,7 +86,7 @@ QString commentOf(const Setting &setting, bool withDefault)
         : QString(setting.help + QLatin1String(" (") + notes.join(QLatin1String("; ")) + u')');
 }
 
-// A line with its comment behind it, or before it where it is too long.
+// A line with its comment behind it, or before it if the line would be too long.
 QStringList commented(const QString &json, const QString &comment)
 {
     const QString line = json + u' ' + CommentMark + comment;

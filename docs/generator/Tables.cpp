@@ -42,7 +42,7 @@ QString withUnit(const QString &text, const ValueType &type)
     return type.unit.isEmpty() ? text : QString(text + u' ' + type.unit);
 }
 
-// The values that a condition compares it with.
+// The values that a condition compares with.
 QString publishedType(const ValueType &type)
 {
     if (type.kind == ValueType::Word)
@@ -74,7 +74,7 @@ QStringList requestsTable()
     return table({QStringLiteral("request"), QStringLiteral("comes with"), QStringLiteral("meaning")}, rows);
 }
 
-// The same, with what stands in the tree where that is another text.
+// The same, with the published text if that differs.
 QString publishedForms(const Field &field)
 {
     const QStringList words = field.type.kind == ValueType::Truth

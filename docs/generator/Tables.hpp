@@ -7,8 +7,7 @@
 
 namespace oz::pages {
 
-/*! The values of \a type, unless any text will do: "0 to 100 %", "ok, bad, unknown", "text or
- * null". */
+/*! The values that \a type accepts: "0 to 100 %", "ok, bad, unknown", "text or null". */
 [[nodiscard]] QString accepted(const services::ValueType &type);
 
 /*! \a value as JSON has it. */
@@ -17,7 +16,7 @@ namespace oz::pages {
 /*!
  * The lines of the region called \a name: "values" and "requests" are all that scenarios know; "fields
  * FACILITY" is what a facility publishes, and "settings FACILITY" what its part of the simulated phone can be
- * told. Throws Error where there is no such region.
+ * told. Throws Error for any other name.
  */
 [[nodiscard]] QStringList tablesFor(const QString &name);
 

@@ -6,7 +6,7 @@
 
 namespace oz::testing {
 
-/*! What `ozdevice sim activity` can do. */
+/*! The verbs of `ozdevice sim activity`. */
 class PhoneActivity : public ServicePart
 {
 public:
@@ -19,7 +19,7 @@ public:
     void status(const QString &name, const QString &value) { tell("status", {word(name), word(value)}); }
 };
 
-/*! What `ozdevice sim battery` can do. */
+/*! The verbs of `ozdevice sim battery`. */
 class PhoneBattery : public ServicePart
 {
 public:
@@ -44,7 +44,7 @@ public:
     void setTemperature(std::optional<double> value) { tell("temperature", {word(value)}); }
 };
 
-/*! What `ozdevice sim cellular-network NAME` can do. */
+/*! The verbs of `ozdevice sim cellular-network NAME`. */
 class PhoneCellularNetwork : public ServicePart
 {
 public:
@@ -63,7 +63,7 @@ public:
     void setSuppress(bool on) { tell("suppress", {word(on)}); }
 };
 
-/*! What `ozdevice sim clock` can do. */
+/*! The verbs of `ozdevice sim clock`. */
 class PhoneClock : public PhonePart
 {
 public:
@@ -74,7 +74,7 @@ public:
     void speed(double factor) { tell("speed", {word(factor)}); }
 };
 
-/*! What `ozdevice sim data-profile NAME` can do. */
+/*! The verbs of `ozdevice sim data-profile NAME`. */
 class PhoneDataProfile : public DataProfilePart
 {
 public:
@@ -87,7 +87,7 @@ public:
     void drop() { tell("drop"); }
 };
 
-/*! What `ozdevice sim display` can do. */
+/*! The verbs of `ozdevice sim display`. */
 class PhoneDisplay : public ServicePart
 {
 public:
@@ -106,7 +106,7 @@ public:
     void resize(int id, int width, int height) { tell("resize", {word(id), word(width), word(height)}); }
 };
 
-/*! What `ozdevice sim hardware` can do. */
+/*! The verbs of `ozdevice sim hardware`. */
 class PhoneHardware : public ServicePart
 {
 public:
@@ -115,14 +115,14 @@ public:
     void setDeviceName(const QString &text) { tell("name", {word(text)}); }
 };
 
-/*! What `ozdevice sim led` can do. */
+/*! The verbs of `ozdevice sim led`. */
 class PhoneLed : public LedPart
 {
 public:
     using LedPart::LedPart;
 };
 
-/*! What `ozdevice sim miracast` can do. */
+/*! The verbs of `ozdevice sim miracast`. */
 class PhoneMiracast : public AnsweringPart
 {
 public:
@@ -145,7 +145,7 @@ public:
     void failNext(const QString &value, int code) { tell("fail-next", {word(value), word(code)}); }
 };
 
-/*! What `ozdevice sim orientation` can do. */
+/*! The verbs of `ozdevice sim orientation`. */
 class PhoneOrientation : public ServicePart
 {
 public:
@@ -166,7 +166,7 @@ public:
     void undefined() { tell("undefined"); }
 };
 
-/*! What `ozdevice sim radio` can do. */
+/*! The verbs of `ozdevice sim radio`. */
 class PhoneRadio : public ServicePart
 {
 public:
@@ -181,7 +181,7 @@ public:
     void setDataRoaming(bool on) { tell("data-roaming", {word(on)}); }
 };
 
-/*! What `ozdevice sim sdcard` can do. */
+/*! The verbs of `ozdevice sim sdcard`. */
 class PhoneSdcard : public ServicePart
 {
 public:
@@ -196,7 +196,7 @@ public:
     void idle() { tell("idle"); }
 };
 
-/*! What `ozdevice sim simcard` can do. */
+/*! The verbs of `ozdevice sim simcard`. */
 class PhoneSimcard : public ServicePart
 {
 public:
@@ -217,7 +217,7 @@ public:
     void unreadable() { tell("unreadable"); }
 };
 
-/*! What `ozdevice sim vibration` can do. */
+/*! The verbs of `ozdevice sim vibration`. */
 class PhoneVibration : public VibrationPart
 {
 public:
@@ -226,7 +226,7 @@ public:
     void setPresent(bool on) { tell("present", {word(on)}); }
 };
 
-/*! What `ozdevice sim wifi-direct` can do. */
+/*! The verbs of `ozdevice sim wifi-direct`. */
 class PhoneWifiDirect : public FaultyPart
 {
 public:
