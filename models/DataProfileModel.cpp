@@ -25,7 +25,7 @@ std::unique_ptr<QObject> DataProfileModel::makeObject(const QVariant &key)
 
 void DataProfileModel::update()
 {
-    (void)m_profiles->read(); // is heard of once more with the next change only
+    (void)m_profiles->read(); // from now on only a change emits readyRead()
     const QStringList names = CellularDataInterface().allNames();
     setKeys(QVariantList(names.begin(), names.end()));
 }

@@ -17,9 +17,10 @@
 #include <QPointer>
 #include <QTimer>
 
-#include <cerrno>
+#include <functional>
 #include <limits>
 #include <map>
+#include <memory>
 #include <optional>
 
 namespace oz::models {
@@ -28,7 +29,7 @@ using namespace device;
 
 namespace {
 
-// The result of a class, whose reason is its enumerator's name.
+// A result whose reason is the enumerator's name.
 template <typename Enum>
 RequestResult resultOf(Enum code, Enum success)
 {
@@ -47,7 +48,7 @@ RequestResult resultOf(CellularConnectionRequestResult::Type code)
     return resultOf(code, CellularConnectionRequestResult::Requested);
 }
 
-// The result of a request that waits for its answer, with the service's error.
+// The result of a request that waits for its answer, with the service's error if it failed.
 template <typename Ask>
 RequestResult resultOfAsking(Ask ask)
 {
@@ -62,8 +63,8 @@ RequestResult resultOfAsking(Ask ask)
 
 using MiracastCompleted = void (MiracastManager::*)(MiracastResult::Type);
 
-// A manager of the request's own, which hears the answer to no other request; nothing where there is no
-// Miracast.
+// A manager for this request alone, so that it receives the answer to no other. Null without Miracast, after
+// the request has been finished.
 MiracastManager *managerOf(RunningRequest *request, MiracastCompleted completed)
 {
     auto *manager = new MiracastManager(request);
@@ -76,7 +77,7 @@ MiracastManager *managerOf(RunningRequest *request, MiracastCompleted completed)
     return manager;
 }
 
-// The requests for connections of a profile that are under way.
+// The name of the running requests for a connection of a profile.
 const QString ConnectingProfile = QStringLiteral("connecting");
 
 QList<RunningRequest *> connectingBeside(const RunningRequest *request)
@@ -84,7 +85,7 @@ QList<RunningRequest *> connectingBeside(const RunningRequest *request)
     return request->parent()->findChildren<RunningRequest *>(ConnectingProfile, Qt::FindDirectChildrenOnly);
 }
 
-// The object that holds the connection from one request to the next.
+// The object that holds a profile's connection from one request to the next.
 CellularDataInterface *profileOf(const RunningRequest *request, const QString &name)
 {
     auto *profile = request->parent()->findChild<CellularDataInterface *>({}, Qt::FindDirectChildrenOnly);
@@ -109,7 +110,7 @@ public:
 
 private:
     QMutex m_mutex;
-    // Threads are never many: one a facility, and one a data profile that was asked for.
+    // Few threads: one per facility, and one per data profile that was asked for.
     std::map<QString, RequestThread> m_threads;
     std::optional<CancellationThread> m_cancellations;
 };
@@ -197,7 +198,7 @@ QFuture<RequestResult> DeviceRequests::cancelPeer()
 QFuture<RequestResult> DeviceRequests::startPeerSession()
 {
     return d->request(QStringLiteral("wifi-direct"), [](RunningRequest *request) {
-        // It outlives a request that is cancelled, whose session it closes when that is there.
+        // The object outlives a cancelled request, to close its session as soon as that is open.
         auto *wifi = new WiFiDirect(request->parent());
         QObject::connect(
             wifi, &WiFiDirect::sessionStarted, wifi, [wifi, request = QPointer(request)](const QString &key) {
@@ -303,7 +304,7 @@ QFuture<RequestResult> DeviceRequests::flash(LedColor::Type color, int count)
         return refuse({FlashCall, "color", FlashColor, found});
     }
     return d->request(QStringLiteral("led"), [=](RunningRequest *request) {
-        auto *led = new Led(color, request); // goes out with the request
+        auto *led = new Led(color, request); // the LED goes out with the request
         led->flash(count);
         if (!led->isActive()) {
             request->finish(Done);
@@ -313,7 +314,7 @@ QFuture<RequestResult> DeviceRequests::flash(LedColor::Type color, int count)
             if (!active)
                 request->finish(Done);
         };
-        // The LED is locked while it tells.
+        // Queued, because the LED is locked while it emits.
         QObject::connect(led, &Led::activeChanged, request, ended, Qt::QueuedConnection);
     });
 }

@@ -11,11 +11,11 @@ struct InvalidArgument
 {
     const char *call; //!< the request and its arguments, as "flash(color, count)"
     const char *name; //!< the argument's name
-    const char *expected; //!< what it takes
+    const char *expected; //!< the values that it takes
     QString found; //!< the argument as text, or "missing"
 };
 
-/*! Those of flash(). */
+/*! The descriptions of flash() and its arguments. */
 inline constexpr const char *FlashCall = "flash(color, count)";
 inline constexpr const char *FlashColor = "an enumerator of LedColor other than None";
 inline constexpr const char *FlashCount = "a whole number of flashes, or -1 to flash until cancelled";

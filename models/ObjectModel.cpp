@@ -54,13 +54,13 @@ void ObjectModel::setKeys(const QVariantList &keys)
     setRecords(records);
     for (auto &gone : before) {
         if (gone.second)
-            gone.second.release()->deleteLater(); // it may be the one whose signal brought this
+            gone.second.release()->deleteLater(); // its signal may be the caller
     }
 }
 
 void ObjectModel::refresh()
 {
-    // One that is waiting for its end tells nothing any more.
+    // Ignores objects that wait for their deletion.
     for (const auto &known : m_objects) {
         if (known.second.get() == sender())
             setRecord(read(*known.second));

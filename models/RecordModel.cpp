@@ -6,7 +6,7 @@ namespace oz::models {
 
 namespace {
 
-// One form for each value, so that a change is a change and scripts can read it.
+// Enumerators as numbers, so that scripts can read them and equal values compare as equal.
 QVariantList plain(QVariantList record)
 {
     for (QVariant &value : record) {
@@ -85,7 +85,7 @@ void RecordModel::setRecords(const QList<Record> &records)
     for (const Record &record : records) {
         const int row = rowOf(record.constFirst());
         if (row >= 0 && row < place)
-            continue; // one that stands already
+            continue; // a second record with this key
         if (row < 0) {
             insertRow(place, record);
         } else if (row != place) {

@@ -14,8 +14,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// An application that ends gives the threads the time to take their leave, but none that waits for a silent
-// service.
+// At the application's end, gives the threads a second to end; a thread that waits for a silent service is
+// left behind.
 class RunningThreads
 {
 public:
@@ -35,7 +35,8 @@ public:
     }
     static RunningThreads &instance()
     {
-        static auto *threads = new RunningThreads; // one may end after everything else
+        static auto *threads =
+            new RunningThreads; // never destroyed, because a thread may end after static objects
         return *threads;
     }
 
@@ -71,7 +72,7 @@ void RequestPromise::finish(const RequestResult &result)
 {
     if (m_ended.test_and_set())
         return;
-    m_promise.addResult(result); // is dropped where the future is cancelled
+    m_promise.addResult(result); // ignored if the future is cancelled
     m_promise.finish();
 }
 
@@ -79,7 +80,7 @@ RunningRequest::RunningRequest(std::shared_ptr<RequestPromise> promise) : m_prom
 {
     // A future can be cancelled even after it has finished. Only the order of these two signals tells whether
     // the cancellation came first.
-    connect(&m_watcher, &QFutureWatcherBase::canceled, this, &RunningRequest::takeBack);
+    connect(&m_watcher, &QFutureWatcherBase::canceled, this, &RunningRequest::undoCancelled);
     connect(&m_watcher, &QFutureWatcherBase::finished, this, [this] {
         m_watcher.disconnect(this);
         deleteLater();
@@ -104,10 +105,10 @@ void RunningRequest::whenCancelled(const std::function<void()> &undo)
 {
     m_undo = undo;
     if (m_promise->isCancelled())
-        takeBack();
+        undoCancelled();
 }
 
-void RunningRequest::takeBack()
+void RunningRequest::undoCancelled()
 {
     m_ended = true;
     m_promise->finish({});

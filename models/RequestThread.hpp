@@ -52,7 +52,7 @@ public:
     void whenCancelled(const std::function<void()> &undo);
 
 private:
-    void takeBack();
+    void undoCancelled();
 
     std::shared_ptr<RequestPromise> m_promise;
     QFutureWatcher<RequestResult> m_watcher;
@@ -70,7 +70,7 @@ public:
 
     /*! An object that lives on the thread until that ends. */
     [[nodiscard]] QObject *context() const { return m_context; }
-    /*! Lets the thread deliver what was posted to it so far before it ends. */
+    /*! Ends the thread after it has delivered what was posted so far. */
     void quitLater();
 
 private:

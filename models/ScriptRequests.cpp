@@ -128,7 +128,7 @@ DeviceRequest *ScriptRequests::vibrate(uint milliseconds)
 
 DeviceRequest *ScriptRequests::follow(const QFuture<RequestResult> &future)
 {
-    // A script's engine deletes what has no parent and no use, even before it has told its end.
+    // Without a parent, the script's engine could delete an unused request before it emits finished().
     auto *request = new DeviceRequest(future, this);
     connect(request, &DeviceRequest::finished, request, [request] { request->setParent(nullptr); });
     return request;

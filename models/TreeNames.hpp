@@ -6,7 +6,8 @@
 
 namespace oz::models {
 
-/*! An object of the tree whose attributes are the records that a model is to list, open where it can be. */
+/*! Opens the object of the tree whose attributes are the records of a model; it stays closed if that fails.
+ */
 [[nodiscard]] std::unique_ptr<PpsObject> openNames(const QString &path);
 
 } // namespace oz::models

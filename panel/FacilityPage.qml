@@ -3,7 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import oz.panel
 
-// What a facility of the phone can be told, what it is like, and what applications see of it.
+// The page of a facility: its controls, its state, and what applications see of it.
 Scroller {
     id: page
 
@@ -13,7 +13,7 @@ Scroller {
     readonly property var instances: facility.instances ?? []
     readonly property string instance: instances.length > 0 ? which.currentText : ""
     readonly property var values: ((phone?.values ?? {})[name] ?? {})[instance] ?? {}
-    // As a text, so that controls are made anew only where they are others.
+    // As text, so that controls are recreated only if the verbs differ.
     readonly property string described: JSON.stringify(facility.verbs ?? [])
     readonly property var verbs: JSON.parse(described)
 
@@ -21,7 +21,7 @@ Scroller {
         return page.phone.tell([page.name].concat(page.instance === "" ? [] : [page.instance], words)); // qmllint disable
     }
 
-    // Those that bring somebody into range, or out of it, are a switch for each.
+    // Excludes the verbs that move neighbours into and out of range: each neighbour has a switch instead.
     function some(isFault, hasArguments) {
         return verbs.filter(verb => (verb.fault === true) === isFault && verb.arguments.length > 0 === hasArguments && verb.name !== facility.comes && verb.name !== facility.goes);
     }

@@ -38,7 +38,7 @@ void FacilityValues::make()
     if (const tools::FacilityEntry *entry = tools::findFacility(m_facility)) {
         const QStringList instances = entry->instances ? entry->instances() : QStringList();
         m_object = entry->make(instances.contains(m_instance) ? m_instance : instances.value(0));
-        // One change is often told by several signals.
+        // One change often emits several signals.
         m_tap = std::make_unique<meta::SignalTap>(
             m_object.get(), [this](const QMetaMethod &, const QVariantList &) { m_soon.start(); });
         for (const QMetaProperty &property : meta::propertiesOf(m_object->metaObject()))

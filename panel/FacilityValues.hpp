@@ -9,13 +9,12 @@
 #include <memory>
 #include <vector>
 
-/*! What the library says of a facility: a row a property of its class, of the first instance or the one that
- * is selected. */
+/*! The properties of a facility's class, a row per property, of the selected instance or else the first. */
 class FacilityValues : public QAbstractListModel
 {
     Q_OBJECT
     QML_ELEMENT
-    /*! The facility, as the daemon or the command calls it; where it is none there are no rows. */
+    /*! The facility's name, as the daemon or the command has it; there are no rows for any other name. */
     Q_PROPERTY(QString facility READ facility WRITE setFacility NOTIFY facilityChanged)
     Q_PROPERTY(QString instance READ instance WRITE setInstance NOTIFY facilityChanged)
 

@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import oz.panel
 
-// What was signalled, and what the phone answered.
+// The log of signals, and of the phone's answers to orders.
 ListView {
     id: log
 

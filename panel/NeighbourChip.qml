@@ -2,15 +2,14 @@ import QtQuick
 import QtQuick.Controls
 import oz.panel
 
-// Something around the phone: it is dragged, clicked or told by the space bar to come into range, or to go.
+// A device around the phone. Dragging, double-clicking or the space bar moves it into range, or out of it.
 Rectangle {
     id: chip
 
     property var neighbour: ({})
     readonly property bool inRange: neighbour["in-range"] === true
-    // Where it belongs while nobody drags it.
+    // Its position while it is not dragged.
     property point place
-    property alias dragged: drag.active
 
     signal dropped
     signal toggled
@@ -41,7 +40,7 @@ Rectangle {
     Keys.onReturnPressed: toggled()
     Keys.onEnterPressed: toggled()
 
-    // It goes slowly where it comes or goes, and not where the window changes.
+    // Animate a move into or out of range, but not one that a resized window causes.
     onInRangeChanged: glide.restart()
 
     Timer {

@@ -7,13 +7,13 @@ ApplicationWindow {
     id: window
 
     property bool dark: false
-    // The page that is wished for: a facility, or "scenarios"; and the one that is shown.
+    // The page that was asked for, a facility or "scenarios"; `current` is the one that is shown.
     property string page: "battery"
     readonly property string current: pages.includes(page) ? page : pages[0] ?? ""
     readonly property bool wide: width >= 820
     readonly property var facility: facilityNamed(current)
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
-    // Which part is shown where there is no room for all: 0 for the phone, 1 for its page, 2 for the log.
+    // The part that a narrow window shows: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
     property alias focusRing: ring
 
@@ -242,11 +242,11 @@ ApplicationWindow {
             }
         }
     }
-    // Where the keys go.
+    // The focus ring.
     Rectangle {
         id: ring
 
-        // The control that has the focus itself, or in a part of it, such as a row.
+        // The control with the focus, also if a part of it, such as a row, has it.
         readonly property Item focused: {
             let item = window.activeFocusItem;
             while (item !== null && !item.activeFocusOnTab)

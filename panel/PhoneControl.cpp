@@ -15,14 +15,14 @@ const QString Source = QStringLiteral("source");
 } // namespace
 
 PhoneControl::PhoneControl(QObject *parent)
-    : QObject(parent), m_phone(DaemonObjects::Phone, [this](const QVariantMap &told) { takePhone(told); }),
+    : QObject(parent), m_phone(DaemonObjects::Phone, [this](const QVariantMap &told) { updatePhone(told); }),
       m_statusObject(DaemonObjects::Status,
           [this](const QVariantMap &status) {
               m_status = status.value(QStringLiteral("facilities")).toMap();
-              gather();
+              updateFacilities();
           }),
       m_ledStatus(
-          QStringLiteral("/pps/services/led/status"), [this](const QVariantMap &lit) { takeLed(lit); }),
+          QStringLiteral("/pps/services/led/status"), [this](const QVariantMap &lit) { updateLed(lit); }),
       m_vibration(QStringLiteral("/pps/services/vibration/activity"),
           [this](const QVariantMap &activity) {
               m_vibrating = activity.value(QStringLiteral("running")).toBool();
@@ -32,10 +32,10 @@ PhoneControl::PhoneControl(QObject *parent)
 {
 }
 
-void PhoneControl::takePhone(const QVariantMap &told)
+void PhoneControl::updatePhone(const QVariantMap &told)
 {
     if (told.isEmpty())
-        return; // the daemon has ended, and may come back
+        return; // the daemon has ended, and may restart
     const QString mark = told.value(QStringLiteral("description")).toString();
     if (std::exchange(m_description, mark) != mark)
         describe();
@@ -53,15 +53,15 @@ void PhoneControl::describe()
     m_daemon.askLater(QStringLiteral("describe"), {}, this,
         [this](const QVariant &told, const std::optional<DaemonError> &error) {
             if (error)
-                return m_description.clear(); // it is asked for with the next change
+                return m_description.clear(); // ask again with the next change
             m_parts = told.toMap().value(QStringLiteral("simulated")).toMap();
-            gather();
+            updateFacilities();
         });
 }
 
-void PhoneControl::gather()
+void PhoneControl::updateFacilities()
 {
-    // What is no facility, such as the clock, is the simulated phone's all the same.
+    // The parts include some that are no facility, such as the clock.
     QVariantMap all = m_parts;
     for (auto state = m_status.begin(); state != m_status.end(); ++state) {
         QVariantMap facility = state->toMap();
@@ -119,7 +119,7 @@ int PhoneControl::bring(const QVariantMap &neighbour, bool inRange)
     return tell({part, verb, neighbour.value(Name).toString()});
 }
 
-void PhoneControl::takeLed(const QVariantMap &lit)
+void PhoneControl::updateLed(const QVariantMap &lit)
 {
     const auto element = [&](const QString &name) {
         const QVariant value = lit.value(name);

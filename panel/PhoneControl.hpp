@@ -9,7 +9,7 @@
 #include <QtQml/qqmlregistration.h>
 
 /*!
- * What the phone can be told, what it is like where only its services know, and who is around it. Never
+ * The verbs and the state of the phone as the daemon describes them, and the devices around it. No call
  * waits: answers come with signals.
  */
 class PhoneControl : public QObject
@@ -18,21 +18,21 @@ class PhoneControl : public QObject
     QML_ELEMENT
     /*! Whether services publish anything. */
     Q_PROPERTY(bool reachable READ isReachable NOTIFY changed)
-    /*! Whether there is anything that this user can tell the phone. */
+    /*! Whether this user can tell the phone anything. */
     Q_PROPERTY(bool simulated READ isSimulated NOTIFY changed)
     /*!
      * The facilities, as the daemon describes them: maps with "name"; "title", "source", "state" and
-     * "reason", where they are told; and, of those that the simulated phone feeds, "instances" (texts, none
-     * where there is but one) and "verbs", each with "name", "arguments" (texts), "help", "choices" and
-     * "fault".
+     * "reason" if the daemon reports them; and, for those that the simulated phone feeds, "instances" (texts;
+     * none for a single one without a name) and "verbs", each with "name", "arguments" (texts), "help",
+     * "choices" and "fault".
      */
     Q_PROPERTY(QVariantList facilities READ facilities NOTIFY changed)
-    /*! What each verb of each instance of each facility would be told now: three maps in each other. */
+    /*! The argument of each verb for the phone's present state: maps by facility, instance and verb. */
     Q_PROPERTY(QVariantMap values READ values NOTIFY valuesChanged)
-    /*! What is around the phone, in range or not: maps with "part" and "facility", the name and the title of
-     * the facility, and "name", "title" and "in-range". */
+    /*! The devices around the phone, in range or not: maps with "part" and "facility", the name and the title
+     * of the facility, and "name", "title" and "in-range". */
     Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
-    /*! The colour that the LED shows; transparent while it is dark, and where that is not known. */
+    /*! The colour that the LED shows; transparent while it is dark or its state is not known. */
     Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
     /*! Whether the motor runs. */
     Q_PROPERTY(bool vibrating READ isVibrating NOTIFY vibratingChanged)
@@ -48,9 +48,9 @@ public:
     [[nodiscard]] QColor led() const { return m_led; }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 
-    /*! Tells the phone what `ozdevice sim` would; answered() follows, with the number that this returns. */
+    /*! Sends the order of `ozdevice sim`; returns its number, with which answered() follows. */
     Q_INVOKABLE int tell(const QStringList &words);
-    /*! Brings one of the neighbours into range, or takes it out, as tell(). */
+    /*! Moves one of the neighbours into range or out of it; returns as tell() does. */
     Q_INVOKABLE int bring(const QVariantMap &neighbour, bool inRange);
 
 Q_SIGNALS:
@@ -59,14 +59,14 @@ Q_SIGNALS:
     void neighboursChanged();
     void ledChanged();
     void vibratingChanged();
-    /*! \a problem is empty where the phone did what it was told; values tells before what became of it. */
+    /*! \a problem is empty if the phone did it. The values have changed by then. */
     void answered(const QString &order, const QString &problem, int number);
 
 private:
-    void takePhone(const QVariantMap &told);
-    void takeLed(const QVariantMap &lit);
+    void updatePhone(const QVariantMap &told);
+    void updateLed(const QVariantMap &lit);
     void describe();
-    void gather();
+    void updateFacilities();
 
     oz::client::DaemonClient m_daemon;
     oz::client::FollowedObject m_phone;
@@ -75,7 +75,7 @@ private:
     oz::client::FollowedObject m_vibration;
     QVariantMap m_status; // of the facilities
     QVariantMap m_parts; // of the simulated phone
-    QString m_description; // the mark of that
+    QString m_description; // changes with what "describe" answers
     QVariantList m_facilities;
     QVariantMap m_values;
     QVariantList m_neighbours;

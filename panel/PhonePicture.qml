@@ -3,8 +3,7 @@ import QtQuick.Controls
 import oz.device 1.2
 import oz.panel
 
-// The phone as it lies there: turned as it is held, its display as it shows, its LED, and whether it vibrates; and who
-// is around it.
+// The phone: how it is held, its display, its LED, whether it vibrates, and the devices around it.
 Item {
     id: picture
 
@@ -17,7 +16,7 @@ Item {
     readonly property real shelfHeight: neighbours.length === 0 ? 0 : 24 + Math.max(1, Math.ceil(outside / columnsBelow)) * 40
     readonly property real rangeHeight: height - shelfHeight
 
-    // Someone was brought into range, or out of it.
+    // The person moved a neighbour into range, or out of it.
     signal brought(var neighbour, bool inRange)
 
     function turn(orientation) {
@@ -33,7 +32,7 @@ Item {
         }
     }
 
-    // Those in range stand left and right of the phone, the others on the shelf.
+    // Neighbours in range are left and right of the phone, the others on the shelf below.
     function placeOf(index) {
         const inRange = neighbours[index]["in-range"];
         let before = 0;
@@ -196,7 +195,7 @@ Item {
         elide: Text.ElideRight
     }
     Repeater {
-        // Those around stay as they are when something of them changes, with the focus and what is dragged.
+        // The model is a number, so a change of a neighbour keeps its chip, with the focus and a drag under way.
         model: picture.neighbours.length
 
         NeighbourChip {

@@ -15,11 +15,11 @@ ScenarioControl::ScenarioControl(QObject *parent) : QObject(parent)
             QVariantMap{{QStringLiteral("name"), row[0]}, {QStringLiteral("description"), row[1]},
                 {QStringLiteral("file"), oz::tools::scenarioFile(row[0])}});
     }
-    connect(&m_follower, &oz::client::ScenarioFollower::told, this, &ScenarioControl::take);
+    connect(&m_follower, &oz::client::ScenarioFollower::told, this, &ScenarioControl::update);
     m_recorder.setProcessChannelMode(QProcess::MergedChannels);
     connect(&m_recorder, &QProcess::stateChanged, this, &ScenarioControl::recordingChanged);
     connect(&m_recorder, &QProcess::finished, this, [this] {
-        // It says where the recording is, or what is wrong.
+        // The command prints where the recording is, or what is wrong.
         QString report = QString::fromUtf8(m_recorder.readAll()).trimmed();
         report.remove(QLatin1String("ozdevice: "));
         Q_EMIT recorded(report);
@@ -70,7 +70,7 @@ void ScenarioControl::setSpeed(const QString &speed)
     order(QStringLiteral("scenario-speed"), {{QStringLiteral("speed"), speed}});
 }
 
-void ScenarioControl::take(const QVariantMap &told)
+void ScenarioControl::update(const QVariantMap &told)
 {
     m_told = told;
     if (const int number = told.value(QStringLiteral("number")).toInt();
@@ -102,7 +102,7 @@ void ScenarioControl::record(const QString &file)
     if (m_recorder.state() != QProcess::NotRunning)
         return;
     m_recording = pathOf(file);
-    // The command writes it down, as it does by itself.
+    // The command does the recording.
     const QString here = QCoreApplication::applicationDirPath();
     const QString command =
         QStandardPaths::findExecutable(QStringLiteral("ozdevice"), {here, here + QLatin1String("/../bin")});

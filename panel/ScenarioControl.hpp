@@ -7,25 +7,25 @@
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
 
-/*! Plays scenarios on the simulated phone, follows the one that plays, whoever began it, and records. Never
- * waits. */
+/*! Plays scenarios on the simulated phone, follows the one that plays, also if another client began it, and
+ * records. No call waits. */
 class ScenarioControl : public QObject
 {
     Q_OBJECT
     QML_ELEMENT
-    /*! Those that are installed: maps with "name", "description" and "file". */
+    /*! The installed scenarios: maps with "name", "description" and "file". */
     Q_PROPERTY(QVariantList installed READ installed CONSTANT)
-    /*! "playing", "paused", "passed", "failed" or "stopped"; empty where none has been played. */
+    /*! "playing", "paused", "passed", "failed" or "stopped"; empty if none has been played. */
     Q_PROPERTY(QString state READ state NOTIFY changed)
-    /*! The file of the one that plays or was played last; and the line about it. */
+    /*! The file and the description of the scenario that plays or was played last. */
     Q_PROPERTY(QString file READ file NOTIFY changed)
     Q_PROPERTY(QString description READ description NOTIFY changed)
-    /*! The number of the step that is under way, of so many; 0 for none. */
+    /*! The number of the step under way, of `steps`; 0 for none. */
     Q_PROPERTY(int step READ step NOTIFY changed)
     Q_PROPERTY(int steps READ steps NOTIFY changed)
-    /*! The phone's time to the real one: a number, or "max". */
+    /*! How fast the phone's time goes: a number, or "max". */
     Q_PROPERTY(QString speed READ speed NOTIFY changed)
-    /*! Expectations that were met, and steps that failed. */
+    /*! The number of expectations that were met, and of steps that failed. */
     Q_PROPERTY(int met READ met NOTIFY changed)
     Q_PROPERTY(int failed READ failed NOTIFY changed)
     /*! Why it failed or was stopped. */
@@ -49,34 +49,35 @@ public:
     [[nodiscard]] QString problem() const { return text("problem"); }
     [[nodiscard]] QString recording() const;
 
-    /*! Plays a file, at a speed ("1", "60", "max"), past steps that fail where it is to keep going. */
+    /*! Plays a file at a speed ("1", "60", "max"); with \a keepGoing, failed steps do not end it. */
     Q_INVOKABLE void play(const QString &file, const QString &speed, bool keepGoing);
     Q_INVOKABLE void pause() { order(QStringLiteral("pause-scenario")); }
     Q_INVOKABLE void resume() { order(QStringLiteral("resume-scenario")); }
     Q_INVOKABLE void stop() { order(QStringLiteral("stop-scenario")); }
     Q_INVOKABLE void setSpeed(const QString &speed);
-    /*! Begins to record what the phone does into a file, until stopRecording(). */
+    /*! Records what the phone does into a file, until stopRecording(). */
     Q_INVOKABLE void record(const QString &file);
     Q_INVOKABLE void stopRecording();
-    /*! The path that a person typed, as a whole one; "~" is the home folder. */
+    /*! The absolute path for one that a person typed; "~" is the home folder. */
     Q_INVOKABLE static QString pathOf(const QString &typed);
 
 Q_SIGNALS:
     void changed();
     void recordingChanged();
-    /*! A step was done: what it was, when ("12.3 s"), and "done", "waiting", "passed", "failed" or "said". */
+    /*! A step was reached at a \a time ("12.3 s"), with the outcome "done", "waiting", "passed", "failed" or
+     * "said". */
     void stepped(const QString &time, const QString &text, const QString &outcome, const QString &detail);
-    /*! Another scenario is followed from its beginning. */
+    /*! Another scenario has begun. */
     void restarted();
-    /*! What was asked for is refused. */
+    /*! The daemon refused a call. */
     void refused(const QString &problem);
-    /*! What has been recorded, or why it has not. */
+    /*! A recording has ended: its file, or why it failed. */
     void recorded(const QString &report);
 
 private:
     [[nodiscard]] QString text(const char *key) const;
     void order(const QString &request, const QVariantMap &data = {});
-    void take(const QVariantMap &told);
+    void update(const QVariantMap &told);
 
     oz::client::ScenarioFollower m_follower;
     QVariantList m_installed;

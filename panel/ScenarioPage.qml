@@ -3,7 +3,7 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import oz.panel
 
-// Scenarios: to be picked, played, paused, stopped and recorded.
+// The page on which scenarios are picked, played, paused, stopped and recorded.
 Scroller {
     id: page
 

@@ -1,7 +1,7 @@
 import QtQuick
 import QtQuick.Controls
 
-// A column that scrolls where it is too long, and to whatever has the focus.
+// A column that scrolls if it is too long, and keeps the item with the focus visible.
 ScrollView {
     id: scroller
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <vector>
 
-/*! What every facility of the library signals, the newest last; the last thousand lines. */
+/*! The last thousand signals of all facilities of the library, the newest last. */
 class SignalLog : public QStringListModel
 {
     Q_OBJECT

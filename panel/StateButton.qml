@@ -2,7 +2,7 @@ import QtQuick
 import QtQuick.Controls
 import oz.panel
 
-// A verb without arguments; it is marked where the phone is as it would make it.
+// A verb without arguments, highlighted while the phone is in the state that it sets.
 Button {
     id: button
 

@@ -3,16 +3,16 @@ import QtQuick.Controls
 import QtQuick.Layouts
 import oz.panel
 
-// A verb of the phone as the control that its arguments deserve, which shows what the phone is like. It is told by
-// the person alone: what the phone becomes is never told back to it.
+// A verb with arguments as the control that suits them, which shows the phone's value. Only the person's input sends an
+// order; a change of the phone's value never does.
 ColumnLayout {
     id: control
 
     // As the daemon describes it.
     property var verb: ({})
-    // What it would be told now; undefined where nobody knows.
+    // The argument for the phone's present state; undefined if it is not known.
     property var value
-    // The order that the phone has not answered, and the one to give after it.
+    // The number of the order that the phone has not answered, and the words of the next one.
     property int pending: 0
     property var next: null
 
@@ -33,7 +33,7 @@ ColumnLayout {
         return choice.words.length > 0 ? "choice" : "text";
     }
 
-    // To be called with the order's words; the number of the order is its result.
+    // Sends the order with these words, and returns its number.
     property var give: words => 0
 
     function choiceOf(word) {
@@ -48,7 +48,7 @@ ColumnLayout {
         };
     }
 
-    // The newest order counts: while one is under way, those between are left out.
+    // While an order is under way, only the newest of the next ones is kept.
     function tell(words) {
         if (pending !== 0)
             next = words;
@@ -69,7 +69,7 @@ ColumnLayout {
         }
     }
 
-    // Shows the phone's value, unless the person is about to give another one.
+    // Shows the phone's value, unless the person is entering another one.
     function show() {
         if (pending !== 0)
             return;

@@ -3,7 +3,7 @@ import QtQml
 
 // The daemon's words for people, translated. Without a translation they are shown as the daemon sends them.
 QtObject {
-    // Pages that are no facilities.
+    // The pages that are not facilities.
     readonly property var others: ({
             "clock": qsTr("Clock"),
             "scenarios": qsTr("Scenarios")

@@ -7,7 +7,7 @@
 
 namespace oz::qml {
 
-/*! The base of the holders of enumerations in QML. */
+/*! The base of QML's holders of enumerations. */
 class EnumHolder : public QObject
 {
     Q_OBJECT
@@ -22,7 +22,7 @@ public:
     Q_INVOKABLE [[nodiscard]] QString keyOf(double value) const;
 
 protected:
-    /*! Of the enumeration in \a holder, as flags where it declares them. */
+    /*! For the enumeration in \a holder, or for its flags if it declares them. */
     explicit EnumHolder(const QMetaObject &holder, QObject *parent);
 
 private:

@@ -38,7 +38,7 @@ struct DeviceRequestType
     QML_ADDED_IN_VERSION(1, 0)
 };
 
-// For QML's tools, which are to know what the models inherit.
+// QML's tools need the bases of the models.
 #define OZ_BASE(NAME, CLASS)                                                                                 \
     struct NAME##Type                                                                                        \
     {                                                                                                        \

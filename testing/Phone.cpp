@@ -32,14 +32,14 @@ namespace {
 
 const QString Scenario = QStringLiteral("the scenario"); // in errors
 const QString State = QStringLiteral("state");
-constexpr qint64 Newest = std::numeric_limits<qint64>::max(); // nothing of a log or list
+constexpr qint64 Newest = std::numeric_limits<qint64>::max(); // skips a whole log or list
 constexpr qsizetype MostShown = 10; // requests in an error
 
 // The phone that this process sees.
 std::atomic<const Phone *> s_ofProcess = nullptr;
 
-// Where the services' program is: as the environment says, else beside this library, in a build tree as when
-// installed, else in the path.
+// The services' program: the one that the environment names, else the one beside this library, in a build
+// tree or installed, else the one in the path.
 QString daemonProgram()
 {
     const QString name = QStringLiteral("ozdeviced");
@@ -67,7 +67,7 @@ QString limitText(std::chrono::milliseconds limit)
     return QString::number(seconds(limit)) + QLatin1String(" s");
 }
 
-// What the services tell of the scenario, without its log.
+// The state of the scenario, without its log.
 QVariantMap playing(const DaemonClient &daemon)
 {
     return daemon.ask(QStringLiteral("scenario"), QVariantMap{{QStringLiteral("from"), Newest}}).toMap();
@@ -87,7 +87,7 @@ QString textOf(const PhoneRequest &request)
     return text;
 }
 
-// What a call waits for that ends by an answer of the services, beyond what they wait themselves.
+// For a call in which the services wait up to \a limit before they answer.
 DaemonClient::Wait waitBeyond(std::chrono::milliseconds limit)
 {
     return {limit + DaemonClient::AnswerLimit, true};
@@ -114,7 +114,7 @@ public:
         (void)link.request(QStringLiteral("a phone's start"), QStringLiteral("observe"));
     }
 
-    // All that the services know, page by page.
+    // Reads all pages.
     [[nodiscard]] QList<PhoneRequest> requests(const QString &kind, const QString &with = {}) const
     {
         QList<PhoneRequest> all;
@@ -232,12 +232,12 @@ QList<PhoneRequest> Phone::waitForRequests(
     int count, const QString &kind, const QString &with, std::chrono::milliseconds limit) const
 {
     QList<PhoneRequest> found;
-    const auto look = [&] { return (found = d->requests(kind, with)).size() >= count; };
+    const auto hasCome = [&] { return (found = d->requests(kind, with)).size() >= count; };
     const QString what = with.isEmpty() ? kind : QString(kind + QLatin1String(" with ") + with);
-    const bool hasCome = d->link.guarded(what, [&](const DaemonClient &daemon) {
-        return daemon.follow(DaemonObjects::Requests, {limit, true}, look);
+    const bool areThere = d->link.guarded(what, [&](const DaemonClient &daemon) {
+        return daemon.follow(DaemonObjects::Requests, {limit, true}, hasCome);
     });
-    if (hasCome)
+    if (areThere)
         return found;
     QStringList asked;
     for (const PhoneRequest &request : d->requests({}))
@@ -262,7 +262,7 @@ void Phone::play(const QString &file, const PlayOptions &options)
 {
     QVariantMap order{{QStringLiteral("file"), QFileInfo(file).absoluteFilePath()},
         {QStringLiteral("variables"), options.variables}, {QStringLiteral("keep-going"), options.keepGoing}};
-    // As text, which can also hold what is no number, so that the services refuse it.
+    // As text, which can carry NaN too, so that the services refuse it.
     order.insert(
         QStringLiteral("speed"), QString::number(options.speed, 'g', QLocale::FloatingPointShortest));
     if (options.waitFor != PlayOptions::WaitFor::Nothing) {
@@ -280,7 +280,7 @@ bool Phone::isPlaying() const
             return playing(daemon).value(State) == QStringLiteral("playing");
         } catch (const DaemonError &error) {
             if (error.kind() == DaemonError::Refused)
-                return false; // none has been played
+                return false; // no scenario has been played
             throw;
         }
     });

@@ -9,7 +9,7 @@
 
 namespace oz::testing {
 
-/*! The way from a test to its phone's services. Any thread may use it. */
+/*! The connection of a test to its phone's services. Any thread may use it. */
 class PhoneLink
 {
 public:
@@ -30,12 +30,11 @@ public:
 
     /*! Tells the phone what `ozdevice sim` would. */
     void tell(const QStringList &words);
-    /*! What it was told, in its order. */
+    /*! The orders so far, oldest first. */
     [[nodiscard]] QStringList orders() const;
-    /*! What is called \a name; invalid where it is not known. */
+    /*! The value called \a name; invalid if it is unknown. */
     [[nodiscard]] QVariant value(const QString &name) const;
 
-    [[nodiscard]] const QString &root() const { return m_root; }
     [[noreturn]] void fail(const QString &what, const QString &why) const;
 
 private:

@@ -37,7 +37,7 @@ QByteArray textOf(const Entries &entries, const QStringList &path)
         members.append(jsonOf(name) + ": "
             + (place.size() == path.size() + 1 ? jsonOf(value) : textOf(entries, path + QStringList{name})));
     }
-    // A line each, which errors name.
+    // One line per key, so that errors can name the line.
     const QByteArray indent = '\n' + QByteArray(4 * path.size(), ' ');
     return '{' + indent + "    " + members.join(',' + indent + "    ") + indent + '}';
 }

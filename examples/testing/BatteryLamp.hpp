@@ -5,7 +5,7 @@
 
 #include <QObject>
 
-/*! Flashes the LED red, twice, each time that the battery gets low. */
+/*! Flashes the LED red twice whenever the battery gets low. */
 class BatteryLamp : public QObject
 {
     Q_OBJECT

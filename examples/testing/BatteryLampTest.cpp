@@ -11,7 +11,7 @@ using oz::testing::Phone;
 
 namespace {
 
-// A phone of the test's own, and the lamp on it.
+// A private phone for each test, and the lamp on it.
 class BatteryLampTest : public testing::Test
 {
 protected:
@@ -27,7 +27,7 @@ TEST_F(BatteryLampTest, FlashesRedWhenTheBatteryGetsLow)
     EXPECT_EQ(flash.values.value("count"), 2);
 }
 
-TEST_F(BatteryLampTest, FlashesEvenWhereTheServiceOfTheLedWasAwayMeanwhile)
+TEST_F(BatteryLampTest, FlashesAfterTheLedServiceRestarted)
 {
     phone.led().killService();
     phone.battery().setLevel(7);
@@ -35,7 +35,7 @@ TEST_F(BatteryLampTest, FlashesEvenWhereTheServiceOfTheLedWasAwayMeanwhile)
     phone.waitForRequest("led.flash", "color == red", 10s);
 }
 
-TEST_F(BatteryLampTest, LearnsOfABatteryThatRunsDownByItself)
+TEST_F(BatteryLampTest, FlashesWhenTheBatteryRunsDown)
 {
     phone.clock().advance(std::chrono::hours(24)); // a percent in ten minutes
     phone.waitFor("battery.level == 0 and led.active");

@@ -1,4 +1,4 @@
-"""A phone for each test, over the program `ozdevice`."""
+"""A phone for each test, controlled by the program `ozdevice`."""
 
 import json
 import os
@@ -11,7 +11,7 @@ OZDEVICE = os.environ.get("OZDEVICE", "ozdevice")
 
 
 class Phone:
-    """A simulated phone of a test's own. What the test starts with its environment sees that phone."""
+    """A private simulated phone. Programs that the test starts with its environment see it."""
 
     def __init__(self, root):
         self.environment = {**os.environ, "OZ_DEVICE_ROOT": str(root)}
@@ -23,7 +23,7 @@ class Phone:
         self.run("wait-ready")
 
     def run(self, *words):
-        """What `ozdevice` prints; fails the test with what it says is wrong."""
+        """Returns the output of `ozdevice`; fails the test with its errors."""
         done = subprocess.run(
             [OZDEVICE, *words], env=self.environment, capture_output=True, text=True, timeout=60
         )
@@ -31,16 +31,16 @@ class Phone:
         return done.stdout
 
     def sim(self, order):
-        """Tells the phone what `ozdevice sim` does."""
+        """Sends an order of `ozdevice sim`."""
         self.run("sim", *order.split())
 
     def show(self, facility):
-        """The properties of the facility as applications see them."""
+        """Returns the properties of the facility as applications see them."""
         shown = json.loads(self.run("show", facility, "--json"))[facility]
         return {name: entry["value"] for name, entry in shown.items()}
 
     def object(self, path):
-        """The attributes of an object of the tree."""
+        """Returns the attributes of an object of the tree."""
         (attributes,) = json.loads(self.run("pps", "get", path, "--json")).values()
         return attributes
 
@@ -67,7 +67,7 @@ def phone(tmp_path):
 
 @pytest.fixture
 def start(phone):
-    """Starts programs on the phone, which end with the test."""
+    """Starts programs on the phone; ends them with the test."""
     started = []
 
     def start_program(*words):

@@ -1,4 +1,4 @@
-"""The program battery-lamp on a phone of each test's own."""
+"""Tests of the program battery-lamp, each on a private phone."""
 
 import os
 
@@ -24,4 +24,4 @@ def test_flashes_when_the_battery_gets_low(phone, lamp):
 def test_the_command_shows_what_applications_see(phone, lamp):
     phone.sim("battery plug")
     assert phone.show("battery")["chargingState"] == "Charging"
-    assert lamp.poll() is None, "the lamp does not mind"
+    assert lamp.poll() is None, "the lamp ended"

@@ -8,7 +8,7 @@
 using namespace oz::device;
 using namespace oz::testing;
 
-/*! The lamp, in this process, on a phone of each test's own. */
+/*! Tests the lamp in this process, each test on a private phone. */
 class TestBatteryLamp : public QObject
 {
     Q_OBJECT
@@ -22,14 +22,14 @@ private Q_SLOTS:
     }
     void cleanup() { m_phone.reset(); }
 
-    void flashesOnceForEachTimeThatItGetsLow()
+    void flashesOnceEachTimeTheBatteryGetsLow()
     {
         const BatteryLamp lamp;
         m_phone->battery().setLevel(10);
         m_phone->waitForRequest("led.flash", "color == red and count == 2");
         m_phone->waitFor("led.lit == red");
         m_phone->waitForRequest("led.cancel"); // after the second flash
-        // The lamp is in this thread, and hears of each when its event loop runs.
+        // The lamp is in this thread, and sees each level only when the event loop runs.
         const BatteryInfo battery;
         for (const int level : {9, 11, 10}) {
             m_phone->battery().setLevel(level);
@@ -38,7 +38,7 @@ private Q_SLOTS:
         QCOMPARE(m_phone->waitForRequests(2, "led.flash").size(), 2);
     }
 
-    void saysNothingWhileThereIsEnough()
+    void staysDarkWhileTheBatteryIsNotLow()
     {
         BatteryInfo battery;
         const BatteryLamp lamp;

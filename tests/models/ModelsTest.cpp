@@ -23,7 +23,7 @@ namespace {
 
 const QString Tv = "02:00:00:00:01:01";
 
-/*! What a view would show of a model: it knows only what signals told, row by row. */
+/*! The rows as a view would show them, which knows only the model's signals. */
 class Mirror : public QObject
 {
 public:
@@ -35,17 +35,17 @@ public:
         connect(model, &RecordModel::rowsInserted, this, [this](const QModelIndex &, int first, int last) {
             EXPECT_EQ(first, last);
             m_rows.insert(first, m_model->record(first));
-            heard.append("+" + QString::number(first));
+            changes.append("+" + QString::number(first));
         });
         connect(model, &RecordModel::rowsRemoved, this, [this](const QModelIndex &, int first, int last) {
             EXPECT_EQ(first, last);
             m_rows.removeAt(first);
-            heard.append("-" + QString::number(first));
+            changes.append("-" + QString::number(first));
         });
         connect(model, &RecordModel::rowsMoved, this,
             [this](const QModelIndex &, int first, int, const QModelIndex &, int row) {
                 m_rows.move(first, row);
-                heard.append(QString("%1>%2").arg(first).arg(row));
+                changes.append(QString("%1>%2").arg(first).arg(row));
             });
         connect(model, &RecordModel::dataChanged, this,
             [this](const QModelIndex &first, const QModelIndex &last, const QList<int> &roles) {
@@ -57,11 +57,11 @@ public:
                     names.append(m_model->roleNames().value(role));
                     m_rows[first.row()].insert(names.last(), first.data(role));
                 }
-                heard.append(QString("%1:%2").arg(first.row()).arg(names.join('+')));
+                changes.append(QString("%1:%2").arg(first.row()).arg(names.join('+')));
             });
         connect(model, &RecordModel::modelReset, this, [] { ADD_FAILURE() << "was reset"; });
     }
-    [[nodiscard]] bool isTrue() const
+    [[nodiscard]] bool matchesModel() const
     {
         for (int row = 0; row < m_rows.size(); ++row) {
             if (m_rows.at(row) != m_model->record(row))
@@ -69,9 +69,9 @@ public:
         }
         return m_rows.size() == m_model->count();
     }
-    QString take() { return std::exchange(heard, {}).join(' '); }
+    QString takeChanges() { return std::exchange(changes, {}).join(' '); }
 
-    QStringList heard;
+    QStringList changes;
 
 private:
     const RecordModel *m_model;
@@ -83,7 +83,7 @@ class Records : public RecordModel
 {
 public:
     Records() : RecordModel({"key", "value"}, "value", nullptr) { }
-    void become(const QString &rows)
+    void setRows(const QString &rows)
     {
         QList<Record> records;
         for (const QString &row : rows.split(' ', Qt::SkipEmptyParts))
@@ -112,24 +112,24 @@ protected:
 
 } // namespace
 
-TEST(RecordModelTest, TellsEachDifferenceByItself)
+TEST(RecordModelTest, SignalsEachDifferenceSeparately)
 {
     struct Row
     {
-        QString next, heard;
+        QString next, changes;
     };
     Records model;
     Mirror mirror(&model);
     for (const Row &row :
         {Row{"a1 b2 c3", "+0 +1 +2"}, Row{"a1 b2 c3", ""}, Row{"a1 b5 c3", "1:value"}, Row{"c3 a1 b5", "2>0"},
             Row{"a1 d4", "-2 -0 +1"}, Row{"d4 a2 a3 e5", "1>0 1:value +2"}, Row{"", "-2 -1 -0"}}) {
-        model.become(row.next);
-        EXPECT_EQ(mirror.take(), row.heard) << row.next.toStdString();
-        EXPECT_TRUE(mirror.isTrue()) << row.next.toStdString();
+        model.setRows(row.next);
+        EXPECT_EQ(mirror.takeChanges(), row.changes) << row.next.toStdString();
+        EXPECT_TRUE(mirror.matchesModel()) << row.next.toStdString();
     }
 }
 
-TEST_F(ModelsTest, RowsComeGoAndChangeAsThePhoneDoes)
+TEST_F(ModelsTest, FollowThePhone)
 {
     DisplayModel displays;
     DataProfileModel profiles;
@@ -140,12 +140,12 @@ TEST_F(ModelsTest, RowsComeGoAndChangeAsThePhoneDoes)
     EXPECT_EQ(keysOf(profiles), "enterprise internet legacy mms tethering");
     EXPECT_EQ(keysOf(networks), "0");
     EXPECT_GE(interfaces.rowOf("lo"), 0);
-    EXPECT_EQ(displays.index(0).data(), "panel"); // what a widget shows
+    EXPECT_EQ(displays.index(0).data(), "panel"); // for widgets
     Mirror display(&displays);
     Mirror network(&networks);
     sim("display add 5 projector 640 480");
     EXPECT_TRUE(waitUntil([&] { return keysOf(displays) == "0 1 5"; }));
-    EXPECT_EQ(display.take(), "+2");
+    EXPECT_EQ(display.takeChanges(), "+2");
     sim("display attach 1");
     EXPECT_TRUE(waitUntil([&] { return displays.record(1).value("attached").toBool(); }));
     sim("display remove 1");
@@ -164,7 +164,7 @@ TEST_F(ModelsTest, RowsComeGoAndChangeAsThePhoneDoes)
     EXPECT_EQ(tv.value("connected"), false);
 }
 
-TEST_F(ModelsTest, SinksAreThoseThatTheLastScanFound)
+TEST_F(ModelsTest, SinkModelListsTheSinksOfTheLastScan)
 {
     MiracastSinkModel sinks;
     Mirror mirror(&sinks);
@@ -187,10 +187,10 @@ TEST_F(ModelsTest, SinksAreThoseThatTheLastScanFound)
     sim("miracast sink-goes projector");
     scan();
     EXPECT_EQ(sinks.count(), found - 1);
-    EXPECT_TRUE(mirror.isTrue());
+    EXPECT_TRUE(mirror.matchesModel());
 }
 
-TEST_F(ModelsTest, AgreeWithFreshOnesAfterWildChanges)
+TEST_F(ModelsTest, EqualNewModelsAfterRandomChanges)
 {
     DisplayModel displays;
     DataProfileModel profiles;
@@ -211,7 +211,7 @@ TEST_F(ModelsTest, AgreeWithFreshOnesAfterWildChanges)
         "wifi-direct peer-appears tv", "wifi-direct peer-goes printer", "wifi-direct peer-appears printer",
         "wifi-direct peer-goes camera", "wifi-direct peer-appears camera", "miracast sink-goes projector",
         "miracast sink-appears projector", "SCAN"};
-    std::mt19937 random(20); // NOLINT: the same tale each time
+    std::mt19937 random(20); // NOLINT: the same sequence each time
     for (int i = 0; i < 300; ++i) {
         const QString &order = orders.at(qsizetype(random() % size_t(orders.size())));
         if (order == "SCAN") {
@@ -219,7 +219,7 @@ TEST_F(ModelsTest, AgreeWithFreshOnesAfterWildChanges)
             sinks.manager()->requestScan();
             interfaces.update();
         } else {
-            simProblem(order); // what is so already may be refused
+            simProblem(order); // may be refused if it changes nothing
         }
     }
     for (int row = 0; row < 3; ++row)
@@ -228,9 +228,9 @@ TEST_F(ModelsTest, AgreeWithFreshOnesAfterWildChanges)
     const auto agrees = [](const RecordModel &model, const RecordModel &fresh) {
         for (int row = 0; row < fresh.count(); ++row) {
             QVariantMap expected = fresh.record(row), actual = model.record(row);
-            for (const char *told : {"secondaryTypes", "role"}) { // with signals alone
-                expected.remove(told);
-                actual.remove(told);
+            for (const char *role : {"secondaryTypes", "role"}) { // only signals carry these
+                expected.remove(role);
+                actual.remove(role);
             }
             if (expected != actual)
                 return false;
@@ -242,5 +242,5 @@ TEST_F(ModelsTest, AgreeWithFreshOnesAfterWildChanges)
     EXPECT_TRUE(waitUntil([&] { return agrees(networks, CellularNetworkModel()); }));
     EXPECT_TRUE(waitUntil([&] { return agrees(peers, WiFiDirectPeerModel()); }));
     for (const auto &mirror : mirrors)
-        EXPECT_TRUE(mirror->isTrue());
+        EXPECT_TRUE(mirror->matchesModel());
 }

@@ -59,7 +59,7 @@ protected:
 
 } // namespace
 
-TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
+TEST_F(RequestsTest, EndWithTheClassResultAndItsName)
 {
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "NotPossible");
@@ -104,7 +104,7 @@ TEST_F(RequestsTest, EndWithTheResultOfTheClassAndItsName)
     EXPECT_EQ(outcome(requests.vibrate(10)), "NotSupported");
 }
 
-TEST_F(RequestsTest, WhatIsCancelledIsTakenBack)
+TEST_F(RequestsTest, AreUndoneIfCancelled)
 {
     sim("data-profile mms answer-late 200");
     QFuture<RequestResult> slow = requests.connectProfile("mms");
@@ -125,7 +125,7 @@ TEST_F(RequestsTest, WhatIsCancelledIsTakenBack)
     EXPECT_EQ(outcome(requests.flash(LedColor::Blue, 1)), "done");
 }
 
-TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
+TEST_F(RequestsTest, ToASilentServiceDelayOnlyRequestsToTheSameService)
 {
     signalDaemon(SIGSTOP);
     auto own = std::make_unique<DeviceRequests>();
@@ -139,14 +139,14 @@ TEST_F(RequestsTest, ASilentServiceHoldsUpNobodyButThoseWhoAskIt)
     EXPECT_EQ(finished.count(), 1);
     EXPECT_EQ(profile.reason(), "Cancelled");
     own.reset();
-    EXPECT_FALSE(scan.isFinished()) << "nobody waits for its answer";
+    EXPECT_FALSE(scan.isFinished()) << "destroying the requests waited for the answer";
     signalDaemon(SIGCONT);
     EXPECT_TRUE(waitUntil([&] { return !peers.isRunning(); }));
     EXPECT_EQ(outcome(requests.connectProfile("mms")), "done");
     EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "done");
 }
 
-TEST_F(RequestsTest, TellTheErrorOfTheServiceBesideTheResult)
+TEST_F(RequestsTest, ReportTheServiceErrorWithTheResult)
 {
     sim("data-profile mms enabled off");
     const struct
@@ -179,7 +179,7 @@ TEST_F(RequestsTest, TellTheErrorOfTheServiceBesideTheResult)
     }
 }
 
-TEST_F(RequestsTest, FlashRefusesAColorThatNothingFlashesIn)
+TEST_F(RequestsTest, FlashRefusesNoneAndUnknownColors)
 {
     for (const auto &[color, found] :
         {std::pair(LedColor::None, "None"), std::pair(LedColor::Type(0xABC), "0x000abc")}) {
@@ -193,11 +193,11 @@ TEST_F(RequestsTest, FlashRefusesAColorThatNothingFlashesIn)
         EXPECT_EQ(flashes.result().errorString, problem);
         EXPECT_EQ(log.take(), QStringList{problem});
     }
-    requests.flash(LedColor::Blue, -1); // nobody needs to hold on to it
+    requests.flash(LedColor::Blue, -1); // runs although the future is dropped
     EXPECT_TRUE(waitUntil([] { return attributesOf("/pps/services/led/status").value("blue") == "on"; }));
 }
 
-// Connecting never ends by itself here.
+// Connections stay pending.
 class ConnectingTest : public RequestsTest
 {
 protected:
@@ -217,7 +217,7 @@ protected:
         return requests.connectPeer(
             Tv, WiFiDirectIntent::Any, WiFiDirectWpsMethod::PushButtonConfiguration, {});
     }
-    // Both, once they are pending.
+    // Returns both requests once they are pending.
     std::pair<QFuture<RequestResult>, QFuture<RequestResult>> connectBoth()
     {
         const std::pair both(requests.connectProfile("mms"), connectTv());
@@ -228,7 +228,7 @@ protected:
         EXPECT_EQ(outcome(requests.connectProfile("mms")), "NotPossible");
         EXPECT_EQ(outcome(requests.scanPeers()), "Busy");
         EXPECT_FALSE(both.first.isFinished() || both.second.isFinished());
-        return both; // whose threads have seen that by now
+        return both; // their threads have seen the pending state, as the calls above show
     }
     static bool isIdle()
     {
@@ -237,7 +237,7 @@ protected:
     }
 };
 
-TEST_F(ConnectingTest, EndsWithTheOppositeRequestAndWithTheConnection)
+TEST_F(ConnectingTest, EndsWithTheOppositeRequestOrTheConnection)
 {
     auto [profile, peer] = connectBoth();
     CellularDataInterface another("mms");
@@ -248,7 +248,7 @@ TEST_F(ConnectingTest, EndsWithTheOppositeRequestAndWithTheConnection)
     EXPECT_EQ(outcome(peer), "ConnectionFailed");
 
     another.requestDisconnect();
-    for (int i = 0; i < 2; ++i) { // what has failed keeps nobody from the next attempt
+    for (int i = 0; i < 2; ++i) { // a failed attempt does not prevent the next one
         std::tie(profile, peer) = connectBoth();
         sim("data-profile mms drop");
         sim("wifi-direct peer-goes tv");
@@ -258,7 +258,7 @@ TEST_F(ConnectingTest, EndsWithTheOppositeRequestAndWithTheConnection)
     }
 }
 
-TEST_F(ConnectingTest, IsGivenUpWhereItIsCancelled)
+TEST_F(ConnectingTest, EndsIfCancelled)
 {
     auto [profile, peer] = connectBoth();
     profile.cancel();
@@ -266,29 +266,29 @@ TEST_F(ConnectingTest, IsGivenUpWhereItIsCancelled)
     EXPECT_TRUE(waitUntil(isIdle));
 }
 
-TEST_F(ConnectingTest, CancellingIsToldAtOnceAndWhatASilentServiceDoesLaterIsUndone)
+TEST_F(ConnectingTest, CancelsAtOnceAndUndoesWhatASilentServiceDoesLater)
 {
     signalDaemon(SIGSTOP);
-    QFuture<RequestResult> cancelled[] = {
-        requests.connectProfile("mms"), connectTv(), requests.startPeerSession() /* which waits for that */};
+    QFuture<RequestResult> cancelled[] = {requests.connectProfile("mms"), connectTv(),
+        requests.startPeerSession() /* waits for the one before */};
     EXPECT_TRUE(waitUntil([&] { return cancelled[0].progressValue() + cancelled[1].progressValue() == 2; }));
-    int told = 0;
+    int cancellations = 0;
     QObject context;
     for (QFuture<RequestResult> &future : cancelled) {
         future.onCanceled(&context, [&] {
-            ++told;
+            ++cancellations;
             return RequestResult();
         });
         future.cancel();
     }
-    EXPECT_TRUE(waitUntil([&] { return told == 3; }));
+    EXPECT_TRUE(waitUntil([&] { return cancellations == 3; }));
     signalDaemon(SIGCONT);
     EXPECT_EQ(outcome(requests.disconnectProfile("mms")), "NotPossible");
     EXPECT_EQ(outcome(requests.cancelPeer()), "NoRequestToCancel");
     EXPECT_TRUE(isIdle());
 }
 
-// A service that answers, and publishes what the test says.
+// A service that answers; the test publishes the states.
 class ProfileRequestTest : public DeviceTest
 {
 protected:
@@ -309,9 +309,9 @@ TEST_F(ProfileRequestTest, EndsWithTheStateThatFollowsTheAnswer)
 {
     const struct
     {
-        QList<State> states; // after the answer, before which it is idle
+        QList<State> states; // after the answer; idle before it
         const char *outcome;
-        const char *disconnecting; // a connection that has failed is not held any more
+        const char *disconnecting; // a failed connection is no longer held
     } rows[] = {
         {{Connected}, "done", "done"},
         {{Pending, Connected}, "done", "done"},
@@ -336,7 +336,7 @@ TEST_F(ProfileRequestTest, EndsWithTheStateThatFollowsTheAnswer)
     qunsetenv("OZ_GRACE_TIME");
 }
 
-TEST_F(ProfileRequestTest, IsNoObstacleToTheNextOnceTheConnectionHasEndedByItself)
+TEST_F(ProfileRequestTest, ConnectsAgainAfterTheConnectionEnded)
 {
     publish(Connected);
     DeviceRequests requests;

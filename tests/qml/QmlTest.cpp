@@ -1,4 +1,4 @@
-// Every file of tests over the module, each with a private phone.
+// Runs each file of QML tests with a private phone, and the panel and the examples.
 
 #include "services/Services.hpp"
 
@@ -22,16 +22,16 @@ const QByteArray PhoneFile = R"({
     "wifi-direct": {"scan-seconds": 0.2, "connect-seconds": 0.1},
     "miracast": {"scan-seconds": 0.2, "connect-seconds": 0.1}})";
 
-/*! What the tests tell the phone; `phone` in QML. */
+/*! The phone that tests control as `phone` in QML. */
 class Phone : public QObject
 {
     Q_OBJECT
 
 public:
     Phone(const QProcess *daemon, DeviceRoot *root) : m_daemon(daemon), m_root(root) { }
-    /*! What is wrong with telling the phone that; nothing where it is done. */
+    /*! Sends an order; returns why it failed, or an empty text. */
     Q_INVOKABLE QString sim(const QString &line) { return simProblem(line); }
-    /*! Has it play a scenario; what is wrong with that. */
+    /*! Plays a scenario; returns why that failed, or an empty text. */
     Q_INVOKABLE QString play(const QString &text)
     {
         m_root->place("/s.json", text.toUtf8());
@@ -59,7 +59,7 @@ private:
     DeviceRoot *m_root;
 };
 
-// The number of the tests of a file that fail.
+// Runs the tests of a file; returns the number of failures.
 int failures(const QString &name, QObject *setup)
 {
     const QByteArray file = QByteArray(OZ_QML_TESTS "/tst_") + name.toUtf8() + ".qml";
@@ -99,15 +99,15 @@ TEST_P(QmlTest, Passes)
 INSTANTIATE_TEST_SUITE_P(Files, QmlTest, ::testing::ValuesIn(filesWithPhone()),
     [](const auto &file) { return file.param.toStdString(); });
 
-// An example, and a change of the phone which is to be seen in it.
+// An example, and an order whose effect it shows.
 using Example = std::pair<std::string, std::string>;
 
 class PictureTest : public ServicesTest
 {
 protected:
     PictureTest() : ServicesTest(PhoneFile) { }
-    // What the program looks like that takes a picture of itself; what it logs is a failure, but for what
-    // objects are not there.
+    // Runs a program that takes a picture of itself. Any log line is a failure, except those about missing
+    // objects unless isComplete.
     QImage picture(const QString &program, const QStringList &words = {}) const
     {
         QProcess shown;
@@ -121,7 +121,7 @@ protected:
                 << line.toStdString();
         return QImage(file);
     }
-    bool isComplete = true; // every object is there
+    bool isComplete = true; // no object of the tree is missing
 };
 
 class QmlExampleTest : public PictureTest, public ::testing::WithParamInterface<Example>
@@ -201,7 +201,7 @@ TEST(PanelManualTest, HasEveryOption)
     EXPECT_GE(count, 6);
 }
 
-// What a device looks like that nobody simulates, and where no daemon is.
+// A device without a simulated phone, first without a daemon.
 class PanelOfADeviceTest : public PictureTest
 {
 protected:
@@ -213,7 +213,7 @@ protected:
     }
 };
 
-TEST_F(PanelOfADeviceTest, ShowsItAndWhyThereIsNothingToShow)
+TEST_F(PanelOfADeviceTest, ShowsTheDeviceAndWhyAFacilityIsUnknown)
 {
     isComplete = false;
     const QStringList words{"--page", "battery", "--size", "360x640", "--picture"};
@@ -228,7 +228,7 @@ TEST_F(PanelOfADeviceTest, ShowsItAndWhyThereIsNothingToShow)
     EXPECT_EQ(device.size(), without.size());
 }
 
-TEST_F(PictureTest, ThePanelTranslatesWhatTheDaemonSays)
+TEST_F(PictureTest, ThePanelTranslatesTheDaemonsTexts)
 {
     QFile file(OZ_PANEL "/panel_de.ts");
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
@@ -243,7 +243,7 @@ TEST_F(PictureTest, ThePanelTranslatesWhatTheDaemonSays)
     }
 }
 
-TEST_F(PictureTest, ThePanelSpeaksTheLanguageOfThePerson)
+TEST_F(PictureTest, ThePanelUsesTheLanguageOfTheLocale)
 {
     const QStringList words{"--page", "radio", "--size", "360x640", "--picture"};
     const QImage english = picture("ozdevice-panel", words);
@@ -255,7 +255,7 @@ TEST_F(PictureTest, ThePanelSpeaksTheLanguageOfThePerson)
     qunsetenv("LANGUAGE");
 }
 
-// The tool finds no text that is new, none that is gone, and none that is not finished.
+// lupdate changes nothing: no text is new, obsolete or unfinished.
 TEST(PanelTranslationTest, IsComplete)
 {
     const QTemporaryDir own;
@@ -308,18 +308,18 @@ class QmlWithoutPhoneTest : public DeviceTest
 TEST_F(QmlWithoutPhoneTest, EveryValueIsTheOneForUnknown)
 {
     EXPECT_EQ(failures(WithoutPhone, nullptr), 0);
-    log.take(); // which objects are not there
+    log.take(); // names the missing objects
 }
 
 int main(int argc, char **argv)
 {
-    qunsetenv("QT_LOGGING_RULES"); // what is logged is compared
+    qunsetenv("QT_LOGGING_RULES"); // tests compare the log
     qputenv("QT_QPA_PLATFORM", "offscreen");
     qputenv("QT_QUICK_BACKEND", "software");
-    const QTemporaryDir own; // a runtime directory, whose lack Qt warns of
+    const QTemporaryDir own; // Qt warns without a runtime directory
     qputenv("XDG_RUNTIME_DIR", own.path().toLocal8Bit());
     QGuiApplication application(argc, argv);
-    QQuickStyle::setStyle("Fusion"); // as the panel's
+    QQuickStyle::setStyle("Fusion"); // as in the panel
     ::testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -54,7 +54,7 @@ Item {
             waitForRendering(scene);
         }
 
-        // The first visible item in it for which that holds.
+        // The first visible descendant for which `holds` is true.
         function find(item, holds) {
             for (let i = 0; i < item.children.length; ++i) {
                 const child = item.children[i];
@@ -76,7 +76,7 @@ Item {
             return answers.signalArguments[place][1]; // qmllint disable
         }
 
-        function test_aVerbIsTheControlThatTellsThePhone() {
+        function test_controlsSendTheirVerbs() {
             show("battery");
             const plug = find(page, item => item.text === "Plug" && item.clicked); // qmllint disable
             mouseClick(plug);
@@ -88,8 +88,8 @@ Item {
             tryVerify(() => battery.level > 40 && battery.level < 60);
         }
 
-        // It follows whoever changes the phone, and tells nothing itself.
-        function test_aControlShowsWhatThePhoneIsLike_data() {
+        // A control follows changes by others and sends nothing itself.
+        function test_controlsShowTheState_data() {
             return [{
                     "tag": "slider",
                     "page": "battery",
@@ -135,7 +135,7 @@ Item {
                 }];
         }
 
-        function test_aControlShowsWhatThePhoneIsLike(row) {
+        function test_controlsShowTheState(row) {
             show(row.page);
             const shown = named(row.control);
             verify(shown !== null);
@@ -145,7 +145,7 @@ Item {
             compare(answers.count, 0);
         }
 
-        function test_ofManyOrdersTheLastCountsAndTheControlStaysWhereItWasPut() {
+        function test_theLastOfManyOrdersCountsAndTheControlKeepsItsValue() {
             show("battery");
             const level = named("Level");
             level.forceActiveFocus();
@@ -157,12 +157,12 @@ Item {
             tryVerify(() => battery.level === 59);
             verify(answers.count < 9);
             compare(level.value, 59);
-            // Answers come in order: with this one, all have come.
+            // Answers come in order, so all others have come before this one.
             control.tell(["battery", "level", "1000"]);
             tryVerify(() => answers.count > 0 && answers.signalArguments[answers.count - 1][1].includes("from 0 to 100")); // qmllint disable
         }
 
-        function test_whatThePhoneRefusesIsSaidAndTheControlGoesBack() {
+        function test_refusedOrdersAreReportedAndTheControlGoesBack() {
             show("data-profile");
             const which = named("Which one");
             which.currentIndex = which.model.indexOf("mms");
@@ -179,11 +179,11 @@ Item {
             return find(picture, item => item.neighbour?.name === name); // qmllint disable
         }
 
-        function test_somebodyAroundThePhoneIsBroughtIntoRangeAndOut() {
+        function test_neighboursMoveIntoRangeAndOut() {
             show("");
             const speaker = chipOf("speaker");
             verify(!speaker.inRange);
-            // A drag that ends where it began.
+            // A short drag changes nothing.
             mouseDrag(speaker, 20, 20, 30, 4);
             compare(answers.count, 0);
             mouseDrag(speaker, 20, 20, 0, -picture.shelfHeight - 100);
@@ -196,7 +196,7 @@ Item {
             tryCompare(speaker, "inRange", false);
             verify(speaker.activeFocus);
             tryVerify(() => speaker.y > picture.rangeHeight);
-            // By somebody else.
+            // Another client moves one.
             compare(phone.sim("miracast sink-goes tv"), ""); // qmllint disable unqualified
             tryVerify(() => chipOf("tv").y > 0 && control.neighbours.some(each => each.part === "miracast" && each.name === "tv" && !each["in-range"]));
         }

@@ -7,7 +7,7 @@ Item {
     width: 200
     height: 200
 
-    // Something moves all the time.
+    // An animation that always runs.
     Rectangle {
         width: 10
         height: 10
@@ -51,10 +51,10 @@ Item {
         function test_endWithResultAndReason() {
             const request = requests.connectProfile("none");
             compare(request.running, true);
-            let told = 0;
-            request.finished.connect(() => ++told);
+            let signals = 0;
+            request.finished.connect(() => ++signals);
             tryCompare(request, "running", false);
-            compare([told, request.succeeded, request.code, request.reason], [1, false, CellularConnectionRequestResult.InvalidInterface, "InvalidInterface"]);
+            compare([signals, request.succeeded, request.code, request.reason], [1, false, CellularConnectionRequestResult.InvalidInterface, "InvalidInterface"]);
             compare([request.errorNumber, request.errorString], [2, "No such file or directory"]);
         }
 
@@ -97,7 +97,7 @@ Item {
             phone.stall(); // qmllint disable unqualified
             const running = [requests.connectProfile("mms"), requests.scanPeers(), requests.connectSink("02:00:00:00:02:01"), requests.flash(LedColor.Red, 3), requests.vibrate(100)];
             window.afterAnimating.connect(countFrame);
-            // One that waited for an answer would show its next frame after the request's end.
+            // A scene that waited for an answer would render no frame before the request's end.
             tryVerify(() => frames > 50, 20000, frames);
             window.afterAnimating.disconnect(countFrame);
             verify(running[0].running && running[1].running);

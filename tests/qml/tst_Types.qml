@@ -6,10 +6,10 @@ TestCase {
     id: test
     name: "Types"
 
-    property string heard: ""
+    property string noted: ""
 
-    function hear(signal, first, second) {
-        heard += signal + " " + first + (second === undefined ? "" : " " + second) + " ";
+    function note(signal, first, second) {
+        noted += signal + " " + first + (second === undefined ? "" : " " + second) + " ";
     }
 
     function tell(line) {
@@ -18,53 +18,53 @@ TestCase {
 
     BatteryInfo {
         id: battery
-        onLevelChanged: (level, newChargingState) => test.hear("level", level, newChargingState === BatteryChargingState.Charging)
-        onConditionChanged: condition => test.hear("condition", condition === BatteryCondition.Bad)
+        onLevelChanged: (level, newChargingState) => test.note("level", level, newChargingState === BatteryChargingState.Charging)
+        onConditionChanged: condition => test.note("condition", condition === BatteryCondition.Bad)
     }
     CellularDataInterface {
         id: profile
         name: "mms"
-        onConnectionStateChanged: connectionState => test.hear("connection", connectionState === CellularConnectionState.PendingConnect)
+        onConnectionStateChanged: connectionState => test.note("connection", connectionState === CellularConnectionState.PendingConnect)
     }
     CellularNetworkInfo {
         id: network
-        onTechnologyChanged: tech => test.hear("technology", tech === CellularTechnology.Gsm)
-        onServicesChanged: services => test.hear("services", (services & CellularService.DataGprs) !== 0)
+        onTechnologyChanged: tech => test.note("technology", tech === CellularTechnology.Gsm)
+        onServicesChanged: services => test.note("services", (services & CellularService.DataGprs) !== 0)
     }
     CellularRadioInfo {
         id: radio
-        onActiveTechnologiesChanged: technologies => test.hear("active", (technologies & CellularTechnology.Gsm) !== 0)
+        onActiveTechnologiesChanged: technologies => test.note("active", (technologies & CellularTechnology.Gsm) !== 0)
     }
     DeviceInfo {
-        onOrientationChanged: orientation => test.hear("orientation", orientation === DeviceOrientation.LeftUp)
-        onActivityStateChanged: activityState => test.hear("activity", activityState === UserActivityState.Inactive)
+        onOrientationChanged: orientation => test.note("orientation", orientation === DeviceOrientation.LeftUp)
+        onActivityStateChanged: activityState => test.note("activity", activityState === UserActivityState.Inactive)
     }
     DisplayInfo {
         id: display
-        onPixelSizeChanged: pixelSize => test.hear("size", pixelSize.width, pixelSize.height)
+        onPixelSizeChanged: pixelSize => test.note("size", pixelSize.width, pixelSize.height)
     }
     HardwareInfo {
         id: hardware
     }
     Led {
         id: led
-        onColorChanged: value => test.hear("color", value === LedColor.Blue)
+        onColorChanged: value => test.note("color", value === LedColor.Blue)
     }
     MiracastManager {
         id: miracast
-        onScanCompleted: result => test.hear("scan", result === MiracastResult.DeviceNotFound)
-        onConnectCompleted: result => test.hear("connect", result === MiracastResult.Success)
-        onPauseCompleted: result => test.hear("pause", result === MiracastResult.Success)
-        onResumeCompleted: result => test.hear("resume", result === MiracastResult.Success)
-        onDisconnectCompleted: result => test.hear("disconnect", result === MiracastResult.Success)
-        onShutdownCompleted: result => test.hear("shutdown", result === MiracastResult.Success)
-        onDeviceDiscovered: (deviceName, hardwareAddress, category, subCategory) => test.hear("discovered", deviceName, category === MiracastDeviceCategory.Display)
-        onDeviceConnected: (deviceName, hardwareAddress, category, subCategory) => test.hear("connected", deviceName, category === MiracastDeviceCategory.Display)
-        onDeviceTypeChanged: (category, subCategory) => test.hear("type", category === MiracastDeviceCategory.Display)
-        onConnectionStateChanged: state => test.hear("state", state === MiracastConnectionState.Connected)
-        onDisplayStateChanged: state => test.hear("display", state === MiracastDisplayState.Paused)
-        onStopReasonChanged: stopReason => test.hear("reason", stopReason === miracast.stopReason)
-        onStatusChanged: status => test.hear("status", status === miracast.status)
+        onScanCompleted: result => test.note("scan", result === MiracastResult.DeviceNotFound)
+        onConnectCompleted: result => test.note("connect", result === MiracastResult.Success)
+        onPauseCompleted: result => test.note("pause", result === MiracastResult.Success)
+        onResumeCompleted: result => test.note("resume", result === MiracastResult.Success)
+        onDisconnectCompleted: result => test.note("disconnect", result === MiracastResult.Success)
+        onShutdownCompleted: result => test.note("shutdown", result === MiracastResult.Success)
+        onDeviceDiscovered: (deviceName, hardwareAddress, category, subCategory) => test.note("discovered", deviceName, category === MiracastDeviceCategory.Display)
+        onDeviceConnected: (deviceName, hardwareAddress, category, subCategory) => test.note("connected", deviceName, category === MiracastDeviceCategory.Display)
+        onDeviceTypeChanged: (category, subCategory) => test.note("type", category === MiracastDeviceCategory.Display)
+        onConnectionStateChanged: state => test.note("state", state === MiracastConnectionState.Connected)
+        onDisplayStateChanged: state => test.note("display", state === MiracastDisplayState.Paused)
+        onStopReasonChanged: stopReason => test.note("reason", stopReason === miracast.stopReason)
+        onStatusChanged: status => test.note("status", status === miracast.status)
     }
     NetworkDataUsage {
         id: usage
@@ -72,26 +72,26 @@ TestCase {
     }
     SdCardInfo {
         id: card
-        onStateChanged: newState => test.hear("card", newState === SdCardState.Unmounted)
-        onActivityChanged: newActivity => test.hear("does", newActivity === SdCardActivity.Busy)
+        onStateChanged: newState => test.note("card", newState === SdCardState.Unmounted)
+        onActivityChanged: newActivity => test.note("does", newActivity === SdCardActivity.Busy)
     }
     SimCardInfo {
         id: sim
-        onStateChanged: state => test.hear("sim", state === SimCardState.PinRequired)
+        onStateChanged: state => test.note("sim", state === SimCardState.PinRequired)
     }
     VibrationController {
         id: vibrator
     }
     WiFiDirect {
         id: wifi
-        onConnectionStateChanged: connectionState => test.hear("wifi", connectionState === WiFiDirectConnectionState.Connected)
-        onNetworkRoleChanged: networkRole => test.hear("role", networkRole === WiFiDirectRole.Client)
-        onDeviceFound: (name, hardwareAddress, type) => test.hear("found", name, type)
-        onDeviceDiscovered: (name, hardwareAddress, type, secondaryTypes, role) => test.hear("seen", name, type)
-        onDeviceConnected: (name, hardwareAddress, type, ipAddress, intent) => test.hear("joined", name, type)
+        onConnectionStateChanged: connectionState => test.note("wifi", connectionState === WiFiDirectConnectionState.Connected)
+        onNetworkRoleChanged: networkRole => test.note("role", networkRole === WiFiDirectRole.Client)
+        onDeviceFound: (name, hardwareAddress, type) => test.note("found", name, type)
+        onDeviceDiscovered: (name, hardwareAddress, type, secondaryTypes, role) => test.note("seen", name, type)
+        onDeviceConnected: (name, hardwareAddress, type, ipAddress, intent) => test.note("joined", name, type)
     }
 
-    // Declarative, as an application has them.
+    // Bindings as in an application.
     property string text: battery.level + " %"
     property bool charging: battery.chargingState === BatteryChargingState.Charging
     property int strength: network.signalStrength
@@ -100,7 +100,7 @@ TestCase {
 
     function init() {
         failOnWarning(/.?/);
-        heard = "";
+        noted = "";
     }
 
     function test_bindingsFollowThePhone() {
@@ -129,10 +129,10 @@ TestCase {
             return () => tell(line);
         };
         const rows = [];
-        const row = (tag, act, heard) => rows.push({
+        const row = (tag, act, noted) => rows.push({
                     "tag": tag,
                     "act": act,
-                    "heard": heard
+                    "noted": noted
                 });
         row("condition", on("battery condition bad"), ["condition true"]);
         row("charging", on("battery unplug"), ["level 80 false"]);
@@ -161,8 +161,8 @@ TestCase {
 
     function test_handlersGetTheValuesOfTheTypedSignals(row) {
         row.act();
-        for (const each of row.heard)
-            tryVerify(() => heard.includes(each), 5000, "'%1' in '%2'".arg(each).arg(heard));
+        for (const each of row.noted)
+            tryVerify(() => noted.includes(each), 5000, "'%1' in '%2'".arg(each).arg(noted));
     }
 
     function test_holdersNameTheirEnumerators() {
@@ -174,7 +174,7 @@ TestCase {
         compare([BatteryCondition["Bad"], BatteryCondition["Good"]], [2, undefined]);
     }
 
-    function test_whatIsOfARevisionComesWithItsMinorVersion_data() {
+    function test_membersComeWithTheirMinorVersion_data() {
         return [{
                 "tag": "onDeviceDiscovered",
                 "type": "WiFiDirect",
@@ -190,7 +190,7 @@ TestCase {
             }];
     }
 
-    function test_whatIsOfARevisionComesWithItsMinorVersion(row) {
+    function test_membersComeWithTheirMinorVersion(row) {
         for (let minor = 0; minor <= 2; ++minor) {
             let known = true;
             try {

@@ -2,7 +2,7 @@ import QtQuick
 import QtTest
 import oz.device 1.2
 
-// Where nothing is known, each value is the one that is documented for that.
+// Without services, each property has its documented unknown value.
 TestCase {
     id: test
     name: "Unknown"

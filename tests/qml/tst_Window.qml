@@ -2,7 +2,7 @@ import QtQuick
 import QtTest
 import oz.panel
 
-// The whole window: sizes, themes, keys, scenarios.
+// The window: sizes, themes, keys, scenarios.
 Item {
     id: scene
 
@@ -55,7 +55,7 @@ Item {
             return controls().find(item => item.Accessible.name === name || item.text === name) ?? null;
         }
 
-        // "" where it is all in the window, or in what scrolls up and down, and the text is not cut.
+        // Describes what is cut off; empty if the item is visible, if need be by scrolling, with its whole text.
         function faultOf(item) {
             const place = item.mapToItem(window.contentItem, 0, 0);
             if (place.x < -0.5 || place.x + item.width > window.contentItem.width + 0.5)
@@ -69,7 +69,7 @@ Item {
             return place.y + item.height > window.contentItem.height + 0.5 ? "is cut below" : "";
         }
 
-        // Of what is shown now; nothing where all is well.
+        // Describes the first fault of the visible items; empty without one.
         function faults() {
             const all = controls();
             const texts = items(window.contentItem, item => item.wrapMode !== undefined && item.text !== undefined && item.text !== "");
@@ -102,7 +102,7 @@ Item {
             return p.x < q.x + b.width - 1 && q.x < p.x + a.width - 1 && p.y < q.y + b.height - 1 && q.y < p.y + a.height - 1;
         }
 
-        function test_nothingIsCutOrOverlapsAndTheFocusGoesEverywhere_data() {
+        function test_nothingIsCutOrOverlapsAndTabReachesEveryControl_data() {
             const rows = [];
             for (const size of [[360, 640], [320, 480], [640, 480], [820, 600], [1000, 720], [1600, 1000]]) {
                 for (const part of size[0] < 820 ? [0, 1, 2] : [1]) {
@@ -117,7 +117,7 @@ Item {
             return rows;
         }
 
-        function test_nothingIsCutOrOverlapsAndTheFocusGoesEverywhere(row) {
+        function test_nothingIsCutOrOverlapsAndTabReachesEveryControl(row) {
             open({
                     "width": row.width,
                     "height": row.height,
@@ -128,7 +128,7 @@ Item {
                 waitForRendering(window.contentItem);
                 for (const section of items(window.contentItem, item => item.checkable === true && item.flat === true && !item.checked))
                     section.toggle();
-                // Once it has been laid out.
+                // The layout takes a moment.
                 tryVerify(() => faults() === "", 20000, page);
                 compare(faults(), "", page);
                 const all = controls();
@@ -145,8 +145,8 @@ Item {
             }
         }
 
-        // By the rule for text of web pages: at least 4.5 to 1.
-        function test_textsStandOut_data() {
+        // The contrast that accessibility guidelines ask of text: at least 4.5 to 1.
+        function test_textsHaveEnoughContrast_data() {
             return [{
                     "tag": "light",
                     "dark": false
@@ -156,7 +156,7 @@ Item {
                 }];
         }
 
-        function test_textsStandOut(row) {
+        function test_textsHaveEnoughContrast(row) {
             open({
                     "dark": row.dark
                 });
@@ -203,7 +203,7 @@ Item {
             tryVerify(() => text("of 44, playing"));
             named("Stop").clicked();
             tryVerify(() => text("of 44, stopped"));
-            // Somebody else's, which fails.
+            // A scenario of another client, which fails.
             compare(phone.play("{\"steps\": [{\"say\": \"hello\"}, {\"expect\": \"led.active\", \"within\": 0.01}]}"), ""); // qmllint disable unqualified
             tryVerify(() => text("Step 2 of 2, failed"));
             verify(text("hello"));
@@ -211,7 +211,7 @@ Item {
             verify(text("led.active is false"));
         }
 
-        function test_whatThePhoneDoesIsRecorded() {
+        function test_theScenarioPageRecords() {
             open({
                     "page": "scenarios"
                 });
@@ -222,7 +222,7 @@ Item {
             const begin = controls().filter(item => item.text === "Record")[1];
             begin.clicked();
             tryVerify(() => named("End the recording") !== null);
-            // It records from when it says so, or a little later.
+            // The recording may begin a little after the button shows it.
             tryVerify(() => phone.sim("battery level 12") === "" && phone.isRecording(), 10000); // qmllint disable unqualified
             compare(phone.sim("battery level 13"), ""); // qmllint disable unqualified
             begin.clicked();

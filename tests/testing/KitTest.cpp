@@ -7,8 +7,6 @@
 #include <oz/device/VibrationController.hpp>
 #include <oz/testing/Phone.hpp>
 
-#include <QElapsedTimer>
-#include <QFileInfo>
 #include <QTimer>
 
 #include <cmath>
@@ -24,7 +22,7 @@ namespace oz::testing {
 
 namespace {
 
-// What PhoneError a call throws; nothing where it throws none.
+// The text of the PhoneError that a call throws; empty without one.
 std::string errorOf(const std::function<void()> &call)
 {
     try {
@@ -38,10 +36,10 @@ std::string errorOf(const std::function<void()> &call)
 struct Driven
 {
     std::function<void(Phone &)> drive;
-    const char *result; // the condition that holds then; empty for what nobody can see so soon
+    const char *result; // a condition that holds afterwards; empty if nothing visible changes at once
 };
 
-// Every call that drives a phone.
+// Every call of the kit except faults.
 const Driven Calls[] = {
     {[](Phone &p) { p.activity().standby(); }, "activity.state == standby"},
     {[](Phone &p) { p.activity().active(); }, "activity.state == active"},
@@ -142,7 +140,7 @@ const Driven Calls[] = {
     {[](Phone &p) { p.wifiDirect().setSupported(false); }, ""},
 };
 
-// Every fault of services, and the end and start of each.
+// Every fault of the part's service, and its end and start.
 template <typename Part>
 void breakPart(Part part)
 {
@@ -159,7 +157,7 @@ void breakPart(Part part)
     part.startService();
 }
 
-// "PART VERB" of all that the services say a phone can be told, and of what this one was told.
+// "PART VERB" for all verbs that the services know, and for those that this phone was told.
 std::pair<QStringList, QStringList> knownAndTold(const Phone &phone)
 {
     const QVariantMap parts = client::DaemonClient().ask("describe").toMap().value("simulated").toMap();
@@ -180,7 +178,7 @@ std::pair<QStringList, QStringList> knownAndTold(const Phone &phone)
     return {known, told};
 }
 
-TEST(Phone, IsDrivenByATypedCallForEverythingThatItCanBeTold)
+TEST(Phone, HasACallForEveryVerb)
 {
     Phone phone;
     for (const Driven &call : Calls) {
@@ -206,7 +204,7 @@ TEST(Phone, IsDrivenByATypedCallForEverythingThatItCanBeTold)
     EXPECT_EQ(told, known);
 }
 
-TEST(Phone, IsSetUpFromCodeByTheKeysOfItsFile)
+TEST(Phone, IsSetUpByTheKeysOfItsFile)
 {
     PhoneSettings settings;
     settings.set("battery.level", 50).set("battery.level", 7).set("battery.temperature", {});
@@ -220,7 +218,7 @@ TEST(Phone, IsSetUpFromCodeByTheKeysOfItsFile)
     EXPECT_EQ(BatteryInfo().level(), 7);
     EXPECT_EQ(DisplayInfo(3).displayName(), "Dash");
     EXPECT_TRUE(phone.holds("battery.temperature == unknown and simcard.state == pin"));
-    // In the order in which they were set, and with a line each.
+    // In the order of the calls, one line per key.
     EXPECT_LT(settings.text().indexOf("\"zoo\""), settings.text().indexOf("\"attic\""));
     EXPECT_THAT(errorOf([&] {
         const Phone wrong(PhoneSettings().set("led.on-seconds", 1).set("battery.lvel", 7), Phone::Root::Own);
@@ -228,7 +226,7 @@ TEST(Phone, IsSetUpFromCodeByTheKeysOfItsFile)
         HasSubstr("phone.json:6: battery.lvel: unknown key; known here are "));
 }
 
-TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
+TEST(Phone, ReportsWhyACallFails)
 {
     Phone phone;
     EXPECT_THAT(errorOf([&] { phone.battery().setLevel(500); }),
@@ -259,7 +257,7 @@ TEST(Phone, SaysWhatWasWrongWithWhatItWasTold)
     EXPECT_THAT(errorOf([&] { phone.waitFor("led.active"); }), HasSubstr("the phone's services are gone"));
 }
 
-TEST(Phone, ShowsWhatApplicationsDoToIt)
+TEST(Phone, ReportsRequestsOfApplications)
 {
     PhoneSettings settings;
     settings.set("led.on-seconds", 60);
@@ -267,7 +265,7 @@ TEST(Phone, ShowsWhatApplicationsDoToIt)
     Led led(LedColor::Cyan);
     VibrationController vibration;
     EXPECT_EQ(phone.led().lit(), LedColor::None);
-    // An application whose event loop goes on while the test waits.
+    // These run only if waiting runs the event loop.
     QTimer::singleShot(20ms, [&] { led.flash(2); });
     QTimer::singleShot(40ms, [&] { vibration.start(100, 60'000); });
     const PhoneRequest flash = phone.waitForRequest("led.flash", "color == cyan and count == 2");
@@ -287,7 +285,7 @@ TEST(Phone, ShowsWhatApplicationsDoToIt)
     EXPECT_EQ(phone.requests("vibration.run").size(), 1);
     phone.forgetRequests();
     EXPECT_TRUE(phone.requests().isEmpty());
-    for (int i = 0; i < 501; ++i) // more than come in an answer
+    for (int i = 0; i < 501; ++i) // more than fit into one answer
         vibration.start(100, uint(60'000 + i % 100));
     EXPECT_EQ(
         phone.waitForRequests(6, "vibration.run", "duration == 60000").last().values.value("intensity"), 100);
@@ -319,7 +317,7 @@ TEST(Phone, PlaysScenarios)
         EXPECT_THAT(errorOf([&] { phone.play(folder.file("/long.json"), {.speed = speed}); }),
             HasSubstr("the speed is a number from 0.001 to 100000, or max"));
     }
-    // The application comes late, and hears of the first step all the same.
+    // The application starts late and still sees the first step.
     folder.place("/late.json", R"({"steps": ["battery level 9"]})");
     phone.battery().setLevel(50);
     phone.play(folder.file("/late.json"), {.speed = 0, .waitFor = PlayOptions::WaitFor::Open});
@@ -332,7 +330,7 @@ TEST(Phone, PlaysScenarios)
         errorOf([&] { phone.waitUntilPlayed(10s); }), HasSubstr("false; it began without an application"));
 }
 
-TEST(Phone, IsOneOfManyWhichDoNotSeeEachOther)
+TEST(Phone, IsIsolatedFromOtherPhones)
 {
     const QByteArray before = qgetenv("OZ_DEVICE_ROOT");
     {
@@ -349,7 +347,7 @@ TEST(Phone, IsOneOfManyWhichDoNotSeeEachOther)
     EXPECT_EQ(qgetenv("OZ_DEVICE_ROOT"), before);
 }
 
-TEST(Phone, WorksWithoutAnEventLoopAndOutlivesTheThreadThatMadeIt)
+TEST(Phone, NeedsNoEventLoopAndOutlivesItsThread)
 {
     std::unique_ptr<Phone> phone;
     std::string error = "not run";

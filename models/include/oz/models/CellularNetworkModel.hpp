@@ -21,7 +21,7 @@ public:
     ~CellularNetworkModel() override;
 
 protected:
-    /*! For the base. */
+    /*! Implements ObjectModel. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

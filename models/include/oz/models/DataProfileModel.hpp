@@ -12,7 +12,7 @@ namespace oz::models {
  * The cellular data profiles, sorted by name. The roles are the properties of
  * oz::device::CellularDataInterface, with its unknown values; the key is "name".
  *
- * Where the profiles' object cannot be opened at construction, the model stays empty for its life.
+ * If the profiles' object cannot be opened at construction, the model stays empty for its life.
  *
  * Use an instance on the thread that created it.
  */
@@ -26,7 +26,7 @@ public:
     ~DataProfileModel() override;
 
 protected:
-    /*! For the base. */
+    /*! Implements ObjectModel. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

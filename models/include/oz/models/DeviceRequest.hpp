@@ -16,19 +16,19 @@ namespace oz::models {
 class OZ_MODELS_EXPORT DeviceRequest : public QObject
 {
     Q_OBJECT
-    /*! Whether the request is under way; once false, nothing changes any more. */
+    /*! Whether the request is under way. Once this is false, nothing changes any more. */
     Q_PROPERTY(bool running READ isRunning NOTIFY finished FINAL)
-    /*! Whether the request was done; false while it runs, and where it was cancelled. */
+    /*! Whether the request succeeded; false while it runs, and if it was cancelled. */
     Q_PROPERTY(bool succeeded READ hasSucceeded NOTIFY finished FINAL)
-    /*! RequestResult::code; 0 while it runs, and where it was cancelled. */
+    /*! RequestResult::code; 0 while it runs, and if it was cancelled. */
     Q_PROPERTY(int code READ code NOTIFY finished FINAL)
-    /*! RequestResult::reason; empty while it runs, "Cancelled" where it was cancelled. */
+    /*! RequestResult::reason; empty while it runs, "Cancelled" if it was cancelled. */
     Q_PROPERTY(QString reason READ reason NOTIFY finished FINAL)
-    /*! RequestResult::value; empty while it runs, and where the request has none. */
+    /*! RequestResult::value; empty while it runs, and if the request has none. */
     Q_PROPERTY(QString value READ value NOTIFY finished FINAL)
-    /*! RequestResult::errorNumber; 0 while it runs, and where there is none. */
+    /*! RequestResult::errorNumber; 0 while it runs, and without an error. */
     Q_PROPERTY(int errorNumber READ errorNumber NOTIFY finished FINAL)
-    /*! RequestResult::errorString; empty while it runs, and where there is none. */
+    /*! RequestResult::errorString; empty while it runs, and without an error. */
     Q_PROPERTY(QString errorString READ errorString NOTIFY finished FINAL)
 
 public:
@@ -50,11 +50,11 @@ public:
     [[nodiscard]] QFuture<RequestResult> future() const { return m_watcher.future(); }
 
 public Q_SLOTS:
-    /*! Ends the request, and says so at once, whatever its service does. */
+    /*! Ends the request at once, whatever its service does. */
     void cancel();
 
 Q_SIGNALS:
-    /*! The request has ended; told once, from the event loop, or from within cancel(). */
+    /*! The request has ended. Emitted once, by the event loop or within cancel(). */
     void finished();
 
 private:

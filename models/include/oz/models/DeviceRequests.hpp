@@ -13,20 +13,20 @@
 namespace oz::models {
 
 /*!
- * Requests that do not wait: each is a future, and runs on a thread that this object has for its subject, so
- * that a service which is silent holds up nothing but further requests to the same.
+ * Requests that do not wait. Each is a future, and runs on a thread that this object has for its subject, so
+ * that a silent service delays only further requests to the same subject.
  *
- * A future's progress is 1 from when its service is being asked. A cancelled future has no result; it
- * finishes at once, even while its service is silent. A request that had not begun is never sent. One that
- * was sent is undone by the opposite request that is given below, once the service has answered if the
- * request waits for that; a request without an opposite is not undone. Continuations without a context object
- * run on a thread of this object, and delay others while they run.
+ * A future's progress becomes 1 when the request is sent. A cancelled future has no result; it finishes at
+ * once, even while its service is silent. A request that has not begun is then never sent. One that was sent
+ * is undone by the opposite request that is given below, after the service's answer if the request waits for
+ * it; a request without an opposite is not undone. Continuations without a context object run on a thread of
+ * this object, and delay others while they run.
  *
- * Requests of one subject, such as one data profile or the LED, run one after the other where the service's
- * answer is waited for.
+ * Requests of one subject, such as one data profile or the LED, run one after the other if they wait for the
+ * service's answer.
  *
- * Destroying this object ends its data connections and its flashes, without waiting for that; its futures
- * that are not finished are cancelled.
+ * Destroying this object ends its data connections and its flashes without waiting, and cancels its
+ * unfinished futures.
  *
  * Any thread may call it.
  */
@@ -38,7 +38,7 @@ public:
     Q_DISABLE_COPY_MOVE(DeviceRequests)
 
     /*!
-     * CellularDataInterface::requestConnect(): the connection is this object's. Finished when the profile is
+     * CellularDataInterface::requestConnect(). This object owns the connection. Finished when the profile is
      * connected, when it is refused, or when it fails. The reason is "ConnectionFailed" if the profile is
      * disconnected again, or does not begin to connect within oz::graceTime() after the answer. The result is
      * NotPossible while a connection of this object is established or pending. Cancelled, it is disconnected.
@@ -61,22 +61,22 @@ public:
         const QString &wpsPin);
     /*! WiFiDirect::cancelConnectRequest(). */
     [[nodiscard]] QFuture<RequestResult> cancelPeer();
-    /*! WiFiDirect::requestStartSession(); finished when the session is there, with its key as the value.
+    /*! WiFiDirect::requestStartSession(); finished when the session is open, with its key as the value.
      * Cancelled, it is closed again. */
     [[nodiscard]] QFuture<RequestResult> startPeerSession();
-    /*! WiFiDirect::requestStopSession(), of whoever opened it. */
+    /*! WiFiDirect::requestStopSession(), for a session that any client opened. */
     [[nodiscard]] QFuture<RequestResult> stopPeerSession(const QString &key);
-    /*! WiFiDirect::ipAddress(), which is the value; fails with DeviceNotFound where there is none. */
+    /*! WiFiDirect::ipAddress(), which is the value; fails with DeviceNotFound without one. */
     [[nodiscard]] QFuture<RequestResult> peerIpAddress(const QString &hardwareAddress);
 
-    /*! MiracastManager::requestScan(); finished when it is over. What it found, a MiracastSinkModel of its
-     * own scan shows. */
+    /*! MiracastManager::requestScan(); finished when the scan is over. To list what a scan finds, use the
+     * scan of a MiracastSinkModel. */
     [[nodiscard]] QFuture<RequestResult> scanSinks();
 
     /*!
-     * MiracastManager::requestConnect(); finished when the connection is there or has failed. Cancelled, it
-     * is followed by requestDisconnect(). Where the service goes away before it answers, the future goes on
-     * until it is cancelled.
+     * MiracastManager::requestConnect(); finished when the connection is established or has failed.
+     * Cancelled, it is followed by requestDisconnect(). If the service ends before it answers, the future
+     * goes on until it is cancelled.
      */
     [[nodiscard]] QFuture<RequestResult> connectSink(const QString &hardwareAddress, const QString &pin);
     /*! MiracastManager::requestDisconnect(), likewise. */
@@ -85,7 +85,7 @@ public:
     [[nodiscard]] QFuture<RequestResult> pauseSink();
     /*! MiracastManager::requestResume(), likewise. Cancelled, it is followed by requestPause(). */
     [[nodiscard]] QFuture<RequestResult> resumeSink();
-    /*! MiracastManager::requestShutdown(), likewise; nothing takes that back. */
+    /*! MiracastManager::requestShutdown(), likewise; it cannot be undone. */
     [[nodiscard]] QFuture<RequestResult> shutDownMiracast();
 
     /*!
@@ -95,8 +95,8 @@ public:
      */
     QFuture<RequestResult> flash(device::LedColor::Type color, int count);
     /*!
-     * VibrationController::start() for so many \a milliseconds; finished after that time. Cancelled, the
-     * motor stops. Fails at once where the vibrator is not supported. Callers may ignore the future.
+     * VibrationController::start() for this many \a milliseconds; finished after that time. Cancelled, the
+     * motor stops. Fails at once if the vibrator is not supported. Callers may ignore the future.
      */
     QFuture<RequestResult> vibrate(uint milliseconds);
 

@@ -12,9 +12,9 @@ namespace oz::models {
  * The displays, attached or not, in the order of their identifiers. The roles are the properties of
  * oz::device::DisplayInfo, with its unknown values; the key is "displayId".
  *
- * Where the displays' object cannot be opened at construction, the model stays empty for its life.
+ * If the displays' object cannot be opened at construction, the model stays empty for its life.
  *
- * Create and use an instance on one thread, which has an event loop by then.
+ * Create and use an instance on one thread, which must have an event loop.
  */
 class OZ_MODELS_EXPORT DisplayModel : public ObjectModel
 {
@@ -26,7 +26,7 @@ public:
     ~DisplayModel() override;
 
 protected:
-    /*! For the base. */
+    /*! Implements ObjectModel. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

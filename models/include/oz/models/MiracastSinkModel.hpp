@@ -8,20 +8,20 @@
 namespace oz::models {
 
 /*!
- * The wireless displays that the last successful scan of this model's manager has found, and the one that is
- * connected. While a scan runs, those found before stay. Roles:
+ * The wireless displays that the last successful scan of this model's manager found, and the connected one.
+ * During a scan, the results of the last one stay. Roles:
  * - hardwareAddress: the key;
- * - name: whatever text the sink chose;
+ * - name: a text that the sink chose;
  * - category, subCategory: a MiracastDeviceCategory and a MiracastDeviceSubCategory;
- * - connected: whether it is the one that is connected.
+ * - connected: whether it is connected.
  *
  * Use an instance on the thread that created it.
  */
 class OZ_MODELS_EXPORT MiracastSinkModel : public RecordModel
 {
     Q_OBJECT
-    /*! The object that looks for the sinks, for its other properties and its requests: requestScan() fills
-     * the model. */
+    /*! The object that finds the sinks, with further properties and requests: requestScan() fills the model.
+     */
     Q_PROPERTY(oz::device::MiracastManager *manager READ manager CONSTANT FINAL)
 
 public:
@@ -39,8 +39,8 @@ private:
     void update();
 
     device::MiracastManager m_manager;
-    QList<Record> m_sinks; // but for whether one is connected
-    QSet<QString> m_found; // by the scan that is running
+    QList<Record> m_sinks; // without "connected"
+    QSet<QString> m_found; // by the present scan
 };
 
 } // namespace oz::models

@@ -8,15 +8,15 @@ namespace oz::models {
 
 /*!
  * The network interfaces of the system, up or down, in the kernel's order. The roles are the properties of
- * oz::device::NetworkDataUsage; the key is "networkInterfaceName". The kernel tells of no change, so the
- * model is as of the last update().
+ * oz::device::NetworkDataUsage; the key is "networkInterfaceName". The kernel reports no changes, so the
+ * model shows the state at the last update().
  *
  * Use an instance on the thread that created it.
  */
 class OZ_MODELS_EXPORT NetworkInterfaceModel : public ObjectModel
 {
     Q_OBJECT
-    /*! Milliseconds from one update to the next; 0, as at first, for none but those asked for. */
+    /*! Milliseconds between updates; 0, the default, updates only in update(). */
     Q_PROPERTY(int interval READ interval WRITE setInterval NOTIFY intervalChanged FINAL)
 
 public:
@@ -31,7 +31,7 @@ public:
     //!@}
 
 public Q_SLOTS:
-    /*! Takes in which interfaces there are, and their counters. */
+    /*! Reads the interfaces and their counters. */
     void update();
 
 Q_SIGNALS:
@@ -39,7 +39,7 @@ Q_SIGNALS:
     void intervalChanged(int interval);
 
 protected:
-    /*! For the base. */
+    /*! Implements ObjectModel. */
     std::unique_ptr<QObject> makeObject(const QVariant &key) override;
 
 private:

@@ -8,7 +8,7 @@
 namespace oz::models {
 
 /*!
- * A list of objects of one class, an object a row: its roles are the class's properties, which are followed.
+ * A list of objects of one class, one per row. The roles are the class's properties; the model follows them.
  *
  * Use an instance on the thread that created it.
  */
@@ -20,11 +20,11 @@ public:
     ~ObjectModel() override;
 
 protected:
-    /*! \a key is the property that tells the objects apart, \a text the one that users know them by. */
+    /*! \a key is the property that identifies an object, \a text the one that users know it by. */
     ObjectModel(const QMetaObject &type, const QByteArray &key, const QByteArray &text, QObject *parent);
-    /*! Has an object for each of these keys, in this order. */
+    /*! Makes the list have an object for each of these keys, in this order. */
     void setKeys(const QVariantList &keys);
-    /*! An object of the class, for a key that is new. */
+    /*! Creates the object for a new key. */
     [[nodiscard]] virtual std::unique_ptr<QObject> makeObject(const QVariant &key) = 0;
     /*! Calls \a visit with each object. */
     template <typename Visit>
@@ -35,7 +35,7 @@ protected:
     }
 
 private Q_SLOTS:
-    /*! Takes in what the sender tells. */
+    /*! Reads the sender's properties. */
     void refresh();
 
 private:

@@ -10,8 +10,8 @@
 namespace oz::models {
 
 /*!
- * A list of records that are known by a key. What changes is told row by row and role by role: rows are
- * inserted, removed, moved and changed, and the model is never reset. Enumerators are numbers.
+ * A list of records, each with a unique key. The model signals changes row by row and role by role: it
+ * inserts, removes, moves and changes rows, and is never reset. Enumerators are numbers.
  *
  * Use an instance on the thread that created it.
  */
@@ -28,14 +28,14 @@ public:
     [[nodiscard]] int count() const { return int(m_records.size()); }
     /*! The count; a row has no rows. */
     [[nodiscard]] int rowCount(const QModelIndex &parent = {}) const override;
-    /*! Of the roles of roleNames(), and Qt::DisplayRole, which is what a user knows the record by. */
+    /*! The value of a role of roleNames(), or of Qt::DisplayRole: the text that users know the record by. */
     [[nodiscard]] QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     /*! The roles from Qt::UserRole on, by their names in QML; the key is the first. */
     [[nodiscard]] QHash<int, QByteArray> roleNames() const override;
 
-    /*! The row of the record with a key; -1 where there is none. */
+    /*! The row of the record with this key; -1 without one. */
     [[nodiscard]] Q_INVOKABLE int rowOf(const QVariant &key) const;
-    /*! The values of a row by their roles' names; empty where there is no such row. */
+    /*! The values of a row by their roles' names; empty for any other row. */
     [[nodiscard]] Q_INVOKABLE QVariantMap record(int row) const;
 
 Q_SIGNALS:
@@ -46,11 +46,11 @@ protected:
     /*! A value for each role, in the order of the roles. */
     using Record = QVariantList;
 
-    /*! The first role is the key; \a text is the one that users know a record by. */
+    /*! The first role is the key; \a text is the role that users know a record by. */
     RecordModel(QByteArrayList roles, const QByteArray &text, QObject *parent);
-    /*! Becomes these records in this order. Of several with one key, the first counts. */
+    /*! Changes the list to these records in this order. The first of several with the same key counts. */
     void setRecords(const QList<Record> &records);
-    /*! Changes the record with this key; adds it at the end where there is none. */
+    /*! Changes the record with the same key, or appends a new one. */
     void setRecord(const Record &record);
 
 private:

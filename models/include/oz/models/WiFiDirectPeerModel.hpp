@@ -8,21 +8,21 @@ namespace oz::models {
 /*!
  * The Wi-Fi Direct peers that are in sight or connected. Roles:
  * - hardwareAddress: the key;
- * - name: whatever text the peer chose;
- * - deviceType: a WiFiDirectDeviceType; Unknown of one that is connected out of sight;
- * - secondaryTypes, role: WiFiDirectSecondaryDeviceTypes and a WiFiDirectRole, which are told as a peer comes
- * into sight: Unknown of one that was there before the model;
+ * - name: a text that the peer chose;
+ * - deviceType: a WiFiDirectDeviceType; Unknown for a connected peer out of sight;
+ * - secondaryTypes, role: WiFiDirectSecondaryDeviceTypes and a WiFiDirectRole, which the service sends when a
+ * peer comes into sight: Unknown for peers that were in sight before the model existed;
  * - inSight, connected: whether it is in sight, and whether it is connected.
  *
- * Where Wi-Fi Direct is not supported, or its object cannot be opened, at construction, the model stays empty
- * for its life.
+ * If Wi-Fi Direct is not supported at construction, or its object cannot be opened, the model stays empty for
+ * its life.
  *
  * Use an instance on the thread that created it.
  */
 class OZ_MODELS_EXPORT WiFiDirectPeerModel : public RecordModel
 {
     Q_OBJECT
-    /*! The object that tells of the peers, for its other properties and its requests. */
+    /*! The object that follows the peers, with further properties and requests. */
     Q_PROPERTY(oz::device::WiFiDirect *wifiDirect READ wifiDirect CONSTANT FINAL)
 
 public:

@@ -16,65 +16,64 @@
 
 namespace oz::testing {
 
-/*! Something that an application asked of a phone. */
+/*! A request of an application to a phone. */
 struct PhoneRequest
 {
     QString kind; //!< as scenarios call it: "led.flash", "vibration.run", "data-profile.connect", ...
-    QVariantMap values; //!< what it came with: "color" and "count", ...
-    std::chrono::milliseconds at{0}; //!< since the phone started, of the real time
+    QVariantMap values; //!< its values: "color" and "count", ...
+    std::chrono::milliseconds at{0}; //!< real time since the phone started
 };
 
 /*! How a scenario is played. */
 struct PlayOptions
 {
-    /*! What an application does before a scenario begins. */
+    /*! What an application must do before the scenario begins. */
     enum class WaitFor {
         Nothing, //!< it begins at once
         Open, //!< the application opens its first object, or connects to its first control object or device
         Request, //!< the application sends its first message to a control object or device
     };
 
-    double speed = 1; //!< the phone's time to the real one, 0.001 to 100,000; 0: without waiting, as `max`
-    QVariantMap variables = {}; //!< values of the scenario's variables, in the place of its own
-    bool keepGoing = false; //!< past what fails
+    double speed = 1; //!< of the phone's time, 0.001 to 100,000 times the real one; 0 does not wait
+    QVariantMap variables = {}; //!< replace the values of the scenario's variables
+    bool keepGoing = false; //!< after a step that fails
     /*!
-     * What it waits for, counted from the call to play() on. A test that has the application in its own
-     * process needs nothing: it makes the application's objects and then plays, and waiting for what was
-     * opened before would be in vain. A test that starts a program calls play() with WaitFor::Open first, and
-     * starts the program then, which so misses no step.
+     * What the scenario waits for after the call to play(). A test with the application in its own process
+     * needs Nothing: it creates the application's objects, then plays. Objects that were opened before the
+     * call do not count. A test that starts a program calls play() with WaitFor::Open before it starts the
+     * program, so that the program misses no step.
      */
     WaitFor waitFor = WaitFor::Nothing;
-    /*! Of the real time; after that the scenario begins without an application. Up to an hour. */
+    /*! The real time, up to an hour, after which the scenario begins without an application. */
     std::chrono::milliseconds waitLimit = std::chrono::seconds(10);
 };
 
 /*!
- * A whole phone for a test, which nobody else sees: services of its own, under a device root of its own. It
- * starts in milliseconds, and ends with the instance, or with the test's process, even where that is killed.
+ * A private phone for a test, with services and a device root of its own. It starts in milliseconds, and ends
+ * with the instance or with the test's process, even if that is killed.
  *
- * What applications in this process, and in those that it starts, see through the library is this phone. So
- * make it before them, and end it after them. A process has one such phone at a time, and is meant to have no
- * second thread yet when it makes it; with Root::Own there can be as many as wanted, for programs that are
- * started with environment().
+ * Applications in this process, and in processes that it starts, see this phone through the library. Create
+ * it before them and before further threads, and destroy it after them. A process has one such phone at a
+ * time. With Root::Own there can be any number of phones, for programs that are started with environment().
  *
  * The parts of the phone, such as battery(), have a call for every verb of `ozdevice sim`: for a verb that
  * takes the value of a key in the phone's file it is named after the key, as setLevel(); for any other one
  * after the verb, as peerAppears().
  *
- * Waits take a limit of the real time. They run the event loop of the calling thread where it has one, so
- * that applications in it go on meanwhile; without one they work as well. Every call that fails throws
- * PhoneError, as does a wait in vain. An instance and its parts may be used from any thread; making and
- * destroying one with Root::OfProcess changes the environment.
+ * Waits have a limit of real time. They run the event loop of the calling thread, if it has one, so that
+ * applications in it go on meanwhile. A call that fails throws PhoneError, as does a wait that reaches its
+ * limit. Any thread may use an instance and its parts; creating or destroying one with Root::OfProcess
+ * changes the environment.
  */
 class OZ_TESTING_EXPORT Phone : public PhoneParts
 {
 public:
-    /*! Who sees the phone. */
+    /*! Which programs see the phone. */
     enum class Root {
-        OfProcess, //!< this process: it is what OZ_DEVICE_ROOT names for the life of the instance
-        Own, //!< programs that are started with environment(), alone
+        OfProcess, //!< this process: the instance sets OZ_DEVICE_ROOT for its life
+        Own, //!< only programs that are started with environment()
     };
-    /*! How long waits take at most that name no other limit. */
+    /*! The limit of waits that name no other. */
     static constexpr std::chrono::seconds DefaultLimit{5};
 
     /*! Starts a phone, and returns when everything is served. */
@@ -85,32 +84,32 @@ public:
 
     /*! Its device root. */
     [[nodiscard]] QString root() const;
-    /*! This process's environment with the device root, for programs that are to see this phone. */
+    /*! This process's environment with the device root, for programs that should see this phone. */
     [[nodiscard]] QProcessEnvironment environment() const;
-    /*! The process of its services. */
+    /*! The ID of its services' process. */
     [[nodiscard]] qint64 processId() const;
 
-    /*! Tells it in words what `ozdevice sim` would: {"battery", "level", "20"}. */
+    /*! Gives it the words of an order of `ozdevice sim`: {"battery", "level", "20"}. */
     void tell(const QStringList &words);
-    /*! What it was told since it started, in words and in order. */
+    /*! All orders since it started, in words, oldest first. */
     [[nodiscard]] QStringList orders() const;
 
     /*!
-     * What is published under a name that scenarios' conditions have: "battery.level", "miracast.sinks". A
-     * number, text, list, or true or false; invalid where it is not known. docs/scenarios.md lists the names.
+     * The published value that conditions of scenarios call by this name: "battery.level", "miracast.sinks".
+     * A number, text, list, or true or false; invalid if it is unknown. docs/scenarios.md lists the names.
      */
     [[nodiscard]] QVariant value(const QString &name) const;
-    /*! Whether a condition of scenarios holds now: "led.active and led.color == red". */
+    /*! Whether a condition, as scenarios have it, holds now: "led.active and led.color == red". */
     [[nodiscard]] bool holds(const QString &condition) const;
     /*! Waits until a condition holds. */
     void waitFor(const QString &condition, std::chrono::milliseconds limit = DefaultLimit) const;
 
-    /*! What applications asked of the phone since it started, or since forgetRequests(): up to 10,000, of all
+    /*! The requests of applications since the phone started, or since forgetRequests(): up to 10,000, of all
      * kinds or of one. */
     [[nodiscard]] QList<PhoneRequest> requests(const QString &kind = {}) const;
     /*!
-     * Waits until applications have sent so many requests of a kind, those before the call included; \a with
-     * says what they are to come with, as in scenarios: "color == red and count == 2". Gives the requests.
+     * Waits until applications have sent \a count requests of a kind, including those before the call, and
+     * returns them. \a with is a condition on their values, as in scenarios: "color == red and count == 2".
      */
     QList<PhoneRequest> waitForRequests(int count, const QString &kind, const QString &with = {},
         std::chrono::milliseconds limit = DefaultLimit) const;
@@ -120,20 +119,20 @@ public:
     {
         return waitForRequests(1, kind, with, limit).first();
     }
-    /*! Lets requests count from now on. */
+    /*! Ignores all requests so far. */
     void forgetRequests();
 
-    /*! Begins to play the scenario in \a file, all of which is checked before. One is played at a time. It
-     * returns at once, also where the scenario waits for an application. */
+    /*! Checks the whole scenario in \a file and begins to play it. One scenario plays at a time. Returns at
+     * once, even if the scenario waits for an application. */
     void play(const QString &file, const PlayOptions &options = {});
-    /*! Whether a scenario plays, or waits for an application to do so. */
+    /*! Whether a scenario plays, or waits for an application. */
     [[nodiscard]] bool isPlaying() const;
-    /*! Waits until the scenario has been played; throws with the first step that failed, where one did. */
+    /*! Waits until the scenario has been played; if a step failed, throws an error that names the first. */
     void waitUntilPlayed(std::chrono::milliseconds limit) const;
-    /*! Ends the scenario that plays. */
+    /*! Ends the scenario. */
     void stopPlaying();
 
-    /*! What the phone's services have logged. */
+    /*! The log of the phone's services. */
     [[nodiscard]] QString log() const;
 
 private:

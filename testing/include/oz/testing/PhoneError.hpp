@@ -9,8 +9,8 @@
 namespace oz::testing {
 
 /*!
- * Why a test's phone could not do what it was told, or did not become what a test waited for. Every call of
- * the kit that fails throws it: what() names what was asked, of which phone, and why it failed.
+ * The error that every failing call of the kit throws, also when a wait reaches its limit. what() names the
+ * call, the phone, and the reason.
  */
 class OZ_TESTING_EXPORT PhoneError : public std::runtime_error
 {
