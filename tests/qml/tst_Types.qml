@@ -34,6 +34,7 @@ TestCase {
     CellularRadioInfo {
         id: radio
         onActiveTechnologiesChanged: technologies => test.note("active", (technologies & CellularTechnology.Gsm) !== 0)
+        onDataEnabledChanged: dataEnabled => test.note("data", dataEnabled)
     }
     DeviceInfo {
         onOrientationChanged: orientation => test.note("orientation", orientation === DeviceOrientation.LeftUp)
@@ -136,6 +137,8 @@ TestCase {
                 });
         row("condition", on("battery condition bad"), ["condition true"]);
         row("charging", on("battery unplug"), ["level 80 false"]);
+        row("no data", on("radio data off"), ["data false"]);
+        row("data", on("radio data on"), ["data true"]);
         row("technology", on("cellular-network home-gsm serve"), ["active true", "technology true", "services true"]);
         row("orientation", on("orientation left-up"), ["orientation true"]);
         row("activity", on("activity standby"), ["activity true"]);
@@ -182,6 +185,10 @@ TestCase {
             }, {
                 "tag": "onActivityStateChanged",
                 "type": "DeviceInfo",
+                "since": 1
+            }, {
+                "tag": "onDataEnabledChanged",
+                "type": "CellularRadioInfo",
                 "since": 1
             }, {
                 "tag": "onOrientationValidChanged",
