@@ -137,7 +137,7 @@ public:
     }
     bool EndArray(rapidjson::SizeType)
     {
-        QVariant list = std::move(m_levels.back().list);
+        QVariant list = m_levels.back().list;
         m_levels.pop_back();
         return add(std::move(list));
     }
