@@ -99,10 +99,8 @@ void NetworkManagerProfiles::readSettings(const QString &path)
         [this, path](const QDBusMessage &answer) {
             m_asked.remove(path);
             // One that another user may not read is not for the applications of this one.
-            m_settings.insert(path,
-                answer.type() == QDBusMessage::ReplyMessage
-                    ? qdbus_cast<Settings>(answer.arguments().value(0))
-                    : Settings());
+            m_settings.insert(
+                path, !isError(answer) ? qdbus_cast<Settings>(answer.arguments().value(0)) : Settings());
             if (objects().isComplete())
                 readState();
         });
@@ -286,7 +284,7 @@ void NetworkManagerProfiles::connectProfile(const QString &profile, const Done &
     service().call(ManagerPath, Name, QStringLiteral("ActivateConnection"),
         {QVariant::fromValue(QDBusObjectPath(connection)), anything, anything}, this,
         [this, profile, connection, done](const QDBusMessage &answer) {
-            if (answer.type() != QDBusMessage::ReplyMessage)
+            if (isError(answer))
                 return done({errorOf(answer), problemOf(answer), {}});
             beginAttempt(connection, answer.arguments().value(0).value<QDBusObjectPath>().path());
             done({0, {}, addUser(profile)});
@@ -305,7 +303,7 @@ void NetworkManagerProfiles::disconnectProfile(
         return done({});
     service().call(ManagerPath, Name, QStringLiteral("DeactivateConnection"),
         {QVariant::fromValue(QDBusObjectPath(active))}, this, [done](const QDBusMessage &answer) {
-            if (answer.type() == QDBusMessage::ReplyMessage)
+            if (!isError(answer))
                 done({});
             else
                 done({errorOf(answer), problemOf(answer), {}});

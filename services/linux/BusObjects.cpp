@@ -14,13 +14,7 @@ using namespace std::chrono_literals;
 // Between attempts to be answered.
 constexpr auto Pause = 2s;
 
-const QString PropertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
 const QString ManagerInterface = QStringLiteral("org.freedesktop.DBus.ObjectManager");
-
-bool isError(const QDBusMessage &message)
-{
-    return message.type() == QDBusMessage::ErrorMessage;
-}
 
 } // namespace
 

@@ -121,8 +121,10 @@ void BusService::onConnected()
     connect(m_watcher.get(), &QDBusServiceWatcher::serviceOwnerChanged, this,
         [this](const QString &, const QString &, const QString &owner) { onOwner(owner); });
     callBus(QStringLiteral("GetNameOwner"), {m_name}, [this](const QDBusMessage &answer) {
-        if (answer.type() == QDBusMessage::ReplyMessage)
+        if (!isError(answer))
             onOwner(answer.arguments().value(0).toString());
+        else if (m_life == NeverStarted)
+            setAbsent(notThere());
         else
             askToStart();
     });
@@ -153,17 +155,22 @@ void BusService::askToStart()
     if (!m_bus->connection() || !m_owner.isEmpty())
         return;
     callBus(QStringLiteral("StartServiceByName"), {m_name, 0U}, [this](const QDBusMessage &answer) {
-        if (answer.type() == QDBusMessage::ReplyMessage)
+        if (!isError(answer))
             return; // its owner is told
         QString reason = m_name + QLatin1String(" cannot be started: ") + problemOf(answer);
         if (QDBusError(answer).type() == QDBusError::ServiceUnknown) {
             // Whoever starts it then is told by the bus.
-            reason = m_name + QLatin1String(" is not on the system bus; install or start ") + m_package;
+            reason = notThere();
         } else {
             m_startAgain.startLater();
         }
         setAbsent(reason);
     });
+}
+
+QString BusService::notThere() const
+{
+    return m_name + QLatin1String(" is not on the system bus; install or start ") + m_package;
 }
 
 void BusService::setAbsent(const QString &reason)

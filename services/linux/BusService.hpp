@@ -14,6 +14,8 @@
 
 namespace oz::services {
 
+inline const QString PropertiesInterface = QStringLiteral("org.freedesktop.DBus.Properties");
+
 /*!
  * A service of the system bus: whether it is there, and calls to it, for whose answers nobody waits. Where it
  * is not running it is asked for, as far as the bus starts it.
@@ -26,6 +28,7 @@ public:
     enum Life {
         Lasting, //!< it is asked for again where it ends
         EndsWhenIdle, //!< which is no reason to start it again
+        NeverStarted, //!< it is there or not, as the system has it
     };
 
     /*! By the \a name that it has on the bus, and by the Debian \a package that brings it. */
@@ -79,6 +82,7 @@ private:
     void onOwner(const QString &owner);
     void askToStart();
     void setAbsent(const QString &reason);
+    [[nodiscard]] QString notThere() const;
     void callBus(const QString &method, const QVariantList &arguments, const Answered &answered);
 
     std::shared_ptr<SystemBus> m_bus;
@@ -96,6 +100,11 @@ private:
 void callOnBus(const QDBusConnection &connection, const QDBusMessage &message, QObject *context,
     const BusService::Answered &done);
 
+/*! True if the service has refused a call, or has not answered it. */
+[[nodiscard]] inline bool isError(const QDBusMessage &answer)
+{
+    return answer.type() != QDBusMessage::ReplyMessage;
+}
 /*! The text of an error message of the bus. */
 [[nodiscard]] QString problemOf(const QDBusMessage &error);
 

@@ -1,7 +1,6 @@
 #include "wifi-direct/SimulatedWiFiDirect.hpp"
 
 #include <QDateTime>
-#include <QUuid>
 
 #include <cerrno>
 
@@ -23,7 +22,6 @@ constexpr int LastHost = 254;
 const QString SavedGroup = QStringLiteral("group");
 const QString SavedOwner = QStringLiteral("owner");
 const QString SavedClient = QStringLiteral("client");
-constexpr int MaxSessions = 1000; // so that clients which never stop theirs cost no more than this
 
 QString ipOf(int host)
 {
@@ -137,22 +135,16 @@ void SimulatedWiFiDirect::cancelConnect(const Done &done)
 
 void SimulatedWiFiDirect::startSession(const Done &done)
 {
-    if (!m_group)
-        return done({ENONET, QStringLiteral("there is no connection"), {}});
-    if (m_sessions.size() >= MaxSessions)
-        return done({EMFILE, QStringLiteral("there are too many sessions"), {}});
-    const QString key = QUuid::createUuid().toString(QUuid::WithoutBraces);
-    m_sessions.insert(key);
+    const Outcome started = m_sessions.start(m_group.has_value());
     save();
-    return done({0, {}, key});
+    done(started);
 }
 
 void SimulatedWiFiDirect::stopSession(const QString &key, const Done &done)
 {
-    if (!m_group)
-        return done({ENONET, QStringLiteral("there is no connection"), {}});
-    if (!m_sessions.remove(key))
-        return done({EINVAL, QStringLiteral("there is no such session"), {}});
+    const Outcome stopped = m_sessions.stop(m_group.has_value(), key);
+    if (stopped.error)
+        return done(stopped);
     if (m_sessions.isEmpty())
         endGroup();
     tell();
@@ -322,10 +314,8 @@ QVariantMap SimulatedWiFiDirect::saved()
         members.append(QVariantMap{{QStringLiteral("key"), member.key}, {QStringLiteral("host"), member.host},
             {QStringLiteral("owner"), member.role == Role::GroupOwner}});
     }
-    QStringList sessions(m_sessions.cbegin(), m_sessions.cend());
-    sessions.sort();
     saved.insert({{Peers, m_peers.saved()}, {QStringLiteral("visible"), m_visible},
-        {QStringLiteral("members"), members}, {QStringLiteral("sessions"), sessions}});
+        {QStringLiteral("members"), members}, {QStringLiteral("sessions"), m_sessions.keys()}});
     if (m_group)
         saved.insert(SavedGroup, m_group->role == Role::GroupOwner ? SavedOwner : SavedClient);
     if (m_lastDiscovery)
@@ -371,8 +361,7 @@ void SimulatedWiFiDirect::restoreGroup(const QVariantMap &saved)
         m_members.clear();
         return;
     }
-    const QStringList sessions = saved.value(QStringLiteral("sessions")).toStringList();
-    m_sessions = QSet<QString>(sessions.cbegin(), sessions.cend());
+    m_sessions.restore(saved.value(QStringLiteral("sessions")).toStringList());
 }
 
 } // namespace oz::services

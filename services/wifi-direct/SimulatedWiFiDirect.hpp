@@ -1,9 +1,8 @@
 #pragma once
 
 #include "phone/Surroundings.hpp"
+#include "wifi-direct/WiFiDirectSessions.hpp"
 #include "wifi-direct/WiFiDirectState.hpp"
-
-#include <QSet>
 
 namespace oz::services {
 
@@ -118,7 +117,7 @@ private:
     ConnectRequest m_request; // while connecting
     std::optional<Group> m_group;
     QList<Member> m_members;
-    QSet<QString> m_sessions; // their keys
+    WiFiDirectSessions m_sessions;
 };
 
 } // namespace oz::services

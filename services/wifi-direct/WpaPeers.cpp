@@ -1,0 +1,224 @@
+#include "wifi-direct/WpaPeers.hpp"
+
+#include <QDBusArgument>
+
+#include <algorithm>
+#include <optional>
+
+namespace oz::services {
+
+namespace {
+
+constexpr int OwnsGroup = 1; // of the group capabilities
+constexpr qsizetype AddressSize = 6; // bytes
+
+QString addressText(const QByteArray &bytes)
+{
+    return QString::fromLatin1(bytes.toHex(':'));
+}
+
+// "7-0050F204-1", of the eight bytes of a primary device type; empty for others.
+QString typeText(const QByteArray &type)
+{
+    if (type.size() != 8)
+        return {};
+    const auto number = [&](qsizetype at) {
+        return QString::number(quint8(type[at]) << 8 | quint8(type[at + 1]));
+    };
+    return number(0) + u'-' + QString::fromLatin1(type.mid(2, 4).toHex().toUpper()) + u'-' + number(6);
+}
+
+QStringList pathsIn(const QVariant &value)
+{
+    QStringList paths;
+    for (const QDBusObjectPath &path : qdbus_cast<QList<QDBusObjectPath>>(value))
+        paths.append(path.path());
+    return paths;
+}
+
+// The name of the group that a device owns: of the network heard last in which the device says so, as groups
+// that it had before may still be listed.
+QString groupName(const QString &owner, const QList<QVariantMap> &networks)
+{
+    const QByteArray device = QByteArray::fromHex(owner.toLatin1());
+    QString newest = QStringLiteral("");
+    std::optional<uint> youngest;
+    for (const QVariantMap &network : networks) {
+        const QByteArray name = network.value(QStringLiteral("SSID")).toByteArray();
+        const uint age = network.value(QStringLiteral("Age")).toUInt();
+        if (!name.startsWith("DIRECT-") || (youngest && age >= *youngest)
+            || !network.value(QStringLiteral("IEs")).toByteArray().contains(device))
+            continue;
+        youngest = age;
+        newest = QString::fromUtf8(name);
+    }
+    return newest;
+}
+
+} // namespace
+
+WpaPeers::WpaPeers(WpaSupplicant &supplicant) : m_supplicant(supplicant)
+{
+    const auto hear = [this](const char *signal, void (WpaPeers::*act)(const QString &object)) {
+        m_supplicant.hear(
+            {}, Wpa::P2p, QLatin1String(signal), this, [this, act](const QDBusMessage &message) {
+                if (message.path() == m_supplicant.radio())
+                    (this->*act)(pathOf(message.arguments().value(0)));
+            });
+    };
+    hear("DeviceFound", &WpaPeers::onFound);
+    hear("DeviceLost", &WpaPeers::onLost);
+}
+
+QList<WpaPeers::Peer> WpaPeers::inSight() const
+{
+    QList<Peer> peers;
+    for (const Known &known : m_known)
+        peers.append(known.peer);
+    return peers;
+}
+
+const WpaPeers::Peer *WpaPeers::find(const QString &address) const
+{
+    const qsizetype index = indexOf(address);
+    return index < 0 ? nullptr : &m_known[index].peer;
+}
+
+bool WpaPeers::isReachable(const QString &address) const
+{
+    const qsizetype index = indexOf(address);
+    return index >= 0 && m_known[index].isReachable;
+}
+
+bool WpaPeers::ownsGroup(const QString &address) const
+{
+    const qsizetype index = indexOf(address);
+    return index >= 0 && m_known[index].ownsGroup;
+}
+
+QString WpaPeers::objectOf(const QString &address) const
+{
+    return m_supplicant.radio() + QLatin1String("/Peers/") + address.toLower().remove(u':');
+}
+
+QString WpaPeers::addressIn(const QString &object)
+{
+    const QByteArray bytes = QByteArray::fromHex(object.section(u'/', -1).toLatin1());
+    return bytes.size() == AddressSize ? addressText(bytes) : QString();
+}
+
+qsizetype WpaPeers::indexOf(const QString &address) const
+{
+    const auto found = std::find_if(m_known.cbegin(), m_known.cend(),
+        [&](const Known &known) { return known.peer.address.compare(address, Qt::CaseInsensitive) == 0; });
+    return found == m_known.cend() ? -1 : found - m_known.cbegin();
+}
+
+void WpaPeers::readAll(const std::function<void()> &done)
+{
+    m_supplicant.read(
+        {{m_supplicant.radio(), Wpa::P2p}}, this, [this, done](const QList<QVariantMap> &radio) {
+            readPeers(pathsIn(radio[0].value(QStringLiteral("Peers"))), done);
+        });
+}
+
+// Applications are told once of a peer that comes into sight, so the name of a group that it owns has to be
+// known by then.
+void WpaPeers::readPeers(const QStringList &objects, const std::function<void()> &done)
+{
+    QList<WpaSupplicant::Part> parts{{m_supplicant.radio(), Wpa::Interface}};
+    for (const QString &object : objects)
+        parts.append({object, Wpa::Peer});
+    m_supplicant.read(parts, this, [this, objects, done](const QList<QVariantMap> &all) {
+        QList<Known> peers;
+        for (qsizetype i = 0; i < objects.size(); ++i) {
+            const auto peer = knownOf(objects[i], all[i + 1]);
+            if (peer && objects[i].startsWith(m_supplicant.radio() + u'/'))
+                peers.append(*peer);
+        }
+        QList<WpaSupplicant::Part> networks;
+        if (std::any_of(peers.cbegin(), peers.cend(), [](const Known &peer) { return peer.ownsGroup; })) {
+            for (const QString &network : pathsIn(all[0].value(QStringLiteral("BSSs"))))
+                networks.append({network, Wpa::Bss});
+        }
+        m_supplicant.read(networks, this, [this, peers, done](const QList<QVariantMap> &properties) {
+            take(peers, properties);
+            done();
+        });
+    });
+}
+
+std::optional<WpaPeers::Known> WpaPeers::knownOf(const QString &object, const QVariantMap &properties)
+{
+    Known known;
+    known.peer.address = addressIn(object);
+    if (known.peer.address.isEmpty() || properties.isEmpty())
+        return std::nullopt;
+    known.peer.name = properties.value(QStringLiteral("DeviceName")).toString();
+    known.peer.type = typeText(properties.value(QStringLiteral("PrimaryDeviceType")).toByteArray());
+    if (const QByteArray elements = properties.value(QStringLiteral("IEs")).toByteArray();
+        !elements.isEmpty())
+        known.peer.displayInfo = QString::fromLatin1(elements.toHex());
+    known.ownsGroup = properties.value(QStringLiteral("groupcapability")).toInt() & OwnsGroup;
+    return known;
+}
+
+void WpaPeers::take(const QList<Known> &peers, const QList<QVariantMap> &networks)
+{
+    if (m_supplicant.radio().isEmpty())
+        return; // it has gone meanwhile
+    for (Known known : peers) {
+        if (known.ownsGroup)
+            known.peer.ssid = groupName(known.peer.address, networks);
+        if (const qsizetype index = indexOf(known.peer.address); index >= 0)
+            m_known[index] = known;
+        else
+            m_known.append(known);
+    }
+    if (peers.isEmpty())
+        return;
+    Q_EMIT changed();
+    for (const Known &known : peers)
+        Q_EMIT found(known.peer.address);
+}
+
+void WpaPeers::onFound(const QString &object)
+{
+    readPeers({object}, [] {});
+}
+
+void WpaPeers::onLost(const QString &object)
+{
+    const qsizetype index = indexOf(addressIn(object));
+    if (index < 0)
+        return;
+    m_known[index].isReachable = false;
+    if (m_isScanning)
+        dropUnreachable();
+}
+
+void WpaPeers::dropUnreachable()
+{
+    if (m_known.removeIf([](const Known &known) { return !known.isReachable; }) > 0)
+        Q_EMIT changed();
+}
+
+void WpaPeers::setUnreachable()
+{
+    for (Known &known : m_known)
+        known.isReachable = false;
+}
+
+void WpaPeers::clear()
+{
+    setUnreachable();
+    dropUnreachable();
+}
+
+void WpaPeers::setScanning(bool scanning)
+{
+    if (std::exchange(m_isScanning, scanning) && !scanning)
+        dropUnreachable();
+}
+
+} // namespace oz::services

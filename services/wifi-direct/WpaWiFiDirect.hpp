@@ -1,0 +1,65 @@
+#pragma once
+
+#include "publishing/StateStore.hpp"
+#include "wifi-direct/NetworkManagerP2p.hpp"
+#include "wifi-direct/WiFiDirectSessions.hpp"
+#include "wifi-direct/WpaGroup.hpp"
+#include "wifi-direct/WpaPeers.hpp"
+
+namespace oz::services {
+
+/*!
+ * Wi-Fi Direct of a real radio, by wpa_supplicant. After a restart of wpa_supplicant, which forgets
+ * everything, the peers of before stay for the grace time, in which they are looked for; a group of before is
+ * gone at once. Where NetworkManager owns the radio, connections are its own.
+ */
+class WpaWiFiDirect final : public WiFiDirectSource
+{
+public:
+    WpaWiFiDirect(
+        std::shared_ptr<SystemBus> bus, std::shared_ptr<WpaSupplicant> supplicant, StateStore &store);
+
+    void scan(const Done &done) override;
+    void connectPeer(const ConnectRequest &request, const Done &done) override;
+    void cancelConnect(const Done &done) override;
+    void startSession(const Done &done) override;
+    void stopSession(const QString &key, const Done &done) override;
+    void ipAddress(const QString &address, const Done &done) override;
+
+private:
+    void onRadio();
+    void onEnabled();
+    void findAgain();
+    void onGroup();
+    void onGroupEnded();
+    void onFound(const QString &address);
+    void beginSearch(const char *kind, std::chrono::seconds time, const WpaSupplicant::Answered &answered);
+    void beginConnecting(const Done &done);
+    void endGroup(const WpaSupplicant::Answered &done);
+    void endScan();
+    void endConnecting();
+    void noteDiscovery();
+    void tell();
+    void updateRemark();
+    void saveSessions();
+    [[nodiscard]] QString sessionGroup() const;
+    [[nodiscard]] Outcome obstacle() const;
+
+    std::shared_ptr<WpaSupplicant> m_supplicant;
+    StateStore &m_store;
+    NetworkManagerP2p m_manager;
+    NetworkdLeases m_leases;
+    WpaPeers m_peers;
+    WpaGroup m_group;
+    bool m_isReading = false; // what a radio that has come knows
+    QTimer m_scan; // until wpa_supplicant should have said that it is over
+    std::optional<qint64> m_lastDiscovery;
+    std::optional<ConnectRequest> m_request; // while connecting
+    bool m_isSearching = false; // for the peer of the request
+    QTimer m_connectLimit;
+    QTimer m_refusal; // of a group whose forming was cancelled too late
+    QTimer m_grace; // for the peers of before a restart
+    WiFiDirectSessions m_sessions;
+};
+
+} // namespace oz::services
