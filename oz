@@ -11,6 +11,8 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENT...]
   demo      builds what it shows, starts a simulated phone of its own and shows all of it, live, for half a minute; with
             --real, what this machine has: what feeds each facility, what it says, and what changes for a while
   test      builds and runs every test; further arguments go to ctest (-R NAME, --rerun-failed, ...)
+  radios    runs the tests that need Wi-Fi radios, in a virtual machine with simulated ones, whose kernel it fetches the
+            first time; further arguments go to ctest
   build     builds everything, the tests too
   run       builds and runs the ozdevice command with the arguments
   fresh     runs verbs in a minimal Debian that has nothing else, on a clone of HEAD (as root): by default demo, then
@@ -72,6 +74,13 @@ case $verb in
         build "$preset"
         say "testing ($preset)"
         exec scripts/test "build/$preset" "$@" ;;
+    radios)
+        need "${product_packages[@]}" "${radio_packages[@]}"
+        scripts/fetch-kernel
+        configure "$preset" -DOZ_BUILD_TESTS=ON
+        build "$preset" ozdevice_command
+        say "testing among simulated radios ($preset)"
+        exec scripts/test "build/$preset" --label-regex '^radios$' "$@" ;;
     build)
         need "${product_packages[@]}" "${test_packages[@]}"
         configure "$preset"
@@ -120,7 +129,8 @@ case $verb in
         build release
         exec cmake --install build/release "$@" ;;
     setup)
-        need "${product_packages[@]}" "${test_packages[@]}" "${bench_packages[@]}" "${fuzz_packages[@]}" \
+        need "${product_packages[@]}" "${test_packages[@]}" "${radio_packages[@]}" "${bench_packages[@]}" \
+            "${fuzz_packages[@]}" \
             "${lint_packages[@]}" "${docs_packages[@]}" "${abi_packages[@]}" "${package_packages[@]}" \
             "${clean_system_packages[@]}" "${picture_packages[@]}" "${coverage_packages[@]}" ;;
     clean)

@@ -24,6 +24,10 @@ test_packages=(
     systemd e2fsprogs network-manager procps python3-pytest
     "${qml_packages[@]}"
 )
+# The virtual machine with simulated radios, and what runs in it.
+radio_packages=(
+    qemu-system-x86 busybox-static xz-utils udev iw rfkill wpasupplicant python3 "${test_packages[@]}"
+)
 # The benchmarks build the rigs of the tests.
 bench_packages=(libbenchmark-dev "${test_packages[@]}")
 fuzz_packages=(clang libclang-rt-dev)
