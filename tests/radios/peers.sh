@@ -54,7 +54,7 @@ wpa_tell() {
 peer_run() { ip netns exec "peer$1" "${@:2}"; }
 
 # peer_heard NUMBER PATTERN: whether it logged such a line since the last peer_mark.
-peer_heard() { tail -c "+$(($(cat "$state/peer$1/mark") + 1))" "$state/peer$1/log" | grep -Eq -- "$2"; }
+peer_heard() { grep_after "$(cat "$state/peer$1/mark")" "$2" "$state/peer$1/log"; }
 peer_mark() { stat -c %s "$state/peer$1/log" >"$state/peer$1/mark"; }
 
 # peer_listens NUMBER: others find it. peer_looks NUMBER: it looks for others, who find it, too.
@@ -202,6 +202,7 @@ peer_lease() {
     echo $! >"$folder/lease"
 }
 
+mkdir -p "$state"
 cat >"$state/take-lease" <<'SCRIPT'
 #!/bin/sh
 case $1 in

@@ -2,7 +2,6 @@
 # shellcheck shell=bash
 
 state=/run/radios
-mkdir -p "$state"
 
 # await SECONDS COMMAND [ARGUMENT...]: waits until the command succeeds, and fails if it does not in time.
 await() {
@@ -29,6 +28,10 @@ eventually() {
 }
 
 fails() { ! "$@"; }
+
+# grep_after SIZE PATTERN FILE: whether a line matches that the file got after it had this size. Reads to the end, since
+# tail would fail of a broken pipe.
+grep_after() { tail -c "+$(($1 + 1))" "$3" | grep -E -- "$2" >/dev/null; }
 
 # skip REASON: ends a scenario that does not apply here.
 skip() { echo "$1" >&5; exit 77; }
@@ -86,10 +89,9 @@ run_scenarios() {
     fi
 }
 
-# in_machine SECONDS SCRIPT [ARGUMENT...]: runs the script in the machine, unless this is the machine.
+# in_machine SECONDS [OPTION...] -- SCRIPT [ARGUMENT...]: runs the script in the machine, with these options of it, unless
+# this is the machine.
 in_machine() {
-    local limit=$1
-    shift
     [ ! -d /run/machine ] || return 0
-    exec "$(dirname "${BASH_SOURCE[0]}")/machine" -t "$limit" -- "$@"
+    exec "$(dirname "${BASH_SOURCE[0]}")/machine" -t "$@"
 }
