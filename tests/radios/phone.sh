@@ -51,8 +51,8 @@ record_bus() {
     eventually 10 "the monitor listens" grep -q 'Monitoring bus' "$state/monitor.log"
 }
 
-# phone_start: all of it and the daemon, which has the rights that its unit gives it: no user's of any weight, and the
-# group that may speak to wpa_supplicant. It may also read a build tree that is somebody's own.
+# phone_start SCENARIO: all of it and the daemon. The daemon has the rights of its unit: an ordinary user, in the group
+# that may speak to wpa_supplicant. It may also read a build tree that is closed to others.
 phone_start() {
     local facility sources=()
     rfkill unblock wifi
@@ -69,8 +69,9 @@ phone_start() {
     eventually 30 "Wi-Fi Direct is there and enabled" says 'p2p_mgr_enabled:n:0'
 }
 
+# An emulated machine needs longer than others to start wpa_supplicant again.
 daemon_launch() {
-    setpriv --reuid=nobody --regid=nogroup --groups="$(getent group netdev | cut -d: -f3)" \
+    OZ_GRACE_TIME=20 setpriv --reuid=nobody --regid=nogroup --groups="$(getent group netdev | cut -d: -f3)" \
         --inh-caps=-all,+dac_read_search --ambient-caps=-all,+dac_read_search \
         "$build/bin/ozdeviced" "${daemon_sources[@]}" >>"$state/daemon.log" 2>&1 &
     echo $! >"$state/daemon.pid"
