@@ -96,7 +96,9 @@ peer_is() { [ -s "$state/peer$1/group" ] && [ "$(cut -d' ' -f2 "$state/peer$1/gr
 peer_is_alone() { [ ! -s "$state/peer$1/group" ]; }
 peer_interface() { cut -d' ' -f1 "$state/peer$1/group"; }
 peer_ssid() { sed -n 's/.* ssid="\([^"]*\)".*/\1/p' "$state/peer$1/group"; }
-peer_ip() { peer_run "$1" ip -4 -o address show dev "$(peer_interface "$1")" | sed -n 's/.* inet \([0-9.]*\).*/\1/p' | grep .; }
+peer_ip() {
+    peer_run "$1" ip -4 -o address show dev "$(peer_interface "$1")" | sed -n 's/.* inet \([0-9.]*\).*/\1/p' | grep .
+}
 
 # peer_leaves NUMBER: leaves its group, or removes the one that it owns.
 peer_leaves() {

@@ -86,7 +86,9 @@ phone_stop() {
 }
 
 # phone_address: the device address of its radio.
-phone_address() { iw dev | awk '/^\t[^\t]/ { address = "" } /\taddr / { address = $2 } /type P2P-device/ { print address }'; }
+phone_address() {
+    iw dev | awk '/^\t[^\t]/ { address = "" } /\taddr / { address = $2 } /type P2P-device/ { print address }'
+}
 
 # says PATTERN...: whether the published status matches all of these. Maps have their keys in the order of the alphabet.
 says() {
