@@ -80,7 +80,7 @@ case $verb in
         configure "$preset" -DOZ_BUILD_TESTS=ON
         build "$preset" ozdevice_command
         say "testing among simulated radios ($preset)"
-        exec scripts/test "build/$preset" --label-regex '^radios$' "$@" ;;
+        exec scripts/test "build/$preset" --build-config radios --label-regex '^radios$' "$@" ;;
     build)
         need "${product_packages[@]}" "${test_packages[@]}"
         configure "$preset"

@@ -749,4 +749,23 @@ void NetworkManagerRig::refuse()
                 + ".PermissionDenied')"});
 }
 
+WpaSupplicantRig::WpaSupplicantRig()
+    : BusRig("wifi-direct=wpa-supplicant", "fi.w1.wpa_supplicant1",
+        {"/usr/bin/python3", "-m", "dbusmock", "--system", "--template",
+            QString(OZ_RIG_SCRIPTS) + "/wpa_supplicant.py"},
+        "P: /devices/platform/radio/net/wlan0\nE: SUBSYSTEM=net\nE: INTERFACE=wlan0\nA: "
+        "phy80211/name=phy0\n\n")
+{
+}
+
+void WpaSupplicantRig::change(bool there)
+{
+    (void)happen("Become", {there ? "interface_disabled" : "inactive"});
+}
+
+QString WpaSupplicantRig::happen(const QString &what, const QStringList &arguments) const
+{
+    return call(QStringList{"/fi/w1/wpa_supplicant1", "oz.Radio." + what} + arguments);
+}
+
 } // namespace oz::harness

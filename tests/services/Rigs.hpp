@@ -293,6 +293,19 @@ private:
     QString m_active;
 };
 
+/*! A stand-in for wpa_supplicant with one radio, which says what the real one was recorded to say. */
+class WpaSupplicantRig final : public BusRig
+{
+public:
+    WpaSupplicantRig();
+    /*! Wi-Fi is blocked, or not. */
+    void change(bool there) override;
+    /*! Has something happen on the air, as the stand-in's script names it. */
+    QString happen(const QString &what, const QStringList &arguments = {}) const;
+    /*! What it was asked for since the last call. */
+    [[nodiscard]] QString asked() const { return happen("Asked").section('\'', 1, 1); }
+};
+
 /*! A test of a daemon that a service feeds. */
 class RigTest : public DeviceTest
 {

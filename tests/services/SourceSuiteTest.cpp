@@ -410,6 +410,8 @@ const Case Services[] = {
         R"(state(NotDetected) state(0) mobileCountryCode("") mobileNetworkCode("") serialNumber("") )"
         R"(subscriberIdentifier(""))",
         Case::OutlivesTheDaemon},
+    {"wpa_supplicant", over<WpaSupplicantRig>, make<WiFiDirect>, "enabled(false)", "enabled(true)",
+        "connectionState(Unknown) connectionState(0)"},
     {"upower", over<UPowerRig>, make<BatteryInfo>, "level(70, Discharging) level(70, 3)",
         "level(80, Discharging) level(80, 3)",
         "level(-1, Unknown) level(-1, 0) present(false) condition(Unknown) condition(0) "
