@@ -113,6 +113,13 @@ void WpaGroup::findPresent(const std::function<void()> &done)
     });
 }
 
+void WpaGroup::setOwnerIpAddress(const QString &address)
+{
+    if (m_group && m_group->role == Role::Client && m_group->ownerIpAddress.isEmpty())
+        m_givenOwnerAddress = address;
+    readAddresses();
+}
+
 void WpaGroup::end(QObject *context, const WpaSupplicant::Answered &done)
 {
     // On the group's own interface: the radio's refuses.

@@ -33,6 +33,8 @@ public:
 
     /*! Takes over a group that was there before, and then calls \a done, also where there is none. */
     void findPresent(const std::function<void()> &done);
+    /*! Supplies the owner's IP address of a group that was there before: a handshake tells it once. */
+    void setOwnerIpAddress(const QString &address);
     /*! Ends it; \a done is called with the answer. */
     void end(QObject *context, const WpaSupplicant::Answered &done);
     /*! Forgets it, which has ended without a word. */

@@ -31,8 +31,10 @@ constexpr int OwnerIntent = 15;
 constexpr int ClientIntent = 0;
 constexpr int AnyIntent = 7;
 
-const QString SavedName = QStringLiteral("wifi-direct-sessions");
+const QString SavedName = QStringLiteral("wifi-direct");
 const QString OfGroup = QStringLiteral("group");
+const QString SavedOwnerAddress = QStringLiteral("owner-address");
+const QString SavedDiscovery = QStringLiteral("discovery");
 const QString SavedKeys = QStringLiteral("keys");
 
 Outcome failureOf(const QDBusMessage &answer)
@@ -79,6 +81,8 @@ WpaWiFiDirect::WpaWiFiDirect(
     : m_supplicant(std::move(supplicant)), m_store(store), m_manager(bus), m_leases(std::move(bus)),
       m_peers(*m_supplicant), m_group(*m_supplicant, m_peers, m_leases)
 {
+    if (const qint64 discovery = m_store.load(SavedName).value(SavedDiscovery).toLongLong(); discovery > 0)
+        m_lastDiscovery = discovery;
     setUp(m_scan, ScanTime + ScanDelay);
     m_scan.callOnTimeout(this, &WpaWiFiDirect::endScan);
     setUp(m_connectLimit, LongestConnecting);
@@ -93,7 +97,8 @@ WpaWiFiDirect::WpaWiFiDirect(
     connect(&m_manager, &NetworkManagerP2p::ended, this, &WpaWiFiDirect::endConnecting);
     connect(&m_leases, &NetworkdLeases::presenceChanged, this, &WpaWiFiDirect::updateRemark);
     connect(&m_peers, &WpaPeers::changed, this, [this] {
-        noteDiscovery();
+        if (!m_isReading) // what it knew before
+            noteDiscovery();
         tell();
     });
     connect(&m_peers, &WpaPeers::found, this, &WpaWiFiDirect::onFound);
@@ -176,9 +181,20 @@ void WpaWiFiDirect::tell()
     state.scanning = m_scan.isActive();
     state.lastDiscovery = m_lastDiscovery;
     state.connecting = m_request.has_value();
-    state.group = m_group.group();
     state.visible = m_peers.inSight();
-    state.connected = m_group.members();
+    if (m_group.group() && !m_refusal.isActive()) {
+        const WiFiDirectState::Group &group = *m_group.group();
+        state.group = group;
+        state.connected = m_group.members();
+        for (WiFiDirectState::Peer &peer : state.visible) {
+            if (!m_group.contains(peer.address))
+                continue;
+            if (group.role == Role::Client)
+                peer.ssid = group.ssid;
+            else
+                peer.ownerAddress = group.ownerAddress;
+        }
+    }
     know(state);
     updateRemark();
 }
@@ -206,6 +222,7 @@ void WpaWiFiDirect::updateRemark()
 void WpaWiFiDirect::noteDiscovery()
 {
     m_lastDiscovery = QDateTime::currentSecsSinceEpoch();
+    save();
 }
 
 Outcome WpaWiFiDirect::obstacle() const
@@ -269,7 +286,7 @@ void WpaWiFiDirect::connectPeer(const ConnectRequest &request, const Done &done)
         return done({EOPNOTSUPP, QStringLiteral("NetworkManager owns the radio, and takes no PIN"), {}});
     m_refusal.stop();
     m_request = request;
-    // The radio cannot do both, and applications see the scan end before the connection begins.
+    // The radio cannot do both.
     const bool wasScanning = m_scan.isActive();
     endScan();
     if (m_peers.isReachable(request.address)) {
@@ -360,22 +377,25 @@ void WpaWiFiDirect::cancelConnect(const Done &done)
 
 void WpaWiFiDirect::onGroup()
 {
-    if (m_refusal.isActive()) {
-        m_refusal.stop();
+    if (m_refusal.isActive())
         return endGroup([](const QDBusMessage &) {});
-    }
     m_request.reset();
     m_isSearching = false;
     m_connectLimit.stop();
+    // The group may be one of before the daemon's start.
     const QVariantMap saved = m_store.load(SavedName);
-    if (m_sessions.isEmpty() && saved.value(OfGroup) == sessionGroup())
+    if (m_sessions.isEmpty() && saved.value(OfGroup) == sessionGroup()) {
         m_sessions.restore(saved.value(SavedKeys).toStringList());
+        m_group.setOwnerIpAddress(saved.value(SavedOwnerAddress).toString());
+    }
+    save();
 }
 
 void WpaWiFiDirect::onGroupEnded()
 {
+    m_refusal.stop();
     m_sessions.clear();
-    saveSessions();
+    save();
     tell();
 }
 
@@ -386,22 +406,26 @@ QString WpaWiFiDirect::sessionGroup() const
     return group ? QString(group->ssid + u' ' + group->ownerAddress) : QString();
 }
 
-void WpaWiFiDirect::saveSessions()
+void WpaWiFiDirect::save()
 {
-    m_store.save(SavedName, {{OfGroup, sessionGroup()}, {SavedKeys, m_sessions.keys()}});
+    const auto &group = m_group.group();
+    m_store.save(SavedName,
+        {{OfGroup, sessionGroup()}, {SavedKeys, m_sessions.keys()},
+            {SavedOwnerAddress, group ? group->ownerIpAddress : QString()},
+            {SavedDiscovery, m_lastDiscovery ? QVariant(*m_lastDiscovery) : QVariant()}});
 }
 
 void WpaWiFiDirect::startSession(const Done &done)
 {
     const Outcome started = m_sessions.start(m_group.group().has_value());
-    saveSessions();
+    save();
     done(started);
 }
 
 void WpaWiFiDirect::stopSession(const QString &key, const Done &done)
 {
     const Outcome stopped = m_sessions.stop(m_group.group().has_value(), key);
-    saveSessions();
+    save();
     if (stopped.error || !m_sessions.isEmpty())
         return done(stopped);
     // Where it fails, the group has ended by itself.

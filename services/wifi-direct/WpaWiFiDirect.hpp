@@ -41,7 +41,7 @@ private:
     void noteDiscovery();
     void tell();
     void updateRemark();
-    void saveSessions();
+    void save();
     [[nodiscard]] QString sessionGroup() const;
     [[nodiscard]] Outcome obstacle() const;
 

@@ -133,6 +133,7 @@ TEST_F(WpaSupplicantTest, RequestsAreMadeOfItOrRefused)
     EXPECT_EQ(wifi.cancelConnectRequest(), WiFiDirectResult::NoRequestToCancel);
     EXPECT_EQ(wifi.requestStartSession(), WiFiDirectResult::NoNetworkConnection);
     EXPECT_EQ(air.asked(), "");
+    EXPECT_EQ(log.take(), QStringList("WiFiDirect: Service reports unable to parse message."));
 }
 
 TEST_F(WpaSupplicantTest, AConnectionFailsInThreeWays)
@@ -150,9 +151,12 @@ TEST_F(WpaSupplicantTest, AConnectionFailsInThreeWays)
     EXPECT_EQ(
         wifi.requestConnect(Tv, Intent::Any, Method::PushButtonConfiguration, ""), WiFiDirectResult::Success);
     EXPECT_EQ(wifi.cancelConnectRequest(), WiFiDirectResult::Success);
+    EXPECT_TRUE(reaches(wifi, State::Disconnected));
     (void)air.asked();
+    SignalLog heard(&wifi);
     (void)air.happen("GroupStarts", {"client", Tv});
     EXPECT_TRUE(waitUntil([&] { return air.asked() == "disconnect"; }));
+    EXPECT_EQ(heard.settled(), "");
 }
 
 TEST_F(WpaSupplicantTest, AGroupIsThereUntilItIsOverHoweverItEnds)
@@ -161,9 +165,11 @@ TEST_F(WpaSupplicantTest, AGroupIsThereUntilItIsOverHoweverItEnds)
     scan(wifi);
     connectTv(&wifi, "client");
     EXPECT_TRUE(waitUntil([&] { return wifi.connectedDevices() == QStringList{Tv}; }));
-    EXPECT_EQ(valuesOf(wifi).section("networkInterfaceName", 1),
-        "=p2p-wlan0-0 networkRole=Client networkSsid=DIRECT-zz networkOwnerHardwareAddress=" + Tv
-            + " networkOwnerIpAddress=192.168.77.1 networkPassword=");
+    EXPECT_EQ(wifi.networkInterfaceName() + ' ' + wifi.networkSsid() + ' '
+            + wifi.networkOwnerHardwareAddress() + ' ' + wifi.networkOwnerIpAddress() + ' '
+            + wifi.networkPassword(),
+        "p2p-wlan0-0 DIRECT-zz " + Tv + " 192.168.77.1 ");
+    EXPECT_EQ(wifi.networkRole(), WiFiDirectRole::Client);
     EXPECT_EQ(wifi.ipAddress(Tv), "192.168.77.1");
     QString session;
     QObject::connect(&wifi, &WiFiDirect::sessionStarted, [&](const QString &key) { session = key; });
@@ -189,6 +195,7 @@ TEST_F(WpaSupplicantTest, AGroupIsThereUntilItIsOverHoweverItEnds)
     EXPECT_EQ(wifi.connectionState(), State::Disconnected) << "though it says so only ten seconds later";
     EXPECT_EQ(wifi.visibleDevices(), QStringList());
     EXPECT_EQ(wifi.requestScan(), WiFiDirectResult::InternalError);
+    EXPECT_EQ(log.take(), QStringList("WiFiDirect: Unknown error condition. ( 100 )"));
 }
 
 TEST_F(WpaSupplicantTest, APeerThatIsNotHeardOfStaysUntilTheNextScan)
