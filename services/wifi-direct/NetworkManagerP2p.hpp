@@ -26,8 +26,6 @@ public:
     {
         return !m_interface.isEmpty() && !deviceOf(m_interface).isEmpty();
     }
-    /*! True while a connection of its own is being made, or is there. */
-    [[nodiscard]] bool isConnecting() const { return m_isAsked || !m_active.isEmpty(); }
 
     /*! Connects a peer, by push button; \a done is called with the answer. NetworkManager decides on the
      * roles. */
