@@ -34,14 +34,6 @@ enum ActiveState { Activating = 1, Activated = 2, Deactivating = 3 };
 // A request that fails at once still stays pending this long, so that applications see the failure.
 constexpr std::chrono::milliseconds ShortestAttempt{200};
 
-QList<QString> pathsIn(const QVariant &value)
-{
-    QList<QString> paths;
-    for (const QDBusObjectPath &path : qdbus_cast<QList<QDBusObjectPath>>(value))
-        paths.append(path.path());
-    return paths;
-}
-
 // Applications distinguish a connection that was impossible from one that failed.
 int errorOf(const QDBusMessage &error)
 {

@@ -2,7 +2,9 @@
 
 #include <oz/Limits.hpp>
 
+#include <QDBusArgument>
 #include <QDBusError>
+#include <QDBusObjectPath>
 #include <QDBusPendingCallWatcher>
 
 #include <chrono>
@@ -31,6 +33,14 @@ void callOnBus(const QDBusConnection &connection, const QDBusMessage &message, Q
             finished->deleteLater();
             done(finished->reply());
         });
+}
+
+QStringList pathsIn(const QVariant &value)
+{
+    QStringList paths;
+    for (const QDBusObjectPath &path : qdbus_cast<QList<QDBusObjectPath>>(value))
+        paths.append(path.path());
+    return paths;
 }
 
 QString problemOf(const QDBusMessage &error)

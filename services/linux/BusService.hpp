@@ -6,6 +6,7 @@
 #include <QDBusPendingCall>
 #include <QDBusServiceWatcher>
 #include <QPointer>
+#include <QStringList>
 #include <QVariantList>
 
 #include <functional>
@@ -105,6 +106,9 @@ void callOnBus(const QDBusConnection &connection, const QDBusMessage &message, Q
 {
     return answer.type() != QDBusMessage::ReplyMessage;
 }
+/*! The paths in a list of objects. */
+[[nodiscard]] QStringList pathsIn(const QVariant &value);
+
 /*! The text of an error message of the bus. */
 [[nodiscard]] QString problemOf(const QDBusMessage &error);
 

@@ -163,13 +163,12 @@ void WpaGroup::take(Role role, const QVariantMap &link, const QVariantMap &p2p, 
     m_leases.follow(role == Role::GroupOwner ? group.interface : QString());
     if (role == Role::Client)
         add(owner);
-    for (const QDBusObjectPath &member :
-        qdbus_cast<QList<QDBusObjectPath>>(properties.value(QStringLiteral("Members"))))
-        add(member.path());
+    for (const QString &member : pathsIn(properties.value(QStringLiteral("Members"))))
+        add(member);
     // Of a member alone the address in the group is clear, also where its coming was not seen.
-    const auto stations = qdbus_cast<QList<QDBusObjectPath>>(link.value(QStringLiteral("Stations")));
+    const QStringList stations = pathsIn(link.value(QStringLiteral("Stations")));
     if (role == Role::GroupOwner && stations.size() == 1 && m_joined.size() == 1)
-        onStation(WpaPeers::addressIn(stations.first().path()));
+        onStation(WpaPeers::addressIn(stations.first()));
     readAddresses();
     Q_EMIT started();
     Q_EMIT changed();

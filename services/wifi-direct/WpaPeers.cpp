@@ -28,14 +28,6 @@ QString typeText(const QByteArray &type)
     return number(0) + u'-' + QString::fromLatin1(type.mid(2, 4).toHex().toUpper()) + u'-' + number(6);
 }
 
-QStringList pathsIn(const QVariant &value)
-{
-    QStringList paths;
-    for (const QDBusObjectPath &path : qdbus_cast<QList<QDBusObjectPath>>(value))
-        paths.append(path.path());
-    return paths;
-}
-
 // The name of the group that a device owns: of the network heard last in which the device says so, as groups
 // that it had before may still be listed.
 QString groupName(const QString &owner, const QList<QVariantMap> &networks)
