@@ -8,6 +8,7 @@
 #include <QFileInfo>
 #include <QSysInfo>
 
+#include <cerrno>
 #include <chrono>
 
 namespace oz::services {
@@ -63,6 +64,13 @@ QByteArray deviceType(const QString &chassis)
 }
 
 } // namespace
+
+Outcome outcomeOf(const QDBusMessage &answer)
+{
+    if (!isError(answer))
+        return {};
+    return {QDBusError(answer).type() == QDBusError::AccessDenied ? EACCES : EIO, problemOf(answer), {}};
+}
 
 QString pathOf(const QVariant &value)
 {

@@ -91,6 +91,8 @@ private:
     bool m_isEnabled = false;
 };
 
+/*! How a request ended that this \a answer is to. */
+[[nodiscard]] Outcome outcomeOf(const QDBusMessage &answer);
 /*! The path in an argument or a property; empty where that is "/", which stands for none. */
 [[nodiscard]] QString pathOf(const QVariant &value);
 

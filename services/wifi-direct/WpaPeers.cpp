@@ -118,26 +118,36 @@ void WpaPeers::readAll(const std::function<void()> &done)
 // known by then.
 void WpaPeers::readPeers(const QStringList &objects, const std::function<void()> &done)
 {
-    QList<WpaSupplicant::Part> parts{{m_supplicant.radio(), Wpa::Interface}};
+    QList<WpaSupplicant::Part> parts;
     for (const QString &object : objects)
         parts.append({object, Wpa::Peer});
     m_supplicant.read(parts, this, [this, objects, done](const QList<QVariantMap> &all) {
         QList<Known> peers;
         for (qsizetype i = 0; i < objects.size(); ++i) {
-            const auto peer = knownOf(objects[i], all[i + 1]);
+            const auto peer = knownOf(objects[i], all[i]);
             if (peer && objects[i].startsWith(m_supplicant.radio() + u'/'))
                 peers.append(*peer);
         }
-        QList<WpaSupplicant::Part> networks;
-        if (std::any_of(peers.cbegin(), peers.cend(), [](const Known &peer) { return peer.ownsGroup; })) {
-            for (const QString &network : pathsIn(all[0].value(QStringLiteral("BSSs"))))
-                networks.append({network, Wpa::Bss});
-        }
-        m_supplicant.read(networks, this, [this, peers, done](const QList<QVariantMap> &properties) {
-            take(peers, properties);
+        const auto takeAll = [this, peers, done](const QList<QVariantMap> &networks) {
+            take(peers, networks);
             done();
-        });
+        };
+        if (std::any_of(peers.cbegin(), peers.cend(), [](const Known &peer) { return peer.ownsGroup; }))
+            readNetworks(takeAll);
+        else
+            takeAll({});
     });
+}
+
+void WpaPeers::readNetworks(const std::function<void(const QList<QVariantMap> &networks)> &done)
+{
+    m_supplicant.read(
+        {{m_supplicant.radio(), Wpa::Interface}}, this, [this, done](const QList<QVariantMap> &radio) {
+            QList<WpaSupplicant::Part> networks;
+            for (const QString &network : pathsIn(radio[0].value(QStringLiteral("BSSs"))))
+                networks.append({network, Wpa::Bss});
+            m_supplicant.read(networks, this, done);
+        });
 }
 
 std::optional<WpaPeers::Known> WpaPeers::knownOf(const QString &object, const QVariantMap &properties)
@@ -205,6 +215,14 @@ void WpaPeers::clear()
 {
     setUnreachable();
     dropUnreachable();
+}
+
+void WpaPeers::search(Channels channels, std::chrono::seconds time, const WpaSupplicant::Answered &answered)
+{
+    const QVariantMap settings{{QStringLiteral("Timeout"), int(time.count())},
+        {QStringLiteral("DiscoveryType"),
+            channels == Channels::Every ? QStringLiteral("start_with_full") : QStringLiteral("social")}};
+    m_supplicant.call(m_supplicant.radio(), Wpa::P2p, QStringLiteral("Find"), {settings}, this, answered);
 }
 
 void WpaPeers::setScanning(bool scanning)

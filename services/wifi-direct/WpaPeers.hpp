@@ -3,6 +3,8 @@
 #include "linux/WpaSupplicant.hpp"
 #include "wifi-direct/WiFiDirectState.hpp"
 
+#include <chrono>
+
 namespace oz::services {
 
 /*!
@@ -39,6 +41,13 @@ public:
     /*! None of them can be reached until it is found again. */
     void setUnreachable();
     void clear();
+    /*! Where they are looked for. */
+    enum class Channels {
+        Every, //!< all at first, as owners of groups may be on any, then the social ones
+        Social, //!< those on which devices find one another
+    };
+    /*! Looks for peers; \a answered is called once it has begun. */
+    void search(Channels channels, std::chrono::seconds time, const WpaSupplicant::Answered &answered);
     void setScanning(bool scanning);
 
 Q_SIGNALS:
@@ -56,6 +65,7 @@ private:
     };
 
     void readPeers(const QStringList &objects, const std::function<void()> &done);
+    void readNetworks(const std::function<void(const QList<QVariantMap> &networks)> &done);
     void take(const QList<Known> &peers, const QList<QVariantMap> &networks);
     void onFound(const QString &object);
     void onLost(const QString &object);

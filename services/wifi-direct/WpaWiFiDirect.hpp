@@ -1,10 +1,9 @@
 #pragma once
 
 #include "publishing/StateStore.hpp"
-#include "wifi-direct/NetworkManagerP2p.hpp"
 #include "wifi-direct/WiFiDirectSessions.hpp"
+#include "wifi-direct/WpaConnecting.hpp"
 #include "wifi-direct/WpaGroup.hpp"
-#include "wifi-direct/WpaPeers.hpp"
 
 namespace oz::services {
 
@@ -32,12 +31,8 @@ private:
     void findAgain();
     void onGroup();
     void onGroupEnded();
-    void onFound(const QString &address);
-    void beginSearch(const char *kind, std::chrono::seconds time, const WpaSupplicant::Answered &answered);
-    void beginConnecting(const Done &done);
     void endGroup(const WpaSupplicant::Answered &done);
     void endScan();
-    void endConnecting();
     void noteDiscovery();
     void tell();
     void updateRemark();
@@ -51,13 +46,10 @@ private:
     NetworkdLeases m_leases;
     WpaPeers m_peers;
     WpaGroup m_group;
+    WpaConnecting m_connecting;
     bool m_isReading = false; // what a radio that has come knows
     QTimer m_scan; // until wpa_supplicant should have said that it is over
     std::optional<qint64> m_lastDiscovery;
-    std::optional<ConnectRequest> m_request; // while connecting
-    bool m_isSearching = false; // for the peer of the request
-    QTimer m_connectLimit;
-    QTimer m_refusal; // of a group whose forming was cancelled too late
     QTimer m_grace; // for the peers of before a restart
     WiFiDirectSessions m_sessions;
 };
