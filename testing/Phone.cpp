@@ -4,6 +4,7 @@
 
 #include <oz/client/DaemonObjects.hpp>
 #include <oz/client/PrivateDaemon.hpp>
+#include <oz/client/Waiting.hpp>
 
 #include <QDir>
 #include <QFile>
@@ -131,6 +132,17 @@ public:
         }
     }
 
+    // What was asked, for errors.
+    [[nodiscard]] QString askedText() const
+    {
+        QStringList asked;
+        for (const PhoneRequest &request : requests({}))
+            asked.append(textOf(request));
+        if (asked.isEmpty())
+            return QStringLiteral("nothing was asked");
+        return QLatin1String("asked was ") + asked.last(std::min(MostShown, asked.size())).join(u", ");
+    }
+
     std::unique_ptr<PrivateDaemon> services;
     PhoneLink link;
     std::atomic<qint64> from = 0; // the number of the first request that counts
@@ -223,6 +235,27 @@ void Phone::waitFor(const QString &condition, std::chrono::milliseconds limit) c
     });
 }
 
+void Phone::waitUntil(
+    const std::function<bool()> &isTrue, std::chrono::milliseconds limit, const QString &what) const
+{
+    if (client::waitUntil(isTrue, limit))
+        return;
+    d->link.fail(what.isEmpty() ? QStringLiteral("what was waited for") : what,
+        QLatin1String("it did not come within ") + limitText(limit) + QLatin1String("; ") + d->askedText());
+}
+
+void Phone::waitUntilHandled(std::chrono::milliseconds limit) const
+{
+    const QString what = QStringLiteral("what the applications have to handle");
+    const QStringList busy =
+        d->link.guarded(what, [&](const DaemonClient &) { return client::waitUntilHandled(root(), limit); });
+    if (!busy.isEmpty()) {
+        d->link.fail(what,
+            QLatin1String("still busy after ") + limitText(limit) + QLatin1String(" is ")
+                + busy.join(QLatin1String(" and ")));
+    }
+}
+
 QList<PhoneRequest> Phone::requests(const QString &kind) const
 {
     return d->requests(kind);
@@ -239,15 +272,9 @@ QList<PhoneRequest> Phone::waitForRequests(
     });
     if (areThere)
         return found;
-    QStringList asked;
-    for (const PhoneRequest &request : d->requests({}))
-        asked.append(textOf(request));
     d->link.fail(what,
         QStringLiteral("%1 of %2 came within %3; ").arg(found.size()).arg(count).arg(limitText(limit))
-            + (asked.isEmpty() ? QStringLiteral("nothing was asked")
-                               : QLatin1String("asked was ")
-                        + QStringList(asked.last(std::min(MostShown, asked.size())))
-                              .join(QLatin1String(", "))));
+            + d->askedText());
 }
 
 void Phone::forgetRequests()

@@ -182,7 +182,8 @@ void listSources()
 // Takes away what the daemon made under its root, and the root where nothing else is in it.
 void removeTree()
 {
-    QDir(oz::devicePath(QStringLiteral("/pps"))).removeRecursively();
+    for (const char *folder : {"/pps", "/handled"})
+        QDir(oz::devicePath(QLatin1String(folder))).removeRecursively();
     for (const char *directory : {"/dev/power", "/dev"})
         QDir().rmdir(oz::devicePath(QLatin1String(directory)));
     QDir().rmdir(oz::deviceRoot());
@@ -361,6 +362,8 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "ozdeviced: --private needs a device root of its own in OZ_DEVICE_ROOT\n");
         return 2;
     }
+    if (options.owner) // who may ask how far applications are
+        QDir().mkpath(oz::devicePath(QStringLiteral("/handled")));
     ::umask(022); // nobody else writes into the tree's folders, and everybody can read them
     // Its threads are short-lived and wait most of the time. With an arena for each, the heap would grow by
     // fragments with every reload of the configuration.

@@ -2,6 +2,7 @@
 
 #include "base/Log.hpp"
 #include "files/TreeFolder.hpp"
+#include "pps/PpsMarkAnswer.hpp"
 #include "pps/WatchedDirectory.hpp"
 
 #include <QAbstractEventDispatcher>
@@ -52,7 +53,19 @@ std::shared_ptr<PpsWatcher> PpsWatcher::forThisThread()
         watchers().setLocalData(std::shared_ptr<PpsWatcher>(new PpsWatcher));
     std::shared_ptr<PpsWatcher> watcher = watchers().localData();
     watcher->attachToEventLoop();
+    watcher->followMarks();
     return watcher;
+}
+
+// Of a test, which gives the process a device root of its own.
+void PpsWatcher::followMarks()
+{
+    const QByteArray root = qgetenv("OZ_DEVICE_ROOT");
+    if (root == m_root || !QAbstractEventDispatcher::instance())
+        return;
+    m_root = root;
+    m_markAnswer.reset();
+    m_markAnswer = PpsMarkAnswer::in(root, *this);
 }
 
 void PpsWatcher::endTurn()

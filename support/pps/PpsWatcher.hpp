@@ -24,6 +24,7 @@ struct inotify_event;
 
 namespace oz {
 
+class PpsMarkAnswer;
 class WatchedDirectory;
 
 /*! Told of changes of the files it watches. */
@@ -104,6 +105,7 @@ public:
 private:
     PpsWatcher();
     void attachToEventLoop();
+    void followMarks();
     void onReadable();
     void announceAll();
     void readEvents();
@@ -137,6 +139,8 @@ private:
     bool m_announceQueued = false;
     quint64 m_turn = 0;
     quint64 m_lastTurn = 0;
+    QByteArray m_root; // where the marks are
+    std::unique_ptr<PpsMarkAnswer> m_markAnswer;
 };
 
 } // namespace oz

@@ -7,6 +7,7 @@
 #include <oz/device/VibrationController.hpp>
 #include <oz/testing/Phone.hpp>
 
+#include <QProcess>
 #include <QTimer>
 
 #include <cmath>
@@ -292,6 +293,60 @@ TEST(Phone, ReportsRequestsOfApplications)
     EXPECT_EQ(phone.requests("vibration.run").size(), 501);
     phone.led().killService();
     EXPECT_FALSE(phone.led().isActive());
+}
+
+// What an application did not do can be told only once it has handled everything.
+TEST(Phone, WaitsUntilApplicationsHaveHandledWhatItWasTold)
+{
+    Phone phone;
+    BatteryInfo battery;
+    QList<int> seen;
+    VibrationController vibration;
+    QObject::connect(&battery, qOverload<int, BatteryChargingState::Type>(&BatteryInfo::levelChanged),
+        &battery, [&](int level) {
+            // The request is posted by what was posted.
+            QTimer::singleShot(0, &battery, [&, level] {
+                seen.append(level);
+                QMetaObject::invokeMethod(
+                    &battery, [&] { vibration.start(50, 1000); }, Qt::QueuedConnection);
+            });
+        });
+    for (int level = 70; level > 60; --level) {
+        phone.battery().setLevel(level);
+        phone.waitUntilHandled();
+        EXPECT_EQ(seen.last(), level);
+    }
+    EXPECT_EQ(seen.size(), 10);
+    EXPECT_EQ(phone.requests("vibration.run").size(), 10);
+
+    // A program of its own, in which each change is a line.
+    QProcess program;
+    program.setProcessEnvironment(phone.environment());
+    program.start(OZ_PROGRAMS "/ozdevice", {"watch", "battery", "--json"});
+    ASSERT_TRUE(program.waitForStarted());
+    phone.waitUntil([&] {
+        phone.battery().setLevel(phone.value("battery.level").toInt() == 50 ? 51 : 50);
+        return program.waitForReadyRead(10);
+    });
+    phone.waitUntilHandled();
+    program.waitForReadyRead(0);
+    (void)program.readAll();
+    for (int level = 49; level > 39; --level) {
+        phone.battery().setLevel(level);
+        phone.waitUntilHandled();
+    }
+    ::kill(pid_t(program.processId()), SIGSTOP);
+    phone.battery().setLevel(39);
+    EXPECT_THAT(errorOf([&] { phone.waitUntilHandled(50ms); }),
+        HasSubstr(
+            "still busy after 0.05 s is process " + std::to_string(program.processId()) + " (ozdevice)"));
+    ::kill(pid_t(program.processId()), SIGKILL);
+    phone.waitUntilHandled(); // those that are gone are not waited for
+    program.waitForFinished();
+    EXPECT_EQ(program.readAll().count("\"levelChanged\""), 10);
+
+    EXPECT_THAT(errorOf([&] { phone.waitUntil([] { return false; }, 10ms, "rain"); }),
+        HasSubstr("rain: it did not come within 0.01 s; asked was vibration.run"));
 }
 
 TEST(Phone, PlaysScenarios)

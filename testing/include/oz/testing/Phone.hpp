@@ -12,6 +12,7 @@
 #include <QVariantMap>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 namespace oz::testing {
@@ -103,6 +104,19 @@ public:
     [[nodiscard]] bool holds(const QString &condition) const;
     /*! Waits until a condition holds. */
     void waitFor(const QString &condition, std::chrono::milliseconds limit = DefaultLimit) const;
+
+    /*! Waits until \a isTrue returns true, which may look at the application as well as at the phone. \a what
+     * says in the error what was waited for. */
+    void waitUntil(const std::function<bool()> &isTrue, std::chrono::milliseconds limit = DefaultLimit,
+        const QString &what = {}) const;
+    /*!
+     * Waits until applications have handled everything that the phone was told so far, so that a test can
+     * tell what they did not do: every thread that has an event loop and uses the phone, in this process and
+     * in others, has returned from the slots that were called for it, and from what these posted. Not waited
+     * for is what an application does after a time of its own, by a timer, or in a thread that does not use
+     * the phone.
+     */
+    void waitUntilHandled(std::chrono::milliseconds limit = DefaultLimit) const;
 
     /*! The requests of applications since the phone started, or since forgetRequests(): up to 10,000, of all
      * kinds or of one. */
