@@ -26,7 +26,7 @@ test_packages=(
 )
 # The virtual machine with simulated radios, and what runs in it.
 radio_packages=(
-    qemu-system-x86 busybox-static xz-utils udev iw rfkill wpasupplicant python3 "${test_packages[@]}"
+    qemu-system-x86 busybox-static xz-utils udev iw rfkill wpasupplicant polkitd python3 "${test_packages[@]}"
 )
 # The benchmarks build the rigs of the tests.
 bench_packages=(libbenchmark-dev "${test_packages[@]}")

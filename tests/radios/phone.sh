@@ -7,6 +7,8 @@ root=/run/radios/device
 export OZ_DEVICE_ROOT=$root
 status_file=$root/pps/services/wifi_p2p/manager/status
 
+id ozdevice >/dev/null 2>&1 || useradd --system --no-create-home ozdevice
+
 # On the bus there is what a scenario starts, and nothing that a call to its name starts.
 rm -f "/usr/share/dbus-1/system-services/$supplicant.service"
 busctl --quiet call org.freedesktop.DBus /org/freedesktop/DBus org.freedesktop.DBus ReloadConfig
@@ -19,9 +21,10 @@ end_process() {
     rm -f "$state/$1.pid"
 }
 
-# supplicant_start: as Debian's unit does, without an interface. supplicant_end [SIGNAL].
+# supplicant_start [OPTION...]: as Debian's unit does, without an interface. supplicant_end [SIGNAL].
 supplicant_start() {
-    wpa_supplicant -u -B -t -O 'DIR=/run/wpa_supplicant GROUP=netdev' -P "$state/supplicant.pid" -f "$state/supplicant.log"
+    wpa_supplicant -u -B -t -O 'DIR=/run/wpa_supplicant GROUP=netdev' -P "$state/supplicant.pid" \
+        -f "$state/supplicant.log" "$@"
     eventually 20 "wpa_supplicant is on the bus" has_name $supplicant
 }
 supplicant_end() { end_process supplicant "$@"; }
@@ -37,7 +40,12 @@ networkd_start() {
 
 # networkmanager_start: beside the others, with all radios as its own, as on most desktops.
 networkmanager_start() {
-    printf '%s\n' '[main]' 'plugins=keyfile' 'auth-polkit=false' 'no-auto-default=*' >"$state/networkmanager.conf"
+    # With the rule that the package installs.
+    cp "$here/../../services/data/units/polkit.rules" /usr/share/polkit-1/rules.d/60-ozdevice.rules
+    /usr/lib/polkit-1/polkitd >"$state/polkitd.log" 2>&1 &
+    echo $! >"$state/polkitd.pid"
+    eventually 20 "polkit is on the bus" has_name org.freedesktop.PolicyKit1
+    printf '%s\n' '[main]' 'plugins=keyfile' 'no-auto-default=*' >"$state/networkmanager.conf"
     NetworkManager --no-daemon --config="$state/networkmanager.conf" >"$state/networkmanager.log" 2>&1 &
     echo $! >"$state/networkmanager.pid"
     eventually 60 "NetworkManager has the radio" networkmanager_has_radio
@@ -60,7 +68,7 @@ phone_start() {
     networkd_start
     [ -z "${record:-}" ] || record_bus "$record/$1.json"
     rm -rf "$root"
-    install -d -o nobody "$root"
+    install -d -o ozdevice "$root"
     while read -r facility; do
         [ "$facility" = wifi-direct ] || sources+=(--source "$facility=none")
     done < <("$build/bin/ozdeviced" --list-sources | sed -n 's/^\([a-z-]*\):$/\1/p')
@@ -69,9 +77,9 @@ phone_start() {
     eventually 30 "Wi-Fi Direct is there and enabled" says 'p2p_mgr_enabled:n:0'
 }
 
-# An emulated machine needs longer than others to start wpa_supplicant again.
+# daemon_groups=GROUP daemon_launch. An emulated machine needs longer than others to start wpa_supplicant again.
 daemon_launch() {
-    OZ_GRACE_TIME=20 setpriv --reuid=nobody --regid=nogroup --groups="$(getent group netdev | cut -d: -f3)" \
+    OZ_GRACE_TIME=20 setpriv --reuid=ozdevice --regid=nogroup --groups="${daemon_groups:-netdev}" \
         --inh-caps=-all,+dac_read_search --ambient-caps=-all,+dac_read_search \
         "$build/bin/ozdeviced" "${daemon_sources[@]}" >>"$state/daemon.log" 2>&1 &
     echo $! >"$state/daemon.pid"
@@ -79,7 +87,7 @@ daemon_launch() {
 
 phone_stop() {
     local process
-    for process in watch daemon networkmanager monitor networkd supplicant; do end_process "$process"; done
+    for process in watch daemon networkmanager polkitd monitor networkd supplicant; do end_process "$process"; done
     rm -f "$state/daemon.log"
     rfkill unblock wifi
     [ -e /sys/class/net/wlan0 ] || { "$here/simulated-radio" add && await 5 test -e /sys/class/net/wlan0; }
