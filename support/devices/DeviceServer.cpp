@@ -1,6 +1,7 @@
 #include <oz/DeviceServer.hpp>
 
 #include "base/LastError.hpp"
+#include "base/UserWarnings.hpp"
 #include "sockets/SocketServer.hpp"
 
 #include <oz/DeviceRoot.hpp>
@@ -8,6 +9,7 @@
 #include <QFile>
 
 #include <cerrno>
+#include <optional>
 #include <poll.h>
 
 namespace oz {
@@ -30,6 +32,15 @@ public:
         if (!connection)
             return error.done(ENOTCONN);
         Lines &lines = m_lines[id];
+        if (unread) {
+            lines.output += line + '\n';
+            flush(*connection, lines);
+            // Later, as whoever sends does not expect to hear of the end meanwhile.
+            if (lines.output.size() > *unread)
+                QMetaObject::invokeMethod(
+                    this, [this, id] { drop(id); }, Qt::QueuedConnection);
+            return error.done(0);
+        }
         // The rest of a line that the socket has taken in part has to follow; others that wait are outdated.
         lines.output.truncate(lines.midLine ? lines.output.indexOf('\n') + 1 : 0);
         lines.output += line + '\n';
@@ -40,6 +51,8 @@ public:
     [[nodiscard]] QString path() const { return m_path; }
 
     LastError error;
+    qsizetype longestLine = DeviceServer::MaxLineSize;
+    std::optional<qsizetype> unread; // how much a client may leave where every line counts
 
 private:
     // The state of one client's connection.
@@ -54,8 +67,8 @@ private:
     // The smallest buffer that the kernel grants: what waits there is outdated when the client reads it.
     void connected(Connection &connection) override
     {
-        const int least = 1;
-        ::setsockopt(connection.socket.get(), SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
+        if (const int least = 1; !unread)
+            ::setsockopt(connection.socket.get(), SOL_SOCKET, SO_SNDBUF, &least, sizeof least);
         const Client client = connection.client;
         Q_EMIT q->connected(client);
     }
@@ -73,8 +86,11 @@ private:
             lines.input.append(chunk, size);
         }
         const qsizetype end = lines.input.indexOf('\n');
-        if ((end < 0 ? lines.input.size() : end) > DeviceServer::MaxLineSize)
+        if ((end < 0 ? lines.input.size() : end) > longestLine) {
+            UserWarnings::ofThisThread().warn(
+                client.uid, QLatin1String("has written too long a line to ") + m_path);
             return EMSGSIZE;
+        }
         if (end < 0)
             return 0;
         const QByteArray line = lines.input.first(end);
@@ -148,9 +164,20 @@ bool DeviceServer::isListening() const
     return d->isListening();
 }
 
+void DeviceServer::keepEveryLine(qsizetype longest, qsizetype unread)
+{
+    d->longestLine = longest;
+    d->unread = unread;
+}
+
 bool DeviceServer::send(quint64 client, const QByteArray &line)
 {
     return d->send(client, line);
+}
+
+void DeviceServer::disconnectClient(quint64 client)
+{
+    d->drop(client);
 }
 
 void DeviceServer::hold(quint64 client)

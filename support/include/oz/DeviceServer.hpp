@@ -19,8 +19,8 @@ class DeviceServerPrivate;
  * the device is a connection of its own.
  *
  * Clients cannot harm it: a line over 4 KiB ends that client's connection; one that does not read gets the
- * latest line once it does, after two former ones at most, without those between. The limits and
- * turns of users are those of PpsServer.
+ * latest line once it does, after two former ones at most, without those between, unless keepEveryLine() says
+ * otherwise. The limits and turns of users are those of PpsServer.
  *
  * An instance belongs to the thread that it lives on, which needs an event loop.
  */
@@ -32,7 +32,7 @@ public:
     /*! A connected client; its ids are never used twice. */
     using Client = ServiceClient;
 
-    /*! The longest line of a client, in bytes. */
+    /*! The longest line of a client, in bytes, unless keepEveryLine() sets another. */
     static constexpr int MaxLineSize = 4096;
 
     /*! Binds to the device path \a path ("/dev/..."). */
@@ -48,8 +48,17 @@ public:
     bool listen(mode_t mode = 0666);
     [[nodiscard]] bool isListening() const; //!< True while the device is there.
 
+    /*!
+     * Makes every line count: lines of clients may have \a longest bytes, and none that is sent is left out
+     * for a newer one. The connection of a client that leaves more than \a unread bytes unread ends. To be
+     * called before listen().
+     */
+    void keepEveryLine(qsizetype longest, qsizetype unread);
+
     /*! Sends \a line and a line feed; false where the client is not connected any more. */
     bool send(quint64 client, const QByteArray &line);
+    /*! Ends the connection of \a client. */
+    void disconnectClient(quint64 client);
 
     /*! As PpsServer::hold() and PpsServer::release(). */
     void hold(quint64 client);
