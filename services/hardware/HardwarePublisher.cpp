@@ -4,6 +4,10 @@ namespace oz::services {
 
 namespace {
 
+// In the store.
+const QString SavedInventory = QStringLiteral("inventory");
+const QString SavedMiracast = QStringLiteral("miracast-supported");
+
 // Each processor has attributes of its own.
 void addProcessors(const Hardware &hardware, QVariantMap *inventory)
 {
@@ -26,6 +30,11 @@ HardwarePublisher::HardwarePublisher(
       m_miracast(miracast), m_inventory(tree, inventoryFields().path())
 {
     declare(m_inventory);
+    // A source that has to find it out, as the same did before, does not take back what applications read
+    // once.
+    const QVariant before = tree.store().load(SavedInventory).value(SavedMiracast);
+    if (miracast && before.isValid() && tree.isContinued(QStringLiteral("miracast")))
+        m_isMiracastSupported = before.toBool();
     if (miracast)
         connect(&miracast->source(), &Source::changed, this, &HardwarePublisher::republish);
     follow();
@@ -38,6 +47,8 @@ void HardwarePublisher::publishState(const Hardware &hardware)
     addProcessors(hardware, &inventory);
     if (const auto known = m_miracast ? m_miracast->isMiracastSupported() : std::nullopt)
         m_isMiracastSupported = known;
+    tree().store().save(SavedInventory,
+        m_isMiracastSupported ? QVariantMap{{SavedMiracast, *m_isMiracastSupported}} : QVariantMap());
     if (m_isMiracastSupported) {
         inventory.insert(QStringLiteral("Miracast_Supported"),
             *m_isMiracastSupported ? QStringLiteral("yes") : QStringLiteral("no"));
