@@ -107,6 +107,12 @@ QString ipv4Text(const QByteArray &bytes)
     return QString::fromLatin1(text.data());
 }
 
+bool isIpv4(const QString &text)
+{
+    in_addr address{};
+    return ::inet_pton(AF_INET, text.toUtf8().constData(), &address) == 1;
+}
+
 NetworkAddresses::NetworkAddresses()
     : m_socket(openSocket(RTMGRP_IPV4_IFADDR | RTMGRP_IPV4_ROUTE | RTMGRP_NEIGH))
 {
@@ -163,6 +169,19 @@ QString NetworkAddresses::neighbour(const QString &interface, const QString &har
                 && bytesOf(address->second) == QByteArray::fromHex(hardware.toLatin1());
             return isMeant ? addressIn(attributes, NDA_DST) : QString();
         });
+}
+
+QString NetworkAddresses::hardwareOf(const QString &address)
+{
+    return firstOf<ndmsg>(RTM_GETNEIGH, [address](const ndmsg &header, const Attributes &attributes) {
+        constexpr int hardwareSize = 6;
+        const auto hardware = attributes.find(NDA_LLADDR);
+        if (header.ndm_state & (NUD_FAILED | NUD_INCOMPLETE | NUD_NOARP) || hardware == attributes.end()
+            || addressIn(attributes, NDA_DST) != address)
+            return QString();
+        const QByteArray bytes = bytesOf(hardware->second);
+        return bytes.size() == hardwareSize ? QString::fromLatin1(bytes.toHex(':')) : QString();
+    });
 }
 
 } // namespace oz::services

@@ -31,6 +31,8 @@ public:
     [[nodiscard]] static QString gateway(const QString &interface);
     /*! The neighbour on the link of an \a interface that has the hardware address \a hardware. */
     [[nodiscard]] static QString neighbour(const QString &interface, const QString &hardware);
+    /*! The hardware address, "02:00:00:00:00:01", of the neighbour on any link that has the \a address. */
+    [[nodiscard]] static QString hardwareOf(const QString &address);
 
 Q_SIGNALS:
     /*! Some of it may have changed. */
@@ -46,5 +48,7 @@ private:
 
 /*! "192.168.49.1", of the four bytes of an address; empty for others. */
 [[nodiscard]] QString ipv4Text(const QByteArray &bytes);
+/*! True for a text such as "192.168.49.1". */
+[[nodiscard]] bool isIpv4(const QString &text);
 
 } // namespace oz::services
