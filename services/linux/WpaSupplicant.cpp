@@ -182,6 +182,8 @@ void WpaSupplicant::readRadio(const QString &path)
             // A name that somebody has given the radio stays.
             if (m_canP2p && config.value(DeviceName).toString().isEmpty())
                 introduce();
+            if (m_canP2p && !m_displayElements.isEmpty())
+                setDisplayElements(m_displayElements);
             Q_EMIT radioChanged();
         });
 }
@@ -204,10 +206,22 @@ void WpaSupplicant::introduce()
             {QStringLiteral("PrimaryDeviceType"),
                 deviceType(host.value(QStringLiteral("Chassis")).toString())},
             {QStringLiteral("GroupIdle"), IdleGroup}};
-        call(m_radio, PropertiesInterface, QStringLiteral("Set"),
-            {Wpa::P2p, Config, QVariant::fromValue(QDBusVariant(QVariant::fromValue(settings)))}, this,
-            [](const QDBusMessage &) {});
+        set(m_radio, Wpa::P2p, Config, settings);
     });
+}
+
+void WpaSupplicant::set(
+    const QString &path, const QString &interface, const QString &name, const QVariant &value)
+{
+    call(path, PropertiesInterface, QStringLiteral("Set"),
+        {interface, name, QVariant::fromValue(QDBusVariant(value))}, this, [](const QDBusMessage &) {});
+}
+
+void WpaSupplicant::setDisplayElements(const QByteArray &elements)
+{
+    m_displayElements = elements;
+    if (!m_radio.isEmpty())
+        set(Wpa::Root, Wpa::Name, QStringLiteral("WFDIEs"), elements);
 }
 
 void WpaSupplicant::loseRadio(const QString &reason)

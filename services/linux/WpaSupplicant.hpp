@@ -44,6 +44,10 @@ public:
     /*! Why isEnabled() is false, in words for a person. */
     [[nodiscard]] QString obstacle() const;
 
+    /*! Has peers see these wireless display subelements of this device, now and after each restart. */
+    void setDisplayElements(const QByteArray &elements);
+    [[nodiscard]] const QByteArray &displayElements() const { return m_displayElements; }
+
     using Answered = BusService::Answered;
     void call(const QString &path, const QString &interface, const QString &method,
         const QVariantList &arguments, QObject *context, const Answered &answered)
@@ -77,6 +81,7 @@ private:
     void onRadioFound(const QDBusMessage &answer);
     void readRadio(const QString &path);
     void introduce();
+    void set(const QString &path, const QString &interface, const QString &name, const QVariant &value);
     void loseRadio(const QString &reason);
     void setEnabled(const QVariantMap &properties);
 
@@ -89,6 +94,7 @@ private:
     QString m_absence;
     bool m_canP2p = false;
     bool m_isEnabled = false;
+    QByteArray m_displayElements;
 };
 
 /*! How a request ended that this \a answer is to. */

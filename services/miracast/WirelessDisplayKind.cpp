@@ -1,9 +1,11 @@
 #include "miracast/WirelessDisplayKind.hpp"
 
 #include "linux/NetworkAddresses.hpp"
+#include "miracast/AirSinks.hpp"
 #include "miracast/NetworkSinks.hpp"
 #include "miracast/WirelessDisplay.hpp"
 #include "source/Error.hpp"
+#include "wifi-direct/WpaWiFiDirectOf.hpp"
 
 #include <oz/DeviceRoot.hpp>
 
@@ -102,6 +104,7 @@ std::shared_ptr<Source> makeSource(Providers &providers, const SourceOptions &op
     std::vector<std::unique_ptr<SinkWay>> ways;
     ways.push_back(std::make_unique<NetworkSinks>(
         cast, sinksOf(options), looksForSinks(options) ? bus : nullptr, limitOf(options)));
+    ways.push_back(std::make_unique<AirSinks>(wpaWiFiDirectOf(providers), port));
     return std::make_shared<WirelessDisplay>(
         cast, std::move(ways), std::make_unique<FriendlyName>(bus), port, providers.store());
 }

@@ -70,15 +70,17 @@ void NetworkManagerP2p::onChanged()
     Q_EMIT changed();
 }
 
-void NetworkManagerP2p::connectPeer(
-    const QString &address, const QString &name, QObject *context, const BusService::Answered &done)
+void NetworkManagerP2p::connectPeer(const QString &address, const QString &name, const QByteArray &elements,
+    QObject *context, const BusService::Answered &done)
 {
-    const BusObjects::Interfaces settings{
+    BusObjects::Interfaces settings{
         {QStringLiteral("connection"),
             {{QStringLiteral("type"), QStringLiteral("wifi-p2p")}, {QStringLiteral("id"), name},
                 {QStringLiteral("autoconnect"), false}}},
         {QStringLiteral("wifi-p2p"),
             {{QStringLiteral("peer"), address.toUpper()}, {QStringLiteral("wps-method"), PushButton}}}};
+    if (!elements.isEmpty())
+        settings[QStringLiteral("wifi-p2p")].insert(QStringLiteral("wfd-ies"), elements);
     // Nothing of it stays.
     const QVariantMap options{{QStringLiteral("persist"), QStringLiteral("volatile")}};
     m_isAsked = true;

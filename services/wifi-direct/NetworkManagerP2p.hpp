@@ -28,9 +28,9 @@ public:
     }
 
     /*! Connects a peer, by push button; \a done is called with the answer. NetworkManager decides on the
-     * roles. */
-    void connectPeer(
-        const QString &address, const QString &name, QObject *context, const BusService::Answered &done);
+     * roles. The peer sees the wireless display subelements \a elements, if any, of this device. */
+    void connectPeer(const QString &address, const QString &name, const QByteArray &elements,
+        QObject *context, const BusService::Answered &done);
     /*! Ends the connection, or the attempt. */
     void disconnectPeer();
 

@@ -1,9 +1,8 @@
 #include "facility/Facility.hpp"
-#include "linux/WpaSupplicant.hpp"
 #include "wifi-direct/SimulatedWiFiDirect.hpp"
 #include "wifi-direct/WiFiDirectPublisher.hpp"
 #include "wifi-direct/WiFiDirectRecorder.hpp"
-#include "wifi-direct/WpaWiFiDirect.hpp"
+#include "wifi-direct/WpaWiFiDirectOf.hpp"
 
 namespace oz::services {
 
@@ -13,10 +12,7 @@ Facility wifiDirectFacility()
     const SourceKind wpaSupplicant{QStringLiteral("wpa-supplicant"),
         QStringLiteral("a Wi-Fi radio, by wpa_supplicant"), {interface},
         [interface](Providers &providers, const SourceOptions &options) -> std::shared_ptr<Source> {
-            auto bus = providers.shared<SystemBus>();
-            auto supplicant = providers.shared<WpaSupplicant>(
-                [&] { return std::make_shared<WpaSupplicant>(bus, options.value(interface)); });
-            return std::make_shared<WpaWiFiDirect>(std::move(bus), std::move(supplicant), providers.store());
+            return wpaWiFiDirectOf(providers, options.value(interface));
         },
         noObstacle};
     return describeFacility<WiFiDirectSource, SimulatedWiFiDirect>(

@@ -1,9 +1,10 @@
 #include "wifi-direct/WpaConnecting.hpp"
 
-#include <QDBusObjectPath>
+#include <QDBusArgument>
 
 #include <cerrno>
 #include <chrono>
+#include <functional>
 
 namespace oz::services {
 
@@ -48,6 +49,30 @@ int intentNumber(Intent intent)
     return AnyIntent;
 }
 
+int numberIn(const QVariant &map, const char *name)
+{
+    return qdbus_cast<QVariantMap>(map).value(QLatin1String(name)).toInt();
+}
+
+// The status codes of the standard.
+WpaConnecting::Failure negotiationFailure(const QVariantList &arguments)
+{
+    constexpr int IncompatibleMethod = 10;
+    constexpr int RejectedByUser = 11;
+    const int status = numberIn(arguments.value(0), "status");
+    return status == IncompatibleMethod ? WpaConnecting::Failure::OtherMethod
+        : status == RejectedByUser      ? WpaConnecting::Failure::Refused
+                                        : WpaConnecting::Failure::Other;
+}
+
+// The configuration errors of Wi-Fi Protected Setup.
+WpaConnecting::Failure wpsFailure(const QVariantList &arguments)
+{
+    constexpr int PasswordFailure = 18;
+    return numberIn(arguments.value(1), "config_error") == PasswordFailure ? WpaConnecting::Failure::WrongPin
+                                                                           : WpaConnecting::Failure::Other;
+}
+
 } // namespace
 
 WpaConnecting::WpaConnecting(WpaSupplicant &supplicant, WpaPeers &peers, NetworkManagerP2p &manager)
@@ -60,15 +85,20 @@ WpaConnecting::WpaConnecting(WpaSupplicant &supplicant, WpaPeers &peers, Network
     connect(&m_manager, &NetworkManagerP2p::ended, this, &WpaConnecting::end);
     connect(&m_peers, &WpaPeers::found, this, &WpaConnecting::onFound);
     // From the radio's object before there is an interface for the group, from the group's afterwards.
-    for (const char *signal : {"GONegotiationFailure", "GroupFormationFailure", "WpsFailed"}) {
-        m_supplicant.hear({}, Wpa::P2p, QLatin1String(signal), this, [this](const QDBusMessage &) { end(); });
-    }
+    const auto hear = [this](const char *signal, const std::function<Failure(const QVariantList &)> &read) {
+        m_supplicant.hear({}, Wpa::P2p, QLatin1String(signal), this,
+            [this, read](const QDBusMessage &message) { fail(read(message.arguments())); });
+    };
+    hear("GONegotiationFailure", negotiationFailure);
+    hear("WpsFailed", wpsFailure);
+    hear("GroupFormationFailure", [](const QVariantList &) { return Failure::Other; });
 }
 
 void WpaConnecting::begin(const Request &request, const Done &done)
 {
     m_refusal.stop();
     m_request = request;
+    m_failure = Failure::Other;
     if (m_peers.isReachable(request.address))
         connectPeer(done);
     else
@@ -113,7 +143,8 @@ void WpaConnecting::connectPeer(const Done &done)
     };
     const QString &address = m_request->address;
     if (m_manager.ownsRadio())
-        m_manager.connectPeer(address, m_peers.find(address)->name, this, answered);
+        m_manager.connectPeer(
+            address, m_peers.find(address)->name, m_supplicant.displayElements(), this, answered);
     else
         m_supplicant.call(
             m_supplicant.radio(), Wpa::P2p, QStringLiteral("Connect"), {settings()}, this, answered);
@@ -142,6 +173,13 @@ void WpaConnecting::cancel()
         m_isSearching ? QStringLiteral("StopFind") : QStringLiteral("Cancel"), {}, this,
         [](const QDBusMessage &) {});
     m_refusal.start();
+    end();
+}
+
+void WpaConnecting::fail(Failure failure)
+{
+    if (m_request)
+        m_failure = failure;
     end();
 }
 

@@ -10,6 +10,7 @@ namespace oz::services {
 namespace {
 
 constexpr int OwnsGroup = 1; // of the group capabilities
+constexpr int ButtonMethod = 0x80; // of the configuration methods, in software or in hardware
 constexpr qsizetype AddressSize = 6; // bytes
 
 QString addressText(const QByteArray &bytes)
@@ -88,6 +89,12 @@ bool WpaPeers::ownsGroup(const QString &address) const
     return index >= 0 && m_known[index].ownsGroup;
 }
 
+bool WpaPeers::hasPushButton(const QString &address) const
+{
+    const qsizetype index = indexOf(address);
+    return index < 0 || m_known[index].hasPushButton;
+}
+
 QString WpaPeers::objectOf(const QString &address) const
 {
     return m_supplicant.radio() + QLatin1String("/Peers/") + address.toLower().remove(u':');
@@ -161,6 +168,8 @@ std::optional<WpaPeers::Known> WpaPeers::knownOf(const QString &object, const QV
     if (const QByteArray elements = properties.value(QStringLiteral("IEs")).toByteArray();
         !elements.isEmpty())
         known.peer.displayInfo = QString::fromLatin1(elements.toHex());
+    const int methods = properties.value(QStringLiteral("config_method")).toInt();
+    known.hasPushButton = methods == 0 || (methods & ButtonMethod);
     known.ownsGroup = properties.value(QStringLiteral("groupcapability")).toInt() & OwnsGroup;
     return known;
 }

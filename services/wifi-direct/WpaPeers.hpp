@@ -29,6 +29,8 @@ public:
     [[nodiscard]] bool isReachable(const QString &address) const;
     /*! True if it owns a group, which can be joined. */
     [[nodiscard]] bool ownsGroup(const QString &address) const;
+    /*! False if a peer says that it has no button to push. */
+    [[nodiscard]] bool hasPushButton(const QString &address) const;
     /*! The object of a peer, known or not. */
     [[nodiscard]] QString objectOf(const QString &address) const;
     /*! The hardware address in the path of a peer's object: "02:00:00:00:01:00". */
@@ -62,6 +64,7 @@ private:
         Peer peer;
         bool isReachable = true;
         bool ownsGroup = false;
+        bool hasPushButton = true;
     };
 
     void readPeers(const QStringList &objects, const std::function<void()> &done);

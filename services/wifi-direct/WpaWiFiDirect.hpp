@@ -18,6 +18,13 @@ public:
     WpaWiFiDirect(
         std::shared_ptr<SystemBus> bus, std::shared_ptr<WpaSupplicant> supplicant, StateStore &store);
 
+    /*! The radio, for what is not Wi-Fi Direct's alone. */
+    [[nodiscard]] WpaSupplicant &supplicant() { return *m_supplicant; }
+    /*! Why the last connection failed. */
+    [[nodiscard]] WpaConnecting::Failure failure() const { return m_connecting.failure(); }
+    /*! False if a peer says that it has no button to push. */
+    [[nodiscard]] bool hasPushButton(const QString &address) const { return m_peers.hasPushButton(address); }
+
     void scan(const Done &done) override;
     void connectPeer(const ConnectRequest &request, const Done &done) override;
     void cancelConnect(const Done &done) override;
