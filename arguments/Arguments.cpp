@@ -52,6 +52,12 @@ Option Option::needs(const Option &other) const
     return *this;
 }
 
+Option Option::hide() const
+{
+    m_option->group("");
+    return *this;
+}
+
 Verb Verb::add(const char *name, const char *help) const
 {
     return Verb(m_parser->add_subcommand(name, help));

@@ -36,6 +36,8 @@ public:
     Option whenGiven(std::function<void()> given) const;
     /*! It is wrong without \a other. */
     Option needs(const Option &other) const;
+    /*! Leaves it out of the help. */
+    Option hide() const;
 
 private:
     CLI::Option *m_option;

@@ -53,7 +53,7 @@ TEST(LayersTest, EachLayerIncludesOnlyFromThoseBelowIt)
 {
     const QMap<QString, QStringList> below{{"support", {}}, {"device", {"support"}},
         {"models", {"device", "support"}}, {"qml", {"device", "models"}}, {"sensors", {"support"}},
-        {"mock", {"support"}}, {"client", {"support"}}, {"services", {"support"}},
+        {"mock", {"support"}}, {"cast", {"support"}}, {"client", {"support"}}, {"services", {"support"}},
         {"testing", {"device", "support", "client"}}, {"tools", {"device", "support", "client"}},
         {"panel", {"tools", "client", "device", "models", "support"}}};
     for (auto layer = below.cbegin(); layer != below.cend(); ++layer) {
