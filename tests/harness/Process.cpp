@@ -25,10 +25,11 @@ QString packageOf(const QString &program)
     static const QHash<QString, QString> packages{{"Xephyr", "xserver-xephyr"}, {"Xorg", "xserver-xorg-core"},
         {"Xvfb", "xvfb"}, {"ModemManager", "modemmanager"}, {"dbus-daemon", "dbus-daemon"},
         {"dbusmock", "python3-dbusmock"}, {"gdbus", "libglib2.0-bin"},
-        {"iio-sensor-proxy", "iio-sensor-proxy"}, {"ip", "iproute2"}, {"mke2fs", "e2fsprogs"},
-        {"mmcli", "modemmanager"}, {"pkill", "procps"}, {"setpriv", "util-linux"}, {"sway", "sway"},
-        {"swaymsg", "sway"}, {"systemd-hostnamed", "systemd"}, {"udisksd", "udisks2"},
-        {"unshare", "util-linux"}, {"upowerd", "upower"}, {"xrandr", "x11-xserver-utils"}};
+        {"gst-launch-1.0", "gstreamer1.0-tools"}, {"iio-sensor-proxy", "iio-sensor-proxy"},
+        {"ip", "iproute2"}, {"mke2fs", "e2fsprogs"}, {"mmcli", "modemmanager"}, {"pkill", "procps"},
+        {"setpriv", "util-linux"}, {"sway", "sway"}, {"swaymsg", "sway"}, {"systemd-hostnamed", "systemd"},
+        {"udisksd", "udisks2"}, {"unshare", "util-linux"}, {"upowerd", "upower"},
+        {"xrandr", "x11-xserver-utils"}};
     return packages.value(QFileInfo(program).fileName());
 }
 
