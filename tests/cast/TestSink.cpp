@@ -5,9 +5,9 @@
 
 namespace oz::harness {
 
-TestSink::TestSink(const QString &address) : m_address(address)
+TestSink::TestSink(const QString &address, quint16 controlPort) : m_address(address)
 {
-    m_control.listen(QHostAddress(address));
+    m_control.listen(QHostAddress(address), controlPort);
     m_rtp.bind(QHostAddress(address));
     m_rtp.setSocketOption(QAbstractSocket::ReceiveBufferSizeSocketOption, 4 << 20);
     connect(&m_control, &QTcpServer::newConnection, this, [this] {
@@ -20,10 +20,11 @@ TestSink::TestSink(const QString &address) : m_address(address)
     connect(&m_rtp, &QUdpSocket::readyRead, this, &TestSink::onPackets);
 }
 
-void TestSink::connectToSource(quint16 port)
+void TestSink::connectToSource(quint16 port, const QString &source)
 {
+    m_rtsp.abort();
     m_rtsp.bind(QHostAddress(m_address));
-    m_rtsp.connectToHost(QHostAddress::LocalHost, port);
+    m_rtsp.connectToHost(QHostAddress(source), port);
 }
 
 void TestSink::onControl()

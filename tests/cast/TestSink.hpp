@@ -15,13 +15,13 @@
 namespace oz::harness {
 
 /*!
- * A wireless display on an address of the loopback interface: it speaks what displays speak, written apart
+ * A wireless display on an address of this machine: it speaks what displays speak, written apart
  * from the program that it tests, and can be told to misbehave at any step.
  */
 class TestSink : public QObject
 {
 public:
-    explicit TestSink(const QString &address = QStringLiteral("127.0.0.2"));
+    explicit TestSink(const QString &address = QStringLiteral("127.0.0.2"), quint16 controlPort = 0);
 
     /*! What it sends at a step instead of what is right; %1 stands for the number of the request. The steps
      * are the methods of the source ("OPTIONS", "GET_PARAMETER", "SET_PARAMETER", "KEEP_ALIVE", "TRIGGER
@@ -38,7 +38,7 @@ public:
     [[nodiscard]] QString address() const { return m_address; }
     [[nodiscard]] quint16 controlPort() const { return m_control.serverPort(); }
     /*! Connects without being asked to, as on the air. */
-    void connectToSource(quint16 port);
+    void connectToSource(quint16 port, const QString &source = QStringLiteral("127.0.0.1"));
     void request(const QByteArray &method, const QByteArray &body = {}, const QByteArray &session = {});
     void sendRaw(const QByteArray &bytes);
 
