@@ -21,6 +21,7 @@
 #include <future>
 #include <optional>
 #include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -540,6 +541,65 @@ TEST_F(PpsServerTest, WhereAllPlacesAreTakenTheUserWithTheMostGivesWay)
     for (const QString &told : log.take())
         EXPECT_TRUE(told.endsWith("as it takes; some are ended or refused"));
     ::close(hold[0]);
+}
+
+TEST_F(PpsServerTest, AConversationWithADeviceKeepsEveryLineUpToItsLimits)
+{
+    const QString path = "/dev/talk";
+    DeviceServer device(path);
+    device.keepEveryLine(10'000, 100'000);
+    QByteArrayList received;
+    quint64 client = 0;
+    int left = 0;
+    QObject::connect(&device, &DeviceServer::connected, [&](const auto &each) { client = each.id; });
+    QObject::connect(&device, &DeviceServer::received,
+        [&](const auto &, const QByteArray &line) { received.append(line); });
+    QObject::connect(&device, &DeviceServer::disconnected, [&] { ++left; });
+    ASSERT_TRUE(device.listen());
+    const auto connectAnew = [&] {
+        const quint64 before = client;
+        const int file = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+        sockaddr_un address{AF_UNIX, {}};
+        qstrncpy(address.sun_path, root.file(path).toUtf8().constData(), sizeof address.sun_path);
+        EXPECT_EQ(::connect(file, reinterpret_cast<const sockaddr *>(&address), sizeof address), 0);
+        EXPECT_TRUE(waitUntil([&] { return client != before; }));
+        return file;
+    };
+    const auto write = [](int file, const QByteArray &text) {
+        EXPECT_EQ(::send(file, text.constData(), std::size_t(text.size()), 0), text.size());
+    };
+    int file = connectAnew();
+    const QByteArray longest(10'000, 'x');
+    write(file, longest + '\n');
+    EXPECT_TRUE(waitUntil([&] { return received == QByteArrayList{longest}; }));
+    QByteArray expected;
+    for (int i = 0; i < 1000; ++i) {
+        EXPECT_TRUE(device.send(client, QByteArray::number(i)));
+        expected += QByteArray::number(i) + '\n';
+    }
+    QByteArray read;
+    EXPECT_TRUE(waitUntil([&] {
+        char chunk[4096];
+        const auto size = ::recv(file, chunk, sizeof chunk, MSG_DONTWAIT);
+        read.append(chunk, std::max<qsizetype>(size, 0));
+        return read == expected;
+    }));
+    write(file, longest + "y\n");
+    EXPECT_TRUE(waitUntil([&] { return left == 1; }));
+    ::close(file);
+    file = connectAnew();
+    device.disconnectClient(client);
+    EXPECT_EQ(left, 2);
+    ::close(file);
+    file = connectAnew();
+    for (int i = 0; i < 10'000 && left == 2; ++i) // more than the kernel takes
+        (void)device.send(client, longest);
+    EXPECT_TRUE(waitUntil([&] { return left == 3; }));
+    ::close(file);
+    EXPECT_EQ(received.size(), 1);
+    const QStringList logged = log.take();
+    EXPECT_EQ(logged.size(), 1);
+    EXPECT_TRUE(logged.value(0).endsWith("has written too long a line to /dev/talk"));
 }
 
 TEST_F(PpsServerTest, AMessageOverTheLimitIsNotReceivedAndItsClientHearsOfIt)
