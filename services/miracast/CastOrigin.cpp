@@ -46,8 +46,7 @@ QString CastChild::notInstalled()
 void CastChild::start()
 {
     m_again.stop();
-    m_isKilled = false;
-    m_settles.setRemainingTime(LongestCasterPause);
+    m_isUsed = false;
     const QByteArray root = "OZ_DEVICE_ROOT=" + QFile::encodeName(QFileInfo(deviceRoot()).absoluteFilePath());
     const int error =
         m_program.isEmpty() ? ENOENT : m_child.start(m_program, {QStringLiteral("--child")}, root);
@@ -67,21 +66,14 @@ bool CastChild::admits(const ServiceClient &client) const
     return m_child.pid() != 0 && client.pid == m_child.pid();
 }
 
-void CastChild::kill()
-{
-    m_isKilled = true;
-    m_child.kill();
-}
-
 void CastChild::onEnded(const QString &how)
 {
-    // Not at once where that is all that it ever does.
-    if (std::exchange(m_isKilled, false) && m_settles.hasExpired())
-        return start();
     m_absence = QLatin1String("ozcast does not run: ") + how;
     qCWarning(logServices).noquote() << m_program + QLatin1String(": ") + how;
-    if (m_settles.hasExpired())
+    if (m_isUsed) {
         m_again.reset();
+        return start();
+    }
     m_again.startLater();
     Q_EMIT changed();
 }

@@ -6,8 +6,6 @@
 
 #include <oz/ServiceClient.hpp>
 
-#include <QDeadlineTimer>
-
 namespace oz::services {
 
 /*! Where the ozcast comes from that the daemon speaks with. */
@@ -24,6 +22,8 @@ public:
     [[nodiscard]] virtual QString absence() const = 0;
     /*! True while one that is not connected is expected soon. */
     [[nodiscard]] virtual bool isExpected() const = 0;
+    /*! It is given something to do, whose failure is no sign of a program that cannot run at all. */
+    virtual void use() { }
     /*! Ends a process that does not do what it is told, where that is the daemon's. */
     virtual void kill() { }
 
@@ -32,7 +32,8 @@ Q_SIGNALS:
     void changed();
 };
 
-/*! An ozcast that the daemon starts, and starts again with growing pauses when it ends. */
+/*! An ozcast that the daemon starts, and starts again when it ends: at once where it was in use, else with
+ * growing pauses. */
 class CastChild final : public CastOrigin
 {
     Q_OBJECT
@@ -50,7 +51,8 @@ public:
     [[nodiscard]] bool admits(const ServiceClient &client) const override;
     [[nodiscard]] QString absence() const override { return m_absence; }
     [[nodiscard]] bool isExpected() const override { return m_child.pid() != 0; }
-    void kill() override;
+    void use() override { m_isUsed = true; }
+    void kill() override { m_child.kill(); }
 
 private:
     void onEnded(const QString &how);
@@ -59,8 +61,7 @@ private:
     QString m_absence;
     ChildProcess m_child;
     RetryTimer m_again;
-    QDeadlineTimer m_settles; // from when on its end is no sign of a program that cannot run
-    bool m_isKilled = false; // by the daemon, which needs the next one at once
+    bool m_isUsed = false;
 };
 
 /*! The ozcast of the session that is active on the seat, which the session itself starts. */

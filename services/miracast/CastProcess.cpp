@@ -22,6 +22,7 @@ constexpr qsizetype MostUnread = 4 * MaxCastLine;
 constexpr int CastVersion = 1;
 constexpr auto ProbeLimit = 1500ms;
 constexpr auto ProbeDelay = 1000ms; // until an answer counts as missing
+constexpr auto RefusalTime = 1s;
 constexpr auto FirstListenPause = 250ms;
 constexpr auto LongestListenPause = 10s;
 
@@ -96,9 +97,8 @@ void CastProcess::onConnected(const DeviceServer::Client &client)
 void CastProcess::refuse(const DeviceServer::Client &client, const QString &why)
 {
     m_device.send(client.id, CastLines::write(QStringLiteral("refused"), {{QStringLiteral("text"), why}}));
-    // Not from within the signal of its connection.
-    QMetaObject::invokeMethod(
-        &m_device, [this, id = client.id] { m_device.disconnectClient(id); }, Qt::QueuedConnection);
+    // It reads that first, unless it takes its time.
+    QTimer::singleShot(RefusalTime, &m_device, [this, id = client.id] { m_device.disconnectClient(id); });
 }
 
 void CastProcess::onReceived(const DeviceServer::Client &client, const QByteArray &line)
@@ -215,6 +215,7 @@ void CastProcess::finishProbe(int id, const std::optional<QStringList> &acceptin
 int CastProcess::cast(QJsonObject values)
 {
     values.insert(idName(), ++m_lastId);
+    m_origin->use();
     m_device.send(m_client.id, CastLines::write(QStringLiteral("cast"), values));
     return m_lastId;
 }

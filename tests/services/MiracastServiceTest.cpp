@@ -1,12 +1,11 @@
 // The simulated wireless displays as applications have them.
 
+#include "services/MiracastClient.hpp"
 #include "services/Services.hpp"
 
 #include <oz/device/DisplayInfo.hpp>
-#include <oz/device/MiracastManager.hpp>
 
 #include <QElapsedTimer>
-#include <QRegularExpression>
 
 using namespace oz;
 using namespace oz::device;
@@ -14,55 +13,14 @@ using namespace oz::harness;
 
 namespace {
 
+using Client = MiracastClient;
 using State = MiracastConnectionState;
-using Request = std::function<void(MiracastManager &)>;
 
 const QString Control = "/pps/services/miracast/control";
 const QString Tv = "02:00:00:00:02:01";
 const QString Projector = "02:00:00:00:02:02";
 const QString SetTopBox = "02:00:00:00:02:03";
 const QString Monitor = "02:00:00:00:02:04";
-
-Request connectTo(const QString &address, const QString &pin = {})
-{
-    return [=](MiracastManager &miracast) { miracast.requestConnect(address, pin); };
-}
-const Request Scan = &MiracastManager::requestScan;
-const Request Disconnect = &MiracastManager::requestDisconnect;
-const Request Pause = &MiracastManager::requestPause;
-const Request Resume = &MiracastManager::requestResume;
-const Request Shutdown = &MiracastManager::requestShutdown;
-
-// An instance, and how its requests were completed.
-struct Client
-{
-    void ask(const Request &request) { request(miracast); }
-    [[nodiscard]] QStringList completions()
-    {
-        static const QRegularExpression completion("(\\w+)Completed\\(([A-Z]\\w+)\\)");
-        QStringList found;
-        for (const auto &match : completion.globalMatch(heard.take()))
-            found.append(match.captured(1) + " " + match.captured(2));
-        return found;
-    }
-    // The signals of a request, without the numeric twins and the session's own number.
-    QString after(const Request &request)
-    {
-        static const QRegularExpression repeated(R"((\w+\((?:"[^"]*", )*\d+[^x)]*\)) ?)");
-        static const QRegularExpression session("sessionId\\(\"[0-9a-f-]+\"\\)");
-        QString signalled;
-        request(miracast);
-        EXPECT_TRUE(waitUntil([&] { return (signalled += heard.take() + ' ').contains("Completed("); }));
-        return signalled.replace(session, "sessionId(ID)").remove(repeated).simplified();
-    }
-    QString resultOf(const Request &request)
-    {
-        return after(request).section("Completed(", 1).section(')', 0, 0);
-    }
-
-    MiracastManager miracast;
-    SignalLog heard{&miracast};
-};
 
 class MiracastServiceTest : public ServicesTest
 {
