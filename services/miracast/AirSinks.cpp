@@ -73,6 +73,9 @@ void AirSinks::onRadio()
         m_lastRemark = remark();
         Q_EMIT remarkChanged();
     }
+    // The session of a daemon that died is over.
+    if (!m_leftOver.isEmpty() && isOn() && m_radio->state()->group)
+        m_radio->stopSession(std::exchange(m_leftOver, {}), [](const Outcome &) {});
     if (m_scanned && !isOn())
         return std::exchange(m_scanned, nullptr)(Result::WiFiFailed);
     if (m_scanned && m_isScanning && !m_radio->state()->scanning) {
@@ -221,12 +224,18 @@ QVariantList AirSinks::saved() const
     QVariantList saved;
     for (const Sink &sink : m_sinks)
         saved.append(QVariant(QStringList{sink.name, sink.address, sink.type}));
+    if (!m_session.isEmpty())
+        saved.append(m_session);
     return saved;
 }
 
 void AirSinks::restore(const QVariantList &saved)
 {
     for (const QVariant &each : saved) {
+        if (each.typeId() == QMetaType::QString) {
+            m_leftOver = each.toString();
+            continue;
+        }
         const QStringList sink = each.toStringList();
         m_sinks.append({sink.value(0), sink.value(1), sink.value(2)});
     }

@@ -44,6 +44,7 @@ private:
     Reached m_reached; // empty while none is being reached
     bool m_isAsked = false; // the radio, for the sink
     QString m_session; // that keeps the group
+    QString m_leftOver; // the session of a daemon that died
     bool m_hasPin = false;
     QString m_lastRemark;
 };

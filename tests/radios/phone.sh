@@ -87,7 +87,7 @@ daemon_launch() {
 
 phone_stop() {
     local process
-    for process in watch daemon networkmanager polkitd monitor networkd supplicant; do end_process "$process"; done
+    for process in sink watch daemon networkmanager polkitd monitor networkd supplicant xvfb; do end_process "$process"; done
     rm -f "$state/daemon.log"
     rfkill unblock wifi
     [ -e /sys/class/net/wlan0 ] || { "$here/simulated-radio" add && await 5 test -e /sys/class/net/wlan0; }

@@ -21,11 +21,11 @@ const QString Laptop = "42:00:00:00:02:00";
 class WpaSupplicantTest : public RigTest
 {
 protected:
-    explicit WpaSupplicantTest(int graceTime = 2)
+    explicit WpaSupplicantTest(int graceTime = 2, const QStringList &arguments = {})
         : RigTest(std::make_unique<WpaSupplicantRig>(), graceTime), air(static_cast<WpaSupplicantRig &>(*rig))
     {
         rig->start();
-        startDaemon();
+        startDaemon(arguments);
         (void)air.asked();
     }
 
@@ -140,11 +140,13 @@ TEST_F(WpaSupplicantTest, AConnectionFailsInThreeWays)
 {
     WiFiDirect wifi;
     scan(wifi);
-    for (const char *failure : {"GONegotiationFailure", "GroupFormationFailure", "WpsFailed"}) {
+    const std::pair<const char *, const char *> failures[] = {
+        {"GONegotiationFailure", "9"}, {"GroupFormationFailure", "0"}, {"WpsFailed", "18"}};
+    for (const auto &[failure, code] : failures) {
         EXPECT_EQ(wifi.requestConnect(Tv, Intent::Any, Method::PushButtonConfiguration, ""),
             WiFiDirectResult::Success);
         EXPECT_TRUE(reaches(wifi, State::Connecting));
-        (void)air.happen("Fails", {failure});
+        (void)air.happen("Fails", {failure, code});
         EXPECT_TRUE(reaches(wifi, State::Disconnected)) << failure;
     }
     // A group whose forming was cancelled too late is not kept.

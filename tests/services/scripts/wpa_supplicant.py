@@ -24,7 +24,8 @@ def load(mock, _parameters):
     mock.radio = mock.group = None
     mock.asked = []
     mock.AddProperties(MAIN_IFACE, {"Capabilities": dbus.Array(["ap", "p2p"], signature="s"),
-                                    "Interfaces": dbus.Array([], signature="o")})
+                                    "Interfaces": dbus.Array([], signature="o"),
+                                    "WFDIEs": dbus.ByteArray(b"")})
 
 
 def main():
@@ -141,6 +142,12 @@ def Asked(self):
     return ", ".join(asked)
 
 
+@dbus.service.method(RADIO, in_signature="", out_signature="s")
+def Shown(self):
+    """The wireless display elements that peers see, in hexadecimal."""
+    return bytes(self.props[MAIN_IFACE]["WFDIEs"]).hex()
+
+
 @dbus.service.method(RADIO, in_signature="ssss", out_signature="")
 def PeerComes(self, address, name, elements, group):
     """In sight, with wireless display elements in hexadecimal, and with the name of a group that it owns."""
@@ -213,14 +220,14 @@ def Member(self, address, joins):
         [dbus.ObjectPath(peer_path(address))])
 
 
-@dbus.service.method(RADIO, in_signature="s", out_signature="")
-def Fails(self, signal):
+@dbus.service.method(RADIO, in_signature="si", out_signature="")
+def Fails(self, signal, code):
     """A connection does not come about. All but GONegotiationFailure are said by the interface of the group."""
     if signal == "GONegotiationFailure":
-        say(self.radio, P2P, signal, "a{sv}", [{"status": dbus.Int32(9)}])
+        say(self.radio, P2P, signal, "a{sv}", [{"status": dbus.Int32(code)}])
         return
     path = add_link("p2p-wlan0-0", "device")
-    signature, arguments = {"GroupFormationFailure": ("s", [""]), "WpsFailed": ("sa{sv}", ["fail", {"config_error": 18}])}[signal]
+    signature, arguments = {"GroupFormationFailure": ("s", [""]), "WpsFailed": ("sa{sv}", ["fail", {"config_error": code}])}[signal]
     say(path, P2P, signal, signature, arguments)
     remove_link(path)
 
