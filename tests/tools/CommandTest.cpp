@@ -97,7 +97,7 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     QProcess watching;
     watching.start(Command, {"watch", "sdcard", "--all", "--count", "4"});
     QProcess watchingJson;
-    watchingJson.start(Command, {"watch", "sdcard", "--json", "--count", "2"});
+    watchingJson.start(Command, {"watch", "sdcard", "--json", "--count", "2", "--tell-begin"});
     const auto signalled = [&] {
         return watching.state() == QProcess::NotRunning && watchingJson.state() == QProcess::NotRunning;
     };
@@ -112,6 +112,7 @@ TEST_F(CommandTest, ShowsAndWatchesWhatTheSimulatedPhoneDoes)
     const QStringList lines = QString::fromUtf8(watching.readAll()).split('\n', Qt::SkipEmptyParts);
     EXPECT_EQ(lines.size(), 4);
     EXPECT_EQ(lines.filter(QRegularExpression("  sdcard  (state|activity)Changed\\(")), lines);
+    EXPECT_EQ(watchingJson.readLine(), "{\"watching\":[\"sdcard\"]}\n");
     const QJsonObject first = QJsonDocument::fromJson(watchingJson.readLine()).object();
     EXPECT_EQ(first.keys(), (QStringList{"arguments", "facility", "signal", "signature", "time"}));
     EXPECT_TRUE(first.value("signature").toString().contains("oz::device::"));

@@ -25,6 +25,7 @@ struct WatchOptions
     FacilitySelection facilities;
     bool json = false;
     bool all = false;
+    bool tellsBegin = false;
     int count = 0;
     Duration duration;
     Duration every{1};
@@ -66,6 +67,18 @@ void printChange(
                 : QString(u'-' + attribute.key()));
     }
     printLine(lineBeginning(instance) + path.section(u'/', -1) + ": "_L1 + texts.join(u' '));
+}
+
+// Prints that signals are heard from now on: a change that comes after this line is not missed.
+void printBegin(const std::vector<const FacilityEntry *> &entries, bool asJson)
+{
+    QStringList names;
+    for (const FacilityEntry *entry : entries)
+        names.append(entry->name);
+    if (asJson)
+        printJson({{u"watching"_s, QJsonArray::fromStringList(names)}}, QJsonDocument::Compact);
+    else
+        printLine("watching "_L1 + names.join(", "_L1));
 }
 
 // Prints the signals and changes of facilities until a limit of the options is reached.
@@ -188,7 +201,11 @@ int watch(const WatchOptions &options)
         }
     }
     // Without names, whatever is there is watched.
-    return (options.facilities.isNamed() ? available : isAnyThere) ? watch.run() : Unavailable;
+    if (!(options.facilities.isNamed() ? available : isAnyThere))
+        return Unavailable;
+    if (options.tellsBegin)
+        printBegin(there, options.json);
+    return watch.run();
 }
 
 } // namespace
@@ -202,6 +219,7 @@ void addWatchVerb(const Verb &parser, Action &action)
     options->facilities.addSelectors(verb);
     verb.flag("--json", options->json, "One JSON object per line");
     verb.flag("--all", options->all, "Also the numeric signals that repeat the typed ones");
+    verb.flag("--tell-begin", options->tellsBegin, "First a line when everything is watched, for programs");
     verb.duration("--every", options->every.seconds, "How often to read counters (1s)")
         .whenGiven([options = options] { options->hasEvery = true; });
     verb.count("--count", options->count, "End after this number of lines");
