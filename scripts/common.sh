@@ -21,7 +21,7 @@ test_packages=(
     libgtest-dev libgmock-dev
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
     dbus umockdev libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
-    systemd e2fsprogs network-manager procps python3-pytest
+    systemd e2fsprogs network-manager procps python3-pytest python3-pytest-xdist
     "${qml_packages[@]}"
 )
 # The virtual machine with simulated radios, and what runs in it.
