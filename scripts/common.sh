@@ -31,7 +31,7 @@ radio_packages=(
 # The benchmarks build the rigs of the tests.
 bench_packages=(libbenchmark-dev "${test_packages[@]}")
 fuzz_packages=(clang libclang-rt-dev)
-lint_packages=(clang-format clang-tidy git "${bench_packages[@]}")
+lint_packages=(clang-format clang-tidy git mypy "${bench_packages[@]}")
 docs_packages=(doxygen)
 package_packages=(debhelper dpkg-dev lintian "${docs_packages[@]}")
 clean_system_packages=(debootstrap util-linux git)

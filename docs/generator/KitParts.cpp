@@ -1,7 +1,6 @@
 #include "KitParts.hpp"
 
-#include "Tables.hpp"
-#include "facility/Facility.hpp"
+#include "VerbParameters.hpp"
 
 #include <QMap>
 
@@ -11,18 +10,6 @@ using namespace services;
 
 namespace {
 
-struct Parameter
-{
-    QString type;
-    QString name;
-    QString word = {}; // the expression that makes the argument
-    QString initial = {}; // empty if it must be given
-    QString note = {}; // its range or words
-};
-
-const QString TextType = QStringLiteral("const QString &");
-const QString ListType = QStringLiteral("const QStringList &");
-const QString ListEnd = QStringLiteral(",..."); // of an argument's name
 const QString Instances = QStringLiteral("instances");
 
 // "peer-appears" as "peerAppears", or "PeerAppears".
@@ -32,11 +19,6 @@ QString camelCase(const QString &name, bool startsUpper = false)
     for (const QString &word : name.toLower().split(u'-'))
         text += text.isEmpty() && !startsUpper ? word : QString(word.left(1).toUpper() + word.mid(1));
     return text;
-}
-
-QString capitalised(const QString &text)
-{
-    return text.left(1).toUpper() + text.mid(1);
 }
 
 // The class from which a part's class inherits. Some have further functions, which read values.
@@ -60,81 +42,34 @@ bool isOfBase(const QString &verb)
     return verbs.contains(verb);
 }
 
-// The setting whose value \a verb takes; null for any other verb.
-const Setting *settingOf(const QString &part, const QString &verb)
+QString typeOf(Parameter::Type type)
 {
-    for (const Facility &facility : facilities()) {
-        if (facility.name != part)
-            continue;
-        for (const auto *settings : {&facility.settings, &facility.instances.settings}) {
-            for (const Setting &setting : *settings) {
-                for (const Order &order : setting.orders) {
-                    if (order.verb == verb && !order.argument.isEmpty())
-                        return &setting;
-                }
-            }
-        }
-    }
-    return nullptr;
+    static const QMap<Parameter::Type, QString> types{{Parameter::Text, QStringLiteral("const QString &")},
+        {Parameter::Texts, QStringLiteral("const QStringList &")}, {Parameter::Whole, QStringLiteral("int ")},
+        {Parameter::Number, QStringLiteral("double ")},
+        {Parameter::NumberOrUnknown, QStringLiteral("std::optional<double> ")},
+        {Parameter::Truth, QStringLiteral("bool ")},
+        {Parameter::Time, QStringLiteral("std::chrono::milliseconds ")}};
+    return types.value(type);
 }
 
-// The type of an argument that is not the value of a setting, by its name.
-QString typeOf(const QString &argument)
+bool isText(const Parameter &parameter)
 {
-    static const QStringList integers =
-        QStringLiteral("CODE DEGREES ERRNO HEIGHT ID MM-HEIGHT MM-WIDTH WIDTH").split(u' ');
-    static const QMap<QString, QString> others{{QStringLiteral("on|off"), QStringLiteral("bool ")},
-        {QStringLiteral("FACTOR"), QStringLiteral("double ")},
-        {QStringLiteral("SECONDS"), QStringLiteral("std::chrono::milliseconds ")}};
-    if (integers.contains(argument))
-        return QStringLiteral("int ");
-    return others.value(argument, argument.endsWith(ListEnd) ? ListType : TextType);
+    return parameter.type == Parameter::Text || parameter.type == Parameter::Texts;
 }
 
-// An argument, as the verb names it: "PERCENT", "[PEER,...]", "on|off".
-Parameter parameterOf(const QString &argument)
+QString declarationOf(const Parameter &parameter)
 {
-    const bool isOptional = argument.startsWith(u'[');
-    const QString plain = isOptional ? argument.sliced(1).chopped(1) : argument;
-    Parameter parameter{typeOf(plain), camelCase(plain)};
-    if (plain == u"ERRNO") { // a macro
-        parameter.name = QStringLiteral("error");
-    } else if (plain == u"SECONDS") {
-        parameter.name = QStringLiteral("time");
-    } else if (plain.endsWith(ListEnd)) {
-        parameter.name = QStringLiteral("names");
-    } else if (plain == u"on|off") {
-        parameter.name = QStringLiteral("on");
-    } else if (plain.contains(u'|')) {
-        parameter.name = QStringLiteral("value");
-        parameter.note = QString(plain).replace(u'|', QLatin1String(", "));
-    }
-    const bool isNumber = parameter.type != TextType && parameter.type != ListType;
-    parameter.word = (isOptional && !isNumber ? QLatin1String("optionalWord(") : QLatin1String("word("))
-        + parameter.name + u')';
-    if (isOptional)
-        parameter.initial = isNumber ? QStringLiteral("0") : QStringLiteral("{}");
-    return parameter;
+    const QString initial = isText(parameter) ? QStringLiteral(" = {}") : QStringLiteral(" = 0");
+    return typeOf(parameter.type) + camelCase(parameter.name) + (parameter.isOptional ? initial : QString());
 }
 
-// The argument that is the value of a setting.
-Parameter parameterOf(const Setting &setting, const QString &argument)
+// The expression that makes the argument.
+QString wordOf(const Parameter &parameter)
 {
-    Parameter parameter = parameterOf(argument);
-    ValueType type = setting.type;
-    if (type.kind == ValueType::Number) {
-        parameter.type = type.isWhole ? QStringLiteral("int ") : QStringLiteral("double ");
-        if (type.mayBeUnknown)
-            parameter.type = QStringLiteral("std::optional<double> ");
-    }
-    const bool isAny = type.kind == ValueType::Truth || (type.kind == ValueType::Text && type.form.isEmpty());
-    if (!isAny) {
-        const bool mayBeUnknown = std::exchange(type.mayBeUnknown, false);
-        parameter.note = accepted(type);
-        if (mayBeUnknown)
-            parameter.note += QLatin1String("; unknown without a value");
-    }
-    return parameter;
+    const bool mayBeLeftOut = parameter.isOptional && isText(parameter);
+    return (mayBeLeftOut ? QLatin1String("optionalWord(") : QLatin1String("word("))
+        + camelCase(parameter.name) + u')';
 }
 
 QStringList callOf(const QString &part, const QVariantMap &verb)
@@ -142,9 +77,6 @@ QStringList callOf(const QString &part, const QVariantMap &verb)
     const QString name = verb.value(QStringLiteral("name")).toString();
     const QStringList arguments = verb.value(QStringLiteral("arguments")).toStringList();
     const Setting *setting = settingOf(part, name);
-    QList<Parameter> parameters;
-    for (const QString &argument : arguments)
-        parameters.append(setting ? parameterOf(*setting, argument) : parameterOf(argument));
     QString function = camelCase(name);
     if (setting)
         function = QLatin1String("set") + camelCase(setting->key, true);
@@ -153,10 +85,9 @@ QStringList callOf(const QString &part, const QVariantMap &verb)
     QStringList declared;
     QStringList words;
     QStringList notes;
-    for (const Parameter &each : parameters) {
-        declared.append(each.type + each.name
-            + (each.initial.isEmpty() ? QString() : QLatin1String(" = ") + each.initial));
-        words.append(each.word);
+    for (const Parameter &each : parametersOf(part, verb)) {
+        declared.append(declarationOf(each));
+        words.append(wordOf(each));
         if (!each.note.isEmpty())
             notes.append(each.note);
     }

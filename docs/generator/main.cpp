@@ -1,15 +1,18 @@
 // Writes what comes from the facilities' tables: regions of the pages in docs/, the settings in the phone's
-// file, and a header of the test kit.
+// file, a header of the test kit, and the stub of the one for Python.
 
 #include "KitParts.hpp"
 #include "PhoneFile.hpp"
+#include "PythonStub.hpp"
 #include "Regions.hpp"
 #include "Tables.hpp"
 #include "Texts.hpp"
 
 #include "source/Error.hpp"
 
+#include <oz/PpsObject.hpp>
 #include <oz/client/DaemonClient.hpp>
+#include <oz/client/DaemonObjects.hpp>
 #include <oz/client/PrivateDaemon.hpp>
 
 #include <QCommandLineParser>
@@ -26,6 +29,7 @@ namespace {
 
 const QString PhoneName = QStringLiteral("services/data/phone.json");
 const QString KitName = QStringLiteral("testing/include/oz/testing/PhoneParts.hpp");
+const QString StubName = QStringLiteral("python/ozdevice/parts.pyi");
 
 QString contentOf(const QString &name)
 {
@@ -43,16 +47,26 @@ void write(const QString &name, const QString &text)
         throw Error(name + QLatin1String(": ") + file.errorString());
 }
 
-// The parts of the simulated phone as the daemon describes them, with the faults of its services.
-QVariantMap describedParts()
+// The simulated phone as the daemon describes it.
+struct DescribedPhone
+{
+    QVariantMap parts; // with the faults of their services
+    QVariantMap state; // the values of their verbs, and what is around the phone
+};
+
+DescribedPhone describedPhone()
 {
     const oz::client::PrivateDaemon daemon(
         {.program = QCoreApplication::applicationDirPath() + QLatin1String("/ozdeviced")});
-    return oz::client::DaemonClient(daemon.root())
-        .ask(QStringLiteral("describe"))
-        .toMap()
-        .value(QStringLiteral("simulated"))
-        .toMap();
+    QFile phone(daemon.root() + oz::client::DaemonObjects::Phone);
+    if (!phone.open(QIODevice::ReadOnly))
+        throw Error(phone.fileName() + QLatin1String(": ") + phone.errorString());
+    return {oz::client::DaemonClient(daemon.root())
+                .ask(QStringLiteral("describe"))
+                .toMap()
+                .value(QStringLiteral("simulated"))
+                .toMap(),
+        oz::PpsObject::decode(phone.readAll()).value(QStringLiteral("@phone")).toMap()};
 }
 
 // Brings the files of the current folder up to date; with \a onlyCheck, gives the names of those that are
@@ -61,7 +75,8 @@ QStringList staleFiles(bool onlyCheck)
 {
     if (const QStringList rows = rowsWithoutHelp(); !rows.isEmpty())
         throw Error(QLatin1String("these have no help:\n  ") + rows.join(QLatin1String("\n  ")));
-    QStringList names{PhoneName, KitName};
+    QStringList names{PhoneName, KitName, StubName};
+    const DescribedPhone phone = describedPhone();
     QDirIterator pages(
         QStringLiteral("docs"), {QStringLiteral("*.md")}, QDir::Files, QDirIterator::Subdirectories);
     while (pages.hasNext())
@@ -75,7 +90,8 @@ QStringList staleFiles(bool onlyCheck)
             return tablesFor(region);
         };
         const QString updated = name == PhoneName ? withSettings(text, name)
-            : name == KitName                     ? phonePartsHeader(describedParts())
+            : name == KitName                     ? phonePartsHeader(phone.parts)
+            : name == StubName                    ? pythonStub(phone.parts, phone.state)
                                                   : withRegions(text, name, tables);
         if (updated == text)
             continue;
@@ -95,7 +111,7 @@ int main(int argc, char **argv)
     const QCoreApplication application(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Writes the generated parts of docs/, of the phone's file and of the test kit."));
+        QStringLiteral("Writes the generated parts of docs/, of the phone's file and of the test kits."));
     parser.addHelpOption();
     const QCommandLineOption check(
         QStringLiteral("check"), QStringLiteral("Writes nothing, and fails if something is stale."));
@@ -110,7 +126,7 @@ int main(int argc, char **argv)
         parser.showHelp(2);
     try {
         if (parser.isSet(texts)) {
-            write(parser.value(texts), textsForTranslators(describedParts()));
+            write(parser.value(texts), textsForTranslators(describedPhone().parts));
             return 0;
         }
         if (!QDir::setCurrent(parser.positionalArguments().first()))

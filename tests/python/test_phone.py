@@ -1,9 +1,11 @@
 """The phone as its services describe it."""
 
+import ast
 import errno
 import os
 import subprocess
 import sys
+from pathlib import Path
 
 import pytest
 
@@ -110,6 +112,34 @@ WRONG = {
 def test_what_means_nothing_says_what_there_is(phone, act, error, text):
     with pytest.raises(error, match=text):
         act(phone)
+
+
+def members_of_the_stub():
+    """The public members of each class of the stub, with those of its bases."""
+    stub = ast.parse(Path(ozdevice.parts.__file__).with_suffix(".pyi").read_text())
+    members = {}
+    for each in (node for node in stub.body if isinstance(node, ast.ClassDef)):
+        own = {node.name for node in each.body if isinstance(node, ast.FunctionDef)}
+        own |= {node.target.id for node in each.body if isinstance(node, ast.AnnAssign)}
+        bases = (members[base.id] for base in each.bases)
+        members[each.name] = {name for name in own if not name.startswith("_")}.union(*bases)
+    return members
+
+
+def test_the_stub_has_what_the_phone_has(phone):
+    stub = members_of_the_stub()
+    common = stub["Part"]
+    assert stub["Parts"] == phone._names() | {"faults"}
+    assert stub["Faults"] == phone.faults._names()
+    for name in phone._names():
+        part = getattr(phone, name)
+        title = "".join(word.capitalize() for word in name.split("_"))
+        assert stub[title] - common == part._names(), name
+        for item in part:
+            assert stub[f"{title}Item"] - common >= part[item]._names(), item
+            assert stub[f"{title}Item"] - common <= {each for i in part for each in part[i]._names()}, item
+        if name in stub["Faults"]:
+            assert stub[f"{title}Faults"] - common == getattr(phone.faults, name)._names(), name
 
 
 def test_no_name_of_the_phone_hides_one_of_the_kit(phone):
