@@ -20,7 +20,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENT...]
   bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json. It fails
             where an aim is missed by more than the noise of the run
   fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
-  lint      checks formatting, public headers, their documentation, QML, Python, and all sources with clang-tidy; --changed
+  lint      checks formatting, public headers and documentation, QML, Python, and all sources with clang-tidy; --changed
             [BASE] looks with clang-tidy at what has changed since BASE alone, --fix formats
   pictures  takes the pictures in docs/ anew: of the control panel, and of the console
   pages     writes the parts of docs/, of the simulated phone's file and of the test kits that come from the facilities'

@@ -6,7 +6,7 @@ install(EXPORT OzDeviceTargets NAMESPACE oz:: DESTINATION ${OZ_PACKAGE_DIR})
 install(EXPORT OzDeviceTestingTargets NAMESPACE oz:: DESTINATION ${OZ_PACKAGE_DIR})
 install(FILES cmake/OzPhoneTest.cmake DESTINATION ${OZ_PACKAGE_DIR})
 configure_package_config_file(cmake/OzDeviceConfig.cmake.in ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake
-    INSTALL_DESTINATION ${OZ_PACKAGE_DIR} PATH_VARS CMAKE_INSTALL_BINDIR)
+    INSTALL_DESTINATION ${OZ_PACKAGE_DIR} PATH_VARS CMAKE_INSTALL_BINDIR OZ_PYTHON_DIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake COMPATIBILITY SameMajorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/OzDeviceConfig.cmake ${PROJECT_BINARY_DIR}/OzDeviceConfigVersion.cmake
     DESTINATION ${OZ_PACKAGE_DIR})

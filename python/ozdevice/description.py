@@ -12,6 +12,8 @@ from typing import Any
 from .errors import OrderError, PhoneError
 from .services import RefusalError, Services
 
+__tracebackhide__ = True  # reports of pytest end at the line of the test
+
 _ALL = "*"  # stands for one of several in the name of a value
 
 

@@ -8,6 +8,8 @@ from typing import Any
 from .description import Description, PartDescription, Verb, python_name, word
 from .errors import OrderError, UnknownNameError
 
+__tracebackhide__ = True  # reports of pytest end at the line of the test
+
 _IN_RANGE = "in-range"
 
 

@@ -16,8 +16,10 @@ from typing import Any
 from .description import Description, number_text
 from .errors import ExpectationError, OrderError, PhoneError, UnknownNameError
 from .parts import Parts
-from .services import RefusalError, Services, program
+from .services import RefusalError, Services
 from .signals import Signals
+
+__tracebackhide__ = True  # reports of pytest end at the line of the test
 
 Scenario = str | os.PathLike[str] | Mapping[str, Any]
 
@@ -126,7 +128,7 @@ class Phone(Parts):
         """What applications have asked for, in its order: all, or those of a kind that meet a condition."""
         found: list[Request] = []
         order = {"request": kind, "with": condition, "from": 0}
-        while page := self._ask("requests", order)["requests"]:
+        while page := self._ask("requests", order, OrderError)["requests"]:
             found += (Request(each["request"], each["values"], each["at"]) for each in page)
             order["from"] = page[-1]["number"] + 1
         return found
@@ -201,8 +203,9 @@ class Phone(Parts):
         With `wait_for` it begins when an application has opened its first object ("open") or sent its first request
         ("request"), at the latest after `wait_limit` seconds. A speed of "max" does not wait.
         """
+        file = self._scenario_file(scenario)
         order = {
-            "file": str(self._scenario_file(scenario)),
+            "file": str(file),
             "speed": speed,
             "variables": dict(variables or {}),
             "wait-for": wait_for,
@@ -210,9 +213,10 @@ class Phone(Parts):
             "keep-going": keep_going,
         }
         try:
-            self._services.ask("play", order)
-        except RefusalError as error:
-            raise OrderError(str(error)) from None
+            self._ask("play", order, OrderError)
+        finally:
+            if file.parent == self.root:  # made of a text
+                file.unlink()
 
     def wait_until_played(self, within: float = 60) -> None:
         """Waits for the end of the scenario; ExpectationError if one of its steps failed, or if it still plays."""
@@ -254,15 +258,15 @@ class Phone(Parts):
         self._started.append(process)
         return process
 
-    def _ask(self, request: str, data: Any = None) -> dict[str, Any]:
+    def _ask(self, request: str, data: Any = None, refused: type[PhoneError] = PhoneError) -> dict[str, Any]:
         try:
             return self._services.ask(request, data)
         except RefusalError as error:
-            raise PhoneError(str(error)) from None
+            raise refused(str(error)) from None
 
     def _command(self) -> str:
-        beside = os.path.join(os.path.dirname(self._services.program), "ozdevice")
-        return beside if os.access(beside, os.X_OK) else program("ozdevice", "OZDEVICE")
+        beside = self._services.program.with_name("ozdevice")
+        return str(beside) if beside.exists() else shutil.which("ozdevice") or "ozdevice"
 
     def _scenario_file(self, scenario: Scenario) -> Path:
         if isinstance(scenario, Mapping):
@@ -273,8 +277,8 @@ class Phone(Parts):
             return file
         if Path(scenario).exists():
             return Path(scenario).absolute()
-        programs = Path(shutil.which(self._services.program) or self._services.program).resolve().parent
-        installed = {file.stem: file for file in (programs.parent / "share/ozdevice/scenarios").glob("*.json")}
+        folder = self._services.program.resolve().parents[1] / "share/ozdevice/scenarios"
+        installed = {file.stem: file for file in folder.glob("*.json")}
         if str(scenario) in installed:
             return installed[str(scenario)]
         if Path(scenario).suffix:

@@ -17,6 +17,8 @@ from typing import Any
 from . import message
 from .errors import PhoneError
 
+__tracebackhide__ = True  # reports of pytest end at the line of the test
+
 _DIRECTORY = "pps/system/ozdeviced"
 _START_LIMIT = 20.0  # seconds
 _STOP_LIMIT = 5.0
@@ -33,9 +35,10 @@ class RefusalError(Exception):
         self.number = number
 
 
-def program(name: str, variable: str) -> str:
-    """The program that the environment names, else the one of this package's installation, else the one in the path."""
-    if chosen := os.environ.get(variable):
+def _daemon_program() -> str:
+    # The one that the environment names, else the one of this package's installation, else the one in the path.
+    name = "ozdeviced"
+    if chosen := os.environ.get("OZ_DEVICED"):
         return chosen
     beside = Path(__file__).resolve().parents[4] / "bin" / name
     if os.access(beside, os.X_OK):
@@ -56,7 +59,8 @@ class Services:
 
     def __init__(self, phone_file: bytes | None = None) -> None:
         """Starts it and waits until everything is served. `phone_file` is the content of a phone's file."""
-        self.program = program("ozdeviced", "OZ_DEVICED")
+        program = _daemon_program()
+        self.program = Path(shutil.which(program) or program)
         self.root = Path(tempfile.mkdtemp(prefix="ozdevice-py-", dir=_folder_for_roots()))
         self._log = os.memfd_create("ozdeviced.log")
         self._process: subprocess.Popen[bytes] | None = None
@@ -67,7 +71,7 @@ class Services:
             raise
 
     def _start(self, phone_file: bytes | None) -> None:
-        words = [self.program, "--private", str(os.getpid()), "--config", os.devnull, "--simulated"]
+        words = [str(self.program), "--private", str(os.getpid()), "--config", os.devnull, "--simulated"]
         file = self.root / "phone.json"
         if phone_file is not None:
             file.write_bytes(phone_file)
@@ -170,7 +174,7 @@ class Services:
             raise PhoneError(f"the phone's services are gone: {error.strerror}") from error
 
     def follow(self, name: str, within: float, look: Callable[[], bool]) -> bool:
-        """Calls look() at once and after each change of a state object until it is true; False if that takes too long."""
+        """Calls look() at once, and after each change of an object until it is true; False after `within` seconds."""
         end = time.monotonic() + within
         while True:
             seen = self._stamp(name)

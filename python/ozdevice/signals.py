@@ -11,6 +11,8 @@ from typing import Any
 
 from .errors import ExpectationError, PhoneError, UnknownNameError
 
+__tracebackhide__ = True  # reports of pytest end at the line of the test
+
 _START_LIMIT = 20.0  # seconds
 _STOP_LIMIT = 5.0
 
@@ -62,8 +64,9 @@ class Signals:
         with self._change:
             self._change.wait_for(lambda: self._has_begun or self._has_ended, _START_LIMIT)
         if not self._has_begun:
+            text = self._error_text()
             self._stop()
-            raise PhoneError(f"{self.facility} cannot be watched: {self._error_text()}")
+            raise PhoneError(f"{self.facility} cannot be watched: {text}")
         return self
 
     def __exit__(self, *_: object) -> None:
@@ -136,3 +139,6 @@ class Signals:
             self._process.kill()
             self._process.wait()
         self._reader.join()
+        for pipe in (self._process.stdout, self._process.stderr):
+            assert pipe
+            pipe.close()
