@@ -33,7 +33,7 @@ bench_packages=(libbenchmark-dev "${test_packages[@]}")
 fuzz_packages=(clang libclang-rt-dev)
 lint_packages=(clang-format clang-tidy git mypy "${bench_packages[@]}")
 docs_packages=(doxygen)
-package_packages=(debhelper dpkg-dev lintian "${docs_packages[@]}")
+package_packages=(debhelper dh-python dpkg-dev lintian "${docs_packages[@]}")
 clean_system_packages=(debootstrap util-linux git)
 # What docs/pictures runs.
 picture_packages=(xvfb xterm imagemagick x11-utils fonts-dejavu-core "${qml_packages[@]}")
