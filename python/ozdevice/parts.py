@@ -34,7 +34,9 @@ class _Described:
         raise NotImplementedError
 
     def _set(self, name: str, value: Any) -> None:
-        raise UnknownNameError(str(self), name, (), "it takes no values")
+        if name not in self._names():
+            raise UnknownNameError(str(self), name, self._names())
+        raise AttributeError(f"{self}: {name!r} cannot be assigned to; what it has can")
 
     def _names(self) -> set[str]:
         raise NotImplementedError

@@ -80,7 +80,7 @@ WRONG = {
     "no such part": (lambda p: p.batery.level, AttributeError, r"no 'batery'; it has activity, .*'battery'\?"),
     "no such attribute": (lambda p: p.battery.levle, AttributeError, r"no 'levle'; it has .*wireless.*'level'\?"),
     "no such setting": (lambda p: setattr(p.battery, "levle", 3), AttributeError, "no 'levle'"),
-    "no part to assign": (lambda p: setattr(p, "battery", 3), AttributeError, "no values"),
+    "no part to assign": (lambda p: setattr(p, "battery", 3), AttributeError, "cannot be assigned to"),
     "no such instance": (lambda p: p.cellular_network["abrod"], KeyError, r"home-lte.*'abroad'\?"),
     "no such neighbour": (lambda p: p.wifi_direct["tvv"], KeyError, r"speaker, tv"),
     "no instance": (lambda p: p.cellular_network.serve(), AttributeError, "each has more"),
