@@ -6,6 +6,7 @@ import errno
 import json
 import os
 import shutil
+import signal
 import subprocess
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
@@ -70,12 +71,7 @@ class Phone(Parts):
     def close(self) -> None:
         """Ends the programs that start() has started, and the phone."""
         for process in reversed(self._started):
-            process.terminate()
-            try:
-                process.wait(_STOP_LIMIT)
-            except subprocess.TimeoutExpired:
-                process.kill()
-                process.wait()
+            _end(process)
         self._started.clear()
         self._services.close()
 
@@ -252,8 +248,11 @@ class Phone(Parts):
         return done
 
     def start(self, words: Sequence[str | os.PathLike[str]], **options: Any) -> subprocess.Popen[Any]:
-        """Starts a program on this phone, which ends with it. `options` are those of subprocess.Popen()."""
-        options = {"env": self.environment, **options}
+        """Starts a program on this phone, which ends with it, as do the programs that it starts itself.
+
+        `options` are those of subprocess.Popen().
+        """
+        options = {"env": self.environment, "process_group": 0, **options}
         process: subprocess.Popen[Any] = subprocess.Popen(words, **options)
         self._started.append(process)
         return process
@@ -284,6 +283,20 @@ class Phone(Parts):
         if Path(scenario).suffix:
             raise OrderError(f"there is no scenario {str(scenario)!r}")
         raise UnknownNameError("the installation", str(scenario), installed)
+
+
+def _end(process: subprocess.Popen[Any]) -> None:
+    if process.poll() is not None:
+        return
+    # A shell that ends leaves its programs behind. `options` may have chosen another group, such as that of the tests.
+    has_own_group = os.getpgid(process.pid) == process.pid
+    send = os.killpg if has_own_group else os.kill
+    send(process.pid, signal.SIGTERM)
+    try:
+        process.wait(_STOP_LIMIT)
+    except subprocess.TimeoutExpired:
+        send(process.pid, signal.SIGKILL)
+        process.wait()
 
 
 def _condition(values: Mapping[str, object], prefix: str = "") -> str:

@@ -3,8 +3,10 @@
 import ast
 import errno
 import os
+import signal
 import subprocess
 import sys
+import time
 from pathlib import Path
 
 import pytest
@@ -236,6 +238,21 @@ def test_each_phone_is_on_its_own(phone, make_phone):
     with pytest.raises(ozdevice.PhoneError, match="services are gone"):
         other.battery.plug()
     assert not other.root.exists()
+
+
+@pytest.mark.parametrize("options", [{}, {"process_group": None}], ids=["own group", "group of the tests"])
+def test_programs_end_with_the_phone(make_phone, options):
+    phone = make_phone()
+    shell = phone.start(["sh", "-c", "sleep 60 & echo $!; wait"], stdout=subprocess.PIPE, text=True, **options)
+    child = int(shell.stdout.readline())
+    begun = time.monotonic()
+    phone.close()
+    assert shell.returncode == -signal.SIGTERM
+    if options:
+        os.kill(child, signal.SIGTERM)
+    with shell.stdout:
+        assert shell.stdout.read() == ""  # it ends when nobody can write any more
+    assert time.monotonic() - begun < 30
 
 
 def test_a_phone_ends_with_its_process():
