@@ -36,7 +36,7 @@ class _Described:
     def _set(self, name: str, value: Any) -> None:
         if name not in self._names():
             raise UnknownNameError(str(self), name, self._names())
-        raise AttributeError(f"{self}: {name!r} cannot be assigned to; what it has can")
+        raise AttributeError(f"{self}: {name!r} cannot be assigned to, but its attributes can")
 
     def _names(self) -> set[str]:
         raise NotImplementedError

@@ -90,6 +90,7 @@ WRONG = {
     "no faults": (lambda p: p.faults.clock, AttributeError, "faults has no 'clock'"),
     "read-only": (lambda p: setattr(p.battery, "chargers", 3), ValueError, "cannot be set; .*level PERCENT"),
     "out of range": (lambda p: setattr(p.battery, "level", 500), ValueError, "from 0 to 100, found '500'"),
+    "escaped text": (lambda p: p.battery.tell("level", "5\n0\x01"), ValueError, "found '5\n0\x01'"),
     "no such word": (lambda p: p.battery.tell("levle", 5), ValueError, "battery has no 'levle'; it has plug"),
     "too many words": (lambda p: p.sdcard.mount(1), ValueError, "sdcard mount"),
     "no such value": (lambda p: p.value("battery.levle"), ValueError, "no value 'battery.levle'"),
