@@ -128,6 +128,7 @@ void WpaPeers::readPeers(const QStringList &objects, const std::function<void()>
     QList<WpaSupplicant::Part> parts;
     for (const QString &object : objects)
         parts.append({object, Wpa::Peer});
+    ++m_readings;
     m_supplicant.read(parts, this, [this, objects, done](const QList<QVariantMap> &all) {
         QList<Known> peers;
         for (qsizetype i = 0; i < objects.size(); ++i) {
@@ -138,12 +139,24 @@ void WpaPeers::readPeers(const QStringList &objects, const std::function<void()>
         const auto takeAll = [this, peers, done](const QList<QVariantMap> &networks) {
             take(peers, networks);
             done();
+            if (--m_readings == 0) {
+                for (const auto &waiting : std::exchange(m_waiting, {}))
+                    waiting();
+            }
         };
         if (std::any_of(peers.cbegin(), peers.cend(), [](const Known &peer) { return peer.ownsGroup; }))
             readNetworks(takeAll);
         else
             takeAll({});
     });
+}
+
+void WpaPeers::afterReading(const std::function<void()> &done)
+{
+    if (m_readings == 0)
+        done();
+    else
+        m_waiting.append(done);
 }
 
 void WpaPeers::readNetworks(const std::function<void(const QList<QVariantMap> &networks)> &done)

@@ -38,6 +38,8 @@ public:
 
     /*! Takes over the peers that wpa_supplicant knows, beside those of before, and then calls \a done. */
     void readAll(const std::function<void()> &done);
+    /*! Calls \a done once all peers that were found so far are in sight: now or later. */
+    void afterReading(const std::function<void()> &done);
     /*! Drops those that wpa_supplicant does not know. */
     void dropUnreachable();
     /*! None of them can be reached until it is found again. */
@@ -78,6 +80,8 @@ private:
     WpaSupplicant &m_supplicant;
     QList<Known> m_known;
     bool m_isScanning = false;
+    int m_readings = 0; // that are under way
+    QList<std::function<void()>> m_waiting; // for the end of all of them
 };
 
 } // namespace oz::services

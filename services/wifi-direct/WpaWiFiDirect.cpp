@@ -62,7 +62,7 @@ WpaWiFiDirect::WpaWiFiDirect(
     m_supplicant->hear(
         {}, Wpa::P2p, QStringLiteral("FindStopped"), this, [this](const QDBusMessage &message) {
             if (message.path() == m_supplicant->radio())
-                endScan();
+                m_peers.afterReading([this] { endScan(); });
         });
 }
 

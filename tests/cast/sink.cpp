@@ -8,17 +8,20 @@
 #include <cstdio>
 
 // sink ADDRESS [CONTROL-PORT]: at this address; where a port is given it is told there to connect.
-// sink ADDRESS SOURCE:PORT: connects to a source by itself, again and again until it is there, as on the air.
+// sink ADDRESS SOURCE:PORT [MODES]: connects to a source by itself, again and again until it is there, as on
+// the air; with the modes that it has as bits of the CEA table.
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments();
-    if (words.size() < 2 || words.size() > 3) {
-        std::fprintf(stderr, "usage: sink ADDRESS [CONTROL-PORT | SOURCE:PORT]\n");
+    if (words.size() < 2 || words.size() > 4) {
+        std::fprintf(stderr, "usage: sink ADDRESS [CONTROL-PORT | SOURCE:PORT [MODES]]\n");
         return 2;
     }
     const QString source = words.value(2).contains(u':') ? words[2] : QString();
     oz::harness::TestSink sink(words[1], source.isEmpty() ? words.value(2).toUShort() : quint16(0));
+    if (words.size() > 3)
+        sink.formats = "00 00 01 01 " + words[3].toLatin1() + " 00000000 00000000 00 0000 0000 00 none none";
     std::printf("control port %d\n", sink.controlPort());
     qsizetype told = 0;
     qsizetype packets = 0;

@@ -16,7 +16,7 @@ namespace {
 
 const QString Tv = "42:00:00:00:01:00";
 const QString Laptop = "42:00:00:00:02:00";
-const QString DisplayElements = "000600111c440032";
+const QString DisplayElements = "00000600111c440032";
 const QString Television = "\"TV\", \"42:00:00:00:01:00\", Display, Television";
 
 class DisplayOnTheAirTest : public RigTest
@@ -28,11 +28,13 @@ protected:
         QFile script(folder.filePath("script"));
         EXPECT_TRUE(script.open(QIODevice::WriteOnly));
         script.write("{}");
+        script.close();
         qputenv("OZ_CAST_SCRIPT", script.fileName().toUtf8());
         rig->start();
         startDaemon(Miracast);
         EXPECT_TRUE(
-            waitUntil([] { return sourceOf("miracast").contains("on the air by Wi-Fi Direct of wlan0"); }));
+            waitUntil([] { return sourceOf("miracast").contains("on the air by Wi-Fi Direct of wlan0"); }))
+            << sourceOf("miracast").toStdString();
         client.emplace();
         (void)air.asked();
     }
@@ -43,7 +45,7 @@ protected:
         client->ask(Scan);
         EXPECT_TRUE(waitUntil([&] { return air.asked() == "find start_with_full 10"; }));
         (void)air.happen("PeerComes", {Tv, "TV", DisplayElements, ""});
-        (void)air.happen("PeerComes", {Laptop, "Laptop", "000600101c440032", ""}); // a source, as this device
+        (void)air.happen("PeerComes", {Laptop, "Laptop", "00000600101c440032", ""}); // a source, as this device
         (void)air.happen("FindEnds");
         return client->after([](MiracastManager &) {});
     }
@@ -122,7 +124,7 @@ TEST_F(DisplayOnTheAirTest, AConnectionFailsForTheReasonThatTheRadioTells)
         {"76543210", {"WpsFailed", "18"}, "connect PinIncorrect"},
         {"", {"GONegotiationFailure", "10"}, "connect PinRequired"},
         {"", {"GONegotiationFailure", "11"}, "connect ConnectionFailed"},
-        {"", {"GONegotiationFailure", "-1"}, "connect ConnectionFailed"},
+        {"", {"GONegotiationFailure", "1"}, "connect ConnectionFailed"},
         {"", {"GroupFormationFailure", "0"}, "connect ConnectionFailed"},
     };
     for (const Row &row : rows) {
