@@ -122,7 +122,7 @@ case $verb in
         configure coverage -DOZ_BUILD_TESTS=ON
         build coverage
         scripts/test build/coverage
-        exec gcovr --root . --filter '(arguments|client|support|device|models|mock|sensors|services|testing|tools)/' build/coverage "$@" ;;
+        exec gcovr --root . --filter '(arguments|cast|client|support|device|models|mock|sensors|services|testing|tools)/' build/coverage "$@" ;;
     install)
         need "${product_packages[@]}"
         configure release

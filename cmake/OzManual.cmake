@@ -36,6 +36,11 @@ oz_manual_page(ozdevice 1 command.md "looks at a phone's hardware and radios, an
 if(OZ_BUILD_QML)
     oz_manual_page(ozdevice-panel 1 panel.md "shows a phone, and tells a simulated one what to do")
 endif()
+if(OZ_BUILD_CAST)
+    oz_said_by(${OZ_MANUAL_DIR}/cast-help ozcast --help)
+    oz_manual_page(ozcast 1 cast.md "shows the screen on a wireless display"
+        OPTIONS ${OZ_MANUAL_DIR}/cast-help)
+endif()
 oz_manual_page(ozdeviced 8 daemon.md "publishes a device's hardware and radios, or a simulated phone's"
     OPTIONS ${OZ_MANUAL_DIR}/daemon-help)
 oz_manual_page(ozdeviced.conf 5 configuration.md "which source feeds which facility"

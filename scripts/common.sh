@@ -6,6 +6,7 @@ build_packages=(
     build-essential cmake ninja-build ccache pkg-config
     qt6-base-dev qt6-sensors-dev libcli11-dev rapidjson-dev libmnl-dev libsystemd-dev
     libxcb-randr0-dev libwayland-dev wayland-protocols libudev-dev modemmanager-dev libncurses-dev
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev
 )
 # What is shipped besides: QML, panel and manual.
 product_packages=(
@@ -22,6 +23,8 @@ test_packages=(
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
     dbus umockdev libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
     systemd e2fsprogs network-manager procps python3-pytest python3-pytest-xdist
+    gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
+    gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-tools
     "${qml_packages[@]}"
 )
 # The virtual machine with simulated radios, and what runs in it.

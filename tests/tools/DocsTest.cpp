@@ -116,7 +116,7 @@ TEST(DocsIndex, ListsEveryFacility)
 TEST(Manual, ListsEveryRowOfThePagesTablesOfTwoColumns)
 {
     const std::pair<const char *, const char *> pages[] = {{"ozdevice.1", "command.md"},
-        {"ozdevice-panel.1", "panel.md"}, {"ozdeviced.8", "daemon.md"},
+        {"ozcast.1", "cast.md"}, {"ozdevice-panel.1", "panel.md"}, {"ozdeviced.8", "daemon.md"},
         {"ozdevice-scenario.5", "scenarios.md"}};
     for (const auto &[name, source] : pages) {
         ASSERT_TRUE(QFileInfo::exists(OZ_MANUAL "/" + QString(name))) << name << " (is lowdown installed?)";
