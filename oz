@@ -19,7 +19,7 @@ Usage: ./oz VERB [--preset PRESET] [ARGUMENT...]
             test; a verb with arguments is one word ('test -R Battery'), --user runs them as a user with sudo
   bench     builds the bench preset and runs the benchmarks; the results also go to build/bench/bench/*.json. It fails
             where an aim is missed by more than the noise of the run
-  fuzz      feeds the text decoder arbitrary input; --seconds N (default 60)
+  fuzz      feeds what reads text of strangers arbitrary input; --seconds N (default 60)
   lint      checks formatting, public headers and documentation, QML, Python, and all sources with clang-tidy; --changed
             [BASE] looks with clang-tidy at what has changed since BASE alone, --fix formats
   pictures  takes the pictures in docs/ anew: of the control panel, and of the console
@@ -101,11 +101,13 @@ case $verb in
         [ "${1:-}" != --seconds ] || { seconds=${2:?oz: --seconds wants a number}; shift 2; }
         need "${build_packages[@]}" "${fuzz_packages[@]}"
         configure fuzz "${only_command[@]}"
-        build fuzz pps_text_fuzz
+        build fuzz pps_text_fuzz cast_fuzz
         say "fuzzing for $seconds seconds"
-        mkdir -p build/fuzz/found
-        exec build/fuzz/bin/pps_text_fuzz build/fuzz/found fuzz/corpus/pps_text \
-            -max_total_time="$seconds" -max_len=8192 -print_final_stats=1 -artifact_prefix=build/fuzz/ "$@" ;;
+        for target in cast pps_text; do
+            mkdir -p "build/fuzz/found/$target"
+            "build/fuzz/bin/${target}_fuzz" "build/fuzz/found/$target" "fuzz/corpus/$target" \
+                -max_total_time="$((seconds / 2))" -max_len=8192 -print_final_stats=1 -artifact_prefix=build/fuzz/ "$@"
+        done ;;
     pages)
         need "${build_packages[@]}"
         configure_command "$preset"

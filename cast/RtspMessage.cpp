@@ -12,9 +12,10 @@ const QByteArray RtspVersion = QByteArrayLiteral("RTSP/1.0");
 qsizetype headerEnd(const QByteArray &buffer)
 {
     for (qsizetype end = buffer.indexOf('\n'); end >= 0; end = buffer.indexOf('\n', end + 1)) {
-        if (buffer.sliced(end + 1, std::min<qsizetype>(1, buffer.size() - end - 1)) == "\n")
+        const QByteArrayView rest = QByteArrayView(buffer).sliced(end + 1);
+        if (rest.startsWith("\n"))
             return end + 2;
-        if (buffer.sliced(end + 1, std::min<qsizetype>(2, buffer.size() - end - 1)) == "\r\n")
+        if (rest.startsWith("\r\n"))
             return end + 3;
     }
     return -1;
