@@ -1,6 +1,7 @@
 #include "Screen.hpp"
 
 #include "Elements.hpp"
+#include "WlrScreen.hpp"
 #include "XScreen.hpp"
 
 namespace oz::cast {
@@ -10,6 +11,9 @@ QString Screen::description(int rate) const
     const QString caps = QStringLiteral(" ! video/x-raw,framerate=%1/1").arg(rate);
     if (capture == u"x11") // following what is damaged costs more than taking all of it
         return QLatin1String("ximagesrc use-damage=false show-pointer=true") + caps;
+    if (capture == u"wlr-screencopy") // pictures that come too fast are dropped, the oldest first
+        return QStringLiteral("appsrc name=screen is-live=true format=time do-timestamp=true max-buffers=1 "
+                              "leaky-type=downstream");
     const QLatin1String time(isInstalled("timeoverlay")
             ? " ! timeoverlay halignment=center valignment=center font-desc=\"Sans 36\""
             : "");
@@ -27,7 +31,12 @@ Screen findScreen(Picture picture)
         screen.remark = QStringLiteral("the test card, as it was asked for");
         return screen;
     }
-    (void)findXScreen(&screen);
+    if (findXScreen(&screen))
+        return screen;
+    const QString noX = screen.remark;
+    const bool isFound = findWlrScreen(&screen);
+    screen.remark =
+        isFound ? screen.remark + QLatin1String("; ") + noX : noX + QLatin1String("; ") + screen.remark;
     return screen;
 }
 

@@ -21,7 +21,7 @@ qml_packages=(
 test_packages=(
     libgtest-dev libgmock-dev
     xvfb xserver-xephyr xserver-xorg-core xserver-xorg-video-dummy x11-xserver-utils iproute2 zsh fish
-    dbus umockdev libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway modemmanager
+    dbus umockdev libumockdev-dev libglib2.0-bin python3-dbusmock upower udisks2 iio-sensor-proxy sway swaybg modemmanager
     systemd e2fsprogs network-manager procps python3-pytest python3-pytest-xdist
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
     gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-tools

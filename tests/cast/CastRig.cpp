@@ -67,14 +67,14 @@ CastTest::~CastTest()
     agent.end();
 }
 
-void CastTest::startAgent(const QStringList &options, const QString &display)
+void CastTest::startAgent(const QStringList &options, const QString &display, const QString &compositor)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DISPLAY", display);
-    environment.remove("WAYLAND_DISPLAY");
+    environment.insert("WAYLAND_DISPLAY", compositor);
     environment.remove("PULSE_SERVER");
     QStringList words{"--step-limit", QString::number(stepLimit), "--keep-alive", "200"};
-    if (display.isEmpty())
+    if (display.isEmpty() && compositor.isEmpty())
         words.append("--picture");
     agent.run(OZ_CAST, words + options, environment);
     agent.await([this] { return daemon.isConnected(); });

@@ -41,8 +41,9 @@ protected:
     CastTest();
     ~CastTest() override;
 
-    /*! Starts it for the daemon, with the test card unless another DISPLAY is named. */
-    void startAgent(const QStringList &options = {}, const QString &display = {});
+    /*! Starts it for the daemon, with the test card unless a screen is named. */
+    void startAgent(
+        const QStringList &options = {}, const QString &display = {}, const QString &compositor = {});
     /*! What the daemon asks for to have the sink shown something. */
     [[nodiscard]] QJsonObject order(int id = 1) const;
     void cast() { daemon.send("cast", order()); }

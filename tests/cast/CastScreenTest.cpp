@@ -15,6 +15,37 @@ constexpr int Width = 1280;
 constexpr int Height = 720;
 constexpr int Cells = 4; // a side
 
+// The numbers of the pictures that the display has received, each once in a row.
+std::vector<unsigned> numbersReceived(const TestSink &sink)
+{
+    QTemporaryFile stream;
+    QTemporaryFile pictures;
+    if (!stream.open() || !pictures.open())
+        throw std::runtime_error("no temporary files");
+    stream.write(sink.stream());
+    stream.close();
+    Process decoder;
+    decoder.run("gst-launch-1.0",
+        {"-q", "filesrc", "location=" + stream.fileName(), "!", "tsdemux", "!", "h264parse", "!",
+            "avdec_h264", "!", "videoconvert", "!", "video/x-raw,format=GRAY8", "!", "filesink",
+            "location=" + pictures.fileName()});
+    decoder.awaitEnd();
+    EXPECT_EQ(decoder.errors(), "");
+    const QByteArray decoded = pictures.readAll();
+    std::vector<unsigned> numbers;
+    for (qsizetype picture = 0; picture + Width * Height <= decoded.size(); picture += Width * Height) {
+        unsigned number = 0;
+        for (int cell = 0; cell < Cells * Cells; ++cell) {
+            const int x = cell % Cells * Width / Cells + Width / Cells / 2;
+            const int y = cell / Cells * Height / Cells + Height / Cells / 2;
+            number |= unsigned(quint8(decoded[picture + y * Width + x]) > 128) << cell;
+        }
+        if (numbers.empty() || numbers.back() != number)
+            numbers.push_back(number);
+    }
+    return numbers;
+}
+
 class CastScreenTest : public CastTest
 {
 protected:
@@ -50,37 +81,6 @@ protected:
         xcb_disconnect(connection);
     }
 
-    // The numbers of the pictures that the display has received, each once in a row.
-    [[nodiscard]] std::vector<unsigned> numbersReceived() const
-    {
-        QTemporaryFile stream;
-        QTemporaryFile pictures;
-        if (!stream.open() || !pictures.open())
-            throw std::runtime_error("no temporary files");
-        stream.write(sink.stream());
-        stream.close();
-        Process decoder;
-        decoder.run("gst-launch-1.0",
-            {"-q", "filesrc", "location=" + stream.fileName(), "!", "tsdemux", "!", "h264parse", "!",
-                "avdec_h264", "!", "videoconvert", "!", "video/x-raw,format=GRAY8", "!", "filesink",
-                "location=" + pictures.fileName()});
-        decoder.awaitEnd();
-        EXPECT_EQ(decoder.errors(), "");
-        const QByteArray decoded = pictures.readAll();
-        std::vector<unsigned> numbers;
-        for (qsizetype picture = 0; picture + Width * Height <= decoded.size(); picture += Width * Height) {
-            unsigned number = 0;
-            for (int cell = 0; cell < Cells * Cells; ++cell) {
-                const int x = cell % Cells * Width / Cells + Width / Cells / 2;
-                const int y = cell / Cells * Height / Cells + Height / Cells / 2;
-                number |= unsigned(quint8(decoded[picture + y * Width + x]) > 128) << cell;
-            }
-            if (numbers.empty() || numbers.back() != number)
-                numbers.push_back(number);
-        }
-        return numbers;
-    }
-
     Process server;
     QString display;
 };
@@ -103,7 +103,7 @@ TEST_F(CastScreenTest, WhatIsPaintedOnTheScreenArrivesAtTheDisplay)
     awaitPackets();
     daemon.send("end", {{"id", 1}});
     EXPECT_EQ(end(), "asked: the cast was ended");
-    const std::vector<unsigned> numbers = numbersReceived();
+    const std::vector<unsigned> numbers = numbersReceived(sink);
     ASSERT_GE(numbers.size(), 2U);
     EXPECT_EQ(numbers.front(), 0xb5c3U);
     EXPECT_EQ(numbers.back(), 0x4a3dU);
@@ -144,6 +144,38 @@ TEST_F(CastScreenTest, AServerThatEndsEndsTheCastAndIsFoundAgain)
     EXPECT_TRUE(waitUntil([this] { return daemon.next("hello")["capture"] == "x11"; }));
     next.terminate();
     next.waitForFinished();
+}
+
+TEST_F(CastTest, TheOutputOfAWaylandCompositorIsCast)
+{
+    QTemporaryDir runtime;
+    QFile config(runtime.filePath("config"));
+    ASSERT_TRUE(config.open(QIODevice::WriteOnly));
+    config.write("output HEADLESS-1 mode 1280x720 bg #ffffff solid_color\nxwayland disable\n");
+    config.close();
+    giveToNobody(runtime.path());
+    giveToNobody(config.fileName());
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const auto &[name, value] : std::map<QString, QString>{{"XDG_RUNTIME_DIR", runtime.path()},
+             {"WLR_BACKENDS", "headless"}, {"WLR_RENDERER", "pixman"}, {"WLR_LIBINPUT_NO_DEVICES", "1"}})
+        environment.insert(name, value);
+    const QStringList program = asNobody({"sway", "-c", config.fileName()});
+    Process compositor;
+    compositor.run(program.first(), program.mid(1), environment);
+    compositor.await([&] { return QFileInfo::exists(runtime.filePath("wayland-1")); });
+    startAgent({}, {}, runtime.filePath("wayland-1"));
+    EXPECT_TRUE(waitUntil([this] { return daemon.next("hello")["capture"] == "wlr-screencopy"; }));
+    cast();
+    EXPECT_EQ(play()["height"], 720);
+    EXPECT_TRUE(waitUntil([this] { return sink.packets() > 60; })) << "a still picture is repeated";
+    daemon.send("pause", {{"id", 1}});
+    daemon.next("paused");
+    EXPECT_TRUE(isSilent());
+    daemon.send("resume", {{"id", 1}});
+    play();
+    EXPECT_EQ(numbersReceived(sink).back(), 0xffffU);
+    compositor.end();
+    EXPECT_TRUE(end().startsWith("failed: "));
 }
 
 } // namespace
