@@ -61,6 +61,8 @@ private:
     enum class Step { Greeting, TheirGreeting, Capabilities, Parameters, Setup, Play, Playing, Paused };
     enum class Sent { Options, Capabilities, Parameters, Trigger, KeepAlive };
     enum class Wish { Nothing, Pause, Play, TearDown };
+    static inline const QByteArray Extension = QByteArrayLiteral("org.wfa.wfd1.0");
+    static inline const QByteArray StreamPath = QByteArrayLiteral("/wfd1.0/streamid=0");
     struct Answer
     {
         int status;

@@ -1,5 +1,7 @@
 #include "cast/CastRig.hpp"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QJsonDocument>
 
 #include <stdexcept>

@@ -3,6 +3,8 @@
 #include "cast/CastRig.hpp"
 
 #include <QElapsedTimer>
+#include <QFileInfo>
+#include <QTemporaryDir>
 #include <QTemporaryFile>
 
 #include <xcb/xcb.h>

@@ -3,6 +3,7 @@
 #include "cast/CastRig.hpp"
 
 #include <QElapsedTimer>
+#include <QJsonArray>
 
 #include <csignal>
 
