@@ -266,6 +266,19 @@ TEST_P(EndOfOzcastTest, EndsTheCast)
 INSTANTIATE_TEST_SUITE_P(Each, EndOfOzcastTest, ::testing::Values("Terminated", "Killed", "DaemonGone"),
     [](const auto &row) { return row.param; });
 
+TEST_F(CastTest, ADaemonThatWasAwayIsFoundAgain)
+{
+    startAgent();
+    daemon.next("hello");
+    cast();
+    play();
+    daemon.close();
+    EXPECT_TRUE(waitUntil([this] { return sink.heard().contains("STOP PROJECTION"); }));
+    EXPECT_EQ(daemon.next("hello")["version"], 1);
+    daemon.send("cast", order(2));
+    EXPECT_EQ(play()["id"], 2);
+}
+
 TEST_F(CastTest, WithoutADaemonItCastsForAPerson)
 {
     const auto run = [](const QStringList &words, int *status) {
