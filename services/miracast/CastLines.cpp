@@ -56,7 +56,7 @@ public:
             expect(name, QStringLiteral("a list of addresses"));
         QStringList addresses;
         const QJsonArray list = m_object.value(name).toArray();
-        for (const QJsonValue &each : list) {
+        for (const auto &each : list) {
             if (!isIpv4(each.toString()))
                 expect(name, QStringLiteral("a list of addresses"));
             addresses.append(each.toString());

@@ -83,7 +83,8 @@ bool CastProcess::isExpected() const
 void CastProcess::onConnected(const DeviceServer::Client &client)
 {
     if (!m_origin->admits(client)) {
-        PpsServer::warnAbout(client, QStringLiteral("is refused at /dev/cast: the screen is another user's"));
+        PpsServer::warnAbout(
+            client, QStringLiteral("is refused at /dev/cast, where another ozcast is expected"));
         return refuse(client, QStringLiteral("this ozcast is not of the session that is cast"));
     }
     if (m_client.id)

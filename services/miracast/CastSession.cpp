@@ -18,6 +18,7 @@ using Why = CastLines::Ended::Why;
 constexpr auto TellDelay = 1000ms;
 constexpr auto PauseLimit = 6000ms; // as ozcast has it
 constexpr auto EndLimit = 1000ms;
+constexpr int MostSteps = 20; // of which each has the limit of its own
 
 MiracastSource::Result resultOf(Why why)
 {
@@ -73,7 +74,7 @@ void CastSession::onReached(Result result, const SinkWay::Place &place, QJsonObj
 
 void CastSession::onStepped(const CastLines::Step &step)
 {
-    if (step.id != m_cast || m_phase != Phase::Starting)
+    if (step.id != m_cast || m_phase != Phase::Starting || ++m_steps > MostSteps)
         return;
     qCInfo(logServices).noquote() << m_sink.name + QLatin1String(": ") + step.text;
     m_silence.start();
@@ -85,14 +86,15 @@ void CastSession::onPlaying(const CastLines::Playing &playing)
 {
     if (playing.id != m_cast)
         return;
-    m_size = playing.size;
-    if (m_phase == Phase::Running)
+    if (m_phase == Phase::Running) {
+        m_shown->size = playing.size;
         return becomePaused(false);
+    }
     if (m_phase != Phase::Starting)
         return;
     m_silence.stop();
     m_phase = Phase::Running;
-    m_id = QUuid::createUuid().toString(QUuid::WithoutBraces);
+    m_shown = Shown{QUuid::createUuid().toString(QUuid::WithoutBraces), playing.size};
     m_news.clear();
     Q_EMIT changed();
     std::exchange(m_connected, nullptr)(Result::Success);
@@ -107,7 +109,7 @@ void CastSession::onPaused(const CastLines::Paused &paused)
 // The sink may pause and resume by itself, too.
 void CastSession::becomePaused(bool paused)
 {
-    const bool isNews = std::exchange(m_isPaused, paused) != paused;
+    const bool isNews = std::exchange(m_shown->isPaused, paused) != paused;
     Q_EMIT changed();
     if (!m_changed || !isNews)
         return;
@@ -136,7 +138,7 @@ void CastSession::onSilence()
 
 bool CastSession::setPaused(bool paused, const Done &done)
 {
-    if (m_phase != Phase::Running || m_changed || m_isPaused == paused)
+    if (m_phase != Phase::Running || m_changed || m_shown->isPaused == paused)
         return false;
     m_changed = done;
     m_process.order(paused ? QStringLiteral("pause") : QStringLiteral("resume"), m_cast);
@@ -189,12 +191,12 @@ void CastSession::addTo(MiracastState *state) const
 {
     state->sink = m_sink;
     state->connection = MiracastState::Connection::Connecting;
-    if (m_id.isEmpty())
+    if (!m_shown)
         return;
     state->connection = MiracastState::Connection::Connected;
-    state->session = m_isPaused ? MiracastState::Session::Paused : MiracastState::Session::Playing;
-    state->sessionId = m_id;
-    state->resolution = m_size;
+    state->session = m_shown->isPaused ? MiracastState::Session::Paused : MiracastState::Session::Playing;
+    state->sessionId = m_shown->id;
+    state->resolution = m_shown->size;
 }
 
 } // namespace oz::services

@@ -53,6 +53,12 @@ private:
         Ending, // ozcast is asked to end it
         Over,
     };
+    struct Shown
+    {
+        QString id;
+        QSize size;
+        bool isPaused = false;
+    };
 
     void onReached(Result result, const SinkWay::Place &place, QJsonObject order);
     void onStepped(const CastLines::Step &step);
@@ -67,10 +73,9 @@ private:
     SinkWay &m_way;
     MiracastState::Sink m_sink;
     Phase m_phase = Phase::Reaching;
-    int m_cast = 0; // its id; 0 before ozcast has to do with it
-    QString m_id; // empty until it is connected
-    QSize m_size;
-    bool m_isPaused = false;
+    int m_cast = 0; // its id for ozcast; 0 before that has to do with it
+    std::optional<Shown> m_shown; // since it is connected
+    int m_steps = 0; // that ozcast has told of
     Done m_connected; // the request that asked for it; empty once that is answered
     Done m_changed; // the request to pause or resume it that is under way
     QList<Done> m_ended; // the requests that wait for its end

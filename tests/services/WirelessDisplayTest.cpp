@@ -117,13 +117,13 @@ TEST_F(WirelessDisplayTest, TheHardwareAddressIsThatOfTheNeighbour)
 {
     if (const QString problem = namespaceProblem({"--user", "--map-root-user", "--net"}); !problem.isEmpty())
         GTEST_SKIP() << problem.toStdString();
+    const QString network = "ip link add oz0 type veth peer name oz1; ip link set oz0 up; "
+                            "ip address add 10.0.0.1/24 dev oz0; "
+                            "ip neighbour add 10.0.0.2 lladdr 02:00:00:00:00:bb dev oz0; exec \"$@\"";
     daemon.setProcessEnvironment(rig->environment());
     daemon.start("unshare",
-        QStringList{"--user", "--map-root-user", "--net", "sh", "-ec",
-            "ip link add oz0 type veth peer name oz1; ip link set oz0 up; ip address add 10.0.0.1/24 dev "
-            "oz0; "
-            "ip neighbour add 10.0.0.2 lladdr 02:00:00:00:00:bb dev oz0; exec \"$@\"",
-            "sh", OZ_DAEMON, "--config", "/dev/null"}
+        QStringList{"--user", "--map-root-user", "--net", "sh", "-ec", network, "sh", OZ_DAEMON, "--config",
+            "/dev/null"}
             + rig->arguments());
     awaitDaemon(&daemon);
     EXPECT_EQ(Client().after(Scan),
