@@ -87,8 +87,11 @@ private:
         }
         const qsizetype end = lines.input.indexOf('\n');
         if ((end < 0 ? lines.input.size() : end) > longestLine) {
-            UserWarnings::ofThisThread().warn(
-                client.uid, QLatin1String("has written too long a line to ") + m_path);
+            // The end of a conversation is news, unlike that of somebody who asks for a status.
+            if (unread) {
+                UserWarnings::ofThisThread().warn(
+                    client.uid, QLatin1String("has written too long a line to ") + m_path);
+            }
             return EMSGSIZE;
         }
         if (end < 0)

@@ -206,6 +206,7 @@ TEST_F(KernelDevicesTest, DoctorSaysWhatIsMissingAndWhatIsNotAllowed)
     program.enter(&environment);
     environment.insert("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + root.file("/no-bus"));
     environment.remove("DISPLAY");
+    environment.insert("PATH", root.file("/no-programs"));
     daemon.setProcessEnvironment(environment);
     const QStringList words = asNobody({program.file(), "--config", "/dev/null", "--source", "led=sysfs"});
     daemon.start(words.first(), words.mid(1));
@@ -221,7 +222,8 @@ TEST_F(KernelDevicesTest, DoctorSaysWhatIsMissingAndWhatIsNotAllowed)
     EXPECT_TRUE(battery["why"].toString().startsWith("there is no system bus"));
     EXPECT_EQ(diagnosisOf("vibration", 1)["why"], "no input device is a vibration motor");
     EXPECT_EQ(diagnosisOf("display", 1)["state"], "none");
-    EXPECT_EQ(diagnosisOf("miracast", 1)["why"], "this system has no source for it");
+    EXPECT_EQ(diagnosisOf("miracast", 1)["why"],
+        "wireless-display: ozcast is not there; install the package ozcast");
 }
 
 } // namespace
