@@ -1,5 +1,6 @@
 #include "linux/FriendlyName.hpp"
 
+#include <QDBusVariant>
 #include <QSysInfo>
 
 namespace oz::services {

@@ -6,7 +6,7 @@
 #include <QJsonDocument>
 #include <QMap>
 
-#include <functional>
+#include <limits>
 
 namespace oz::services::CastLines {
 
