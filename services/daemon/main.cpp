@@ -3,6 +3,7 @@
 #include "Arguments.hpp"
 #include "ScenarioNames.hpp"
 #include "daemon/Daemon.hpp"
+#include "linux/Worker.hpp"
 #include "publishing/Log.hpp"
 #include "source/Error.hpp"
 
@@ -17,8 +18,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <malloc.h>
 #include <optional>
 #include <sys/resource.h>
@@ -32,6 +35,8 @@
 using namespace oz::services;
 
 namespace {
+
+constexpr std::chrono::seconds LongestEnd{1};
 
 struct Options
 {
@@ -339,9 +344,7 @@ int wrongUse(const oz::arguments::WrongWords &error)
     return 2;
 }
 
-} // namespace
-
-int main(int argc, char **argv)
+int runDaemon(int argc, char **argv)
 {
     Options options;
     const oz::arguments::Parser parser(
@@ -382,4 +385,17 @@ int main(int argc, char **argv)
         std::fprintf(stderr, "ozdeviced: %s\n", qUtf8Printable(oz::printableText(error.text())));
         return 1;
     }
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    const int status = runDaemon(argc, argv);
+    // One that hangs, in a call of a service, is left behind without the program's last words.
+    if (!Workers::waitForAll(LongestEnd)) {
+        std::fflush(nullptr);
+        std::_Exit(status);
+    }
+    return status;
 }

@@ -46,14 +46,49 @@ void WayBack::call(const std::function<void()> &what)
         Qt::QueuedConnection);
 }
 
+namespace {
+
+struct Count
+{
+    std::mutex mutex;
+    std::condition_variable changed;
+    int running = 0;
+};
+
+// Never destroyed, as threads may end after the program's static objects.
+Count &count()
+{
+    static auto *const s_count = new Count;
+    return *s_count;
+}
+
+} // namespace
+
+bool waitForAll(std::chrono::milliseconds limit)
+{
+    std::unique_lock lock(count().mutex);
+    return count().changed.wait_for(lock, limit, [] { return count().running == 0; });
+}
+
 void run(std::function<void()> work)
 {
+    {
+        const std::lock_guard lock(count().mutex);
+        ++count().running;
+    }
+    const auto counted = [work = std::move(work)]() mutable {
+        work();
+        work = nullptr; // with what it holds
+        const std::lock_guard lock(count().mutex);
+        --count().running;
+        count().changed.notify_all();
+    };
     // The signals of the process are for its event loop.
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_BLOCK, &all, &before);
-    std::thread(std::move(work)).detach();
+    std::thread(counted).detach();
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QObject>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -30,6 +31,9 @@ private:
 };
 
 void run(std::function<void()> work);
+/*! False where some are not done within \a limit. The end of the program would take from them what they use.
+ */
+[[nodiscard]] bool waitForAll(std::chrono::milliseconds limit);
 
 } // namespace Workers
 
