@@ -116,7 +116,7 @@ case $verb in
     pictures)
         need "${product_packages[@]}" "${test_packages[@]}" "${picture_packages[@]}"
         configure dev
-        build dev ozdevice_panel ozdevice_command
+        build dev ozdevice_panel ozdevice_command ozcast test_sink
         panel/pictures build/dev
         exec docs/pictures build/dev ;;
     coverage)

@@ -3,6 +3,7 @@
 #include "cast/TestSink.hpp"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QTimer>
 
 #include <cstdio>
@@ -10,6 +11,7 @@
 // sink ADDRESS [CONTROL-PORT]: at this address; where a port is given it is told there to connect.
 // sink ADDRESS SOURCE:PORT [MODES]: connects to a source by itself, again and again until it is there, as on
 // the air; with the modes that it has as bits of the CEA table.
+// Where SINK_STREAM is set, what it has received is in that file.
 int main(int argc, char **argv)
 {
     const QCoreApplication application(argc, argv);
@@ -35,6 +37,8 @@ int main(int argc, char **argv)
         if (!sink.packetProblem().isEmpty())
             std::printf("wrong: %s\n", qPrintable(sink.packetProblem()));
         std::fflush(stdout);
+        if (QFile stream(qEnvironmentVariable("SINK_STREAM")); stream.open(QIODevice::WriteOnly))
+            stream.write(sink.stream());
         if (!source.isEmpty() && !sink.isConnected())
             sink.connectToSource(source.section(u':', 1).toUShort(), source.section(u':', 0, 0));
     });
