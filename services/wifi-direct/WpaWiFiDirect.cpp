@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <utility>
 
 namespace oz::services {
 
@@ -108,10 +109,16 @@ void WpaWiFiDirect::findAgain()
 void WpaWiFiDirect::onEnabled()
 {
     if (!m_supplicant->isEnabled()) {
+        // Told as one change.
+        const bool wasReading = std::exchange(m_isReading, true);
         endScan();
         m_connecting.end();
         m_group.forget();
+        const bool hadPeers = !m_peers.inSight().isEmpty();
         m_peers.clear();
+        m_isReading = wasReading;
+        if (hadPeers)
+            noteDiscovery();
     }
     tell();
 }

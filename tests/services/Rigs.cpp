@@ -760,6 +760,7 @@ WpaSupplicantRig::WpaSupplicantRig()
 
 void WpaSupplicantRig::change(bool there)
 {
+    EXPECT_TRUE(waitUntil([&] { return happen("HasRadio").contains("true"); })) << "nobody has taken it up";
     (void)happen("Become", {there ? "interface_disabled" : "inactive"});
 }
 

@@ -142,6 +142,12 @@ def Asked(self):
     return ", ".join(asked)
 
 
+@dbus.service.method(RADIO, in_signature="", out_signature="b")
+def HasRadio(self):
+    """Whether somebody has given it the radio."""
+    return self.radio is not None
+
+
 @dbus.service.method(RADIO, in_signature="", out_signature="s")
 def Shown(self):
     """The wireless display elements that peers see, in hexadecimal."""
