@@ -116,4 +116,16 @@ QJsonObject describe(const QMetaMethod &method)
     return description;
 }
 
+bool isNumericTwin(const QMetaMethod &signal)
+{
+    const QMetaObject *type = signal.enclosingMetaObject();
+    for (int i = type->methodOffset(); i < signal.methodIndex(); ++i) {
+        const QMetaMethod other = type->method(i);
+        if (other.methodType() == QMetaMethod::Signal && other.name() == signal.name()
+            && other.parameterCount() == signal.parameterCount())
+            return true;
+    }
+    return false;
+}
+
 } // namespace oz::meta

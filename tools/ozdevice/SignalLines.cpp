@@ -15,18 +15,6 @@ QString signalText(const QMetaMethod &signal, const QVariantList &arguments)
     return QLatin1String(signal.name()) + u'(' + texts.join(", "_L1) + u')';
 }
 
-bool isNumericTwin(const QMetaMethod &signal)
-{
-    const QMetaObject *type = signal.enclosingMetaObject();
-    for (int i = type->methodOffset(); i < signal.methodIndex(); ++i) {
-        const QMetaMethod other = type->method(i);
-        if (other.methodType() == QMetaMethod::Signal && other.name() == signal.name()
-            && other.parameterCount() == signal.parameterCount())
-            return true;
-    }
-    return false;
-}
-
 QString lineBeginning(const FacilityInstance &instance)
 {
     const QString now = QDateTime::currentDateTime().toString(u"HH:mm:ss.zzz"_s);

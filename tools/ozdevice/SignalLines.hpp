@@ -12,10 +12,6 @@ namespace oz::tools {
 /*! "stateChanged(Mounted)". */
 [[nodiscard]] QString signalText(const QMetaMethod &signal, const QVariantList &arguments);
 
-/*! Returns whether \a signal repeats another signal that carries enumerators, with numbers in their place.
- * */
-[[nodiscard]] bool isNumericTwin(const QMetaMethod &signal);
-
 /*! The beginning of a line about something that happens now, as text and as JSON. */
 [[nodiscard]] QString lineBeginning(const FacilityInstance &instance);
 [[nodiscard]] QJsonObject jsonBeginning(const FacilityInstance &instance);

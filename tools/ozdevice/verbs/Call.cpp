@@ -1,3 +1,4 @@
+#include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
 #include "meta/MethodCall.hpp"
 #include "ozdevice/CallCompletion.hpp"
@@ -115,7 +116,7 @@ int invoke(const FacilityInstance &instance, const QByteArray &name, const meta:
     const std::vector<PropertySetting> &settings)
 {
     CallCompletion completion(instance, name, [](const QMetaMethod &signal, const QVariantList &arguments) {
-        if (!isNumericTwin(signal))
+        if (!meta::isNumericTwin(signal))
             printLine(signalText(signal, arguments));
     });
     for (const PropertySetting &setting : settings)

@@ -1,3 +1,4 @@
+#include "meta/MetaDescription.hpp"
 #include "ozdevice/Console.hpp"
 #include "ozdevice/DaemonAccess.hpp"
 #include "ozdevice/Output.hpp"
@@ -33,7 +34,7 @@ public:
                     std::make_unique<FacilityInstance>(*entry, selected, FacilityInstance::MayAppear));
                 m_taps.push_back(std::make_unique<meta::SignalTap>(
                     instance.object(), [&](const QMetaMethod &signal, const QVariantList &arguments) {
-                        if (!isNumericTwin(signal)) {
+                        if (!meta::isNumericTwin(signal)) {
                             loop.guard([&] {
                                 printLine("      "_L1 + instance.title().leftJustified(24)
                                     + signalText(signal, arguments));

@@ -1,3 +1,4 @@
+#include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
 #include "meta/SignalTap.hpp"
 #include "ozdevice/CounterTable.hpp"
@@ -119,7 +120,7 @@ bool Watch::add(const FacilityEntry &entry, const QString &selected)
     const FacilityInstance &instance = watched.instance;
     watched.tap = std::make_unique<meta::SignalTap>(
         instance.object(), [this, &instance](const QMetaMethod &signal, const QVariantList &arguments) {
-            if (m_options.all || !isNumericTwin(signal))
+            if (m_options.all || !meta::isNumericTwin(signal))
                 printOne([&] { printSignal(instance, signal, arguments, m_options.json); });
         });
     bool available = instance.reportProblems();

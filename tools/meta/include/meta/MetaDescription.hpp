@@ -16,6 +16,9 @@ namespace oz::meta {
 /*! The public slots and invokable methods. */
 [[nodiscard]] std::vector<QMetaMethod> methodsOf(const QMetaObject *type);
 
+/*! Returns whether \a signal repeats another signal that carries enumerators, with numbers in their place. */
+[[nodiscard]] bool isNumericTwin(const QMetaMethod &signal);
+
 /*! The enumerators of \a type, as parseValue() accepts them; none if it is not an enumeration. */
 [[nodiscard]] QStringList enumeratorsOf(QMetaType type);
 
