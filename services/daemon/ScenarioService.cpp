@@ -122,6 +122,7 @@ QVariantMap ScenarioService::play(const QVariantMap &order)
     m_told.insert(FileKey, file);
     ++m_plays;
     connect(m_player.get(), &ScenarioPlayer::logged, this, &ScenarioService::onLogged);
+    connect(m_player.get(), &ScenarioPlayer::progressed, this, &ScenarioService::publishLater);
     connect(m_player.get(), &ScenarioPlayer::finished, this, &ScenarioService::onFinished);
     m_hasBegun = !wait;
     m_isLate = false;
@@ -298,8 +299,8 @@ QVariantMap ScenarioService::state() const
         {SpeedKey, std::isinf(m_player->speed()) ? QVariant(MaxSpeed) : m_player->speed()},
         {QStringLiteral("begun"), m_hasBegun}, {QStringLiteral("late"), m_isLate},
         {QStringLiteral("paused"), m_player->isPaused()}, {QStringLiteral("step"), step},
-        {QStringLiteral("steps"), steps}, {QStringLiteral("problem"), m_player->problem()},
-        {QStringLiteral("count"), count()}});
+        {QStringLiteral("steps"), steps}, {QStringLiteral("percent"), m_player->percent()},
+        {QStringLiteral("problem"), m_player->problem()}, {QStringLiteral("count"), count()}});
     return state;
 }
 

@@ -36,7 +36,7 @@ namespace oz::services {
  * its "number", which is 0 where there is none, its "file", what the answer to "play" said, the "state"
  * ("playing", "passed", "failed", "stopped"), whether it has "begun", and "late" where no application came in
  * time, whether it is "paused", its "speed", the "problem", the number of the "step" among the file's own
- * "steps", and the "count" of the entries of its log.
+ * "steps", the "percent" of it that are done, and the "count" of the entries of its log.
  */
 class ScenarioService : public QObject
 {

@@ -3,6 +3,7 @@
 #include "phone/SimVerb.hpp"
 #include "scenario/StepReader.hpp"
 
+#include <algorithm>
 #include <limits>
 
 namespace oz::services {
@@ -91,6 +92,34 @@ void Scenario::check(
         }
     }
     --m_depth;
+}
+
+ScenarioStep::PlannedTime Scenario::plannedTime(
+    const std::vector<JsonNode> &steps, const ScenarioVariables &variables) const
+{
+    ScenarioStep::PlannedTime planned{0};
+    for (const JsonNode &node : steps) {
+        const ScenarioStep step = this->step(node, variables);
+        if (step.at)
+            planned = std::max(planned, ScenarioStep::PlannedTime(*step.at));
+        planned += step.time;
+        if (step.throughout)
+            planned += *step.within;
+        // The rounds of a repetition take as long as the first one; those for each value may not.
+        const bool isRepeat = step.kind == ScenarioStep::Repeat;
+        const QVariantList rounds =
+            step.kind == ScenarioStep::ForEach ? step.values : QVariantList{QVariant(1.0)};
+        ScenarioStep::PlannedTime inside{0};
+        for (const QVariant &round : rounds) {
+            ScenarioVariables inner = step.variables;
+            if (!step.variable.isEmpty())
+                inner.insert(step.variable, round);
+            for (const auto &body : step.bodies)
+                inside += plannedTime(body, inner);
+        }
+        planned += inside * (isRepeat ? step.times : 1);
+    }
+    return planned;
 }
 
 void Scenario::checkOrder(const JsonNode &node, const QStringList &words, const CheckOrder &check)

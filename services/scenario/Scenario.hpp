@@ -18,6 +18,7 @@ using ScenarioVariables = QMap<QString, QVariant>;
 struct ScenarioStep
 {
     using Time = std::chrono::milliseconds;
+    using PlannedTime = std::chrono::duration<double, std::milli>; // of any number of rounds
     enum Kind { Tell, Say, Wait, When, Expect, ExpectRequest, Ramp, Repeat, ForEach, Together, Include };
 
     Kind kind = Tell;
@@ -91,6 +92,10 @@ public:
     [[nodiscard]] ScenarioStep step(const JsonNode &node, const ScenarioVariables &variables) const;
     /*! The content of \a file, which steps include. */
     [[nodiscard]] const ScenarioFile &included(const QString &file) const;
+    /*! The phone's time that passes in \a steps, as far as they say it: in waits, ramps, and what holds
+     * throughout a time. Lists that are done together count one after another. */
+    [[nodiscard]] ScenarioStep::PlannedTime plannedTime(
+        const std::vector<JsonNode> &steps, const ScenarioVariables &variables) const;
     /*! Over which its conditions are. */
     [[nodiscard]] const Tree &tree() const { return m_tree; }
 

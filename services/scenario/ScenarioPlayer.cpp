@@ -24,7 +24,8 @@ QVariantMap ScenarioEntry::toMap() const
 ScenarioPlayer::ScenarioPlayer(std::unique_ptr<Scenario> scenario, PhoneClock &clock, const Tree &tree,
     Order order, const ScenarioOptions &options)
     : m_scenario(std::move(scenario)), m_clock(clock), m_order(std::move(order)), m_options(options),
-      m_random(options.seed.value_or(m_scenario->seed()))
+      m_random(options.seed.value_or(m_scenario->seed())),
+      m_planned(m_scenario->plannedTime(m_scenario->steps(), m_scenario->variables()))
 {
     connect(&tree, &Tree::toldAnew, this, &ScenarioPlayer::evaluateLater);
     connect(&tree, &Tree::asked, this, &ScenarioPlayer::onAsked);
@@ -93,6 +94,23 @@ void ScenarioPlayer::setSpeed(double speed)
 std::pair<int, int> ScenarioPlayer::progress() const
 {
     return m_main ? std::pair(m_main->begun(), int(m_scenario->steps().size())) : std::pair(0, 0);
+}
+
+int ScenarioPlayer::percent() const
+{
+    if (m_state == Passed)
+        return 100;
+    const auto [step, steps] = progress();
+    const double done = m_planned.count() > 0 ? m_passed / m_planned : double(step - 1) / std::max(steps, 1);
+    return int(std::clamp(done * 100, 0.0, 99.0));
+}
+
+void ScenarioPlayer::pass(ScenarioStep::PlannedTime time)
+{
+    const int before = percent();
+    m_passed += time;
+    if (percent() != before)
+        Q_EMIT progressed();
 }
 
 void ScenarioPlayer::end(State state)

@@ -64,6 +64,9 @@ public:
     [[nodiscard]] double speed() const { return m_freeze.holds > 0 ? m_freeze.speed : m_clock.speed(); }
     /*! How many of the scenario's own steps are done or under way, and how many there are. */
     [[nodiscard]] std::pair<int, int> progress() const;
+    /*! How much of the scenario is done, by the time that its steps plan or else by their number: 100 only
+     * when it has passed. */
+    [[nodiscard]] int percent() const;
 
     [[nodiscard]] State state() const { return m_state; }
     /*! "FILE:LINE: STEP: REASON" of the first step that failed, or why it was stopped. */
@@ -72,6 +75,8 @@ public:
 
 Q_SIGNALS:
     void logged(const oz::services::ScenarioEntry &entry);
+    /*! percent() has changed. */
+    void progressed();
     /*! It is not Playing any more. */
     void finished();
 
@@ -86,6 +91,7 @@ private:
     void note(const ScenarioStep &step, const char *outcome, const QString &detail = {}, double seconds = 0);
     void fail(const ScenarioStep &step, const QString &reason, double seconds = 0);
     void end(State state);
+    void pass(ScenarioStep::PlannedTime time);
     void onAsked(const QString &path, const QVariantMap &message);
     void evaluateLater();
     void evaluate();
@@ -102,6 +108,8 @@ private:
     State m_state = Playing;
     bool m_isPaused = false;
     QString m_problem;
+    ScenarioStep::PlannedTime m_planned{0}; // in all steps
+    ScenarioStep::PlannedTime m_passed{0}; // of that
     PhoneClock::Time m_began{0};
     double m_speedBefore = 1;
     struct

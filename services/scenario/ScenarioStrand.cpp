@@ -154,9 +154,10 @@ Task ScenarioPlayer::Strand::perform(const ScenarioStep &step)
 
 Task ScenarioPlayer::Strand::passTo(Time time)
 {
-    m_time = time;
+    const Time before = std::exchange(m_time, time);
     m_timer.start(std::max(time - m_player.m_clock.now(), Time(0)));
     co_await suspended();
+    m_player.pass(time - before);
 }
 
 // Others have their turn, while no time passes for the phone.
@@ -201,6 +202,8 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
         m_hasCome = nullptr;
     }
     m_time = m_player.m_clock.now();
+    if (step.throughout)
+        m_player.pass(*step.within);
     const double seconds = double(m_waited.elapsed()) / 1000;
     if (isCome != step.throughout)
         m_player.note(step, step.isExpectation() ? "passed" : "done", {}, seconds);
@@ -241,8 +244,11 @@ Task ScenarioPlayer::Strand::loop(const ScenarioStep &step)
     const bool isRepeat = step.kind == ScenarioStep::Repeat;
     const int rounds = isRepeat ? step.times : int(step.values.size());
     for (int round = 0; round < rounds && isPlaying(); ++round) {
-        if (isRepeat && step.condition && !step.condition->holds())
+        if (isRepeat && step.condition && !step.condition->holds()) {
+            m_player.pass(
+                m_player.m_scenario->plannedTime(step.bodies.front(), step.variables) * (rounds - round));
             co_return;
+        }
         ScenarioVariables variables = step.variables;
         if (!step.variable.isEmpty())
             variables.insert(step.variable, isRepeat ? QVariant(double(round + 1)) : step.values[round]);
