@@ -171,14 +171,14 @@ std::vector<SimVerb> SimulatedNetworks::verbs(const QString &instance)
     std::vector<SimVerb> verbs{
         SimVerb::state(
             QStringLiteral("serve"), QStringLiteral("lets it serve, in the place of one of its kind"),
-            [this, &known] { choose(known); }, [&known] { return known.chosen; }),
+            [this, &known] { choose(known); }, [&known] { return known.chosen; }, QStringLiteral("serving")),
         SimVerb::state(
             QStringLiteral("leave"), QStringLiteral("leaves it"),
             [this, &known] {
                 known.chosen = false;
                 update();
             },
-            [&known] { return !known.chosen; }),
+            [&known] { return !known.chosen; }, QStringLiteral("serving")),
     };
     for (SimVerb &verb : SimulatedPart::verbs(instance))
         verbs.push_back(std::move(verb));

@@ -130,8 +130,17 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
 {
     const QString id = QStringLiteral("ID");
     SimChoice known;
-    for (const auto &display : m_state.displays)
-        known.words.append(QString::number(display.first));
+    for (const auto &[number, display] : m_state.displays) {
+        known.words.append(QString::number(number));
+        known.titles.insert(known.words.last(), display.name);
+    }
+    const QString px = QStringLiteral("px");
+    const QString mm = QStringLiteral("mm");
+    const QMap<QString, SimChoice> ranges{{QStringLiteral("WIDTH"), {{}, 1, MaxPixels, 1, px}},
+        {QStringLiteral("HEIGHT"), {{}, 1, MaxPixels, 1, px}},
+        {QStringLiteral("[MM-WIDTH]"), {{}, 0, MaxMillimetres, 1, mm}},
+        {QStringLiteral("[MM-HEIGHT]"), {{}, 0, MaxMillimetres, 1, mm}},
+        {QStringLiteral("DEGREES"), {rotations()}}};
     std::vector<SimVerb> verbs{
         {QStringLiteral("add"),
             {id, QStringLiteral("NAME"), QStringLiteral("WIDTH"), QStringLiteral("HEIGHT"),
@@ -180,9 +189,11 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
             }},
     };
     for (SimVerb &verb : verbs) {
-        verb.choices.insert(QStringLiteral("DEGREES"), {rotations()});
-        if (verb.name != u"add")
-            verb.choices.insert(id, known);
+        for (const QString &argument : std::as_const(verb.arguments)) {
+            if (ranges.contains(argument))
+                verb.choices.insert(argument, ranges.value(argument));
+        }
+        verb.choices.insert(id, verb.name == u"add" ? SimChoice{{}, 0, MaxId, 1} : known);
     }
     return verbs;
 }

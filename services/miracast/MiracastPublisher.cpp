@@ -110,7 +110,7 @@ private:
 MiracastPublisher::MiracastPublisher(const QString &facility, MiracastSource &source, Tree &tree)
     : PublisherOf(facility, source, tree), m_status(tree, miracastFields().path()),
       m_sinks(tree, sinkFields().path()), m_requests(requests()),
-      m_faults(faultWords(m_requests), {QStringLiteral("CODE"), -9999, -1},
+      m_faults(faultWords(m_requests), {QStringLiteral("CODE"), -9999, -1, {}},
           {Fault::AnswerLate, Fault::NeverAnswer}),
       m_control(std::make_unique<Control>(*this, tree))
 {

@@ -62,6 +62,24 @@ const Settings<SimulatedMiracast::Known> &SimulatedMiracast::Known::table()
     return table;
 }
 
+namespace {
+
+SimChoice stopCodes()
+{
+    SimChoice codes{QStringLiteral("1 2 4 5 6 7 8 9").split(u' ')};
+    codes.titles = {{QStringLiteral("1"), QStringLiteral("internally")},
+        {QStringLiteral("2"), QStringLiteral("by an application")},
+        {QStringLiteral("4"), QStringLiteral("no support")},
+        {QStringLiteral("5"), QStringLiteral("by policy")},
+        {QStringLiteral("6"), QStringLiteral("Wi-Fi Direct fails (6)")},
+        {QStringLiteral("7"), QStringLiteral("Wi-Fi Direct fails (7)")},
+        {QStringLiteral("8"), QStringLiteral("Wi-Fi Direct fails (8)")},
+        {QStringLiteral("9"), QStringLiteral("Wi-Fi Direct fails (9)")}};
+    return codes;
+}
+
+} // namespace
+
 std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
 {
     const QString sink = QStringLiteral("SINK");
@@ -90,7 +108,7 @@ std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
                 const int code = SimArgument::integer(words[0], 1, 9);
                 stop(stopOf(code), std::max(code - WiFiCode, 0));
             }}
-            .with({}, {{QStringLiteral("CODE"), {QStringLiteral("1 2 4 5 6 7 8 9").split(u' ')}}}),
+            .with({}, {{QStringLiteral("CODE"), stopCodes()}}),
         SimVerb::state(
             QStringLiteral("start"), QStringLiteral("starts the service again"),
             [this] {

@@ -33,10 +33,12 @@ SimVerb SimVerb::onOff(const QString &verb, const QString &description,
 }
 
 SimVerb SimVerb::state(const QString &verb, const QString &description, const std::function<void()> &become,
-    const std::function<bool()> &isSo)
+    const std::function<bool()> &isSo, const QString &sets)
 {
-    return SimVerb{verb, {}, description, [become](const QStringList &) { become(); }}.with(
+    SimVerb state = SimVerb{verb, {}, description, [become](const QStringList &) { become(); }}.with(
         [isSo] { return isSo(); });
+    state.sets = sets;
+    return state;
 }
 
 SimVerb SimVerb::with(const std::function<QVariant()> &value, const QMap<QString, SimChoice> &offered) const
@@ -62,12 +64,17 @@ SimVerb SimVerb::fault(const FaultOrder &order)
     const auto numberIn = [order](const QStringList &given) {
         return order.number.isEmpty() ? 0 : SimArgument::integer(given.last(), order.least, order.most);
     };
-    return {order.name, arguments, order.help,
+    SimVerb verb{order.name, arguments, order.help,
         [order, wordIn, numberIn](const QStringList &given) { order.give(wordIn(given), numberIn(given)); },
         [wordIn, numberIn](const QStringList &given) {
             (void)wordIn(given);
             (void)numberIn(given);
         }};
+    if (!order.number.isEmpty()) {
+        verb.choices.insert(
+            order.number, {{}, double(order.least), double(order.most), 1, order.unit, order.titles});
+    }
+    return verb;
 }
 
 Reply refusalFor(const Error &error)

@@ -36,6 +36,8 @@ struct SimChoice
     double most = 0; //!< to this; where it is no more than the least, there are no numbers
     double step = 1;
     QString unit = {};
+    /*! What words, or some of the numbers, mean, for people. */
+    QMap<QString, QString> titles = {};
 };
 
 /*! A thing that a part of the phone can be told to do while it runs. */
@@ -53,13 +55,15 @@ struct SimVerb
     std::function<QVariant()> now = {};
     QMap<QString, SimChoice> choices = {}; //!< by argument; "A|B" and "A,..." offer themselves
     bool isFault = false; //!< of services, not of the phone
+    /*! Of a verb without arguments: what it sets. One of those that set the same is so at a time. */
+    QString sets = {};
 
     /*! A verb that switches something, with the argument "on" or "off". */
     static SimVerb onOff(const QString &verb, const QString &description,
         const std::function<void(bool on)> &turn, const std::function<bool()> &isOn);
     /*! One that makes the phone something, without arguments. */
     static SimVerb state(const QString &verb, const QString &description, const std::function<void()> &become,
-        const std::function<bool()> &isSo);
+        const std::function<bool()> &isSo, const QString &sets = {});
     /*! This one, with what it would be told now, and what its arguments can be. */
     [[nodiscard]] SimVerb with(
         const std::function<QVariant()> &value, const QMap<QString, SimChoice> &offered = {}) const;

@@ -41,7 +41,7 @@ SimVerb verbOf(const Order &order, const Setting &setting, const std::function<v
                 set(value);
                 update();
             },
-            [get = setting.get, value = order.value] { return get() == value; });
+            [get = setting.get, value = order.value] { return get() == value; }, setting.key);
     }
     SimVerb verb{order.verb, {order.argument}, order.help, [setting, update](const QStringList &words) {
                      setting.set(valueOf(setting, words));

@@ -27,18 +27,20 @@ public:
     [[nodiscard]] std::vector<SimVerb> verbs(const QString &) override
     {
         return {
-            {QStringLiteral("advance"), {QStringLiteral("SECONDS")},
+            SimVerb{QStringLiteral("advance"), {QStringLiteral("SECONDS")},
                 QStringLiteral("lets the phone's time pass at once"),
                 [this](const QStringList &words) {
                     m_clock.advance(std::chrono::milliseconds(
                         std::llround(SimArgument::number(words[0], 0, 1'000'000) * 1000)));
-                }},
+                }}
+                .with({}, {{QStringLiteral("SECONDS"), {{}, 0, 1'000'000, 1, QStringLiteral("s")}}}),
             SimVerb{QStringLiteral("speed"), {QStringLiteral("FACTOR")},
                 QStringLiteral("lets the phone's time go faster than the real one; 0 stands still"),
                 [this](const QStringList &words) {
                     m_clock.setSpeed(SimArgument::number(words[0], 0, 100'000));
                 }}
-                .with([this] { return QString::number(m_clock.speed()); }),
+                .with([this] { return QString::number(m_clock.speed()); },
+                    {{QStringLiteral("FACTOR"), {{}, 0, 100'000, 1}}}),
         };
     }
     [[nodiscard]] QVariantMap saved() override { return {}; }
@@ -73,9 +75,35 @@ QVariantMap describeChoices(const QMap<QString, SimChoice> &choices)
             told.insert({{QStringLiteral("least"), choice->least}, {QStringLiteral("most"), choice->most},
                 {QStringLiteral("step"), choice->step}, {QStringLiteral("unit"), choice->unit}});
         }
+        if (!choice->titles.isEmpty()) {
+            QVariantMap titles;
+            for (auto title = choice->titles.begin(); title != choice->titles.end(); ++title)
+                titles.insert(title.key(), *title);
+            told.insert(QStringLiteral("titles"), titles);
+        }
         described.insert(choice.key(), told);
     }
     return described;
+}
+
+// The names of the verbs of which one is so at a time, in lists of at least two.
+QVariantList describeSwitches(const std::vector<SimVerb> &verbs)
+{
+    QVariantList switches;
+    QStringList described;
+    for (const SimVerb &verb : verbs) {
+        if (verb.sets.isEmpty() || described.contains(verb.sets))
+            continue;
+        described.append(verb.sets);
+        QStringList names;
+        for (const SimVerb &other : verbs) {
+            if (other.sets == verb.sets)
+                names.append(other.name);
+        }
+        if (names.size() > 1)
+            switches.append(names);
+    }
+    return switches;
 }
 
 // The paths of the values in \a saved that are not in \a now.
@@ -192,7 +220,10 @@ QVariantMap SimulatedPhone::describe() const
         if (instances != QStringList{QString()})
             described.insert(QStringLiteral("instances"), instances);
         QVariantList verbs;
-        for (const SimVerb &verb : verbsOf(name, *part, instances.value(0))) {
+        const std::vector<SimVerb> known = verbsOf(name, *part, instances.value(0));
+        if (const QVariantList switches = describeSwitches(known); !switches.isEmpty())
+            described.insert(QStringLiteral("switches"), switches);
+        for (const SimVerb &verb : known) {
             QVariantMap told{{QStringLiteral("name"), verb.name},
                 {QStringLiteral("arguments"), verb.arguments}, {QStringLiteral("help"), verb.help}};
             if (verb.isFault)

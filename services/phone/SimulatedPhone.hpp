@@ -44,8 +44,9 @@ public:
 
     /*!
      * Every part: "verbs", as maps with "name", "arguments", "help", "fault" where it is one, and "choices"
-     * of arguments ("words", or "least", "most", "step" and "unit"); "instances" where there are any that
-     * have names; and "comes" and "goes", the verbs for its neighbours, where it has any.
+     * of arguments ("words", or "least", "most", "step" and "unit", and "titles", what they mean for people);
+     * "switches", lists of the verbs of which one is so at a time; "instances" where there are any that have
+     * names; and "comes" and "goes", the verbs for its neighbours, where it has any.
      */
     [[nodiscard]] QVariantMap describe() const;
     /*!

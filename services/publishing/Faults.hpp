@@ -33,6 +33,9 @@ struct FaultErrors
     QString name = QStringLiteral("ERRNO");
     int least = 1;
     int most = 4095;
+    QMap<QString, QString> titles = usualTitles(); //!< of some of them, for people
+
+    [[nodiscard]] static QMap<QString, QString> usualTitles();
 };
 
 /*! The requests that a fault can be ordered for: the next one whatever it is, or the next of a kind. */
@@ -44,6 +47,8 @@ struct FaultOrder
     QString number; //!< what its number is called; empty where it takes none
     int least = 0;
     int most = 0;
+    QString unit = {};
+    QMap<QString, QString> titles = {}; //!< what some of the numbers mean
     /*! Orders it. */
     std::function<void(const QString &word, int number)> give;
 };
