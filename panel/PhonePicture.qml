@@ -15,9 +15,19 @@ Item {
     readonly property int outside: neighbours.filter(neighbour => !neighbour["in-range"]).length
     readonly property real shelfHeight: neighbours.length === 0 ? 0 : 24 + Math.max(1, Math.ceil(outside / columnsBelow)) * 40
     readonly property real rangeHeight: height - shelfHeight
+    // A phone held sideways has its neighbours above and below, an upright one at its sides.
+    readonly property bool isSideways: Math.abs(turn(device.orientation)) === 90
+    readonly property int rowsBeside: isSideways ? Math.ceil((neighbours.length - outside) / columnsBelow) : 0
+    readonly property int rowsAbove: Math.ceil(rowsBeside / 2)
 
     // The person moved a neighbour into range, or out of it.
     signal brought(var neighbour, bool inRange)
+
+    // Puts the focus on the first neighbour.
+    function takeFocus() {
+        if (chips.count > 0)
+            chips.itemAt(0).forceActiveFocus(Qt.TabFocusReason);
+    }
 
     function turn(orientation) {
         switch (orientation) {
@@ -45,6 +55,12 @@ Item {
         }
         if (!inRange)
             return Qt.point(before % columnsBelow * 110, rangeHeight + 24 + Math.floor(before / columnsBelow) * 40);
+        if (isSideways) {
+            const row = Math.floor(before / columnsBelow);
+            const inRow = Math.min(columnsBelow, all - row * columnsBelow);
+            const left = (width - inRow * 110 + 6) / 2;
+            return Qt.point(left + before % columnsBelow * 110, row < rowsAbove ? body.upperEdge - (rowsAbove - row) * 40 - 8 : body.upperEdge + body.tall * 0.56 + 14 + (row - rowsAbove) * 40);
+        }
         const rows = Math.ceil(all / 2);
         const step = Math.min(52, rangeHeight / Math.max(rows, 1));
         const top = (rangeHeight - step * rows) / 2 + (step - 34) / 2;
@@ -74,11 +90,15 @@ Item {
     Rectangle {
         id: body
 
-        readonly property real room: picture.width - (picture.neighbours.length > 0 ? 220 : 0)
-        readonly property real tall: Math.max(60, Math.min(picture.rangeHeight * 0.92, room * 0.98 / (Math.abs(rotation) === 90 ? 1 : 0.56)))
+        readonly property real room: picture.width - (picture.neighbours.length > 0 && !picture.isSideways ? 220 : 0)
+        readonly property real roomAbove: picture.rowsAbove * 40
+        readonly property real roomHeight: picture.rangeHeight - picture.rowsBeside * 40
+        // Where it begins when it is held sideways.
+        readonly property real upperEdge: roomAbove + (roomHeight - tall * 0.56) / 2
+        readonly property real tall: Math.max(60, picture.isSideways ? Math.min(roomHeight * 0.92 / 0.56, room * 0.98) : Math.min(roomHeight * 0.92, room * 0.98 / 0.56))
 
         x: (picture.width - width) / 2
-        y: (picture.rangeHeight - height) / 2
+        y: roomAbove + (roomHeight - height) / 2
         width: tall * 0.56
         height: tall
         radius: tall * 0.06
@@ -195,6 +215,8 @@ Item {
         elide: Text.ElideRight
     }
     Repeater {
+        id: chips
+
         // The model is a number, so a change of a neighbour keeps its chip, with the focus and a drag under way.
         model: picture.neighbours.length
 
