@@ -17,6 +17,41 @@ Scroller {
     readonly property string described: JSON.stringify(facility.verbs ?? [])
     readonly property var verbs: JSON.parse(described)
 
+    // As the daemon lists them: verbs of which one is so at a time.
+    readonly property var switches: JSON.parse(JSON.stringify(facility.switches ?? []))
+    // A page with this much room shows what it has without being asked.
+    readonly property bool isRoomy: height >= 800
+    readonly property var related: relatedOf(verbs, phone?.neighbours ?? [])
+
+    // The choices for arguments, by the arguments' bare names, with the names of the neighbours among them.
+    function relatedOf(verbs, neighbours) {
+        const related = {};
+        for (const verb of verbs) {
+            for (const argument in verb.choices ?? {})
+                related[Words.coreOf(argument)] = verb.choices[argument];
+        }
+        const comes = verbs.find(verb => verb.name === facility.comes);
+        if (comes !== undefined) {
+            const titles = {};
+            for (const neighbour of neighbours) {
+                if (neighbour.part === name)
+                    titles[neighbour.name] = neighbour.title;
+            }
+            const core = Words.coreOf(comes.arguments[0]);
+            related[core] = Object.assign({}, related[core], {
+                    "titles": titles
+                });
+        }
+        return related;
+    }
+
+    // Puts the focus on the first control.
+    function takeFocus() {
+        const first = contentItem.nextItemInFocusChain(true);
+        if (first !== null)
+            first.forceActiveFocus(Qt.TabFocusReason);
+    }
+
     function give(words) {
         return page.phone.tell([page.name].concat(page.instance === "" ? [] : [page.instance], words)); // qmllint disable
     }
@@ -29,7 +64,7 @@ Scroller {
     onNameChanged: contentItem.contentY = 0
 
     Label {
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         text: Words.page(page.name, page.facility.title)
         font.bold: true
         font.pixelSize: 18
@@ -38,7 +73,7 @@ Scroller {
         Accessible.name: text
     }
     Label {
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: text !== ""
         text: {
             if (page.verbs.length > 0 || (page.facility.source ?? "") === "")
@@ -53,26 +88,47 @@ Scroller {
     ComboBox {
         id: which
 
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: page.instances.length > 0
         model: page.instances
         Accessible.name: qsTr("Which one")
     }
+    Loader {
+        width: parent.width - parent.leftPadding - parent.rightPadding
+        active: page.name === "led"
+        visible: active
+        sourceComponent: LedPage {
+            phone: page.phone
+        }
+    }
+    Repeater {
+        model: page.switches
+
+        StateSwitch {
+            required property var modelData
+
+            width: parent.width - parent.leftPadding - parent.rightPadding // qmllint disable
+            verbs: modelData.map(name => page.verbs.find(verb => verb.name === name)).filter(verb => verb !== undefined) // qmllint disable unqualified
+            values: page.values // qmllint disable unqualified
+            onGiven: name => page.give([name]) // qmllint disable unqualified
+        }
+    }
     Flow {
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: states.count > 0
         spacing: 6
 
         Repeater {
             id: states
 
-            model: page.some(false, false)
+            model: page.some(false, false).filter(verb => !page.switches.some(names => names.includes(verb.name)))
 
             StateButton {
                 required property var modelData
 
                 verb: modelData
                 value: page.values[modelData.name] // qmllint disable unqualified
+                isSegment: value !== undefined
                 onGiven: page.give([modelData.name]) // qmllint disable unqualified
             }
         }
@@ -92,7 +148,7 @@ Scroller {
             readonly property var neighbour: page.phone.neighbours.filter(neighbour => neighbour.part === page.name)[index] // qmllint disable unqualified
             readonly property bool inRange: (neighbour ?? {})["in-range"] === true
 
-            width: parent.width - parent.rightPadding // qmllint disable
+            width: parent.width - parent.leftPadding - parent.rightPadding // qmllint disable
             text: neighbour?.title ?? "" // qmllint disable unqualified
             checked: inRange
             onToggled: page.phone.bring(neighbour, checked) // qmllint disable unqualified
@@ -106,8 +162,9 @@ Scroller {
 
             required property var modelData
 
-            width: parent.width - parent.rightPadding // qmllint disable
+            width: parent.width - parent.leftPadding - parent.rightPadding // qmllint disable
             verb: modelData
+            related: page.related // qmllint disable unqualified
             value: page.values[modelData.name] // qmllint disable unqualified
             give: page.give // qmllint disable unqualified
 
@@ -123,10 +180,10 @@ Scroller {
     Section {
         id: seen
 
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: rows.count > 0
         title: qsTr("What applications see")
-        open: page.verbs.length === 0
+        open: page.verbs.length === 0 || page.isRoomy
 
         Repeater {
             id: rows
@@ -165,7 +222,7 @@ Scroller {
     Section {
         id: faults
 
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: page.verbs.some(verb => verb.fault === true)
         title: qsTr("Faults")
 
@@ -196,6 +253,7 @@ Scroller {
                 width: parent.width
                 visible: faults.open // qmllint disable unqualified
                 verb: modelData
+                related: page.related // qmllint disable unqualified
                 give: page.give // qmllint disable unqualified
 
                 Connections {

@@ -23,6 +23,11 @@ PhoneControl::PhoneControl(QObject *parent)
           }),
       m_ledStatus(
           QStringLiteral("/pps/services/led/status"), [this](const QVariantMap &lit) { updateLed(lit); }),
+      m_ledRequests(QStringLiteral("/pps/services/led/activity"),
+          [this](const QVariantMap &activity) {
+              m_ledActivity = activity;
+              Q_EMIT ledRequestsChanged();
+          }),
       m_vibration(QStringLiteral("/pps/services/vibration/activity"),
           [this](const QVariantMap &activity) {
               m_vibrating = activity.value(QStringLiteral("running")).toBool();
@@ -117,6 +122,13 @@ int PhoneControl::bring(const QVariantMap &neighbour, bool inRange)
                              .value(inRange ? QStringLiteral("comes") : QStringLiteral("goes"))
                              .toString();
     return tell({part, verb, neighbour.value(Name).toString()});
+}
+
+QString PhoneControl::ledColor() const
+{
+    constexpr const char *names[] = {"", "red", "green", "yellow", "blue", "magenta", "cyan", "white"};
+    const int lit = (m_led.red() ? 1 : 0) + (m_led.green() ? 2 : 0) + (m_led.blue() ? 4 : 0);
+    return QString::fromLatin1(names[m_led.alpha() ? lit : 0]);
 }
 
 void PhoneControl::updateLed(const QVariantMap &lit)

@@ -34,6 +34,13 @@ class PhoneControl : public QObject
     Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
     /*! The colour that the LED shows; transparent while it is dark or its state is not known. */
     Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
+    /*! That colour's name; empty while it is dark. */
+    Q_PROPERTY(QString ledColor READ ledColor NOTIFY ledChanged)
+    /*! The requests to the LED that are under way, the newest last: maps with "color", "count" (below 0 until
+     * it is cancelled), "shown" and "process"; and the last one that ended, with "end". Empty for users who
+     * may not see them. */
+    Q_PROPERTY(QVariantList ledRequests READ ledRequests NOTIFY ledRequestsChanged)
+    Q_PROPERTY(QVariantMap ledLast READ ledLast NOTIFY ledRequestsChanged)
     /*! Whether the motor runs. */
     Q_PROPERTY(bool vibrating READ isVibrating NOTIFY vibratingChanged)
 
@@ -46,6 +53,12 @@ public:
     [[nodiscard]] QVariantMap values() const { return m_values; }
     [[nodiscard]] QVariantList neighbours() const;
     [[nodiscard]] QColor led() const { return m_led; }
+    [[nodiscard]] QString ledColor() const;
+    [[nodiscard]] QVariantList ledRequests() const
+    {
+        return m_ledActivity.value(QStringLiteral("requests")).toList();
+    }
+    [[nodiscard]] QVariantMap ledLast() const { return m_ledActivity.value(QStringLiteral("last")).toMap(); }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 
     /*! Sends the order of `ozdevice sim`; returns its number, with which answered() follows. */
@@ -58,6 +71,7 @@ Q_SIGNALS:
     void valuesChanged();
     void neighboursChanged();
     void ledChanged();
+    void ledRequestsChanged();
     void vibratingChanged();
     /*! \a problem is empty if the phone did it. The values have changed by then. */
     void answered(const QString &order, const QString &problem, int number);
@@ -72,6 +86,7 @@ private:
     oz::client::FollowedObject m_phone;
     oz::client::FollowedObject m_statusObject;
     oz::client::FollowedObject m_ledStatus;
+    oz::client::FollowedObject m_ledRequests;
     oz::client::FollowedObject m_vibration;
     QVariantMap m_status; // of the facilities
     QVariantMap m_parts; // of the simulated phone
@@ -80,6 +95,7 @@ private:
     QVariantMap m_values;
     QVariantList m_neighbours;
     int m_orders = 0;
+    QVariantMap m_ledActivity;
     QColor m_led;
     bool m_vibrating = false;
 };

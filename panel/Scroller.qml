@@ -27,7 +27,10 @@ ScrollView {
         id: column
 
         width: scroller.availableWidth
+        leftPadding: 4
         rightPadding: 12
+        topPadding: 4
+        bottomPadding: 4
         spacing: 10
     }
 }

@@ -18,6 +18,10 @@ Column {
         checkable: true
         Accessible.role: Accessible.CheckBox
         Accessible.name: text
+        background: Rectangle {
+            radius: 2
+            color: header.hovered ? header.palette.button : "transparent"
+        }
         contentItem: Label {
             text: (header.checked ? "▾ " : "▸ ") + header.text
             font.bold: true

@@ -10,6 +10,8 @@ ColumnLayout {
 
     // As the daemon describes it.
     property var verb: ({})
+    // The choices for arguments of all verbs of the facility, by the arguments' bare names.
+    property var related: ({})
     // The argument for the phone's present state; undefined if it is not known.
     property var value
     // The number of the order that the phone has not answered, and the words of the next one.
@@ -21,29 +23,34 @@ ColumnLayout {
     readonly property var wanted: verb.arguments ?? []
     readonly property string argument: wanted.length === 1 ? wanted[0] : ""
     readonly property var choice: choiceOf(argument)
+    // A range that a slider can show step by step.
+    readonly property bool isShortRange: choice.most !== undefined && (choice.most - choice.least) / choice.step <= 1000
     readonly property string kind: {
         if (argument === "on|off")
             return "switch";
         if (argument === "" || value === undefined)
-            return argument !== "" && choice.most !== undefined ? "slider" : "call";
-        if (choice.most !== undefined)
+            return "call";
+        if (isShortRange)
             return "slider";
         if (argument.endsWith(",..."))
             return "list";
-        return choice.words.length > 0 ? "choice" : "text";
+        return choice.words.length > 0 && choice.most === undefined ? "choice" : "text";
     }
 
     // Sends the order with these words, and returns its number.
     property var give: words => 0
 
+    // An argument means the same in all verbs of a facility.
     function choiceOf(word) {
-        const known = (verb.choices ?? {})[word] ?? {};
+        const near = related[Words.coreOf(word)] ?? {};
+        const known = (verb.choices ?? {})[word] ?? near;
         const words = known.words ?? (word.includes("|") && !word.startsWith("[") ? word.split("|") : []);
         return {
             "words": words,
+            "titles": known.titles ?? (known.words !== undefined ? near.titles : undefined) ?? {},
             "least": known.least,
             "most": known.most,
-            "step": known.step,
+            "step": known.step ?? 1,
             "unit": known.unit ?? ""
         };
     }
@@ -118,7 +125,7 @@ ColumnLayout {
         Label {
             Layout.alignment: Qt.AlignTop
             visible: slider.visible
-            text: control.value !== undefined && control.choice.words.includes(String(control.value)) && !slider.pressed && control.pending === 0 ? control.value : "%1 %2".arg(Number(slider.value.toFixed(2)).toLocaleString(Qt.locale(), "f", control.choice.step < 1 ? 1 : 0)).arg(control.choice.unit)
+            text: control.value !== undefined && control.choice.words.includes(String(control.value)) && !slider.pressed && control.pending === 0 ? Words.choice(control.choice, control.value) : "%1 %2".arg(Number(slider.value.toFixed(2)).toLocaleString(Qt.locale(), "f", control.choice.step < 1 ? 1 : 0)).arg(control.choice.unit)
         }
         Switch {
             id: toggle
@@ -133,10 +140,10 @@ ColumnLayout {
 
             Layout.maximumWidth: 150
             visible: control.kind === "choice"
-            model: control.choice.words
+            model: control.choice.words.map(word => Words.choice(control.choice, word))
             Accessible.name: Words.verb(control.name)
             Accessible.description: control.help
-            onActivated: control.tell([currentText])
+            onActivated: control.tell([control.choice.words[currentIndex]])
         }
     }
     RowLayout {
@@ -162,10 +169,10 @@ ColumnLayout {
             Button {
                 required property string modelData
 
-                text: modelData
+                text: Words.choice(control.choice, modelData) // qmllint disable unqualified
                 checkable: false
                 highlighted: control.value === modelData // qmllint disable unqualified
-                Accessible.name: "%1: %2".arg(Words.verb(control.name)).arg(modelData) // qmllint disable unqualified
+                Accessible.name: "%1: %2".arg(Words.verb(control.name)).arg(text) // qmllint disable unqualified
                 onClicked: control.tell([modelData]) // qmllint disable unqualified
             }
         }
@@ -182,7 +189,7 @@ ColumnLayout {
             CheckBox {
                 required property string modelData
 
-                text: modelData
+                text: Words.choice(control.choice, modelData) // qmllint disable unqualified
                 Accessible.description: control.help // qmllint disable unqualified
                 onToggled: {
                     const chosen = [];
@@ -207,7 +214,7 @@ ColumnLayout {
 
             Layout.fillWidth: true
             visible: control.kind === "text"
-            placeholderText: control.argument.replace(/[\[\]]/g, "")
+            placeholderText: Words.placeholder(control.argument, control.choice)
             selectByMouse: true
             Accessible.name: Words.verb(control.name)
             Accessible.description: control.help
@@ -232,47 +239,13 @@ ColumnLayout {
 
             model: control.kind === "call" ? control.wanted : []
 
-            Item {
-                id: argument
-
+            ArgumentField {
                 required property string modelData
-                readonly property var choice: control.choiceOf(modelData) // qmllint disable unqualified
-                readonly property bool isChoice: choice.words.length > 0
-                readonly property string word: isChoice ? words.currentText : text.text
 
-                implicitWidth: isChoice ? words.implicitWidth : text.implicitWidth
-                implicitHeight: isChoice ? words.implicitHeight : text.implicitHeight
-
-                ComboBox {
-                    id: words
-
-                    visible: argument.isChoice
-                    implicitWidth: 120
-                    model: argument.choice.words
-                    Accessible.name: argument.modelData
-                }
-                TextField {
-                    id: text
-
-                    visible: !argument.isChoice
-                    implicitWidth: Math.max(80, hint.implicitWidth + 20)
-                    placeholderText: argument.modelData
-                    selectByMouse: true
-                    Accessible.name: argument.modelData
-                    onAccepted: go.clicked() // qmllint disable unqualified
-
-                    TextMetrics {
-                        id: metrics
-
-                        font: text.font
-                        text: argument.modelData
-                    }
-                    Item {
-                        id: hint
-
-                        implicitWidth: metrics.width
-                    }
-                }
+                argument: modelData
+                choice: control.choiceOf(modelData) // qmllint disable unqualified
+                width: isList ? parent.width : implicitWidth
+                onAccepted: go.clicked() // qmllint disable unqualified
             }
         }
         Button {

@@ -164,6 +164,52 @@ Item {
             tryVerify(() => answers.count > 0 && answers.signalArguments[answers.count - 1][1].includes("from 0 to 100")); // qmllint disable
         }
 
+        // What can be named is offered; the rest shows its range and unit.
+        function test_argumentsAreOfferedByName_data() {
+            return [{
+                    "tag": "one of several",
+                    "page": "miracast",
+                    "control": "connecting",
+                    "kinds": ["choice"],
+                    "shows": "Meeting room"
+                }, {
+                    "tag": "several of many",
+                    "page": "wifi-direct",
+                    "control": "sight",
+                    "kinds": ["list"],
+                    "shows": "Printer"
+                }, {
+                    "tag": "a choice and several of many",
+                    "page": "wifi-direct",
+                    "control": "group",
+                    "kinds": ["choice", "list"],
+                    "shows": "Camera"
+                }, {
+                    "tag": "a code with a meaning",
+                    "page": "miracast",
+                    "control": "stop",
+                    "kinds": ["choice"],
+                    "shows": "by policy"
+                }, {
+                    "tag": "a range with a unit",
+                    "page": "clock",
+                    "control": "advance",
+                    "kinds": ["text"],
+                    "shows": "seconds, 0 to 1,000,000 s"
+                }];
+        }
+
+        function test_argumentsAreOfferedByName(row) {
+            show(row.page);
+            const verb = find(page, item => item.verb?.name === row.control && item.tell); // qmllint disable
+            const fields = [];
+            find(verb, item => item.argument !== undefined && item.kind !== undefined && fields.push(item) < 0); // qmllint disable
+            compare(fields.map(field => field.kind), row.kinds);
+            const last = fields[fields.length - 1];
+            const shown = last.kind === "choice" ? last.shown.model.map(each => each.text) : last.kind === "text" ? [last.shown.placeholderText] : last.words.map(word => last.choice.titles[word]);
+            verify(shown.includes(row.shows), shown);
+        }
+
         function test_refusedOrdersAreReportedAndTheControlGoesBack() {
             show("data-profile");
             const which = named("Which one");
