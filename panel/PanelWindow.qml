@@ -11,11 +11,16 @@ ApplicationWindow {
     property string page: "battery"
     readonly property string current: pages.includes(page) ? page : pages[0] ?? ""
     readonly property bool wide: width >= 820
+    // The log has a column of its own.
+    readonly property bool hasLogColumn: width >= 1240
     readonly property var facility: facilityNamed(current)
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
     // The part that a narrow window shows: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
+    // The place that had the focus last, as placeOfFocus() counts them.
+    property int lastPlace: -1
     property alias focusRing: ring
+    readonly property alias statusText: status.text
 
     function facilityNamed(name) {
         return phone.facilities.find(facility => facility.name === name) ?? ({}); // qmllint disable
@@ -28,6 +33,52 @@ ApplicationWindow {
     function turn(by) {
         const place = pages.indexOf(current) + by;
         page = pages[Math.max(0, Math.min(place, pages.length - 1))] ?? page;
+    }
+
+    // Puts the focus into the phone (0), the controls of the page (1) or the signals (2).
+    function goTo(place) {
+        part = place;
+        if (place === 1)
+            (current === "scenarios" ? scenarios : controls).takeFocus();
+        else
+            (place === 0 ? picture : log).takeFocus();
+    }
+
+    // The place that has the focus, counted as above; 3 is the list of pages, and -1 none of them.
+    function placeOfFocus() {
+        for (let item = activeFocusItem; item !== null; item = item.parent) {
+            const place = [picture, pageColumn, log, names].indexOf(item);
+            if (place >= 0)
+                return place;
+        }
+        return -1;
+    }
+
+    // From the list of pages to the controls, the phone, the signals, and around; narrow windows have no list.
+    function goOn(by) {
+        const order = wide ? [3, 1, 0, 2] : [1, 0, 2];
+        const from = order.indexOf(placeOfFocus());
+        const place = from < 0 ? order[0] : order[(from + by + order.length) % order.length];
+        if (place === 3)
+            names.forceActiveFocus(Qt.TabFocusReason);
+        else
+            goTo(place);
+    }
+
+    // A turned page has destroyed the control with the focus.
+    onCurrentChanged: {
+        if (lastPlace === 1)
+            Qt.callLater(keepFocus); // qmllint disable
+    }
+    onActiveFocusItemChanged: {
+        const place = placeOfFocus();
+        if (place >= 0)
+            lastPlace = place;
+    }
+
+    function keepFocus() {
+        if (!selector.activeFocus && (wide || part === 1))
+            (current === "scenarios" ? scenarios : controls).takeFocus();
     }
 
     width: 1000
@@ -53,7 +104,7 @@ ApplicationWindow {
         id: phone
 
         onAnswered: (order, problem) => {
-            log.append(problem === "" ? "> " + order : qsTr("> %1: %2").arg(order).arg(problem));
+            log.append("> " + order, problem === "" ? qsTr("done") : problem);
             status.text = problem;
         }
     }
@@ -78,6 +129,7 @@ ApplicationWindow {
         enabled: phone.simulated
         onActivated: {
             window.page = "scenarios";
+            window.part = 1;
             scenarios.toggle();
         }
     }
@@ -89,9 +141,17 @@ ApplicationWindow {
 
             Shortcut {
                 sequence: "Ctrl+%1".arg(index + 1) // qmllint disable unqualified
-                onActivated: window.part = index // qmllint disable unqualified
+                onActivated: window.goTo(index) // qmllint disable unqualified
             }
         }
+    }
+    Shortcut {
+        sequence: "F6"
+        onActivated: window.goOn(1)
+    }
+    Shortcut {
+        sequence: "Shift+F6"
+        onActivated: window.goOn(-1)
     }
 
     header: ToolBar {
@@ -126,13 +186,13 @@ ApplicationWindow {
                 onCurrentIndexChanged: window.part = currentIndex
 
                 TabButton {
-                    text: qsTr("Phone")
+                    text: qsTr("&Phone")
                 }
                 TabButton {
-                    text: qsTr("Controls")
+                    text: qsTr("&Controls")
                 }
                 TabButton {
-                    text: qsTr("Signals")
+                    text: qsTr("&Signals")
                 }
             }
         }
@@ -149,14 +209,19 @@ ApplicationWindow {
         Accessible.name: text
     }
 
-    RowLayout {
+    // The order of the items is that of the Tab key: the pages, the controls of one, the phone, the signals.
+    GridLayout {
         anchors.fill: parent
         anchors.margins: 8
-        spacing: 12
+        columnSpacing: 12
+        rowSpacing: 8
 
         ListView {
             id: names
 
+            Layout.row: 0
+            Layout.column: 0
+            Layout.rowSpan: 2
             Layout.preferredWidth: 150
             Layout.fillHeight: true
             visible: window.wide && count > 0
@@ -185,36 +250,19 @@ ApplicationWindow {
             }
         }
         ColumnLayout {
-            Layout.fillWidth: true
-            Layout.fillHeight: true
-            visible: window.wide || window.part !== 1
+            id: pageColumn
 
-            PhonePicture {
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                Layout.preferredHeight: 400
-                visible: window.wide || window.part === 0
-                led: phone.led
-                vibrating: phone.vibrating
-                neighbours: phone.neighbours
-                onBrought: (neighbour, inRange) => phone.bring(neighbour, inRange)
-            }
-            LogPage {
-                id: log
-
-                Layout.fillWidth: true
-                Layout.fillHeight: true
-                Layout.preferredHeight: 140
-                visible: window.wide || window.part === 2
-            }
-        }
-        ColumnLayout {
-            Layout.preferredWidth: 340
+            Layout.row: 0
+            Layout.column: 2
+            Layout.rowSpan: 2
+            Layout.preferredWidth: window.hasLogColumn ? window.width * 0.27 : 340
             Layout.fillWidth: !window.wide
             Layout.fillHeight: true
             visible: window.wide || window.part === 1
 
             ComboBox {
+                id: selector
+
                 Layout.fillWidth: true
                 visible: !window.wide && count > 0
                 model: window.pages.map(window.headingOf)
@@ -227,6 +275,8 @@ ApplicationWindow {
                 Layout.fillHeight: true
 
                 FacilityPage {
+                    id: controls
+
                     anchors.fill: parent
                     visible: window.current !== "scenarios"
                     phone: phone
@@ -240,6 +290,33 @@ ApplicationWindow {
                     onProblem: text => status.text = text
                 }
             }
+        }
+        PhonePicture {
+            id: picture
+
+            Layout.row: 0
+            Layout.column: 1
+            Layout.rowSpan: window.hasLogColumn ? 2 : 1
+            Layout.fillWidth: true
+            Layout.fillHeight: true
+            Layout.preferredHeight: 400
+            visible: window.wide || window.part === 0
+            led: phone.led
+            vibrating: phone.vibrating
+            neighbours: phone.neighbours
+            onBrought: (neighbour, inRange) => phone.bring(neighbour, inRange)
+        }
+        LogPage {
+            id: log
+
+            Layout.row: window.hasLogColumn || !window.wide ? 0 : 1
+            Layout.column: window.hasLogColumn ? 3 : 1
+            Layout.rowSpan: window.hasLogColumn ? 2 : 1
+            Layout.fillWidth: !window.hasLogColumn
+            Layout.preferredWidth: window.hasLogColumn ? window.width * 0.24 : -1
+            Layout.fillHeight: true
+            Layout.preferredHeight: 140
+            visible: window.wide || window.part === 2
         }
     }
     // The focus ring.
@@ -255,7 +332,7 @@ ApplicationWindow {
         }
 
         anchors.fill: parent
-        anchors.margins: -2
+        anchors.margins: focused?.clip ? 0 : -3 // a list would cut what is outside
         parent: focused !== null ? focused : window.contentItem // qmllint disable
         visible: focused !== null
         z: 100
@@ -263,5 +340,14 @@ ApplicationWindow {
         border.color: window.palette.highlight
         border.width: 2
         radius: 4
+
+        // Seen on controls that have the colour of the ring.
+        Rectangle {
+            anchors.fill: parent
+            anchors.margins: 2
+            color: "transparent"
+            border.color: window.palette.base
+            radius: 2
+        }
     }
 }

@@ -23,6 +23,8 @@ class ScenarioControl : public QObject
     /*! The number of the step under way, of `steps`; 0 for none. */
     Q_PROPERTY(int step READ step NOTIFY changed)
     Q_PROPERTY(int steps READ steps NOTIFY changed)
+    /*! How much of it is done. */
+    Q_PROPERTY(int percent READ percent NOTIFY changed)
     /*! How fast the phone's time goes: a number, or "max". */
     Q_PROPERTY(QString speed READ speed NOTIFY changed)
     /*! The number of expectations that were met, and of steps that failed. */
@@ -43,6 +45,7 @@ public:
     [[nodiscard]] QString description() const { return text("description"); }
     [[nodiscard]] int step() const { return m_told.value(QStringLiteral("step")).toInt(); }
     [[nodiscard]] int steps() const { return m_told.value(QStringLiteral("steps")).toInt(); }
+    [[nodiscard]] int percent() const { return m_told.value(QStringLiteral("percent")).toInt(); }
     [[nodiscard]] QString speed() const { return text("speed"); }
     [[nodiscard]] int met() const { return m_met; }
     [[nodiscard]] int failed() const { return m_failed; }

@@ -19,6 +19,22 @@ Scroller {
             scenario.resume();
         else if (file.text !== "")
             scenario.play(file.text, speed.word, goOn.checked);
+        else
+            askForOne();
+    }
+
+    function askForOne() {
+        choice.open = true;
+        page.problem(qsTr("No scenario is chosen: choose one, then press Ctrl+P"));
+        takeFocus();
+    }
+
+    // Puts the focus on the first scenario, or else on the first control.
+    function takeFocus() {
+        if (choice.open && rows.count > 0)
+            rows.itemAt(0).forceActiveFocus(Qt.TabFocusReason);
+        else
+            play.forceActiveFocus(Qt.TabFocusReason);
     }
 
     ScenarioControl {
@@ -26,7 +42,8 @@ Scroller {
 
         onRestarted: steps.clear() // qmllint disable
         onChanged: {
-            if (page.isOn && !speed.activeFocus)
+            // Bindings to the state may not have followed yet.
+            if ((scenario.state === "playing" || scenario.state === "paused") && !speed.activeFocus)
                 speed.editText = scenario.speed === "max" ? speed.atOnce : scenario.speed + " ×";
         }
         onStepped: (time, text, outcome, detail) => {
@@ -59,11 +76,13 @@ Scroller {
     Section {
         id: choice
 
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         title: qsTr("Choose")
         open: scenario.state === ""
 
         Repeater {
+            id: rows
+
             model: scenario.installed
 
             ItemDelegate {
@@ -120,10 +139,12 @@ Scroller {
         }
     }
     Flow {
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         spacing: 6
 
         Button {
+            id: play
+
             text: scenario.state === "playing" ? qsTr("Pause") : scenario.state === "paused" ? qsTr("Go on") : qsTr("Play")
             highlighted: true
             enabled: page.isOn || file.text !== ""
@@ -162,7 +183,7 @@ Scroller {
         }
     }
     ColumnLayout {
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         visible: scenario.state !== ""
 
         Label {
@@ -175,8 +196,8 @@ Scroller {
         }
         ProgressBar {
             Layout.fillWidth: true
-            to: Math.max(1, scenario.steps)
-            value: scenario.state === "passed" ? to : scenario.step
+            to: 100
+            value: scenario.percent
             Accessible.name: qsTr("Progress")
         }
         Label {
@@ -249,7 +270,7 @@ Scroller {
     Section {
         id: recorder
 
-        width: parent.width - parent.rightPadding
+        width: parent.width - parent.leftPadding - parent.rightPadding
         title: qsTr("Record")
 
         TextField {

@@ -1,13 +1,26 @@
 #include "SignalLog.hpp"
 
 #include "facilities/FacilityTable.hpp"
+#include "meta/MetaDescription.hpp"
 #include "meta/MetaText.hpp"
 
 #include <QTime>
 
 using namespace oz;
 
-SignalLog::SignalLog(QObject *parent) : QStringListModel(parent)
+namespace {
+
+// "level" for levelChanged(): most signals tell a new value.
+QString changeOf(const QMetaMethod &signal)
+{
+    const QString name = QString::fromLatin1(signal.name());
+    const QLatin1String changed("Changed");
+    return name.endsWith(changed) ? name.chopped(changed.size()) : name;
+}
+
+} // namespace
+
+SignalLog::SignalLog(QObject *parent) : QAbstractListModel(parent)
 {
     for (const tools::FacilityEntry &entry : tools::facilityTable()) {
         const QStringList selected = entry.instances ? entry.instances() : QStringList{QString()};
@@ -16,11 +29,12 @@ SignalLog::SignalLog(QObject *parent) : QStringListModel(parent)
             m_taps.push_back(std::make_unique<meta::SignalTap>(m_facilities.back().get(),
                 [this, title = entry.title(instance)](
                     const QMetaMethod &signal, const QVariantList &arguments) {
+                    if (meta::isNumericTwin(signal))
+                        return;
                     QStringList texts;
                     for (const QVariant &argument : arguments)
                         texts.append(meta::valueText(argument));
-                    append(title + u' ' + QLatin1String(signal.name()) + u'('
-                        + texts.join(QLatin1String(", ")) + u')');
+                    append(title + u' ' + changeOf(signal), texts.join(QLatin1String(", ")));
                 }));
         }
     }
@@ -28,13 +42,43 @@ SignalLog::SignalLog(QObject *parent) : QStringListModel(parent)
 
 SignalLog::~SignalLog() = default;
 
-void SignalLog::append(const QString &line)
+void SignalLog::append(const QString &what, const QString &values)
 {
-    constexpr int most = 1000;
-    if (rowCount() == most)
-        removeRow(0);
+    constexpr std::size_t most = 1000;
+    if (m_rows.size() == most) {
+        beginRemoveRows({}, 0, 0);
+        m_rows.pop_front();
+        endRemoveRows();
+    }
     const int row = rowCount();
-    insertRow(row);
-    const QString now = QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz"));
-    setData(index(row), QString(now + u' ' + line));
+    beginInsertRows({}, row, row);
+    m_rows.push_back({QTime::currentTime().toString(QStringLiteral("HH:mm:ss.zzz")), what, values});
+    endInsertRows();
+}
+
+int SignalLog::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_rows.size());
+}
+
+QVariant SignalLog::data(const QModelIndex &index, int role) const
+{
+    if (!index.isValid())
+        return {};
+    const Row &row = m_rows[std::size_t(index.row())];
+    switch (role) {
+    case Time:
+        return row.time;
+    case What:
+        return row.what;
+    case Values:
+        return row.values;
+    default:
+        return {};
+    }
+}
+
+QHash<int, QByteArray> SignalLog::roleNames() const
+{
+    return {{Time, "time"}, {What, "what"}, {Values, "values"}};
 }

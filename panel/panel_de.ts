@@ -2,6 +2,100 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="de" sourcelanguage="en">
 <context>
+    <name>Argument</name>
+    <message>
+        <source>NAME</source>
+        <translation>Name</translation>
+    </message>
+    <message>
+        <source>VALUE</source>
+        <translation>Wert</translation>
+    </message>
+    <message>
+        <source>RXID</source>
+        <translation>Empfänger</translation>
+    </message>
+    <message>
+        <source>PERCENT</source>
+        <translation>Prozent</translation>
+    </message>
+    <message>
+        <source>CELSIUS</source>
+        <translation>Celsius</translation>
+    </message>
+    <message>
+        <source>DBM</source>
+        <translation>Stärke</translation>
+    </message>
+    <message>
+        <source>SECONDS</source>
+        <translation>Sekunden</translation>
+    </message>
+    <message>
+        <source>FACTOR</source>
+        <translation>Faktor</translation>
+    </message>
+    <message>
+        <source>ERRNO</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>MILLISECONDS</source>
+        <translation>Millisekunden</translation>
+    </message>
+    <message>
+        <source>ID</source>
+        <translation>Nummer</translation>
+    </message>
+    <message>
+        <source>WIDTH</source>
+        <translation>Breite</translation>
+    </message>
+    <message>
+        <source>HEIGHT</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>MM-WIDTH</source>
+        <translation>Breite</translation>
+    </message>
+    <message>
+        <source>MM-HEIGHT</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>DEGREES</source>
+        <translation>Grad</translation>
+    </message>
+    <message>
+        <source>TEXT</source>
+        <translation>Text</translation>
+    </message>
+    <message>
+        <source>SINK</source>
+        <translation>Empfänger</translation>
+    </message>
+    <message>
+        <source>CODE</source>
+        <translation>Code</translation>
+    </message>
+    <message>
+        <source>TECHNOLOGY</source>
+        <translation>Technik</translation>
+    </message>
+    <message>
+        <source>PEER</source>
+        <translation>Gerät</translation>
+    </message>
+</context>
+<context>
+    <name>ArgumentField</name>
+    <message>
+        <source>none</source>
+        <translation>keiner</translation>
+    </message>
+</context>
+<context>
     <name>Facility</name>
     <message>
         <source>Activity</source>
@@ -403,10 +497,89 @@
     </message>
 </context>
 <context>
+    <name>LedPage</name>
+    <message>
+        <source>dark</source>
+        <translation>dunkel</translation>
+    </message>
+    <message>
+        <source>Try it</source>
+        <translation>Ausprobieren</translation>
+    </message>
+    <message>
+        <source>Colour</source>
+        <translation>Farbe</translation>
+    </message>
+    <message>
+        <source>until ended</source>
+        <translation>bis zum Ende</translation>
+    </message>
+    <message>
+        <source>%1 ×</source>
+        <translation>%1 ×</translation>
+    </message>
+    <message>
+        <source>Flashes</source>
+        <translation>Blitze</translation>
+    </message>
+    <message>
+        <source>Flash</source>
+        <translation>Blinken</translation>
+    </message>
+    <message>
+        <source>End</source>
+        <translation>Beenden</translation>
+    </message>
+    <message>
+        <source>End the panel&apos;s request</source>
+        <translation>Die eigene Anfrage beenden</translation>
+    </message>
+    <message>
+        <source>Requests</source>
+        <translation>Anfragen</translation>
+    </message>
+    <message>
+        <source>No application asks anything of the LED now</source>
+        <translation>Keine Anwendung verlangt gerade etwas von der LED</translation>
+    </message>
+    <message>
+        <source>%1: %2 flashes, until it ends (process %3)</source>
+        <translation>%1: %2 Blitze, bis zum Ende (Prozess %3)</translation>
+    </message>
+    <message>
+        <source>%1: flash %2 of %3 (process %4)</source>
+        <translation>%1: Blitz %2 von %3 (Prozess %4)</translation>
+    </message>
+    <message>
+        <source>%1, waits</source>
+        <translation>%1, wartet</translation>
+    </message>
+    <message>
+        <source>The last one: %1, %2 flashes, %3</source>
+        <translation>Die letzte: %1, %2 Blitze, %3</translation>
+    </message>
+</context>
+<context>
     <name>LogPage</name>
     <message>
         <source>Signals</source>
         <translation>Signale</translation>
+    </message>
+    <message>
+        <source>Time</source>
+        <translation>Zeit</translation>
+    </message>
+    <message>
+        <source>What</source>
+        <translation>Was</translation>
+    </message>
+    <message>
+        <source>Values</source>
+        <translation>Werte</translation>
+    </message>
+    <message>
+        <source>No signal has come yet</source>
+        <translation>Noch ist kein Signal gekommen</translation>
     </message>
 </context>
 <context>
@@ -429,10 +602,6 @@
     <message>
         <source>Phone</source>
         <translation>Telefon</translation>
-    </message>
-    <message>
-        <source>&gt; %1: %2</source>
-        <translation>&gt; %1: %2</translation>
     </message>
     <message>
         <source>No phone can be reached</source>
@@ -459,20 +628,28 @@
         <translation>Strg+D</translation>
     </message>
     <message>
-        <source>Controls</source>
-        <translation>Bedienung</translation>
-    </message>
-    <message>
-        <source>Signals</source>
-        <translation>Signale</translation>
-    </message>
-    <message>
         <source>Pages</source>
         <translation>Seiten</translation>
     </message>
     <message>
         <source>Page</source>
         <translation>Seite</translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation>erledigt</translation>
+    </message>
+    <message>
+        <source>&amp;Phone</source>
+        <translation>&amp;Telefon</translation>
+    </message>
+    <message>
+        <source>&amp;Controls</source>
+        <translation>&amp;Bedienung</translation>
+    </message>
+    <message>
+        <source>&amp;Signals</source>
+        <translation>&amp;Signale</translation>
     </message>
 </context>
 <context>
@@ -570,6 +747,10 @@
     <message>
         <source>End the recording</source>
         <translation>Aufzeichnung beenden</translation>
+    </message>
+    <message>
+        <source>No scenario is chosen: choose one, then press Ctrl+P</source>
+        <translation>Kein Szenario ist gewählt: erst eines wählen, dann Strg+P drücken</translation>
     </message>
 </context>
 <context>
@@ -886,6 +1067,153 @@
     </message>
 </context>
 <context>
+    <name>Word</name>
+    <message>
+        <source>ok</source>
+        <translation>gut</translation>
+    </message>
+    <message>
+        <source>bad</source>
+        <translation>schlecht</translation>
+    </message>
+    <message>
+        <source>unknown</source>
+        <translation>unbekannt</translation>
+    </message>
+    <message>
+        <source>not permitted</source>
+        <translation>nicht gestattet</translation>
+    </message>
+    <message>
+        <source>timed out</source>
+        <translation>Zeit abgelaufen</translation>
+    </message>
+    <message>
+        <source>access denied</source>
+        <translation>Zugriff verweigert</translation>
+    </message>
+    <message>
+        <source>busy</source>
+        <translation>belegt</translation>
+    </message>
+    <message>
+        <source>no such device</source>
+        <translation>kein solches Gerät</translation>
+    </message>
+    <message>
+        <source>not there</source>
+        <translation>nicht vorhanden</translation>
+    </message>
+    <message>
+        <source>invalid</source>
+        <translation>ungültig</translation>
+    </message>
+    <message>
+        <source>input or output failed</source>
+        <translation>Ein- oder Ausgabe misslungen</translation>
+    </message>
+    <message>
+        <source>not supported</source>
+        <translation>nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>internally</source>
+        <translation>intern</translation>
+    </message>
+    <message>
+        <source>by an application</source>
+        <translation>durch eine Anwendung</translation>
+    </message>
+    <message>
+        <source>no support</source>
+        <translation>nicht unterstützt</translation>
+    </message>
+    <message>
+        <source>by policy</source>
+        <translation>durch eine Richtlinie</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct fails (6)</source>
+        <translation>Wi-Fi Direct versagt (6)</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct fails (7)</source>
+        <translation>Wi-Fi Direct versagt (7)</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct fails (8)</source>
+        <translation>Wi-Fi Direct versagt (8)</translation>
+    </message>
+    <message>
+        <source>Wi-Fi Direct fails (9)</source>
+        <translation>Wi-Fi Direct versagt (9)</translation>
+    </message>
+    <message>
+        <source>playing</source>
+        <translation>läuft</translation>
+    </message>
+    <message>
+        <source>paused</source>
+        <translation>angehalten</translation>
+    </message>
+    <message>
+        <source>none</source>
+        <translation>keine</translation>
+    </message>
+    <message>
+        <source>scan</source>
+        <translation>Suche</translation>
+    </message>
+    <message>
+        <source>connect</source>
+        <translation>Verbinden</translation>
+    </message>
+    <message>
+        <source>disconnect</source>
+        <translation>Trennen</translation>
+    </message>
+    <message>
+        <source>pause</source>
+        <translation>Anhalten</translation>
+    </message>
+    <message>
+        <source>resume</source>
+        <translation>Fortsetzen</translation>
+    </message>
+    <message>
+        <source>shutdown</source>
+        <translation>Herunterfahren</translation>
+    </message>
+    <message>
+        <source>warmup</source>
+        <translation>Vorbereiten</translation>
+    </message>
+    <message>
+        <source>owner</source>
+        <translation>Besitzer</translation>
+    </message>
+    <message>
+        <source>client</source>
+        <translation>Mitglied</translation>
+    </message>
+    <message>
+        <source>cancel-connect</source>
+        <translation>Verbinden abbrechen</translation>
+    </message>
+    <message>
+        <source>start-session</source>
+        <translation>Sitzung beginnen</translation>
+    </message>
+    <message>
+        <source>stop-session</source>
+        <translation>Sitzung beenden</translation>
+    </message>
+    <message>
+        <source>get-ip-address</source>
+        <translation>IP-Adresse holen</translation>
+    </message>
+</context>
+<context>
     <name>Words</name>
     <message>
         <source>Clock</source>
@@ -914,6 +1242,78 @@
     <message>
         <source>stopped</source>
         <translation>abgebrochen</translation>
+    </message>
+    <message>
+        <source>red</source>
+        <translation>rot</translation>
+    </message>
+    <message>
+        <source>green</source>
+        <translation>grün</translation>
+    </message>
+    <message>
+        <source>blue</source>
+        <translation>blau</translation>
+    </message>
+    <message>
+        <source>yellow</source>
+        <translation>gelb</translation>
+    </message>
+    <message>
+        <source>cyan</source>
+        <translation>türkis</translation>
+    </message>
+    <message>
+        <source>magenta</source>
+        <translation>magenta</translation>
+    </message>
+    <message>
+        <source>white</source>
+        <translation>weiß</translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation>fertig</translation>
+    </message>
+    <message>
+        <source>cancelled</source>
+        <translation>abgebrochen</translation>
+    </message>
+    <message>
+        <source>replaced</source>
+        <translation>ersetzt</translation>
+    </message>
+    <message>
+        <source>its application is gone</source>
+        <translation>ihre Anwendung ist weg</translation>
+    </message>
+    <message>
+        <source>receiver</source>
+        <translation>Empfänger</translation>
+    </message>
+    <message>
+        <source>number</source>
+        <translation>Nummer</translation>
+    </message>
+    <message>
+        <source>width</source>
+        <translation>Breite</translation>
+    </message>
+    <message>
+        <source>height</source>
+        <translation>Höhe</translation>
+    </message>
+    <message>
+        <source>error</source>
+        <translation>Fehler</translation>
+    </message>
+    <message>
+        <source>strength</source>
+        <translation>Stärke</translation>
+    </message>
+    <message>
+        <source>%1, %2 to %3 %4</source>
+        <translation>%1, %2 bis %3 %4</translation>
     </message>
 </context>
 </TS>

@@ -32,10 +32,10 @@ public:
     /*! Sends an order; returns why it failed, or an empty text. */
     Q_INVOKABLE QString sim(const QString &line) { return simProblem(line); }
     /*! Plays a scenario; returns why that failed, or an empty text. */
-    Q_INVOKABLE QString play(const QString &text)
+    Q_INVOKABLE QString play(const QString &text, const QString &speed = "1")
     {
         m_root->place("/s.json", text.toUtf8());
-        return daemonProblem("play", QVariantMap{{"file", m_root->file("/s.json")}});
+        return daemonProblem("play", QVariantMap{{"file", m_root->file("/s.json")}, {"speed", speed}});
     }
     Q_INVOKABLE [[nodiscard]] QString file(const QString &name) const { return m_root->file(name); }
     Q_INVOKABLE [[nodiscard]] QString read(const QString &name) const

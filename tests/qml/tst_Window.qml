@@ -57,8 +57,9 @@ Item {
 
         // Describes what is cut off; empty if the item is visible, if need be by scrolling, with its whole text.
         function faultOf(item) {
-            const place = item.mapToItem(window.contentItem, 0, 0);
-            if (place.x < -0.5 || place.x + item.width > window.contentItem.width + 0.5)
+            // Around what is turned with the phone.
+            const place = item.mapToItem(window.contentItem, Qt.rect(0, 0, item.width, item.height));
+            if (place.x < -0.5 || place.x + place.width > window.contentItem.width + 0.5)
                 return "is cut at the side";
             if (item.truncated === true)
                 return "has a text that is cut";
@@ -66,7 +67,7 @@ Item {
                 if (around.contentY !== undefined && around.contentHeight > around.height)
                     return "";
             }
-            return place.y + item.height > window.contentItem.height + 0.5 ? "is cut below" : "";
+            return place.y + place.height > window.contentItem.height + 0.5 ? "is cut below" : "";
         }
 
         // Describes the first fault of the visible items; empty without one.
@@ -186,6 +187,90 @@ Item {
             compare(window.part, 2);
         }
 
+        // Where the focus is: "pages", "controls", "phone" or "signals".
+        function placeOfFocus() {
+            return ["phone", "controls", "signals", "pages"][window.placeOfFocus()] ?? "none";
+        }
+
+        function test_f6GoesRoundAndTheFocusStaysInTheControlsOfATurnedPage_data() {
+            return [{
+                    "tag": "wide",
+                    "width": 1000,
+                    "places": ["pages", "controls", "phone", "signals", "pages"]
+                }, {
+                    "tag": "narrow",
+                    "width": 480,
+                    "places": ["controls", "phone", "signals", "controls"]
+                }];
+        }
+
+        function test_f6GoesRoundAndTheFocusStaysInTheControlsOfATurnedPage(row) {
+            open({
+                    "width": row.width,
+                    "page": "battery"
+                });
+            for (const place of row.places) {
+                keyClick(Qt.Key_F6);
+                tryVerify(() => placeOfFocus() === place, 5000, place);
+                verify(window.focusRing.visible);
+            }
+            keyClick(Qt.Key_F6, Qt.ShiftModifier);
+            compare(placeOfFocus(), "signals");
+            keyClick(Qt.Key_2, Qt.ControlModifier);
+            for (const page of window.pages.slice(window.pages.indexOf("battery"), -1)) {
+                compare(window.current, page);
+                tryVerify(() => placeOfFocus() === "controls" && window.activeFocusItem.visible, 5000, page);
+                keyClick(Qt.Key_PageDown, Qt.ControlModifier);
+            }
+        }
+
+        function hasText(part) {
+            return items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
+        }
+
+        function test_theLogHasALineForEachSignal() {
+            open({
+                    "page": "battery"
+                });
+            compare(phone.sim("battery condition bad"), ""); // qmllint disable unqualified
+            tryVerify(() => hasText("battery condition"));
+            compare(phone.sim("battery level 41"), ""); // qmllint disable unqualified
+            tryVerify(() => hasText("battery level"));
+            compare(items(window.contentItem, item => item.text === "battery condition").length, 1);
+            verify(hasText("Bad"));
+            for (const heading of ["Time", "What", "Values"])
+                verify(hasText(heading), heading);
+            compare(phone.sim("battery condition ok"), ""); // qmllint disable unqualified
+        }
+
+        function test_theLedPageShowsRequestsAndMakesThem() {
+            open({
+                    "page": "led"
+                });
+            tryVerify(() => hasText("No application asks"));
+            named("Colour").currentIndex = 2;
+            named("Flashes").currentIndex = 3;
+            named("Flash").clicked();
+            tryVerify(() => hasText("blue: ") && hasText("until it ends"));
+            named("End the panel's request").clicked();
+            tryVerify(() => hasText("The last one: blue"));
+            verify(hasText("cancelled"));
+        }
+
+        function test_theProgressOfARideFollowsItsTimeAndItsSpeedIsShown() {
+            compare(phone.play("{\"steps\": [\"activity active\", {\"together\": [[{\"repeat\": 4, \"steps\": [{\"wait\": 100}]}], [{\"wait\": 600}]]}]}", "25"), ""); // qmllint disable unqualified
+            open({
+                    "page": "scenarios"
+                });
+            const bar = () => items(window.contentItem, item => item.Accessible.name === "Progress")[0] ?? null;
+            tryVerify(() => hasText("Step 2 of 2, playing"));
+            verify(bar().position < 0.3, bar().position);
+            tryCompare(named("Speed"), "editText", "25 ×");
+            tryVerify(() => bar().position >= 0.1 && bar().position <= 0.5, 10000);
+            named("Stop").clicked();
+            tryVerify(() => hasText("stopped"));
+        }
+
         function test_aScenarioIsPlayedPausedAndFollowed() {
             open({
                     "page": "scenarios"
@@ -193,6 +278,11 @@ Item {
             const text = part => items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
             tryVerify(() => named("tour") !== null);
             verify(!named("Play") || !named("Play").enabled);
+            window.page = "battery";
+            keyClick(Qt.Key_P, Qt.ControlModifier);
+            tryVerify(() => window.statusText.includes("No scenario is chosen"));
+            compare(window.current, "scenarios");
+            tryVerify(() => placeOfFocus() === "controls");
             named("tour").clicked();
             named("Play").clicked();
             tryVerify(() => text("of 44, playing"));
