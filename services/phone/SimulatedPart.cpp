@@ -1,5 +1,7 @@
 #include "phone/SimulatedPart.hpp"
 
+#include <algorithm>
+
 namespace oz::services {
 
 namespace {
@@ -35,13 +37,19 @@ SimChoice choiceOf(const ValueType &type)
 SimVerb verbOf(const Order &order, const Setting &setting, const std::function<void()> &update)
 {
     if (order.argument.isEmpty()) {
+        // Two verbs for one value, such as "insert" and "ready", would both be so: the last one is the
+        // switch's.
+        const auto last = std::find_if(setting.orders.rbegin(), setting.orders.rend(),
+            [&](const Order &other) { return other.argument.isEmpty() && other.value == order.value; });
+        const bool isLast = last->verb == order.verb;
         return SimVerb::state(
             order.verb, order.help,
             [set = setting.set, value = order.value, update] {
                 set(value);
                 update();
             },
-            [get = setting.get, value = order.value] { return get() == value; }, setting.key);
+            [get = setting.get, value = order.value] { return get() == value; },
+            isLast ? setting.key : QString());
     }
     SimVerb verb{order.verb, {order.argument}, order.help, [setting, update](const QStringList &words) {
                      setting.set(valueOf(setting, words));
