@@ -128,7 +128,6 @@ Scroller {
 
                 verb: modelData
                 value: page.values[modelData.name] // qmllint disable unqualified
-                isSegment: value !== undefined
                 onGiven: page.give([modelData.name]) // qmllint disable unqualified
             }
         }
@@ -203,7 +202,7 @@ Scroller {
                 visible: seen.open // qmllint disable unqualified
 
                 Label {
-                    Layout.preferredWidth: 150
+                    Layout.preferredWidth: Math.min(200, row.width * 0.45)
                     Layout.alignment: Qt.AlignTop
                     text: row.name
                     color: palette.placeholderText

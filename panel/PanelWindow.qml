@@ -230,6 +230,7 @@ ApplicationWindow {
             activeFocusOnTab: true
             keyNavigationEnabled: true
             currentIndex: window.pages.indexOf(window.current)
+            onModelChanged: currentIndex = Qt.binding(() => window.pages.indexOf(window.current)) // a new model has reset it
             highlightMoveDuration: 0
             Accessible.role: Accessible.List
             Accessible.name: qsTr("Pages")
@@ -267,6 +268,7 @@ ApplicationWindow {
                 visible: !window.wide && count > 0
                 model: window.pages.map(window.headingOf)
                 currentIndex: window.pages.indexOf(window.current)
+                onModelChanged: currentIndex = Qt.binding(() => window.pages.indexOf(window.current))
                 Accessible.name: qsTr("Page")
                 onActivated: index => window.page = window.pages[index]
             }

@@ -18,7 +18,8 @@ Button {
         return button.isSo ? palette.highlight : button.down ? palette.mid : button.hovered ? palette.base : palette.button;
     }
 
-    text: Words.verb(verb.name ?? "")
+    text: (isSo && !isSegment ? "✓ " : "") + Words.verb(verb.name ?? "")
+    Accessible.name: Words.verb(verb.name ?? "")
     ToolTip.visible: (hovered || visualFocus) && ToolTip.text !== ""
     ToolTip.delay: 700
     ToolTip.text: Words.help(verb.help ?? "")

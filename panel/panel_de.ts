@@ -73,7 +73,7 @@
     </message>
     <message>
         <source>SINK</source>
-        <translation>Empfänger</translation>
+        <translation>Anzeige</translation>
     </message>
     <message>
         <source>CODE</source>
@@ -92,7 +92,7 @@
     <name>ArgumentField</name>
     <message>
         <source>none</source>
-        <translation>keiner</translation>
+        <translation>keine</translation>
     </message>
 </context>
 <context>
@@ -1134,19 +1134,19 @@
     </message>
     <message>
         <source>Wi-Fi Direct fails (6)</source>
-        <translation>Wi-Fi Direct versagt (6)</translation>
+        <translation>Wi-Fi Direct scheitert (6)</translation>
     </message>
     <message>
         <source>Wi-Fi Direct fails (7)</source>
-        <translation>Wi-Fi Direct versagt (7)</translation>
+        <translation>Wi-Fi Direct scheitert (7)</translation>
     </message>
     <message>
         <source>Wi-Fi Direct fails (8)</source>
-        <translation>Wi-Fi Direct versagt (8)</translation>
+        <translation>Wi-Fi Direct scheitert (8)</translation>
     </message>
     <message>
         <source>Wi-Fi Direct fails (9)</source>
-        <translation>Wi-Fi Direct versagt (9)</translation>
+        <translation>Wi-Fi Direct scheitert (9)</translation>
     </message>
     <message>
         <source>playing</source>

@@ -164,6 +164,23 @@ Item {
             tryVerify(() => answers.count > 0 && answers.signalArguments[answers.count - 1][1].includes("from 0 to 100")); // qmllint disable
         }
 
+        // Of each switch, one segment is on.
+        function test_switchesHaveOneSegmentOn_data() {
+            return [["battery", 2], ["orientation", 1], ["sdcard", 2], ["simcard", 1], ["activity", 1], ["cellular-network", 1]].map(row => ({
+                            "tag": row[0],
+                            "switches": row[1]
+                        }));
+        }
+
+        function test_switchesHaveOneSegmentOn(row) {
+            show(row.tag);
+            const switches = [];
+            find(page, item => item.focusOn !== undefined && item.verbs !== undefined && switches.push(item) < 0); // qmllint disable
+            compare(switches.length, row.switches);
+            for (const each of switches)
+                compare(each.verbs.filter(verb => each.values[verb.name] === true).length, 1);
+        }
+
         // What can be named is offered; the rest shows its range and unit.
         function test_argumentsAreOfferedByName_data() {
             return [{

@@ -35,6 +35,13 @@ Item {
             open({});
             for (const page of window.pages)
                 verify(window.headingOf(page) !== page, page);
+            // The list of pages follows one that comes late, such as the clock.
+            window.destroy();
+            open({
+                    "page": "clock"
+                });
+            const pages = named("Pages");
+            tryCompare(pages, "currentIndex", window.pages.indexOf("clock"));
         }
 
         function items(item, holds) {
