@@ -288,6 +288,39 @@ TEST_F(ScenarioTest, AStepThatFailsEndsItUnlessItKeepsGoing)
             << speed;
 }
 
+TEST_F(ScenarioTest, TellsHowMuchIsDoneByTheTimeThatItPlans)
+{
+    const struct
+    {
+        const char *before; // the steps that are done when it waits
+        const char *after;
+        int percent;
+    } cases[] = {
+        {R"({"wait": 10})", R"({"wait": 30})", 25},
+        {R"({"repeat": 4, "steps": [{"wait": 10}]})", R"({"wait": 60})", 40},
+        {R"({"repeat": 4, "while": "battery.level == 7", "steps": [{"wait": 10}]})", R"({"wait": 60})", 40},
+        {R"({"for-each": {"s": [10, 20]}, "steps": [{"wait": "${s}"}]})", R"({"wait": 70})", 30},
+        {R"({"together": [[{"wait": 10}], [{"wait": 30}]]})", R"({"wait": 60})", 40},
+        {R"({"ramp": "battery level", "from": 80, "to": 70, "in": 20})", R"({"wait": 60})", 25},
+        {R"("sdcard unmount")", R"("sdcard mount", "sdcard unmount")", 25},
+    };
+    const QString path = "/pps/system/ozdeviced/scenario";
+    for (const auto &[before, after, percent] : cases) {
+        root.place("/s.json",
+            QByteArray(R"({"steps": [)") + before + R"(, {"when": "sdcard.busy"}, )" + after + "]}");
+        (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"speed", "max"}});
+        EXPECT_TRUE(waitUntil([&] {
+            return attributesOf(path).value("step") == 2 && attributesOf(path).value("percent") == percent;
+        })) << before
+            << attributesOf(path).value("percent").toInt();
+        sim("sdcard mount");
+        sim("sdcard busy");
+        EXPECT_TRUE(waitUntil([&] { return attributesOf(path).value("state") == "passed"; })) << before;
+        EXPECT_EQ(attributesOf(path).value("percent"), 100) << before;
+        sim("sdcard idle");
+    }
+}
+
 TEST_F(ScenarioTest, APausedOneStandsStillUntilItGoesOn)
 {
     const auto told = [&](const char *key) { return askDaemon("scenario").value(key); };
