@@ -98,7 +98,7 @@ Scroller {
         active: page.name === "led"
         visible: active
         sourceComponent: LedPage {
-            phone: page.phone
+            phone: page.phone // qmllint disable unqualified
         }
     }
     Repeater {

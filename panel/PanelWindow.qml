@@ -17,6 +17,7 @@ ApplicationWindow {
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
     // The part that a narrow window shows: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
+    readonly property var shownPage: current === "scenarios" ? scenarios : controls
     // The place that had the focus last, as placeOfFocus() counts them.
     property int lastPlace: -1
     property alias focusRing: ring
@@ -39,7 +40,7 @@ ApplicationWindow {
     function goTo(place) {
         part = place;
         if (place === 1)
-            (current === "scenarios" ? scenarios : controls).takeFocus();
+            shownPage.takeFocus();
         else
             (place === 0 ? picture : log).takeFocus();
     }
@@ -57,7 +58,7 @@ ApplicationWindow {
     // From the list of pages to the controls, the phone, the signals, and around; narrow windows have no list.
     function goOn(by) {
         const order = wide ? [3, 1, 0, 2] : [1, 0, 2];
-        const from = order.indexOf(placeOfFocus());
+        const from = order.indexOf(placeOfFocus()); // qmllint disable
         const place = from < 0 ? order[0] : order[(from + by + order.length) % order.length];
         if (place === 3)
             names.forceActiveFocus(Qt.TabFocusReason);
@@ -78,7 +79,7 @@ ApplicationWindow {
 
     function keepFocus() {
         if (!selector.activeFocus && (wide || part === 1))
-            (current === "scenarios" ? scenarios : controls).takeFocus();
+            shownPage.takeFocus();
     }
 
     width: 1000

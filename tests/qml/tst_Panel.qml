@@ -166,10 +166,14 @@ Item {
 
         // Of each switch, one segment is on.
         function test_switchesHaveOneSegmentOn_data() {
-            return [["battery", 2], ["orientation", 1], ["sdcard", 2], ["simcard", 1], ["activity", 1], ["cellular-network", 1]].map(row => ({
-                            "tag": row[0],
-                            "switches": row[1]
-                        }));
+            const rows = [];
+            for (const [name, switches] of [["battery", 2], ["orientation", 1], ["sdcard", 2], ["simcard", 1], ["activity", 1], ["cellular-network", 1]]) {
+                rows.push({
+                        "tag": name,
+                        "switches": switches
+                    });
+            }
+            return rows;
         }
 
         function test_switchesHaveOneSegmentOn(row) {
