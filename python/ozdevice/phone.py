@@ -16,6 +16,7 @@ from typing import Any
 
 from .description import Description, number_text
 from .errors import ExpectationError, OrderError, PhoneError, UnknownNameError
+from .handled import wait_until_handled
 from .parts import Parts
 from .services import RefusalError, Services
 from .signals import Signals
@@ -139,6 +140,19 @@ class Phone(Parts):
             if error.number == errno.ETIMEDOUT:
                 raise ExpectationError(f"expected {condition}; {error}") from None
             raise OrderError(str(error)) from None
+
+    def wait_until_handled(self, within: float = _WITHIN) -> None:
+        """Waits until applications have handled everything that the phone was told so far.
+
+        Then a test can expect what they did not do. What an application does after a time of its own, by a timer, is
+        not waited for. ExpectationError, which names the threads that are still busy, if that takes too long.
+        """
+        try:
+            busy = wait_until_handled(self.root, within)
+        except OSError as error:
+            raise PhoneError(f"the phone's services are gone: {error.strerror}") from error
+        if busy:
+            raise ExpectationError(f"applications have not handled everything after {within:g} s; busy: {', '.join(busy)}")
 
     def expect(self, facility: str, *, within: float = _WITHIN, **values: object) -> None:
         """Waits until a facility publishes these values: expect("led", color="blue", within=2).

@@ -7,6 +7,7 @@ import signal
 import subprocess
 import sys
 import time
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 import pytest
@@ -203,6 +204,33 @@ def test_signals_come_once_each(phone):
     with phone.watch("data_profile") as signals:
         phone.data_profile["mms"].enabled = False
         assert signals.wait_for("validChanged").instance == "mms"
+
+
+def test_what_applications_have_handled_is_waited_for(phone):
+    watch = phone.start(["ozdevice", "watch", "battery", "--json", "--tell-begin"], stdout=subprocess.PIPE)
+    signals = watch.stdout.fileno()
+    os.read(signals, 10_000)  # it watches
+    for level in (59, 58, 57):
+        phone.battery.level = level
+        phone.wait_until_handled()
+        assert os.read(signals, 10_000).count(b'"signal":"levelChanged"') == 1
+
+    os.kill(watch.pid, signal.SIGSTOP)
+    phone.battery.level = 9
+    with pytest.raises(AssertionError, match=rf"after 0.05 s; busy: process {watch.pid} \(ozdevice\)$"):
+        phone.wait_until_handled(within=0.05)
+    # Several tests can wait at the same time, although each replaces the mark of the others.
+    with ThreadPoolExecutor() as threads:
+        waits = [threads.submit(phone.wait_until_handled) for _ in range(4)]
+        os.kill(watch.pid, signal.SIGCONT)
+    assert not [error for wait in waits if (error := wait.exception())]
+    assert b'"signal":"levelChanged"' in os.read(signals, 10_000)
+    watch.kill()
+    phone.wait_until_handled()  # a program that has ended is not waited for
+    with watch.stdout:
+        phone.close()
+    with pytest.raises(ozdevice.PhoneError, match="services are gone"):
+        phone.wait_until_handled()
 
 
 LOW = {"steps": ["battery level 4", {"expect": "battery.level == ${level}", "within": 0.1}], "variables": {"level": 4}}
