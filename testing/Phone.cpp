@@ -247,13 +247,10 @@ void Phone::waitUntil(
 void Phone::waitUntilHandled(std::chrono::milliseconds limit) const
 {
     const QString what = QStringLiteral("what the applications have to handle");
-    const QStringList busy =
+    const QString problem =
         d->link.guarded(what, [&](const DaemonClient &) { return client::waitUntilHandled(root(), limit); });
-    if (!busy.isEmpty()) {
-        d->link.fail(what,
-            QLatin1String("still busy after ") + limitText(limit) + QLatin1String(" is ")
-                + busy.join(QLatin1String(" and ")));
-    }
+    if (!problem.isEmpty())
+        d->link.fail(what, problem);
 }
 
 QList<PhoneRequest> Phone::requests(const QString &kind) const

@@ -152,7 +152,8 @@ class Phone(Parts):
         except OSError as error:
             raise PhoneError(f"the phone's services are gone: {error.strerror}") from error
         if busy:
-            raise ExpectationError(f"applications have not handled everything after {within:g} s; busy: {', '.join(busy)}")
+            text = f"still busy after {within:g} s is {' and '.join(busy)}"
+            raise ExpectationError(f"expected applications to have handled everything; {text}")
 
     def expect(self, facility: str, *, within: float = _WITHIN, **values: object) -> None:
         """Waits until a facility publishes these values: expect("led", color="blue", within=2).

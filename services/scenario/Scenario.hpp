@@ -19,7 +19,20 @@ struct ScenarioStep
 {
     using Time = std::chrono::milliseconds;
     using PlannedTime = std::chrono::duration<double, std::milli>; // of any number of rounds
-    enum Kind { Tell, Say, Wait, When, Expect, ExpectRequest, Ramp, Repeat, ForEach, Together, Include };
+    enum Kind {
+        Tell,
+        Say,
+        Wait,
+        When,
+        Handled,
+        Expect,
+        ExpectRequest,
+        Ramp,
+        Repeat,
+        ForEach,
+        Together,
+        Include
+    };
 
     Kind kind = Tell;
     JsonNode node; //!< where it stands
@@ -37,7 +50,7 @@ struct ScenarioStep
         Time every{0};
     } ramp = {};
     std::optional<Condition> condition = {}; //!< When, Expect; Repeat: while it holds
-    std::optional<Time> within = {}; //!< When, Expect, ExpectRequest: how long that may take
+    std::optional<Time> within = {}; //!< how long that may take: When, Handled, Expect, ExpectRequest
     bool throughout = false; //!< Expect: all the time, and not at some time
     QString name = {}; //!< of an expectation
     const AskedRequest *request = nullptr;

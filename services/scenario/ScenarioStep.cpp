@@ -48,6 +48,15 @@ void readWhen(ScenarioStep &step, const StepReader &reader)
     step.text = QLatin1String("when ") + reader.text(reader.key());
 }
 
+void readWaitUntil(ScenarioStep &step, const StepReader &reader)
+{
+    if (reader.text(reader.key()) != QLatin1String("handled"))
+        reader.node().fail(
+            QStringLiteral("expected \"handled\"; 'when' waits for a condition"), reader.key());
+    step.within = reader.time("within", DefaultWithin);
+    step.text = QLatin1String("wait until handled within ") + secondsText(*step.within);
+}
+
 void readExpect(ScenarioStep &step, const StepReader &reader)
 {
     const JsonNode &node = reader.node();
@@ -183,6 +192,7 @@ constexpr Form Forms[] = {
     {ScenarioStep::Say, "say", "", readSay},
     {ScenarioStep::Wait, "wait", "jitter", readWait},
     {ScenarioStep::When, "when", "within", readWhen},
+    {ScenarioStep::Handled, "wait-until", "within", readWaitUntil},
     {ScenarioStep::Expect, "expect", "within throughout name", readExpect},
     {ScenarioStep::ExpectRequest, "expect-request", "with times within name", readRequest},
     {ScenarioStep::Ramp, "ramp", "from to in every jitter", readRamp},

@@ -1,6 +1,9 @@
 #include "scenario/ScenarioStrand.hpp"
 
+#include "pps/PpsMark.hpp"
 #include "source/Error.hpp"
+
+#include <oz/DeviceRoot.hpp>
 
 #include <algorithm>
 
@@ -9,6 +12,9 @@ namespace oz::services {
 namespace {
 
 constexpr int MostAtOnce = 100; // steps in one turn of the event loop
+constexpr int PollEvery = 2; // milliseconds
+// One in which connections are accepted, one in which their messages are read.
+constexpr int TurnsForRequests = 2;
 
 } // namespace
 
@@ -19,6 +25,7 @@ ScenarioPlayer::Strand::Strand(ScenarioPlayer &player, Time time, std::function<
     m_realTimer.setSingleShot(true);
     m_realTimer.setTimerType(Qt::PreciseTimer);
     connect(&m_realTimer, &QTimer::timeout, this, &Strand::goOn);
+    connect(&m_pollTimer, &QTimer::timeout, this, &Strand::check);
 }
 
 ScenarioPlayer::Strand::~Strand()
@@ -62,6 +69,7 @@ void ScenarioPlayer::Strand::halt()
 {
     m_timer.stop();
     m_realTimer.stop();
+    m_pollTimer.stop();
     m_hasCome = nullptr;
     m_waiting = nullptr;
 }
@@ -134,6 +142,9 @@ Task ScenarioPlayer::Strand::perform(const ScenarioStep &step)
     case ScenarioStep::Expect:
     case ScenarioStep::ExpectRequest:
         co_await wait(step);
+        co_return;
+    case ScenarioStep::Handled:
+        co_await waitUntilHandled(step);
         co_return;
     case ScenarioStep::Ramp:
         m_player.note(step, "done");
@@ -213,6 +224,39 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
         m_player.fail(step, QStringLiteral("it came %1 times").arg(found), seconds);
     else
         m_player.fail(step, QStringLiteral("it did not come"), seconds);
+}
+
+// No time passes for the phone meanwhile, so nothing else happens to the applications.
+Task ScenarioPlayer::Strand::waitUntilHandled(const ScenarioStep &step)
+{
+    PpsMark mark(deviceRoot());
+    if (mark.set() != 0) {
+        m_player.fail(step,
+            QStringLiteral(
+                "only the applications of a phone of its own can be waited for, as under `ozdevice "
+                "run` and in the test kits"));
+        co_return;
+    }
+    bool isAnswered = false;
+    m_waited.start();
+    freeze();
+    m_hasCome = [&] { return isAnswered = mark.isAnswered(); };
+    m_realTimer.start(int(step.within->count()));
+    m_pollTimer.start(PollEvery);
+    co_await suspended();
+    m_pollTimer.stop();
+    m_hasCome = nullptr;
+    if (!isAnswered)
+        isAnswered = mark.isAnswered();
+    // The requests that applications made meanwhile count for the next step.
+    for (int turn = 0; turn < TurnsForRequests; ++turn)
+        co_await letOthers();
+    m_time = m_player.m_clock.now();
+    const double seconds = double(m_waited.elapsed()) / 1000;
+    if (isAnswered)
+        m_player.note(step, "done", {}, seconds);
+    else
+        m_player.fail(step, mark.busyText(*step.within), seconds);
 }
 
 Task ScenarioPlayer::Strand::ramp(const ScenarioStep &step)

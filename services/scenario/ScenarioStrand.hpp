@@ -76,6 +76,7 @@ private:
     Task passTo(Time time);
     Task letOthers();
     Task wait(const ScenarioStep &step);
+    Task waitUntilHandled(const ScenarioStep &step);
     Task ramp(const ScenarioStep &step);
     Task loop(const ScenarioStep &step);
     Task branch(const ScenarioStep &step);
@@ -87,6 +88,7 @@ private:
     PhoneTimer m_timer;
     QTimer m_realTimer; // while the phone's time stands still for what is expected
     std::optional<int> m_realLeft; // of that timer, while it is paused
+    QTimer m_pollTimer; // while it waits for what nothing in the tree tells
     Stopwatch m_waited;
     std::function<bool()> m_hasCome; // what it waits for, if anything
     std::coroutine_handle<> m_waiting;

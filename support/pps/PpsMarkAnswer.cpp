@@ -1,7 +1,10 @@
 #include "pps/PpsMarkAnswer.hpp"
 
+#include <cerrno>
+#include <chrono>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <thread>
 #include <unistd.h>
 
 namespace oz {
@@ -10,6 +13,19 @@ namespace {
 
 // One for what readers of objects have posted, one for what had come over sockets, one for what that posted.
 constexpr int Rounds = 3;
+
+// A waiter that looks whether a file is locked locks it itself for a moment.
+bool lock(const UniqueFd &file)
+{
+    for (int attempt = 0; attempt < 1000; ++attempt) {
+        if (::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
+            return true;
+        if (errno != EWOULDBLOCK && errno != EINTR)
+            break;
+        std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    return false;
+}
 
 } // namespace
 
@@ -26,7 +42,7 @@ PpsMarkAnswer::PpsMarkAnswer(const QByteArray &folder, PpsWatcher &watcher)
       m_ownFile(folder + '/' + QByteArray::number(::getpid()) + '-' + QByteArray::number(::gettid())),
       m_answers(::open(m_ownFile.constData(), O_CREAT | O_RDWR | O_CLOEXEC | O_NOFOLLOW, 0644))
 {
-    if (!m_answers || ::flock(m_answers.get(), LOCK_EX | LOCK_NB) < 0)
+    if (!m_answers || !lock(m_answers))
         return;
     m_round.setSingleShot(true);
     m_round.callOnTimeout(this, &PpsMarkAnswer::onRound);

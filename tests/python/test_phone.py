@@ -217,7 +217,7 @@ def test_what_applications_have_handled_is_waited_for(phone):
 
     os.kill(watch.pid, signal.SIGSTOP)
     phone.battery.level = 9
-    with pytest.raises(AssertionError, match=rf"after 0.05 s; busy: process {watch.pid} \(ozdevice\)$"):
+    with pytest.raises(AssertionError, match=rf"still busy after 0.05 s is process {watch.pid} \(ozdevice\)$"):
         phone.wait_until_handled(within=0.05)
     # Several tests can wait at the same time, although each replaces the mark of the others.
     with ThreadPoolExecutor() as threads:

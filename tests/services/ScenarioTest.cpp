@@ -19,6 +19,9 @@
 #include <QElapsedTimer>
 #include <QLocalSocket>
 #include <QRegularExpression>
+#include <QTimer>
+
+#include <sys/file.h>
 
 using namespace oz;
 using namespace oz::services;
@@ -84,6 +87,8 @@ TEST_F(ScenarioTest, AFileIsCheckedToItsEndBeforeAnythingHappens)
             "s.json:1: steps[0].wait: a step is one thing, not both say and wait"},
         {R"({"steps": [{"wait": 1, "within": 2}]})",
             "s.json:1: steps[0].within: unknown key; known here are wait, at"},
+        {R"({"steps": [{"wait-until": "led.active"}]})",
+            "s.json:1: steps[0].wait-until: expected \"handled\"; 'when' waits for a condition"},
         {R"({"steps": [{"wait": -1}]})", "s.json:1: steps[0].wait: expected a number from 0 to "},
         {R"({"steps": [{"wait": "${x}"}]})",
             "s.json:1: steps[0].wait: there is no variable 'x'; there is none"},
@@ -222,6 +227,42 @@ TEST_F(ScenarioTest, WhatIsRandomIsTheSameWithTheSameSeed)
     const QStringList first = play(steps, {{"seed", 3}});
     EXPECT_EQ(play(steps, {{"seed", 3}}), first);
     EXPECT_NE(play(steps, {{"seed", 4}}), first);
+}
+
+TEST_F(ScenarioTest, GoesOnOnceApplicationsHaveHandledWhatHappened)
+{
+    const QByteArray handled = R"({"wait-until": "handled", "within": 5}, )";
+    EXPECT_THAT(play(handled + R"("battery unplug")").join('\n').toStdString(),
+        testing::HasSubstr("failed only the applications of a phone of its own can be waited for"));
+
+    // An application that flashes after a turn of its own. Without the wait it hears of the last level alone.
+    ASSERT_TRUE(QDir().mkpath(root.file("/handled")));
+    device::BatteryInfo battery;
+    device::Led led;
+    QList<int> seen;
+    QObject::connect(&battery,
+        qOverload<int, device::BatteryChargingState::Type>(&device::BatteryInfo::levelChanged), &led,
+        [&](int level) {
+            seen.append(level);
+            QTimer::singleShot(0, &led, [&] { led.flash(1); });
+        });
+    const QString end = play("\"battery level 9\", " + handled + "\"battery level 8\", " + handled
+        + R"({"expect-request": "led.flash", "times": 2, "within": 0})")
+                            .last();
+    EXPECT_EQ(end, "passed");
+    EXPECT_EQ(seen, (QList<int>{9, 8}));
+
+    // A thread that does not answer, and no longer holds up the scenario once it has ended.
+    const QString own = QString::number(QCoreApplication::applicationPid());
+    QFile busy(root.file("/handled/" + own + "-1"));
+    ASSERT_TRUE(busy.open(QIODevice::WriteOnly));
+    ASSERT_EQ(::flock(busy.handle(), LOCK_EX), 0);
+    EXPECT_EQ(play(R"({"wait-until": "handled", "within": 0.1}, "battery plug")"),
+        (QStringList{"0 wait until handled within 0.1 s failed still busy after 0.1 s is process " + own
+                + " (services_test), thread 1",
+            "failed"}));
+    busy.close();
+    EXPECT_EQ(play(handled + R"("battery plug")").last(), "passed");
 }
 
 TEST_F(ScenarioTest, ExpectsWhatApplicationsDo)

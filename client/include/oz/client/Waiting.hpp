@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QString>
-#include <QStringList>
 
 #include <chrono>
 #include <functional>
@@ -15,8 +14,8 @@ namespace oz::client {
 /*!
  * Waits until the applications under the device \a root of a private daemon have handled everything that was
  * published or sent to them before the call: each thread with an event loop that uses objects of the tree.
- * Returns the threads that have not within \a limit, in words.
+ * Returns an error that names the threads which have not within \a limit; empty if all have.
  */
-[[nodiscard]] QStringList waitUntilHandled(const QString &root, std::chrono::milliseconds limit);
+[[nodiscard]] QString waitUntilHandled(const QString &root, std::chrono::milliseconds limit);
 
 } // namespace oz::client
