@@ -183,9 +183,10 @@ class Phone(Parts):
             return len(found) >= times
 
         if not self._services.follow("requests", within, have_come):
-            asked = ", ".join(map(str, self.requests()[-_MOST_SHOWN:])) or "nothing"
+            requests = ", ".join(map(str, self.requests()[-_MOST_SHOWN:]))
+            asked = f"asked was {requests}" if requests else "nothing was asked"
             what = f"{kind} with {wanted}" if wanted else kind
-            raise ExpectationError(f"{what}: {len(found)} of {times} came within {within:g} s; asked was {asked}")
+            raise ExpectationError(f"{what}: {len(found)} of {times} came within {within:g} s; {asked}")
         return found
 
     def watch(self, facility: str) -> Signals:

@@ -4,6 +4,8 @@
 #include "publishing/Tree.hpp"
 #include "source/Error.hpp"
 
+#include <oz/PrintableText.hpp>
+
 #include <QRegularExpression>
 
 namespace oz::services {
@@ -101,6 +103,22 @@ const AskedRequest &publicRequestNamed(const QString &name)
         known.append(request.name);
     }
     throw Error(QLatin1String("there is no request '") + name + QLatin1String("'; ") + knownFor(name, known));
+}
+
+QString publicRequestText(const QString &path, const QVariantMap &message)
+{
+    constexpr qsizetype MostOfValue = 80; // characters
+    for (const AskedRequest &request : publicRequests()) {
+        const QVariant fields = request.read(path, message);
+        if (!fields.isValid())
+            continue;
+        QString text = request.name;
+        const QVariantMap values = fields.toMap();
+        for (auto value = values.cbegin(); value != values.cend(); ++value)
+            text += u' ' + value.key() + u'=' + printableText(value->toString().left(MostOfValue));
+        return text;
+    }
+    return {};
 }
 
 QVariantMap describePublic(const Tree &tree)

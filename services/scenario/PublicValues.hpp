@@ -40,6 +40,8 @@ struct PublicValueUse
 [[nodiscard]] const std::vector<AskedRequest> &publicRequests();
 /*! The request called \a name; throws Error where there is none. */
 [[nodiscard]] const AskedRequest &publicRequestNamed(const QString &name);
+/*! "led.flash color=red count=2" for a \a message to the object at \a path; empty where it is no request. */
+[[nodiscard]] QString publicRequestText(const QString &path, const QVariantMap &message);
 
 /*! Both lists for tools: maps with "name", "type" or "fields", "help", and where there are any "words"; the
  * values with what they are "now". */

@@ -1,6 +1,7 @@
 #include "scenario/ScenarioPlayer.hpp"
 
 #include "publishing/Tree.hpp"
+#include "scenario/PublicValues.hpp"
 #include "scenario/ScenarioStrand.hpp"
 
 #include <algorithm>
@@ -10,6 +11,7 @@ namespace oz::services {
 namespace {
 
 constexpr qsizetype MostAsked = 10'000; // requests that no expectation has used yet
+constexpr qsizetype MostShown = 10; // requests in an error
 
 } // namespace
 
@@ -179,9 +181,23 @@ bool ScenarioPlayer::takeRequest(const ScenarioStep &step)
         if (!fields.isValid() || !step.matches(fields.toMap()))
             continue;
         m_asked.removeAt(i);
+        m_hasUsedRequests = true;
         return true;
     }
     return false;
+}
+
+// For the error of an expectation, as in the test kits.
+QString ScenarioPlayer::askedText() const
+{
+    QStringList asked;
+    for (auto it = m_asked.crbegin(); it != m_asked.crend() && asked.size() < MostShown; ++it) {
+        if (const QString text = publicRequestText(it->path, it->message); !text.isEmpty())
+            asked.prepend(text);
+    }
+    if (!asked.isEmpty())
+        return QLatin1String("asked was ") + asked.join(QLatin1String(", "));
+    return m_hasUsedRequests ? QStringLiteral("nothing else was asked") : QStringLiteral("nothing was asked");
 }
 
 // From 0 up to 1.

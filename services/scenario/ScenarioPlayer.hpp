@@ -96,6 +96,7 @@ private:
     void evaluateLater();
     void evaluate();
     [[nodiscard]] bool takeRequest(const ScenarioStep &step);
+    [[nodiscard]] QString askedText() const;
     [[nodiscard]] double random();
     void freeze();
     void unfreeze();
@@ -118,7 +119,8 @@ private:
         double speed = 1; // of the time that goes on then
     } m_freeze;
     bool m_isEvaluationPlanned = false;
-    QList<Asked> m_asked;
+    QList<Asked> m_asked; // what no expectation has used
+    bool m_hasUsedRequests = false;
     std::vector<QPointer<Strand>> m_strands;
     std::unique_ptr<Strand> m_main;
 };

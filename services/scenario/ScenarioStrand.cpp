@@ -220,10 +220,9 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
         m_player.note(step, step.isExpectation() ? "passed" : "done", {}, seconds);
     else if (step.kind != ScenarioStep::ExpectRequest)
         m_player.fail(step, step.condition->valuesText(), seconds);
-    else if (step.times > 1)
-        m_player.fail(step, QStringLiteral("it came %1 times").arg(found), seconds);
     else
-        m_player.fail(step, QStringLiteral("it did not come"), seconds);
+        m_player.fail(step,
+            QStringLiteral("%1 of %2 came; ").arg(found).arg(step.times) + m_player.askedText(), seconds);
 }
 
 // No time passes for the phone meanwhile, so nothing else happens to the applications.

@@ -169,7 +169,7 @@ def test_an_expectation_that_fails_says_what_was_seen(phone, facility, values, t
 
 
 def test_requests_of_applications_are_seen(phone):
-    with pytest.raises(AssertionError, match="0 of 1 came within 0.05 s; asked was nothing"):
+    with pytest.raises(AssertionError, match="0 of 1 came within 0.05 s; nothing was asked"):
         phone.expect_request("led.flash", within=0.05)
     phone.start(FLASH, stdout=subprocess.DEVNULL)
     (flash,) = phone.expect_request("led.flash", "count > 2", color="green")

@@ -14,6 +14,7 @@
 #include <oz/device/MiracastManager.hpp>
 #include <oz/device/SdCardInfo.hpp>
 #include <oz/device/SimCardInfo.hpp>
+#include <oz/device/VibrationController.hpp>
 #include <oz/device/WiFiDirect.hpp>
 
 #include <QElapsedTimer>
@@ -235,21 +236,31 @@ TEST_F(ScenarioTest, GoesOnOnceApplicationsHaveHandledWhatHappened)
     EXPECT_THAT(play(handled + R"("battery unplug")").join('\n').toStdString(),
         testing::HasSubstr("failed only the applications of a phone of its own can be waited for"));
 
-    // An application that flashes after a turn of its own. Without the wait it hears of the last level alone.
+    // An application that vibrates after a turn of its own. Without the wait it hears of the last level
+    // alone.
     ASSERT_TRUE(QDir().mkpath(root.file("/handled")));
     device::BatteryInfo battery;
-    device::Led led;
+    device::VibrationController vibration;
     QList<int> seen;
     QObject::connect(&battery,
-        qOverload<int, device::BatteryChargingState::Type>(&device::BatteryInfo::levelChanged), &led,
+        qOverload<int, device::BatteryChargingState::Type>(&device::BatteryInfo::levelChanged), &vibration,
         [&](int level) {
             seen.append(level);
-            QTimer::singleShot(0, &led, [&] { led.flash(1); });
+            QTimer::singleShot(0, &vibration, [&] { vibration.start(100, 1000); });
         });
-    const QString end = play("\"battery level 9\", " + handled + "\"battery level 8\", " + handled
-        + R"({"expect-request": "led.flash", "times": 2, "within": 0})")
-                            .last();
-    EXPECT_EQ(end, "passed");
+    const QByteArray run = R"(, {"expect-request": "vibration.run", "within": 0})";
+    const QStringList played = play("\"battery level 9\", " + handled + "\"battery level 8\", " + handled
+            + R"({"expect-request": "vibration.run", "with": "intensity == 2", "within": 0})" + run + run
+            + run,
+        {{"keep-going", true}});
+    EXPECT_EQ(played.mid(4),
+        (QStringList{
+            "0 expect-request vibration.run with intensity == 2 within 0 s failed 0 of 1 came; asked was "
+            "vibration.run duration=1000 intensity=100, vibration.run duration=1000 intensity=100",
+            "0 expect-request vibration.run within 0 s passed",
+            "0 expect-request vibration.run within 0 s passed",
+            "0 expect-request vibration.run within 0 s failed 0 of 1 came; nothing else was asked",
+            "failed"}));
     EXPECT_EQ(seen, (QList<int>{9, 8}));
 
     // A thread that does not answer, and no longer holds up the scenario once it has ended.
@@ -283,9 +294,8 @@ TEST_F(ScenarioTest, ExpectsWhatApplicationsDo)
             .last(),
         "passed");
     // It has met its expectation once.
-    const QStringList again = play(R"({"expect-request": "led.flash", "within": 0.2, "name": "n"})");
-    EXPECT_EQ(
-        again, (QStringList{"0.2 expect-request led.flash within 0.2 s failed it did not come", "failed"}));
+    const QString again = play(R"({"expect-request": "led.flash", "within": 0.2, "name": "n"})").first();
+    EXPECT_EQ(again.section("; ", 0, 0), "0.2 expect-request led.flash within 0.2 s failed 0 of 1 came");
     sim("battery level 50");
     ASSERT_TRUE(waitUntil([&] { return battery.level() == 50; }));
     const QStringList wrong =

@@ -642,8 +642,10 @@ TEST_F(CommandTest, AScenarioTestsTheCommandThatItRunsWith)
         {"{\"wait\": 100}", {"--wait-for", "none"}, "exit 5", 5, ""},
         {"{\"wait\": 100}," + expected, {"--wait-for", "none"}, "true", 1,
             "ozdevice: the command ended before the scenario, which still expects"},
-        {expected, {"--set", "n=3", "--speed", "max"}, flash + "exec sleep 100", 1,
-            place + "expect-request led.flash with count == 3 within 5 s: it did not come"},
+        {expected, {"--set", "n=3", "--speed", "max", "--junit", "bad.xml"}, flash + "exec sleep 100", 1,
+            place
+                + "expect-request led.flash with count == 3 within 5 s: 0 of 1 came; "
+                  "asked was led.flash color=red count=2"},
         {battery, {"--wait-for", "none"}, "exec sleep 100", 1,
             place + "expect battery.level == 9 within 0 s: battery.level is 3"},
         {"\"battery level 101\"", {}, "touch started", 1,
@@ -658,6 +660,9 @@ TEST_F(CommandTest, AScenarioTestsTheCommandThatItRunsWith)
             << result.errors.toStdString();
     }
     EXPECT_FALSE(QFile::exists("started"));
+    QFile failures(root.file("/bad.xml"));
+    ASSERT_TRUE(failures.open(QIODevice::ReadOnly));
+    EXPECT_TRUE(failures.readAll().contains("0 of 1 came; asked was led.flash color=red count=2"));
     QDir::setCurrent(before);
 }
 
