@@ -86,6 +86,7 @@ int watchProcess(int process)
     const int descriptor = int(::syscall(SYS_pidfd_open, process, 0));
     if (descriptor < 0) {
         const int error = errno;
+        QDir().rmdir(oz::devicePath(QStringLiteral("/handled")));
         QDir().rmdir(oz::deviceRoot()); // which that process made
         throw Error(QLatin1String("--private: cannot watch the process ") + QString::number(process)
             + QLatin1String(": ") + qt_error_string(error));
