@@ -2,6 +2,7 @@
 
 #include "linux/BusService.hpp"
 #include "linux/UdevMonitor.hpp"
+#include "source/Source.hpp"
 
 #include <QDBusObjectPath>
 

@@ -1,6 +1,7 @@
 #include "scenario/Scenario.hpp"
 
 #include "scenario/StepReader.hpp"
+#include "source/Error.hpp"
 
 #include <QDir>
 #include <QFileInfo>
