@@ -1,5 +1,7 @@
 #include "hardware/HardwarePublisher.hpp"
 
+#include "publishing/StateStore.hpp"
+
 namespace oz::services {
 
 namespace {
