@@ -10,15 +10,25 @@ const QString ControlPort = QStringLiteral("control-port");
 const QString Port = QStringLiteral("port");
 const QString FriendlyName = QStringLiteral("friendly-name");
 const QString Identifier = QStringLiteral("identifier");
+const QString PictureName = QStringLiteral("picture");
 const QString ConnectLimit = QStringLiteral("connect-limit-ms");
 // Between the two processes of this program alone.
 const QString StepLimit = QStringLiteral("step-limit-ms");
 const QString KeepAlive = QStringLiteral("keep-alive-ms");
-const QString TestCard = QStringLiteral("test-card");
 const QString Video = QStringLiteral("video-encoder");
 const QString Audio = QStringLiteral("audio-encoder");
 
 constexpr qsizetype IdentifierSize = 16;
+
+// In the order of the enumerators.
+const QStringList PictureNames{
+    QStringLiteral("screen"), QStringLiteral("further-output"), QStringLiteral("test-card")};
+
+Picture pictureOf(const QString &name, Picture fallback)
+{
+    const qsizetype index = PictureNames.indexOf(name);
+    return index < 0 ? fallback : Picture(index);
+}
 
 quint16 portOf(const QJsonValue &value, quint16 fallback)
 {
@@ -47,8 +57,7 @@ CastOrder CastOrder::fromJson(const QJsonObject &json, const CastOrder &fallback
     order.limits.connect = timeOf(json[ConnectLimit], fallback.limits.connect);
     order.limits.step = timeOf(json[StepLimit], fallback.limits.step);
     order.limits.keepAlive = timeOf(json[KeepAlive], fallback.limits.keepAlive);
-    if (json.contains(TestCard))
-        order.picture = json[TestCard].toBool() ? Picture::TestCard : Picture::OfScreen;
+    order.picture = pictureOf(json[PictureName].toString(), fallback.picture);
     order.videoEncoder = json[Video].toString(fallback.videoEncoder);
     order.audioEncoder = json[Audio].toString(fallback.audioEncoder);
     return order;
@@ -59,7 +68,7 @@ QJsonObject CastOrder::toJson() const
     return {{Id, id}, {Address, display.toString()}, {ControlPort, controlPort}, {Port, source.rtspPort},
         {FriendlyName, source.name}, {Identifier, QString::fromLatin1(source.identifier.toHex())},
         {ConnectLimit, int(limits.connect.count())}, {StepLimit, int(limits.step.count())},
-        {KeepAlive, int(limits.keepAlive.count())}, {TestCard, picture == Picture::TestCard},
+        {KeepAlive, int(limits.keepAlive.count())}, {PictureName, PictureNames[int(picture)]},
         {Video, videoEncoder}, {Audio, audioEncoder}};
 }
 

@@ -1,5 +1,7 @@
 #include "CastProcess.hpp"
 
+#include "FurtherOutput.hpp"
+
 #include <QCoreApplication>
 
 #include <algorithm>
@@ -18,7 +20,7 @@ constexpr std::chrono::milliseconds LongestEnd{1900};
 
 } // namespace
 
-CastProcess::CastProcess(const CastOrder &order) : m_id(order.id)
+CastProcess::CastProcess(const CastOrder &order) : m_id(order.id), m_picture(order.picture)
 {
     connect(&m_process, &QProcess::finished, this, &CastProcess::conclude);
     connect(&m_process, &QProcess::errorOccurred, this, [this](QProcess::ProcessError error) {
@@ -98,6 +100,8 @@ void CastProcess::conclude()
                         ? QLatin1String("signal ") + QString::number(m_process.exitCode())
                         : QLatin1String("status ") + QString::number(m_process.exitCode()))};
     }
+    if (m_picture == Picture::OfFurtherOutput)
+        removeFurtherOutput();
     Q_EMIT ended(*m_end);
 }
 

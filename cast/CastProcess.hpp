@@ -40,6 +40,7 @@ private:
     void conclude();
 
     const int m_id;
+    const Picture m_picture;
     QProcess m_process;
     std::unique_ptr<LineChannel> m_channel;
     QTimer m_limit;

@@ -16,6 +16,13 @@ namespace oz::cast {
 
 namespace {
 
+Screen opened(Screen screen)
+{
+    if (!std::exchange(screen.open, nullptr)(&screen))
+        screen.capture.clear();
+    return screen;
+}
+
 // What the end of the process needs, should a library bring it about.
 int s_descriptor = -1;
 QByteArray s_lastWords;
@@ -74,8 +81,14 @@ void CastSession::begin(const CastOrder &order)
         end({CastEnd::Failed, QStringLiteral("the screen's server does not answer")});
     });
     m_limit.start(m_order.limits.step);
-    std::thread([this, picture = order.picture] {
-        const Screen screen = findScreen(picture);
+    inThread([picture = order.picture] { return findScreen(picture); });
+}
+
+// Screens' servers may hold up a thread for ever. It ends with the process.
+void CastSession::inThread(const std::function<Screen()> &take)
+{
+    std::thread([this, take] {
+        const Screen screen = take();
         QMetaObject::invokeMethod(this, [this, screen] { onScreen(screen); });
     }).detach();
 }
@@ -85,6 +98,12 @@ void CastSession::onScreen(const Screen &screen)
     m_screen = screen;
     if (m_screen.capture.isEmpty())
         return end({CastEnd::Failed, QLatin1String("there is no screen to cast: ") + m_screen.remark});
+    if (m_screen.open) {
+        // It has limits of its own, and says itself which of them has passed.
+        m_limit.start(m_screen.openLimit + m_order.limits.step);
+        tellStep(m_screen.awaited, m_screen.openLimit + m_order.limits.step);
+        return inThread([found = m_screen] { return opened(found); });
+    }
     const QString display = m_order.display.toString();
     const quint16 port = m_order.source.rtspPort;
     const QHostAddress local = addressTowards(m_order.display);
@@ -124,7 +143,8 @@ void CastSession::onDisplay(QTcpSocket *socket)
     settings.stepLimit = m_order.limits.step;
     settings.keepAlive = m_order.limits.keepAlive;
     m_conversation = new RtspConversation(socket, settings);
-    connect(m_conversation, &RtspConversation::stepped, this, &CastSession::tellStep);
+    connect(
+        m_conversation, &RtspConversation::stepped, this, [this](const QString &text) { tellStep(text); });
     connect(m_conversation, &RtspConversation::ended, this, &CastSession::end);
     connect(m_conversation, &RtspConversation::playAsked, this, &CastSession::onPlay);
     connect(m_conversation, &RtspConversation::pauseAsked, this, [this] { m_pipeline->pause(); });
@@ -139,8 +159,8 @@ void CastSession::onPlay(const StreamPlan &stream)
 {
     if (!m_pipeline) {
         PipelinePlan plan;
-        const int rate = stream.video.mode.rate;
-        plan.picture = m_screen.description(rate);
+        const VideoMode mode = stream.video.mode;
+        plan.picture = m_screen.description(mode.rate);
         plan.video = stream.video;
         plan.elements = Elements::named(m_order.videoEncoder, m_order.audioEncoder);
         plan.hasAudio = stream.hasAudio;
@@ -149,13 +169,12 @@ void CastSession::onPlay(const StreamPlan &stream)
         plan.socket = int(m_rtp.socketDescriptor());
         plan.limit = m_order.limits.step;
         if (m_screen.feed)
-            plan.onBuilt = [feed = m_screen.feed, rate](GstElement *pipeline) { feed(pipeline, rate); };
+            plan.onBuilt = [feed = m_screen.feed, mode](GstElement *pipeline) { feed(pipeline, mode); };
         m_pipeline = new Pipeline(plan);
-        connect(m_pipeline, &Pipeline::sending, this, [this, stream] {
-            const VideoMode &mode = stream.video.mode;
+        connect(m_pipeline, &Pipeline::sending, this, [this, mode, hasAudio = stream.hasAudio] {
             tell(QStringLiteral("playing"),
                 {{QStringLiteral("width"), mode.width}, {QStringLiteral("height"), mode.height},
-                    {QStringLiteral("rate"), mode.rate}, {QStringLiteral("audio"), stream.hasAudio}});
+                    {QStringLiteral("rate"), mode.rate}, {QStringLiteral("audio"), hasAudio}});
         });
         connect(m_pipeline, &Pipeline::paused, this, [this] { tell(QStringLiteral("paused")); });
         connect(m_pipeline, &Pipeline::failed, this, [this](const QString &reason) {
@@ -171,9 +190,12 @@ void CastSession::tell(const QString &kind, QJsonObject content)
     m_channel->send(kind, content);
 }
 
-void CastSession::tellStep(const QString &text)
+void CastSession::tellStep(const QString &text, std::chrono::milliseconds limit)
 {
-    tell(QStringLiteral("step"), {{QStringLiteral("text"), text}});
+    QJsonObject step{{QStringLiteral("text"), text}};
+    if (limit > limit.zero())
+        step.insert(QStringLiteral("limit-ms"), int(limit.count()));
+    tell(QStringLiteral("step"), step);
 }
 
 void CastSession::end(const CastEnd &end)

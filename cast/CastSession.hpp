@@ -9,6 +9,8 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <chrono>
+#include <functional>
 #include <memory>
 
 namespace oz::cast {
@@ -32,11 +34,13 @@ private:
 
     void onMessage(const QString &kind, const QJsonObject &content);
     void begin(const CastOrder &order);
+    void inThread(const std::function<Screen()> &take);
     void onScreen(const Screen &screen);
     void onDisplay(QTcpSocket *socket);
     void onPlay(const StreamPlan &plan);
     void tell(const QString &kind, QJsonObject content = {});
-    void tellStep(const QString &text);
+    // A step that may take longer than the daemon waits usually says how long.
+    void tellStep(const QString &text, std::chrono::milliseconds limit = {});
     void end(const CastEnd &end);
 
     LineChannel *m_channel;

@@ -1,43 +1,70 @@
 #include "Screen.hpp"
 
 #include "Elements.hpp"
+#include "FurtherOutput.hpp"
+#include "PortalScreen.hpp"
 #include "WlrScreen.hpp"
 #include "XScreen.hpp"
 
+#include <QStringList>
+
 namespace oz::cast {
+
+namespace {
+
+bool findTestCard(Screen *screen)
+{
+    screen->capture = QStringLiteral("picture");
+    screen->source = QStringLiteral("videotestsrc is-live=true pattern=ball");
+    screen->size = QSize(1280, 720);
+    if (isInstalled("timeoverlay")) {
+        screen->source =
+            QStringLiteral("videotestsrc is-live=true pattern=smpte ! timeoverlay halignment=center "
+                           "valignment=center font-desc=\"Sans 36\"");
+    }
+    screen->source += QStringLiteral(" ! capsfilter caps=video/x-raw,width=%1,height=%2")
+                          .arg(QString::number(screen->size.width()), QString::number(screen->size.height()));
+    screen->remark = QStringLiteral("the test card, as it was asked for");
+    return true;
+}
+
+using Finder = bool (*)(Screen *screen);
+
+// The ways to take it, the best first.
+std::vector<Finder> findersOf(Picture picture)
+{
+    switch (picture) {
+    case Picture::OfScreen:
+        return {findXScreen, findWlrScreen, findPortalScreen};
+    case Picture::OfFurtherOutput:
+        return {findFurtherOutput};
+    case Picture::TestCard:
+        return {findTestCard};
+    }
+    return {};
+}
+
+} // namespace
 
 QString Screen::description(int rate) const
 {
-    const QString caps = QStringLiteral(" ! video/x-raw,framerate=%1/1").arg(rate);
-    if (capture == u"x11") // following what is damaged costs more than taking all of it
-        return QLatin1String("ximagesrc use-damage=false show-pointer=true") + caps;
-    if (capture == u"wlr-screencopy") // pictures that come too fast are dropped, the oldest first
-        return QStringLiteral("appsrc name=screen is-live=true format=time do-timestamp=true max-buffers=1 "
-                              "leaky-type=downstream");
-    const QLatin1String time(isInstalled("timeoverlay")
-            ? " ! timeoverlay halignment=center valignment=center font-desc=\"Sans 36\""
-            : "");
-    return QStringLiteral("videotestsrc is-live=true pattern=%1")
-               .arg(QLatin1String(time.isEmpty() ? "ball" : "smpte"))
-        + caps + QStringLiteral(",width=%1,height=%2").arg(size.width()).arg(size.height()) + time;
+    return source + QStringLiteral(" ! video/x-raw,framerate=%1/1").arg(rate);
 }
 
 Screen findScreen(Picture picture)
 {
-    Screen screen;
-    if (picture == Picture::TestCard) {
-        screen.capture = QStringLiteral("picture");
-        screen.size = QSize(1280, 720);
-        screen.remark = QStringLiteral("the test card, as it was asked for");
-        return screen;
+    QStringList reasons;
+    for (const Finder find : findersOf(picture)) {
+        Screen screen;
+        const bool isFound = find(&screen);
+        reasons.insert(isFound ? 0 : reasons.size(), screen.remark);
+        screen.remark = reasons.join(QLatin1String("; "));
+        if (isFound)
+            return screen;
     }
-    if (findXScreen(&screen))
-        return screen;
-    const QString noX = screen.remark;
-    const bool isFound = findWlrScreen(&screen);
-    screen.remark =
-        isFound ? screen.remark + QLatin1String("; ") + noX : noX + QLatin1String("; ") + screen.remark;
-    return screen;
+    Screen none;
+    none.remark = reasons.join(QLatin1String("; "));
+    return none;
 }
 
 } // namespace oz::cast

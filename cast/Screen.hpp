@@ -1,5 +1,7 @@
 #pragma once
 
+#include "VideoFormats.hpp"
+
 #include <QSize>
 #include <QString>
 
@@ -24,22 +26,36 @@ public:
 /*! A screen that can be cast, and how. */
 struct Screen
 {
-    QString
-        capture; //!< "x11", "wlr-screencopy", "picture" for the test card, or empty where there is no screen
-    QSize size;
+    QString capture; //!< the name of the way that it is taken by; empty where there is no screen
+    QString source; //!< the elements of a pipeline that give its pictures
+    QSize size; //!< the largest that is asked for from it
     QString remark; //!< which and why, and why no other, for a person
-    std::shared_ptr<ScreenConnection> connection; //!< null for the test card
+    std::shared_ptr<ScreenConnection> connection; //!< null where the end of the pictures tells its end
+
+    /*!
+     * Makes it ready for a cast, which may mean to ask the person in front of it. Empty where nothing is to
+     * be done. False if it cannot be taken after all; then the remark says why.
+     */
+    std::function<bool(Screen *screen)> open = {};
+    /*! How long open() may take at most. */
+    std::chrono::milliseconds openLimit{6000};
+    /*! What open() waits for, for a person. */
+    QString awaited;
 
     /*! Feeds the pipeline once it is built; empty where that needs nobody. */
-    std::function<void(GstElement *pipeline, int rate)> feed = {};
+    std::function<void(GstElement *pipeline, const VideoMode &mode)> feed = {};
 
     /*! The beginning of a pipeline that takes \a rate pictures a second. */
     [[nodiscard]] QString description(int rate) const;
 };
 
-enum class Picture { OfScreen, TestCard };
+enum class Picture {
+    OfScreen,
+    OfFurtherOutput, //!< a part of the desktop that only the display shows
+    TestCard,
+};
 
-/*! The screen of this session. It waits for the screen's server, even if that never answers. */
+/*! What can be cast in this session. It waits for the screen's server, even if that never answers. */
 [[nodiscard]] Screen findScreen(Picture picture);
 
 } // namespace oz::cast

@@ -2,15 +2,15 @@
 
 #include "Elements.hpp"
 
-#include <QFileInfo>
-
 #include <algorithm>
 #include <chrono>
 #include <cstring>
 #include <gst/app/gstappsrc.h>
+#include <memory>
 #include <sys/mman.h>
 #include <thread>
 #include <unistd.h>
+#include <vector>
 #include <wayland-client.h>
 #include <wlr-screencopy-unstable-v1-client-protocol.h>
 
@@ -72,18 +72,23 @@ private:
 class WlrConnection final : public ScreenConnection
 {
 public:
-    WlrConnection() : m_display(wl_display_connect(nullptr))
+    // To the output of that name, or to the first one if it is empty.
+    explicit WlrConnection(const QString &output) : m_display(wl_display_connect(nullptr))
     {
         if (!m_display)
             return;
         static const wl_registry_listener listener{
-            [](void *self, wl_registry *registry, uint32_t number, const char *interface, uint32_t) {
-                static_cast<WlrConnection *>(self)->onGlobal(registry, number, interface);
+            [](void *self, wl_registry *registry, uint32_t number, const char *interface, uint32_t version) {
+                static_cast<WlrConnection *>(self)->onGlobal(registry, number, interface, version);
             },
             [](void *, wl_registry *, uint32_t) {}};
         wl_registry_add_listener(wl_display_get_registry(m_display), &listener, this);
         wl_display_roundtrip(m_display); // what there is
-        wl_display_roundtrip(m_display); // the output's size
+        wl_display_roundtrip(m_display); // the names and sizes of outputs
+        const auto wanted = std::find_if(m_outputs.cbegin(), m_outputs.cend(),
+            [&](const auto &each) { return output.isEmpty() || each->name == output; });
+        if (wanted != m_outputs.cend())
+            m_output = wanted->get();
     }
     // Takes the objects of the protocol along.
     ~WlrConnection() override
@@ -95,8 +100,8 @@ public:
     WlrConnection &operator=(const WlrConnection &) = delete;
 
     [[nodiscard]] bool isConnected() const { return m_display; }
-    [[nodiscard]] bool canCopy() const { return m_shm && m_manager && m_output && !m_size.isEmpty(); }
-    [[nodiscard]] QSize size() const { return m_size; }
+    [[nodiscard]] bool canCopy() const { return m_shm && m_manager && m_output && !m_output->size.isEmpty(); }
+    [[nodiscard]] QSize size() const { return m_output->size; }
 
     [[nodiscard]] int descriptor() const override { return wl_display_get_fd(m_display); }
     [[nodiscard]] bool isAlive() override
@@ -125,7 +130,8 @@ public:
                 static_cast<WlrConnection *>(self)->m_result = Result::Failed;
             }};
         m_result = Result::None;
-        zwlr_screencopy_frame_v1 *frame = zwlr_screencopy_manager_v1_capture_output(m_manager, 1, m_output);
+        zwlr_screencopy_frame_v1 *frame =
+            zwlr_screencopy_manager_v1_capture_output(m_manager, 1, m_output->proxy);
         zwlr_screencopy_frame_v1_add_listener(frame, &listener, this);
         while (m_result == Result::None && wl_display_dispatch(m_display) >= 0) { }
         zwlr_screencopy_frame_v1_destroy(frame);
@@ -142,34 +148,45 @@ private:
 
         bool operator==(const Layout &) const = default;
     };
+    struct Output
+    {
+        wl_output *proxy;
+        QString name; // empty where the compositor tells none
+        QSize size;
+    };
     enum class Result { None, Ready, Failed };
 
     template <typename Interface>
     [[nodiscard]] static Interface *bind(
-        wl_registry *registry, uint32_t number, const wl_interface &interface)
+        wl_registry *registry, uint32_t number, const wl_interface &interface, uint32_t version = 1)
     {
-        return static_cast<Interface *>(wl_registry_bind(registry, number, &interface, 1));
+        return static_cast<Interface *>(wl_registry_bind(registry, number, &interface, version));
     }
 
-    void onGlobal(wl_registry *registry, uint32_t number, const char *interface)
+    void onGlobal(wl_registry *registry, uint32_t number, const char *interface, uint32_t version)
     {
         if (std::strcmp(interface, wl_shm_interface.name) == 0) {
             m_shm = bind<wl_shm>(registry, number, wl_shm_interface);
         } else if (std::strcmp(interface, zwlr_screencopy_manager_v1_interface.name) == 0) {
             m_manager =
                 bind<zwlr_screencopy_manager_v1>(registry, number, zwlr_screencopy_manager_v1_interface);
-        } else if (std::strcmp(interface, wl_output_interface.name) == 0 && !m_output) {
-            m_output = bind<wl_output>(registry, number, wl_output_interface);
+        } else if (std::strcmp(interface, wl_output_interface.name) == 0) {
+            wl_output *proxy = bind<wl_output>(registry, number, wl_output_interface,
+                std::min<uint32_t>(version, WL_OUTPUT_NAME_SINCE_VERSION));
+            Output *output = m_outputs.emplace_back(new Output{proxy, {}, {}}).get();
             static const wl_output_listener listener{
                 [](void *, wl_output *, int32_t, int32_t, int32_t, int32_t, int32_t, const char *,
                     const char *, int32_t) {},
                 [](void *self, wl_output *, uint32_t flags, int32_t width, int32_t height, int32_t) {
                     if (flags & WL_OUTPUT_MODE_CURRENT)
-                        static_cast<WlrConnection *>(self)->m_size = QSize(width, height);
+                        static_cast<Output *>(self)->size = QSize(width, height);
                 },
                 [](void *, wl_output *) {}, [](void *, wl_output *, int32_t) {},
-                [](void *, wl_output *, const char *) {}, [](void *, wl_output *, const char *) {}};
-            wl_output_add_listener(m_output, &listener, this);
+                [](void *self, wl_output *, const char *name) {
+                    static_cast<Output *>(self)->name = QString::fromUtf8(name);
+                },
+                [](void *, wl_output *, const char *) {}};
+            wl_output_add_listener(proxy, &listener, output);
         }
     }
 
@@ -210,8 +227,8 @@ private:
     wl_display *m_display;
     wl_shm *m_shm = nullptr;
     zwlr_screencopy_manager_v1 *m_manager = nullptr;
-    wl_output *m_output = nullptr;
-    QSize m_size;
+    std::vector<std::unique_ptr<Output>> m_outputs;
+    const Output *m_output = nullptr;
     std::unique_ptr<PictureMemory> m_memory;
     Layout m_layout;
     bool m_isInverted = false;
@@ -219,11 +236,11 @@ private:
 };
 
 // Takes pictures until the compositor gives no more. A paused pipeline takes none, and drops those that come.
-void feed(GstElement *pipeline, int rate)
+void feed(GstElement *pipeline, int rate, const QString &output)
 {
     auto *source = GST_APP_SRC(gst_bin_get_by_name(GST_BIN(pipeline), "screen"));
-    std::thread([source, rate] {
-        WlrConnection connection;
+    std::thread([source, rate, output] {
+        WlrConnection connection(output);
         const auto pause = std::chrono::microseconds(1'000'000 / rate);
         auto next = std::chrono::steady_clock::now();
         while (connection.isConnected() && connection.canCopy()) {
@@ -246,7 +263,12 @@ void feed(GstElement *pipeline, int rate)
 
 bool findWlrScreen(Screen *screen)
 {
-    auto connection = std::make_shared<WlrConnection>();
+    return findWlrOutput(screen, {});
+}
+
+bool findWlrOutput(Screen *screen, const QString &output)
+{
+    auto connection = std::make_shared<WlrConnection>(output);
     if (!connection->isConnected()) {
         screen->remark = QStringLiteral("no Wayland compositor is reachable");
         return false;
@@ -263,10 +285,15 @@ bool findWlrScreen(Screen *screen)
         return false;
     }
     screen->capture = QStringLiteral("wlr-screencopy");
+    // Pictures that come too fast are dropped, the oldest first.
+    screen->source = QStringLiteral(
+        "appsrc name=screen is-live=true format=time do-timestamp=true max-buffers=1 leaky-type=downstream");
     screen->size = connection->size();
-    screen->remark = QStringLiteral("the first output of the Wayland compositor");
+    screen->remark = output.isEmpty() ? QStringLiteral("the first output of the Wayland compositor")
+                                      : QLatin1String("the output ") + output;
     screen->connection = connection;
-    screen->feed = feed;
+    screen->feed = [output](
+                       GstElement *pipeline, const VideoMode &mode) { feed(pipeline, mode.rate, output); };
     return true;
 }
 

@@ -9,5 +9,7 @@ namespace oz::cast {
  * has no screen to cast that way; then the remark says why.
  */
 [[nodiscard]] bool findWlrScreen(Screen *screen);
+/*! As findWlrScreen(), with the output of that name. */
+[[nodiscard]] bool findWlrOutput(Screen *screen, const QString &output);
 
 } // namespace oz::cast

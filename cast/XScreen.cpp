@@ -2,7 +2,11 @@
 
 #include "Elements.hpp"
 
+#include <QByteArrayView>
+
 #include <cstdlib>
+#include <memory>
+#include <xcb/randr.h>
 #include <xcb/xcb.h>
 
 namespace oz::cast {
@@ -26,15 +30,52 @@ public:
     }
     [[nodiscard]] QSize size()
     {
-        xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
-        for (int i = 0; i < m_screen && screens.rem > 0; ++i)
-            xcb_screen_next(&screens);
-        if (screens.rem == 0)
-            return {};
-        return {screens.data->width_in_pixels, screens.data->height_in_pixels};
+        const xcb_screen_t *screen = this->screen();
+        return screen ? QSize(screen->width_in_pixels, screen->height_in_pixels) : QSize();
+    }
+    // A server for X applications inside a Wayland compositor names its outputs so. It knows their windows
+    // alone.
+    [[nodiscard]] bool isXwayland()
+    {
+        const xcb_query_extension_reply_t *randr = xcb_get_extension_data(m_connection, &xcb_randr_id);
+        const xcb_screen_t *screen = this->screen();
+        if (!screen || !randr || !randr->present)
+            return false;
+        const Reply resources(xcb_randr_get_screen_resources_current_reply(
+            m_connection, xcb_randr_get_screen_resources_current(m_connection, screen->root), nullptr));
+        if (!resources || xcb_randr_get_screen_resources_current_outputs_length(resources.get()) == 0)
+            return false;
+        const Reply output(xcb_randr_get_output_info_reply(m_connection,
+            xcb_randr_get_output_info(m_connection,
+                xcb_randr_get_screen_resources_current_outputs(resources.get())[0], XCB_CURRENT_TIME),
+            nullptr));
+        return output
+            && QByteArrayView(xcb_randr_get_output_info_name(output.get()),
+                xcb_randr_get_output_info_name_length(output.get()))
+                   .startsWith("XWAYLAND");
     }
 
 private:
+    struct Free
+    {
+        void operator()(void *reply) const { std::free(reply); }
+    };
+    template <typename Type>
+    struct Reply : std::unique_ptr<Type, Free>
+    {
+        explicit Reply(Type *reply) : std::unique_ptr<Type, Free>(reply) { }
+    };
+
+    [[nodiscard]] const xcb_screen_t *screen()
+    {
+        if (xcb_connection_has_error(m_connection))
+            return nullptr;
+        xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
+        for (int i = 0; i < m_screen && screens.rem > 0; ++i)
+            xcb_screen_next(&screens);
+        return screens.rem > 0 ? screens.data : nullptr;
+    }
+
     int m_screen = 0; // before the connection, which sets it
     xcb_connection_t *m_connection;
 };
@@ -58,7 +99,14 @@ bool findXScreen(Screen *screen)
         screen->remark = QLatin1String("no X server is reachable at DISPLAY=") + name;
         return false;
     }
+    if (connection->isXwayland()) {
+        screen->remark = QLatin1String("the X server at DISPLAY=") + name
+            + QLatin1String(" is Xwayland, which has the windows of X applications alone");
+        return false;
+    }
     screen->capture = QStringLiteral("x11");
+    // To follow what is damaged costs more than to take all of it.
+    screen->source = QStringLiteral("ximagesrc use-damage=false show-pointer=true");
     screen->size = connection->size();
     screen->remark = QLatin1String("the X server at DISPLAY=") + name + QLatin1String(", which comes first");
     screen->connection = connection;

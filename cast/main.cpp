@@ -29,6 +29,7 @@ struct Options
     std::string display;
     int port = 7236;
     bool picture = false;
+    bool extend = false;
     bool check = false;
     bool isChild = false;
     int stepLimit = 6000;
@@ -78,7 +79,9 @@ CastOrder orderOf(const Options &options)
     order.source = {QSysInfo::machineHostName(), sourceIdentifier(), quint16(options.port)};
     order.limits = {std::chrono::milliseconds(options.stepLimit),
         std::chrono::milliseconds(options.keepAlive), std::chrono::milliseconds(options.connectLimit)};
-    order.picture = options.picture ? Picture::TestCard : Picture::OfScreen;
+    order.picture = options.picture ? Picture::TestCard
+        : options.extend            ? Picture::OfFurtherOutput
+                                    : Picture::OfScreen;
     return order;
 }
 
@@ -126,6 +129,8 @@ void describe(const oz::arguments::Verb &program, Options &options)
         .defaultText("7236")
         .needs(to);
     program.flag("--picture", options.picture, "Cast a test card, which needs no screen");
+    program.flag(
+        "--extend", options.extend, "Cast a further output, by which the desktop grows; only sway makes one");
     program.flag("--check", options.check, "Print what can be cast, and with what, and exit");
     program.flag("--child", options.isChild, "End with the process that started it, and with the connection");
     program.count("--step-limit", options.stepLimit, "Milliseconds for each step of the display")

@@ -25,6 +25,7 @@ test_packages=(
     systemd e2fsprogs network-manager procps python3-pytest python3-pytest-xdist
     gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-plugins-ugly
     gstreamer1.0-libav gstreamer1.0-x gstreamer1.0-tools
+    xwayland pipewire wireplumber gstreamer1.0-pipewire
     "${qml_packages[@]}"
 )
 # The virtual machine with simulated radios, and what runs in it.

@@ -14,6 +14,7 @@ namespace {
 
 constexpr qsizetype LongestText = 500; // characters of a text for people
 constexpr qsizetype LongestWord = 64;
+constexpr int LongestStep = 120'000; // milliseconds
 constexpr int MostPixels = 65'535; // of a side
 
 // Reads the values of a line's object, and keeps the first problem.
@@ -24,6 +25,7 @@ public:
 
     [[nodiscard]] const QString &problem() const { return m_problem; }
 
+    [[nodiscard]] bool has(const QString &name) const { return m_object.contains(name); }
     int integer(const QString &name, int least, int most)
     {
         const QJsonValue value = m_object.value(name);
@@ -99,7 +101,11 @@ Line probedOf(Values &values)
 
 Line stepOf(Values &values)
 {
-    return Step{values.id(), values.text(QStringLiteral("text"))};
+    Step step{values.id(), values.text(QStringLiteral("text"))};
+    const QString limit = QStringLiteral("limit-ms");
+    if (values.has(limit))
+        step.limit = std::chrono::milliseconds(values.integer(limit, 1, LongestStep));
+    return step;
 }
 
 Line playingOf(Values &values)

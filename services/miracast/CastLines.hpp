@@ -6,6 +6,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <chrono>
 #include <optional>
 #include <variant>
 
@@ -42,6 +43,7 @@ struct Step
 {
     int id = 0;
     QString text;
+    std::optional<std::chrono::milliseconds> limit = {}; //!< for this step, where it has one of its own
 };
 
 /*! The first packet of a cast is out, or it goes on after a pause. */

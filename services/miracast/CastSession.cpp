@@ -69,7 +69,8 @@ void CastSession::onReached(Result result, const SinkWay::Place &place, QJsonObj
     order.insert(QStringLiteral("connect-limit-ms"), limit);
     m_phase = Phase::Starting;
     m_cast = m_process.cast(order);
-    m_silence.start(place.connectLimit + TellDelay);
+    m_connectLimit = place.connectLimit;
+    m_silence.start(m_connectLimit + TellDelay);
 }
 
 void CastSession::onStepped(const CastLines::Step &step)
@@ -77,7 +78,7 @@ void CastSession::onStepped(const CastLines::Step &step)
     if (step.id != m_cast || m_phase != Phase::Starting || ++m_steps > MostSteps)
         return;
     qCInfo(logServices).noquote() << m_sink.name + QLatin1String(": ") + step.text;
-    m_silence.start();
+    m_silence.start(step.limit.value_or(m_connectLimit) + TellDelay);
     m_news = m_sink.name + QLatin1String(": ") + step.text;
     Q_EMIT changed();
 }

@@ -75,6 +75,7 @@ private:
     Phase m_phase = Phase::Reaching;
     int m_cast = 0; // its id for ozcast; 0 before that has to do with it
     std::optional<Shown> m_shown; // since it is connected
+    std::chrono::milliseconds m_connectLimit{}; // for each step that has no other
     int m_steps = 0; // that ozcast has told of
     Done m_connected; // the request that asked for it; empty once that is answered
     Done m_changed; // the request to pause or resume it that is under way

@@ -38,9 +38,10 @@ QString captureOf(const CastLines::Hello &hello)
 } // namespace
 
 WirelessDisplay::WirelessDisplay(std::shared_ptr<CastProcess> cast,
-    std::vector<std::unique_ptr<SinkWay>> ways, std::unique_ptr<FriendlyName> name, int port,
+    std::vector<std::unique_ptr<SinkWay>> ways, std::unique_ptr<FriendlyName> name, const QJsonObject &order,
     StateStore &store)
-    : m_cast(std::move(cast)), m_ways(std::move(ways)), m_name(std::move(name)), m_port(port), m_store(store)
+    : m_cast(std::move(cast)), m_ways(std::move(ways)), m_name(std::move(name)), m_order(order),
+      m_store(store)
 {
     m_helloLimit.setSingleShot(true);
     m_helloLimit.setInterval(graceTime());
@@ -151,9 +152,10 @@ void WirelessDisplay::connectSink(const QString &address, const QString &pin, co
     connect(m_session.get(), &CastSession::changed, this, &WirelessDisplay::onSessionChanged);
     connect(m_session.get(), &CastSession::over, this, &WirelessDisplay::onSessionOver);
     onSessionChanged();
-    m_session->start(pin,
-        {{QStringLiteral("port"), m_port}, {QStringLiteral("friendly-name"), m_name->text()},
-            {QStringLiteral("identifier"), sourceIdentifier()}});
+    QJsonObject order = m_order;
+    order.insert(QStringLiteral("friendly-name"), m_name->text());
+    order.insert(QStringLiteral("identifier"), sourceIdentifier());
+    m_session->start(pin, order);
 }
 
 void WirelessDisplay::onSessionChanged()

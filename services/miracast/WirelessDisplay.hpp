@@ -17,9 +17,9 @@ namespace oz::services {
 class WirelessDisplay final : public MiracastSource
 {
 public:
-    /*! Sinks connect to \a port of this device, which they know by \a name. */
+    /*! Every cast is ordered with \a order, for sinks that know this device by \a name. */
     WirelessDisplay(std::shared_ptr<CastProcess> cast, std::vector<std::unique_ptr<SinkWay>> ways,
-        std::unique_ptr<FriendlyName> name, int port, StateStore &store);
+        std::unique_ptr<FriendlyName> name, const QJsonObject &order, StateStore &store);
 
     void scan(const Done &done) override;
     void connectSink(const QString &address, const QString &pin, const Done &done) override;
@@ -50,7 +50,7 @@ private:
     std::shared_ptr<CastProcess> m_cast;
     SinkWays m_ways;
     std::unique_ptr<FriendlyName> m_name;
-    int m_port;
+    const QJsonObject m_order; // what is the same for each cast
     StateStore &m_store;
     bool m_isSupported = true;
     bool m_isShutDown = false;

@@ -21,6 +21,7 @@ const QString SinkOption = QStringLiteral("sink");
 const QString MdnsOption = QStringLiteral("mdns");
 const QString PortOption = QStringLiteral("port");
 const QString LimitOption = QStringLiteral("connect-seconds");
+const QString ExtendOption = QStringLiteral("extend");
 const QString CasterOption = QStringLiteral("caster");
 const QString CasterOfSeat = QStringLiteral("seat"); // in place of a program
 
@@ -65,12 +66,23 @@ QList<CastProcess::Target> sinksOf(const SourceOptions &options)
     return sinks;
 }
 
-bool looksForSinks(const SourceOptions &options)
+bool isOn(const SourceOptions &options, const QString &option, bool fallback)
 {
-    const QString value = options.value(MdnsOption, QStringLiteral("on"));
-    if (value != u"on" && value != u"off")
-        refuse(MdnsOption, value, QStringLiteral("on or off"));
-    return value == u"on";
+    const QString on = QStringLiteral("on");
+    const QString off = QStringLiteral("off");
+    const QString value = options.value(option, fallback ? on : off);
+    if (value != on && value != off)
+        refuse(option, value, QStringLiteral("on or off"));
+    return value == on;
+}
+
+// What each cast is ordered with.
+QJsonObject orderOf(const SourceOptions &options, int port)
+{
+    QJsonObject order{{QStringLiteral("port"), port}};
+    if (isOn(options, ExtendOption, false))
+        order.insert(QStringLiteral("picture"), QStringLiteral("further-output"));
+    return order;
 }
 
 std::chrono::milliseconds limitOf(const SourceOptions &options)
@@ -103,10 +115,10 @@ std::shared_ptr<Source> makeSource(Providers &providers, const SourceOptions &op
     const auto cast = std::make_shared<CastProcess>(std::move(origin));
     std::vector<std::unique_ptr<SinkWay>> ways;
     ways.push_back(std::make_unique<NetworkSinks>(
-        cast, sinksOf(options), looksForSinks(options) ? bus : nullptr, limitOf(options)));
+        cast, sinksOf(options), isOn(options, MdnsOption, true) ? bus : nullptr, limitOf(options)));
     ways.push_back(std::make_unique<AirSinks>(wpaWiFiDirectOf(providers), port));
-    return std::make_shared<WirelessDisplay>(
-        cast, std::move(ways), std::make_unique<FriendlyName>(bus), port, providers.store());
+    return std::make_shared<WirelessDisplay>(cast, std::move(ways), std::make_unique<FriendlyName>(bus),
+        orderOf(options, port), providers.store());
 }
 
 QString obstacle()
@@ -119,7 +131,7 @@ QString obstacle()
 SourceKind wirelessDisplayKind()
 {
     return {QStringLiteral("wireless-display"), QStringLiteral("wireless displays, by ozcast and Avahi"),
-        {SinkOption, MdnsOption, PortOption, LimitOption, CasterOption}, makeSource, obstacle};
+        {SinkOption, MdnsOption, PortOption, LimitOption, ExtendOption, CasterOption}, makeSource, obstacle};
 }
 
 } // namespace oz::services

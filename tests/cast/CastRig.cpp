@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>
+#include <QTemporaryFile>
 
 #include <stdexcept>
 #include <unistd.h>
@@ -69,14 +70,16 @@ CastTest::~CastTest()
     agent.end();
 }
 
-void CastTest::startAgent(const QStringList &options, const QString &display, const QString &compositor)
+void CastTest::startAgent(const QStringList &options, const Session &session)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DISPLAY", display);
-    environment.insert("WAYLAND_DISPLAY", compositor);
-    environment.remove("PULSE_SERVER");
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "SWAYSOCK", "PULSE_SERVER"})
+        environment.remove(name);
+    environment.insert("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent");
+    for (const auto &[name, value] : session)
+        environment.insert(name, value);
     QStringList words{"--step-limit", QString::number(stepLimit), "--keep-alive", "200"};
-    if (display.isEmpty() && compositor.isEmpty())
+    if (session.empty())
         words.append("--picture");
     agent.run(OZ_CAST, words + options, environment);
     agent.await([this] { return daemon.isConnected(); });
@@ -95,6 +98,37 @@ QJsonObject CastTest::play()
     const qsizetype before = sink.packets();
     EXPECT_TRUE(waitUntil([&] { return sink.packets() > before + 10; }));
     return playing;
+}
+
+std::vector<unsigned> CastTest::numbersReceived() const
+{
+    QTemporaryFile stream;
+    QTemporaryFile pictures;
+    if (!stream.open() || !pictures.open())
+        throw std::runtime_error("no temporary files");
+    stream.write(sink.stream());
+    stream.close();
+    Process decoder;
+    decoder.run("gst-launch-1.0",
+        {"-q", "filesrc", "location=" + stream.fileName(), "!", "tsdemux", "!", "h264parse", "!",
+            "avdec_h264", "!", "videoconvert", "!", "video/x-raw,format=GRAY8", "!", "filesink",
+            "location=" + pictures.fileName()});
+    decoder.awaitEnd();
+    EXPECT_EQ(decoder.errors(), "");
+    const QByteArray decoded = pictures.readAll();
+    std::vector<unsigned> numbers;
+    for (qsizetype picture = 0; picture + Cells::Width * Cells::Height <= decoded.size();
+         picture += Cells::Width * Cells::Height) {
+        unsigned number = 0;
+        for (int cell = 0; cell < Cells::Side * Cells::Side; ++cell) {
+            const int x = cell % Cells::Side * Cells::Width / Cells::Side + Cells::Width / Cells::Side / 2;
+            const int y = cell / Cells::Side * Cells::Height / Cells::Side + Cells::Height / Cells::Side / 2;
+            number |= unsigned(quint8(decoded[picture + y * Cells::Width + x]) > 128) << cell;
+        }
+        if (numbers.empty() || numbers.back() != number)
+            numbers.push_back(number);
+    }
+    return numbers;
 }
 
 QString CastTest::end()

@@ -8,7 +8,9 @@
 #include <QLocalServer>
 #include <QLocalSocket>
 
+#include <map>
 #include <memory>
+#include <vector>
 
 namespace oz::harness {
 
@@ -34,6 +36,14 @@ private:
     QList<std::pair<QString, QJsonObject>> m_messages;
 };
 
+/*! A picture of black and white cells, which are the bits of a number, and its size in pixels. */
+struct Cells
+{
+    static constexpr int Width = 1280;
+    static constexpr int Height = 720;
+    static constexpr int Side = 4; // cells
+};
+
 /*! A test of `ozcast` over a daemon's stand-in and a display. Its time limits are short. */
 class CastTest : public DeviceTest
 {
@@ -41,14 +51,19 @@ protected:
     CastTest();
     ~CastTest() override;
 
-    /*! Starts it for the daemon, with the test card unless a screen is named. */
-    void startAgent(
-        const QStringList &options = {}, const QString &display = {}, const QString &compositor = {});
+    /*! What leads to the screens of a session, as variables of the environment. */
+    using Session = std::map<QString, QString>;
+
+    /*! Starts it for the daemon, in a session that has nothing else; with the test card where that is empty.
+     */
+    void startAgent(const QStringList &options = {}, const Session &session = {});
     /*! What the daemon asks for to have the sink shown something. */
     [[nodiscard]] QJsonObject order(int id = 1) const;
     void cast() { daemon.send("cast", order()); }
     /*! Waits until the cast plays, and packets arrive. */
     QJsonObject play();
+    /*! The numbers of the pictures that the display has received, each once in a row. */
+    [[nodiscard]] std::vector<unsigned> numbersReceived() const;
     /*! The reason and the text of the cast's end, for which it waits. */
     QString end();
     /*! True if no packet comes for a while. */

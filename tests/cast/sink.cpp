@@ -37,7 +37,8 @@ int main(int argc, char **argv)
         if (!sink.packetProblem().isEmpty())
             std::printf("wrong: %s\n", qPrintable(sink.packetProblem()));
         std::fflush(stdout);
-        if (QFile stream(qEnvironmentVariable("SINK_STREAM")); stream.open(QIODevice::WriteOnly))
+        if (QFile stream(qEnvironmentVariable("SINK_STREAM"));
+            !stream.fileName().isEmpty() && stream.open(QIODevice::WriteOnly))
             stream.write(sink.stream());
         if (!source.isEmpty() && !sink.isConnected())
             sink.connectToSource(source.section(u':', 1).toUShort(), source.section(u':', 0, 0));

@@ -57,6 +57,16 @@ protected:
     MdnsTest() : WirelessDisplayTest(std::make_unique<WirelessDisplayRig>("sink=10.0.0.2,10.0.0.3:9000")) { }
 };
 
+class ExtendingTest : public WirelessDisplayTest
+{
+protected:
+    ExtendingTest()
+        : WirelessDisplayTest(
+            std::make_unique<WirelessDisplayRig>("extend=on sink=10.0.0.2 connect-seconds=0.1"))
+    {
+    }
+};
+
 class SeatTest : public WirelessDisplayTest
 {
 protected:
@@ -220,6 +230,7 @@ const Failure Failures[] = {
     {"garbage", R"({"cast": ["garbage"]})", "MiracastFailure"},
     {"huge_line", R"({"cast": ["HUGE"]})", "MiracastFailure"},
     {"size_out_of_range", R"({"cast": [{"playing": {"width": -1, "height": 1e9}}]})", "MiracastFailure"},
+    {"step_too_long", R"({"cast": [{"step": {"text": "", "limit-ms": 120001}}]})", "MiracastFailure"},
     {"word_unknown", R"({"cast": [{"ended": {"why": "bored", "text": ""}}]})", "MiracastFailure"},
     {"id_of_no_type", R"({"cast": [{"playing": {"id": [], "width": 1, "height": 1}}]})", "MiracastFailure"},
 };
@@ -237,6 +248,21 @@ TEST_F(WirelessDisplayTest, LinesOfOtherKindsAndCastsAreIgnored)
     EXPECT_EQ(client.resultOf(connectTo(Sink)), "Success");
     EXPECT_EQ(client.miracast.devicePixelSize(), QSize(640, 480));
     EXPECT_EQ(client.miracast.displayState(), MiracastDisplayState::Playing);
+}
+
+TEST_F(ExtendingTest, AStepMayTakeAsLongAsItSays)
+{
+    start();
+    Client client;
+    EXPECT_EQ(client.resultOf(Scan), "Success");
+    (void)service.heard();
+    service.script(R"({"cast": [{"step": {"text": "waiting for a person", "limit-ms": 120000}}]})");
+    client.ask(connectTo(Sink));
+    EXPECT_TRUE(waitUntil([] { return sourceOf("miracast").endsWith("; 10.0.0.2: waiting for a person"); }));
+    EXPECT_TRUE(service.heard().value(0).contains(R"("picture":"further-output")"));
+    EXPECT_FALSE(waitUntil([&] { return !client.completions().isEmpty(); }, 1500)) << "others have 1.1 s";
+    service.script(R"({"now": [{"playing": {"width": 1280, "height": 720}}]})");
+    EXPECT_TRUE(waitUntil([&] { return client.completions() == QStringList("connect Success"); }));
 }
 
 TEST_F(WirelessDisplayTest, WhatWaitsIsCancelledWithinASecondEvenIfNothingAnswers)
@@ -376,6 +402,7 @@ TEST_F(WirelessDisplayTest, WrongOptionsKeepTheDaemonFromStarting)
         {"sink=10.0.0.2:0", "sink=10.0.0.2:0 is not a port from 1 to 65535"},
         {"sink=10.0.0.2,10.0.0.2:99", "sink=10.0.0.2:99 is not named once"},
         {"mdns=maybe", "mdns=maybe is not on or off"},
+        {"extend=1", "extend=1 is not on or off"},
         {"port=554", "port=554 is not a port from 1024 to 65535"},
         {"connect-seconds=nan", "connect-seconds=nan is not a time from 0.1 to 300 seconds"},
     };
