@@ -4,21 +4,17 @@
 #include "Arguments.hpp"
 #include "CastSession.hpp"
 #include "Console.hpp"
-
-#include <oz/PrintableText.hpp>
+#include "ProgramOutput.hpp"
+#include "SignalWatch.hpp"
 
 #include <QCoreApplication>
 #include <QCryptographicHash>
-#include <QSocketNotifier>
 #include <QSysInfo>
 
 #include <csignal>
 #include <cstdio>
-#include <functional>
 #include <gst/gst.h>
 #include <sys/prctl.h>
-#include <sys/signalfd.h>
-#include <unistd.h>
 
 using namespace oz::cast;
 
@@ -37,33 +33,6 @@ struct Options
     int connectLimit = 6000;
     int worker = 0; // the descriptor of the order, in the process of a cast
 };
-
-// Texts of the log may come from displays.
-void logPrintably()
-{
-    static QtMessageHandler s_write = nullptr;
-    s_write =
-        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &text) {
-            s_write(type, context, oz::printableText(text));
-        });
-}
-
-// Calls \a slot at SIGTERM and SIGINT, from the event loop.
-void onSignals(const std::function<void()> &slot)
-{
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGTERM);
-    sigaddset(&set, SIGINT);
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-    const int descriptor = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, qApp);
-    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [descriptor, slot] {
-        signalfd_siginfo info;
-        while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info))
-            slot();
-    });
-}
 
 // The same at each time, without telling strangers the identifier of the machine itself.
 QByteArray sourceIdentifier()
@@ -98,7 +67,7 @@ int castTo(const DisplayName &display, const Options &options, const Elements &e
     order.audioEncoder = elements.audioName();
     Console console(order);
     QObject::connect(&console, &Console::finished, qApp, &QCoreApplication::exit);
-    onSignals([&console] { console.stop(); });
+    const oz::arguments::SignalWatch signalWatch({SIGTERM, SIGINT}, [&console](int) { console.stop(); });
     return QCoreApplication::exec();
 }
 
@@ -106,7 +75,7 @@ int serveDaemon(const Options &options, const Elements &elements)
 {
     Agent agent(options.isChild ? Agent::Life::OfConnection : Agent::Life::Long, orderOf(options), elements);
     QObject::connect(&agent, &Agent::finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection);
-    onSignals([&agent] { agent.stop(); });
+    const oz::arguments::SignalWatch signalWatch({SIGTERM, SIGINT}, [&agent](int) { agent.stop(); });
     return QCoreApplication::exec();
 }
 
@@ -150,13 +119,6 @@ void describe(const oz::arguments::Verb &program, Options &options)
     program.count("--worker", options.worker, "Make one cast for the parent process").hide();
 }
 
-int wrongUse(const QString &text)
-{
-    std::fprintf(
-        stderr, "%s\nRun with --help for more information.\n", qUtf8Printable(oz::printableText(text)));
-    return 2;
-}
-
 } // namespace
 
 int main(int argc, char **argv)
@@ -169,16 +131,18 @@ int main(int argc, char **argv)
         if (!parser.parse(argc, argv))
             return 0;
     } catch (const oz::arguments::WrongWords &error) {
-        return wrongUse(QString::fromUtf8(error.what()));
+        return oz::arguments::reportWrongUse(QString::fromUtf8(error.what()));
     }
     const QString name = QString::fromStdString(options.display);
     const auto display = DisplayName::parse(name);
     if (!name.isEmpty() && !display)
-        return wrongUse(QLatin1String("--to: expected ADDRESS[:PORT], not '") + name + u'\'');
+        return oz::arguments::reportWrongUse(
+            QLatin1String("--to: expected ADDRESS[:PORT], not '") + name + u'\'');
     if (options.port > 0xffff)
-        return wrongUse(QLatin1String("--port: there is no port ") + QString::number(options.port));
+        return oz::arguments::reportWrongUse(
+            QLatin1String("--port: there is no port ") + QString::number(options.port));
     const QCoreApplication application(argc, argv);
-    logPrintably();
+    oz::arguments::logPrintably();
     if (options.worker > 0) {
         // The parent hears these, and says how the cast is to end.
         std::signal(SIGINT, SIG_IGN);

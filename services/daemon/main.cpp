@@ -1,7 +1,9 @@
 // The services daemon: publishes the device's tree and serves its control objects.
 
 #include "Arguments.hpp"
+#include "ProgramOutput.hpp"
 #include "ScenarioNames.hpp"
+#include "SignalWatch.hpp"
 #include "daemon/Daemon.hpp"
 #include "linux/Worker.hpp"
 #include "publishing/Log.hpp"
@@ -25,7 +27,6 @@
 #include <malloc.h>
 #include <optional>
 #include <sys/resource.h>
-#include <sys/signalfd.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <systemd/sd-daemon.h>
@@ -52,33 +53,6 @@ struct Options
     bool listSources = false;
     int owner = 0; // the process that the daemon is private to; 0 for none
 };
-
-// Log texts may hold text from strangers, and from files that anybody wrote.
-void logPrintably()
-{
-    static QtMessageHandler s_write = nullptr;
-    s_write =
-        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext &context, const QString &text) {
-            s_write(type, context, oz::printableText(text));
-        });
-}
-
-// Calls \a slot with the number of each of \a signals that comes, from the event loop.
-void onSignals(const std::vector<int> &signals, const std::function<void(int signal)> &slot)
-{
-    sigset_t set;
-    sigemptyset(&set);
-    for (const int signal : signals)
-        sigaddset(&set, signal);
-    sigprocmask(SIG_BLOCK, &set, nullptr);
-    const int descriptor = ::signalfd(-1, &set, SFD_CLOEXEC | SFD_NONBLOCK);
-    auto *notifier = new QSocketNotifier(descriptor, QSocketNotifier::Read, qApp);
-    QObject::connect(notifier, &QSocketNotifier::activated, qApp, [descriptor, slot] {
-        signalfd_siginfo info;
-        while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info))
-            slot(int(info.ssi_signo));
-    });
-}
 
 // A descriptor that has input once the process has ended; throws where it has ended already.
 int watchProcess(int process)
@@ -263,7 +237,7 @@ int serve(const Options &options)
     }
     // Before the daemon can be reached, and before it has threads, which a signal would end the program by.
     Reload *reloading = nullptr;
-    onSignals({SIGTERM, SIGINT, SIGHUP}, [&reloading](int signal) {
+    const oz::arguments::SignalWatch signalWatch({SIGTERM, SIGINT, SIGHUP}, [&reloading](int signal) {
         if (signal == SIGHUP)
             reloading->request();
         else
@@ -338,13 +312,6 @@ void describe(const oz::arguments::Verb &program, Options &options)
         .valueName("PROCESS");
 }
 
-int wrongUse(const oz::arguments::WrongWords &error)
-{
-    std::fprintf(stderr, "%s\nRun with --help for more information.\n",
-        qUtf8Printable(oz::printableText(QString::fromUtf8(error.what()))));
-    return 2;
-}
-
 int runDaemon(int argc, char **argv)
 {
     Options options;
@@ -356,7 +323,7 @@ int runDaemon(int argc, char **argv)
         if (!parser.parse(argc, argv))
             return 0;
     } catch (const oz::arguments::WrongWords &error) {
-        return wrongUse(error);
+        return oz::arguments::reportWrongUse(QString::fromUtf8(error.what()));
     }
     if (options.listSources) {
         listSources();
@@ -373,7 +340,7 @@ int runDaemon(int argc, char **argv)
     // fragments with every reload of the configuration.
     ::mallopt(M_ARENA_MAX, 1);
     const QCoreApplication application(argc, argv);
-    logPrintably();
+    oz::arguments::logPrintably();
     raiseDescriptorLimit();
     try {
         const int status = serve(options);
@@ -381,7 +348,7 @@ int runDaemon(int argc, char **argv)
             removeTree();
         return status;
     } catch (const oz::arguments::WrongWords &error) {
-        return wrongUse(error);
+        return oz::arguments::reportWrongUse(QString::fromUtf8(error.what()));
     } catch (const Error &error) {
         std::fprintf(stderr, "ozdeviced: %s\n", qUtf8Printable(oz::printableText(error.text())));
         return 1;

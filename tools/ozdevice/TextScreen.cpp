@@ -13,7 +13,6 @@
 #include <curses.h>
 #include <cwchar>
 #include <sys/ioctl.h>
-#include <sys/signalfd.h>
 #include <unistd.h>
 
 namespace oz::tools {
@@ -45,14 +44,6 @@ TextScreen::Key keyOf(wint_t code)
     }
 }
 
-sigset_t sizeSignals()
-{
-    sigset_t set;
-    sigemptyset(&set);
-    sigaddset(&set, SIGWINCH);
-    return set;
-}
-
 } // namespace
 
 TextScreen::TextScreen(std::function<void(char32_t)> onKey, std::function<void()> onResize)
@@ -81,22 +72,12 @@ TextScreen::TextScreen(std::function<void(char32_t)> onKey, std::function<void()
     }
     m_input = std::make_unique<QSocketNotifier>(STDIN_FILENO, QSocketNotifier::Read);
     QObject::connect(m_input.get(), &QSocketNotifier::activated, [this] { readKeys(); });
-    const sigset_t signals = sizeSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    const int descriptor = ::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    m_sizeSignal = std::make_unique<QSocketNotifier>(descriptor, QSocketNotifier::Read);
-    QObject::connect(m_sizeSignal.get(), &QSocketNotifier::activated, [this, descriptor] {
-        signalfd_siginfo info;
-        while (::read(descriptor, &info, sizeof info) == ssize_t(sizeof info)) { }
-        onSizeChanged();
-    });
+    m_sizeSignal.emplace({SIGWINCH}, [this](int) { onSizeChanged(); });
 }
 
 TextScreen::~TextScreen()
 {
-    ::close(int(m_sizeSignal->socket()));
-    const sigset_t signals = sizeSignals();
-    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    m_sizeSignal->unblock();
     ::endwin();
     ::delscreen(m_screen);
 }

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "SignalWatch.hpp"
+
 #include <QSocketNotifier>
 #include <QString>
 
-#include <csignal>
 #include <functional>
 #include <memory>
+#include <optional>
 
 struct screen;
 
@@ -44,7 +46,7 @@ private:
     std::function<void()> m_onResize;
     ::screen *m_screen = nullptr;
     std::unique_ptr<QSocketNotifier> m_input;
-    std::unique_ptr<QSocketNotifier> m_sizeSignal;
+    std::optional<arguments::SignalWatch> m_sizeSignal;
 };
 
 } // namespace oz::tools
