@@ -8,8 +8,8 @@
 #include "SignalWatch.hpp"
 
 #include <QCoreApplication>
-#include <QCryptographicHash>
 #include <QSysInfo>
+#include <QUuid>
 
 #include <csignal>
 #include <cstdio>
@@ -34,12 +34,12 @@ struct Options
     int worker = 0; // the descriptor of the order, in the process of a cast
 };
 
-// The same at each time, without telling strangers the identifier of the machine itself.
+// Displays recognise this machine by it. It does not give the machine's own identifier away.
 QByteArray sourceIdentifier()
 {
-    return QCryptographicHash::hash(
-        QByteArray("ozcast " + QSysInfo::machineUniqueId()), QCryptographicHash::Sha256)
-        .first(16);
+    static const QUuid space(QStringLiteral("{5a0d4a1e-3f0c-4c58-9d0e-6a5f7a3b9c21}"));
+    const QByteArray machine = QSysInfo::machineUniqueId();
+    return (machine.isEmpty() ? QUuid::createUuid() : QUuid::createUuidV5(space, machine)).toRfc4122();
 }
 
 CastOrder orderOf(const Options &options)

@@ -2,9 +2,6 @@
 
 #include <oz/Limits.hpp>
 
-#include <QSysInfo>
-#include <QUuid>
-
 #include <utility>
 
 namespace oz::services {
@@ -17,16 +14,6 @@ const QString SavedSupport = QStringLiteral("supported");
 const QString SavedShutDown = QStringLiteral("shut-down");
 const QString SavedApplication = QStringLiteral("application");
 const QString SavedSinks = QStringLiteral("sinks");
-
-// Sinks know this device again by it. It does not give the machine's own identifier away.
-QString sourceIdentifier()
-{
-    static const QUuid space(QStringLiteral("{5a0d4a1e-3f0c-4c58-9d0e-6a5f7a3b9c21}"));
-    const QByteArray machine = QSysInfo::machineUniqueId();
-    static const QUuid identifier =
-        machine.isEmpty() ? QUuid::createUuid() : QUuid::createUuidV5(space, machine);
-    return identifier.toString(QUuid::Id128);
-}
 
 QString captureOf(const CastLines::Hello &hello)
 {
@@ -154,7 +141,6 @@ void WirelessDisplay::connectSink(const QString &address, const QString &pin, co
     onSessionChanged();
     QJsonObject order = m_order;
     order.insert(QStringLiteral("friendly-name"), m_name->text());
-    order.insert(QStringLiteral("identifier"), sourceIdentifier());
     m_session->start(pin, order);
 }
 

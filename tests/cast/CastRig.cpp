@@ -88,8 +88,7 @@ void CastTest::startAgent(const QStringList &options, const Session &session)
 QJsonObject CastTest::order(int id) const
 {
     return {{"id", id}, {"name", "TV"}, {"address", sink.address()}, {"control-port", sink.controlPort()},
-        {"port", port}, {"friendly-name", "phone"}, {"identifier", "00112233445566778899aabbccddeeff"},
-        {"connect-limit-ms", 1000}};
+        {"port", port}, {"friendly-name", "phone"}, {"connect-limit-ms", 1000}};
 }
 
 QJsonObject CastTest::play()
