@@ -1,12 +1,12 @@
 #include "linux/WpaSupplicant.hpp"
 
+#include "linux/FriendlyName.hpp"
 #include "linux/SysFolder.hpp"
 
 #include <QDBusArgument>
 #include <QDBusError>
 #include <QDir>
 #include <QFileInfo>
-#include <QSysInfo>
 
 #include <cerrno>
 #include <chrono>
@@ -21,8 +21,6 @@ constexpr auto FirstRadioPause = 1s;
 constexpr auto LongestRadioPause = 30s;
 constexpr uint IdleGroup = 10; // seconds until a group without clients ends
 
-const QString HostName = QStringLiteral("org.freedesktop.hostname1");
-const QString HostPath = QStringLiteral("/org/freedesktop/hostname1");
 const QString P2pCapability = QStringLiteral("p2p");
 const QString Capabilities = QStringLiteral("Capabilities");
 const QString Config = QStringLiteral("P2PDeviceConfig");
@@ -191,20 +189,11 @@ void WpaSupplicant::readRadio(const QString &path)
 // As peers see it.
 void WpaSupplicant::introduce()
 {
-    QDBusMessage message =
-        QDBusMessage::createMethodCall(HostName, HostPath, PropertiesInterface, QStringLiteral("GetAll"));
-    message.setArguments({HostName});
-    callOnBus(m_service.connection(), message, this, [this](const QDBusMessage &answer) {
+    describeHost(m_service.connection(), this, [this](const HostDescription &host) {
         if (m_radio.isEmpty())
             return;
-        const auto host =
-            isError(answer) ? QVariantMap() : qdbus_cast<QVariantMap>(answer.arguments().value(0));
-        QString name = host.value(QStringLiteral("PrettyHostname")).toString();
-        if (name.isEmpty())
-            name = QSysInfo::machineHostName();
-        const QVariantMap settings{{DeviceName, name},
-            {QStringLiteral("PrimaryDeviceType"),
-                deviceType(host.value(QStringLiteral("Chassis")).toString())},
+        const QVariantMap settings{{DeviceName, host.name()},
+            {QStringLiteral("PrimaryDeviceType"), deviceType(host.chassis)},
             {QStringLiteral("GroupIdle"), IdleGroup}};
         set(m_radio, Wpa::P2p, Config, settings);
     });
