@@ -69,10 +69,8 @@ bool AirSinks::isOn() const
 
 void AirSinks::onRadio()
 {
-    if (remark() != m_lastRemark) {
-        m_lastRemark = remark();
+    if (const QString text = remark(); std::exchange(m_lastRemark, text) != text)
         Q_EMIT remarkChanged();
-    }
     // The session of a daemon that died is over.
     if (!m_leftOver.isEmpty() && isOn() && m_radio->state()->group)
         m_radio->stopSession(std::exchange(m_leftOver, {}), [](const Outcome &) {});
