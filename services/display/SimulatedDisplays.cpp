@@ -34,6 +34,17 @@ QString knownText(const DisplayTree::Displays &displays)
     return texts.join(QLatin1String(", "));
 }
 
+// The choices of the verbs' arguments that are the same whatever displays there are.
+const QMap<QString, SimChoice> &argumentRanges()
+{
+    static const SimChoice pixels{{}, 1, MaxPixels, 1, QStringLiteral("px")};
+    static const SimChoice millimetres{{}, 0, MaxMillimetres, 1, QStringLiteral("mm")};
+    static const QMap<QString, SimChoice> ranges{{QStringLiteral("WIDTH"), pixels},
+        {QStringLiteral("HEIGHT"), pixels}, {QStringLiteral("[MM-WIDTH]"), millimetres},
+        {QStringLiteral("[MM-HEIGHT]"), millimetres}, {QStringLiteral("DEGREES"), {rotations()}}};
+    return ranges;
+}
+
 void setName(Display &display, const QVariant &name)
 {
     if (isNameTooLong(name.toString()))
@@ -129,39 +140,12 @@ void SimulatedDisplays::readDisplay(const JsonNode &node)
 std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
 {
     const QString id = QStringLiteral("ID");
-    SimChoice known;
-    for (const auto &[number, display] : m_state.displays) {
-        known.words.append(QString::number(number));
-        known.titles.insert(known.words.last(), display.name);
-    }
-    const QString px = QStringLiteral("px");
-    const QString mm = QStringLiteral("mm");
-    const QMap<QString, SimChoice> ranges{{QStringLiteral("WIDTH"), {{}, 1, MaxPixels, 1, px}},
-        {QStringLiteral("HEIGHT"), {{}, 1, MaxPixels, 1, px}},
-        {QStringLiteral("[MM-WIDTH]"), {{}, 0, MaxMillimetres, 1, mm}},
-        {QStringLiteral("[MM-HEIGHT]"), {{}, 0, MaxMillimetres, 1, mm}},
-        {QStringLiteral("DEGREES"), {rotations()}}};
     std::vector<SimVerb> verbs{
         {QStringLiteral("add"),
             {id, QStringLiteral("NAME"), QStringLiteral("WIDTH"), QStringLiteral("HEIGHT"),
                 QStringLiteral("[MM-WIDTH]"), QStringLiteral("[MM-HEIGHT]")},
             QStringLiteral("adds an external display, attached; one called 'miracast...' is wireless"),
-            [this](const QStringList &words) {
-                const int number = SimArgument::integer(words[0], 0, MaxId);
-                if (m_state.displays.contains(number))
-                    throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
-                if (isNameTooLong(words[1]))
-                    throw Error(QStringLiteral("a name has at most 127 bytes"));
-                const auto millimetres = [&](qsizetype place) {
-                    return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
-                };
-                m_state.displays.emplace(number,
-                    Display{words[1], displayKind(false), true, true,
-                        {SimArgument::integer(words[2], 1, MaxPixels),
-                            SimArgument::integer(words[3], 1, MaxPixels)},
-                        {millimetres(4), millimetres(5)}, 0, 0});
-                update();
-            }},
+            [this](const QStringList &words) { add(words); }},
         {QStringLiteral("remove"), {id}, QStringLiteral("takes a display away"),
             [this](const QStringList &words) {
                 if (!displayNamed(words[0]).detachable)
@@ -188,14 +172,43 @@ std::vector<SimVerb> SimulatedDisplays::verbs(const QString &)
                 update();
             }},
     };
+    const SimChoice known = knownDisplays();
     for (SimVerb &verb : verbs) {
         for (const QString &argument : std::as_const(verb.arguments)) {
-            if (ranges.contains(argument))
-                verb.choices.insert(argument, ranges.value(argument));
+            if (argumentRanges().contains(argument))
+                verb.choices.insert(argument, argumentRanges().value(argument));
         }
         verb.choices.insert(id, verb.name == u"add" ? SimChoice{{}, 0, MaxId, 1} : known);
     }
     return verbs;
+}
+
+SimChoice SimulatedDisplays::knownDisplays() const
+{
+    SimChoice known;
+    for (const auto &[number, display] : m_state.displays) {
+        known.words.append(QString::number(number));
+        known.titles.insert(known.words.last(), display.name);
+    }
+    return known;
+}
+
+// The words are those of the verb's arguments.
+void SimulatedDisplays::add(const QStringList &words)
+{
+    const int number = SimArgument::integer(words[0], 0, MaxId);
+    if (m_state.displays.contains(number))
+        throw Error(QLatin1String("there is a display ") + words[0] + QLatin1String(" already"));
+    if (isNameTooLong(words[1]))
+        throw Error(QStringLiteral("a name has at most 127 bytes"));
+    const auto millimetres = [&](qsizetype place) {
+        return words.size() > place ? SimArgument::integer(words[place], 0, MaxMillimetres) : 0;
+    };
+    m_state.displays.emplace(number,
+        Display{words[1], displayKind(false), true, true,
+            {SimArgument::integer(words[2], 1, MaxPixels), SimArgument::integer(words[3], 1, MaxPixels)},
+            {millimetres(4), millimetres(5)}, 0, 0});
+    update();
 }
 
 const Display *SimulatedDisplays::find(int id) const

@@ -36,6 +36,8 @@ private:
     [[nodiscard]] static const Settings<Display> &displayTable();
     void readDisplay(const JsonNode &node);
     Display &displayNamed(const QString &id);
+    [[nodiscard]] SimChoice knownDisplays() const;
+    void add(const QStringList &words);
     void setAttached(const QString &id, bool attached);
     void update() override;
 
