@@ -1,19 +1,11 @@
 #include "scenario/ScenarioPlayer.hpp"
 
 #include "publishing/Tree.hpp"
-#include "scenario/PublicValues.hpp"
 #include "scenario/ScenarioStrand.hpp"
 
 #include <algorithm>
 
 namespace oz::services {
-
-namespace {
-
-constexpr qsizetype MostAsked = 10'000; // requests that no expectation has used yet
-constexpr qsizetype MostShown = 10; // requests in an error
-
-} // namespace
 
 QVariantMap ScenarioEntry::toMap() const
 {
@@ -25,8 +17,8 @@ QVariantMap ScenarioEntry::toMap() const
 
 ScenarioPlayer::ScenarioPlayer(std::unique_ptr<Scenario> scenario, PhoneClock &clock, const Tree &tree,
     Order order, const ScenarioOptions &options)
-    : m_scenario(std::move(scenario)), m_clock(clock), m_order(std::move(order)), m_options(options),
-      m_random(options.seed.value_or(m_scenario->seed())),
+    : m_scenario(std::move(scenario)), m_time(clock, options.speed), m_order(std::move(order)),
+      m_keepsGoing(options.keepGoing), m_random(options.seed.value_or(m_scenario->seed())),
       m_planned(m_scenario->plannedTime(m_scenario->steps(), m_scenario->variables()))
 {
     connect(&tree, &Tree::toldAnew, this, &ScenarioPlayer::evaluateLater);
@@ -43,11 +35,9 @@ ScenarioPlayer::~ScenarioPlayer()
 
 void ScenarioPlayer::start()
 {
-    m_speedBefore = m_clock.speed();
-    if (m_options.speed)
-        m_clock.setSpeed(*m_options.speed);
-    m_began = m_clock.now();
-    m_main = std::make_unique<Strand>(*this, m_began, [this] { end(m_problem.isEmpty() ? Passed : Failed); });
+    m_time.begin();
+    m_main =
+        std::make_unique<Strand>(*this, m_time.began(), [this] { end(m_problem.isEmpty() ? Passed : Failed); });
     m_strands.emplace_back(m_main.get());
     m_main->begin(m_scenario->steps(), m_scenario->variables());
     evaluate();
@@ -66,7 +56,7 @@ void ScenarioPlayer::setPaused(bool paused)
     if (m_state != Playing || std::exchange(m_isPaused, paused) == paused)
         return;
     if (paused)
-        freeze();
+        m_time.freeze();
     const auto strands = m_strands;
     for (const auto &strand : strands) {
         if (strand && paused)
@@ -75,22 +65,15 @@ void ScenarioPlayer::setPaused(bool paused)
             strand->resume();
     }
     if (!paused) {
-        unfreeze();
+        m_time.unfreeze();
         evaluateLater(); // what it waits for may have come meanwhile
     }
 }
 
 void ScenarioPlayer::setSpeed(double speed)
 {
-    if (m_state != Playing)
-        return;
-    m_options.speed = speed;
-    if (!m_main)
-        return; // it counts from the start on
-    if (m_freeze.holds > 0)
-        m_freeze.speed = speed;
-    else
-        m_clock.setSpeed(speed);
+    if (m_state == Playing)
+        m_time.setSpeed(speed);
 }
 
 std::pair<int, int> ScenarioPlayer::progress() const
@@ -124,8 +107,7 @@ void ScenarioPlayer::end(State state)
         if (strand)
             strand->halt();
     }
-    if (m_main && (m_options.speed || m_freeze.holds > 0))
-        m_clock.setSpeed(m_options.speed ? m_speedBefore : m_freeze.speed);
+    m_time.end();
     Q_EMIT finished();
 }
 
@@ -133,7 +115,7 @@ void ScenarioPlayer::note(
     const ScenarioStep &step, const char *outcome, const QString &detail, double seconds)
 {
     const bool hasEnded = qstrcmp(outcome, "waiting") != 0;
-    Q_EMIT logged({m_clock.now() - m_began, step.place(), step.text, QString::fromLatin1(outcome), detail,
+    Q_EMIT logged({m_time.now() - m_time.began(), step.place(), step.text, QString::fromLatin1(outcome), detail,
         hasEnded && step.isExpectation() ? step.name : QString(), seconds});
 }
 
@@ -142,15 +124,13 @@ void ScenarioPlayer::fail(const ScenarioStep &step, const QString &reason, doubl
     note(step, "failed", reason, seconds);
     if (m_problem.isEmpty())
         m_problem = step.place() + QLatin1String(": ") + step.text + QLatin1String(": ") + reason;
-    if (!m_options.keepGoing)
+    if (!m_keepsGoing)
         end(Failed);
 }
 
 void ScenarioPlayer::onAsked(const QString &path, const QVariantMap &message)
 {
-    if (m_asked.size() == MostAsked)
-        m_asked.removeFirst();
-    m_asked.append({path, message});
+    m_unused.add(path, message);
     evaluateLater();
 }
 
@@ -173,51 +153,9 @@ void ScenarioPlayer::evaluate()
     std::erase_if(m_strands, [](const auto &strand) { return strand.isNull(); });
 }
 
-// Each request meets one expectation.
-bool ScenarioPlayer::takeRequest(const ScenarioStep &step)
-{
-    for (qsizetype i = 0; i < m_asked.size(); ++i) {
-        const QVariant fields = step.request->read(m_asked[i].path, m_asked[i].message);
-        if (!fields.isValid() || !step.matches(fields.toMap()))
-            continue;
-        m_asked.removeAt(i);
-        m_hasUsedRequests = true;
-        return true;
-    }
-    return false;
-}
-
-// For the error of an expectation, as in the test kits.
-QString ScenarioPlayer::askedText() const
-{
-    QStringList asked;
-    for (auto it = m_asked.crbegin(); it != m_asked.crend() && asked.size() < MostShown; ++it) {
-        if (const QString text = publicRequestText(it->path, it->message); !text.isEmpty())
-            asked.prepend(text);
-    }
-    if (!asked.isEmpty())
-        return QLatin1String("asked was ") + asked.join(QLatin1String(", "));
-    return m_hasUsedRequests ? QStringLiteral("nothing else was asked") : QStringLiteral("nothing was asked");
-}
-
 // From 0 up to 1.
 double ScenarioPlayer::random()
 {
     return m_random.generateDouble();
 }
-
-void ScenarioPlayer::freeze()
-{
-    if (m_freeze.holds++ == 0) {
-        m_freeze.speed = m_clock.speed();
-        m_clock.setSpeed(0);
-    }
-}
-
-void ScenarioPlayer::unfreeze()
-{
-    if (--m_freeze.holds == 0 && m_state == Playing)
-        m_clock.setSpeed(m_freeze.speed);
-}
-
 } // namespace oz::services

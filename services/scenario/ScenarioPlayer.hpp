@@ -1,10 +1,10 @@
 #pragma once
 
-#include "phone/PhoneClock.hpp"
+#include "scenario/PlayedTime.hpp"
 #include "scenario/Scenario.hpp"
+#include "scenario/UnusedRequests.hpp"
 
 #include <QElapsedTimer>
-#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QRandomGenerator>
@@ -61,7 +61,7 @@ public:
     [[nodiscard]] bool isPaused() const { return m_isPaused; }
     /*! The speed of the phone's clock until it ends; one of before comes back then. */
     void setSpeed(double speed);
-    [[nodiscard]] double speed() const { return m_freeze.holds > 0 ? m_freeze.speed : m_clock.speed(); }
+    [[nodiscard]] double speed() const { return m_time.speed(); }
     /*! How many of the scenario's own steps are done or under way, and how many there are. */
     [[nodiscard]] std::pair<int, int> progress() const;
     /*! How much of the scenario is done, by the time that its steps plan or else by their number: 100 only
@@ -82,11 +82,6 @@ Q_SIGNALS:
 
 private:
     class Strand; // ScenarioStrand.hpp
-    struct Asked
-    {
-        QString path;
-        QVariantMap message;
-    };
 
     void note(const ScenarioStep &step, const char *outcome, const QString &detail = {}, double seconds = 0);
     void fail(const ScenarioStep &step, const QString &reason, double seconds = 0);
@@ -95,32 +90,20 @@ private:
     void onAsked(const QString &path, const QVariantMap &message);
     void evaluateLater();
     void evaluate();
-    [[nodiscard]] bool takeRequest(const ScenarioStep &step);
-    [[nodiscard]] QString askedText() const;
     [[nodiscard]] double random();
-    void freeze();
-    void unfreeze();
 
     std::unique_ptr<Scenario> m_scenario;
-    PhoneClock &m_clock;
+    PlayedTime m_time;
     Order m_order;
-    ScenarioOptions m_options;
+    bool m_keepsGoing; // past what fails
     QRandomGenerator m_random;
     State m_state = Playing;
     bool m_isPaused = false;
     QString m_problem;
     ScenarioStep::PlannedTime m_planned{0}; // in all steps
     ScenarioStep::PlannedTime m_passed{0}; // of that
-    PhoneClock::Time m_began{0};
-    double m_speedBefore = 1;
-    struct
-    {
-        int holds = 0; // that keep the phone's time standing
-        double speed = 1; // of the time that goes on then
-    } m_freeze;
     bool m_isEvaluationPlanned = false;
-    QList<Asked> m_asked; // what no expectation has used
-    bool m_hasUsedRequests = false;
+    UnusedRequests m_unused;
     std::vector<QPointer<Strand>> m_strands;
     std::unique_ptr<Strand> m_main;
 };

@@ -19,7 +19,7 @@ constexpr int TurnsForRequests = 2;
 } // namespace
 
 ScenarioPlayer::Strand::Strand(ScenarioPlayer &player, Time time, std::function<void()> done)
-    : m_player(player), m_done(std::move(done)), m_time(time), m_timer(player.m_clock)
+    : m_player(player), m_done(std::move(done)), m_time(time), m_timer(player.m_time.clock())
 {
     connect(&m_timer, &PhoneTimer::timeout, this, &Strand::goOn);
     m_realTimer.setSingleShot(true);
@@ -86,13 +86,13 @@ void ScenarioPlayer::Strand::check()
 void ScenarioPlayer::Strand::freeze()
 {
     if (!std::exchange(m_isFrozen, true))
-        m_player.freeze();
+        m_player.m_time.freeze();
 }
 
 void ScenarioPlayer::Strand::thaw()
 {
     if (std::exchange(m_isFrozen, false))
-        m_player.unfreeze();
+        m_player.m_time.unfreeze();
 }
 
 Task ScenarioPlayer::Strand::playAll(Steps steps, ScenarioVariables variables)
@@ -166,7 +166,7 @@ Task ScenarioPlayer::Strand::perform(const ScenarioStep &step)
 Task ScenarioPlayer::Strand::passTo(Time time)
 {
     const Time before = std::exchange(m_time, time);
-    m_timer.start(std::max(time - m_player.m_clock.now(), Time(0)));
+    m_timer.start(std::max(time - m_player.m_time.now(), Time(0)));
     co_await suspended();
     m_player.pass(time - before);
 }
@@ -186,7 +186,7 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
     bool isCome = false;
     const std::function<bool()> hasCome = [&] {
         if (step.kind == ScenarioStep::ExpectRequest) {
-            while (found < step.times && m_player.takeRequest(step))
+            while (found < step.times && m_player.m_unused.take(step))
                 ++found;
             isCome = found == step.times;
         } else {
@@ -212,7 +212,7 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
         }
         m_hasCome = nullptr;
     }
-    m_time = m_player.m_clock.now();
+    m_time = m_player.m_time.now();
     if (step.throughout)
         m_player.pass(*step.within);
     const double seconds = double(m_waited.elapsed()) / 1000;
@@ -222,7 +222,7 @@ Task ScenarioPlayer::Strand::wait(const ScenarioStep &step)
         m_player.fail(step, step.condition->valuesText(), seconds);
     else
         m_player.fail(step,
-            QStringLiteral("%1 of %2 came; ").arg(found).arg(step.times) + m_player.askedText(), seconds);
+            QStringLiteral("%1 of %2 came; ").arg(found).arg(step.times) + m_player.m_unused.text(), seconds);
 }
 
 // No time passes for the phone meanwhile, so nothing else happens to the applications.
@@ -250,7 +250,7 @@ Task ScenarioPlayer::Strand::waitUntilHandled(const ScenarioStep &step)
     // The requests that applications made meanwhile count for the next step.
     for (int turn = 0; turn < TurnsForRequests; ++turn)
         co_await letOthers();
-    m_time = m_player.m_clock.now();
+    m_time = m_player.m_time.now();
     const double seconds = double(m_waited.elapsed()) / 1000;
     if (isAnswered)
         m_player.note(step, "done", {}, seconds);
@@ -310,7 +310,7 @@ Task ScenarioPlayer::Strand::branch(const ScenarioStep &step)
     const std::function<void()> onDone = [this, &open] {
         if (--open > 0)
             return;
-        m_time = m_player.m_clock.now();
+        m_time = m_player.m_time.now();
         freeze();
         QTimer::singleShot(0, this, &Strand::goOn);
     };
