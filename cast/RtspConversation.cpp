@@ -33,7 +33,9 @@ quint16 firstPort(const QByteArray &ports)
 RtspConversation::RtspConversation(QTcpSocket *socket, const Settings &settings)
     : m_socket(socket), m_settings(settings),
       m_session(
-          QByteArray::number(QRandomGenerator::system()->generate(), 16).rightJustified(8, '0').toUpper())
+          QByteArray::number(QRandomGenerator::system()->generate(), 16).rightJustified(8, '0').toUpper()),
+      m_keepAlive(
+          settings.keepAlive, std::min<std::chrono::milliseconds>(settings.stepLimit, LongestKeepAliveAnswer))
 {
     m_socket->setParent(this);
     m_socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
@@ -42,16 +44,15 @@ RtspConversation::RtspConversation(QTcpSocket *socket, const Settings &settings)
     connect(m_socket, &QTcpSocket::disconnected, this,
         [this] { end(CastEnd::Lost, QStringLiteral("the display closed the connection")); });
 
-    for (QTimer *timer : {&m_stepLimit, &m_startLimit, &m_keepAliveLimit})
+    for (QTimer *timer : {&m_stepLimit, &m_startLimit})
         timer->setSingleShot(true);
     m_stepLimit.callOnTimeout(this, &RtspConversation::onLate);
     m_startLimit.callOnTimeout(this, &RtspConversation::onLate);
-    m_keepAlive.setInterval(m_settings.keepAlive);
-    m_keepAlive.callOnTimeout(this, &RtspConversation::keepAlive);
-    m_keepAliveLimit.setInterval(
-        std::min<std::chrono::milliseconds>(m_settings.stepLimit, LongestKeepAliveAnswer));
-    m_keepAliveLimit.callOnTimeout(
-        this, [this] { end(CastEnd::Lost, QStringLiteral("the display does not answer any more")); });
+    connect(&m_keepAlive, &KeepAliveTimer::due, this, [this] {
+        send(Sent::KeepAlive, {"GET_PARAMETER", Target, 0, {}, {{"Session", m_session}}});
+    });
+    connect(&m_keepAlive, &KeepAliveTimer::unanswered, this,
+        [this] { end(CastEnd::Lost, QStringLiteral("the display does not answer any more")); });
 }
 
 void RtspConversation::begin()
@@ -112,7 +113,7 @@ void RtspConversation::onAnswer(const RtspMessage &answer)
     m_sent.erase(sent);
     if (kind == Sent::KeepAlive) {
         // Whatever it answers, it is there, unless the session is not.
-        m_keepAliveLimit.stop();
+        m_keepAlive.onAnswer();
         if (answer.status == 454)
             end(CastEnd::Lost, QStringLiteral("the display has forgotten the session"));
         return;
@@ -171,7 +172,7 @@ void RtspConversation::wish(Wish wish)
     m_stepLimit.start(isEnd ? std::min<std::chrono::milliseconds>(m_settings.stepLimit, LongestTearDown)
                             : m_settings.stepLimit);
     if (isEnd)
-        m_keepAlive.stop();
+        m_keepAlive.stopAsking();
     Q_EMIT stepped(stepText());
     trigger(isEnd ? "TEARDOWN" : wish == Wish::Pause ? "PAUSE" : "PLAY");
 }
@@ -206,14 +207,6 @@ void RtspConversation::sendParameters()
     request.body += "wfd_presentation_URL: rtsp://" + host + StreamPath
         + " none\r\nwfd_client_rtp_ports: " + m_ports + "\r\n";
     send(Sent::Parameters, request);
-}
-
-void RtspConversation::keepAlive()
-{
-    if (m_keepAliveLimit.isActive())
-        return;
-    m_keepAliveLimit.start();
-    send(Sent::KeepAlive, {"GET_PARAMETER", Target, 0, {}, {{"Session", m_session}}});
 }
 
 void RtspConversation::onLate()
@@ -275,8 +268,9 @@ void RtspConversation::end(CastEnd::Reason reason, const QString &text)
 {
     if (std::exchange(m_hasEnded, true))
         return;
-    for (QTimer *timer : {&m_stepLimit, &m_startLimit, &m_keepAlive, &m_keepAliveLimit})
+    for (QTimer *timer : {&m_stepLimit, &m_startLimit})
         timer->stop();
+    m_keepAlive.stop();
     m_socket->disconnect(this);
     m_socket->flush();
     Q_EMIT ended({reason, text});

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "CastEnd.hpp"
+#include "KeepAliveTimer.hpp"
 #include "RtspMessage.hpp"
 #include "VideoFormats.hpp"
 
@@ -84,7 +85,6 @@ private:
     void trigger(const char *method);
     void askCapabilities();
     void sendParameters();
-    void keepAlive();
     void onLate();
     void send(Sent kind, RtspMessage request);
     void write(const RtspMessage &message);
@@ -105,8 +105,7 @@ private:
     QMap<int, Sent> m_sent; // what the display has not answered
     QTimer m_stepLimit;
     QTimer m_startLimit; // for all steps until the display plays
-    QTimer m_keepAlive;
-    QTimer m_keepAliveLimit;
+    KeepAliveTimer m_keepAlive;
 };
 
 } // namespace oz::cast
