@@ -8,6 +8,7 @@ Scroller {
     id: page
 
     property PhoneControl phone: null
+    property LedStatus led: null
     property var facility: ({})
     readonly property string name: facility.name ?? ""
     readonly property var instances: facility.instances ?? []
@@ -98,7 +99,7 @@ Scroller {
         active: page.name === "led"
         visible: active
         sourceComponent: LedPage {
-            phone: page.phone // qmllint disable unqualified
+            status: page.led // qmllint disable unqualified
         }
     }
     Repeater {

@@ -8,8 +8,8 @@ import oz.panel
 Column {
     id: page
 
-    property PhoneControl phone: null
-    readonly property bool isLit: phone !== null && phone.led.a > 0
+    property LedStatus status: null
+    readonly property bool isLit: status !== null && status.color.a > 0
 
     spacing: 10
 
@@ -26,7 +26,7 @@ Column {
             width: 96
             height: 96
             radius: 48
-            color: page.isLit ? page.phone.led : palette.base
+            color: page.isLit ? page.status.color : palette.base
             border.color: palette.placeholderText
             border.width: 2
             Accessible.role: Accessible.Graphic
@@ -39,7 +39,7 @@ Column {
                 radius: 56
                 z: -1
                 visible: page.isLit
-                color: page.phone?.led ?? "transparent"
+                color: page.status?.color ?? "transparent"
                 opacity: 0.3
             }
         }
@@ -47,7 +47,7 @@ Column {
             id: colour
 
             anchors.verticalCenter: parent.verticalCenter
-            text: page.isLit ? Words.color(page.phone.ledColor) : qsTr("dark")
+            text: page.isLit ? Words.color(page.status.colorName) : qsTr("dark")
             font.pixelSize: 18
         }
     }
@@ -110,7 +110,7 @@ Column {
         id: asked
 
         // The newest first, which has the LED.
-        model: (page.phone?.ledRequests ?? []).slice().reverse()
+        model: (page.status?.requests ?? []).slice().reverse()
 
         Label {
             required property int index
@@ -126,7 +126,7 @@ Column {
         }
     }
     Label {
-        readonly property var last: page.phone?.ledLast ?? {}
+        readonly property var last: page.status?.last ?? {}
 
         width: parent.width
         visible: last.color !== undefined

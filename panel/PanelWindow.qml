@@ -109,6 +109,9 @@ ApplicationWindow {
             status.text = problem;
         }
     }
+    LedStatus {
+        id: ledStatus
+    }
     Shortcut {
         sequences: [StandardKey.Quit] // qmllint disable unqualified
         onActivated: Qt.quit()
@@ -283,6 +286,7 @@ ApplicationWindow {
                     anchors.fill: parent
                     visible: window.current !== "scenarios"
                     phone: phone
+                    led: ledStatus
                     facility: window.facility
                 }
                 ScenarioPage {
@@ -304,7 +308,7 @@ ApplicationWindow {
             Layout.fillHeight: true
             Layout.preferredHeight: 400
             visible: window.wide || window.part === 0
-            led: phone.led
+            led: ledStatus.color
             vibrating: phone.vibrating
             neighbours: phone.neighbours
             onBrought: (neighbour, inRange) => phone.bring(neighbour, inRange)

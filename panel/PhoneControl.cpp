@@ -21,19 +21,10 @@ PhoneControl::PhoneControl(QObject *parent)
               m_status = status.value(QStringLiteral("facilities")).toMap();
               updateFacilities();
           }),
-      m_ledStatus(
-          QStringLiteral("/pps/services/led/status"), [this](const QVariantMap &lit) { updateLed(lit); }),
-      m_ledRequests(QStringLiteral("/pps/services/led/activity"),
-          [this](const QVariantMap &activity) {
-              m_ledActivity = activity;
-              Q_EMIT ledRequestsChanged();
-          }),
-      m_vibration(QStringLiteral("/pps/services/vibration/activity"),
-          [this](const QVariantMap &activity) {
-              m_vibrating = activity.value(QStringLiteral("running")).toBool();
-              Q_EMIT vibratingChanged();
-          }),
-      m_led(Qt::transparent)
+      m_vibration(QStringLiteral("/pps/services/vibration/activity"), [this](const QVariantMap &activity) {
+          m_vibrating = activity.value(QStringLiteral("running")).toBool();
+          Q_EMIT vibratingChanged();
+      })
 {
 }
 
@@ -122,23 +113,4 @@ int PhoneControl::bring(const QVariantMap &neighbour, bool inRange)
                              .value(inRange ? QStringLiteral("comes") : QStringLiteral("goes"))
                              .toString();
     return tell({part, verb, neighbour.value(Name).toString()});
-}
-
-QString PhoneControl::ledColor() const
-{
-    constexpr const char *names[] = {"", "red", "green", "yellow", "blue", "magenta", "cyan", "white"};
-    const int lit = (m_led.red() ? 1 : 0) + (m_led.green() ? 2 : 0) + (m_led.blue() ? 4 : 0);
-    return QString::fromLatin1(names[m_led.alpha() ? lit : 0]);
-}
-
-void PhoneControl::updateLed(const QVariantMap &lit)
-{
-    const auto element = [&](const QString &name) {
-        const QVariant value = lit.value(name);
-        return value.toBool() && value != QStringLiteral("off") ? 255 : 0;
-    };
-    const QColor shown(
-        element(QStringLiteral("red")), element(QStringLiteral("green")), element(QStringLiteral("blue")));
-    m_led = shown == QColor(Qt::black) ? QColor(Qt::transparent) : shown;
-    Q_EMIT ledChanged();
 }

@@ -3,7 +3,6 @@
 #include <oz/client/DaemonClient.hpp>
 #include <oz/client/FollowedObject.hpp>
 
-#include <QColor>
 #include <QStringList>
 #include <QVariantList>
 #include <QtQml/qqmlregistration.h>
@@ -32,15 +31,6 @@ class PhoneControl : public QObject
     /*! The devices around the phone, in range or not: maps with "part" and "facility", the name and the title
      * of the facility, and "name", "title" and "in-range". */
     Q_PROPERTY(QVariantList neighbours READ neighbours NOTIFY neighboursChanged)
-    /*! The colour that the LED shows; transparent while it is dark or its state is not known. */
-    Q_PROPERTY(QColor led READ led NOTIFY ledChanged)
-    /*! That colour's name; empty while it is dark. */
-    Q_PROPERTY(QString ledColor READ ledColor NOTIFY ledChanged)
-    /*! The requests to the LED that are under way, the newest last: maps with "color", "count" (below 0 until
-     * it is cancelled), "shown" and "process"; and the last one that ended, with "end". Empty for users who
-     * may not see them. */
-    Q_PROPERTY(QVariantList ledRequests READ ledRequests NOTIFY ledRequestsChanged)
-    Q_PROPERTY(QVariantMap ledLast READ ledLast NOTIFY ledRequestsChanged)
     /*! Whether the motor runs. */
     Q_PROPERTY(bool vibrating READ isVibrating NOTIFY vibratingChanged)
 
@@ -52,13 +42,6 @@ public:
     [[nodiscard]] QVariantList facilities() const { return m_facilities; }
     [[nodiscard]] QVariantMap values() const { return m_values; }
     [[nodiscard]] QVariantList neighbours() const;
-    [[nodiscard]] QColor led() const { return m_led; }
-    [[nodiscard]] QString ledColor() const;
-    [[nodiscard]] QVariantList ledRequests() const
-    {
-        return m_ledActivity.value(QStringLiteral("requests")).toList();
-    }
-    [[nodiscard]] QVariantMap ledLast() const { return m_ledActivity.value(QStringLiteral("last")).toMap(); }
     [[nodiscard]] bool isVibrating() const { return m_vibrating; }
 
     /*! Sends the order of `ozdevice sim`; returns its number, with which answered() follows. */
@@ -70,23 +53,18 @@ Q_SIGNALS:
     void changed();
     void valuesChanged();
     void neighboursChanged();
-    void ledChanged();
-    void ledRequestsChanged();
     void vibratingChanged();
     /*! \a problem is empty if the phone did it. The values have changed by then. */
     void answered(const QString &order, const QString &problem, int number);
 
 private:
     void updatePhone(const QVariantMap &told);
-    void updateLed(const QVariantMap &lit);
     void describe();
     void updateFacilities();
 
     oz::client::DaemonClient m_daemon;
     oz::client::FollowedObject m_phone;
     oz::client::FollowedObject m_statusObject;
-    oz::client::FollowedObject m_ledStatus;
-    oz::client::FollowedObject m_ledRequests;
     oz::client::FollowedObject m_vibration;
     QVariantMap m_status; // of the facilities
     QVariantMap m_parts; // of the simulated phone
@@ -95,7 +73,5 @@ private:
     QVariantMap m_values;
     QVariantList m_neighbours;
     int m_orders = 0;
-    QVariantMap m_ledActivity;
-    QColor m_led;
     bool m_vibrating = false;
 };

@@ -14,6 +14,9 @@ Item {
     PhoneControl {
         id: control
     }
+    LedStatus {
+        id: ledStatus
+    }
     SignalSpy {
         id: answers
         target: control
@@ -24,6 +27,7 @@ Item {
         anchors.fill: parent
         visible: test.shown !== ""
         phone: control
+        led: ledStatus
         facility: control.facilities.find(facility => facility.name === test.shown) ?? {} // qmllint disable
     }
     PhonePicture {
@@ -229,6 +233,18 @@ Item {
             const last = fields[fields.length - 1];
             const shown = last.kind === "choice" ? last.shown.model.map(each => each.text) : last.kind === "text" ? [last.shown.placeholderText] : last.words.map(word => last.choice.titles[word]);
             verify(shown.includes(row.shows), shown);
+        }
+
+        function test_thePageOfTheLedShowsItsColourAndItsRequests() {
+            show("led");
+            const lamp = find(page, item => item.Accessible.role === Accessible.Graphic); // qmllint disable
+            compare(lamp.Accessible.name, "dark");
+            mouseClick(named("Flash"));
+            tryCompare(lamp.Accessible, "name", "red");
+            verify(find(page, item => /^red: flash 1 of 3/.test(item.text)) !== null); // qmllint disable
+            mouseClick(named("End the panel's request"));
+            tryVerify(() => find(page, item => /^The last one: red/.test(item.text)) !== null); // qmllint disable
+            tryCompare(lamp.Accessible, "name", "dark");
         }
 
         function test_refusedOrdersAreReportedAndTheControlGoesBack() {
