@@ -94,10 +94,8 @@ void SimulatedWiFiDirect::tell()
 
 void SimulatedWiFiDirect::scan(const Done &done)
 {
-    if (const Outcome refused = obstacle(); refused.error)
+    if (const Outcome refused = activity().refusalOfScan(); refused.error)
         return done(refused);
-    if (m_scan.timer.isActive())
-        return done({EBUSY, QStringLiteral("a scan is running"), {}});
     m_scanSteps = 1;
     for (const QString &key : m_peers.keys())
         m_scanSteps += m_peers.at(key).inRange && !m_visible.contains(key);
@@ -108,14 +106,9 @@ void SimulatedWiFiDirect::scan(const Done &done)
 
 void SimulatedWiFiDirect::connectPeer(const ConnectRequest &request, const Done &done)
 {
-    if (const Outcome refused = obstacle(); refused.error)
+    const bool isInSight = !visibleAt(request.address).isEmpty();
+    if (const Outcome refused = activity().refusalOfConnect(request, isInSight); refused.error)
         return done(refused);
-    if (m_group)
-        return done({EBUSY, QStringLiteral("there is a connection"), {}});
-    if (visibleAt(request.address).isEmpty())
-        return done({ENODEV, QStringLiteral("no such peer is in sight"), {}});
-    if (request.method != WpsMethod::PushButton && request.pin.isEmpty())
-        return done({EINVAL, QStringLiteral("this method wants a PIN"), {}});
     // The radio cannot do both.
     m_scan.timer.stop();
     m_request = request;
@@ -126,8 +119,8 @@ void SimulatedWiFiDirect::connectPeer(const ConnectRequest &request, const Done 
 
 void SimulatedWiFiDirect::cancelConnect(const Done &done)
 {
-    if (!m_connecting.timer.isActive())
-        return done({EINVAL, QStringLiteral("nothing is being connected"), {}});
+    if (const Outcome refused = activity().refusalOfCancel(); refused.error)
+        return done(refused);
     m_connecting.timer.stop();
     tell();
     done({});
@@ -153,12 +146,8 @@ void SimulatedWiFiDirect::stopSession(const QString &key, const Done &done)
 
 void SimulatedWiFiDirect::ipAddress(const QString &address, const Done &done)
 {
-    if (address.isEmpty())
-        return done({EINVAL, QStringLiteral("the request has no address"), {}});
-    if (m_connecting.timer.isActive())
-        return done({EBUSY, QStringLiteral("a peer is being connected"), {}});
-    if (!m_group)
-        return done({ENONET, QStringLiteral("there is no connection"), {}});
+    if (const Outcome refused = activity().refusalOfIpAddress(address); refused.error)
+        return done(refused);
     for (const Member &member : m_members) {
         if (m_peers.at(member.key).peer.address.compare(address, Qt::CaseInsensitive) == 0)
             return done({0, {}, ipOf(member.host)});
@@ -190,14 +179,10 @@ std::optional<Role> SimulatedWiFiDirect::roleWith(const Known &peer, Intent inte
     return intent == Intent::GroupOwner ? Role::GroupOwner : Role::Client;
 }
 
-// The reason why the radio takes no new request.
-Outcome SimulatedWiFiDirect::obstacle() const
+WiFiDirectActivity SimulatedWiFiDirect::activity() const
 {
-    if (!m_supported || !m_enabled)
-        return {ENETDOWN, QStringLiteral("Wi-Fi Direct is off"), {}};
-    if (m_connecting.timer.isActive())
-        return {EBUSY, QStringLiteral("a peer is being connected"), {}};
-    return {};
+    return {m_supported && m_enabled, m_scan.timer.isActive(), m_connecting.timer.isActive(),
+        m_group.has_value()};
 }
 
 void SimulatedWiFiDirect::scanFurther()

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "phone/Surroundings.hpp"
+#include "wifi-direct/WiFiDirectActivity.hpp"
 #include "wifi-direct/WiFiDirectSessions.hpp"
-#include "wifi-direct/WiFiDirectState.hpp"
 
 namespace oz::services {
 
@@ -88,7 +88,7 @@ private:
     [[nodiscard]] bool isMember(const QString &key) const;
     [[nodiscard]] std::optional<Role> roleWith(const Known &peer, Intent intent) const;
     [[nodiscard]] Group groupWith(const Known &peer, Role role) const;
-    [[nodiscard]] Outcome obstacle() const;
+    [[nodiscard]] WiFiDirectActivity activity() const;
     void tell();
     void restoreGroup(const QVariantMap &saved);
     void scanFurther();

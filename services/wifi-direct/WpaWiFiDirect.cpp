@@ -181,22 +181,17 @@ void WpaWiFiDirect::noteDiscovery()
     save();
 }
 
-Outcome WpaWiFiDirect::obstacle() const
+WiFiDirectActivity WpaWiFiDirect::activity() const
 {
-    if (m_supplicant->radio().isEmpty() || !m_supplicant->canP2p() || !m_supplicant->isEnabled())
-        return {ENETDOWN, QStringLiteral("Wi-Fi Direct is off"), {}};
-    if (m_connecting.isActive())
-        return {EBUSY, QStringLiteral("a peer is being connected"), {}};
-    return {};
+    return {!m_supplicant->radio().isEmpty() && m_supplicant->canP2p() && m_supplicant->isEnabled(),
+        m_scan.isActive(), m_connecting.isActive(), m_group.group().has_value()};
 }
 
 // wpa_supplicant takes a second scan, and one while the radio is off, and then finds nothing.
 void WpaWiFiDirect::scan(const Done &done)
 {
-    if (const Outcome refused = obstacle(); refused.error)
+    if (const Outcome refused = activity().refusalOfScan(); refused.error)
         return done(refused);
-    if (m_scan.isActive())
-        return done({EBUSY, QStringLiteral("a scan is running"), {}});
     m_scan.start();
     m_peers.search(WpaPeers::Channels::Every, ScanTime, [this, done](const QDBusMessage &answer) {
         if (isError(answer)) {
@@ -222,14 +217,10 @@ void WpaWiFiDirect::endScan()
 
 void WpaWiFiDirect::connectPeer(const ConnectRequest &request, const Done &done)
 {
-    if (const Outcome refused = obstacle(); refused.error)
+    const bool isInSight =
+        m_peers.find(request.address) && (!m_grace.isActive() || m_peers.isReachable(request.address));
+    if (const Outcome refused = activity().refusalOfConnect(request, isInSight); refused.error)
         return done(refused);
-    if (m_group.group())
-        return done({EBUSY, QStringLiteral("there is a connection"), {}});
-    if (!m_peers.find(request.address) || (m_grace.isActive() && !m_peers.isReachable(request.address)))
-        return done({ENODEV, QStringLiteral("no such peer is in sight"), {}});
-    if (request.method != WpsMethod::PushButton && request.pin.isEmpty())
-        return done({EINVAL, QStringLiteral("this method wants a PIN"), {}});
     if (request.method != WpsMethod::PushButton && m_manager.ownsRadio())
         return done({EOPNOTSUPP, QStringLiteral("NetworkManager owns the radio, and takes no PIN"), {}});
     // The radio cannot do both.
@@ -250,8 +241,8 @@ void WpaWiFiDirect::endGroup(const WpaSupplicant::Answered &done)
 
 void WpaWiFiDirect::cancelConnect(const Done &done)
 {
-    if (!m_connecting.isActive())
-        return done({EINVAL, QStringLiteral("nothing is being connected"), {}});
+    if (const Outcome refused = activity().refusalOfCancel(); refused.error)
+        return done(refused);
     m_connecting.cancel();
     done({});
 }
@@ -313,12 +304,8 @@ void WpaWiFiDirect::stopSession(const QString &key, const Done &done)
 
 void WpaWiFiDirect::ipAddress(const QString &address, const Done &done)
 {
-    if (address.isEmpty())
-        return done({EINVAL, QStringLiteral("the request has no address"), {}});
-    if (m_connecting.isActive())
-        return done({EBUSY, QStringLiteral("a peer is being connected"), {}});
-    if (!m_group.group())
-        return done({ENONET, QStringLiteral("there is no connection"), {}});
+    if (const Outcome refused = activity().refusalOfIpAddress(address); refused.error)
+        return done(refused);
     for (const WiFiDirectState::ConnectedPeer &member : m_group.members()) {
         if (member.address.compare(address, Qt::CaseInsensitive) != 0)
             continue;

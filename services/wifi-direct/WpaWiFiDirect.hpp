@@ -1,6 +1,7 @@
 #pragma once
 
 #include "publishing/StateStore.hpp"
+#include "wifi-direct/WiFiDirectActivity.hpp"
 #include "wifi-direct/WiFiDirectSessions.hpp"
 #include "wifi-direct/WpaConnecting.hpp"
 #include "wifi-direct/WpaGroup.hpp"
@@ -45,7 +46,7 @@ private:
     void updateRemark();
     void save();
     [[nodiscard]] QString sessionGroup() const;
-    [[nodiscard]] Outcome obstacle() const;
+    [[nodiscard]] WiFiDirectActivity activity() const;
 
     std::shared_ptr<WpaSupplicant> m_supplicant;
     StateStore &m_store;
