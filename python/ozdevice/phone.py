@@ -6,7 +6,6 @@ import errno
 import json
 import os
 import shutil
-import signal
 import subprocess
 from collections.abc import Mapping, Sequence
 from dataclasses import dataclass
@@ -14,6 +13,7 @@ from datetime import timedelta
 from pathlib import Path
 from typing import Any
 
+from . import processes
 from .description import Description, number_text
 from .errors import ExpectationError, OrderError, PhoneError, UnknownNameError
 from .handled import wait_until_handled
@@ -28,7 +28,6 @@ Scenario = str | os.PathLike[str] | Mapping[str, Any]
 _WITHIN = 5.0  # seconds that an expectation waits
 _NEWEST = 2**62  # skips a whole log or list
 _MOST_SHOWN = 10  # requests in an error
-_STOP_LIMIT = 5.0
 
 
 @dataclass(frozen=True)
@@ -302,17 +301,9 @@ class Phone(Parts):
 
 
 def _end(process: subprocess.Popen[Any]) -> None:
-    if process.poll() is not None:
-        return
     # A shell that ends leaves its programs behind. `options` may have chosen another group, such as that of the tests.
-    has_own_group = os.getpgid(process.pid) == process.pid
-    send = os.killpg if has_own_group else os.kill
-    send(process.pid, signal.SIGTERM)
-    try:
-        process.wait(_STOP_LIMIT)
-    except subprocess.TimeoutExpired:
-        send(process.pid, signal.SIGKILL)
-        process.wait()
+    has_own_group = process.poll() is None and os.getpgid(process.pid) == process.pid
+    processes.end(process, os.killpg if has_own_group else os.kill)
 
 
 def _condition(values: Mapping[str, object], prefix: str = "") -> str:

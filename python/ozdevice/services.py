@@ -14,14 +14,13 @@ from collections.abc import Callable
 from pathlib import Path
 from typing import Any
 
-from . import message
+from . import message, processes
 from .errors import PhoneError
 
 __tracebackhide__ = True  # reports of pytest end at the line of the test
 
 _DIRECTORY = "pps/system/ozdeviced"
 _START_LIMIT = 20.0  # seconds
-_STOP_LIMIT = 5.0
 _ANSWER_LIMIT = 20.0  # also on a machine that is busy
 _MOST_BYTES = 1 << 20  # of a message
 _PAUSE = 0.005  # between looks at an object
@@ -121,12 +120,7 @@ class Services:
         if self._log < 0:
             return
         if self._process:
-            self._process.terminate()
-            try:
-                self._process.wait(_STOP_LIMIT)
-            except subprocess.TimeoutExpired:
-                self._process.kill()
-                self._process.wait()
+            processes.end(self._process)
         os.close(self._log)
         self._log = -1
         shutil.rmtree(self.root, ignore_errors=True)

@@ -9,12 +9,12 @@ import time
 from dataclasses import dataclass
 from typing import Any
 
+from . import processes
 from .errors import ExpectationError, PhoneError, UnknownNameError
 
 __tracebackhide__ = True  # reports of pytest end at the line of the test
 
 _START_LIMIT = 20.0  # seconds
-_STOP_LIMIT = 5.0
 
 
 @dataclass(frozen=True)
@@ -132,12 +132,7 @@ class Signals:
         return self._process.stderr.read().strip() if self._process.poll() is not None else "it does not begin"
 
     def _stop(self) -> None:
-        self._process.terminate()
-        try:
-            self._process.wait(_STOP_LIMIT)
-        except subprocess.TimeoutExpired:
-            self._process.kill()
-            self._process.wait()
+        processes.end(self._process)
         self._reader.join()
         for pipe in (self._process.stdout, self._process.stderr):
             assert pipe
