@@ -13,8 +13,11 @@
 
 #include <csignal>
 #include <cstdio>
+#include <functional>
 #include <gst/gst.h>
+#include <optional>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 using namespace oz::cast;
 
@@ -54,7 +57,10 @@ CastOrder orderOf(const Options &options)
     return order;
 }
 
-int castTo(const DisplayName &display, const Options &options, const Elements &elements)
+// What SIGTERM and SIGINT ask for, once there is something to end.
+using Stop = std::function<void()>;
+
+int castTo(const DisplayName &display, const Options &options, const Elements &elements, Stop *stop)
 {
     if (!elements.missing.isEmpty()) {
         std::fprintf(stderr, "ozcast: not installed: %s\n", qUtf8Printable(elements.missing));
@@ -67,15 +73,15 @@ int castTo(const DisplayName &display, const Options &options, const Elements &e
     order.audioEncoder = elements.audioName();
     Console console(order);
     QObject::connect(&console, &Console::finished, qApp, &QCoreApplication::exit);
-    const oz::arguments::SignalWatch signalWatch({SIGTERM, SIGINT}, [&console](int) { console.stop(); });
+    *stop = [&console] { console.stop(); };
     return QCoreApplication::exec();
 }
 
-int serveDaemon(const Options &options, const Elements &elements)
+int serveDaemon(const Options &options, const Elements &elements, Stop *stop)
 {
     Agent agent(options.isChild ? Agent::Life::OfConnection : Agent::Life::Long, orderOf(options), elements);
     QObject::connect(&agent, &Agent::finished, qApp, &QCoreApplication::exit, Qt::QueuedConnection);
-    const oz::arguments::SignalWatch signalWatch({SIGTERM, SIGINT}, [&agent](int) { agent.stop(); });
+    *stop = [&agent] { agent.stop(); };
     return QCoreApplication::exec();
 }
 
@@ -151,9 +157,15 @@ int main(int argc, char **argv)
     }
     if (options.isChild)
         ::prctl(PR_SET_PDEATHSIG, SIGTERM);
+    Stop stop;
+    std::optional<oz::arguments::SignalWatch> signalWatch;
+    if (!options.check)
+        signalWatch.emplace({SIGTERM, SIGINT}, [&stop](int) { stop(); });
     gst_init(nullptr, nullptr);
     const Elements elements = Elements::find();
-    if (options.check)
-        return printCheck(orderOf(options).picture, elements) ? 0 : 1;
-    return display ? castTo(*display, options, elements) : serveDaemon(options, elements);
+    const int status = options.check ? int(!printCheck(orderOf(options).picture, elements))
+        : display                    ? castTo(*display, options, elements, &stop)
+                                     : serveDaemon(options, elements, &stop);
+    std::fflush(nullptr);
+    ::_exit(status); // whatever a thread waits for that looks for a screen
 }

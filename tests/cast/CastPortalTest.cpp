@@ -235,6 +235,18 @@ TEST_F(CastPortalTest, WithoutPermissionNothingIsSent)
         "portal shares screens");
 }
 
+TEST_F(CastTest, ASilentSessionBusHoldsUpNoEnd)
+{
+    QTemporaryDir folder;
+    QLocalServer bus;
+    ASSERT_TRUE(bus.listen(folder.filePath("bus")));
+    startAgent({}, {{"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + bus.fullServerName()}});
+    EXPECT_EQ(daemon.next("hello")["capture-remark"], "the screen's server does not answer");
+    agent.terminate();
+    agent.awaitEnd();
+    EXPECT_EQ(agent.exitCode(), 0);
+}
+
 } // namespace
 
 #include "CastPortalTest.moc"
