@@ -84,6 +84,7 @@ std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
 {
     const QString sink = QStringLiteral("SINK");
     const QMap<QString, SimChoice> sinks{{sink, {m_sinks.keys()}}};
+    const QString states = QStringLiteral("playing|paused|none");
     return {
         SimVerb{Comes, {sink}, QStringLiteral("brings a sink into range; scans bring it into sight"),
             [this](const QStringList &words) {
@@ -128,9 +129,13 @@ std::vector<SimVerb> SimulatedMiracast::verbs(const QString &)
                 m_attempt = Attempt{words[0], {}, [](Result) {}};
                 tell();
             }},
-        {QStringLiteral("session"), {QStringLiteral("playing|paused|none"), QStringLiteral("[SINK]")},
+        SimVerb{QStringLiteral("session"), {states, QStringLiteral("[SINK]")},
             QStringLiteral("shows the screen on a sink, or ends that"),
-            [this](const QStringList &words) { enterSession(words[0], words.value(1)); }},
+            [this](const QStringList &words) { enterSession(words[0], words.value(1)); }}
+            .with({},
+                {{states,
+                    {.followed = {QStringLiteral("playing"), QStringLiteral("paused")},
+                        .alone = {QStringLiteral("none")}}}}),
     };
 }
 

@@ -38,6 +38,9 @@ struct SimChoice
     QString unit = {};
     /*! What words, or some of the numbers, mean, for people. */
     QMap<QString, QString> titles = {};
+    /*! Of a first argument: the words that want the optional one after it, and those that refuse it. */
+    QStringList followed = {};
+    QStringList alone = {};
 };
 
 /*! A thing that a part of the phone can be told to do while it runs. */
@@ -57,6 +60,7 @@ struct SimVerb
     bool isFault = false; //!< of services, not of the phone
     /*! Of a verb without arguments: what it sets. One of those that set the same is so at a time. */
     QString sets = {};
+    bool repeats = false; //!< another verb without arguments does the same
 
     /*! A verb that switches something, with the argument "on" or "off". */
     static SimVerb onOff(const QString &verb, const QString &description,

@@ -42,7 +42,7 @@ SimVerb verbOf(const Order &order, const Setting &setting, const std::function<v
         const auto last = std::find_if(setting.orders.rbegin(), setting.orders.rend(),
             [&](const Order &other) { return other.argument.isEmpty() && other.value == order.value; });
         const bool isLast = last->verb == order.verb;
-        return SimVerb::state(
+        SimVerb state = SimVerb::state(
             order.verb, order.help,
             [set = setting.set, value = order.value, update] {
                 set(value);
@@ -50,6 +50,8 @@ SimVerb verbOf(const Order &order, const Setting &setting, const std::function<v
             },
             [get = setting.get, value = order.value] { return get() == value; },
             isLast ? setting.key : QString());
+        state.repeats = !isLast;
+        return state;
     }
     SimVerb verb{order.verb, {order.argument}, order.help, [setting, update](const QStringList &words) {
                      setting.set(valueOf(setting, words));

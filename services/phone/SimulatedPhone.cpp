@@ -81,6 +81,10 @@ QVariantMap describeChoices(const QMap<QString, SimChoice> &choices)
                 titles.insert(title.key(), *title);
             told.insert(QStringLiteral("titles"), titles);
         }
+        if (!choice->followed.isEmpty())
+            told.insert(QStringLiteral("followed"), choice->followed);
+        if (!choice->alone.isEmpty())
+            told.insert(QStringLiteral("alone"), choice->alone);
         described.insert(choice.key(), told);
     }
     return described;
@@ -228,6 +232,8 @@ QVariantMap SimulatedPhone::describe() const
                 {QStringLiteral("arguments"), verb.arguments}, {QStringLiteral("help"), verb.help}};
             if (verb.isFault)
                 told.insert(QStringLiteral("fault"), true);
+            if (verb.repeats)
+                told.insert(QStringLiteral("repeats"), true);
             if (!verb.choices.isEmpty())
                 told.insert(QStringLiteral("choices"), describeChoices(verb.choices));
             verbs.append(told);

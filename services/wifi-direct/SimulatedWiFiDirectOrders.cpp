@@ -116,6 +116,7 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
             },
             [activity] { return activity->isHeld; });
     };
+    const QString roles = QStringLiteral("owner|client|none");
     const std::vector<SimVerb> further{
         aboutPeer(Comes, QStringLiteral("brings a peer into range; scans bring it into sight"),
             [](const QString &, Known &peer) { peer.inRange = true; }),
@@ -145,9 +146,10 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
         busy(QStringLiteral("scanning"), QStringLiteral("looks for peers, or ends that"), &m_scan),
         busy(QStringLiteral("connecting"), QStringLiteral("is connecting a peer, or ends that"),
             &m_connecting),
-        {QStringLiteral("group"), {QStringLiteral("owner|client|none"), QStringLiteral("[PEER,...]")},
+        SimVerb{QStringLiteral("group"), {roles, QStringLiteral("[PEER,...]")},
             QStringLiteral("puts the phone into a group with these peers, whose owner comes first"),
-            [this](const QStringList &words) { enterGroup(words[0], m_peers.allCalled(words.value(1))); }},
+            [this](const QStringList &words) { enterGroup(words[0], m_peers.allCalled(words.value(1))); }}
+            .with({}, {{roles, {.followed = {QStringLiteral("client")}, .alone = {QStringLiteral("none")}}}}),
     };
     std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
     verbs.insert(verbs.end(), further.begin(), further.end());
