@@ -3,15 +3,20 @@ import QtQuick.Controls
 import oz.panel
 
 // An argument of a verb as the control that suits it: check boxes for several of many, a list of names for one of them,
-// otherwise a text with its range and unit as the placeholder.
+// otherwise a text with its range and unit as the placeholder. Beside others it has its name as a label.
 Item {
     id: field
 
     // As the daemon names it, such as "[PEER,...]", and what it can be: "words", or "least", "most" and "unit"; "titles".
     property string argument: ""
     property var choice: ({})
+    // What people call it.
+    property string title: Words.argument(argument)
+    // The width of the label; 0 without one.
+    property real labelWidth: 0
+    // Whether the order is refused without it.
+    property bool isNeeded: true
     readonly property bool isList: argument.includes(",...")
-    readonly property bool isOptional: argument.startsWith("[")
     readonly property var words: choice.words ?? []
     readonly property bool isRange: choice.most !== undefined
     readonly property var titled: Object.keys(choice.titles ?? {})
@@ -23,6 +28,8 @@ Item {
     // What is chosen, in the order in which it was.
     property var chosen: []
     readonly property string word: {
+        if (!enabled)
+            return "";
         switch (kind) {
         case "list":
             return chosen.join(",");
@@ -34,7 +41,6 @@ Item {
             return plain.text;
         }
     }
-    readonly property string title: Words.argument(argument)
     readonly property Item shown: ({
             "list": many,
             "choice": one,
@@ -48,15 +54,25 @@ Item {
         chosen = chosen.filter(each => each !== name).concat(isChosen ? [name] : []);
     }
 
-    implicitWidth: shown.implicitWidth
-    implicitHeight: shown.implicitHeight
-    height: kind === "list" ? many.height : implicitHeight
+    implicitWidth: 200
+    implicitHeight: shown.height
 
+    Label {
+        width: field.labelWidth - 8
+        height: Math.max(implicitHeight, field.kind === "list" ? 24 : field.shown.implicitHeight)
+        visible: field.labelWidth > 0
+        enabled: field.enabled
+        verticalAlignment: Text.AlignVCenter
+        text: Words.capital(field.choice.unit ? qsTr("%1 (%2)").arg(field.title).arg(field.choice.unit) : field.title)
+        wrapMode: Text.Wrap
+    }
     Flow {
         id: many
 
-        width: field.width
+        x: field.labelWidth
+        width: field.width - x
         visible: field.kind === "list"
+        spacing: 6
 
         Repeater {
             model: field.kind === "list" ? field.words : []
@@ -64,6 +80,7 @@ Item {
             CheckBox {
                 required property string modelData
 
+                leftPadding: 0
                 text: Words.choice(field.choice, modelData) // qmllint disable unqualified
                 Accessible.description: field.title // qmllint disable unqualified
                 onToggled: field.choose(modelData, checked) // qmllint disable unqualified
@@ -73,14 +90,15 @@ Item {
     ComboBox {
         id: one
 
+        x: field.labelWidth
+        width: field.width - x
         visible: field.kind === "choice"
-        implicitWidth: 160
         textRole: "text"
         valueRole: "value"
-        model: (field.isOptional ? [{
-                    "text": qsTr("none"),
+        model: (field.isNeeded ? [] : [{
+                    "text": qsTr("None"),
                     "value": ""
-                }] : []).concat(field.words.map(word => ({
+                }]).concat(field.words.map(word => ({
                             "text": Words.choice(field.choice, word),
                             "value": word
                         })))
@@ -89,8 +107,9 @@ Item {
     ComboBox {
         id: typed
 
+        x: field.labelWidth
+        width: field.width - x
         visible: field.kind === "number"
-        implicitWidth: 220
         editable: true
         model: field.titled.map(Number).sort((a, b) => a - b).map(number => "%1 %2".arg(number).arg(Words.choice(field.choice, String(number))))
         Accessible.name: field.title
@@ -99,18 +118,13 @@ Item {
     TextField {
         id: plain
 
+        x: field.labelWidth
+        width: field.width - x
         visible: field.kind === "text"
-        implicitWidth: Math.max(110, Math.ceil(metrics.advanceWidth) + 24)
-        placeholderText: Words.placeholder(field.argument, field.choice)
+        placeholderText: field.labelWidth > 0 ? Words.range(field.choice) : Words.placeholder(field.argument, field.choice)
         selectByMouse: true
         Accessible.name: field.title
+        Accessible.description: Words.range(field.choice)
         onAccepted: field.accepted()
-
-        TextMetrics {
-            id: metrics
-
-            font: plain.font
-            text: plain.placeholderText
-        }
     }
 }

@@ -53,9 +53,14 @@ void FacilityValues::read()
 {
     if (!m_object)
         return;
+    const tools::FacilityEntry *entry = tools::findFacility(m_facility);
     int row = 0;
     for (const QMetaProperty &property : meta::propertiesOf(m_object->metaObject())) {
-        const QString text = meta::valueText(property.read(m_object.get()));
+        const QString name = m_rows[std::size_t(row)].first;
+        QString text = meta::valueText(property.read(m_object.get()));
+        const tools::Measure measure = entry->measures.value(name);
+        if (!measure.unit.isEmpty() && text != measure.unknown)
+            text += u' ' + measure.unit;
         if (std::exchange(m_rows[std::size_t(row)].second, text) != text)
             Q_EMIT dataChanged(index(row), index(row));
         ++row;

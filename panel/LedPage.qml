@@ -1,6 +1,5 @@
 import QtQuick
 import QtQuick.Controls
-import QtQuick.Layouts
 import oz.device 1.2
 import oz.panel
 
@@ -47,7 +46,7 @@ Column {
             id: colour
 
             anchors.verticalCenter: parent.verticalCenter
-            text: page.isLit ? Words.color(page.status.colorName) : qsTr("dark")
+            text: page.isLit ? Words.capital(Words.color(page.status.colorName)) : qsTr("Dark")
             font.pixelSize: 18
         }
     }
@@ -64,7 +63,7 @@ Column {
 
             readonly property var colors: ["red", "green", "blue", "yellow", "cyan", "magenta", "white"]
 
-            model: colors.map(Words.color)
+            model: colors.map(name => Words.capital(Words.color(name)))
             Accessible.name: qsTr("Colour")
         }
         ComboBox {
@@ -74,7 +73,7 @@ Column {
             readonly property var counts: [1, 3, 10, 0]
 
             currentIndex: 1
-            model: counts.map(count => count === 0 ? qsTr("until ended") : qsTr("%1 ×").arg(count))
+            model: counts.map(count => count === 0 ? qsTr("Until ended") : qsTr("%1 ×").arg(count))
             Accessible.name: qsTr("Flashes")
         }
         Button {

@@ -116,6 +116,6 @@ ColumnLayout {
         textFormat: Text.PlainText
         font.family: "monospace"
         font.pixelSize: 11
-        wrapMode: Text.WrapAnywhere
+        wrapMode: Text.Wrap
     }
 }

@@ -78,7 +78,7 @@ Rectangle {
             text: Words.page(chip.neighbour.part, chip.neighbour.facility)
             horizontalAlignment: Text.AlignHCenter
             elide: Text.ElideRight
-            font.pixelSize: 9
+            font.pixelSize: 11
             color: drag.active ? palette.highlightedText : palette.placeholderText
         }
     }

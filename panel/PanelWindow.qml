@@ -11,13 +11,15 @@ ApplicationWindow {
     property string page: "battery"
     readonly property string current: pages.includes(page) ? page : pages[0] ?? ""
     readonly property bool wide: width >= 820
-    // The log has a column of its own.
-    readonly property bool hasLogColumn: width >= 1240
+    // The page has room for two columns, and the log is below it instead of below the phone.
+    readonly property bool roomy: width >= 1240
     readonly property var facility: facilityNamed(current)
     readonly property var pages: (phone.simulated ? ["scenarios"] : []).concat(phone.facilities.map(facility => facility.name)) // qmllint disable
     // The part that a narrow window shows: 0 for the phone, 1 for its page, 2 for the log.
     property int part: 1
     readonly property var shownPage: current === "scenarios" ? scenarios : controls
+    // The numbers of the orders of neighbours in the picture that the phone has not answered.
+    readonly property var moves: new Set()
     // The place that had the focus last, as placeOfFocus() counts them.
     property int lastPlace: -1
     property alias focusRing: ring
@@ -66,6 +68,20 @@ ApplicationWindow {
             goTo(place);
     }
 
+    // Return uses a button as the space bar does, which alone Qt Quick Controls knows.
+    function press(event) {
+        const item = activeFocusItem;
+        event.accepted = item?.toggle !== undefined; // qmllint disable
+        if (!event.accepted)
+            return;
+        if (item.checkable && !(item.autoExclusive && item.checked)) {
+            // qmllint disable
+            item.toggle(); // qmllint disable
+            item.toggled(); // qmllint disable
+        }
+        item.clicked(); // qmllint disable
+    }
+
     // A turned page has destroyed the control with the focus.
     onCurrentChanged: {
         if (lastPlace === 1)
@@ -104,9 +120,10 @@ ApplicationWindow {
     PhoneControl {
         id: phone
 
-        onAnswered: (order, problem) => {
+        onAnswered: (order, problem, number) => {
             log.append("> " + order, problem === "" ? qsTr("done") : problem);
-            status.text = problem;
+            // A control of the page shows its own.
+            status.text = window.moves.delete(number) ? problem : "";
         }
     }
     LedStatus {
@@ -159,6 +176,9 @@ ApplicationWindow {
     }
 
     header: ToolBar {
+        Keys.onReturnPressed: event => window.press(event)
+        Keys.onEnterPressed: event => window.press(event)
+
         ColumnLayout {
             anchors.fill: parent
             spacing: 0
@@ -219,6 +239,8 @@ ApplicationWindow {
         anchors.margins: 8
         columnSpacing: 12
         rowSpacing: 8
+        Keys.onReturnPressed: event => window.press(event)
+        Keys.onEnterPressed: event => window.press(event)
 
         ListView {
             id: names
@@ -248,6 +270,10 @@ ApplicationWindow {
                 width: ListView.view.width
                 text: window.headingOf(modelData) // qmllint disable unqualified
                 highlighted: ListView.isCurrentItem
+                background: Rectangle {
+                    radius: 3
+                    color: parent.highlighted ? palette.highlight : parent.hovered ? palette.button : "transparent" // qmllint disable
+                }
                 onClicked: {
                     window.page = modelData; // qmllint disable unqualified
                     ListView.view.forceActiveFocus(Qt.MouseFocusReason);
@@ -259,10 +285,12 @@ ApplicationWindow {
 
             Layout.row: 0
             Layout.column: 2
-            Layout.rowSpan: 2
-            Layout.preferredWidth: window.hasLogColumn ? window.width * 0.27 : 340
+            Layout.rowSpan: window.roomy ? 1 : 2
+            Layout.preferredWidth: window.roomy ? window.width * 0.46 : 340
             Layout.fillWidth: !window.wide
-            Layout.fillHeight: true
+            // The log begins below the page's last control, at most at two thirds.
+            Layout.fillHeight: !window.roomy
+            Layout.preferredHeight: Math.max(window.height * 0.34, Math.min(window.height * 0.66, window.shownPage.wholeHeight + 4))
             visible: window.wide || window.part === 1
 
             ComboBox {
@@ -303,7 +331,7 @@ ApplicationWindow {
 
             Layout.row: 0
             Layout.column: 1
-            Layout.rowSpan: window.hasLogColumn ? 2 : 1
+            Layout.rowSpan: window.roomy ? 2 : 1
             Layout.fillWidth: true
             Layout.fillHeight: true
             Layout.preferredHeight: 400
@@ -311,16 +339,15 @@ ApplicationWindow {
             led: ledStatus.color
             vibrating: phone.vibrating
             neighbours: phone.neighbours
-            onBrought: (neighbour, inRange) => phone.bring(neighbour, inRange)
+            onBrought: (neighbour, inRange) => window.moves.add(phone.bring(neighbour, inRange))
         }
         LogPage {
             id: log
 
-            Layout.row: window.hasLogColumn || !window.wide ? 0 : 1
-            Layout.column: window.hasLogColumn ? 3 : 1
-            Layout.rowSpan: window.hasLogColumn ? 2 : 1
-            Layout.fillWidth: !window.hasLogColumn
-            Layout.preferredWidth: window.hasLogColumn ? window.width * 0.24 : -1
+            Layout.row: window.wide ? 1 : 0
+            Layout.column: window.roomy ? 2 : 1
+            Layout.fillWidth: !window.roomy
+            Layout.preferredWidth: window.roomy ? window.width * 0.46 : -1
             Layout.fillHeight: true
             Layout.preferredHeight: 140
             visible: window.wide || window.part === 2

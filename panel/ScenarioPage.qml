@@ -95,7 +95,7 @@ Scroller {
                 focusPolicy: Qt.StrongFocus
                 highlighted: file.text === modelData.file // qmllint disable unqualified
                 Accessible.role: Accessible.RadioButton
-                Accessible.name: modelData.name
+                Accessible.name: Words.scenario(modelData.name)
                 Accessible.description: modelData.description
                 Accessible.checked: highlighted
                 onClicked: file.text = modelData.file // qmllint disable unqualified
@@ -104,7 +104,8 @@ Scroller {
                 contentItem: Column {
                     Label {
                         width: parent.width
-                        text: row.modelData.name
+                        text: Words.scenario(row.modelData.name)
+                        textFormat: Text.PlainText
                         font.bold: true
                         color: row.highlighted ? palette.highlightedText : palette.text
                         wrapMode: Text.Wrap

@@ -6,6 +6,8 @@ ScrollView {
     id: scroller
 
     default property alias content: column.data
+    // As high as all of it is.
+    readonly property real wholeHeight: column.implicitHeight
     readonly property Item focused: Window.activeFocusItem
 
     function showFocused() {
@@ -20,6 +22,7 @@ ScrollView {
         }
     }
 
+    clip: true // the log may be right below
     contentWidth: availableWidth
     onFocusedChanged: showFocused()
 

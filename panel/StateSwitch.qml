@@ -6,6 +6,8 @@ Flow {
 
     property var verbs: []
     property var values: ({})
+    // All segments are as wide as the widest, so that those of a second row stand below those of the first.
+    property real segmentWidth: 0
 
     signal given(string name)
 
@@ -13,6 +15,14 @@ Flow {
         segments.itemAt((index + segments.count) % segments.count).forceActiveFocus(Qt.TabFocusReason);
     }
 
+    function measure() {
+        let widest = 0;
+        for (let i = 0; i < segments.count; ++i)
+            widest = Math.max(widest, segments.itemAt(i)?.implicitWidth ?? 0);
+        segmentWidth = widest;
+    }
+
+    spacing: -1
     Accessible.role: Accessible.Grouping
 
     Repeater {
@@ -24,9 +34,11 @@ Flow {
             required property int index
             required property var modelData
 
-            isSegment: true
+            width: control.segmentWidth // qmllint disable unqualified
+            isAlone: false
             verb: modelData
-            value: control.values[modelData.name] // qmllint disable unqualified
+            value: control.values[modelData.name] ?? false // qmllint disable unqualified
+            onImplicitWidthChanged: Qt.callLater(control.measure) // qmllint disable
             onGiven: control.given(modelData.name) // qmllint disable unqualified
             Keys.onLeftPressed: control.focusOn(index - 1) // qmllint disable unqualified
             Keys.onRightPressed: control.focusOn(index + 1) // qmllint disable unqualified

@@ -17,6 +17,10 @@ ColumnLayout {
     // The number of the order that the phone has not answered, and the words of the next one.
     property int pending: 0
     property var next: null
+    // Why the phone refused the last order; empty if it did not.
+    property string problem: ""
+    // The words of the arguments that are entered one by one.
+    property var entered: []
 
     readonly property string name: verb.name ?? ""
     readonly property string help: Words.help(verb.help ?? "")
@@ -37,6 +41,12 @@ ColumnLayout {
         return choice.words.length > 0 && choice.most === undefined ? "choice" : "text";
     }
 
+    // What the first argument says about an optional one after it.
+    readonly property var leading: choiceOf(wanted[0] ?? "")
+    readonly property var missing: wanted.filter((word, index) => isNeeded(index, entered) && !isRefused(index, entered) && (entered[index] ?? "") === "")
+    // One argument stands beside its button, several have labels.
+    readonly property bool isInline: wanted.length === 1 && !argument.includes(",...")
+
     // Sends the order with these words, and returns its number.
     property var give: words => 0
 
@@ -51,8 +61,32 @@ ColumnLayout {
             "least": known.least,
             "most": known.most,
             "step": known.step ?? 1,
-            "unit": known.unit ?? ""
+            "unit": known.unit ?? "",
+            "followed": known.followed ?? [],
+            "alone": known.alone ?? []
         };
+    }
+
+    function isNeeded(index, words) {
+        return !wanted[index].startsWith("[") || leading.followed.includes(words[0]);
+    }
+
+    function isRefused(index, words) {
+        return index > 0 && leading.alone.includes(words[0]);
+    }
+
+    // One of several words is about what the verb is about; a number that is offered by name is no number to people.
+    function titleOf(word) {
+        if (word === "ID" && choiceOf(word).words.length > 0)
+            return qsTr("which one");
+        return word.includes("|") ? Words.verb(name) : Words.argument(word);
+    }
+
+    function collect() {
+        const words = [];
+        for (let i = 0; i < fields.count; ++i)
+            words.push(fields.itemAt(i)?.word ?? ""); // qmllint disable
+        entered = words;
     }
 
     // While an order is under way, only the newest of the next ones is kept.
@@ -130,6 +164,7 @@ ColumnLayout {
         Switch {
             id: toggle
 
+            rightPadding: 0
             visible: control.kind === "switch"
             Accessible.name: Words.verb(control.name)
             Accessible.description: control.help
@@ -138,7 +173,7 @@ ColumnLayout {
         ComboBox {
             id: box
 
-            Layout.maximumWidth: 150
+            Layout.preferredWidth: 150
             visible: control.kind === "choice"
             model: control.choice.words.map(word => Words.choice(control.choice, word))
             Accessible.name: Words.verb(control.name)
@@ -180,6 +215,7 @@ ColumnLayout {
     Flow {
         Layout.fillWidth: true
         visible: control.kind === "list"
+        spacing: 6
 
         Repeater {
             id: list
@@ -189,6 +225,7 @@ ColumnLayout {
             CheckBox {
                 required property string modelData
 
+                leftPadding: 0
                 text: Words.choice(control.choice, modelData) // qmllint disable unqualified
                 Accessible.description: control.help // qmllint disable unqualified
                 onToggled: {
@@ -219,6 +256,11 @@ ColumnLayout {
             Accessible.name: Words.verb(control.name)
             Accessible.description: control.help
             onAccepted: set.clicked()
+            Keys.onEscapePressed: event => {
+                // A dialog's Escape is not taken from it.
+                event.accepted = text !== shown;
+                text = shown;
+            }
         }
         Button {
             id: set
@@ -229,40 +271,68 @@ ColumnLayout {
             onClicked: control.tell(field.text === "" && control.argument.startsWith("[") ? [] : [field.text])
         }
     }
-    Flow {
+    GridLayout {
         Layout.fillWidth: true
         visible: control.kind === "call"
-        spacing: 6
+        columns: control.isInline ? 2 : 1
 
-        Repeater {
-            id: fields
+        Column {
+            Layout.fillWidth: true
+            visible: fields.count > 0
+            spacing: 6
 
-            model: control.kind === "call" ? control.wanted : []
+            Repeater {
+                id: fields
 
-            ArgumentField {
-                required property string modelData
+                model: control.kind === "call" ? control.wanted : []
+                onCountChanged: Qt.callLater(control.collect) // qmllint disable
 
-                argument: modelData
-                choice: control.choiceOf(modelData) // qmllint disable unqualified
-                width: isList ? parent.width : implicitWidth
-                onAccepted: go.clicked() // qmllint disable unqualified
-            }
-        }
-        Button {
-            id: go
+                ArgumentField {
+                    required property int index
+                    required property string modelData
 
-            visible: control.kind === "call"
-            text: Words.verb(control.name)
-            Accessible.description: control.help
-            onClicked: {
-                const words = [];
-                for (let i = 0; i < fields.count; ++i) {
-                    const word = fields.itemAt(i).word; // qmllint disable
-                    if (word !== "")
-                        words.push(word);
+                    width: parent?.width ?? 0 // qmllint disable
+                    labelWidth: control.wanted.length > 1 ? 96 : 0 // qmllint disable unqualified
+                    argument: modelData
+                    title: control.titleOf(modelData) // qmllint disable unqualified
+                    choice: control.choiceOf(modelData) // qmllint disable unqualified
+                    isNeeded: control.isNeeded(index, control.entered) // qmllint disable unqualified
+                    enabled: !control.isRefused(index, control.entered) // qmllint disable unqualified
+                    onWordChanged: Qt.callLater(control.collect) // qmllint disable
+                    onAccepted: go.give() // qmllint disable unqualified
                 }
-                control.tell(words);
             }
         }
+        RowLayout {
+            Layout.fillWidth: !control.isInline
+
+            // Why the button is disabled; a field of its own says it itself.
+            Label {
+                Layout.fillWidth: true
+                visible: !control.isInline
+                text: control.missing.length > 0 ? qsTr("Needed: %1").arg(control.missing.map(control.titleOf).join(", ")) : ""
+                color: palette.placeholderText
+                font.pixelSize: 11
+                wrapMode: Text.Wrap
+            }
+            Button {
+                id: go
+
+                function give() {
+                    control.collect();
+                    if (enabled)
+                        control.tell(control.entered.filter(word => word !== ""));
+                }
+
+                enabled: control.missing.length === 0
+                text: Words.verb(control.name)
+                Accessible.description: control.help
+                onClicked: give()
+            }
+        }
+    }
+    Refusal {
+        Layout.fillWidth: true
+        text: control.problem
     }
 }

@@ -25,6 +25,17 @@ QtObject {
             "magenta": qsTr("magenta"),
             "white": qsTr("white")
         })
+    // Of the daemon's words, those that are shown otherwise than with a capital letter.
+    readonly property var abbreviations: ({
+            "rssi": qsTr("Signal strength"),
+            "pin": qsTr("PIN"),
+            "cdma_1x": "CDMA 1x",
+            "evdo": "EV-DO",
+            "gsm": "GSM",
+            "lte": "LTE",
+            "ok": "OK",
+            "umts": "UMTS"
+        })
     // How a request to the LED ended.
     readonly property var ends: ({
             "done": qsTr("done"),
@@ -63,7 +74,16 @@ QtObject {
     // "peer-appears" as "Peer appears".
     function verb(name) {
         const text = qsTranslate("Verb", name);
-        return text.charAt(0).toUpperCase() + (text === name ? name.slice(1).replace(/-/g, " ") : text.slice(1));
+        return text === name ? abbreviations[name] ?? capital(name.replace(/-/g, " ")) : capital(text);
+    }
+
+    // "low-battery" as "Low battery".
+    function scenario(name) {
+        return capital(name.replace(/-/g, " ").replace(/\bsim\b/, "SIM"));
+    }
+
+    function capital(text) {
+        return text.charAt(0).toUpperCase() + text.slice(1);
     }
 
     // "[PEER,...]" as "peer".
@@ -79,20 +99,29 @@ QtObject {
         return name.replace(/[\[\]]|,\.\.\./g, "");
     }
 
-    // One of the words that an argument can be, or what it means.
+    // One of the words that an argument can be, or what it means. A name that the phone's owner gave is kept as it is.
     function choice(known, word) {
-        return qsTranslate("Word", (known.titles ?? {})[word] ?? word);
+        const title = (known.titles ?? {})[word];
+        if (title !== undefined)
+            return qsTranslate("Word", title);
+        const text = qsTranslate("Word", word);
+        return text === word ? abbreviations[word] ?? capital(word) : capital(text);
+    }
+
+    // The numbers that an argument can be; empty for texts.
+    function range(known) {
+        if (known.most === undefined)
+            return "";
+        const number = value => Number(value).toLocaleString(Qt.locale(), "f", 0);
+        return qsTr("%1 to %2 %3").arg(number(known.least)).arg(number(known.most)).arg(known.unit ?? "").trim();
     }
 
     function placeholder(name, known) {
-        const text = argument(name);
-        if (known.most === undefined)
-            return text;
-        const number = value => Number(value).toLocaleString(Qt.locale(), "f", 0);
-        return qsTr("%1, %2 to %3 %4").arg(text).arg(number(known.least)).arg(number(known.most)).arg(known.unit ?? "").trim();
+        const text = range(known);
+        return text === "" ? argument(name) : qsTr("%1, %2").arg(argument(name)).arg(text);
     }
 
     function help(text) {
-        return qsTranslate("Help", text);
+        return capital(qsTranslate("Help", text));
     }
 }

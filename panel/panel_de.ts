@@ -91,8 +91,12 @@
 <context>
     <name>ArgumentField</name>
     <message>
-        <source>none</source>
-        <translation>keine</translation>
+        <source>%1 (%2)</source>
+        <translation>%1 (%2)</translation>
+    </message>
+    <message>
+        <source>None</source>
+        <translation>Keine</translation>
     </message>
 </context>
 <context>
@@ -499,20 +503,12 @@
 <context>
     <name>LedPage</name>
     <message>
-        <source>dark</source>
-        <translation>dunkel</translation>
-    </message>
-    <message>
         <source>Try it</source>
         <translation>Ausprobieren</translation>
     </message>
     <message>
         <source>Colour</source>
         <translation>Farbe</translation>
-    </message>
-    <message>
-        <source>until ended</source>
-        <translation>bis zum Ende</translation>
     </message>
     <message>
         <source>%1 ×</source>
@@ -557,6 +553,14 @@
     <message>
         <source>The last one: %1, %2 flashes, %3</source>
         <translation>Die letzte: %1, %2 Blitze, %3</translation>
+    </message>
+    <message>
+        <source>Dark</source>
+        <translation>Dunkel</translation>
+    </message>
+    <message>
+        <source>Until ended</source>
+        <translation>Bis zum Ende</translation>
     </message>
 </context>
 <context>
@@ -1065,6 +1069,14 @@
         <source>Set: %1</source>
         <translation>Setzen: %1</translation>
     </message>
+    <message>
+        <source>which one</source>
+        <translation>welche</translation>
+    </message>
+    <message>
+        <source>Needed: %1</source>
+        <translation>Nötig: %1</translation>
+    </message>
 </context>
 <context>
     <name>Word</name>
@@ -1312,8 +1324,20 @@
         <translation>Stärke</translation>
     </message>
     <message>
-        <source>%1, %2 to %3 %4</source>
-        <translation>%1, %2 bis %3 %4</translation>
+        <source>Signal strength</source>
+        <translation>Signalstärke</translation>
+    </message>
+    <message>
+        <source>PIN</source>
+        <translation>PIN</translation>
+    </message>
+    <message>
+        <source>%1 to %2 %3</source>
+        <translation>%1 bis %2 %3</translation>
+    </message>
+    <message>
+        <source>%1, %2</source>
+        <translation>%1, %2</translation>
     </message>
 </context>
 </TS>

@@ -109,7 +109,7 @@ Item {
                     "order": "battery condition bad",
                     "control": "Condition",
                     "property": "currentText",
-                    "value": "bad"
+                    "value": "Bad"
                 }, {
                     "tag": "text",
                     "page": "hardware",
@@ -128,7 +128,7 @@ Item {
                     "tag": "list",
                     "page": "radio",
                     "order": "radio enable lte,gsm",
-                    "control": "umts",
+                    "control": "UMTS",
                     "property": "checked",
                     "value": false
                 }, {
@@ -256,8 +256,66 @@ Item {
             mouseClick(permitted);
             verify(problemOf(0).includes("everyone may use"), problemOf(0));
             tryCompare(permitted, "checked", true);
+            // The reason stands beside the control, until another order is answered.
+            const around = find(page, item => item.verb?.name === "permitted" && item.tell); // qmllint disable
+            verify(find(around, item => String(item.text).includes("everyone may use")) !== null);
             control.tell(["battery", "level", "1000"]);
             verify(problemOf(1).includes("from 0 to 100"), problemOf(1));
+            named("Enabled").toggled();
+            tryCompare(around, "problem", "");
+        }
+
+        // A verb whose second argument depends on the first: only what the phone takes can be ordered.
+        function test_ordersThatThePhoneWouldRefuseCannotBeGiven_data() {
+            return [{
+                    "tag": "playing wants a sink, so one is chosen",
+                    "page": "miracast",
+                    "verb": "session",
+                    "first": "Playing",
+                    "second": true,
+                    "order": "miracast session playing tv"
+                }, {
+                    "tag": "none refuses one",
+                    "page": "miracast",
+                    "verb": "session",
+                    "first": "None",
+                    "second": false,
+                    "order": "miracast session none"
+                }, {
+                    "tag": "a client wants peers, and none is chosen yet",
+                    "page": "wifi-direct",
+                    "verb": "group",
+                    "first": "Client",
+                    "second": true,
+                    "order": ""
+                }, {
+                    "tag": "an owner may have none",
+                    "page": "wifi-direct",
+                    "verb": "group",
+                    "first": "Owner",
+                    "second": true,
+                    "order": "wifi-direct group owner"
+                }];
+        }
+
+        function test_ordersThatThePhoneWouldRefuseCannotBeGiven(row) {
+            show(row.page);
+            const verb = find(page, item => item.verb?.name === row.verb && item.tell); // qmllint disable
+            const fields = [];
+            find(verb, item => item.argument !== undefined && item.kind !== undefined && fields.push(item) < 0); // qmllint disable
+            const first = fields[0].shown;
+            first.currentIndex = first.find(row.first);
+            tryCompare(fields[1], "enabled", row.second);
+            const button = find(verb, item => item.give !== undefined && item.clicked !== undefined); // qmllint disable
+            tryCompare(button, "enabled", row.order !== "");
+            button.give();
+            if (row.order !== "") {
+                compare(problemOf(0), "");
+                compare(answers.signalArguments[0][0], row.order); // qmllint disable
+            } else {
+                verify(find(verb, item => item.text === "Needed: peer") !== null);
+                compare(answers.count, 0);
+            }
         }
 
         function chipOf(name) {

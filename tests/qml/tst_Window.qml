@@ -105,9 +105,29 @@ Item {
                 if (up === a)
                     return false;
             }
-            const p = a.mapToItem(window.contentItem, 0, 0);
-            const q = b.mapToItem(window.contentItem, 0, 0);
-            return p.x < q.x + b.width - 1 && q.x < p.x + a.width - 1 && p.y < q.y + b.height - 1 && q.y < p.y + a.height - 1;
+            const p = shownOf(a);
+            const q = shownOf(b);
+            return p.left < q.right - 1 && q.left < p.right - 1 && p.top < q.bottom - 1 && q.top < p.bottom - 1;
+        }
+
+        // The edges of what the items around it leave of an item.
+        function shownOf(item) {
+            const edges = {
+                "left": -Infinity,
+                "top": -Infinity,
+                "right": Infinity,
+                "bottom": Infinity
+            };
+            for (let around = item; around !== null; around = around.parent) {
+                if (around !== item && !around.clip)
+                    continue;
+                const place = around.mapToItem(window.contentItem, 0, 0);
+                edges.left = Math.max(edges.left, place.x);
+                edges.top = Math.max(edges.top, place.y);
+                edges.right = Math.min(edges.right, place.x + around.width);
+                edges.bottom = Math.min(edges.bottom, place.y + around.height);
+            }
+            return edges;
         }
 
         function test_nothingIsCutOrOverlapsAndTabReachesEveryControl_data() {
@@ -231,6 +251,58 @@ Item {
             }
         }
 
+        // Each key does what the space bar does.
+        function test_returnUsesTheButtonWithTheFocus_data() {
+            return [{
+                    "tag": "segment",
+                    "page": "battery",
+                    "control": "Plug",
+                    "happens": control => control.isSo
+                }, {
+                    "tag": "switch",
+                    "page": "battery",
+                    "control": "Hold",
+                    "happens": () => hasText("> battery hold on")
+                }, {
+                    "tag": "section",
+                    "page": "battery",
+                    "control": "Faults",
+                    "happens": control => control.checked
+                }, {
+                    "tag": "button of an argument that is chosen",
+                    "page": "miracast",
+                    "control": "Session",
+                    "happens": () => hasText("> miracast session playing")
+                }];
+        }
+
+        function test_returnUsesTheButtonWithTheFocus(row) {
+            open({
+                    "page": row.page
+                });
+            tryVerify(() => items(window.contentItem, item => item.text === row.control || item.Accessible.name === row.control).some(item => item.toggle !== undefined));
+            const control = items(window.contentItem, item => item.toggle !== undefined && (item.text === row.control || item.Accessible.name === row.control))[0];
+            control.forceActiveFocus(Qt.TabFocusReason);
+            keyClick(Qt.Key_Return);
+            tryVerify(() => row.happens(control));
+            verify(window.focusRing.visible && control.activeFocus);
+        }
+
+        // A wide page is above the signals, in two columns; each control has what it needs.
+        function test_aRoomyWindowHasThePageAboveTheSignals() {
+            open({
+                    "width": 1600,
+                    "height": 1000,
+                    "page": "vibration"
+                });
+            const top = name => items(window.contentItem, item => item.text === name && item.font?.bold)[0];
+            const at = item => item.mapToItem(window.contentItem, 0, 0);
+            tryVerify(() => hasText("supported"));
+            tryVerify(() => at(top("Signals")).y > at(top("Vibration")).y && at(top("Signals")).y < 500);
+            verify(Math.abs(at(top("Signals")).x - at(top("Vibration")).x) < 12);
+            verify(at(named("What applications see")).x > at(named("Present")).x);
+        }
+
         function hasText(part) {
             return items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
         }
@@ -283,14 +355,14 @@ Item {
                     "page": "scenarios"
                 });
             const text = part => items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
-            tryVerify(() => named("tour") !== null);
+            tryVerify(() => named("Tour") !== null);
             verify(!named("Play") || !named("Play").enabled);
             window.page = "battery";
             keyClick(Qt.Key_P, Qt.ControlModifier);
             tryVerify(() => window.statusText.includes("No scenario is chosen"));
             compare(window.current, "scenarios");
             tryVerify(() => placeOfFocus() === "controls");
-            named("tour").clicked();
+            named("Tour").clicked();
             named("Play").clicked();
             tryVerify(() => text("of 44, playing"));
             verify(text("A tour of the whole phone"));
