@@ -77,7 +77,7 @@ Item {
         Repeater {
             model: field.kind === "list" ? field.words : []
 
-            CheckBox {
+            Tick {
                 required property string modelData
 
                 leftPadding: 0
@@ -115,14 +115,13 @@ Item {
         Accessible.name: field.title
         onAccepted: field.accepted()
     }
-    TextField {
+    Entry {
         id: plain
 
         x: field.labelWidth
         width: field.width - x
         visible: field.kind === "text"
         placeholderText: field.labelWidth > 0 ? Words.range(field.choice) : Words.placeholder(field.argument, field.choice)
-        selectByMouse: true
         Accessible.name: field.title
         Accessible.description: Words.range(field.choice)
         onAccepted: field.accepted()

@@ -222,7 +222,7 @@ Scroller {
                         textFormat: Text.PlainText
                         wrapMode: Text.Wrap
                     }
-                    Switch {
+                    Toggle {
                         topPadding: 0
                         bottomPadding: 0
                         rightPadding: 0

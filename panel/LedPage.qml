@@ -76,7 +76,7 @@ Column {
             model: counts.map(count => count === 0 ? qsTr("Until ended") : qsTr("%1 ×").arg(count))
             Accessible.name: qsTr("Flashes")
         }
-        Button {
+        PushButton {
             text: qsTr("Flash")
             onClicked: {
                 led.color = [LedColor.Red, LedColor.Green, LedColor.Blue, LedColor.Yellow, LedColor.Cyan, LedColor.Magenta, LedColor.White][wanted.currentIndex];
@@ -87,7 +87,7 @@ Column {
                     led.flash(count);
             }
         }
-        Button {
+        PushButton {
             text: qsTr("End")
             enabled: led.active
             Accessible.name: qsTr("End the panel's request")

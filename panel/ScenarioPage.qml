@@ -120,13 +120,12 @@ Scroller {
                 }
             }
         }
-        TextField {
+        Entry {
             id: file
 
             width: parent.width
             visible: choice.open
             placeholderText: qsTr("A scenario's file")
-            selectByMouse: true
             Accessible.name: placeholderText
             onAccepted: page.isOn || page.toggle()
 
@@ -143,7 +142,7 @@ Scroller {
         width: parent.width - parent.leftPadding - parent.rightPadding
         spacing: 6
 
-        Button {
+        PushButton {
             id: play
 
             text: scenario.state === "playing" ? qsTr("Pause") : scenario.state === "paused" ? qsTr("Go on") : qsTr("Play")
@@ -151,7 +150,7 @@ Scroller {
             enabled: page.isOn || file.text !== ""
             onClicked: page.toggle()
         }
-        Button {
+        PushButton {
             text: qsTr("Stop")
             enabled: page.isOn
             onClicked: scenario.stop()
@@ -176,7 +175,7 @@ Scroller {
             onAccepted: if (page.isOn)
                 scenario.setSpeed(word)
         }
-        CheckBox {
+        Tick {
             id: goOn
 
             text: qsTr("Past failed steps")
@@ -274,17 +273,16 @@ Scroller {
         width: parent.width - parent.leftPadding - parent.rightPadding
         title: qsTr("Record")
 
-        TextField {
+        Entry {
             id: target
 
             width: parent.width
             visible: recorder.open
             enabled: scenario.recording === ""
             text: "~/recording.json"
-            selectByMouse: true
             Accessible.name: qsTr("The file to record into")
         }
-        Button {
+        PushButton {
             visible: recorder.open
             text: scenario.recording === "" ? qsTr("Record") : qsTr("End the recording")
             enabled: target.text !== ""

@@ -161,7 +161,7 @@ ColumnLayout {
             visible: slider.visible
             text: control.value !== undefined && control.choice.words.includes(String(control.value)) && !slider.pressed && control.pending === 0 ? Words.choice(control.choice, control.value) : "%1 %2".arg(Number(slider.value.toFixed(2)).toLocaleString(Qt.locale(), "f", control.choice.step < 1 ? 1 : 0)).arg(control.choice.unit)
         }
-        Switch {
+        Toggle {
             id: toggle
 
             rightPadding: 0
@@ -201,7 +201,7 @@ ColumnLayout {
         Repeater {
             model: control.kind === "slider" ? control.choice.words : []
 
-            Button {
+            PushButton {
                 required property string modelData
 
                 text: Words.choice(control.choice, modelData) // qmllint disable unqualified
@@ -222,7 +222,7 @@ ColumnLayout {
 
             model: control.argument.endsWith(",...") ? control.choice.words : []
 
-            CheckBox {
+            Tick {
                 required property string modelData
 
                 leftPadding: 0
@@ -244,7 +244,7 @@ ColumnLayout {
         Layout.fillWidth: true
         visible: control.kind === "text"
 
-        TextField {
+        Entry {
             id: field
 
             property string shown: ""
@@ -252,7 +252,6 @@ ColumnLayout {
             Layout.fillWidth: true
             visible: control.kind === "text"
             placeholderText: Words.placeholder(control.argument, control.choice)
-            selectByMouse: true
             Accessible.name: Words.verb(control.name)
             Accessible.description: control.help
             onAccepted: set.clicked()
@@ -262,7 +261,7 @@ ColumnLayout {
                 text = shown;
             }
         }
-        Button {
+        PushButton {
             id: set
 
             visible: control.kind === "text"
@@ -315,7 +314,7 @@ ColumnLayout {
                 font.pixelSize: 11
                 wrapMode: Text.Wrap
             }
-            Button {
+            PushButton {
                 id: go
 
                 function give() {

@@ -193,10 +193,25 @@ Item {
                 return 0.2126 * part(color.r) + 0.7152 * part(color.g) + 0.0722 * part(color.b) + 0.05;
             }
             const colors = window.palette;
+            let edges = 0;
             for (const [text, ground] of [["windowText", "window"], ["text", "base"], ["buttonText", "button"], ["highlightedText", "highlight"], ["placeholderText", "window"], ["placeholderText", "base"], ["brightText", "window"]]) {
                 const values = [light(colors[text]), light(colors[ground])].sort((a, b) => a - b);
                 verify(values[1] / values[0] >= 4.5, "%1 on %2".arg(text).arg(ground));
             }
+            // The edges of what can be used, 3 to 1.
+            for (const page of ["radio", "hardware"]) {
+                window.page = page;
+                tryVerify(() => window.current === page && controls().length > 2);
+                for (const item of controls()) {
+                    const edge = (item.checkable ? item.indicator : item.selectAll ? item.background : null)?.border; // qmllint disable
+                    if (edge === undefined)
+                        continue;
+                    const values = [light(edge.color), light(colors.window)].sort((a, b) => a - b);
+                    verify(values[1] / values[0] >= 3, "%1 of %2".arg(item.Accessible.name).arg(page));
+                    ++edges;
+                }
+            }
+            verify(edges >= 9, edges);
         }
 
         function test_keysTurnPagesAndChangeTheTheme() {
