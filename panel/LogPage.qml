@@ -36,9 +36,10 @@ ColumnLayout {
     }
     Row {
         Layout.fillWidth: true
+        leftPadding: 4
 
         Repeater {
-            model: [[qsTr("Time"), page.timeWidth], [qsTr("What"), page.whatWidth], [qsTr("Values"), page.width - page.timeWidth - page.whatWidth]]
+            model: [[qsTr("Time"), page.timeWidth], [qsTr("What"), page.whatWidth], [qsTr("Values"), page.width - page.timeWidth - page.whatWidth - 4]]
 
             Label {
                 required property var modelData
@@ -63,6 +64,7 @@ ColumnLayout {
         Layout.fillWidth: true
         Layout.fillHeight: true
         clip: true
+        topMargin: 4 // for the focus ring
         activeFocusOnTab: true
         keyNavigationEnabled: false
         model: SignalLog {
@@ -76,6 +78,7 @@ ColumnLayout {
             required property string values
 
             width: ListView.view.width - 12
+            leftPadding: 4
 
             Cell {
                 width: page.timeWidth // qmllint disable unqualified

@@ -209,14 +209,16 @@ ApplicationWindow {
                 currentIndex: window.part
                 onCurrentIndexChanged: window.part = currentIndex
 
-                TabButton {
-                    text: qsTr("&Phone")
-                }
-                TabButton {
-                    text: qsTr("&Controls")
-                }
-                TabButton {
-                    text: qsTr("&Signals")
+                Repeater {
+                    model: [qsTr("&Phone"), qsTr("&Controls"), qsTr("&Signals")]
+
+                    PartTab {
+                        required property int index
+                        required property string modelData
+
+                        text: modelData
+                        onClicked: window.goTo(index) // qmllint disable unqualified
+                    }
                 }
             }
         }

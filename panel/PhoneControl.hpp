@@ -23,7 +23,7 @@ class PhoneControl : public QObject
      * The facilities, as the daemon describes them: maps with "name"; "title", "source", "state" and
      * "reason" if the daemon reports them; and, for those that the simulated phone feeds, "instances" (texts;
      * none for a single one without a name) and "verbs", each with "name", "arguments" (texts), "help",
-     * "choices" and "fault".
+     * "choices", "fault" and "repeats".
      */
     Q_PROPERTY(QVariantList facilities READ facilities NOTIFY changed)
     /*! The argument of each verb for the phone's present state: maps by facility, instance and verb. */

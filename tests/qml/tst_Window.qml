@@ -227,6 +227,12 @@ Item {
             compare(window.dark, !isDark);
             keyClick(Qt.Key_3, Qt.ControlModifier);
             compare(window.part, 2);
+            // The tabs of a narrow window by their letters; the focus goes along.
+            window.width = 480;
+            for (const [key, place] of [[Qt.Key_P, "phone"], [Qt.Key_S, "signals"], [Qt.Key_C, "controls"]]) {
+                keyClick(key, Qt.AltModifier);
+                tryVerify(() => placeOfFocus() === place, 5000, place);
+            }
         }
 
         // Where the focus is: "pages", "controls", "phone" or "signals".
