@@ -1,35 +1,12 @@
 import QtQuick
-import QtTest
-import oz.panel
 
-// The window: sizes, themes, keys, scenarios.
+// The window: sizes, themes, scenarios.
 Item {
     id: scene
 
-    Component {
-        id: maker
-
-        PanelWindow {
-        }
-    }
-
-    TestCase {
+    WindowTest {
         id: test
         name: "Window"
-
-        property var window: null
-
-        function cleanup() {
-            if (window !== null)
-                window.destroy();
-            window = null;
-        }
-
-        function open(properties) {
-            window = maker.createObject(null, properties);
-            tryVerify(() => window.active && window.pages.length > 12);
-            waitForRendering(window.contentItem);
-        }
 
         function test_everyPageCanBeNamed() {
             open({});
@@ -42,24 +19,6 @@ Item {
                 });
             const pages = named("Pages");
             tryCompare(pages, "currentIndex", window.pages.indexOf("clock"));
-        }
-
-        function items(item, holds) {
-            let found = [];
-            for (let i = 0; i < item.children.length; ++i) {
-                const child = item.children[i];
-                if (child.visible && child.opacity > 0)
-                    found = found.concat(holds(child) ? [child] : [], items(child, holds));
-            }
-            return found;
-        }
-
-        function controls() {
-            return items(window.contentItem, item => item.activeFocusOnTab && item.enabled && item.Accessible.role !== undefined && item.height > 0);
-        }
-
-        function named(name) {
-            return controls().find(item => item.Accessible.name === name || item.text === name) ?? null;
         }
 
         // Describes what is cut off; empty if the item is visible, if need be by scrolling, with its whole text.
@@ -214,101 +173,6 @@ Item {
             verify(edges >= 9, edges);
         }
 
-        function test_keysTurnPagesAndChangeTheTheme() {
-            open({
-                    "page": "battery"
-                });
-            keyClick(Qt.Key_PageDown, Qt.ControlModifier);
-            compare(window.current, "cellular-network");
-            keyClick(Qt.Key_PageUp, Qt.ControlModifier);
-            compare(window.current, "battery");
-            const isDark = window.dark;
-            keyClick(Qt.Key_D, Qt.ControlModifier);
-            compare(window.dark, !isDark);
-            keyClick(Qt.Key_3, Qt.ControlModifier);
-            compare(window.part, 2);
-            // The tabs of a narrow window by their letters; the focus goes along.
-            window.width = 480;
-            for (const [key, place] of [[Qt.Key_P, "phone"], [Qt.Key_S, "signals"], [Qt.Key_C, "controls"]]) {
-                keyClick(key, Qt.AltModifier);
-                tryVerify(() => placeOfFocus() === place, 5000, place);
-            }
-        }
-
-        // Where the focus is: "pages", "controls", "phone" or "signals".
-        function placeOfFocus() {
-            return ["phone", "controls", "signals", "pages"][window.placeOfFocus()] ?? "none";
-        }
-
-        function test_f6GoesRoundAndTheFocusStaysInTheControlsOfATurnedPage_data() {
-            return [{
-                    "tag": "wide",
-                    "width": 1000,
-                    "places": ["pages", "controls", "phone", "signals", "pages"]
-                }, {
-                    "tag": "narrow",
-                    "width": 480,
-                    "places": ["controls", "phone", "signals", "controls"]
-                }];
-        }
-
-        function test_f6GoesRoundAndTheFocusStaysInTheControlsOfATurnedPage(row) {
-            open({
-                    "width": row.width,
-                    "page": "battery"
-                });
-            for (const place of row.places) {
-                keyClick(Qt.Key_F6);
-                tryVerify(() => placeOfFocus() === place, 5000, place);
-                verify(window.focusRing.visible);
-            }
-            keyClick(Qt.Key_F6, Qt.ShiftModifier);
-            compare(placeOfFocus(), "signals");
-            keyClick(Qt.Key_2, Qt.ControlModifier);
-            for (const page of window.pages.slice(window.pages.indexOf("battery"), -1)) {
-                compare(window.current, page);
-                tryVerify(() => placeOfFocus() === "controls" && window.activeFocusItem.visible, 5000, page);
-                keyClick(Qt.Key_PageDown, Qt.ControlModifier);
-            }
-        }
-
-        // Each key does what the space bar does.
-        function test_returnUsesTheButtonWithTheFocus_data() {
-            return [{
-                    "tag": "segment",
-                    "page": "battery",
-                    "control": "Plug",
-                    "happens": control => control.isSo
-                }, {
-                    "tag": "switch",
-                    "page": "battery",
-                    "control": "Hold",
-                    "happens": () => hasText("> battery hold on")
-                }, {
-                    "tag": "section",
-                    "page": "battery",
-                    "control": "Faults",
-                    "happens": control => control.checked
-                }, {
-                    "tag": "button of an argument that is chosen",
-                    "page": "miracast",
-                    "control": "Session",
-                    "happens": () => hasText("> miracast session playing")
-                }];
-        }
-
-        function test_returnUsesTheButtonWithTheFocus(row) {
-            open({
-                    "page": row.page
-                });
-            tryVerify(() => items(window.contentItem, item => item.text === row.control || item.Accessible.name === row.control).some(item => item.toggle !== undefined));
-            const control = items(window.contentItem, item => item.toggle !== undefined && (item.text === row.control || item.Accessible.name === row.control))[0];
-            control.forceActiveFocus(Qt.TabFocusReason);
-            keyClick(Qt.Key_Return);
-            tryVerify(() => row.happens(control));
-            verify(window.focusRing.visible && control.activeFocus);
-        }
-
         // A wide page is above the signals, in two columns; each control has what it needs.
         function test_aRoomyWindowHasThePageAboveTheSignals() {
             open({
@@ -322,10 +186,6 @@ Item {
             tryVerify(() => at(top("Signals")).y > at(top("Vibration")).y && at(top("Signals")).y < 500);
             verify(Math.abs(at(top("Signals")).x - at(top("Vibration")).x) < 12);
             verify(at(named("What applications see")).x > at(named("Present")).x);
-        }
-
-        function hasText(part) {
-            return items(window.contentItem, item => item.text !== undefined && String(item.text).includes(part)).length > 0;
         }
 
         function test_theLogHasALineForEachSignal() {
