@@ -975,14 +975,6 @@
         <translation>Daten im Ausland</translation>
     </message>
     <message>
-        <source>mount</source>
-        <translation>einstecken</translation>
-    </message>
-    <message>
-        <source>unmount</source>
-        <translation>auswerfen</translation>
-    </message>
-    <message>
         <source>busy</source>
         <translation>wird benutzt</translation>
     </message>

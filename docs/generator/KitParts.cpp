@@ -72,21 +72,28 @@ QString wordOf(const Parameter &parameter)
         + camelCase(parameter.name) + u')';
 }
 
-QStringList callOf(const QString &part, const QVariantMap &verb)
+// The name of the function for a verb.
+QString functionOf(const QString &part, const QString &verb, const QStringList &arguments)
+{
+    if (const Setting *setting = settingOf(part, verb))
+        return QLatin1String("set") + camelCase(setting->key, true);
+    const bool isSwitch = arguments == QStringList{QStringLiteral("on|off")};
+    return isSwitch ? QLatin1String("set") + camelCase(verb, true) : camelCase(verb);
+}
+
+// The function for a verb; \a former is the verb's former name.
+QStringList callOf(const QString &part, const QVariantMap &verb, const QString &former)
 {
     const QString name = verb.value(QStringLiteral("name")).toString();
     const QStringList arguments = verb.value(QStringLiteral("arguments")).toStringList();
-    const Setting *setting = settingOf(part, name);
-    QString function = camelCase(name);
-    if (setting)
-        function = QLatin1String("set") + camelCase(setting->key, true);
-    else if (arguments == QStringList{QStringLiteral("on|off")})
-        function = QLatin1String("set") + camelCase(name, true);
+    const QString function = functionOf(part, name, arguments);
     QStringList declared;
+    QStringList names;
     QStringList words;
     QStringList notes;
     for (const Parameter &each : parametersOf(part, verb)) {
         declared.append(declarationOf(each));
+        names.append(camelCase(each.name));
         words.append(wordOf(each));
         if (!each.note.isEmpty())
             notes.append(each.note);
@@ -94,9 +101,17 @@ QStringList callOf(const QString &part, const QVariantMap &verb)
     const QString help = capitalised(verb.value(QStringLiteral("help")).toString());
     const QString note = notes.isEmpty() ? QString() : QStringLiteral(" (%1)").arg(notes.join(u"; "));
     const QString given = words.isEmpty() ? QString() : QStringLiteral(", {%1}").arg(words.join(u", "));
-    return {QStringLiteral("    /*! %1%2. */").arg(help, note),
+    QStringList lines{QStringLiteral("    /*! %1%2. */").arg(help, note),
         QStringLiteral("    void %1(%2) { tell(\"%3\"%4); }")
             .arg(function, declared.join(u", "), name, given)};
+    // A setting's function is named after its key, and keeps its name.
+    const QString before = former.isEmpty() ? function : functionOf(part, former, arguments);
+    if (before != function && !settingOf(part, name)) {
+        lines.append({QStringLiteral("    /*! \\deprecated The former name of %1(). */").arg(function),
+            QStringLiteral("    void %1(%2) { %3(%4); }")
+                .arg(before, declared.join(u", "), function, names.join(u", "))});
+    }
+    return lines;
 }
 
 QString className(const QString &part)
@@ -107,13 +122,14 @@ QString className(const QString &part)
 QStringList classOf(const QString &part, const QVariantMap &described)
 {
     const QVariantList verbs = described.value(QStringLiteral("verbs")).toList();
+    const QVariantMap former = described.value(QStringLiteral("former-verbs")).toMap();
     QStringList names;
     QStringList calls;
     for (const QVariant &each : verbs) {
         const QVariantMap verb = each.toMap();
         names.append(verb.value(QStringLiteral("name")).toString());
         if (!isOfBase(names.last()))
-            calls += callOf(part, verb);
+            calls += callOf(part, verb, former.key(names.last()));
     }
     const char *instance = described.contains(Instances) ? " NAME" : "";
     return QStringLiteral("/*! The verbs of `ozdevice sim %1%2`. */\nclass %3 : public %4\n{\npublic:\n"

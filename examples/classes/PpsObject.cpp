@@ -25,5 +25,5 @@ int main(int argc, char **argv)
 
 // Over the simulated phone, this prints
 //     mounted: true
-// and after `ozdevice sim sdcard unmount`
+// and after `ozdevice sim sdcard remove`
 //     mounted: false

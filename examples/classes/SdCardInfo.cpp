@@ -20,5 +20,5 @@ int main(int argc, char **argv)
 
 // Over the simulated phone, this prints
 //     oz::device::SdCardState::Mounted oz::device::SdCardActivity::Idle
-// and after `ozdevice sim sdcard unmount`
+// and after `ozdevice sim sdcard remove`
 //     now oz::device::SdCardState::Unmounted

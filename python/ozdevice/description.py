@@ -5,7 +5,7 @@ from __future__ import annotations
 import enum
 import errno
 from collections.abc import Iterable, Sequence
-from dataclasses import dataclass, field
+from dataclasses import dataclass, field, replace
 from datetime import timedelta
 from typing import Any
 
@@ -52,6 +52,7 @@ class Verb:
     arguments: Sequence[str] = ()
     choices: dict[str, Any] = field(default_factory=dict)
     fault: bool = False
+    present: str = ""  # the name that it has now, if this is its former one, which goes on working
 
     @property
     def first_words(self) -> Sequence[str]:
@@ -131,9 +132,12 @@ class Description:
 def _part_of(name: str, described: dict[str, Any], published: Iterable[str]) -> PartDescription:
     own = [value.removeprefix(f"{name}.") for value in published if value.startswith(f"{name}.")]
     several = f"{_ALL}."
+    verbs = {verb["name"]: Verb(**verb) for verb in described["verbs"]}
+    for former, present in described.get("former-verbs", {}).items():
+        verbs[former] = replace(verbs[present], name=former, present=present)
     return PartDescription(
         name,
-        {verb["name"]: Verb(**verb) for verb in described["verbs"]},
+        verbs,
         frozenset(value for value in own if not value.startswith(several)),
         frozenset(value.removeprefix(several) for value in own if value.startswith(several)),
         described.get("instances", ()),

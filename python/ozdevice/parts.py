@@ -111,7 +111,7 @@ class Part(_Described):
         return bool(self._item and self._part().comes) and not self._faults
 
     def _names(self) -> set[str]:
-        names = {*self._verbs(), *self._values()}
+        names = {*(name for name, verb in self._verbs().items() if not verb.present), *self._values()}
         if self._is_neighbour():
             names.add(_IN_RANGE)
         return {python_name(name) for name in names}
@@ -137,7 +137,7 @@ class Part(_Described):
         verb = self._verbs()[name]
         instance = self._item if self._part().instances else ""
         if len(verb.arguments) == 1 and not verb.fault:
-            now = self._description.setting(self._name, instance, name)
+            now = self._description.setting(self._name, instance, verb.present or name)
             if now is not None:
                 return verb.value_of(now)
         return self._method(verb)
@@ -157,7 +157,7 @@ class Part(_Described):
             return
         verb = self._verbs().get(name)
         if not verb:
-            told = ", ".join(sorted(each.usage() for each in self._verbs().values()))
+            told = ", ".join(sorted(each.usage() for each in self._verbs().values() if not each.present))
             raise OrderError(f"{self} publishes {attribute!r}, which cannot be set; it can be told {told or 'nothing'}")
         if verb.arguments:
             self.tell(name, value)

@@ -318,8 +318,8 @@ class Sdcard(Part):
     """Whether the card is being read or written."""
     @property
     def mounted(self) -> bool | None: """Whether a card is mounted."""
-    def mount(self) -> None: """Inserts a card."""
-    def unmount(self) -> None: """Takes the card out, busy or not."""
+    def insert(self) -> None: """Inserts a card."""
+    def remove(self) -> None: """Takes the card out, busy or not."""
     def idle(self) -> None: """Ends reading and writing."""
 
 class SdcardFaults(ServiceFaults):

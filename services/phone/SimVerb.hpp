@@ -61,6 +61,7 @@ struct SimVerb
     /*! Of a verb without arguments: what it sets. One of those that set the same is so at a time. */
     QString sets = {};
     bool repeats = false; //!< another verb without arguments does the same
+    QString formerName = {}; //!< which goes on working, and is shown nowhere
 
     /*! A verb that switches something, with the argument "on" or "off". */
     static SimVerb onOff(const QString &verb, const QString &description,

@@ -78,8 +78,10 @@ std::vector<SimVerb> SimulatedPart::verbs(const QString &instance)
 {
     std::vector<SimVerb> verbs;
     for (const Setting &setting : settings(instance)) {
-        for (const Order &order : setting.orders)
+        for (const Order &order : setting.orders) {
             verbs.push_back(verbOf(order, setting, [this] { update(); }));
+            verbs.back().formerName = order.formerVerb;
+        }
     }
     return verbs;
 }

@@ -199,6 +199,14 @@ void SimulatedPhone::run(const QString &name, QStringList words)
     QStringList verbNames;
     for (const SimVerb &verb : verbs)
         verbNames.append(verb.name);
+    // Errors name the verb as it was given, by its present or its former name.
+    const auto former = std::find_if(verbs.begin(), verbs.end(), [&words](const SimVerb &each) {
+        return !each.formerName.isEmpty() && each.formerName == words.value(0);
+    });
+    if (former != verbs.end()) {
+        path.append(words.takeFirst());
+        return former->runAs(path.join(u' '), words);
+    }
     const QString verb = takeWord(path.join(u' '), verbNames, &words);
     path.append(verb);
     verbs[std::size_t(verbNames.indexOf(verb))].runAs(path.join(u' '), words);
@@ -224,6 +232,7 @@ QVariantMap SimulatedPhone::describe() const
         if (instances != QStringList{QString()})
             described.insert(QStringLiteral("instances"), instances);
         QVariantList verbs;
+        QVariantMap former;
         const std::vector<SimVerb> known = verbsOf(name, *part, instances.value(0));
         if (const QVariantList switches = describeSwitches(known); !switches.isEmpty())
             described.insert(QStringLiteral("switches"), switches);
@@ -237,8 +246,12 @@ QVariantMap SimulatedPhone::describe() const
             if (!verb.choices.isEmpty())
                 told.insert(QStringLiteral("choices"), describeChoices(verb.choices));
             verbs.append(told);
+            if (!verb.formerName.isEmpty())
+                former.insert(verb.formerName, verb.name);
         }
         described.insert(QStringLiteral("verbs"), verbs);
+        if (!former.isEmpty())
+            described.insert(QStringLiteral("former-verbs"), former);
         if (const auto around = part->neighbourhood(); !around.neighbours.isEmpty()) {
             described.insert(QStringLiteral("comes"), around.comes);
             described.insert(QStringLiteral("goes"), around.goes);

@@ -8,7 +8,9 @@ const Settings<SimulatedSdCard> &SimulatedSdCard::table()
     using C = SettingColumns<SimulatedSdCard>;
     static const Settings<SimulatedSdCard> table{
         {"mounted", C::truth(&S::m_mounted).by(&S::setMounted), true, "whether a card is mounted",
-            either("mount", "inserts a card", "unmount", "takes the card out, busy or not"), {"mounted"}},
+            formerly(either("insert", "inserts a card", "remove", "takes the card out, busy or not"),
+                {"mount", "unmount"}),
+            {"mounted"}},
         {"busy", C::truth(&S::m_busy).by(&S::setBusy), false,
             "whether the card is being read or written; only a mounted one can be",
             either("busy", "begins to read or write the card", "idle", "ends reading and writing"), {"busy"}},

@@ -9,6 +9,15 @@ std::vector<Order> either(
         {QLatin1String(verbOfFalse), QString::fromUtf8(helpOfFalse), {}, false}};
 }
 
+std::vector<Order> formerly(std::vector<Order> orders, std::initializer_list<const char *> verbs)
+{
+    Q_ASSERT(orders.size() == verbs.size());
+    auto order = orders.begin();
+    for (const char *verb : verbs)
+        (order++)->formerVerb = QLatin1String(verb);
+    return orders;
+}
+
 std::vector<Order> eachWord(std::initializer_list<WordOrder> verbs)
 {
     std::vector<Order> orders;

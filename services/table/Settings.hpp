@@ -28,6 +28,7 @@ struct Order
     QString help;
     QString argument = {}; //!< its name; "[NAME]" for one that may be left out, and is empty then
     QVariant value = {}; //!< that it sets where it takes no argument
+    QString formerVerb = {}; //!< which goes on working, and is shown nowhere
 };
 
 /*! Gives the present value of one of a facility's fields. */
@@ -286,6 +287,9 @@ private:
 /*! The orders of a setting that is true or false, by a verb for each. */
 [[nodiscard]] std::vector<Order> either(
     const char *verbOfTrue, const char *helpOfTrue, const char *verbOfFalse, const char *helpOfFalse);
+/*! \a orders, which had these verbs before. */
+[[nodiscard]] std::vector<Order> formerly(
+    std::vector<Order> orders, std::initializer_list<const char *> verbs);
 /*! A verb for one word of a setting. */
 struct WordOrder
 {

@@ -518,6 +518,8 @@ TEST_F(SimulatedPhoneTest, AnOrderThatItCannotFollowIsToldWithWhatWasExpected)
         {"battery temperature 300",
             "battery temperature: expected a number from -100 to 200 or unknown, found '300'"},
         {"battery level", "battery level takes PERCENT, not 0 arguments"},
+        {"sdcard insert now", "sdcard insert takes no arguments, not 1 arguments"},
+        // A former name works too.
         {"sdcard mount now", "sdcard mount takes no arguments, not 1 arguments"},
         {"radio power maybe", "radio power: expected one of on, off, found 'maybe'"},
         {"simcard remove", ""},

@@ -110,6 +110,8 @@ const Driven Calls[] = {
     {[](Phone &p) { p.sdcard().idle(); }, "not sdcard.busy"},
     {[](Phone &p) { p.sdcard().unmount(); }, "not sdcard.mounted"},
     {[](Phone &p) { p.sdcard().mount(); }, "sdcard.mounted"},
+    {[](Phone &p) { p.sdcard().remove(); }, "not sdcard.mounted"},
+    {[](Phone &p) { p.sdcard().insert(); }, "sdcard.mounted"},
     {[](Phone &p) { p.simcard().pin(); }, "simcard.state == pin"},
     {[](Phone &p) { p.simcard().notProvisioned(); }, "simcard.state == not-provisioned"},
     {[](Phone &p) { p.simcard().incompatible(); }, "simcard.state == incompatible"},

@@ -147,7 +147,7 @@ TEST_F(CommandTest, PrintsEachErrorInOneLineAndExitsWithTheStatusOfItsKind)
             "data-profile: which one? --name is one of enterprise"},
         {{"set", "sdcard", "size", "1"}, 2, "sdcard has no property 'size'; there is state and activity"},
         {{"set", "sdcard", "state", "Busy"}, 2, "sdcard: state is read-only"},
-        {{"sim", "sdcard", "eject"}, 2, "sdcard has no 'eject'; it has mount, unmount, busy, idle"},
+        {{"sim", "sdcard", "eject"}, 2, "sdcard has no 'eject'; it has insert, remove, busy, idle"},
         {{"sim", "device", "eject"}, 2, "device has no 'eject'; there is "},
         {{"sim", "battery", "level"}, 2, "battery level takes PERCENT, not 0 arguments"},
         {{"play", "tour", "--speed", "quick"}, 2, "the speed is a number from 0.001 to 100000, or max"},
@@ -556,7 +556,7 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndChangesOfThePhone)
         {{"call", "--display", "1", "wifi-direct", "requestConnect", "x", ""},
             {"GroupOwner", "Client", "Any"}},
         {{"set", "led", ""}, {"color"}},
-        {{"sim", "sdcard", ""}, {"mount", "unmount", "busy", "idle", "kill-service", "start-service"}},
+        {{"sim", "sdcard", ""}, {"insert", "remove", "busy", "idle", "kill-service", "start-service"}},
         {{"sim", "radio", "power", ""}, {"on", "off"}},
         {{"sim", "display", "attach", ""}, {"0", "1"}},
         {{"sim", "wifi-direct", "peer-goes", ""}, {"tv", "laptop", "printer", "camera", "speaker"}},
@@ -577,11 +577,11 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndChangesOfThePhone)
     EXPECT_FALSE(run({"complete", "--", "show", "wifi"}).output.contains("wifidirect\n"));
     // Each shell offers what its script returns.
     const std::tuple<const char *, QString> shells[] = {
-        {"bash", "COMP_WORDS=(%1 sim sdcard un); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"},
+        {"bash", "COMP_WORDS=(%1 sim sdcard re); COMP_CWORD=3; _ozdevice; echo ${COMPREPLY[@]}"},
         {"zsh",
-            "compadd() { while [[ $1 != -- ]] shift; shift; print -l -- ${(M)@:#un*} }\n"
-            "words=(%1 sim sdcard un); CURRENT=4; _ozdevice"},
-        {"fish", "complete -C '%1 sim sdcard un'"},
+            "compadd() { while [[ $1 != -- ]] shift; shift; print -l -- ${(M)@:#re*} }\n"
+            "words=(%1 sim sdcard re); CURRENT=4; _ozdevice"},
+        {"fish", "complete -C '%1 sim sdcard re'"},
     };
     for (const auto &[shell, script] : shells) {
         QString definition = run({"completion", shell}).output;
@@ -590,7 +590,7 @@ TEST_F(CommandTest, CompletesVerbsFacilitiesPathsAndChangesOfThePhone)
         QProcess process;
         process.start(shell, {"-c", definition + script.arg(Command)});
         ASSERT_TRUE(process.waitForFinished()) << shell;
-        EXPECT_EQ(process.readAllStandardOutput().trimmed(), "unmount") << shell;
+        EXPECT_EQ(process.readAllStandardOutput().trimmed(), "remove") << shell;
     }
 }
 

@@ -187,9 +187,13 @@ class PhoneSdcard : public ServicePart
 public:
     using ServicePart::ServicePart;
     /*! Inserts a card. */
-    void mount() { tell("mount"); }
+    void insert() { tell("insert"); }
+    /*! \deprecated The former name of insert(). */
+    void mount() { insert(); }
     /*! Takes the card out, busy or not. */
-    void unmount() { tell("unmount"); }
+    void remove() { tell("remove"); }
+    /*! \deprecated The former name of remove(). */
+    void unmount() { remove(); }
     /*! Begins to read or write the card. */
     void busy() { tell("busy"); }
     /*! Ends reading and writing. */
