@@ -30,7 +30,7 @@ QVariantMap networkIn(RecordedScript &script)
     for (const auto &[key, having] : cellKeys().asKeyValueRange()) {
         const int number = said(key.toLatin1()).toInt();
         if (number != 0 && wordsOf(having).contains(technologies.first()))
-            network.insert(key, script.maskedNumber(key, number));
+            network.insert(key, script.mask().number(key, number));
     }
     return network;
 }

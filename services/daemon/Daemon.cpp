@@ -74,7 +74,7 @@ Daemon::Daemon(const Configuration &configuration, const std::optional<JsonNode>
       m_scenarios(m_tree,
           {[this]() -> PhoneClock & { return m_running->phone().clock(); },
               [this](const QStringList &words) { m_running->tellPhone(words.first(), words.mid(1)); },
-              [this] { return m_running->makeOrderCheck(); }}),
+              [this] { return m_running->makeOrderCheck(); }, [this] { return m_running->sinkNames(); }}),
       m_control(m_tree, ControlPpsPath, requests())
 {
     m_phoneChanges.setSingleShot(true);
@@ -206,6 +206,7 @@ Reply Daemon::describe(const Request &)
 {
     QVariantMap described = description();
     described.insert(QStringLiteral("recordable"), Recorder::facilities());
+    described.insert(QStringLiteral("version"), QCoreApplication::applicationVersion());
     return {described, 0, {}};
 }
 

@@ -85,6 +85,16 @@ QVariantMap RunningFacilities::states() const
     return states;
 }
 
+QStringList RunningFacilities::sinkNames() const
+{
+    QStringList names;
+    for (const Row &row : m_rows) {
+        if (const Source *source = m_sources.of(row.facility->name))
+            names += source->remarkNames();
+    }
+    return names;
+}
+
 SimulatedPhone &RunningFacilities::phone() const
 {
     if (!m_phone)

@@ -36,6 +36,8 @@ public:
     /*! Of each facility "title", "source", "state" and, where there is one, "reason"; "auto" for a source
      * that the configuration does not name. */
     [[nodiscard]] QVariantMap states() const;
+    /*! The names of sinks in their reasons. */
+    [[nodiscard]] QStringList sinkNames() const;
 
     /*! Null where nothing uses the phone. */
     [[nodiscard]] SimulatedPhone *phoneInUse() const { return m_phone.get(); }

@@ -218,6 +218,9 @@ RequestTable ScenarioService::requests()
          })},
         {QStringLiteral("public-values"), {},
             answered([this](const QVariantMap &) { return describePublic(m_tree); })},
+        {QStringLiteral("about-scenario"), {}, answered([](const QVariantMap &order) {
+             return aboutScenario(order.value(FileKey).toString());
+         })},
         {QStringLiteral("record"), {}, answered([this](const QVariantMap &order) {
              record(order);
              return QVariant();
@@ -237,7 +240,8 @@ void ScenarioService::record(const QVariantMap &order)
     const QStringList facilities = order.value(QStringLiteral("facilities")).toStringList();
     m_recorder =
         std::make_unique<Recorder>(m_tree, facilities.isEmpty() ? Recorder::facilities() : facilities,
-            order.value(QStringLiteral("keep-identifiers")).toBool());
+            order.value(QStringLiteral("keep-identifiers")).toBool(),
+            order.value(QStringLiteral("report")).toBool() ? m_phone.sinkNames : Recorder::SinkNames());
 }
 
 QVariantMap ScenarioService::recorded(const QVariantMap &order)
@@ -248,9 +252,12 @@ QVariantMap ScenarioService::recorded(const QVariantMap &order)
     const qsizetype from =
         std::clamp<qsizetype>(order.value(QStringLiteral("from")).toLongLong(), 0, steps.size());
     const QStringList told = steps.mid(from, MostAtOnce);
-    QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("count"), steps.size()},
-        {QStringLiteral("phone"), m_recorder->script().phone()},
-        {QStringLiteral("masked"), m_recorder->script().hasMasked()}};
+    QStringList texts = order.value(QStringLiteral("texts")).toStringList();
+    for (QString &text : texts)
+        text = m_recorder->masked(text);
+    QVariantMap answer{{QStringLiteral("steps"), told}, {QStringLiteral("texts"), texts},
+        {QStringLiteral("count"), steps.size()}, {QStringLiteral("phone"), m_recorder->script().phone()},
+        {QStringLiteral("masked"), m_recorder->script().mask().hasMasked()}};
     if (order.value(QStringLiteral("end")).toBool() && from + told.size() == steps.size())
         m_recorder.reset();
     return answer;

@@ -27,10 +27,12 @@ namespace oz::services {
  * - "stop-scenario" ends it; "pause-scenario" has it and the phone's time stand still, "resume-scenario" has
  * them go on, "scenario-speed" ("dat": "speed", as for "play") changes the speed.
  * - "public-values" lists what conditions can name.
- * - "record" ("dat": "facilities", all that can be recorded where none are named, and "keep-identifiers")
- * begins to record what the device does, in the place of what was recorded before.
+ * - "about-scenario" ("dat": "file") answers with what the file says about itself.
+ * - "record" ("dat": "facilities", all that can be recorded where none are named, "keep-identifiers", and
+ * "report" to say what becomes of sources too) begins to record what the device does, in the place of what
+ * was recorded before.
  * - "recorded" ("dat": "from", and "end" to end it) answers with the "steps" from that number on, their
- * "count", and the "phone" of the recording.
+ * "count", the "phone" of the recording, and, of "texts" for people, the same as the recording masks them.
  *
  * "/pps/system/ozdeviced/scenario", for the daemon's own user only, has the scenario that was played last:
  * its "number", which is 0 where there is none, its "file", what the answer to "play" said, the "state"
@@ -49,6 +51,7 @@ public:
         std::function<PhoneClock &()> clock;
         ScenarioPlayer::Order order;
         std::function<Scenario::CheckOrder()> makeCheck;
+        Recorder::SinkNames sinkNames = {};
     };
 
     ScenarioService(Tree &tree, Phone phone);

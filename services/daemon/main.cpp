@@ -274,8 +274,7 @@ void describe(const oz::arguments::Verb &program, Options &options)
     program
         .option("--config", options.config,
             "Which source feeds which facility (default: etc/ozdevice/ozdeviced.conf of the prefix, /etc/... "
-            "for "
-            "/usr; without that file, 'auto' for all)")
+            "for /usr; without that file, 'auto' for all)")
         .valueName("FILE");
     program.option("--phone", options.phone, "The simulated phone's file, or a scenario that has one")
         .valueName("FILE");
@@ -340,6 +339,7 @@ int runDaemon(int argc, char **argv)
     // fragments with every reload of the configuration.
     ::mallopt(M_ARENA_MAX, 1);
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(OZ_VERSION));
     oz::arguments::logPrintably();
     raiseDescriptorLimit();
     try {

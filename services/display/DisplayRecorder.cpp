@@ -26,7 +26,7 @@ void DisplayRecorder::sample(RecordedScript &script, const QStringList &recorded
         // A session's display is named after the sink.
         if (now.name.startsWith(Wireless)) {
             const QString sink = now.name.sliced(Wireless.size()).trimmed();
-            now.name = Wireless + u' ' + script.masked(QStringLiteral("sink"), sink);
+            now.name = Wireless + u' ' + script.mask().text(QStringLiteral("sink"), sink);
         }
     }
     if (script.isBeginning()) {

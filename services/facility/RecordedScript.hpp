@@ -1,7 +1,10 @@
 #pragma once
 
+#include "facility/IdentifierMask.hpp"
+
 #include <QElapsedTimer>
 #include <QHash>
+#include <QJsonValue>
 #include <QStringList>
 #include <QVariantMap>
 
@@ -11,8 +14,7 @@ class Tree;
 
 /*!
  * The scenario that a recording writes: the orders that lead the simulated phone through what the tree tells,
- * and what the phone must have for them to make sense. Identifiers of people and devices are masked, the same
- * one always by the same text, unless they are to be kept.
+ * and what the phone must have for them to make sense.
  */
 class RecordedScript
 {
@@ -29,6 +31,8 @@ public:
 
     /*! Adds an order, of words that may have blanks, as a step. */
     void order(const QStringList &words);
+    /*! Adds a line for people as a step. */
+    void say(const QString &line);
     /*! The steps so far, each as JSON in a line. */
     [[nodiscard]] const QStringList &steps() const { return m_steps; }
     /*! The phone's file. */
@@ -41,26 +45,19 @@ public:
         return m_phone.value(facility).toMap();
     }
 
-    /*! True if other numbers stand in place of those that identify somebody. */
-    [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
-    /*! \a text, or what stands for it everywhere in this recording: "KIND-1", or as many digits. */
-    [[nodiscard]] QString masked(const QString &kind, const QString &text);
-    /*! \a address, or one of the range that is free for documentation; one device has one in all facilities.
-     */
-    [[nodiscard]] QString maskedAddress(const QString &address);
-    [[nodiscard]] int maskedNumber(const QString &kind, int number);
-    /*! \a digits, or as many zeros behind the first \a kept ones, and a one. */
-    [[nodiscard]] QString maskedDigits(const QString &digits, qsizetype kept);
+    /*! What this recording replaces identifiers of people and devices by. */
+    [[nodiscard]] IdentifierMask &mask() { return m_mask; }
+    [[nodiscard]] const IdentifierMask &mask() const { return m_mask; }
 
 private:
+    void append(const QString &key, const QJsonValue &value);
+
     const Tree &m_tree;
-    bool m_keepsIdentifiers;
-    bool m_hasMasked = false;
+    IdentifierMask m_mask;
     bool m_isBeginning = true;
     QElapsedTimer m_clock;
     QStringList m_steps;
     QVariantMap m_phone;
-    QHash<QString, QStringList> m_masked; // by kind; their places are their numbers
 };
 
 /*! Records the part of a facility that is no plain setting: devices, networks, displays, which come and go.

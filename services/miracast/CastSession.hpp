@@ -38,6 +38,7 @@ public:
     void addTo(MiracastState *state) const;
     /*! What it waits for, or how it ended, for a person; empty where that is nothing special. */
     [[nodiscard]] const QString &news() const { return m_news; }
+    [[nodiscard]] const QString &sinkName() const { return m_sink.name; }
 
 Q_SIGNALS:
     /*! addTo() or news() is another. */

@@ -95,9 +95,11 @@ void WirelessDisplay::updateRemark()
     QStringList parts{captureOf(*hello),
         hello->encoder + QLatin1String(hello->audio.isEmpty() ? " without sound" : " with ") + hello->audio,
         m_ways.remark()};
-    if (const QString &news = m_session ? m_session->news() : m_news; !news.isEmpty())
+    const QString &news = m_session ? m_session->news() : m_news;
+    if (!news.isEmpty())
         parts.append(news);
-    setRemark(parts.join(QLatin1String("; ")));
+    setRemark(parts.join(QLatin1String("; ")),
+        news.isEmpty() ? QStringList() : QStringList{m_session ? m_session->sinkName() : m_newsSink});
 }
 
 bool WirelessDisplay::isReady(const Done &done)
@@ -155,6 +157,7 @@ void WirelessDisplay::onSessionOver()
     CastSession *session = m_session.release();
     session->deleteLater(); // it is the one that tells
     m_news = session->news();
+    m_newsSink = session->sinkName();
     onSessionChanged();
     session->answer();
 }

@@ -57,6 +57,7 @@ private:
     std::optional<MiracastState::Application> m_application;
     std::unique_ptr<CastSession> m_session; // and the attempt to begin one
     QString m_news; // of the session that there was last
+    QString m_newsSink;
     QTimer m_helloLimit; // until an ozcast that tells nothing counts as absent
 };
 

@@ -9,6 +9,37 @@
 
 namespace oz::services {
 
+namespace {
+
+QVariant contentOf(const JsonValue &value)
+{
+    switch (value.kind) {
+    case JsonValue::Null:
+        return {};
+    case JsonValue::Truth:
+        return value.truth;
+    case JsonValue::Number:
+        return value.number;
+    case JsonValue::Text:
+        return value.text;
+    case JsonValue::List: {
+        QVariantList list;
+        for (const auto &[name, element] : value.members)
+            list.append(contentOf(element));
+        return list;
+    }
+    case JsonValue::Map: {
+        QVariantMap map;
+        for (const auto &[name, member] : value.members)
+            map.insert(name, contentOf(member));
+        return map;
+    }
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
 JsonNode JsonNode::parseFile(const QString &file)
 {
     QFile input(file);
@@ -124,6 +155,11 @@ QVariant JsonNode::asScalar() const
     return value;
 }
 
+QVariant JsonNode::content() const
+{
+    return contentOf(*m_value);
+}
+
 bool JsonNode::isMap() const
 {
     return m_value->kind == JsonValue::Map;
@@ -171,20 +207,7 @@ std::vector<std::pair<QString, JsonNode>> JsonNode::members() const
 // A map is no value of its own.
 QVariant JsonNode::asVariant() const
 {
-    switch (m_value->kind) {
-    case JsonValue::Null:
-        return {};
-    case JsonValue::Truth:
-        return m_value->truth;
-    case JsonValue::Number:
-        return m_value->number;
-    case JsonValue::Text:
-        return m_value->text;
-    case JsonValue::List:
-    case JsonValue::Map:
-        return QVariantMap();
-    }
-    Q_UNREACHABLE();
+    return isMap() || isList() ? QVariant(QVariantMap()) : contentOf(*m_value);
 }
 
 QVariant JsonNode::acceptedBy(const ValueType &type) const

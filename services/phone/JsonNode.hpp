@@ -58,6 +58,8 @@ public:
     [[nodiscard]] std::optional<QString> asText() const;
     /*! This value where it is text, a number or true or false; throws for others. */
     [[nodiscard]] QVariant asScalar() const;
+    /*! This value with all that is in it, as it stands there. */
+    [[nodiscard]] QVariant content() const;
     [[nodiscard]] bool isMap() const;
     [[nodiscard]] bool isList() const;
     /*! The member \a key; throws where it is not there. */

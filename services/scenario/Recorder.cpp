@@ -44,8 +44,9 @@ QStringList Recorder::facilities()
     return names;
 }
 
-Recorder::Recorder(const Tree &tree, const QStringList &facilities, bool keepsIdentifiers)
-    : m_script(tree, keepsIdentifiers), m_facilities(facilities)
+Recorder::Recorder(
+    const Tree &tree, const QStringList &facilities, bool keepsIdentifiers, const SinkNames &sinkNames)
+    : m_script(tree, keepsIdentifiers), m_facilities(facilities), m_sinkNames(sinkNames)
 {
     const QStringList known = Recorder::facilities();
     for (const QString &facility : facilities) {
@@ -76,7 +77,41 @@ void Recorder::sample()
     }
     for (const auto &recorder : m_recorders)
         recorder->sample(m_script, m_facilities);
+    if (m_sinkNames)
+        recordSources();
     m_script.endBeginning();
+}
+
+// A source that goes or comes back explains what happens to the values.
+void Recorder::recordSources()
+{
+    const QVariantMap sources = m_script.told(QStringLiteral("/pps/system/ozdeviced/status"))
+                                    .value(QStringLiteral("facilities"))
+                                    .toMap();
+    for (auto source = sources.cbegin(); source != sources.cend(); ++source) {
+        const QVariantMap told = source->toMap();
+        if (m_sources.value(source.key()) == told)
+            continue;
+        m_sources.insert(source.key(), told);
+        if (m_script.isBeginning())
+            continue;
+        const auto text = [&told](const char *key) { return told.value(QLatin1String(key)).toString(); };
+        QString line = source.key() + QLatin1String(": the source ") + text("source");
+        if (text("state") != text("source")) // as with none
+            line += QLatin1String(" is ") + text("state");
+        if (const QString reason = text("reason"); !reason.isEmpty())
+            line += QLatin1String(": ") + reason;
+        m_script.say(masked(line));
+    }
+}
+
+QString Recorder::masked(const QString &line)
+{
+    if (m_sinkNames) {
+        for (const QString &name : m_sinkNames())
+            (void)m_script.mask().text(QStringLiteral("sink"), name);
+    }
+    return m_script.mask().line(line);
 }
 
 // The value of \a setting that would give what is seen; nothing where that is not seen.
@@ -100,9 +135,9 @@ std::optional<QVariant> Recorder::valueSeen(const Facility &facility, const Sett
     if (setting.type.isPrivate && !*recording.mask && recording.keptDigits < 0)
         return std::nullopt;
     if (value && *recording.mask)
-        value = m_script.masked(QLatin1String(recording.mask), value->toString());
+        value = m_script.mask().text(QLatin1String(recording.mask), value->toString());
     if (value && recording.keptDigits >= 0)
-        value = m_script.maskedDigits(value->toString(), recording.keptDigits);
+        value = m_script.mask().digits(value->toString(), recording.keptDigits);
     return value;
 }
 

@@ -14,6 +14,22 @@ constexpr int DeepestSteps = 20;
 
 const QString Steps = QStringLiteral("steps");
 const QString Variables = QStringLiteral("variables");
+const QString Description = QStringLiteral("description");
+const QString Report = QStringLiteral("report");
+
+ScenarioFile readFile(const JsonNode &root)
+{
+    root.allowOnly({Description, QStringLiteral("seed"), QStringLiteral("phone"), Report, Variables, Steps});
+    (void)root.map(Report);
+    ScenarioFile content;
+    for (const auto &[name, value] : root.map(Variables).members()) {
+        if (!StepReader::isName(name))
+            value.fail(QStringLiteral("the name of a variable is letters, digits, '-' and '_'"));
+        content.variables.insert(name, value.asScalar());
+    }
+    content.steps = root.at(Steps).elements();
+    return content;
+}
 
 } // namespace
 
@@ -22,9 +38,8 @@ Scenario::Scenario(
     : m_tree(tree)
 {
     const JsonNode root = JsonNode::parseFile(file);
-    ScenarioFile content =
-        readFile(root, {QStringLiteral("description"), QStringLiteral("seed"), QStringLiteral("phone")});
-    m_description = root.text(QStringLiteral("description"), {});
+    ScenarioFile content = readFile(root);
+    m_description = root.text(Description, {});
     m_seed = quint32(root.number(QStringLiteral("seed"), 1, 0, std::numeric_limits<quint32>::max()));
     for (auto variable = given.cbegin(); variable != given.cend(); ++variable) {
         if (!content.variables.contains(variable.key()))
@@ -37,25 +52,11 @@ Scenario::Scenario(
     check(m_steps, m_variables, checkOrder);
 }
 
-ScenarioFile Scenario::readFile(const JsonNode &root, const QStringList &furtherKeys)
-{
-    root.allowOnly(furtherKeys + QStringList{QStringLiteral("description"), Variables, Steps});
-    ScenarioFile content;
-    for (const auto &[name, value] : root.map(Variables).members()) {
-        if (!StepReader::isName(name))
-            value.fail(QStringLiteral("the name of a variable is letters, digits, '-' and '_'"));
-        content.variables.insert(name, value.asScalar());
-    }
-    content.steps = root.at(Steps).elements();
-    return content;
-}
-
 const ScenarioFile &Scenario::included(const QString &file) const
 {
     auto included = m_included.constFind(file);
     if (included == m_included.cend()) {
-        included = m_included.insert(
-            file, readFile(JsonNode::parseFile(file), {QStringLiteral("seed"), QStringLiteral("phone")}));
+        included = m_included.insert(file, readFile(JsonNode::parseFile(file)));
     }
     return *included;
 }
@@ -131,6 +132,16 @@ void Scenario::checkOrder(const JsonNode &node, const QStringList &words, const 
     } catch (const Error &) {
         // It depends on what the phone is like by then.
     }
+}
+
+QVariantMap aboutScenario(const QString &file)
+{
+    const JsonNode root = JsonNode::parseFile(file);
+    QVariantMap about{
+        {Description, root.text(Description, {})}, {Steps, qint64(readFile(root).steps.size())}};
+    if (root.contains(Report))
+        about.insert(Report, root.map(Report).content());
+    return about;
 }
 
 JsonNode readPhoneFile(const QString &file)

@@ -113,7 +113,6 @@ public:
     [[nodiscard]] const Tree &tree() const { return m_tree; }
 
 private:
-    [[nodiscard]] static ScenarioFile readFile(const JsonNode &root, const QStringList &furtherKeys);
     void check(
         const std::vector<JsonNode> &steps, const ScenarioVariables &variables, const CheckOrder &check);
     static void checkOrder(const JsonNode &node, const QStringList &words, const CheckOrder &check);
@@ -127,6 +126,10 @@ private:
     int m_depth = 0; // of steps inside steps, while it is checked
     mutable QMap<QString, ScenarioFile> m_included; // by their file names
 };
+
+/*! What \a file says about itself, with nothing of it checked against a phone: its "description", its
+ * "report" where it has one, and the number of its "steps"; throws Error where it is no scenario. */
+[[nodiscard]] QVariantMap aboutScenario(const QString &file);
 
 /*! The phone that \a file describes: a phone's file, or a scenario that has one of its own. */
 [[nodiscard]] JsonNode readPhoneFile(const QString &file);

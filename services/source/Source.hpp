@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <optional>
@@ -31,6 +32,8 @@ public:
     [[nodiscard]] QString absence() const { return m_absence; }
     /*! A remark for people about a source that works; empty where there is none. */
     [[nodiscard]] const QString &remark() const { return m_remark; }
+    /*! The names in remark() that people gave their devices. */
+    [[nodiscard]] const QStringList &remarkNames() const { return m_remarkNames; }
 
 Q_SIGNALS:
     /*! The state, or whether there is one, has changed. */
@@ -47,8 +50,10 @@ protected:
         Q_EMIT changed();
     }
 
-    void setRemark(const QString &remark)
+    /*! \a names are those in \a remark that people gave their devices. */
+    void setRemark(const QString &remark, const QStringList &names = {})
     {
+        m_remarkNames = names;
         if (std::exchange(m_remark, remark) != remark && isKnown())
             Q_EMIT changed();
     }
@@ -57,6 +62,7 @@ private:
     Presence m_presence = Presence::Pending;
     QString m_absence;
     QString m_remark;
+    QStringList m_remarkNames;
 };
 
 /*! A source whose state is a \a StateType: a plain record that compares with ==. */

@@ -39,7 +39,7 @@ QString WiFiDirectRecorder::notePeer(RecordedScript &script, const QVariantMap &
     // In a group of others.
     if (!isMember && map.contains(QStringLiteral("ssid"))) {
         peer.insert(QStringLiteral("group"), Owner);
-        peer.insert(QStringLiteral("ssid"), script.masked(QStringLiteral("DIRECT"), text(map, "ssid")));
+        peer.insert(QStringLiteral("ssid"), script.mask().text(QStringLiteral("DIRECT"), text(map, "ssid")));
     } else if (!isMember && map.contains(QStringLiteral("go_mac_address"))) {
         peer.insert(QStringLiteral("group"), Client);
     }
@@ -52,11 +52,11 @@ void WiFiDirectRecorder::noteGroup(RecordedScript &script, const QVariantMap &co
 {
     const bool isOwner = now.role == Owner;
     QVariantMap owner{
-        {QStringLiteral("ssid"), script.masked(QStringLiteral("DIRECT"), text(connection, "ssid"))},
+        {QStringLiteral("ssid"), script.mask().text(QStringLiteral("DIRECT"), text(connection, "ssid"))},
         {QStringLiteral("password"),
-            script.masked(QStringLiteral("password"), text(connection, "password"))}};
+            script.mask().text(QStringLiteral("password"), text(connection, "password"))}};
     if (isOwner) {
-        owner.insert(QStringLiteral("address"), script.maskedAddress(text(connection, "go_mac_addr")));
+        owner.insert(QStringLiteral("address"), script.mask().address(text(connection, "go_mac_addr")));
         for (auto each = owner.cbegin(); each != owner.cend(); ++each)
             script.setInPhone(Section, each.key(), each.value());
     } else {

@@ -82,6 +82,7 @@ TEST_F(ScenarioTest, AFileIsCheckedToItsEndBeforeAnythingHappens)
         {R"({"steps": {}})", "s.json:1: steps: expected a list, found a map"},
         {R"({"steps": [], "spede": 1})",
             "s.json:1: spede: unknown key; known here are description, seed, phone"},
+        {R"({"steps": [], "report": "it fails"})", "s.json:1: report: expected a map, found \"it fails\""},
         {"{\"steps\": [\"sdcard mount\",\n{}]}",
             "s.json:2: steps[1]: expected a step with one of sim, say, wait"},
         {R"({"steps": [{"wait": 1, "say": "x"}]})",

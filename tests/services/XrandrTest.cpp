@@ -78,7 +78,8 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
     EXPECT_EQ(info.pixelSize(), QSize(800, 600));
     EXPECT_EQ(info.displayName(), "default");
     EXPECT_TRUE(info.isAttached() && info.isDetachable() && !info.isWireless());
-    EXPECT_EQ(daemonProblem("record", QVariantMap{{"facilities", QStringList{"display"}}}), "");
+    EXPECT_EQ(
+        daemonProblem("record", QVariantMap{{"facilities", QStringList{"display"}}, {"report", true}}), "");
     xrandr(display, "-s 1024x768");
     EXPECT_EQ(signalled.waitFor(2), R"(pixelSize(1024x768) pixelSize({"height":768,"width":1024}))");
     xrandr(display, "-o left");
@@ -94,6 +95,10 @@ TEST_F(XrandrTest, AServerThatIsResizedAndTurnedIsADisplayThatIs)
         logged += daemon.readAllStandardError();
         return logged.contains("display is absent: ");
     }));
+    const QString all = askDaemon("recorded").value("steps").toStringList().join(' ');
+    EXPECT_TRUE(all.contains(
+        "\"say\":\"display: the source xrandr is absent: the X server " + display + " is gone\""))
+        << "a report tells why: " << all.toStdString();
     daemon.terminate();
     daemon.waitForFinished();
 }

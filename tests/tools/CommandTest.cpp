@@ -872,6 +872,54 @@ TEST_F(CommandTest, ARecordingMadeWhileACommandRunsCanBePlayed)
         << played.output.toStdString();
 }
 
+TEST_F(CommandTest, AReportSaysWhatTheDeviceWasAndPlaysTheSameOnAnotherPhone)
+{
+    const QString file = root.file("/bug.json");
+    root.place("/phone.json", R"({"hardware": {"device-name": "AnnSecret", "serial-number": "SN-SECRET"},
+        "wifi-direct": {"peers": {"tv": {"name": "BobSecret", "address": "0a:0b:0c:0d:0e:0f"}}}})");
+    const QString happens = OZ_COMMAND " sim battery level 33; " OZ_COMMAND " sim sdcard remove; " OZ_COMMAND
+                                       " sim wifi-direct sight tv";
+    const QStringList shown{"show", "battery", "sdcard", "radio", "display", "--json"};
+    QString end;
+    {
+        const Phone phone({"--phone", root.file("/phone.json")});
+        const Result recorded = run({"record", file, "--report", "--note",
+            "No picture\non BobSecret (0A:0B:0C:0D:0E:0F)", "--", "bash", "-c", happens});
+        EXPECT_EQ(recorded.status, 0) << recorded.errors.toStdString();
+        end = run(shown).output;
+        EXPECT_FALSE(end.isEmpty());
+    }
+    QFile written(file);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(written.readAll());
+    for (const char *identifier : {"secret", "0a:0b:0c:0d:0e:0f"})
+        EXPECT_FALSE(text.contains(identifier, Qt::CaseInsensitive)) << identifier << text.toStdString();
+    const QString plays =
+        QString(OZ_COMMAND " play %1 >/dev/null && " OZ_COMMAND " %2").arg(file, shown.join(' '));
+    EXPECT_EQ(run({"run", "--phone", file, "--", "bash", "-c", plays}).output, end);
+
+    const QString about = run({"play", file, "--about"}).output;
+    EXPECT_TRUE(about.startsWith("No picture on peer-1 (02:00:5e:00:00:01)\nRecorded on "))
+        << about.toStdString();
+    for (const char *line :
+        {"\nlibozdevice +1[.]", "\nozdeviced +1[.]", "\nkernel +linux ", "\nbattery +simulated +works\n",
+            "\ndisplay +simulated +works +0, 1\n", "\ndoctor found nothing wrong\n"})
+        EXPECT_TRUE(about.contains(QRegularExpression(line))) << line << about.toStdString();
+    const auto json =
+        QJsonDocument::fromJson(run({"play", file, "--about", "--json"}).output.toUtf8()).object();
+    EXPECT_EQ(at(json, {"report", "facilities", "led", "source"}), "simulated");
+    const Result other = run({"play", "low-battery", "--about"});
+    EXPECT_EQ(other.output.count('\n'), 1) << "one without a report: " << other.output.toStdString();
+    root.place("/none.json", "{}");
+    EXPECT_EQ(run({"play", root.file("/none.json"), "--about"}).status, 1);
+
+    // What was recorded until the services died is kept.
+    const QString dies = "kill -9 $(" OZ_COMMAND " pps get system/ozdeviced/status pid); sleep 100";
+    EXPECT_NE(run({"run", "--", OZ_COMMAND, "record", file, "--report", "--", "bash", "-c", dies}).status, 0);
+    EXPECT_TRUE(
+        run({"play", file, "--about"}).output.endsWith("\nthe services went away during the recording\n"));
+}
+
 TEST_F(CommandTest, TopShowsThePhoneAsItChanges)
 {
     const Phone phone;

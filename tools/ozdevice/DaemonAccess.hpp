@@ -3,6 +3,7 @@
 #include <oz/client/PrivateDaemon.hpp>
 
 #include <QString>
+#include <QStringList>
 #include <QVariantMap>
 
 #include <chrono>
@@ -35,6 +36,7 @@ struct SourceState
     QString state; //!< "known", "absent" or "none"; empty for unknown
     QString reason; //!< of a source that is absent
     bool isAutomatic = false; //!< true if the daemon chose it, false if the configuration names it
+    QStringList instances = {}; //!< which applications see of the facility, where they were asked for
 };
 
 [[nodiscard]] std::vector<SourceState> sourceStates(const DaemonState &daemon);

@@ -91,6 +91,7 @@ int execute(int argc, char **argv)
         throw CommandError(WrongUse, QString::fromUtf8(error.what()) + " (see "_L1 + called + " --help)"_L1);
     }
     const QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(OZ_VERSION));
     captureLog(verbose);
     return action();
 }

@@ -1,4 +1,5 @@
 #include "ozdevice/DaemonAccess.hpp"
+#include "ozdevice/DeviceReport.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/PlayedScenario.hpp"
 #include "ozdevice/TerminationSignals.hpp"
@@ -16,6 +17,7 @@ struct PlayOptions
 {
     ScenarioOptions scenario;
     bool check = false;
+    bool about = false;
     bool stop = false;
     bool pause = false;
     bool resume = false;
@@ -54,6 +56,32 @@ int listValues()
     return Success;
 }
 
+// Shows what a file says about itself. A phone of its own reads it: none has to run, and one that runs may
+// belong to a user who cannot read the file.
+int showAbout(const ScenarioOptions &scenario)
+{
+    const QString file = scenarioFile(QString::fromStdString(scenario.scenario));
+    const auto phone = startPhone({});
+    const QVariantMap about = askDaemon(u"about-scenario"_s, QVariantMap{{u"file"_s, file}}).toMap();
+    if (scenario.json) {
+        printJson(QJsonObject::fromVariantMap(about), QJsonDocument::Indented);
+        return Success;
+    }
+    const bool hasReport = about.contains(u"report"_s);
+    const DeviceReport report = reportFrom(about.value(u"report"_s).toMap());
+    if (!report.note.isEmpty())
+        printLine(painted(Paint::Bold, report.note));
+    const QString description = about.value(u"description"_s).toString();
+    printLine(
+        u"%1 (%2 steps)"_s.arg(description.isEmpty() ? u"A scenario without a description"_s : description,
+            about.value(u"steps"_s).toString()));
+    if (hasReport) {
+        printLine({});
+        printReport(report);
+    }
+    return Success;
+}
+
 int play(const PlayOptions &options)
 {
     if (options.list)
@@ -70,6 +98,8 @@ int play(const PlayOptions &options)
     if (options.scenario.scenario.empty())
         throw CommandError(
             WrongUse, u"play needs a scenario; `ozdevice play --list` lists those that are installed"_s);
+    if (options.about)
+        return showAbout(options.scenario);
     EventLoop loop;
     int status = Success;
     PlayedScenario scenario(options.scenario, loop);
@@ -104,9 +134,11 @@ void addPlayVerb(const Verb &parser, Action &action)
             .add("play", "Play a scenario on the simulated phone, and follow it to its end", play);
     verb.option("SCENARIO", options->scenario.scenario, "A scenario's file, or the name of an installed one");
     options->scenario.addTo(verb);
-    verb.flag("--json", options->scenario.json, "Print one JSON object per step");
+    verb.flag("--json", options->scenario.json, "Print one JSON object per step, or one for --about");
     verb.flag("--check", options->check,
         "Only check the file, against the running phone or else against the scenario's own");
+    verb.flag("--about", options->about,
+        "Only show what the file says about itself, and the report of a recorded device");
     verb.flag("--stop", options->stop, "End the scenario that is playing");
     verb.flag("--pause", options->pause, "Pause the scenario and the phone's time");
     verb.flag("--resume", options->resume, "Continue the paused scenario");

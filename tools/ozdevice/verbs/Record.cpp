@@ -1,4 +1,5 @@
 #include "ozdevice/DaemonAccess.hpp"
+#include "ozdevice/DeviceReport.hpp"
 #include "ozdevice/DeviceRootWatch.hpp"
 #include "ozdevice/Durations.hpp"
 #include "ozdevice/Output.hpp"
@@ -15,6 +16,7 @@
 
 #include <csignal>
 #include <memory>
+#include <optional>
 
 namespace oz::tools {
 
@@ -25,7 +27,7 @@ constexpr std::chrono::seconds FetchEvery{1};
 const QString RecordingForm = uR"(// The actions of a device, recorded by `ozdevice record`. Play them with
 // `ozdevice run --scenario FILE -- COMMAND`, which starts the phone below.
 {
-    "description": "Recorded on %1, %2 seconds",
+    "description": "Recorded on %1, %2 seconds",%5
     "phone": %3,
     "steps": [
         %4
@@ -38,6 +40,8 @@ struct RecordOptions
     std::string file;
     std::vector<std::string> facilities;
     bool keepsIdentifiers = false;
+    bool isReport = false;
+    std::string note;
     Duration duration;
     std::vector<std::string> words;
 };
@@ -46,13 +50,34 @@ struct RecordOptions
 class Recording
 {
 public:
-    void begin(const RecordOptions &options)
+    explicit Recording(const RecordOptions &options) : m_options(options) { }
+
+    void begin()
     {
-        m_isPrivate = options.keepsIdentifiers;
         m_clock.start(); // before the daemon's clock, so that no step is later than the end
         (void)askDaemon(u"record"_s,
-            QVariantMap{{u"facilities"_s, toStringList(options.facilities)},
-                {u"keep-identifiers"_s, options.keepsIdentifiers}});
+            QVariantMap{{u"facilities"_s, toStringList(m_options.facilities)},
+                {u"keep-identifiers"_s, m_options.keepsIdentifiers}, {u"report"_s, m_options.isReport}});
+        describe(); // the services may be gone at the end
+    }
+    // Describes the device as it is now, if a report is wanted.
+    void describe()
+    {
+        if (!m_options.isReport)
+            return;
+        DeviceReport report = describeDevice(QString::fromStdString(m_options.note).simplified());
+        maskReport(report, [this](const QStringList &texts) {
+            return askDaemon(u"recorded"_s, QVariantMap{{u"from"_s, m_steps.size()}, {u"texts"_s, texts}})
+                .toMap()
+                .value(u"texts"_s)
+                .toStringList();
+        });
+        m_report = report;
+    }
+    void noteLoss()
+    {
+        if (m_report)
+            m_report->diagnosis.problems.append(u"the services went away during the recording"_s);
     }
     void fetch(bool isLast = false)
     {
@@ -76,10 +101,11 @@ public:
         phone.replace(u'\n', "\n    "_L1);
         QStringList steps = m_steps;
         steps.append(uR"({"at":%1,"say":"the end of the recording"})"_s.arg(seconds));
+        const QString report = m_report ? "\n    \"report\": "_L1 + reportJson(*m_report) + u',' : QString();
         const QByteArray text =
-            RecordingForm.arg(when, seconds, phone, steps.join(",\n        "_L1)).toUtf8();
+            RecordingForm.arg(when, seconds, phone, steps.join(",\n        "_L1), report).toUtf8();
         const bool isOpen = file.open(QIODevice::WriteOnly)
-            && (!m_isPrivate || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
+            && (!m_options.keepsIdentifiers || file.setPermissions(QFile::ReadOwner | QFile::WriteOwner));
         if (!isOpen || file.write(text) != text.size() || !file.commit())
             throw CommandError(Failed, name + ": "_L1 + file.errorString());
     }
@@ -87,11 +113,12 @@ public:
     [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
 
 private:
+    const RecordOptions &m_options;
     QElapsedTimer m_clock;
     QVariantMap m_phone;
     QStringList m_steps;
-    bool m_isPrivate = false; // readable by its owner only
     bool m_hasMasked = false;
+    std::optional<DeviceReport> m_report;
 };
 
 int record(const RecordOptions &options)
@@ -108,8 +135,8 @@ int record(const RecordOptions &options)
         else if (signal != SIGINT)
             command->sendSignal(signal);
     });
-    Recording recording;
-    recording.begin(options);
+    Recording recording(options);
+    recording.begin();
     // Fetch regularly, to keep the steps if the services go away.
     QTimer timer;
     QObject::connect(&timer, &QTimer::timeout, [&] { loop.guard([&] { recording.fetch(); }); });
@@ -129,8 +156,10 @@ int record(const RecordOptions &options)
             printError(command->problem());
             return RunningCommand::NotStarted;
         }
+        recording.describe();
         recording.fetch(true);
     } catch (const CommandError &) {
+        recording.noteLoss();
         recording.write(name);
         throw;
     }
@@ -156,6 +185,12 @@ void addRecordVerb(const Verb &parser, Action &action)
     verb.flag("--keep-identifiers", options->keepsIdentifiers,
         "Write down what identifies the person and the device, instead of masking it; only you can read the "
         "file");
+    const auto report = verb.flag("--report", options->isReport,
+        "Describe the device in the file too, for a bug report: versions, what feeds each facility, and what "
+        "doctor finds");
+    verb.option("--note", options->note, "What is wrong, in one line, for the report")
+        .valueName("TEXT")
+        .needs(report);
     verb.duration("--for", options->duration.seconds, "End after a time (10s, 500ms, 2m)");
     verb.option("COMMAND", options->words, "Record while this command runs, after --");
     verb.footer("Without a time and a command, Ctrl-C ends the recording.");

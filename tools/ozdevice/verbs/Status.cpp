@@ -1,14 +1,13 @@
 // status, doctor and wait-ready: the daemon, the sources of the facilities, and the objects of the tree.
 
 #include "ozdevice/DaemonAccess.hpp"
+#include "ozdevice/Diagnosis.hpp"
 #include "ozdevice/Durations.hpp"
-#include "ozdevice/FacilityInstance.hpp"
 #include "ozdevice/Output.hpp"
 #include "ozdevice/Tree.hpp"
 #include "ozdevice/Verbs.hpp"
 
 #include <oz/DeviceRoot.hpp>
-#include <oz/PpsObject.hpp>
 #include <oz/client/DaemonClient.hpp>
 
 #include <QJsonArray>
@@ -24,12 +23,6 @@ struct StatusOptions
     bool json = false;
 };
 
-QStringList instancesOf(const SourceState &source)
-{
-    const FacilityEntry *entry = findFacility(source.facility);
-    return entry && entry->instances ? entry->instances() : QStringList();
-}
-
 QJsonObject sourcesJson(const std::vector<SourceState> &sources)
 {
     QJsonObject facilities;
@@ -38,25 +31,11 @@ QJsonObject sourcesJson(const std::vector<SourceState> &sources)
             {u"auto"_s, source.isAutomatic},
             // status calls it "reason", doctor "why".
             {u"reason"_s, source.reason}, {u"why"_s, source.reason}};
-        if (const QStringList instances = instancesOf(source); !instances.isEmpty())
-            facility.insert(u"instances"_s, QJsonArray::fromStringList(instances));
+        if (!source.instances.isEmpty())
+            facility.insert(u"instances"_s, QJsonArray::fromStringList(source.instances));
         facilities.insert(source.facility, facility);
     }
     return facilities;
-}
-
-void printSources(const std::vector<SourceState> &sources)
-{
-    QList<QStringList> rows{{u"facility"_s, u"source"_s, u"state"_s, u"instances"_s, u"why"_s}};
-    for (const SourceState &source : sources) {
-        const QString state = source.state == u"known" ? u"works"_s
-            : source.state.isEmpty()                   ? u"-"_s
-                                                       : source.state;
-        rows.append(
-            {source.facility, source.source, state, instancesOf(source).join(", "_L1), source.reason});
-    }
-    printRows(rows, {}, {Paint::Bold});
-    printLine({});
 }
 
 QJsonObject statusJson(const DaemonState &daemon)
@@ -74,7 +53,7 @@ QJsonObject statusJson(const DaemonState &daemon)
             object.age ? QJsonObject{{u"age"_s, qint64(object.age->count())}}
                        : QJsonObject{{u"served"_s, true}});
     }
-    return {{u"daemon"_s, process}, {u"facilities"_s, sourcesJson(sourceStates(daemon))},
+    return {{u"daemon"_s, process}, {u"facilities"_s, sourcesJson(sourcesWithInstances(daemon))},
         {u"objects"_s, objects}};
 }
 
@@ -85,7 +64,7 @@ void printStatus(const DaemonState &daemon)
             + devicePath(u"/pps"_s)
             + (daemon.age ? QString(", status "_L1 + ageText(*daemon.age) + " old"_L1) : QString()));
         printLine({});
-        printSources(sourceStates(daemon));
+        printSources(sourcesWithInstances(daemon));
     }
     QList<QStringList> rows;
     for (const ObjectAge &object : objectAges()) {
@@ -112,54 +91,6 @@ struct DoctorOptions
     bool json = false;
 };
 
-// Returns the problem that this user has with an object of the tree, if any.
-QString problemOf(const ObjectAge &object)
-{
-    if (const int error = tryToOpen(object.path))
-        return Problem{object.path, error}.text();
-    PpsObject state(object.path);
-    bool ok = true;
-    if (object.age && state.open(PpsOpenMode::Subscribe))
-        (void)PpsObject::decode(state.read(), &ok);
-    return ok ? QString() : QString(object.path + ": its content is malformed"_L1);
-}
-
-// Returns nothing for a source that the daemon chose by itself: the device may lack that facility.
-QString problemOf(const SourceState &source)
-{
-    if (source.state != u"absent" || source.isAutomatic)
-        return {};
-    return source.facility + ": the source '"_L1 + source.source + "' is absent: "_L1
-        + (source.reason.isEmpty() ? u"it does not say why"_s : source.reason);
-}
-
-qsizetype fedCount(const std::vector<SourceState> &sources)
-{
-    return std::count_if(
-        sources.begin(), sources.end(), [](const SourceState &source) { return source.state == u"known"; });
-}
-
-QStringList findProblems(const DaemonState &daemon, const std::vector<SourceState> &sources)
-{
-    QStringList problems;
-    const auto add = [&problems](const QString &problem) {
-        if (!problem.isEmpty())
-            problems.append(problem);
-    };
-    if (!daemon.isRunning)
-        add(notFedText(daemon) + "; start ozdeviced, or run a command with `ozdevice run -- COMMAND`"_L1);
-    for (const SourceState &source : sources)
-        add(problemOf(source));
-    if (daemon.isRunning && problems.isEmpty() && fedCount(sources) == 0)
-        add(u"no facility is fed"_s);
-    for (const ObjectAge &object : objectAges()) {
-        // The served objects that a dead daemon has left behind are no problems of their own.
-        if (daemon.isRunning || object.age)
-            add(problemOf(object));
-    }
-    return problems;
-}
-
 void printFindings(const std::vector<SourceState> &sources, const QStringList &problems)
 {
     if (!sources.empty())
@@ -181,8 +112,7 @@ void printFindings(const std::vector<SourceState> &sources, const QStringList &p
 int doctor(const DoctorOptions &options)
 {
     const DaemonState daemon = daemonState();
-    const auto sources = daemon.isRunning ? sourceStates(daemon) : std::vector<SourceState>();
-    const QStringList problems = findProblems(daemon, sources);
+    const auto [sources, problems] = diagnose(daemon);
     if (options.json) {
         printJson({{u"facilities"_s, sourcesJson(sources)}, {u"fed"_s, fedCount(sources)},
                       {u"problems"_s, QJsonArray::fromStringList(problems)}},
