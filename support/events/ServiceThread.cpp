@@ -3,6 +3,7 @@
 #include "base/UniqueFd.hpp"
 
 #include <QDeadlineTimer>
+#include <QEventLoop>
 
 #include <cerrno>
 #include <chrono>
@@ -80,13 +81,16 @@ void ServiceThread::stop()
 void ServiceThread::run()
 {
     QObject context;
+    // Made while the starting thread waits: the application may end right after, and Qt makes no loop without
+    // one.
+    QEventLoop loop;
     {
         const std::lock_guard lock(m_mutex);
         m_context = &context;
         m_thread = ::gettid();
         m_running.notify_all();
     }
-    exec();
+    loop.exec();
     const std::lock_guard lock(m_mutex);
     m_context = nullptr;
 }
