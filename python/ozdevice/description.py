@@ -5,7 +5,7 @@ from __future__ import annotations
 import enum
 import errno
 from collections.abc import Iterable, Sequence
-from dataclasses import dataclass, field, replace
+from dataclasses import dataclass, field, fields, replace
 from datetime import timedelta
 from typing import Any
 
@@ -132,7 +132,10 @@ class Description:
 def _part_of(name: str, described: dict[str, Any], published: Iterable[str]) -> PartDescription:
     own = [value.removeprefix(f"{name}.") for value in published if value.startswith(f"{name}.")]
     several = f"{_ALL}."
-    verbs = {verb["name"]: Verb(**verb) for verb in described["verbs"]}
+    known = {each.name for each in fields(Verb)}  # later daemons say more
+    verbs = {
+        verb["name"]: Verb(**{key: value for key, value in verb.items() if key in known}) for verb in described["verbs"]
+    }
     for former, present in described.get("former-verbs", {}).items():
         verbs[former] = replace(verbs[present], name=former, present=present)
     return PartDescription(

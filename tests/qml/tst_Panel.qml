@@ -238,13 +238,13 @@ Item {
         function test_thePageOfTheLedShowsItsColourAndItsRequests() {
             show("led");
             const lamp = find(page, item => item.Accessible.role === Accessible.Graphic); // qmllint disable
-            compare(lamp.Accessible.name, "dark");
+            compare(lamp.Accessible.name, "Dark");
             mouseClick(named("Flash"));
-            tryCompare(lamp.Accessible, "name", "red");
+            tryCompare(lamp.Accessible, "name", "Red");
             verify(find(page, item => /^red: flash 1 of 3/.test(item.text)) !== null); // qmllint disable
             mouseClick(named("End the panel's request"));
             tryVerify(() => find(page, item => /^The last one: red/.test(item.text)) !== null); // qmllint disable
-            tryCompare(lamp.Accessible, "name", "dark");
+            tryCompare(lamp.Accessible, "name", "Dark");
         }
 
         function test_refusedOrdersAreReportedAndTheControlGoesBack() {
