@@ -1,5 +1,9 @@
 #include "ScreenWatch.hpp"
 
+#include <QCoreApplication>
+#include <QPointer>
+
+#include <atomic>
 #include <thread>
 #include <utility>
 
@@ -10,6 +14,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto LookTime = 2s;
+
+std::atomic<int> s_looking = 0;
 
 } // namespace
 
@@ -30,11 +36,21 @@ ScreenWatch::ScreenWatch(Picture picture) : m_picture(picture), m_pause(500ms, 8
 void ScreenWatch::look()
 {
     m_grace.start();
+    ++s_looking;
     // A thread that waits for a server for ever ends with the process.
-    std::thread([this, picture = m_picture] {
+    std::thread([self = QPointer(this), picture = m_picture] {
         const Screen screen = findScreen(picture);
-        QMetaObject::invokeMethod(this, [this, screen] { onFound(screen); });
+        QMetaObject::invokeMethod(qApp, [self, screen] {
+            if (self)
+                self->onFound(screen);
+        });
+        --s_looking;
     }).detach();
+}
+
+bool ScreenWatch::isAnyLooking()
+{
+    return s_looking != 0;
 }
 
 void ScreenWatch::onFound(const Screen &screen)

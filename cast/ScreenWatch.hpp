@@ -22,6 +22,9 @@ public:
 
     [[nodiscard]] const Screen &screen() const { return m_screen; }
 
+    /*! True while a thread of the program waits for a screen's server. */
+    [[nodiscard]] static bool isAnyLooking();
+
 Q_SIGNALS:
     /*! Another screen is known, or that there is none. The first time it is emitted, it is known at all. */
     void changed();

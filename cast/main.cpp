@@ -5,6 +5,7 @@
 #include "CastSession.hpp"
 #include "Console.hpp"
 #include "ProgramOutput.hpp"
+#include "ScreenWatch.hpp"
 #include "SignalWatch.hpp"
 
 #include <QCoreApplication>
@@ -166,6 +167,9 @@ int main(int argc, char **argv)
     const int status = options.check ? int(!printCheck(orderOf(options).picture, elements))
         : display                    ? castTo(*display, options, elements, &stop)
                                      : serveDaemon(options, elements, &stop);
-    std::fflush(nullptr);
-    ::_exit(status); // whatever a thread waits for that looks for a screen
+    if (ScreenWatch::isAnyLooking()) {
+        std::fflush(nullptr);
+        ::_exit(status); // destroys nothing that the thread has
+    }
+    return status;
 }
