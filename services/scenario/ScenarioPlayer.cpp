@@ -35,9 +35,11 @@ ScenarioPlayer::~ScenarioPlayer()
 
 void ScenarioPlayer::start()
 {
+    if (m_state != Playing)
+        return; // it was stopped before
     m_time.begin();
-    m_main =
-        std::make_unique<Strand>(*this, m_time.began(), [this] { end(m_problem.isEmpty() ? Passed : Failed); });
+    m_main = std::make_unique<Strand>(
+        *this, m_time.began(), [this] { end(m_problem.isEmpty() ? Passed : Failed); });
     m_strands.emplace_back(m_main.get());
     m_main->begin(m_scenario->steps(), m_scenario->variables());
     evaluate();
@@ -115,8 +117,8 @@ void ScenarioPlayer::note(
     const ScenarioStep &step, const char *outcome, const QString &detail, double seconds)
 {
     const bool hasEnded = qstrcmp(outcome, "waiting") != 0;
-    Q_EMIT logged({m_time.now() - m_time.began(), step.place(), step.text, QString::fromLatin1(outcome), detail,
-        hasEnded && step.isExpectation() ? step.name : QString(), seconds});
+    Q_EMIT logged({m_time.now() - m_time.began(), step.place(), step.text, QString::fromLatin1(outcome),
+        detail, hasEnded && step.isExpectation() ? step.name : QString(), seconds});
 }
 
 void ScenarioPlayer::fail(const ScenarioStep &step, const QString &reason, double seconds)

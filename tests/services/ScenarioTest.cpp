@@ -20,6 +20,7 @@
 #include <QElapsedTimer>
 #include <QLocalSocket>
 #include <QRegularExpression>
+#include <QSignalSpy>
 #include <QTimer>
 
 #include <sys/file.h>
@@ -475,6 +476,17 @@ TEST_F(ScenarioTest, WaitsForAnApplicationBeforeItBegins)
     EXPECT_EQ(told("late"), true);
     for (const char *key : {"wait-for", "wait-limit"})
         EXPECT_THROW((void)daemon->scenarios().play({{"file", root.file("/s.json")}, {key, "it"}}), Error);
+}
+
+TEST_F(ScenarioTest, AScenarioThatIsStoppedBeforeItsFirstStepDoesNothing)
+{
+    root.place("/s.json", R"({"steps": ["battery level 7"]})");
+    QSignalSpy steps(&daemon->scenarios(), &ScenarioService::logged);
+    (void)daemon->scenarios().play({{"file", root.file("/s.json")}, {"speed", "100"}});
+    daemon->scenarios().stop("that is enough");
+    settle();
+    EXPECT_EQ(steps.count(), 0);
+    EXPECT_EQ(askDaemon("scenario").value("speed"), 1) << "of the phone's clock";
 }
 
 TEST_F(ScenarioTest, AServiceDiesAndComesBack)
