@@ -90,9 +90,10 @@ public:
         if (wanted != m_outputs.cend())
             m_output = wanted->get();
     }
-    // Takes the objects of the protocol along.
+    // Takes the objects of the protocol along, but the memory destroys its own.
     ~WlrConnection() override
     {
+        m_memory.reset();
         if (m_display)
             wl_display_disconnect(m_display);
     }

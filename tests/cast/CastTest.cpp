@@ -167,7 +167,7 @@ TEST_F(CastTest, ADisplayThatDribblesIsBoundedByTheTimeOfAStep)
 TEST_F(CastTest, ADisplayThatDoesNotPauseOrEndIsGivenUp)
 {
     sink.instead["its PAUSE"] = sink.instead["its TEARDOWN"] = TestSink::Stall;
-    stepLimit = 500;
+    stepLimit = 1500;
     startAgent();
     cast();
     play();
