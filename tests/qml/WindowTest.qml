@@ -12,6 +12,7 @@ TestCase {
         if (window !== null)
             window.destroy();
         window = null;
+        wait(0); // it is destroyed before the application is
     }
 
     function open(properties) {
