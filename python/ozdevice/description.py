@@ -129,13 +129,16 @@ class Description:
             raise (OrderError if error.number == errno.EINVAL else PhoneError)(str(error)) from None
 
 
+def _verb_of(described: dict[str, Any]) -> Verb:
+    # The services also tell what other programs need, and newer ones may tell more.
+    known = {each.name for each in fields(Verb)}
+    return Verb(**{key: value for key, value in described.items() if key in known})
+
+
 def _part_of(name: str, described: dict[str, Any], published: Iterable[str]) -> PartDescription:
     own = [value.removeprefix(f"{name}.") for value in published if value.startswith(f"{name}.")]
     several = f"{_ALL}."
-    known = {each.name for each in fields(Verb)}  # later daemons say more
-    verbs = {
-        verb["name"]: Verb(**{key: value for key, value in verb.items() if key in known}) for verb in described["verbs"]
-    }
+    verbs = {verb["name"]: _verb_of(verb) for verb in described["verbs"]}
     for former, present in described.get("former-verbs", {}).items():
         verbs[former] = replace(verbs[present], name=former, present=present)
     return PartDescription(
