@@ -7,7 +7,7 @@ import json
 import os
 import shutil
 import subprocess
-from collections.abc import Mapping, Sequence
+from collections.abc import Callable, Mapping, Sequence
 from dataclasses import dataclass
 from datetime import timedelta
 from pathlib import Path
@@ -55,7 +55,7 @@ class Phone(Parts):
         or of a scenario. What is not set is as in the installed phone.
         """
         self._services = Services(_phone_file(settings))
-        self._started: list[subprocess.Popen[Any]] = []
+        self._started: list[tuple[subprocess.Popen[Any], Callable[[subprocess.Popen[Any]], None]]] = []
         super().__init__(Description(self._services))
         self._ask("observe")
 
@@ -70,8 +70,8 @@ class Phone(Parts):
 
     def close(self) -> None:
         """Ends the programs that start() has started, and the phone."""
-        for process in reversed(self._started):
-            _end(process)
+        for process, end in reversed(self._started):
+            end(process)
         self._started.clear()
         self._services.close()
 
@@ -269,7 +269,9 @@ class Phone(Parts):
         """
         options = {"env": self.environment, "process_group": 0, **options}
         process: subprocess.Popen[Any] = subprocess.Popen(words, **options)
-        self._started.append(process)
+        # A shell that ends leaves its programs behind. `options` may have chosen another group, as that of the tests.
+        leads_group = os.getpgid(process.pid) == process.pid
+        self._started.append((process, processes.end_group if leads_group else processes.end))
         return process
 
     def _ask(self, request: str, data: Any = None, refused: type[PhoneError] = PhoneError) -> dict[str, Any]:
@@ -298,12 +300,6 @@ class Phone(Parts):
         if Path(scenario).suffix:
             raise OrderError(f"there is no scenario {str(scenario)!r}")
         raise UnknownNameError("the installation", str(scenario), installed)
-
-
-def _end(process: subprocess.Popen[Any]) -> None:
-    # A shell that ends leaves its programs behind. `options` may have chosen another group, such as that of the tests.
-    has_own_group = process.poll() is None and os.getpgid(process.pid) == process.pid
-    processes.end(process, os.killpg if has_own_group else os.kill)
 
 
 def _condition(values: Mapping[str, object], prefix: str = "") -> str:

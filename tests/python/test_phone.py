@@ -285,6 +285,21 @@ def test_programs_end_with_the_phone(make_phone, options):
     assert time.monotonic() - begun < 30
 
 
+PROGRAMS = {
+    "its shell has ended": "sleep 60 & echo $!",
+    "it ignores the signal": "(trap '' TERM; echo $BASHPID; while :; do sleep 1; done) & wait",
+}
+
+
+@pytest.mark.parametrize("script", PROGRAMS.values(), ids=PROGRAMS.keys())
+def test_no_program_outlives_the_phone(make_phone, script):
+    phone = make_phone()
+    with phone.start(["bash", "-c", script], stdout=subprocess.PIPE, text=True).stdout as output:
+        assert output.readline()
+        phone.close()
+        assert output.read() == ""  # nobody can write any more
+
+
 def test_a_phone_ends_with_its_process():
     code = "import os, ozdevice; p = ozdevice.Phone(); print(p.root, flush=True); os._exit(0)"
     root = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True).stdout.strip()
