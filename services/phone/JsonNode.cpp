@@ -15,7 +15,7 @@ QVariant contentOf(const JsonValue &value)
 {
     switch (value.kind) {
     case JsonValue::Null:
-        return {};
+        return QVariant::fromValue(nullptr); // messages have no form for an invalid value in a list
     case JsonValue::Truth:
         return value.truth;
     case JsonValue::Number:
@@ -207,6 +207,8 @@ std::vector<std::pair<QString, JsonNode>> JsonNode::members() const
 // A map is no value of its own.
 QVariant JsonNode::asVariant() const
 {
+    if (m_value->kind == JsonValue::Null)
+        return {};
     return isMap() || isList() ? QVariant(QVariantMap()) : contentOf(*m_value);
 }
 

@@ -193,6 +193,13 @@ void ControlObject::send(const Request &request, const Reply &reply)
     if (reply.data.isValid())
         attributes.insert(QStringLiteral("dat"), reply.data);
     reply.addErrorTo(&attributes);
+    const QPointer<ControlObject> self(this); // a client that does not read is dropped, which may end this
+    if (server().send(request.client.id, attributes) || !self || server().error() != EINVAL)
+        return;
+    // Without an answer, the client would wait until its limit.
+    attributes.remove(QStringLiteral("dat"));
+    Reply::failure(EPROTO, QLatin1String("the answer cannot be sent: ") + server().errorString())
+        .addErrorTo(&attributes);
     server().send(request.client.id, attributes);
 }
 

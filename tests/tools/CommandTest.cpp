@@ -912,6 +912,13 @@ TEST_F(CommandTest, AReportSaysWhatTheDeviceWasAndPlaysTheSameOnAnotherPhone)
     EXPECT_EQ(other.output.count('\n'), 1) << "one without a report: " << other.output.toStdString();
     root.place("/none.json", "{}");
     EXPECT_EQ(run({"play", root.file("/none.json"), "--about"}).status, 1);
+    root.place(
+        "/odd.json", R"({"steps": [], "report": {"note": null, "qt": [null], "problems": [null, 1, "x"]}})");
+    EXPECT_TRUE(run({"play", root.file("/odd.json"), "--about"}).output.endsWith("\n1\nx\n"));
+    root.place("/deep.json",
+        R"({"steps": [], "report": {"note": )" + QByteArray(80, '[') + QByteArray(80, ']') + "}}");
+    EXPECT_TRUE(run({"play", root.file("/deep.json"), "--about"})
+                    .errors.contains("the answer cannot be sent: attribute 'dat'"));
 
     // What was recorded until the services died is kept.
     const QString dies = "kill -9 $(" OZ_COMMAND " pps get system/ozdeviced/status pid); sleep 100";
