@@ -65,14 +65,8 @@ public:
     {
         if (!m_options.isReport)
             return;
-        DeviceReport report = describeDevice(QString::fromStdString(m_options.note).simplified());
-        maskReport(report, [this](const QStringList &texts) {
-            return askDaemon(u"recorded"_s, QVariantMap{{u"from"_s, m_steps.size()}, {u"texts"_s, texts}})
-                .toMap()
-                .value(u"texts"_s)
-                .toStringList();
-        });
-        m_report = report;
+        m_described = describeDevice(QString::fromStdString(m_options.note).simplified());
+        mask();
     }
     void noteLoss()
     {
@@ -81,6 +75,7 @@ public:
     }
     void fetch(bool isLast = false)
     {
+        const qsizetype before = m_steps.size();
         for (bool isMore = true; isMore;) {
             const QVariantMap told = askDaemon(u"recorded"_s,
                 QVariantMap{{u"from"_s, m_steps.size()},
@@ -90,6 +85,9 @@ public:
             m_steps += told.value(u"steps"_s).toStringList();
             isMore = m_steps.size() < told.value(u"count"_s).toLongLong();
         }
+        // The note may name what has come since; there is no later chance if the services go away.
+        if (m_described && !isLast && m_steps.size() > before)
+            mask();
     }
     void write(const QString &name) const
     {
@@ -113,12 +111,25 @@ public:
     [[nodiscard]] bool hasMasked() const { return m_hasMasked; }
 
 private:
+    void mask()
+    {
+        DeviceReport report = *m_described;
+        maskReport(report, [this](const QStringList &texts) {
+            return askDaemon(u"recorded"_s, QVariantMap{{u"from"_s, m_steps.size()}, {u"texts"_s, texts}})
+                .toMap()
+                .value(u"texts"_s)
+                .toStringList();
+        });
+        m_report = report;
+    }
+
     const RecordOptions &m_options;
     QElapsedTimer m_clock;
     QVariantMap m_phone;
     QStringList m_steps;
     bool m_hasMasked = false;
-    std::optional<DeviceReport> m_report;
+    std::optional<DeviceReport> m_described; // as it is, never written
+    std::optional<DeviceReport> m_report; // as it is written
 };
 
 int record(const RecordOptions &options)
