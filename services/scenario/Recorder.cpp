@@ -11,6 +11,8 @@ namespace oz::services {
 
 namespace {
 
+constexpr qsizetype ShortestIdentifier = 6; // an IMSI of few digits
+
 // The order that gives \a setting the value.
 QStringList wordsFor(const Setting &setting, const QVariant &value)
 {
@@ -110,8 +112,24 @@ QString Recorder::masked(const QString &line)
     if (m_sinkNames) {
         for (const QString &name : m_sinkNames())
             (void)m_script.mask().text(QStringLiteral("sink"), name);
+        noteIdentifiers();
     }
     return m_script.mask().line(line);
+}
+
+// Serial numbers and the like, which have no form of their own.
+void Recorder::noteIdentifiers()
+{
+    for (const Facility &facility : services::facilities()) {
+        for (const Field &field : facility.fields) {
+            if (!field.type.isPrivate)
+                continue;
+            // The mask finds an address by its form, and a short number may stand for anything.
+            const QString value = m_script.value(field.fullName(facility.name)).toString();
+            if (value.size() >= ShortestIdentifier && !value.contains(u':'))
+                (void)m_script.mask().text(QStringLiteral("id"), value);
+        }
+    }
 }
 
 // The value of \a setting that would give what is seen; nothing where that is not seen.

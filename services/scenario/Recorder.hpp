@@ -41,6 +41,7 @@ private:
     void sample();
     void recordSettings(const Facility &facility);
     void recordSources();
+    void noteIdentifiers();
     [[nodiscard]] std::optional<QVariant> valueSeen(const Facility &facility, const Setting &setting);
 
     RecordedScript m_script;

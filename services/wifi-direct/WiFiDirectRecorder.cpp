@@ -64,7 +64,8 @@ void WiFiDirectRecorder::noteGroup(RecordedScript &script, const QVariantMap &co
         peer.insert(owner);
         m_peers.set(now.members.value(0), peer);
     }
-    script.setInPhone(Section, QStringLiteral("interface"), text(connection, "network_if"));
+    script.setInPhone(
+        Section, QStringLiteral("interface"), script.mask().interfaces(text(connection, "network_if")));
 }
 
 void WiFiDirectRecorder::sample(RecordedScript &script, const QStringList &)
