@@ -330,13 +330,18 @@ def _phone_file(settings: Mapping[str, Any] | str | os.PathLike[str] | None) -> 
         raise OrderError(f"{settings}: {error.strerror}") from None
 
 
-def _nested(settings: Mapping[str, Any]) -> dict[str, Any]:
-    """{"battery.level": 50} as {"battery": {"level": 50}}."""
-    file: dict[str, Any] = {}
+def _nested(settings: Mapping[str, Any], file: dict[str, Any] | None = None) -> dict[str, Any]:
+    """{"battery.level": 50} as {"battery": {"level": 50}}, added to what `file` has."""
+    file = {} if file is None else file
     for path, value in settings.items():
         place = file
         *sections, key = path.split(".")
-        for section in sections:
+        for section in [*sections, key] if isinstance(value, Mapping) else sections:
             place = place.setdefault(section, {})
-        place[key] = _nested(value) if isinstance(value, Mapping) else value
+            if not isinstance(place, dict):
+                raise OrderError(f"{path}: {section} has the value {place!r} already, and is no section")
+        if isinstance(value, Mapping):
+            _nested(value, place)
+        else:
+            place[key] = value
     return file

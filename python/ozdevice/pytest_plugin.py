@@ -23,8 +23,8 @@ def make_phone(request: pytest.FixtureRequest) -> Iterator[Callable[..., Phone]]
     """Makes phones, as Phone() does, that end with the test."""
     phones: list[Phone] = request.node.stash.setdefault(_PHONES, [])
 
-    def make(*arguments: Any) -> Phone:
-        phones.append(Phone(*arguments))
+    def make(*arguments: Any, **named: Any) -> Phone:
+        phones.append(Phone(*arguments, **named))
         return phones[-1]
 
     yield make
@@ -41,7 +41,7 @@ def phone(
     @pytest.mark.phone({"battery.level": 50}) sets it up.
     """
     marker = request.node.get_closest_marker("phone")
-    made: Phone = make_phone(*marker.args) if marker else make_phone()
+    made: Phone = make_phone(*marker.args, **marker.kwargs) if marker else make_phone()
     monkeypatch.setenv("OZ_DEVICE_ROOT", str(made.root))
     return made
 

@@ -88,8 +88,10 @@ class Services:
             raise PhoneError(f"the simulated phone cannot start: {error}") from error
         end = time.monotonic() + _START_LIMIT
         while not self._is_ready():
-            if self._process.poll() is not None or time.monotonic() > end:
-                raise PhoneError(f"the simulated phone did not start: {self.log().strip()}")
+            if (status := self._process.poll()) is not None or time.monotonic() > end:
+                serves_nothing = f"{self.program} serves nothing after {_START_LIMIT:g} s"
+                how = serves_nothing if status is None else f"{self.program} ended with {status}"
+                raise PhoneError(f"the simulated phone did not start: {self.log().strip() or how}")
             time.sleep(_PAUSE)
         # The daemon has read it; nobody is to find it if this process is killed.
         file.unlink(missing_ok=True)

@@ -108,6 +108,11 @@ WRONG = {
         ozdevice.PhoneError,
         "did not start: .*battery.level",
     ),
+    "a section with a value": (
+        lambda p: ozdevice.Phone({"battery": 3, "battery.level": 50}),
+        ValueError,
+        "battery.level: battery has the value 3 already",
+    ),
     "no such facility": (lambda p: p.watch("batery"), ozdevice.PhoneError, "no facility 'batery'"),
     "a program that fails": (lambda p: p.run(["ozdevice", "show", "x"]), ozdevice.PhoneError, "no facility 'x'"),
 }
@@ -253,9 +258,15 @@ def test_scenarios_are_played(phone, tmp_path):
         phone.wait_until_played(within=0.05)
 
 
-@pytest.mark.phone({"battery.level": 33, "hardware": {"device-name": "Marked"}})
+@pytest.mark.phone(settings={"battery.level": 33, "battery": {"held": True}, "hardware": {"device-name": "Marked"}})
 def test_a_mark_sets_the_phone_up(phone):
-    assert (phone.battery.level, phone.hardware.name) == (33, "Marked")
+    assert (phone.battery.level, phone.battery.hold, phone.hardware.name) == (33, True, "Marked")
+
+
+def test_services_that_say_nothing_are_named(monkeypatch):
+    monkeypatch.setenv("OZ_DEVICED", "/bin/false")
+    with pytest.raises(ozdevice.PhoneError, match="did not start: /bin/false ended with 1"):
+        ozdevice.Phone()
 
 
 def test_each_phone_is_on_its_own(phone, make_phone):
