@@ -130,10 +130,12 @@ void PrivateDaemon::start(const Setup &setup)
     if (const int error = spawn(words, m_root, m_log, &m_pid))
         throw failure(setup.program, error);
     if (!DaemonClient(m_root).waitUntilReady(StartTime, [this] { return isRunning(); })) {
-        const QString reason = log().trimmed();
-        throw DaemonError(DaemonError::Unreachable, isRunning() ? ETIMEDOUT : ECHILD,
-            QLatin1String("the simulated phone did not start")
-                + (reason.isEmpty() ? QString() : QString(QLatin1String(": ") + reason)));
+        const bool runs = isRunning();
+        QString reason = log().trimmed();
+        if (reason.isEmpty())
+            reason = setup.program + QLatin1String(runs ? " serves nothing" : " has ended");
+        throw DaemonError(DaemonError::Unreachable, runs ? ETIMEDOUT : ECHILD,
+            QLatin1String("the simulated phone did not start: ") + reason);
     }
     // The daemon has read it; nobody is to find it where this process is killed.
     phone.remove();

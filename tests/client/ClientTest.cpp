@@ -196,6 +196,8 @@ TEST(PrivateDaemonTest, SaysWhyItDoesNotStartAndLeavesNothing)
     EXPECT_THAT(
         errorOf([] { const PrivateDaemon none({.program = OZ_DAEMON, .phone = "{\n\"batery\": 1}"}); }),
         HasSubstr("the simulated phone did not start: ozdeviced: "));
+    EXPECT_THAT(errorOf([] { const PrivateDaemon silent({.program = "/bin/false"}); }),
+        HasSubstr("the simulated phone did not start: /bin/false has ended"));
     // A process that has ended owns nothing any more.
     const pid_t owner = ::fork();
     if (owner == 0)
