@@ -252,15 +252,26 @@ class Phone(Parts):
     def run(self, words: Sequence[str | os.PathLike[str]], **options: Any) -> subprocess.CompletedProcess[str]:
         """Runs a program on this phone and returns what it printed; PhoneError if it fails.
 
-        `options` are those of subprocess.run(): check=False lets it fail, timeout is 60 seconds by default.
+        `options` are those of subprocess.run(): check=False lets it fail, timeout is 60 seconds by default, at the
+        end of which the programs that it has started end, too.
         """
-        check = options.pop("check", True)
-        options = {"timeout": 60, "capture_output": True, "text": True, "env": self.environment, **options}
-        done = subprocess.run(words, check=False, **options)
-        if check and done.returncode:
-            said = done.stderr or done.stdout or ""
-            raise PhoneError(f"{words[0]} ended with {done.returncode}: {said.strip()}")
-        return done
+        check, timeout, given = options.pop("check", True), options.pop("timeout", 60), options.pop("input", None)
+        pipe = subprocess.PIPE if options.pop("capture_output", True) else None
+        has_own_group = "process_group" not in options
+        defaults = {"stdout": pipe, "stderr": pipe, "text": True, "env": self.environment, "process_group": 0}
+        if given is not None:
+            defaults["stdin"] = subprocess.PIPE
+        options = {**defaults, **options}
+        process: subprocess.Popen[Any]
+        with subprocess.Popen(words, **options) as process:
+            try:
+                out, errors = process.communicate(given, timeout)
+            except BaseException:
+                processes.end_group(process) if has_own_group else processes.end(process)
+                raise
+        if check and process.returncode:
+            raise PhoneError(f"{words[0]} ended with {process.returncode}: {(errors or out or '').strip()}")
+        return subprocess.CompletedProcess(words, process.returncode, out, errors)
 
     def start(self, words: Sequence[str | os.PathLike[str]], **options: Any) -> subprocess.Popen[Any]:
         """Starts a program on this phone, which ends with it, as do the programs that it starts itself.

@@ -311,6 +311,15 @@ def test_no_program_outlives_the_phone(make_phone, script):
         assert output.read() == ""  # nobody can write any more
 
 
+def test_a_program_that_takes_too_long_ends_with_what_it_started(phone):
+    reading, writing = os.pipe()
+    with pytest.raises(subprocess.TimeoutExpired):
+        phone.run(["sh", "-c", "sleep 60 & wait"], timeout=0.5, pass_fds=[writing])
+    os.close(writing)
+    assert os.read(reading, 1) == b""  # nobody can write any more
+    os.close(reading)
+
+
 def test_a_phone_ends_with_its_process():
     code = "import os, ozdevice; p = ozdevice.Phone(); print(p.root, flush=True); os._exit(0)"
     root = subprocess.run([sys.executable, "-c", code], capture_output=True, text=True, check=True).stdout.strip()
