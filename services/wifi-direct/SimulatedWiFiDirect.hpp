@@ -82,6 +82,7 @@ private:
     void update() override;
     /*! In the order of WpsMethod. */
     [[nodiscard]] static QStringList methodWords();
+    void letJoin(const QString &key, const Known &peer);
     void see(const QStringList &keys);
     void enterGroup(const QString &roleWord, const QStringList &keys);
     [[nodiscard]] QString visibleAt(const QString &address) const;

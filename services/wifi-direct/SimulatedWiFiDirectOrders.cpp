@@ -127,13 +127,7 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
             }),
         aboutPeer(QStringLiteral("peer-joins"),
             QStringLiteral("lets a peer join the group that the phone owns"),
-            [this](const QString &key, const Known &peer) {
-                if (!m_group || m_group->role != Role::GroupOwner)
-                    throw Error(QStringLiteral("the phone owns no group"));
-                if (!peer.inRange || peer.elsewhere != Elsewhere::None || isMember(key))
-                    throw Error(key + QLatin1String(" is out of range, or in a group"));
-                join(key, Role::Client);
-            }),
+            [this](const QString &key, const Known &peer) { letJoin(key, peer); }),
         aboutPeer(QStringLiteral("peer-leaves"), QStringLiteral("lets a peer leave the phone's group"),
             [this](const QString &key, const Known &) {
                 if (!isMember(key))
@@ -154,6 +148,15 @@ std::vector<SimVerb> SimulatedWiFiDirect::verbs(const QString &instance)
     std::vector<SimVerb> verbs = SimulatedPart::verbs(instance);
     verbs.insert(verbs.end(), further.begin(), further.end());
     return verbs;
+}
+
+void SimulatedWiFiDirect::letJoin(const QString &key, const Known &peer)
+{
+    if (!m_group || m_group->role != Role::GroupOwner)
+        throw Error(QStringLiteral("the phone owns no group"));
+    if (!peer.inRange || peer.elsewhere != Elsewhere::None || isMember(key))
+        throw Error(key + QLatin1String(" is out of range, or in a group"));
+    join(key, Role::Client);
 }
 
 // Connections stay.
