@@ -158,8 +158,10 @@ GstBusSyncReply Pipeline::onMessage(GstBus *, GstMessage *message, gpointer self
     if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR) {
         GError *error = nullptr;
         gst_message_parse_error(message, &error, nullptr);
-        pipeline->fail(QString::fromUtf8(GST_OBJECT_NAME(message->src)) + QLatin1String(": ")
-            + QString::fromUtf8(error->message));
+        const QString source = GST_IS_PIPELINE(message->src)
+            ? QString()
+            : QString::fromUtf8(GST_OBJECT_NAME(message->src)) + QLatin1String(": ");
+        pipeline->fail(source + QString::fromUtf8(error->message));
         g_clear_error(&error);
     } else if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS) {
         pipeline->fail(QStringLiteral("the picture has ended"));

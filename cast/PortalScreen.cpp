@@ -41,15 +41,6 @@ void writeToken(const QString &token)
         file.commit();
 }
 
-// Says that the pictures are over, as an element would.
-void postEnd(GstElement *pipeline)
-{
-    GError *error = g_error_new_literal(
-        GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_CLOSE, "the desktop shares its screen no longer");
-    gst_element_post_message(pipeline, gst_message_new_error(GST_OBJECT(pipeline), error, nullptr));
-    g_error_free(error);
-}
-
 bool openSession(Screen *screen)
 {
     auto session = std::make_shared<PortalSession>(PortalSession::connectToBus());
@@ -69,8 +60,8 @@ bool openSession(Screen *screen)
                          .arg(QString::number(remote), QString::number(stream->node));
     screen->size = stream->size.isEmpty() ? UsualSize : stream->size;
     screen->feed = [session](GstElement *pipeline, const VideoMode &) {
-        QObject::connect(
-            session.get(), &PortalSession::closed, session.get(), [pipeline] { postEnd(pipeline); });
+        QObject::connect(session.get(), &PortalSession::closed, session.get(),
+            [pipeline] { endPictures(pipeline, "the desktop shares its screen no longer"); });
     };
     return true;
 }

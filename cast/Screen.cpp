@@ -51,6 +51,14 @@ QString Screen::description(int rate) const
     return source + QStringLiteral(" ! video/x-raw,framerate=%1/1").arg(rate);
 }
 
+// The end of a stream would not do, as the sound goes on.
+void endPictures(GstElement *pipeline, const char *reason)
+{
+    GError *error = g_error_new_literal(GST_RESOURCE_ERROR, GST_RESOURCE_ERROR_CLOSE, reason);
+    gst_element_post_message(pipeline, gst_message_new_error(GST_OBJECT(pipeline), error, nullptr));
+    g_error_free(error);
+}
+
 Screen findScreen(Picture picture)
 {
     QStringList reasons;

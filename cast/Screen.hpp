@@ -5,6 +5,7 @@
 #include <QSize>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -54,6 +55,9 @@ enum class Picture {
     OfFurtherOutput, //!< a part of the desktop that only the display shows
     TestCard,
 };
+
+/*! Has the cast of \a pipeline end because its pictures do; \a reason is for a person. From any thread. */
+void endPictures(GstElement *pipeline, const char *reason);
 
 /*! What can be cast in this session. It waits for the screen's server, even if that never answers. */
 [[nodiscard]] Screen findScreen(Picture picture);

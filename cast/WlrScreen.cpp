@@ -240,7 +240,7 @@ private:
 void feed(GstElement *pipeline, int rate, const QString &output)
 {
     auto *source = GST_APP_SRC(gst_bin_get_by_name(GST_BIN(pipeline), "screen"));
-    std::thread([source, rate, output] {
+    std::thread([pipeline, source, rate, output] {
         WlrConnection connection(output);
         const auto pause = std::chrono::microseconds(1'000'000 / rate);
         auto next = std::chrono::steady_clock::now();
@@ -256,7 +256,7 @@ void feed(GstElement *pipeline, int rate, const QString &output)
             next = std::max(next + pause, std::chrono::steady_clock::now());
             std::this_thread::sleep_until(next);
         }
-        gst_app_src_end_of_stream(source);
+        endPictures(pipeline, "the Wayland compositor gives no more pictures");
     }).detach();
 }
 

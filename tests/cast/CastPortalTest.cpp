@@ -213,7 +213,7 @@ TEST_F(CastPortalTest, TheScreenIsCastWhereThePersonAllowsIt)
         }
     }
     portal.close();
-    EXPECT_TRUE(end().endsWith("the desktop shares its screen no longer"));
+    EXPECT_EQ(end(), "failed: the picture cannot be sent: the desktop shares its screen no longer");
 }
 
 TEST_F(CastPortalTest, WithoutPermissionNothingIsSent)
