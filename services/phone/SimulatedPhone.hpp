@@ -47,8 +47,8 @@ public:
      * another verb without arguments does the same, and "choices" of arguments ("words", or "least", "most",
      * "step" and "unit"; "titles", what they mean for people; "followed" and "alone", the words of a first
      * argument that want or refuse the optional one after it); "former-verbs", by the names that verbs had
-     * before and are still told by, their present ones; "switches", lists of the verbs of which one is so at a
-     * time; "instances" where there are any that have names; and "comes" and "goes", the verbs for its
+     * before and are still told by, their present ones; "switches", lists of the verbs of which one is so at
+     * a time; "instances" where there are any that have names; and "comes" and "goes", the verbs for its
      * neighbours, where it has any.
      */
     [[nodiscard]] QVariantMap describe() const;
