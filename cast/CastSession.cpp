@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -15,6 +16,8 @@
 namespace oz::cast {
 
 namespace {
+
+constexpr std::chrono::milliseconds LongestStep{120'000}; // that the daemon takes
 
 Screen opened(Screen screen)
 {
@@ -194,7 +197,7 @@ void CastSession::tellStep(const QString &text, std::chrono::milliseconds limit)
 {
     QJsonObject step{{QStringLiteral("text"), text}};
     if (limit > limit.zero())
-        step.insert(QStringLiteral("limit-ms"), int(limit.count()));
+        step.insert(QStringLiteral("limit-ms"), int(std::min(limit, LongestStep).count()));
     tell(QStringLiteral("step"), step);
 }
 
