@@ -104,7 +104,6 @@ bool findFurtherOutput(Screen *screen)
     }
     if (!findWlrScreen(screen))
         return false;
-    screen->size = LargestSize;
     screen->remark = QStringLiteral("a further output of sway, which is made for each cast");
     screen->open = openOutput;
     screen->awaited = QStringLiteral("making a further output");

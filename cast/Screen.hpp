@@ -29,7 +29,7 @@ struct Screen
 {
     QString capture; //!< the name of the way that it is taken by; empty where there is no screen
     QString source; //!< the elements of a pipeline that give its pictures
-    QSize size; //!< the largest that is asked for from it
+    QSize size; //!< the largest that is asked for from it; once it is open, where it is to be opened
     QString remark; //!< which and why, and why no other, for a person
     std::shared_ptr<ScreenConnection> connection; //!< null where the end of the pictures tells its end
 
